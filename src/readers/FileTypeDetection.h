@@ -7,8 +7,8 @@ namespace Kavra::Devices {
 
 class ImageReaderInterface;
 
-/// The `ImageFileType` of a file: by its extension where that is a common one, else by its first bytes. Never throws for
-/// what a file holds. Threads: any.
+/// The `ImageFileType` of a file: by its extension where that is a common one, else by its first bytes. Never throws
+/// for what a file holds. Threads: any.
 int DetectImageFileType(const KString& path);
 
 /// `Other` when the extension (all from the last "." of the whole path, ignoring case) is one that is always left to

@@ -5,7 +5,7 @@ namespace Kavra::Devices {
 
 /// A plain int between detection, the factory, the loaders and the describers.
 enum ImageFileType : int {
-    None = 0,     ///< the path is empty or the file cannot be opened
+    None = 0,  ///< the path is empty or the file cannot be opened
     CALS = 1,
     DDS = 2,
     OpenEXR = 3,
@@ -13,8 +13,8 @@ enum ImageFileType : int {
     PCX = 5,
     PICT = 6,
     RLC = 7,
-    Spot = 8,     ///< band-interleaved raster with a `.hdr` side file
-    Other = 9,    ///< anything else: left to OpenImageIO
+    Spot = 8,   ///< band-interleaved raster with a `.hdr` side file
+    Other = 9,  ///< anything else: left to OpenImageIO
 };
 
 }  // namespace Kavra::Devices

@@ -18,8 +18,8 @@ public:
     /// Opens the file and parses its header. False when it is not accepted; never throws for what a file holds.
     virtual bool Open(const KString& path) = 0;
 
-    /// Decodes frame `frame` (0 and up) into `buffer`: exactly `GetHeight()` x `GetRowPitch()` bytes, which the caller has
-    /// allocated. False on corrupt or short data; what was decoded by then stays in the buffer.
+    /// Decodes frame `frame` (0 and up) into `buffer`: exactly `GetHeight()` x `GetRowPitch()` bytes, which the caller
+    /// has allocated. False on corrupt or short data; what was decoded by then stays in the buffer.
     virtual bool ReadImage(unsigned char* buffer, int frame) = 0;
 
     // Valid once `Open` returned true.

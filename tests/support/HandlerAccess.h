@@ -14,6 +14,10 @@ struct OIIOImageHandlerAccess {
         return handler.LoadTextureByOIIO(desc, path, width, height, 1, format, highQuality, level, orientation,
                                          formatHandler, fileType);
     }
+    unsigned char* LoadSpecial(ImageDescription& desc, const KString& path, int width, int height, bool highQuality,
+                               int level, EDataOrientation orientation, int fileType) {
+        return handler.LoadSpecial(desc, path, width, height, highQuality, level, orientation, fileType);
+    }
     ImageDesc* GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlphaVariant) {
         return handler.GetImageDescByOIIO(input, fileType, ddsAlphaVariant);
     }

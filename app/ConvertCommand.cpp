@@ -1,0 +1,89 @@
+#include "Commands.h"
+#include "LoadOptions.h"
+#include "SaveImage.h"
+#include "Workers.h"
+
+#include <cstdio>
+#include <format>
+#include <map>
+#include <memory>
+
+namespace Kavra::App {
+namespace {
+
+struct Options {
+    std::vector<std::string> files;  // the last one is the output
+    std::string to;
+    int jobs = 0;
+    LoadOptions load;
+};
+
+int WrongUsage(const std::string& text) {
+    std::fputs(std::format("kavra: error: {}\n", text).c_str(), stderr);
+    return kWrongUsage;
+}
+
+std::filesystem::path InFolder(const std::filesystem::path& folder, const std::string& input, const std::string& to) {
+    const std::string extension = to.starts_with('.') ? to : "." + to;
+    return folder / std::filesystem::path(input).stem().concat(extension);
+}
+
+/// Two inputs that would make one output; empty when there are none.
+std::string Clash(const std::vector<std::string>& inputs, const std::vector<std::filesystem::path>& outputs) {
+    std::map<std::filesystem::path, std::string> makers;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        const auto [place, isNew] = makers.emplace(outputs[i].lexically_normal(), inputs[i]);
+        if (!isNew) {
+            return std::format("{} and {} would both become {}", place->second, inputs[i], outputs[i].string());
+        }
+    }
+    return {};
+}
+
+int Run(const Session& session, const Options& options) {
+    const std::vector<std::string> inputs(options.files.begin(), options.files.end() - 1);
+    const std::filesystem::path out = options.files.back();
+    std::error_code ignored;
+    const bool toFolder = inputs.size() > 1 || std::filesystem::is_directory(out, ignored) || !out.has_filename();
+    if (toFolder && options.to.empty()) return WrongUsage("--to is required when the output is a folder");
+    if (!toFolder && !options.to.empty()) return WrongUsage("--to goes with an output folder");
+    if (options.to.find('/') != std::string::npos) return WrongUsage("--to takes an extension, such as png");
+
+    std::vector<std::filesystem::path> outputs;
+    for (const std::string& input : inputs) outputs.push_back(toFolder ? InFolder(out, input, options.to) : out);
+    const std::string clash = Clash(inputs, outputs);
+    if (!clash.empty()) return WrongUsage(clash);
+
+    const Host host = session.LoadHost();
+    std::vector<Report> reports = MakeReports(inputs);
+    const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
+        const LoadedImage image = Load(host.Handler(), report, options.load, options.load.frame);
+        if (image.block == nullptr) {
+            FailToRead(report, 0);
+        } else {
+            Save(host.Handler(), report, image, outputs[index]);
+        }
+    });
+    return good ? kAllDone : kSomeFailed;
+}
+
+}  // namespace
+
+void AddConvert(CLI::App& program, Session& session) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand("convert", "Converts a file to a file, or files into a folder");
+    command->footer(
+        "Examples: kavra convert photo.jpg photo.dds --size 1024x1024\n"
+        "          kavra convert *.tga thumbnails/ --to png --size 256x256");
+    command->add_option("FILES", options->files, "The inputs, then the output: a file, or a folder for several inputs")
+        ->required()
+        ->type_name("IN... OUT")
+        ->expected(2, -1);
+    command->add_option("--to", options->to, "The file type of the outputs in a folder, as an extension: png");
+    command->add_option("--jobs", options->jobs, "Files worked on at a time; all cores unless said")
+        ->check(CLI::PositiveNumber);
+    options->load.AddTo(*command, true);
+    command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
+}
+
+}  // namespace Kavra::App

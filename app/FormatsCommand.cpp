@@ -1,0 +1,86 @@
+#include "Commands.h"
+#include "Description.h"
+#include "FormatNames.h"
+
+#include <kavra/devices/AFormatConvertor.h>
+
+#include <array>
+#include <cstdio>
+#include <format>
+#include <memory>
+
+namespace Kavra::App {
+namespace {
+
+/// A file type that the module or the host reads or writes by itself.
+struct FileType {
+    std::string_view name;
+    std::string_view extensions;
+    bool reads;
+    bool writes;
+};
+
+constexpr std::array kFileTypes = {
+    FileType{"DirectDraw Surface", ".dds", true, true},
+    FileType{"OpenEXR", ".exr", true, false},
+};
+
+constexpr std::string_view kTheRest = "and whatever the image library has";
+
+std::string BytesText(Devices::EFormat format) {
+    const int block = Utilities::AFormatConvertor::BytesPerBlock(format);
+    if (block > 0) return std::format("{} a block of 4 x 4", block);
+    return std::to_string(Utilities::AFormatConvertor::BytesPerPixel(format));
+}
+
+Json FormatsJson() {
+    Json pixelFormats = Json::array();
+    for (const FormatName& name : AllFormats()) {
+        if (name.format == Devices::kUnknown) continue;
+        pixelFormats.push_back({{"number", static_cast<int>(name.format)},
+                                {"name", name.enumerator},
+                                {"shortName", name.shortName},
+                                {"channels", name.channels},
+                                {"bytes", Utilities::AFormatConvertor::BytesPerPixel(name.format)},
+                                {"blockBytes", Utilities::AFormatConvertor::BytesPerBlock(name.format)}});
+    }
+    Json fileTypes = Json::array();
+    for (const FileType& type : kFileTypes) {
+        fileTypes.push_back(
+            {{"name", type.name}, {"extensions", type.extensions}, {"reads", type.reads}, {"writes", type.writes}});
+    }
+    return {{"pixelFormats", pixelFormats}, {"fileTypes", fileTypes}};
+}
+
+std::string FormatsText() {
+    std::string text = "Pixel formats\n";
+    text += std::format("  {:>6}  {:<16} {:<8} {:>8}  {}\n", "number", "name", "short", "channels", "bytes");
+    for (const FormatName& name : AllFormats()) {
+        if (name.format == Devices::kUnknown) continue;
+        text += std::format("  {:>6}  {:<16} {:<8} {:>8}  {}\n", static_cast<int>(name.format), name.enumerator,
+                            name.shortName, name.channels, BytesText(name.format));
+    }
+    text += "\nFile types of the module and the host\n";
+    for (const FileType& type : kFileTypes) {
+        text += std::format("  {:<20} {:<8} {}\n", type.name, type.extensions,
+                            type.writes ? "reads and writes" : "reads");
+    }
+    return text + std::format("  {}\n", kTheRest);
+}
+
+}  // namespace
+
+void AddFormats(CLI::App& program, Session& session) {
+    const auto json = std::make_shared<bool>(false);
+    CLI::App* command = program.add_subcommand("formats", "Lists the pixel formats and file types");
+    command->footer("Example: kavra formats --json");
+    command->add_flag("--json", *json, "One JSON object");
+    command->callback([json, &session] {
+        session.run = [json] {
+            std::fputs((*json ? JsonText(FormatsJson()) : FormatsText()).c_str(), stdout);
+            return static_cast<int>(kAllDone);
+        };
+    });
+}
+
+}  // namespace Kavra::App

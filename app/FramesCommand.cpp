@@ -1,0 +1,85 @@
+#include "Commands.h"
+#include "FramePattern.h"
+#include "LoadOptions.h"
+#include "SaveImage.h"
+#include "Workers.h"
+
+#include <kavra/objects/OS.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <format>
+#include <memory>
+
+namespace Kavra::App {
+namespace {
+
+using namespace Devices;
+
+struct Options {
+    std::string file;
+    std::string pattern;
+    LoadOptions load;
+};
+
+int FrameCount(const Host& host, Report& report) {
+    const MessageScope scope(report);
+    const Owned<ImageDesc> desc(host.Handler().GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
+    return desc == nullptr ? 0 : std::max(desc->frameCount, 1);
+}
+
+/// Whether the messages since `mark` say that there is no such frame.
+bool EndOfFrames(const Report& report, std::size_t mark) {
+    return std::ranges::contains(report.Texts(mark), std::string("Frame index out of range"));
+}
+
+/// Writes every frame; one that fails does not keep the others from being written.
+void WriteFrames(const Host& host, Report& report, const Options& options, const FramePattern& pattern, int count) {
+    Progress progress(static_cast<std::size_t>(count));
+    for (int frame = 0; frame < count; ++frame) {
+        const std::size_t mark = report.Mark();
+        const LoadedImage image = Load(host.Handler(), report, options.load, frame);
+        if (image.block == nullptr && frame > 0 && EndOfFrames(report, mark)) {
+            report.Say("note", std::format("reports {} frames and holds {}", count, frame));
+            return;
+        }
+        if (image.block == nullptr) {
+            FailToRead(report, mark);
+        } else {
+            Save(host.Handler(), report, image, pattern.Name(frame));
+        }
+        progress.Show(static_cast<std::size_t>(frame) + 1);
+    }
+}
+
+int Run(const Session& session, const Options& options) {
+    const auto pattern = FramePattern::Parse(options.pattern);
+    if (!pattern) {
+        std::fputs("kavra: error: the pattern needs one number, as in out/%03d.png\n", stderr);
+        return kWrongUsage;
+    }
+    const Host host = session.LoadHost();
+    Report report(options.file);
+    const int count = FrameCount(host, report);
+    if (count == 0) {
+        FailToRead(report, 0);
+    } else {
+        WriteFrames(host, report, options, *pattern, count);
+    }
+    report.Print();
+    return report.Failed() ? kSomeFailed : kAllDone;
+}
+
+}  // namespace
+
+void AddFrames(CLI::App& program, Session& session) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand("frames", "Writes every frame, mip level or band to a file of its own");
+    command->footer("Example: kavra frames animation.gif out/%03d.png");
+    command->add_option("IN", options->file, "The file")->required();
+    command->add_option("PATTERN", options->pattern, "The outputs' names: %03d stands for the frame, from 000")->required();
+    options->load.AddTo(*command, false);
+    command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
+}
+
+}  // namespace Kavra::App

@@ -1,0 +1,76 @@
+#include "Commands.h"
+#include "Description.h"
+#include "FormatNames.h"
+#include "LoadOptions.h"
+#include "Workers.h"
+
+#include <kavra/objects/OS.h>
+
+#include <cstdio>
+#include <format>
+
+namespace Kavra::App {
+namespace {
+
+using namespace Devices;
+
+struct Options {
+    std::vector<std::string> files;
+    bool json = false;
+    int jobs = 0;
+};
+
+Json DescriptionJson(const std::string& file, const ImageDesc& desc) {
+    return {{"file", file},
+            {"width", desc.width},
+            {"height", desc.height},
+            {"depth", desc.depth},
+            {"format", static_cast<int>(desc.format)},
+            {"formatName", Enumerator(desc.format)},
+            {"textureType", static_cast<int>(desc.textureType)},
+            {"frameCount", desc.frameCount},
+            {"orientation", static_cast<int>(desc.orientation)},
+            {"gamma", desc.gamma}};
+}
+
+std::string DescriptionText(const std::string& file, const ImageDesc& desc) {
+    const std::string depth = desc.depth > 1 ? std::format(" x {}", desc.depth) : std::string();
+    return std::format("{}: {} x {}{}, {}, {}, frames {}, {}, gamma {:.4g}\n", file, desc.width, desc.height, depth,
+                       Enumerator(desc.format), TextureTypeName(desc.textureType), desc.frameCount,
+                       OrientationName(desc.orientation), desc.gamma);
+}
+
+int Run(const Session& session, const Options& options) {
+    const Host host = session.LoadHost();
+    std::vector<Report> reports = MakeReports(options.files);
+    std::vector<Json> descriptions(reports.size());
+    const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
+        const MessageScope scope(report);
+        const Owned<ImageDesc> desc(host.Handler().GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
+        if (desc == nullptr) {
+            FailToRead(report, 0);
+            descriptions[index] = FailureJson(report);
+        } else if (options.json) {
+            descriptions[index] = DescriptionJson(report.File(), *desc);
+        } else {
+            report.out = DescriptionText(report.File(), *desc);
+        }
+    });
+    if (options.json) std::fputs(JsonText(Json(descriptions)).c_str(), stdout);
+    return good ? kAllDone : kSomeFailed;
+}
+
+}  // namespace
+
+void AddInfo(CLI::App& program, Session& session) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand("info", "Describes files: size, format, frames, orientation, gamma");
+    command->footer("Example: kavra info photo.jpg cube.dds --json");
+    command->add_option("FILE", options->files, "The files")->required();
+    command->add_flag("--json", options->json, "One JSON array with an object a file");
+    command->add_option("--jobs", options->jobs, "Files worked on at a time; all cores unless said")
+        ->check(CLI::PositiveNumber);
+    command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
+}
+
+}  // namespace Kavra::App

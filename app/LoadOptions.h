@@ -1,0 +1,49 @@
+/// The options that every loading command takes.
+#pragma once
+
+#include "Messages.h"
+
+#include <kavra/devices/IImageHandler.h>
+
+#include <CLI/App.hpp>
+
+#include <memory>
+#include <string>
+
+namespace Kavra::App {
+
+struct LoadOptions {
+    int width = 0;  ///< 0: the file's own
+    int height = 0;
+    Devices::EFormat format = Devices::kUnknown;
+    int frame = 0;
+    int orientation = 0;
+    bool highQuality = false;
+
+    /// Adds `--size --format --orientation --high-quality`, and `--frame` where one frame is loaded.
+    void AddTo(CLI::App& command, bool withFrame);
+};
+
+struct DeleteObject {
+    void operator()(Objects::IDelete* object) const { object->Delete(); }
+};
+template <class T>
+using Owned = std::unique_ptr<T, DeleteObject>;
+using OwnedBlock = Owned<Devices::IMemoryWrapper<void>>;
+
+/// A loaded block and what it holds; `block` is null when the load failed.
+struct LoadedImage {
+    OwnedBlock block;
+    Devices::ImageDescription desc;
+
+    /// Bytes of the whole block: a cube's six faces included.
+    std::uint64_t BlockSize() const;
+};
+
+/// Loads one frame. Messages go to the report; the caller says what a failure means.
+LoadedImage Load(Devices::IImageHandler& handler, Report& report, const LoadOptions& options, int frame);
+
+/// Says that a file could not be read, unless messages since `mark` said so already.
+void FailToRead(Report& report, std::size_t mark);
+
+}  // namespace Kavra::App

@@ -1,0 +1,72 @@
+/// What is said about each file, in order.
+#pragma once
+
+#include <kavra/objects/IMessageSink.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Kavra::App {
+
+/// Everything that is to be said of one input: data for standard output, messages for standard error. Kept until its turn
+/// comes, so that files worked on at the same time do not mix.
+class Report {
+public:
+    explicit Report(std::string file) : mFile(std::move(file)) {}
+
+    const std::string& File() const { return mFile; }
+
+    /// Adds a message about this file, or about `file` where another one is meant.
+    void Say(std::string_view kind, std::string_view text, std::string_view file = {});
+    /// Says `text` as an error and marks the file as failed.
+    void Fail(std::string_view text, std::string_view file = {});
+    /// Marks the file as failed; says "cannot be read" or the like only when nothing was said since `mark`.
+    void FailUnlessSaid(std::size_t mark, std::string_view text, std::string_view file = {});
+
+    bool Failed() const { return mFailed; }
+    /// How much has been said so far.
+    std::size_t Mark() const { return mTexts.size(); }
+    /// The bare texts from `mark` on.
+    std::vector<std::string> Texts(std::size_t mark = 0) const;
+    /// The last text, or `fallback`.
+    std::string LastText(std::string_view fallback) const;
+
+    /// Text for standard output.
+    std::string out;
+
+    /// Writes it all.
+    void Print() const;
+
+private:
+    std::string mFile;
+    std::vector<std::string> mTexts;
+    std::vector<std::string> mLines;
+    bool mFailed = false;
+};
+
+/// Routes every message that the host or a module raises on this thread into a report, as long as it lives.
+class MessageScope {
+public:
+    /// Messages are said of `file`, or of the report's own file when that is empty.
+    explicit MessageScope(Report& report, std::string file = {});
+    ~MessageScope();
+    MessageScope(const MessageScope&) = delete;
+    MessageScope& operator=(const MessageScope&) = delete;
+
+private:
+    friend class MessageRouter;
+    Report& mReport;
+    std::string mFile;
+    MessageScope* mOuter;
+};
+
+/// The program's message sink. Messages outside of any `MessageScope` go to standard error at once.
+class MessageRouter final : public Objects::IMessageSink {
+public:
+    MessageRouter();
+    ~MessageRouter() override;
+    void Message(Objects::EMessageKind kind, const wchar_t* text, const wchar_t* detail) override;
+};
+
+}  // namespace Kavra::App

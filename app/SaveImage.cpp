@@ -1,0 +1,85 @@
+#include "SaveImage.h"
+
+#include "FormatNames.h"
+#include "OutputFile.h"
+
+#include <kavra/objects/OS.h>
+
+#include <algorithm>
+#include <array>
+#include <format>
+
+namespace Kavra::App {
+namespace {
+
+using namespace Devices;
+
+std::string LowerExtension(const std::filesystem::path& path) {
+    std::string extension = path.extension().string();
+    std::ranges::transform(extension, extension.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return extension;
+}
+
+/// What the common picture files cannot hold, which a writer's plain "no" does not tell.
+std::string FormatObstacle(const std::string& extension, EFormat format) {
+    struct Rule {
+        std::string_view extensions;
+        std::array<bool, 5> channels;  // by channel count
+        std::string_view text;
+    };
+    static constexpr std::array kRules = {
+        Rule{" .hdr .rgbe ", {false, false, false, true, false}, "three channels"},
+        Rule{" .pbm .pgm .ppm .pnm .pfm ", {false, true, false, true, false}, "one or three channels"},
+        Rule{" .bmp ", {false, true, false, true, true}, "one, three or four channels"},
+        Rule{" .gif .webp .iff ", {false, false, false, true, true}, "three or four channels"},
+        Rule{" .dpx .jxl .jp2 .j2c .j2k .jph ", {false, true, false, true, true}, "one, three or four channels"},
+    };
+    const int channels = Channels(format);
+    for (const Rule& rule : kRules) {
+        if (rule.extensions.find(" " + extension + " ") == std::string_view::npos) continue;
+        if (!rule.channels[static_cast<std::size_t>(channels)]) {
+            return std::format("{} files hold {}, and {} has {}", extension, rule.text, Enumerator(format), channels);
+        }
+    }
+    return {};
+}
+
+std::string Reason(const std::filesystem::path& path, EFormat format) {
+    const std::string extension = LowerExtension(path);
+    if (extension.empty()) return "the name has no extension to choose a file type by";
+    std::string reason = WriteObstacle(path);
+    if (reason.empty()) reason = FormatObstacle(extension, format);
+    return reason;
+}
+
+void NoteWhatStaysOut(Report& report, const ImageDescription& desc, const std::filesystem::path& path) {
+    if (LowerExtension(path) == ".dds") return;
+    if (desc.textureType == kTextureCube) report.Say("note", "a cube map; only its first face was written");
+    if (desc.textureType == kTextureVolume) report.Say("note", "a volume; only its first slice was written");
+}
+
+}  // namespace
+
+bool Save(IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path) {
+    const std::size_t mark = report.Mark();
+    std::string reason = WriteObstacle(path);
+    if (reason.empty()) {
+        OutputFile output(path);
+        const MessageScope scope(report, path.string());
+        const KString name(OS::FromUtf8(output.TemporaryPath().c_str()).c_str());
+        if (handler.SaveTexture(name, image.desc, image.block->mData)) {
+            reason = output.Commit();
+            if (reason.empty()) {
+                NoteWhatStaysOut(report, image.desc, path);
+                return true;
+            }
+        } else {
+            reason = Reason(path, image.desc.format);
+        }
+    }
+    report.FailUnlessSaid(mark, reason.empty() ? "cannot be written" : "cannot be written: " + reason, path.string());
+    return false;
+}
+
+}  // namespace Kavra::App

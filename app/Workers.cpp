@@ -1,0 +1,96 @@
+#include "Workers.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <exception>
+#include <format>
+#include <mutex>
+#include <thread>
+
+namespace Kavra::App {
+namespace {
+
+void RunOne(std::size_t index, Report& report, const std::function<void(std::size_t, Report&)>& work) {
+    try {
+        work(index, report);
+    } catch (const std::exception& error) {
+        report.Fail(error.what());
+    }
+}
+
+/// Prints finished reports in order, however they finish.
+class Printer {
+public:
+    explicit Printer(const std::vector<Report>& reports)
+        : mReports(reports), mDone(reports.size(), false), mProgress(reports.size()) {}
+
+    void Finished(std::size_t index) {
+        const std::lock_guard lock(mMutex);
+        mDone[index] = true;
+        if (index == mNext) mProgress.Hide();
+        while (mNext < mDone.size() && mDone[mNext]) mReports[mNext++].Print();
+        mProgress.Show(++mFinished);
+    }
+
+private:
+    const std::vector<Report>& mReports;
+    std::mutex mMutex;
+    std::vector<bool> mDone;
+    std::size_t mNext = 0;
+    std::size_t mFinished = 0;
+    Progress mProgress;
+};
+
+}  // namespace
+
+bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<void(std::size_t, Report&)>& work) {
+    const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
+    const std::size_t workers = std::min(jobs > 0 ? static_cast<std::size_t>(jobs) : cores, reports.size());
+    {
+        Printer printer(reports);
+        std::atomic<std::size_t> next = 0;
+        const auto loop = [&] {
+            for (std::size_t index = next++; index < reports.size(); index = next++) {
+                RunOne(index, reports[index], work);
+                printer.Finished(index);
+            }
+        };
+        std::vector<std::jthread> threads;
+        for (std::size_t i = 1; i < workers; ++i) threads.emplace_back(loop);
+        loop();
+    }
+    return std::ranges::none_of(reports, &Report::Failed);
+}
+
+std::vector<Report> MakeReports(const std::vector<std::string>& files) {
+    std::vector<Report> reports;
+    for (const std::string& file : files) reports.emplace_back(file);
+    return reports;
+}
+
+Progress::Progress(std::size_t total) : mTotal(total), mActive(total > 1 && isatty(STDERR_FILENO)) {}
+
+Progress::~Progress() {
+    Hide();
+}
+
+void Progress::Show(std::size_t done) {
+    if (!mActive) return;
+    constexpr std::size_t kWidth = 40;
+    const std::size_t filled = kWidth * done / mTotal;
+    const std::string bar = std::format("\r[{}{}] {}/{}", std::string(filled, '#'), std::string(kWidth - filled, ' '),
+                                        done, mTotal);
+    std::fwrite(bar.data(), 1, bar.size(), stderr);
+    mDrawn = true;
+}
+
+void Progress::Hide() {
+    if (!mDrawn) return;
+    std::fputs("\r\x1b[K", stderr);
+    mDrawn = false;
+}
+
+}  // namespace Kavra::App

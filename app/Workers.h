@@ -1,0 +1,38 @@
+/// Working on several inputs at a time.
+#pragma once
+
+#include "Messages.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace Kavra::App {
+
+/// Calls `work` once for each report, `jobs` at a time (0: all cores), and prints the reports in the order given, each as
+/// soon as it and all before it are done. An exception of `work` is that file's error and stops no other. A progress
+/// bar is shown for more than one item when standard error is a terminal. True when no report failed.
+bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<void(std::size_t, Report&)>& work);
+
+/// A report for each name, in order.
+std::vector<Report> MakeReports(const std::vector<std::string>& files);
+
+/// A bar on standard error, drawn only on a terminal and only for more than one item.
+class Progress {
+public:
+    explicit Progress(std::size_t total);
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    void Show(std::size_t done);
+    /// Takes the bar off the screen, so that something else can be printed.
+    void Hide();
+
+private:
+    std::size_t mTotal;
+    bool mActive;
+    bool mDrawn = false;
+};
+
+}  // namespace Kavra::App

@@ -1,0 +1,50 @@
+/// The command kavra: a reference host that reaches everything through the class factory and `IImageHandler`.
+
+#include "Commands.h"
+#include "Messages.h"
+#include "OutputFile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <exception>
+#include <format>
+
+namespace {
+
+int Parse(CLI::App& program, int argc, char** argv) {
+    try {
+        program.parse(argc, argv);
+        return -1;
+    } catch (const CLI::ParseError& error) {
+        return program.exit(error) == 0 ? Kavra::App::kAllDone : Kavra::App::kWrongUsage;
+    }
+}
+
+int Run(const Kavra::App::Session& session) {
+    const Kavra::App::MessageRouter router;
+    try {
+        return session.run();
+    } catch (const std::exception& error) {
+        std::fputs(std::format("kavra: error: {}\n", error.what()).c_str(), stderr);
+        return Kavra::App::kSomeFailed;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Kavra::App::WatchForInterruption();
+    CLI::App program("Loads any image into texture memory, and what was loaded into files", "kavra");
+    program.footer("kavra COMMAND --help tells more, with an example.");
+    program.require_subcommand(1);
+    Kavra::App::Session session;
+    program.add_option("--plugin", session.plugin, "The image-handler module to load")->type_name("PATH");
+    Kavra::App::AddInfo(program, session);
+    Kavra::App::AddDump(program, session);
+    Kavra::App::AddConvert(program, session);
+    Kavra::App::AddFrames(program, session);
+    Kavra::App::AddFormats(program, session);
+    const int status = Parse(program, argc, argv);
+    return status >= 0 ? status : Run(session);
+}

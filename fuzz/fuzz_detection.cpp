@@ -1,0 +1,32 @@
+// Telling files apart by content: any bytes, as a file and as a band raster's data with a header beside it.
+
+#include "FuzzFile.h"
+#include "readers/FileTypeDetection.h"
+#include "readers/ImageFileType.h"
+
+#include <cstdlib>
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kHeader = "NCOLS 2\nNROWS 2\n";
+
+std::span<const std::uint8_t> Bytes(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace Kavra;
+    const Fuzz::FuzzFile file({data, size}, ".dat");
+    const int type = Devices::DetectImageFileType(file.Name());
+    if (type < Devices::CALS || type > Devices::Other || type == Devices::Spot) std::abort();
+
+    // A side file matters to nothing but what would be unknown without it.
+    const Fuzz::FuzzFile header(Bytes(kHeader), ".hdr");
+    const Fuzz::FuzzFile raster({data, size}, ".bil");
+    const int expected = type == Devices::Other && size >= 4 ? Devices::Spot : type;
+    if (Devices::DetectImageFileType(raster.Name()) != expected) std::abort();
+    return 0;
+}

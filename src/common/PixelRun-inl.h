@@ -1,0 +1,117 @@
+// How a kernel walks over its run. Compiled once per vector width: no include guard of the usual kind.
+#if defined(KAVRA_PIXEL_RUN_INL) == defined(HWY_TARGET_TOGGLE)
+#ifdef KAVRA_PIXEL_RUN_INL
+#undef KAVRA_PIXEL_RUN_INL
+#else
+#define KAVRA_PIXEL_RUN_INL
+#endif
+
+#include "common/PixelRun.h"
+
+#include <hwy/cache_control.h>
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+HWY_BEFORE_NAMESPACE();
+namespace Kavra::Common::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// The two ways to write a vector of results.
+struct ThroughCache {
+    template <class D, class V>
+    HWY_INLINE void operator()(D d, V v, std::byte* out) const {
+        hn::StoreU(v, d, reinterpret_cast<hn::TFromD<D>*>(out));
+    }
+};
+struct AroundCache {
+    template <class D, class V>
+    HWY_INLINE void operator()(D d, V v, std::byte* out) const {
+        hn::Stream(v, d, reinterpret_cast<hn::TFromD<D>*>(out));
+    }
+};
+
+/// Loads a vector from bytes of any alignment.
+template <class D>
+HWY_INLINE hn::VFromD<D> LoadBytes(D d, const std::byte* in) {
+    return hn::LoadU(d, reinterpret_cast<const hn::TFromD<D>*>(in));
+}
+
+constexpr std::size_t kVectorBytes = HWY_MAX_BYTES;
+
+/// Asks for `bytes` bytes one memory page further on: the processor's own reading ahead stops at the end of a page,
+/// which slows down most the kernels that write little. Asking for what lies past the end of the source is harmless.
+HWY_INLINE void ReadAhead(const std::byte* in, std::size_t bytes) {
+    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(in) + 4096;
+    for (std::size_t line = 0; line < bytes; line += 64)
+        hwy::Prefetch(reinterpret_cast<const std::byte*>(ahead + line));
+}
+
+/// Units that lie before the first vector boundary of `out`, or `count` when no unit starts at one.
+template <class Kernel>
+std::size_t UnitsBeforeAlignment(const std::byte* out, std::size_t vectorBytes, std::size_t count) {
+    const std::size_t offset = reinterpret_cast<std::uintptr_t>(out) % vectorBytes;
+    for (std::size_t units = 0; units < std::min(count, vectorBytes); ++units) {
+        if ((offset + units * Kernel::kOutBytes) % vectorBytes == 0) return units;
+    }
+    return count;
+}
+
+/// Fewer units than a step, by way of buffers that hold a whole one.
+template <class Kernel>
+void RunPart(const Kernel& kernel, std::byte* out, const std::byte* in, std::size_t count) {
+    HWY_ALIGN std::byte from[Kernel::kMaxStep * Kernel::kInBytes] = {};
+    HWY_ALIGN std::byte to[Kernel::kMaxStep * Kernel::kOutBytes];
+    std::memcpy(from, in, count * Kernel::kInBytes);
+    kernel.Step(from, to, ThroughCache{});
+    std::memcpy(out, to, count * Kernel::kOutBytes);
+}
+
+template <class Kernel>
+void RunAroundCache(const Kernel& kernel, std::byte* out, const std::byte* in, std::size_t count) {
+    for (const std::size_t step = kernel.StepUnits(); count >= step; count -= step) {
+        ReadAhead(in, step * Kernel::kInBytes);
+        kernel.Step(in, out, AroundCache{});
+        in += step * Kernel::kInBytes;
+        out += step * Kernel::kOutBytes;
+    }
+}
+
+/// Converts `run` step by step, which reads ahead best where a step loads in the order of addresses. A kernel has
+/// `kInBytes` and `kOutBytes` of one unit, `StepUnits()` (at most `kMaxStep`) and `Step(in, out, store)`, which writes
+/// whole vectors only.
+template <class Kernel>
+void Convert(const Kernel& kernel, const PixelRun& run) {
+    const std::size_t step = kernel.StepUnits();
+    const std::byte* in = run.in.data();
+    std::byte* out = run.out.data();
+    std::size_t left = run.in.size() / Kernel::kInBytes;
+    const auto advance = [&](std::size_t units) {
+        in += units * Kernel::kInBytes;
+        out += units * Kernel::kOutBytes;
+        left -= units;
+    };
+    if (run.bypassCache) {
+        std::size_t head = UnitsBeforeAlignment<Kernel>(out, hn::Lanes(hn::ScalableTag<std::uint8_t>()), left);
+        if (head < left) {
+            for (; head > 0; head -= std::min(head, step)) {
+                RunPart(kernel, out, in, std::min(head, step));
+                advance(std::min(head, step));
+            }
+            RunAroundCache(kernel, out, in, left);
+            hwy::FlushStream();
+            advance(left / step * step);
+        }
+    }
+    for (; left >= step; advance(step))
+        kernel.Step(in, out, ThroughCache{});
+    if (left > 0) RunPart(kernel, out, in, left);
+}
+
+}  // namespace Kavra::Common::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,178 @@
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <algorithm>
+#include <initializer_list>
+
+namespace Kavra::Devices {
+
+using OIIO::ImageSpec;
+using OIIO::TypeDesc;
+
+namespace {
+
+/// The element type of a format that OpenImageIO can hold, else UNKNOWN.
+TypeDesc::BASETYPE ElementType(EFormat format) {
+    switch (format) {
+        case kA8:
+        case kR8:
+        case kL8:
+        case kR8G8B8A8:
+        case kB8G8R8A8:
+        case kB8G8R8X8:
+        case kR8G8B8X8:
+            return TypeDesc::UINT8;
+        case kR16F:
+        case kR16G16F:
+        case kR16G16B16A16F:
+            return TypeDesc::HALF;
+        case kR16:
+        case kL16:
+        case kR16G16:
+        case kR16G16B16A16:
+            return TypeDesc::UINT16;
+        case kR32F:
+        case kR32G32F:
+        case kR32G32B32A32F:
+            return TypeDesc::FLOAT;
+        default:
+            return TypeDesc::UNKNOWN;
+    }
+}
+
+/// Channels of the same formats, else 0.
+int ChannelCount(EFormat format) {
+    switch (format) {
+        case kA8:
+        case kR8:
+        case kL8:
+        case kR16F:
+        case kR16:
+        case kL16:
+        case kR32F:
+            return 1;
+        case kR16G16F:
+        case kR16G16:
+        case kR32G32F:
+            return 2;
+        case kR8G8B8A8:
+        case kB8G8R8A8:
+        case kB8G8R8X8:
+        case kR8G8B8X8:
+        case kR16G16B16A16F:
+        case kR16G16B16A16:
+        case kR32G32B32A32F:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+struct PixelShape {
+    TypeDesc type;
+    int channels = 0;
+};
+
+/// What the pixels hold apart from a depth channel; several types merge into one that holds them all.
+PixelShape ShapeWithoutDepth(const ImageSpec& spec) {
+    if (spec.z_channel < 0) return {spec.format, spec.nchannels};
+    PixelShape shape;
+    for (int i = 0; i < spec.nchannels; ++i) {
+        if (i == spec.z_channel) continue;
+        ++shape.channels;
+        shape.type = TypeDesc(TypeDesc::basetype_merge(shape.type, spec.channelformat(i)));
+    }
+    return shape;
+}
+
+/// Whether a TIFF says that its first channel is grey (0 white is zero, 1 black is zero); the others are extra ones
+/// then.
+bool IsGreyTIFF(const ImageSpec& spec) {
+    const auto photometric = static_cast<unsigned>(spec.get_int_attribute("tiff:PhotometricInterpretation", 2));
+    return photometric <= 1;
+}
+
+bool IsRedFirst(EFormat format) {
+    return format == kR8G8B8A8 || format == kR8G8B8X8;
+}
+bool IsBlueFirst(EFormat format) {
+    return format == kB8G8R8A8 || format == kB8G8R8X8;
+}
+
+bool IsOneOf(EFormat format, std::initializer_list<EFormat> formats) {
+    return std::ranges::find(formats, format) != formats.end();
+}
+
+}  // namespace
+
+ImageSpec OIIOImageHandler::FormatToImageSpec(const EFormat& format, const ImageSpec& base) {
+    ImageSpec spec = base;
+    if (format == kUnknown) return spec;
+    const TypeDesc type = ElementType(format);
+    if (type == TypeDesc(TypeDesc::UNKNOWN)) {
+        spec.format = type;  // set_format would also clear the types of the single channels
+        return spec;
+    }
+    spec.set_format(type);
+    spec.nchannels = ChannelCount(format);
+    if (spec.nchannels == 4) spec.alpha_channel = 3;
+    return spec;
+}
+
+EFormat OIIOImageHandler::ImageSpecToFormat(const ImageSpec& spec) {
+    PixelShape shape = ShapeWithoutDepth(spec);
+    if (IsGreyTIFF(spec)) shape.channels = 1;
+
+    // By the number of channels; an 8-bit pixel always has a format, however many channels there are.
+    const auto choose = [&](EFormat one, EFormat two, EFormat threeOrFour, EFormat more) {
+        if (shape.channels <= 0) return kUnknown;
+        if (shape.channels == 1) return one;
+        if (shape.channels == 2) return two;
+        return shape.channels <= 4 ? threeOrFour : more;
+    };
+    switch (shape.type.basetype) {
+        case TypeDesc::UINT8:
+            return choose(kL8, kR8G8B8A8, kR8G8B8A8, kR8G8B8A8);
+        case TypeDesc::UINT16:
+            return choose(kL16, kL16, kR16G16B16A16, kUnknown);
+        case TypeDesc::HALF:
+            return choose(kR16F, kR16G16F, kR16G16B16A16F, kUnknown);
+        case TypeDesc::FLOAT:
+            return choose(kR32F, kR32G32F, kR32G32B32A32F, kUnknown);
+        default:
+            return kUnknown;
+    }
+}
+
+bool OIIOImageHandler::CanConvertTo(EFormat from, EFormat to) {
+    switch (from) {
+        case kR8:
+        case kL8:
+            return IsOneOf(to, {kR16, kR16G16, kR8G8B8A8, kB8G8R8A8, kB8G8R8X8, kR8G8B8X8});
+        case kR16F:
+            return to == kR16G16B16A16F;
+        case kR16:
+        case kL16:
+            return IsOneOf(to, {kR16G16, kR8G8B8A8, kB8G8R8A8, kB8G8R8X8, kR8G8B8X8, kR16G16B16A16F, kR16G16B16A16});
+        case kR32F:
+            return IsOneOf(to, {kR32G32B32F, kR32G32B32A32F});
+        case kR8G8B8A8:
+            return IsOneOf(to, {kR8, kL8, kB8G8R8A8, kB8G8R8X8, kR16G16B16A16F, kR16G16B16A16, kR32G32B32A32F});
+        case kB8G8R8A8:
+            return IsOneOf(to, {kR8, kL8, kR8G8B8A8, kR8G8B8X8, kR16G16B16A16F, kR16G16B16A16, kR32G32B32A32F});
+        case kR16G16B16A16F:
+            return to == kR32G32B32A32F;
+        case kR16G16B16A16:
+            return IsOneOf(to, {kR8G8B8A8, kB8G8R8A8, kB8G8R8X8, kR8G8B8X8, kR16G16B16A16F, kR32G32B32A32F});
+        case kR32G32B32A32F:
+            return true;  // the packing of floats decides for each target
+        default:
+            return false;
+    }
+}
+
+bool OIIOImageHandler::NeedConvert(EFormat from, int fromKind, EFormat to, int toKind) {
+    if (fromKind != toKind) return from != to;
+    return (IsRedFirst(from) && IsBlueFirst(to)) || (IsBlueFirst(from) && IsRedFirst(to));
+}
+
+}  // namespace Kavra::Devices

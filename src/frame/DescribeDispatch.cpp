@@ -1,0 +1,98 @@
+// Describing a file: readers of legacy formats or the host's DDS reader first, then OpenImageIO, then the host's
+// OpenEXR reader.
+
+#include "common/Boundary.h"
+#include "load/FileDescription.h"
+#include "load/OpenInput.h"
+#include "readers/FileTypeDetection.h"
+#include "readers/ImageFileType.h"
+#include "readers/ImageReaderInterface.h"
+
+#include <kavra/devices/DDSReader.h>
+#include <kavra/devices/EXRHandler.h>
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <memory>
+
+namespace Kavra::Devices {
+
+namespace {
+
+struct Releaser {
+    void operator()(ImageDesc* desc) const { desc->Delete(); }
+};
+using OwnedDesc = std::unique_ptr<ImageDesc, Releaser>;
+
+bool DescribeByReader(ImageDesc& desc, const KString& path, int fileType) {
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
+    if (!reader || !reader->Open(path)) return false;
+    desc.width = reader->GetWidth();
+    desc.height = reader->GetHeight();
+    desc.depth = 1;
+    desc.format = reader->GetFormat();
+    desc.textureType = kTexture2D;
+    desc.frameCount = reader->GetFrameCount();
+    desc.orientation = reader->GetOrientation();
+    desc.gamma = kDefaultGamma;
+    return true;
+}
+
+/// Formats that only the host's reader tells: OpenImageIO decodes them, or takes them for grey.
+bool OnlyHostDescribes(EFormat format) {
+    return format == kA8 || (format >= kBC1 && format <= kReserved17) || (format >= kBC6H && format <= kReserved78);
+}
+
+/// Fills `desc` whenever the file opens: what OpenImageIO cannot open then keeps these values.
+bool DescribeByDdsReader(ImageDesc& desc, const KString& path, bool& alphaVariant) {
+    DDSReader reader;
+    if (!reader.Load(path)) return false;
+    desc.width = reader.Width();
+    desc.height = reader.Height();
+    desc.depth = reader.Depth();
+    desc.format = reader.Format();
+    desc.textureType = reader.TextureType();
+    desc.frameCount = reader.Mipmaps();
+    desc.orientation = kTopLeft;
+    desc.gamma = kDefaultGamma;
+    alphaVariant = desc.format == kReserved50 || desc.format == kReserved51;
+    return OnlyHostDescribes(desc.format);
+}
+
+void DescribeByExrHandler(ImageDesc& desc, const KString& path) {
+    if (!EXRHandler::IsPreferedHandler(path)) return;
+    EXRHandler exr(true);
+    if (!exr.ReadFromFile(path)) return;
+    desc.width = exr.width();
+    desc.height = exr.height();
+    desc.depth = 1;
+    desc.format = exr.supportsAlpha() ? kR32G32B32A32F : kR32G32B32F;
+    desc.textureType = kTexture2D;
+    desc.frameCount = 1;
+    desc.orientation = kTopLeft;
+    desc.gamma = kDefaultGamma;
+}
+
+}  // namespace
+
+ImageDesc* OIIOImageHandler::GetImageDesc(const KString& path) {
+    return Common::AtBoundary<ImageDesc*>(nullptr, [&]() -> ImageDesc* {
+        const int fileType = DetectImageFileType(path);
+        OwnedDesc desc(new ImageDesc);
+        if (fileType == None || !desc) return nullptr;
+
+        bool alphaVariant = false;
+        const bool found =
+            fileType == DDS ? DescribeByDdsReader(*desc, path, alphaVariant) : DescribeByReader(*desc, path, fileType);
+        if (const auto input = found ? nullptr : OpenInput(path)) {
+            const OwnedDesc described(GetImageDescByOIIO(input.get(), fileType, alphaVariant));
+            if (described && described->format != kUnknown) {
+                *desc = *described;
+                desc->frameCount = GetNumberOfFrames(input.get(), fileType);
+            }
+        }
+        if (desc->format == kUnknown) DescribeByExrHandler(*desc, path);
+        return desc->format == kUnknown ? nullptr : desc.release();
+    });
+}
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,183 @@
+// Loading a texture: OpenImageIO first, then the host's OpenEXR reader, the readers of legacy formats, and the host's
+// DDS reader.
+
+#include "common/Boundary.h"
+#include "common/PixelBlock.h"
+#include "load/FileDescription.h"
+#include "readers/FileTypeDetection.h"
+#include "readers/ImageFileType.h"
+
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/DDSReader.h>
+#include <kavra/devices/EXRHandler.h>
+#include <kavra/devices/Sys.h>
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <utility>
+
+namespace Kavra::Devices {
+
+namespace {
+
+using Common::PixelBlock;
+using Utilities::AFormatConvertor;
+
+constexpr int kCubeFaces = 6;
+constexpr std::int64_t kMostRowPitch = std::numeric_limits<std::int32_t>::max();  // what a description can hold
+
+struct Releaser {
+    void operator()(IMemoryWrapper<void>* wrapper) const { wrapper->Delete(); }
+};
+using HostBlock = std::unique_ptr<IMemoryWrapper<void>, Releaser>;
+
+/// The pixels that a fallback came up with: a block of the module's own, or one that the host's DDS reader still owns.
+struct Pixels {
+    PixelBlock own;
+    HostBlock host;
+
+    void* Data() const { return host ? host->mData : own.get(); }
+};
+
+/// Hands a block on to the caller; without memory for the wrapper it is freed.
+IMemoryWrapper<void>* Wrap(PixelBlock block) {
+    auto* wrapper = new MemoryArrayWrapper<void, unsigned char>(block.get());
+    if (wrapper != nullptr) (void)block.release();
+    return wrapper;
+}
+
+/// Takes the data over from the host's wrapper, which is then released empty: the data has one owner at any time.
+PixelBlock Detach(HostBlock host) {
+    return PixelBlock(static_cast<unsigned char*>(std::exchange(host->mData, nullptr)));
+}
+
+IMemoryWrapper<void>* Wrap(Pixels pixels) {
+    return Wrap(pixels.host ? Detach(std::move(pixels.host)) : std::move(pixels.own));
+}
+
+int LevelSize(int size, int level) {
+    return std::max(size >> level, 1);
+}
+
+int WantedSize(int wanted, int available) {
+    return wanted < 1 ? available : std::min(wanted, available);
+}
+
+std::int64_t RowPitch(EFormat format, int width) {
+    return std::int64_t{AFormatConvertor::BytesPerPixel(format)} * width;
+}
+
+/// Leaves `desc.orientation` as it is: the rows come as they are stored.
+bool DescribeExr(const EXRHandler& exr, ImageDescription& desc) {
+    const EFormat format = exr.supportsAlpha() ? kR32G32B32A32F : kR32G32B32F;
+    const std::int64_t rowPitch = RowPitch(format, exr.width());
+    if (rowPitch < 1 || rowPitch > kMostRowPitch || exr.height() < 1) return false;
+    desc.width = exr.width();
+    desc.height = exr.height();
+    desc.depth = 1;
+    desc.format = format;
+    desc.rowPitch = static_cast<std::int32_t>(rowPitch);
+    desc.dataSize = static_cast<std::uint64_t>(rowPitch) * static_cast<std::uint64_t>(exr.height());
+    desc.textureType = kTexture2D;
+    desc.hasTransparentPixels = false;
+    desc.hasTranslucentPixels = false;
+    desc.hasAlpha = exr.supportsAlpha();
+    desc.defaultOrientation = true;
+    desc.gamma = kDefaultGamma;
+    return true;
+}
+
+PixelBlock LoadExr(ImageDescription& desc, const KString& path) {
+    if (!EXRHandler::IsPreferedHandler(path)) return nullptr;
+    EXRHandler exr(true);
+    if (!exr.ReadFromFile(path) || exr.internalBuffer() == nullptr || !DescribeExr(exr, desc)) return nullptr;
+    PixelBlock block = Common::NewBlock(desc.dataSize);
+    std::memcpy(block.get(), exr.internalBuffer(), desc.dataSize);
+    return block;
+}
+
+/// One level of a DDS at its full size: the host's reader neither resizes nor reorients.
+HostBlock LoadDds(ImageDescription& desc, const KString& path, int width, int height, int level,
+                  EDataOrientation orientation) {
+    DDSReader reader;
+    if (!reader.Load(path) || level >= std::min(reader.Mipmaps(), 31)) return nullptr;
+
+    const int levelWidth = LevelSize(reader.Width(), level);
+    const int levelHeight = LevelSize(reader.Height(), level);
+    const int levelDepth = LevelSize(reader.Depth(), level);
+    // Halved `level` times more, so a lower level of a volume is refused while it has more than one slice.
+    const int wantedDepth = LevelSize(levelDepth, level);
+    if (WantedSize(width, levelWidth) != levelWidth || WantedSize(height, levelHeight) != levelHeight ||
+        wantedDepth != levelDepth) {
+        return nullptr;
+    }
+    if (orientation != kTopLeft) {
+        Sys::Warning(L"Override orientation of compressed DDS is not supported", nullptr);
+    }
+    for (int passed = 0; passed < level; ++passed) {
+        if (!reader.SkipMipLevel(passed)) return nullptr;
+    }
+    HostBlock block(reader.Load(desc, levelWidth, levelHeight, levelDepth));
+    return block && block->mData != nullptr ? std::move(block) : nullptr;
+}
+
+/// Brings `pixels` to `format` where that is wanted and possible; else they, and `desc`, stay as they are.
+void Convert(ImageDescription& desc, Pixels& pixels, EFormat format) {
+    const bool wanted = format != kUnknown && format != desc.format;
+    if (!wanted || !OIIOImageHandler::CanConvertTo(desc.format, format)) return;
+    const std::int64_t rowPitch = RowPitch(format, desc.width);
+    if (rowPitch > kMostRowPitch) return;
+
+    const std::size_t faces = desc.textureType == kTextureCube ? kCubeFaces : 1;
+    void* converted = nullptr;
+    std::size_t bytes = 0;
+    OIIOImageHandler::FormatConversion(desc.format, desc.dataSize * faces, pixels.Data(), format, converted, bytes);
+    if (converted == nullptr) return;
+
+    pixels = Pixels{PixelBlock(static_cast<unsigned char*>(converted)), nullptr};
+    desc.format = format;
+    desc.rowPitch = static_cast<std::int32_t>(rowPitch);
+    desc.dataSize = bytes / faces;
+}
+
+}  // namespace
+
+IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, const KString& path, int width, int height,
+                                                    int depth, EFormat format, bool highQualityResize, int level,
+                                                    EDataOrientation orientation, IImageFormatHandler* formatHandler) {
+    return Common::AtBoundary<IMemoryWrapper<void>*>(nullptr, [&]() -> IMemoryWrapper<void>* {
+        const int fileType = DetectImageFileType(path);
+        if (PixelBlock block(LoadTextureByOIIO(desc, path, width, height, depth, format, highQualityResize, level,
+                                               orientation, formatHandler, fileType));
+            block) {
+            return Wrap(std::move(block));
+        }
+
+        Pixels pixels{LoadExr(desc, path), nullptr};
+        if (!pixels.own && fileType != DDS) {
+            pixels.own.reset(LoadSpecial(desc, path, width, height, highQualityResize, level, orientation, fileType));
+        } else if (!pixels.own) {
+            pixels.host = LoadDds(desc, path, width, height, std::max(level, 0), orientation);
+        }
+        if (pixels.Data() == nullptr) {
+            Sys::Warning(L"format is not supported", nullptr);
+            return nullptr;
+        }
+        if (pixels.host && desc.format == format) return pixels.host.release();
+        Convert(desc, pixels, format);
+        return Wrap(std::move(pixels));
+    });
+}
+
+IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, const KString& path, int width, int height,
+                                                    int depth, EFormat format, int level, EDataOrientation orientation,
+                                                    IImageFormatHandler* formatHandler) {
+    IImageHandler& self = *this;
+    return self.LoadTexture(desc, path, width, height, depth, format, false, level, orientation, formatHandler);
+}
+
+}  // namespace Kavra::Devices

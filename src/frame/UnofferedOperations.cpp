@@ -1,0 +1,42 @@
+// The operations that this version of the module does not offer. A host may call any slot, so each answers as it does
+// for input that it cannot use, and raises no message.
+
+#include <kavra/oiio/OIIOImageHandler.h>
+
+namespace Kavra::Devices {
+
+bool OIIOImageHandler::SaveTarget(const KString&, ATarget*, bool) {
+    return false;
+}
+
+IMemoryWrapper<void>* OIIOImageHandler::Resize(EResizeMethod, const void*, std::size_t, int, const vec3<int>&, EFormat,
+                                               ETextureType, const vec3<int>&, int&, EImageFilterType) {
+    return nullptr;
+}
+
+vec3<float> OIIOImageHandler::GetIBLIntensity(const ImageDescription&, const void*, bool, vec3<float>*) {
+    return {-999.0F, -999.0F, -999.0F};
+}
+
+unsigned OIIOImageHandler::FindIBLLightDirections(const ImageDescription&, const void*, vec3<float>* const,
+                                                  vec3<float>* const, unsigned) {
+    return 0;
+}
+
+IImage* OIIOImageHandler::CreateImage(int, int, EFormat) {
+    return nullptr;
+}
+
+IImage* OIIOImageHandler::CreateImage(ATarget*) {
+    return nullptr;
+}
+
+IImage* OIIOImageHandler::CreateImage(ASimpleTexture*) {
+    return nullptr;
+}
+
+bool OIIOImageHandler::writeImageOneLineAtATime(const KString&, double, IWriteImageLineProvider*, int, int, int) const {
+    return false;
+}
+
+}  // namespace Kavra::Devices

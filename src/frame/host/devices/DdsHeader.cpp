@@ -1,0 +1,75 @@
+#include "frame/host/devices/DdsHeader.h"
+
+#include <algorithm>
+
+namespace Kavra::Devices::Dds {
+namespace {
+
+constexpr std::size_t kPlainHeader = 128;
+
+struct Field {
+    std::size_t offset;
+    std::uint32_t Header::* value;
+};
+
+/// Where each field lies in the file; every one is 32 bits, little-endian.
+constexpr Field kFields[] = {
+    {8, &Header::flags},       {12, &Header::height},   {16, &Header::width},      {20, &Header::pitch},
+    {24, &Header::depth},      {28, &Header::mipCount}, {80, &Header::pixelFlags}, {84, &Header::fourCC},
+    {88, &Header::bitCount},   {92, &Header::redMask},  {96, &Header::greenMask},  {100, &Header::blueMask},
+    {104, &Header::alphaMask}, {108, &Header::caps1},   {112, &Header::caps2},     {128, &Header::dxgiFormat},
+    {132, &Header::dimension}, {136, &Header::misc},    {140, &Header::arraySize},
+};
+
+struct Constant {
+    std::size_t offset;
+    std::uint32_t value;
+};
+
+/// What every file has: the magic number and the sizes of the header and of the pixel format within it.
+constexpr Constant kConstants[] = {{0, FourCC("DDS ")}, {4, 124}, {76, 32}};
+
+std::uint32_t Get(std::span<const std::uint8_t> bytes, std::size_t offset) {
+    std::uint32_t value = 0;
+    for (std::size_t i = 4; i-- > 0;)
+        value = value << 8 | bytes[offset + i];
+    return value;
+}
+
+void Put(std::vector<std::uint8_t>& bytes, std::size_t offset, std::uint32_t value) {
+    for (std::size_t i = 0; i < 4; ++i)
+        bytes[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
+}
+
+}  // namespace
+
+std::size_t Header::Bytes() const {
+    return IsExtended() ? kLongestHeader : kPlainHeader;
+}
+
+std::optional<Header> ParseHeader(std::span<const std::uint8_t> file) {
+    if (file.size() < kPlainHeader) return std::nullopt;
+    const auto holds = [&](const Constant& constant) { return Get(file, constant.offset) == constant.value; };
+    if (!std::ranges::all_of(kConstants, holds)) return std::nullopt;
+
+    Header header;
+    for (const Field& field : kFields) {
+        // The extension's fields come last: by then it is known whether there is one.
+        if (field.offset >= header.Bytes()) break;
+        if (file.size() < header.Bytes()) return std::nullopt;
+        header.*field.value = Get(file, field.offset);
+    }
+    return header;
+}
+
+std::vector<std::uint8_t> ComposeHeader(const Header& header) {
+    std::vector<std::uint8_t> bytes(header.Bytes());
+    for (const Constant& constant : kConstants)
+        Put(bytes, constant.offset, constant.value);
+    for (const Field& field : kFields) {
+        if (field.offset < bytes.size()) Put(bytes, field.offset, header.*field.value);
+    }
+    return bytes;
+}
+
+}  // namespace Kavra::Devices::Dds

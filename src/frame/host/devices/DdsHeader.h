@@ -1,0 +1,102 @@
+/// The header of a DDS file: field by field as stored
+/// (https://learn.microsoft.com/windows/win32/direct3ddds/dds-header).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace Kavra::Devices::Dds {
+
+constexpr std::uint32_t FourCC(const char (&text)[5]) {
+    std::uint32_t code = 0;
+    for (int i = 3; i >= 0; --i)
+        code = code << 8 | static_cast<unsigned char>(text[i]);
+    return code;
+}
+
+/// Bits of `Header::flags`: which fields are meant.
+enum : std::uint32_t {
+    kHasCaps = 0x1,
+    kHasHeight = 0x2,
+    kHasWidth = 0x4,
+    kHasPitch = 0x8,
+    kHasPixelFormat = 0x1000,
+    kHasMipCount = 0x20000,
+    kHasLinearSize = 0x80000,
+    kHasDepth = 0x800000,
+};
+
+/// Bits of `Header::pixelFlags`: what the pixels are.
+enum : std::uint32_t {
+    kPixelAlpha = 0x1,  ///< the alpha mask is meant
+    kPixelAlphaOnly = 0x2,
+    kPixelFourCC = 0x4,
+    kPixelRgb = 0x40,
+    kPixelYuv = 0x200,
+    kPixelLuminance = 0x20000,
+    kPixelBumpLuminance = 0x40000,  ///< two signed channels and a luminance
+    kPixelBump = 0x80000,           ///< signed channels
+};
+
+/// Bits of `Header::caps1` and `caps2`: what the texture is. The six faces follow `kFirstFace`, +x -x +y -y +z -z.
+enum : std::uint32_t {
+    kCapsComplex = 0x8,
+    kCapsTexture = 0x1000,
+    kCapsMipmaps = 0x400000,
+    kCapsCube = 0x200,
+    kCapsFirstFace = 0x400,
+    kCapsAllFaces = 0xfc00,
+    kCapsVolume = 0x200000,
+};
+
+/// Values of the DX10 extension.
+enum : std::uint32_t {
+    kDimension2D = 3,
+    kDimensionVolume = 4,
+    kMiscCube = 0x4,
+};
+
+/// All fields that mean something. Those of the DX10 extension are 0 when the file has none.
+struct Header {
+    std::uint32_t flags = 0;
+    std::uint32_t height = 0;
+    std::uint32_t width = 0;
+    std::uint32_t pitch = 0;  ///< bytes of a row, or of level 0 for block-compressed data; readers ignore it
+    std::uint32_t depth = 0;
+    std::uint32_t mipCount = 0;
+    std::uint32_t pixelFlags = 0;
+    std::uint32_t fourCC = 0;
+    std::uint32_t bitCount = 0;  ///< bits of a pixel
+    std::uint32_t redMask = 0;   ///< also luminance, Y, U of a bump map
+    std::uint32_t greenMask = 0;
+    std::uint32_t blueMask = 0;
+    std::uint32_t alphaMask = 0;
+    std::uint32_t caps1 = 0;
+    std::uint32_t caps2 = 0;
+    std::uint32_t dxgiFormat = 0;
+    std::uint32_t dimension = 0;
+    std::uint32_t misc = 0;
+    std::uint32_t arraySize = 0;
+
+    bool operator==(const Header&) const = default;
+
+    /// Whether the DX10 extension follows.
+    bool IsExtended() const { return (pixelFlags & kPixelFourCC) != 0 && fourCC == FourCC("DX10"); }
+    /// Where the pixels begin.
+    std::size_t Bytes() const;
+};
+
+/// Bytes of the longest header.
+inline constexpr std::size_t kLongestHeader = 148;
+
+/// Reads the header at the start of `file` (all of it, or its first `kLongestHeader` bytes). Nothing when the magic
+/// number or one of the two structure sizes is wrong, or it ends early. No other field is judged.
+std::optional<Header> ParseHeader(std::span<const std::uint8_t> file);
+
+/// The bytes of a header, with the extension where it has one.
+std::vector<std::uint8_t> ComposeHeader(const Header& header);
+
+}  // namespace Kavra::Devices::Dds

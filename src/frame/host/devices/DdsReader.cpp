@@ -1,0 +1,182 @@
+#include "common/FileHandle.h"
+#include "common/PixelBlock.h"
+#include "frame/host/devices/DdsHeader.h"
+#include "frame/host/devices/DdsPixelLayouts.h"
+#include "frame/host/devices/DdsShape.h"
+
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/DDSReader.h>
+#include <kavra/objects/OS.h>
+
+#include <array>
+#include <cstdint>
+#include <new>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace Kavra::Devices {
+
+using Common::FileHandle;
+using Common::PixelBlock;
+
+/// An open file and what its header says.
+struct DDSReader::State {
+    FileHandle file;
+    std::uint64_t bytes;        ///< of the file
+    std::uint64_t pixelsBegin;  ///< bytes before the first pixel
+    Dds::PixelLayout layout;
+    Dds::Shape shape;
+    int nextLevel = 0;
+
+    bool HasFace(int face) const { return (shape.faces >> face & 1) != 0; }
+    std::uint64_t Begin(int face, int level) const {
+        return pixelsBegin + Dds::LevelOffset(layout, shape, face, level);
+    }
+    bool IsWhole(int level) const;
+    ImageDescription Describe(int level) const;
+    PixelBlock ReadLevel(int level, std::uint64_t faceBytes) const;
+
+private:
+    bool ReadFace(int face, int level, unsigned char* out) const;
+    bool ReadWidened(const Dds::Extent& size, unsigned char* out) const;
+};
+
+/// Whether the file is long enough for every face of this level.
+bool DDSReader::State::IsWhole(int level) const {
+    const std::uint64_t levelBytes = Dds::StoredLevelBytes(layout, Dds::LevelSize(shape.size, level));
+    for (int face = 0; face < shape.FaceCount(); ++face) {
+        if (HasFace(face) && Begin(face, level) + levelBytes > bytes) return false;
+    }
+    return true;
+}
+
+ImageDescription DDSReader::State::Describe(int level) const {
+    const Dds::Extent size = Dds::LevelSize(shape.size, level);
+    ImageDescription desc;
+    desc.width = size.width;
+    desc.height = size.height;
+    desc.depth = size.depth;
+    desc.format = layout.format;
+    desc.rowPitch = Utilities::AFormatConvertor::BytesPerPixel(layout.format) * size.width;
+    desc.dataSize = layout.IsCompressed()
+                        ? Dds::StoredLevelBytes(layout, size)
+                        : static_cast<std::uint64_t>(desc.rowPitch) * static_cast<std::uint64_t>(size.height) *
+                              static_cast<std::uint64_t>(size.depth);
+    desc.textureType = shape.type;
+    desc.hasAlpha = layout.hasAlpha;
+    desc.defaultOrientation = true;
+    desc.orientation = kTopLeft;
+    desc.gamma = 2.2;
+    return desc;
+}
+
+/// All faces of a level, each of `faceBytes`. Null when the file does not hold them. Throws `std::bad_alloc`.
+PixelBlock DDSReader::State::ReadLevel(int level, std::uint64_t faceBytes) const {
+    if (!IsWhole(level)) return nullptr;
+    const int faces = shape.FaceCount();
+    const std::size_t blockBytes = faceBytes * static_cast<unsigned>(faces);
+    const bool allThere = shape.faces == (1u << faces) - 1;
+    PixelBlock block = allThere ? Common::NewBlock(blockBytes) : Common::NewZeroedBlock(blockBytes);
+    for (int face = 0; face < faces; ++face) {
+        if (HasFace(face) && !ReadFace(face, level, block.get() + face * faceBytes)) return nullptr;
+    }
+    return block;
+}
+
+bool DDSReader::State::ReadFace(int face, int level, unsigned char* out) const {
+    if (fseeko(file.get(), static_cast<off_t>(Begin(face, level)), SEEK_SET) != 0) return false;
+    const Dds::Extent size = Dds::LevelSize(shape.size, level);
+    if (layout.widen != nullptr) return ReadWidened(size, out);
+    const std::size_t stored = Dds::StoredLevelBytes(layout, size);
+    return std::fread(out, 1, stored, file.get()) == stored;
+}
+
+/// Row by row, slices included, from where the file stands.
+bool DDSReader::State::ReadWidened(const Dds::Extent& size, unsigned char* out) const {
+    std::vector<std::uint8_t> row(Dds::StoredRowBytes(layout, size.width));
+    const auto width = static_cast<std::size_t>(size.width);
+    const std::size_t pitch = width * static_cast<unsigned>(Utilities::AFormatConvertor::BytesPerPixel(layout.format));
+    const std::int64_t rows = std::int64_t{size.height} * size.depth;
+    for (std::int64_t y = 0; y < rows; ++y, out += pitch) {
+        if (std::fread(row.data(), 1, row.size(), file.get()) != row.size()) return false;
+        layout.widen(layout, row, out, width);
+    }
+    return true;
+}
+
+DDSReader::DDSReader() = default;
+DDSReader::~DDSReader() = default;
+
+bool DDSReader::Load(const KString& path) {
+    mState.reset();
+    std::FILE* opened = nullptr;
+    if (OS::wfopen(&opened, path, L"rb") != 0) return false;
+    FileHandle file(opened);
+    const std::optional<std::uint64_t> bytes = Common::FileLength(file.get());
+    if (!bytes || fseeko(file.get(), 0, SEEK_SET) != 0) return false;
+
+    std::array<std::uint8_t, Dds::kLongestHeader> start;
+    const std::size_t count = std::fread(start.data(), 1, start.size(), file.get());
+    const std::optional<Dds::Header> header = Dds::ParseHeader(std::span(start).first(count));
+    if (!header) return false;
+    const std::optional<Dds::PixelLayout> layout = Dds::FindLayout(*header);
+    const std::optional<Dds::Shape> shape = Dds::ShapeOf(*header);
+    if (!layout || !shape) return false;
+    mState = std::make_unique<State>(std::move(file), *bytes, header->Bytes(), *layout, *shape);
+    return true;
+}
+
+int DDSReader::Width() const {
+    return mState ? mState->shape.size.width : 0;
+}
+
+int DDSReader::Height() const {
+    return mState ? mState->shape.size.height : 0;
+}
+
+int DDSReader::Depth() const {
+    return mState ? mState->shape.size.depth : 0;
+}
+
+int DDSReader::Mipmaps() const {
+    return mState ? mState->shape.levels : 0;
+}
+
+EFormat DDSReader::Format() {
+    return mState ? mState->layout.format : kUnknown;
+}
+
+ETextureType DDSReader::TextureType() {
+    return mState ? mState->shape.type : kTextureUnknown;
+}
+
+bool DDSReader::HasFace(int face) const {
+    return mState && face >= 0 && face < Dds::kFaces && mState->HasFace(face);
+}
+
+bool DDSReader::SkipMipLevel(int level) {
+    if (!mState || level < 0 || level >= mState->shape.levels) return false;
+    mState->nextLevel = level + 1;
+    return true;
+}
+
+IMemoryWrapper<void>* DDSReader::Load(ImageDescription& desc, int width, int height, int depth) {
+    if (!mState || mState->nextLevel >= mState->shape.levels) return nullptr;
+    const ImageDescription level = mState->Describe(mState->nextLevel);
+    if (width != level.width || height != level.height || depth != level.depth) return nullptr;
+    try {
+        PixelBlock block = mState->ReadLevel(mState->nextLevel, level.dataSize);
+        if (!block) return nullptr;
+        auto* wrapper = new MemoryArrayWrapper<void, unsigned char>(block.get());
+        if (wrapper == nullptr) return nullptr;
+        static_cast<void>(block.release());
+        ++mState->nextLevel;
+        desc = level;
+        return wrapper;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,236 @@
+#include "frame/host/devices/DdsWidening.h"
+
+#include <Imath/half.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+namespace Kavra::Devices::Dds {
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "pixels are copied as they are stored");
+
+using Row = std::span<const std::uint8_t>;
+
+template <std::size_t Bytes, class Body>
+void ForEachPixelOf(Row row, std::size_t width, const Body& body) {
+    for (std::size_t x = 0; x < width; ++x) {
+        std::uint64_t pixel = 0;
+        std::memcpy(&pixel, row.data() + x * Bytes, Bytes);
+        body(x, pixel);
+    }
+}
+
+/// Calls `body(x, pixel)` for each pixel of the row, its bytes as a number.
+template <class Body>
+void ForEachPixel(const PixelLayout& layout, Row row, std::size_t width, const Body& body) {
+    switch (layout.unitBytes) {
+        case 1:
+            return ForEachPixelOf<1>(row, width, body);
+        case 2:
+            return ForEachPixelOf<2>(row, width, body);
+        case 3:
+            return ForEachPixelOf<3>(row, width, body);
+        case 4:
+            return ForEachPixelOf<4>(row, width, body);
+        case 8:
+            return ForEachPixelOf<8>(row, width, body);
+        default:
+            std::unreachable();
+    }
+}
+
+/// One unsigned channel and the way to another maximum.
+struct Scale {
+    std::uint64_t mask;
+    int shift;
+    double factor;
+    std::uint32_t absent;
+
+    Scale(std::uint64_t channelMask, std::uint32_t top, std::uint32_t absentValue)
+        : mask(channelMask), shift(mask == 0 ? 0 : std::countr_zero(mask)), factor(0), absent(absentValue) {
+        if (mask != 0) factor = static_cast<double>(top) / static_cast<double>(mask >> shift);
+    }
+
+    /// Rounded half up. Doubles are exact enough: a maximum 2^n - 1 is odd, so no quotient comes nearer to a half
+    /// than 2^-17.
+    std::uint32_t operator()(std::uint64_t pixel) const {
+        if (mask == 0) return absent;
+        return static_cast<std::uint32_t>(static_cast<double>((pixel & mask) >> shift) * factor + 0.5);
+    }
+};
+
+std::array<Scale, 4> ScalesTo(const Masks& masks, std::uint32_t top) {
+    return {Scale(masks[0], top, 0), Scale(masks[1], top, 0), Scale(masks[2], top, 0), Scale(masks[3], top, top)};
+}
+
+template <class Value>
+void WidenUnsigned(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+    const std::array<Scale, 4> scales = ScalesTo(layout.masks, std::numeric_limits<Value>::max());
+    ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
+        Value values[4];
+        for (int c = 0; c < 4; ++c)
+            values[c] = static_cast<Value>(scales[c](pixel));
+        std::memcpy(out + x * sizeof values, values, sizeof values);
+    });
+}
+
+/// One channel as a float in -1..1 or 0..1.
+float Normalised(std::uint64_t pixel, std::uint64_t mask, bool isSigned) {
+    const int bits = std::bit_width(mask) - std::countr_zero(mask);
+    const std::uint64_t stored = (pixel & mask) >> std::countr_zero(mask);
+    if (!isSigned) return static_cast<float>(stored) / static_cast<float>((1u << bits) - 1);
+    const int unused = 64 - bits;
+    const std::int64_t value = static_cast<std::int64_t>(stored << unused) >> unused;
+    return std::max(static_cast<float>(value) / static_cast<float>((1u << (bits - 1)) - 1), -1.0f);
+}
+
+std::size_t ChannelsOf(EFormat format) {
+    switch (format) {
+        case kR16F:
+        case kR32F:
+            return 1;
+        case kR16G16F:
+        case kR32G32F:
+            return 2;
+        default:
+            return 4;
+    }
+}
+
+template <class Value>
+void WidenNormalised(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+    const std::size_t channels = ChannelsOf(layout.format);
+    ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
+        for (std::size_t c = 0; c < channels; ++c) {
+            const float absent = c == 3 ? 1.0f : 0.0f;
+            const std::uint64_t mask = layout.masks[c];
+            const bool isSigned = (layout.signedChannels >> c & 1) != 0;
+            const Value value(mask == 0 ? absent : Normalised(pixel, mask, isSigned));
+            std::memcpy(out + (x * channels + c) * sizeof value, &value, sizeof value);
+        }
+    });
+}
+
+using Halfs = std::array<std::uint16_t, 4>;
+
+constexpr std::uint16_t kHalfOne = 0x3c00;
+
+/// Runs `convert`, from a 32-bit pixel to four halfs, over a row.
+template <class Convert>
+void WidenWordsToHalfs(Row row, std::uint8_t* out, std::size_t width, const Convert& convert) {
+    ForEachPixelOf<4>(row, width, [&](std::size_t x, std::uint64_t pixel) {
+        const Halfs halfs = convert(static_cast<std::uint32_t>(pixel));
+        std::memcpy(out + x * sizeof halfs, halfs.data(), sizeof halfs);
+    });
+}
+
+std::uint16_t HalfBits(float value) {
+    return Imath::half(value).bits();
+}
+
+struct Colour {
+    std::uint8_t red;
+    std::uint8_t green;
+    std::uint8_t blue;
+    std::uint8_t alpha;
+};
+
+/// BT.601 colour of limited range, by the integer formula of
+/// https://learn.microsoft.com/windows/win32/medfound/recommended-8-bit-yuv-formats-for-video-rendering
+/// ("Converting 8-bit YUV to RGB888").
+Colour FromYuv(int y, int u, int v, std::uint8_t alpha) {
+    const int c = 298 * (y - 16) + 128;
+    const int d = u - 128;
+    const int e = v - 128;
+    const auto clip = [](int value) { return static_cast<std::uint8_t>(std::clamp(value >> 8, 0, 255)); };
+    return {clip(c + 409 * e), clip(c - 100 * d - 208 * e), clip(c + 516 * d), alpha};
+}
+
+Colour FromRgb(int green, int red, int blue, std::uint8_t alpha) {
+    return {static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green), static_cast<std::uint8_t>(blue), alpha};
+}
+
+/// Pairs of four bytes: each pixel's own channel at `First` or `Second`, the shared two at `ShareA` and `ShareB`.
+template <int First, int ShareA, int Second, int ShareB, class Convert>
+void WidenPairs(Row row, std::uint8_t* out, std::size_t width, const Convert& convert) {
+    for (std::size_t x = 0; x < width; ++x) {
+        const std::uint8_t* pair = row.data() + x / 2 * 4;
+        const Colour colour = convert(pair[x % 2 == 0 ? First : Second], pair[ShareA], pair[ShareB], 255);
+        std::memcpy(out + x * sizeof colour, &colour, sizeof colour);
+    }
+}
+
+}  // namespace
+
+void WidenToBytes(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+    WidenUnsigned<std::uint8_t>(layout, row, out, width);
+}
+
+void WidenToShorts(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+    WidenUnsigned<std::uint16_t>(layout, row, out, width);
+}
+
+void WidenToHalfs(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+    WidenNormalised<Imath::half>(layout, row, out, width);
+}
+
+void WidenToFloats(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+    WidenNormalised<float>(layout, row, out, width);
+}
+
+void WidenPackedFloats(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+    // The exponents are a half's own, and there is no sign: only the mantissas' missing bits are added.
+    WidenWordsToHalfs(row, out, width, [](std::uint32_t pixel) {
+        return Halfs{static_cast<std::uint16_t>((pixel & 0x7ff) << 4),
+                     static_cast<std::uint16_t>((pixel >> 11 & 0x7ff) << 4),
+                     static_cast<std::uint16_t>((pixel >> 22) << 5), kHalfOne};
+    });
+}
+
+void WidenSharedExponent(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+    WidenWordsToHalfs(row, out, width, [](std::uint32_t pixel) {
+        const float unit = std::ldexp(1.0f, static_cast<int>(pixel >> 27) - 24);
+        const auto channel = [&](int shift) { return HalfBits(static_cast<float>(pixel >> shift & 0x1ff) * unit); };
+        return Halfs{channel(0), channel(9), channel(18), kHalfOne};
+    });
+}
+
+void WidenExtendedRange(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+    WidenWordsToHalfs(row, out, width, [](std::uint32_t pixel) {
+        const auto channel = [&](int shift) {
+            return HalfBits((static_cast<float>(pixel >> shift & 0x3ff) - 384.0f) / 510.0f);
+        };
+        return Halfs{channel(0), channel(10), channel(20), HalfBits(static_cast<float>(pixel >> 30) / 3.0f)};
+    });
+}
+
+void WidenRgbg(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+    WidenPairs<1, 0, 3, 2>(row, out, width, FromRgb);
+}
+
+void WidenGrgb(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+    WidenPairs<0, 1, 2, 3>(row, out, width, FromRgb);
+}
+
+void WidenYuy2(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+    WidenPairs<0, 1, 2, 3>(row, out, width, FromYuv);
+}
+
+void WidenUyvy(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+    WidenPairs<1, 0, 3, 2>(row, out, width, FromYuv);
+}
+
+void WidenYuv(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+    const std::array<Scale, 4> scales = ScalesTo(layout.masks, 255);
+    ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
+        const auto channel = [&](int c) { return static_cast<int>(scales[c](pixel)); };
+        const Colour colour = FromYuv(channel(0), channel(1), channel(2), static_cast<std::uint8_t>(channel(3)));
+        std::memcpy(out + x * sizeof colour, &colour, sizeof colour);
+    });
+}
+
+}  // namespace Kavra::Devices::Dds

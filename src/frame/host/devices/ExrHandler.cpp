@@ -1,0 +1,72 @@
+#include <kavra/devices/EXRHandler.h>
+#include <kavra/objects/ObjModel.h>
+#include <kavra/objects/OS.h>
+
+#include <array>
+#include <utility>
+
+#include "common/Boundary.h"
+#include "common/FileHandle.h"
+#include "frame/host/devices/ExrPicture.h"
+
+namespace Kavra::Devices {
+
+namespace {
+
+/// Open for reading, or empty. Anything but a regular file is refused without waiting for it.
+Common::FileHandle Open(const wchar_t* path) {
+    std::FILE* file = nullptr;
+    if (OS::wfopen(&file, path, L"rb") != 0) return nullptr;
+    return Common::FileHandle(file);
+}
+
+}  // namespace
+
+EXRHandler::EXRHandler(bool) {}
+
+EXRHandler::~EXRHandler() {
+    Objects::KavraDelete(mPixels);
+}
+
+bool EXRHandler::IsPreferedHandler(const wchar_t* path) {
+    return Common::AtBoundary(false, [&] {
+        constexpr std::array<unsigned char, 4> kMagic = {0x76, 0x2F, 0x31, 0x01};
+        std::array<unsigned char, 4> start{};
+        const Common::FileHandle file = Open(path);
+        return file && std::fread(start.data(), 1, start.size(), file.get()) == start.size() && start == kMagic;
+    });
+}
+
+bool EXRHandler::ReadFromFile(const wchar_t* path) {
+    Objects::KavraDelete(std::exchange(mPixels, nullptr));
+    mWidth = mHeight = 0;
+    mAlpha = false;
+    return Common::AtBoundary(false, [&] {
+        Common::FileHandle file = Open(path);
+        if (!file) return false;
+        ExrPicture picture = ReadExrPicture(std::move(file));
+        mWidth = picture.width;
+        mHeight = picture.height;
+        mAlpha = picture.alpha;
+        mPixels = reinterpret_cast<float*>(picture.pixels.release());
+        return true;
+    });
+}
+
+int EXRHandler::width() const {
+    return mWidth;
+}
+
+int EXRHandler::height() const {
+    return mHeight;
+}
+
+bool EXRHandler::supportsAlpha() const {
+    return mAlpha;
+}
+
+const float* EXRHandler::internalBuffer() const {
+    return mPixels;
+}
+
+}  // namespace Kavra::Devices

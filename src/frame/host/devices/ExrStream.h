@@ -1,0 +1,31 @@
+/// An open file as the OpenEXR library wants to see it.
+#pragma once
+
+#include <ImfIO.h>
+
+#include <cstdint>
+
+#include "common/FileHandle.h"
+
+namespace Kavra::Devices {
+
+/// Reads from any offset, from any thread; nothing depends on a file position but the two calls that are about it.
+class ExrStream final : public Imf::IStream {
+public:
+    /// Takes over the file. Throws `std::system_error` when its length cannot be told.
+    explicit ExrStream(Common::FileHandle file);
+
+    bool read(char bytes[], int count) override;
+    std::int64_t read(void* bytes, std::uint64_t count, std::uint64_t offset) override;
+    bool isStatelessRead() const override { return true; }
+    std::uint64_t tellg() override { return mPosition; }
+    void seekg(std::uint64_t position) override { mPosition = position; }
+    std::int64_t size() override { return static_cast<std::int64_t>(mLength); }
+
+private:
+    Common::FileHandle mFile;
+    std::uint64_t mLength;
+    std::uint64_t mPosition = 0;
+};
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,127 @@
+#include "load/FileDescription.h"
+
+#include "load/DdsSlices.h"
+#include "readers/ImageFileType.h"
+
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+
+namespace Kavra::Devices {
+
+namespace {
+
+constexpr int kMostSubimages = 1 << 20;
+
+EFormat FileFormat(const OIIO::ImageSpec& spec, int fileType, bool ddsAlphaVariant) {
+    const EFormat format = OIIOImageHandler::ImageSpecToFormat(spec);
+    if (fileType == DDS) {
+        const bool sixteenBits = spec.format == OIIO::TypeUInt8 && spec.nchannels == 1 &&
+                                 spec.get_int_attribute("oiio:BitsPerSample", 0) == 16;
+        if (sixteenBits) return kR16;
+        if (format == kR8G8B8A8 && ddsAlphaVariant) return kB8G8R8A8;
+    }
+    if (fileType == OpenEXR) {
+        if (format == kR16F) return kR16G16B16A16F;
+        if (format == kR32F) return kR32G32B32A32F;
+    }
+    return format;
+}
+
+ETextureType FileTextureType(const OIIO::ImageSpec& spec) {
+    const OIIO::string_view textureFormat = spec.get_string_attribute("textureformat");
+    if (OIIO::Strutil::contains(textureFormat, "Cube")) return kTextureCube;
+    if (OIIO::Strutil::contains(textureFormat, "Volume")) return kTextureVolume;
+    return spec.depth < 2 ? kTexture2D : kTextureVolume;
+}
+
+EDataOrientation FromExifOrientation(int orientation) {
+    constexpr std::array kOrientations = {kTopLeft, kTopRight, kBottomRight, kBottomLeft,
+                                          kLeftTop, kRightTop, kRightBottom, kLeftBottom};
+    if (orientation < 1 || orientation > static_cast<int>(kOrientations.size())) return kTopLeft;
+    return kOrientations[static_cast<std::size_t>(orientation - 1)];
+}
+
+EDataOrientation FileOrientation(const OIIO::ImageSpec& spec, bool isRadiance) {
+    if (spec.find_attribute("openexr:lineOrder", OIIO::TypeString) != nullptr) {
+        const OIIO::string_view lineOrder = spec.get_string_attribute("openexr:lineOrder");
+        return OIIO::Strutil::contains(lineOrder, "decreasingY") ? kBottomLeft : kTopLeft;
+    }
+    return isRadiance ? kTopLeft : FromExifOrientation(spec.get_int_attribute("Orientation", 1));
+}
+
+/// The file says the exponent it was encoded with, the description the one that decodes it.
+double FileGamma(const OIIO::ImageSpec& spec) {
+    const OIIO::ParamValue* gamma = spec.find_attribute("oiio:Gamma", OIIO::TypeFloat);
+    if (gamma == nullptr) gamma = spec.find_attribute("Exif:Gamma", OIIO::TypeFloat);
+    if (gamma == nullptr) return kDefaultGamma;
+    const float encoding = gamma->get_float();
+    const float decoding = 1.0F / encoding;
+    return encoding > 0 && std::isfinite(decoding) ? decoding : kDefaultGamma;
+}
+
+bool IsGreyTiff(const OIIO::ImageSpec& spec) {
+    const auto photometric = static_cast<unsigned>(spec.get_int_attribute("tiff:PhotometricInterpretation", -1));
+    return photometric <= 1;
+}
+
+int CountSubimages(OIIO::ImageInput& input) {
+    int count = 1;
+    while (count < kMostSubimages && input.seek_subimage(count, 0))
+        ++count;
+    return count;
+}
+
+/// A DDS header may claim any number of levels, and the library lets one seek to all of them.
+int CountMipLevels(OIIO::ImageInput& input) {
+    if (!input.seek_subimage(0, 0)) return 1;
+    const ImageDesc level0 = DescribeSpec(input.spec(), false, DDS, false);
+    const int most = FullMipChain(level0.width, level0.height, level0.depth);
+    int count = 1;
+    while (count < most && input.seek_subimage(0, count))
+        ++count;
+    return count;
+}
+
+}  // namespace
+
+ImageDesc DescribeSpec(const OIIO::ImageSpec& spec, bool isRadiance, int fileType, bool ddsAlphaVariant) {
+    ImageDesc desc;
+    desc.textureType = FileTextureType(spec);
+    const bool isCube = desc.textureType == kTextureCube;
+    desc.width = isCube ? spec.full_width : spec.width;
+    desc.height = isCube ? spec.full_height : spec.height;
+    desc.depth = spec.depth;
+    desc.format = FileFormat(spec, fileType, ddsAlphaVariant);
+    desc.orientation = FileOrientation(spec, isRadiance);
+    desc.gamma = FileGamma(spec);
+    return desc;
+}
+
+int FullMipChain(int width, int height, int depth) {
+    const int longest = std::max({width, height, depth, 1});
+    return std::bit_width(static_cast<unsigned>(longest));
+}
+
+ImageDesc* OIIOImageHandler::GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlphaVariant) {
+    const bool isRadiance = OIIO::string_view(input->format_name()) == "hdr";
+    const OIIO::ImageSpec spec = fileType == DDS ? DdsLevelSpec(*input) : input->spec();
+    return new ImageDesc(DescribeSpec(spec, isRadiance, fileType, ddsAlphaVariant));
+}
+
+int OIIOImageHandler::GetNumberOfFrames(OIIO::ImageInput* input, int fileType) {
+    int count = 0;
+    if (IsGreyTiff(input->spec())) {
+        // A grey TIFF counts its channels.
+        count = std::max(input->spec().nchannels, 1);
+    } else {
+        count = fileType == DDS ? CountMipLevels(*input) : CountSubimages(*input);
+    }
+    (void)input->seek_subimage(0, 0);
+    return count;
+}
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,21 @@
+/// Turning what OpenImageIO says of a file into the host's description.
+#pragma once
+
+#include <kavra/devices/ImageDesc.h>
+
+#include <OpenImageIO/imageio.h>
+
+namespace Kavra::Devices {
+
+/// The decoding exponent of a file that says none.
+inline constexpr double kDefaultGamma = 2.2;
+
+/// The description of one subimage; `frameCount` stays 0, and the format `kUnknown` where no host format holds the
+/// pixels. `fileType` is an `ImageFileType`. `isRadiance` is for Radiance files, whose orientation is never asked for.
+/// `ddsAlphaVariant` is for DDS files whose host reader reports `kReserved50` or `kReserved51`.
+ImageDesc DescribeSpec(const OIIO::ImageSpec& spec, bool isRadiance, int fileType, bool ddsAlphaVariant);
+
+/// Mip levels that a picture of this size can have: down to 1 x 1 x 1.
+int FullMipChain(int width, int height, int depth);
+
+}  // namespace Kavra::Devices

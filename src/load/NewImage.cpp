@@ -1,0 +1,48 @@
+#include "load/NewImage.h"
+
+#include <kavra/objects/ObjModel.h>
+
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
+
+namespace Kavra::Devices {
+namespace {
+
+/// Asks the system for large pages in the part of a block that could hold them. Only a wish: a refusal changes nothing.
+void PreferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
+#ifdef __linux__
+    constexpr std::uintptr_t page = std::uintptr_t{2} << 20;
+    const auto begin = (reinterpret_cast<std::uintptr_t>(block) + page - 1) & ~(page - 1);
+    const auto end = (reinterpret_cast<std::uintptr_t>(block) + bytes) & ~(page - 1);
+    if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+#endif
+}
+
+}  // namespace
+
+bool CanAllocate(std::size_t bytes) {
+    if (bytes > Objects::ObjModel::BlockCeiling()) return false;
+    return std::unique_ptr<char[]>(new (std::nothrow) char[bytes]) != nullptr;
+}
+
+std::size_t PixelBytes(const OIIO::ImageSpec& spec) {
+    if (spec.width <= 0 || spec.height <= 0 || spec.depth < 0 || spec.nchannels <= 0) return 0;
+    const OIIO::imagesize_t bytes = spec.image_bytes();
+    return bytes == std::numeric_limits<OIIO::imagesize_t>::max() ? 0 : static_cast<std::size_t>(bytes);
+}
+
+OIIO::ImageBuf NewImage(const OIIO::ImageSpec& spec) {
+    const std::size_t bytes = PixelBytes(spec);
+    if (bytes == 0 || !CanAllocate(bytes)) return {};
+    OIIO::ImageBuf image(spec, OIIO::InitializePixels::No);
+    PreferLargePages(image.localpixels(), bytes);
+    return image;
+}
+
+}  // namespace Kavra::Devices

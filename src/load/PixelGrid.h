@@ -1,0 +1,34 @@
+/// A grid of pixels in memory that can be mirrored and turned without moving a pixel.
+#pragma once
+
+#include <cstddef>
+
+namespace Kavra::Devices {
+
+/// A mirroring or quarter turn, named as in `OIIO::ImageBufAlgo`.
+enum class Turn {
+    kNone,       ///< the pixels stay where they are
+    kFlip,       ///< top and bottom change places
+    kFlop,       ///< left and right change places
+    kRotate90,   ///< a quarter turn clockwise
+    kRotate180,  ///< half a turn
+    kRotate270,  ///< a quarter turn anticlockwise
+};
+
+/// Pixels in rows, read wherever the strides lead. It does not own them.
+struct PixelGrid {
+    const std::byte* first;       ///< the upper left pixel
+    std::ptrdiff_t columnStride;  ///< bytes from a pixel to its right neighbour, of either sign
+    std::ptrdiff_t rowStride;     ///< bytes from a pixel to the one below, of either sign
+    std::size_t width, height;    ///< pixels, at least 1
+    std::size_t pixelBytes;       ///< at least 1
+};
+
+/// The same pixels, seen mirrored or turned.
+PixelGrid Turned(const PixelGrid& grid, Turn turn);
+
+/// Copies the pixels into packed rows: `width * height * pixelBytes` bytes, which the grid must not overlap. On all
+/// cores.
+void CopyPixels(const PixelGrid& grid, std::byte* rows);
+
+}  // namespace Kavra::Devices

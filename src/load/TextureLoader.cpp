@@ -1,0 +1,209 @@
+// Loading one frame or mip level through OpenImageIO, step by step.
+
+#include "load/TextureLoader.h"
+
+#include "load/FileDescription.h"
+#include "load/OpenInput.h"
+#include "readers/ImageFileType.h"
+
+#include <kavra/devices/DDSReader.h>
+#include <kavra/devices/IImageFormatHandler.h>
+#include <kavra/devices/ImageHandlerHelper.h>
+#include <kavra/devices/Sys.h>
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+namespace Kavra::Devices {
+
+namespace {
+
+using Common::PixelBlock;
+
+constexpr std::uint64_t kMostRowPitch = std::numeric_limits<std::int32_t>::max();  // what a description can hold
+constexpr int kFaces = 6;
+
+bool Fail(const wchar_t* message) {
+    Sys::Warning(message, nullptr);
+    return false;
+}
+
+bool Open(TextureLoad& load) {
+    load.input = OpenInput(load.path);
+    if (!load.input) return false;
+    if (load.IsDds()) {
+        load.slices = DdsSlices::Open(load.path);
+        DDSReader reader;
+        if (reader.Load(load.path)) load.hostFormat = reader.Format();
+    }
+    return true;
+}
+
+/// Level numbers beyond the full chain are refused before the library looks for them: a header may claim any number,
+/// and each one costs time.
+bool SeekMipLevel(OIIO::ImageInput& input, int level) {
+    const OIIO::ImageSpec top = DdsLevelSpec(input);
+    return level < FullMipChain(top.full_width, top.full_height, top.depth) && input.seek_subimage(0, level);
+}
+
+bool Position(TextureLoad& load) {
+    OIIO::ImageInput& input = *load.input;
+    const bool found = load.IsDds() ? SeekMipLevel(input, load.index) : input.seek_subimage(load.index, 0);
+    if (!found) return Fail(L"Frame index out of range");
+    load.fileSpec = load.IsDds() ? DdsLevelSpec(input) : input.spec();
+    return true;
+}
+
+bool Describe(TextureLoad& load) {
+    const bool isRadiance = OIIO::string_view(load.input->format_name()) == "hdr";
+    const bool ddsAlphaVariant = load.hostFormat == kReserved50 || load.hostFormat == kReserved51;
+    load.fileDesc = DescribeSpec(load.fileSpec, isRadiance, load.fileType, ddsAlphaVariant);
+    if (load.fileDesc.format == kUnknown) return false;
+    load.nativeSpec = OIIOImageHandler::FormatToImageSpec(load.fileDesc.format, load.fileSpec);
+    return load.nativeSpec.format != OIIO::TypeUnknown || Fail(L"Unsupported texture type");
+}
+
+int WantedSize(int wanted, int available) {
+    return wanted < 1 ? available : std::min(wanted, available);
+}
+
+void ChooseSize(TextureLoad& load, int width, int height) {
+    load.outWidth = WantedSize(width, load.fileDesc.width);
+    load.outHeight = WantedSize(height, load.fileDesc.height);
+    // Halved for frames too, which matters for volumes only.
+    load.outDepth = std::max(load.index >= 31 ? 0 : load.fileDesc.depth >> load.index, 1);
+}
+
+int UsageOf(ETextureType type) {
+    switch (type) {
+        case kTextureCube:
+            return kUsageTextureCube;
+        case kTextureVolume:
+            return kUsageTextureVolume;
+        default:
+            return kUsageTexture2D;
+    }
+}
+
+bool ChooseFormat(TextureLoad& load, IImageFormatHandler* formatHandler) {
+    if (load.format == kUnknown && formatHandler != nullptr) {
+        load.format = formatHandler->ChooseFormat(load.fileDesc.format, UsageOf(load.fileDesc.textureType));
+    }
+    if (load.format == kUnknown) load.format = load.fileDesc.format;
+    load.targetSpec = OIIOImageHandler::FormatToImageSpec(load.format, load.fileSpec);
+    return load.targetSpec.format != OIIO::TypeUnknown || Fail(L"format is not supported");
+}
+
+std::uint64_t RowPitch(const OIIO::ImageSpec& spec, int width) {
+    return std::uint64_t{spec.pixel_bytes(false)} * static_cast<std::uint64_t>(width);
+}
+
+void FillDescription(TextureLoad& load) {
+    ImageDescription& desc = load.desc;
+    desc.width = load.outWidth;
+    desc.height = load.outHeight;
+    desc.depth = load.outDepth;
+    desc.format = load.format;
+    desc.rowPitch = static_cast<std::int32_t>(RowPitch(load.targetSpec, load.outWidth));
+    desc.dataSize = load.targetSpec.image_bytes(false);
+    desc.textureType = load.fileDesc.textureType;
+    desc.hasTransparentPixels = false;
+    desc.hasTranslucentPixels = false;
+    desc.hasAlpha = load.fileSpec.alpha_channel >= 0;
+    desc.orientation = load.orientation;
+    desc.defaultOrientation = load.orientation == kTopLeft;
+    desc.gamma = load.fileDesc.gamma;
+}
+
+/// Whether a block of this layout can be had and described.
+bool IsPossible(const OIIO::ImageSpec& spec) {
+    return RowPitch(spec, spec.width) <= kMostRowPitch && spec.image_bytes(false) <= Objects::ObjModel::BlockCeiling();
+}
+
+/// Whether the pixels can be there and delivered, as far as that shows before memory is taken for them.
+bool CanBeRead(const TextureLoad& load) {
+    if (load.fileSpec.deep || !IsPossible(load.targetSpec) || !IsPossible(load.nativeSpec)) return false;
+    if (load.IsVolume() && load.NeedsResize()) return false;  // the library resizes no volumes
+    return !load.IsDds() || (load.slices && load.slices->HasLevel(load.index));
+}
+
+bool IsBlueFirst(EFormat format) {
+    return format == kB8G8R8A8 || format == kB8G8R8X8;
+}
+
+PixelBlock SwapRedAndBlue(const TextureLoad& load, const PixelBlock& block) {
+    Utilities::ImageHandlerHelper helper;
+    return PixelBlock(
+        reinterpret_cast<unsigned char*>(helper.BGRAToRGBA(block.get(), load.targetSpec.image_bytes(false))));
+}
+
+PixelBlock Convert(const TextureLoad& load, const PixelBlock& block) {
+    void* converted = nullptr;
+    std::size_t bytes = 0;
+    OIIOImageHandler::FormatConversion(load.fileDesc.format, load.nativeSpec.image_bytes(false), block.get(),
+                                       load.format, converted, bytes);
+    PixelBlock result(static_cast<unsigned char*>(converted));
+    return bytes >= load.targetSpec.image_bytes(false) ? std::move(result) : nullptr;
+}
+
+/// From what was read to the chosen format. The library delivers red first.
+PixelBlock ToChosenFormat(const TextureLoad& load, PixelBlock block) {
+    if (load.Converts()) return Convert(load, block);
+    if (IsBlueFirst(load.format) && !IsBlueFirst(load.fileDesc.format)) return SwapRedAndBlue(load, block);
+    return block;
+}
+
+}  // namespace
+
+bool TextureLoad::IsDds() const {
+    return fileType == DDS;
+}
+
+bool TextureLoad::NeedsResize() const {
+    return outWidth != fileDesc.width || outHeight != fileDesc.height || outDepth != fileDesc.depth;
+}
+
+bool TextureLoad::Converts() const {
+    return OIIOImageHandler::NeedConvert(fileDesc.format, nativeSpec.nchannels, format, targetSpec.nchannels) &&
+           OIIOImageHandler::CanConvertTo(fileDesc.format, format);
+}
+
+unsigned char* OIIOImageHandler::LoadTextureByOIIO(ImageDescription& desc, const KString& path, int width, int height,
+                                                   int /*depth*/, EFormat format, bool highQualityResize, int level,
+                                                   EDataOrientation orientation, IImageFormatHandler* formatHandler,
+                                                   int fileType) {
+    if (fileType != DDS && fileType != OpenEXR && fileType != Other) return nullptr;
+    TextureLoad load{.desc = desc,
+                     .path = path,
+                     .fileType = fileType,
+                     .index = std::max(level, 0),
+                     .highQuality = highQualityResize,
+                     .orientation = orientation,
+                     .format = format};
+    if (!Open(load) || !Position(load) || !Describe(load)) return nullptr;
+    ChooseSize(load, width, height);
+    if (!ChooseFormat(load, formatHandler)) return nullptr;
+    FillDescription(load);
+    if (!CanBeRead(load)) return nullptr;
+
+    const OIIO::ImageSpec& as = load.Converts() ? load.nativeSpec : load.targetSpec;
+    ReadPixels pixels = ReadTexturePixels(load, as);
+    if (!pixels.block) return nullptr;
+    // After the read, not before: the read leaves the alpha channel alone, and a file that lies about its size fails
+    // before all of the block is touched.
+    if (pixels.alphaIsOpen) SetToOpaque(pixels.block.get(), as.image_bytes(false), as);
+
+    PixelBlock block = ReshapeTexture(load, ToChosenFormat(load, std::move(pixels.block)));
+    if (!block) return nullptr;
+    if (desc.hasAlpha) {
+        GetAlphaProperty(block.get(), desc.dataSize, load.targetSpec, desc.hasTransparentPixels,
+                         desc.hasTranslucentPixels);
+    }
+    if (load.IsCube()) desc.dataSize /= kFaces;
+    return block.release();
+}
+
+}  // namespace Kavra::Devices

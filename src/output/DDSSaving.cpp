@@ -1,0 +1,56 @@
+#include "output/DDSSaving.h"
+
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/DDSWriter.h>
+#include <kavra/devices/Sys.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "output/PackedRows.h"
+
+namespace Kavra::Devices {
+
+namespace {
+
+using Utilities::AFormatConvertor;
+
+int FaceCount(ETextureType type, int depth) {
+    switch (type) {
+        case kTextureCube: return 6;
+        case kTextureVolume: return depth;
+        default: return 1;
+    }
+}
+
+/// The bytes of the whole texture, or nothing where the writer's argument cannot hold them.
+bool FitsWriter(std::uint64_t rows, std::uint64_t rowBytes) {
+    return rowBytes == 0 || rows <= std::numeric_limits<std::uint32_t>::max() / rowBytes;
+}
+
+}  // namespace
+
+bool SaveDDS(const KString& path, const ImageDescription& desc, const void* data) {
+    const int depth = std::max(desc.depth, 1);
+    const auto rowBytes = static_cast<std::uint64_t>(AFormatConvertor::BytesPerPixel(desc.format)) *
+                          static_cast<std::uint64_t>(desc.width);
+    const auto rows = static_cast<std::uint64_t>(FaceCount(desc.textureType, depth)) *
+                      static_cast<std::uint64_t>(desc.height);
+    if (!FitsWriter(rows, rowBytes)) return false;
+
+    DDSWriter writer;
+    const int size = static_cast<int>(static_cast<std::uint32_t>(rows * rowBytes));
+    if (!writer.Construct(desc.textureType, desc.format, desc.width, desc.height, depth, 1, size, 0)) {
+        Sys::Warning(L"fail to construct DDSWriter", nullptr);
+        return false;
+    }
+    // A block-compressed texture has no rows to be repacked.
+    if (AFormatConvertor::BytesPerBlock(desc.format) > 0) return writer.Write(path, data);
+    if (desc.rowPitch <= 0) return false;
+    const auto pitch = static_cast<std::uint64_t>(desc.rowPitch);
+    if (pitch == rowBytes) return writer.Write(path, data);
+    return writer.Write(path, PackRows(data, pitch, rowBytes, rows).get());
+}
+
+}  // namespace Kavra::Devices

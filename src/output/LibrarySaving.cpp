@@ -1,0 +1,126 @@
+#include "output/LibrarySaving.h"
+
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/objects/OS.h>
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <OpenImageIO/imagebuf.h>
+#include <OpenImageIO/imagebufalgo.h>
+#include <OpenImageIO/imageio.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "output/PackedRows.h"
+#include "output/WatchedFile.h"
+
+namespace Kavra::Devices {
+
+namespace {
+
+/// The caller's pixels, or a packed copy of them.
+struct PixelRows {
+    const void* data;
+    OIIO::stride_t pixelBytes;
+    OIIO::stride_t pitch;
+};
+
+bool IsBlueFirst(EFormat format) {
+    return format == kB8G8R8A8 || format == kB8G8R8X8;
+}
+
+/// What the file will hold. The element type is UNKNOWN when `desc.format` has none.
+OIIO::ImageSpec FileSpec(const ImageDescription& desc) {
+    const OIIO::ImageSpec base(desc.width, desc.height, 4, OIIO::TypeDesc::UINT8);
+    if (desc.format == kUnknown) return OIIO::ImageSpec(OIIO::TypeDesc::UNKNOWN);
+    OIIO::ImageSpec spec = OIIOImageHandler::FormatToImageSpec(desc.format, base);
+    // The base has four named channels with an alpha among them; fewer channels have fewer names and no alpha.
+    spec.channelnames.resize(static_cast<std::size_t>(spec.nchannels));
+    if (spec.alpha_channel >= spec.nchannels) spec.alpha_channel = -1;
+    spec.attribute("oiio:UnassociatedAlpha", 1);
+    return spec;
+}
+
+/// Whether a file may be written under this name: nothing is there yet, or a file. A pipe would be waited on for ever.
+bool IsFileOrFree(const KString& path) {
+    std::error_code error;
+    const auto kind = std::filesystem::status(OS::ToUtf8(path), error).type();
+    return kind == std::filesystem::file_type::not_found || kind == std::filesystem::file_type::regular;
+}
+
+/// Pictures that a writer aborts on, or reports as written though no reader will open them.
+bool Mishandles(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec) {
+    const std::string_view name = writer.format_name();
+    if (name == "term") return true;  // prints to the terminal
+    if (name == "dpx" || name == "jpegxl") return spec.nchannels == 2;
+    if (name == "jpeg2000") return spec.width < 32 || spec.height < 32;
+    if (name == "fits") return spec.format == OIIO::TypeDesc::HALF;
+    return false;
+}
+
+bool WriteBlueFirst(OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const PixelRows& rows) {
+    constexpr std::array kRedFirst = {2, 1, 0, 3};
+    const OIIO::ImageBuf source(spec, const_cast<void*>(rows.data), rows.pixelBytes, rows.pitch);
+    const OIIO::ImageBuf image = OIIO::ImageBufAlgo::channels(source, static_cast<int>(kRedFirst.size()), kRedFirst);
+    return image.initialized() && !image.has_error() && image.write(&writer);
+}
+
+bool WriteRows(OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, EFormat format, const PixelRows& rows) {
+    if (IsBlueFirst(format)) return WriteBlueFirst(writer, spec, rows);
+    return writer.write_image(spec.format, rows.data, rows.pixelBytes, rows.pitch);
+}
+
+/// The caller's rows, or where they are shorter than a row of the picture, whole ones in `packed`.
+PixelRows RowsOf(const ImageDescription& desc, const void* data, Common::PixelBlock& packed) {
+    const auto pixelBytes = static_cast<std::size_t>(Utilities::AFormatConvertor::BytesPerPixel(desc.format));
+    const std::size_t rowBytes = pixelBytes * static_cast<std::size_t>(desc.width);
+    const auto pitch = static_cast<std::size_t>(desc.rowPitch);
+    if (pitch < rowBytes) packed = PackRows(data, pitch, rowBytes, static_cast<std::size_t>(desc.height));
+    const auto stride = [](std::size_t bytes) { return static_cast<OIIO::stride_t>(bytes); };
+    return {packed ? packed.get() : data, stride(pixelBytes), stride(std::max(pitch, rowBytes))};
+}
+
+/// Opens, writes and closes. A writer that did not open is never written to: some of them crash then.
+bool WriteFile(OIIO::ImageOutput& writer, const std::wstring& name, const OIIO::ImageSpec& spec, EFormat format,
+               const PixelRows& rows) {
+    if (!writer.open(name, spec)) return false;
+    const bool written = WriteRows(writer, spec, format, rows);
+    const bool closed = writer.close();
+    return written && closed;
+}
+
+/// Whether the file has at least the bytes of the pixels: for writers of raw samples that miss a full disk.
+bool HoldsRawPixels(const KString& path, const OIIO::ImageSpec& spec) {
+    std::error_code error;
+    return std::filesystem::file_size(OS::ToUtf8(path), error) >= spec.image_bytes() && !error;
+}
+
+}  // namespace
+
+bool SaveByLibrary(const KString& path, const ImageDescription& desc, const void* data) {
+    const OIIO::ImageSpec spec = FileSpec(desc);
+    if (spec.format == OIIO::TypeDesc::UNKNOWN || desc.rowPitch <= 0 || !IsFileOrFree(path)) return false;
+
+    WatchedFile file(path);  // outlives the writer
+    const std::wstring name = path.ToChars();
+    const auto writer = OIIO::ImageOutput::create(name);
+    if (!writer) {
+        // The library keeps every thread's unread errors, and aborts when they pass 16 MB.
+        (void)OIIO::geterror();
+        return false;
+    }
+    if (Mishandles(*writer, spec)) return false;
+
+    Common::PixelBlock packed;
+    const PixelRows rows = RowsOf(desc, data, packed);
+    if (writer->supports("ioproxy") && writer->set_ioproxy(&file))
+        return WriteFile(*writer, name, spec, desc.format, rows) && file.Finish();
+    const bool raw = std::string_view(writer->format_name()) == "fits";
+    return WriteFile(*writer, name, spec, desc.format, rows) && (!raw || HoldsRawPixels(path, spec));
+}
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,40 @@
+#include <kavra/devices/Sys.h>
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include "common/Boundary.h"
+#include "output/DDSSaving.h"
+#include "output/LibrarySaving.h"
+#include "output/PathPreparation.h"
+
+namespace Kavra::Devices {
+
+namespace {
+
+/// The formats that are warned about before anything is done. The newer block-compressed ones are not among them:
+/// for those a file of another kind fails silently.
+bool IsDDSOnly(EFormat format) {
+    return format >= kBC1 && format <= kReserved17;
+}
+
+bool Save(const KString& path, const ImageDescription& desc, const void* data) {
+    const bool dds = IsDDSPath(path);
+    if (IsDDSOnly(desc.format) && !dds) {
+        Sys::Warning(L"format is not supported", nullptr);
+        return false;
+    }
+    if (!PrepareFolder(path)) return false;
+    if (data == nullptr || desc.width < 1 || desc.height < 1) return false;
+    return dds ? SaveDDS(path, desc, data) : SaveByLibrary(path, desc, data);
+}
+
+}  // namespace
+
+bool OIIOImageHandler::SaveTexture(const KString& path, const ImageDescription& desc, const void* data) {
+    return Common::AtBoundary(false, [&] { return Save(path, desc, data); });
+}
+
+bool OIIOImageHandler::SaveTexture(const KString&) {
+    return false;
+}
+
+}  // namespace Kavra::Devices

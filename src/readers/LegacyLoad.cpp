@@ -1,0 +1,139 @@
+#include "readers/LegacyLoad.h"
+
+#include "readers/ByteSource.h"
+#include "readers/FileTypeDetection.h"
+#include "readers/ImageLimits.h"
+#include "readers/ImageReaderInterface.h"
+
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace Kavra::Devices {
+
+namespace {
+
+using Common::PixelBlock;
+
+constexpr double kGamma = 2.2;
+
+/// An image over a block of the allocator. It is never the library's own memory, since the library ends the process
+/// where it gets none.
+struct Working {
+    PixelBlock block;
+    OIIO::ImageBuf image;
+};
+
+void Describe(ImageReaderInterface& reader, EDataOrientation wanted, ImageDescription& desc) {
+    desc.width = reader.GetWidth();
+    desc.height = reader.GetHeight();
+    desc.depth = 1;
+    desc.format = reader.GetFormat();
+    desc.rowPitch = reader.GetRowPitch();
+    desc.dataSize = static_cast<std::uint64_t>(std::int64_t{desc.height} * desc.rowPitch);
+    desc.textureType = kTexture2D;
+    desc.hasTransparentPixels = false;
+    desc.hasTranslucentPixels = false;
+    desc.hasAlpha = false;
+    desc.defaultOrientation = wanted == kTopLeft;  // of what is asked for, not of what the file has
+    desc.orientation = reader.GetOrientation();
+    desc.gamma = kGamma;
+}
+
+std::uint64_t FileBytes(const KString& path) {
+    const ReadResult<ByteSource> file = ByteSource::Open(path);
+    return file ? file->Size() : 0;
+}
+
+int Limited(int side, int limit) {
+    return limit < 1 ? side : std::min(side, limit);
+}
+
+OIIO::ImageSpec SpecOf(const ImageDescription& desc) {
+    return OIIOImageHandler::FormatToImageSpec(desc.format,
+                                               OIIO::ImageSpec(desc.width, desc.height, 4, OIIO::TypeDesc::UINT8));
+}
+
+Working Wrap(PixelBlock block, const OIIO::ImageSpec& spec) {
+    OIIO::ImageBuf image(spec, block.get());
+    return {std::move(block), std::move(image)};
+}
+
+/// What cannot be shrunk stays zero.
+Working Shrink(const OIIO::ImageBuf& image, int width, int height, bool highQuality) {
+    OIIO::ImageSpec spec = image.spec();
+    spec.width = spec.full_width = width;
+    spec.height = spec.full_height = height;
+    Working shrunk = Wrap(Common::NewZeroedBlock(spec.image_bytes()), spec);
+    (void)OIIOImageHandler::AdaptiveResize(shrunk.image, image, highQuality);
+    return shrunk;
+}
+
+OIIO::ImageBuf Turn(const OIIO::ImageBuf& image, EDataOrientation from, EDataOrientation to) {
+    return OIIOImageHandler::ReorientImage(image, OIIOImageHandler::ToOIIOOrientation(from),
+                                           OIIOImageHandler::ToOIIOOrientation(to));
+}
+
+/// Null when the image holds nothing.
+PixelBlock CopyPixels(const OIIO::ImageBuf& image) {
+    if (!image.initialized()) return nullptr;
+    PixelBlock block = Common::NewBlock(image.spec().image_bytes());
+    const bool copied = image.get_pixels(OIIO::ROI::All(), image.spec().format, block.get());
+    return copied ? std::move(block) : nullptr;
+}
+
+void DescribeFitted(const OIIO::ImageSpec& spec, EDataOrientation orientation, ImageDescription& desc) {
+    desc.width = spec.width;
+    desc.height = spec.height;
+    desc.rowPitch = static_cast<std::int32_t>(spec.pixel_bytes()) * spec.width;
+    desc.dataSize = spec.image_bytes();
+    desc.orientation = orientation;
+}
+
+/// Shrinks and turns the block that `desc` describes, and brings `desc` up to date.
+PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LegacyRequest& request, int width, int height) {
+    const OIIO::ImageSpec spec = SpecOf(desc);
+    // A format without pixels, or rows with gaps between them: no reader has those, and no image could lie over them.
+    if (spec.image_bytes() != desc.dataSize) return nullptr;
+
+    Working working = Wrap(std::move(block), spec);
+    if (width != desc.width || height != desc.height) {
+        working = Shrink(working.image, width, height, request.highQualityResize);
+    }
+    if (request.orientation == desc.orientation) {
+        DescribeFitted(working.image.spec(), request.orientation, desc);
+        return std::move(working.block);
+    }
+    const OIIO::ImageBuf turned = Turn(working.image, desc.orientation, request.orientation);
+    PixelBlock result = CopyPixels(turned);
+    if (result) DescribeFitted(turned.spec(), request.orientation, desc);
+    return result;
+}
+
+}  // namespace
+
+PixelBlock LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, const KString& path,
+                             const LegacyRequest& request) {
+    if (!reader.Open(path)) return nullptr;
+    Describe(reader, request.orientation, desc);
+    if (!WithinLimits(desc.width, desc.height, desc.rowPitch, FileBytes(path))) return nullptr;
+
+    PixelBlock block = Common::NewZeroedBlock(desc.dataSize);
+    if (!reader.ReadImage(block.get(), request.frame)) return nullptr;
+
+    const int width = Limited(desc.width, request.maxWidth);
+    const int height = Limited(desc.height, request.maxHeight);
+    const bool fits = width == desc.width && height == desc.height && request.orientation == desc.orientation;
+    return fits ? std::move(block) : Fit(std::move(block), desc, request, width, height);
+}
+
+unsigned char* OIIOImageHandler::LoadSpecial(ImageDescription& desc, const KString& path, int width, int height,
+                                             bool highQualityResize, int level, EDataOrientation orientation,
+                                             int fileType) {
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
+    if (!reader) return nullptr;
+    return LoadThroughReader(*reader, desc, path, {width, height, highQualityResize, level, orientation}).release();
+}
+
+}  // namespace Kavra::Devices

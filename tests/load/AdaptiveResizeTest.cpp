@@ -1,0 +1,207 @@
+#include <OpenImageIO/imagebufalgo.h>
+#include <gtest/gtest.h>
+#include <kavra/objects/ObjModel.h>
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <random>
+#include <vector>
+
+namespace Kavra::Devices {
+namespace {
+
+using OIIO::ImageBuf;
+using OIIO::ImageSpec;
+using OIIO::ROI;
+using OIIO::TypeDesc;
+namespace Algorithm = OIIO::ImageBufAlgo;
+
+using Bytes = std::vector<unsigned char>;
+
+Bytes PixelsOf(const ImageBuf& image) {
+    Bytes bytes(image.spec().image_pixels() * static_cast<unsigned>(image.nchannels()));
+    EXPECT_TRUE(image.get_pixels(image.roi(), OIIO::make_span(bytes)));
+    return bytes;
+}
+
+/// Noise: sampled and filtered copies of it differ.
+ImageBuf Noise(const ImageSpec& spec) {
+    std::mt19937 random(7);
+    Bytes bytes(spec.image_pixels() * static_cast<unsigned>(spec.nchannels));
+    for (auto& byte : bytes)
+        byte = static_cast<unsigned char>(random());
+    ImageBuf image(spec);
+    EXPECT_TRUE(image.set_pixels(image.roi(), OIIO::make_span(bytes)));
+    return image;
+}
+ImageSpec Grey(int width, int height) {
+    return ImageSpec(width, height, 1, TypeDesc::UINT8);
+}
+
+Bytes Sampled(const ImageBuf& src, const ImageSpec& to) {
+    ImageBuf dst(to);
+    EXPECT_TRUE(Algorithm::resample(dst, src, false));
+    return PixelsOf(dst);
+}
+Bytes Filtered(const ImageBuf& src, const ImageSpec& to) {
+    ImageBuf dst(to);
+    EXPECT_TRUE(Algorithm::resize(dst, src, {{"filtername", "mitchell"}}));
+    return PixelsOf(dst);
+}
+Bytes SampledThenFiltered(const ImageBuf& src, int width, int height, const ImageSpec& to) {
+    return Filtered(Algorithm::resample(src, false, ROI(0, width, 0, height, 0, 1, 0, 10000)), to);
+}
+Bytes Resized(const ImageBuf& src, const ImageSpec& to, bool highQuality = false) {
+    ImageBuf dst(to);
+    EXPECT_TRUE(OIIOImageHandler::AdaptiveResize(dst, src, highQuality));
+    return PixelsOf(dst);
+}
+
+/// Expects plain sampling, and that it can be told from filtering.
+void ExpectSampled(const ImageSpec& from, const ImageSpec& to) {
+    const ImageBuf src = Noise(from);
+    ASSERT_NE(Sampled(src, to), Filtered(src, to));
+    EXPECT_TRUE(Resized(src, to) == Sampled(src, to));
+}
+void ExpectFiltered(const ImageSpec& from, const ImageSpec& to, bool highQuality = false) {
+    const ImageBuf src = Noise(from);
+    ASSERT_NE(Sampled(src, to), Filtered(src, to));
+    EXPECT_TRUE(Resized(src, to, highQuality) == Filtered(src, to));
+}
+
+TEST(AdaptiveResize, ChangesUnderATenthAreSampled) {
+    ExpectSampled(Grey(1000, 1000), Grey(950, 950));
+    ExpectSampled(Grey(100, 100), Grey(108, 108));
+}
+
+TEST(AdaptiveResize, HalvingIsFiltered) {
+    ExpectFiltered(Grey(1000, 1000), Grey(500, 500));
+}  // footprints 27
+
+TEST(AdaptiveResize, ATenthIsNotUnderATenth) {
+    ExpectFiltered(Grey(1100, 1100), Grey(1000, 1000));
+}
+
+TEST(AdaptiveResize, BothDirectionsMustChangeLittleToBeSampled) {
+    ExpectFiltered(Grey(100, 100), Grey(95, 85));
+    ExpectFiltered(Grey(100, 100), Grey(85, 95));
+}
+
+TEST(AdaptiveResize, TheChangeIsMeasuredAgainstTheResult) {
+    ExpectFiltered(Grey(1000, 1000), Grey(905, 905));   // 95/905 = 0.105; against the source it were 0.095
+    ExpectSampled(Grey(1000, 1000), Grey(1110, 1110));  // 110/1110 = 0.099; against the source 0.11
+}
+
+TEST(AdaptiveResize, TooSmallASourceForTheFootprintIsSampledIntoASmallResult) {
+    ExpectSampled(Grey(20, 20), Grey(4, 4));  // footprint 63
+}
+
+TEST(AdaptiveResize, FootprintsAreTakenInSinglePrecision) {
+    ExpectSampled(Grey(60, 60), Grey(12, 12));  // 63 in single precision; 60 in double, which would be filtered
+}
+
+TEST(AdaptiveResize, EachDirectionHasItsOwnFootprint) {
+    ExpectSampled(Grey(20, 400), Grey(4, 200));  // 63 > 20 beside 27 <= 400
+    ExpectSampled(Grey(400, 20), Grey(200, 4));
+}
+
+TEST(AdaptiveResize, HighQualityAlwaysFilters) {
+    ExpectFiltered(Grey(100, 100), Grey(99, 100), true);
+    ExpectFiltered(Grey(20, 20), Grey(4, 4), true);
+}
+
+TEST(AdaptiveResize, LargeResultsOfTinySourcesAreSampledThenFiltered) {
+    const ImageBuf src = Noise(Grey(2, 2));
+    const ImageSpec to = Grey(200, 100);  // footprints 3 > 2; the region is 3 high and 200/100 times 3 wide
+    const Bytes expected = SampledThenFiltered(src, 6, 3, to);
+    ASSERT_NE(expected, Sampled(src, to));
+    ASSERT_NE(expected, Filtered(src, to));
+    EXPECT_TRUE(Resized(src, to) == expected);
+}
+
+TEST(AdaptiveResize, TheRegionIsAtLeastOnePixelWide) {
+    const ImageBuf src = Noise(Grey(2, 2));
+    const ImageSpec to = Grey(100, 2000);  // 100/2000 times 3 is no pixel
+    EXPECT_TRUE(Resized(src, to) == SampledThenFiltered(src, 1, 3, to));
+}
+
+TEST(AdaptiveResize, TheRegionHasTheProportionsOfTheDataWindow) {
+    ImageSpec from = Grey(2, 12), to = Grey(120, 480);
+    from.full_height = 2;
+    to.full_height = 120;
+    const ImageBuf src = Noise(from);
+    EXPECT_TRUE(Resized(src, to) == SampledThenFiltered(src, 1, 3, to));  // 120/480 times 3; by the full window 3 x 3
+}
+
+TEST(AdaptiveResize, ResultsUnderAHundredPixelsOneWayAreSampled) {
+    ExpectSampled(Grey(2, 2), Grey(99, 200));
+    ExpectSampled(Grey(2, 2), Grey(200, 99));
+}
+
+TEST(AdaptiveResize, AllChannelsAndTypesAreResized) {
+    const ImageBuf src = Noise(ImageSpec(40, 40, 4, TypeDesc::UINT8));
+    const ImageSpec to(20, 20, 4, TypeDesc::UINT8);
+    EXPECT_TRUE(Resized(src, to) == Filtered(src, to));
+    EXPECT_TRUE(Resized(src, ImageSpec(20, 20, 4, TypeDesc::FLOAT)) ==
+                Filtered(src, ImageSpec(20, 20, 4, TypeDesc::FLOAT)));
+}
+
+TEST(AdaptiveResize, MoreRowsThanTheFilterTakesAreSampled) {
+    ImageSpec from = Grey(1, 300'000);
+    const ImageBuf src = Noise(from);
+    EXPECT_TRUE(Resized(src, Grey(1, 1), true) == Sampled(src, Grey(1, 1)));
+}
+
+/// Expects false, and a destination that is as it was.
+void ExpectRefused(ImageBuf& dst, const ImageBuf& src) {
+    for (const bool highQuality : {false, true}) {
+        EXPECT_FALSE(OIIOImageHandler::AdaptiveResize(dst, src, highQuality));
+        if (dst.initialized()) {
+            EXPECT_EQ(PixelsOf(dst), Bytes(PixelsOf(dst).size(), 0));
+        }
+    }
+}
+
+TEST(AdaptiveResize, ImagesWithoutPixelsAreRefused) {
+    ImageBuf nothing, small(Grey(4, 4));
+    ExpectRefused(small, nothing);
+    ExpectRefused(nothing, Noise(Grey(4, 4)));
+}
+
+TEST(AdaptiveResize, VolumesAreRefused) {
+    ImageSpec volume = Grey(8, 8);
+    volume.depth = volume.full_depth = 2;
+    ImageBuf small(Grey(4, 4)), smallVolume(volume);
+    ExpectRefused(small, Noise(volume));
+    ExpectRefused(smallVolume, Noise(Grey(16, 16)));
+}
+
+TEST(AdaptiveResize, SizesOfZeroOrLessAreRefused) {
+    for (int ImageSpec::* side : {&ImageSpec::full_width, &ImageSpec::full_height}) {
+        for (const int size : {0, -5}) {
+            ImageSpec broken = Grey(4, 4);
+            broken.*side = size;
+            ImageBuf dst(broken), small(Grey(4, 4));
+            ExpectRefused(dst, Noise(Grey(8, 8)));
+            ExpectRefused(small, Noise(broken));
+        }
+    }
+}
+
+TEST(AdaptiveResize, DifferentChannelCountsAreRefused) {
+    ImageBuf grey(Grey(4, 4)), colour(ImageSpec(4, 4, 4, TypeDesc::UINT8));
+    ExpectRefused(grey, Noise(ImageSpec(8, 8, 4, TypeDesc::UINT8)));
+    ExpectRefused(colour, Noise(Grey(8, 8)));
+}
+
+TEST(AdaptiveResize, ARegionThatNoMemoryHoldsIsRefused) {
+    const ImageBuf src = Noise(Grey(2, 2));
+    ImageBuf dst(Grey(200, 100));
+    Objects::ObjModel::SetBlockCeiling(17);  // the region takes 18 bytes
+    const bool resized = OIIOImageHandler::AdaptiveResize(dst, src, false);
+    Objects::ObjModel::SetBlockCeiling(0);
+    EXPECT_FALSE(resized);
+    EXPECT_EQ(PixelsOf(dst), Bytes(200 * 100, 0));
+}
+
+}  // namespace
+}  // namespace Kavra::Devices

@@ -1,0 +1,13 @@
+#include "readers/ByteBuilder.h"
+
+#include <algorithm>
+
+namespace Kavra::Tests {
+
+ByteBuilder& ByteBuilder::Byte(unsigned value) {
+    mBytes.resize(std::max(mBytes.size(), mNext + 1));
+    mBytes[mNext++] = static_cast<unsigned char>(value);
+    return *this;
+}
+
+}  // namespace Kavra::Tests

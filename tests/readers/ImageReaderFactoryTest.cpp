@@ -1,0 +1,59 @@
+#include "readers/FileTypeDetection.h"
+#include "readers/ImageFileType.h"
+#include "readers/ImageReaderInterface.h"
+
+#include <kavra/objects/ObjModel.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+using namespace Kavra::Devices;
+using Kavra::Objects::ObjModel;
+
+class PlainReader : public ImageReaderInterface {
+public:
+    PlainReader() { ++mConstructed; }
+    bool Open(const KString&) override { return false; }
+    bool ReadImage(unsigned char*, int) override { return false; }
+    int GetWidth() override { return 0; }
+    int GetHeight() override { return 0; }
+    int GetRowPitch() override { return 0; }
+
+    static inline int mConstructed = 0;
+};
+
+TEST(ImageReaderFactory, CodesOfFilesThatOthersReadHaveNoReader) {
+    for (const int code : {None, DDS, OpenEXR, Other})
+        EXPECT_EQ(CreateImageReader(code), nullptr) << code;
+    for (const int code : {-1, 10, 1 << 30})
+        EXPECT_EQ(CreateImageReader(code), nullptr) << code;
+}
+
+TEST(ImageReaderInterface, DescribesOneUprightFrameOfEightBitColourUnlessAReaderSaysOtherwise) {
+    PlainReader reader;
+    EXPECT_EQ(reader.GetFormat(), 46);
+    EXPECT_EQ(reader.GetFrameCount(), 1);
+    EXPECT_EQ(reader.GetOrientation(), 0);
+}
+
+TEST(ImageReaderInterface, ReadersLiveInTheDefaultAllocatorsMemory) {
+    const std::size_t before = ObjModel::BlockCounters().liveBlocks;
+    std::unique_ptr<ImageReaderInterface> reader(new PlainReader);
+    EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, before + 1);
+    reader.reset();
+    EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, before);
+}
+
+TEST(ImageReaderInterface, WithoutMemoryThereIsNullAndNoConstruction) {
+    const int before = PlainReader::mConstructed;
+    ObjModel::SetBlockCeiling(1);
+    const std::unique_ptr<ImageReaderInterface> reader(new PlainReader);
+    ObjModel::SetBlockCeiling(0);
+    EXPECT_EQ(reader, nullptr);
+    EXPECT_EQ(PlainReader::mConstructed, before);
+}
+
+}  // namespace

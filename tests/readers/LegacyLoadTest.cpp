@@ -1,0 +1,426 @@
+#include "readers/LegacyLoad.h"
+
+#include "readers/ImageReaderInterface.h"
+#include "support/HandlerAccess.h"
+#include "support/TemporaryFolder.h"
+
+#include <kavra/objects/ObjModel.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <new>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Kavra::Devices;
+using Kavra::Common::PixelBlock;
+using Kavra::Objects::ObjModel;
+using Kavra::Tests::TemporaryFolder;
+using Kavra::Tests::Wide;
+
+using Bytes = std::vector<unsigned char>;
+
+/// A reader that says and delivers what a test wants, and writes down what it was asked.
+class ScriptedReader : public ImageReaderInterface {
+public:
+    int width = 0, height = 0, rowPitch = 0;
+    EFormat format = kR8G8B8A8;
+    EDataOrientation orientation = kTopLeft;
+    bool opens = true, reads = true;
+    Bytes pixels;
+
+    std::string calls;
+    unsigned char* buffer = nullptr;
+    Bytes before;  ///< what the buffer held when it came
+    int frame = -1;
+
+    bool Open(const KString&) override { return calls += "Open ", opens; }
+    int GetWidth() override { return calls += "Width ", width; }
+    int GetHeight() override { return calls += "Height ", height; }
+    int GetRowPitch() override { return calls += "RowPitch ", rowPitch; }
+    EFormat GetFormat() override { return calls += "Format ", format; }
+    EDataOrientation GetOrientation() override { return calls += "Orientation ", orientation; }
+
+    bool ReadImage(unsigned char* out, int wantedFrame) override {
+        calls += "ReadImage ";
+        buffer = out;
+        frame = wantedFrame;
+        before.assign(out, out + static_cast<std::ptrdiff_t>(rowPitch) * height);
+        std::ranges::copy(pixels, out);
+        return reads;
+    }
+};
+
+/// Pixels of the colours given by one letter each: the byte of the letter in all four channels.
+Bytes Colour(std::string_view letters) {
+    Bytes pixels;
+    for (const char letter : letters)
+        pixels.insert(pixels.end(), 4, static_cast<unsigned char>(letter));
+    return pixels;
+}
+
+void Script(ScriptedReader& reader, int width, int height, const Bytes& pixels) {
+    reader.width = width;
+    reader.height = height;
+    reader.rowPitch = width * 4;
+    reader.pixels = pixels;
+}
+
+/// A description with a value of its own in every field.
+ImageDescription Marked() {
+    ImageDescription desc;
+    desc.width = 71;
+    desc.height = 72;
+    desc.depth = 73;
+    desc.format = kL16;
+    desc.rowPitch = 74;
+    desc.dataSize = 75;
+    desc.textureType = kTextureCube;
+    desc.hasTransparentPixels = desc.hasTranslucentPixels = desc.hasAlpha = desc.defaultOrientation = true;
+    desc.orientation = kLeftTop;
+    desc.gamma = 7.5;
+    return desc;
+}
+
+void ExpectMarked(const ImageDescription& desc) {
+    EXPECT_EQ(desc.width, 71);
+    EXPECT_EQ(desc.height, 72);
+    EXPECT_EQ(desc.depth, 73);
+    EXPECT_EQ(desc.format, kL16);
+    EXPECT_EQ(desc.rowPitch, 74);
+    EXPECT_EQ(desc.dataSize, 75u);
+    EXPECT_EQ(desc.textureType, kTextureCube);
+    EXPECT_TRUE(desc.hasAlpha && desc.defaultOrientation);
+    EXPECT_EQ(desc.orientation, kLeftTop);
+    EXPECT_EQ(desc.gamma, 7.5);
+}
+
+class LegacyLoad : public testing::Test {
+protected:
+    PixelBlock Load(const LegacyRequest& request) { return LoadThroughReader(reader, desc, path, request); }
+
+    /// The block's bytes as `desc` counts them.
+    Bytes Pixels(const PixelBlock& block) const { return Bytes(block.get(), block.get() + desc.dataSize); }
+
+    TemporaryFolder folder;
+    KString path = Wide(folder.Write("file", "12345678"));
+    ScriptedReader reader;
+    ImageDescription desc = Marked();
+};
+
+TEST_F(LegacyLoad, WithNothingToFitTheReadersOwnBlockIsReturned) {
+    Script(reader, 2, 3, Colour("abcdef"));
+    for (const LegacyRequest& request :
+         {LegacyRequest{}, LegacyRequest{.maxWidth = -5, .maxHeight = -1}, LegacyRequest{.maxWidth = 2, .maxHeight = 3},
+          LegacyRequest{.maxWidth = 1000, .maxHeight = 1000, .highQualityResize = true}}) {
+        const std::size_t blocks = ObjModel::BlockCounters().totalBlocks;
+        const PixelBlock block = Load(request);
+        ASSERT_TRUE(block);
+        EXPECT_EQ(block.get(), reader.buffer);
+        EXPECT_EQ(ObjModel::BlockCounters().totalBlocks, blocks + 1);
+        EXPECT_EQ(Pixels(block), Colour("abcdef"));
+    }
+}
+
+TEST_F(LegacyLoad, TheDescriptionIsTheReaders) {
+    Script(reader, 2, 3, Colour("abcdef"));
+    ASSERT_TRUE(Load({}));
+    EXPECT_EQ(desc.width, 2);
+    EXPECT_EQ(desc.height, 3);
+    EXPECT_EQ(desc.depth, 1);
+    EXPECT_EQ(desc.format, kR8G8B8A8);
+    EXPECT_EQ(desc.rowPitch, 8);
+    EXPECT_EQ(desc.dataSize, 24u);
+    EXPECT_EQ(desc.textureType, kTexture2D);
+    EXPECT_FALSE(desc.hasTransparentPixels);
+    EXPECT_FALSE(desc.hasTranslucentPixels);
+    EXPECT_FALSE(desc.hasAlpha);
+    EXPECT_TRUE(desc.defaultOrientation);
+    EXPECT_EQ(desc.orientation, kTopLeft);
+    EXPECT_EQ(desc.gamma, 2.2);
+}
+
+TEST_F(LegacyLoad, AReaderIsAskedInOrderAndOnce) {
+    Script(reader, 1, 1, Colour("a"));
+    ASSERT_TRUE(Load({.frame = 17}));
+    EXPECT_EQ(reader.calls, "Open Width Height Format RowPitch Orientation ReadImage ");
+    EXPECT_EQ(reader.frame, 17);
+}
+
+TEST_F(LegacyLoad, ThePitchOfAReaderIsKeptWhereNothingIsFitted) {
+    Script(reader, 1, 2, Colour("abcd"));
+    reader.rowPitch = 8;
+    const PixelBlock block = Load({});
+    ASSERT_TRUE(block);
+    EXPECT_EQ(desc.rowPitch, 8);
+    EXPECT_EQ(desc.dataSize, 16u);
+    EXPECT_EQ(Pixels(block), Colour("abcd"));
+}
+
+TEST_F(LegacyLoad, RowsWithGapsCannotBeFitted) {
+    Script(reader, 2, 2, Colour("abcdef"));
+    reader.rowPitch = 12;
+    const std::size_t blocks = ObjModel::BlockCounters().liveBlocks;
+    EXPECT_FALSE(Load({.maxWidth = 1}));
+    reader.rowPitch = 4;
+    reader.pixels = Colour("ab");
+    EXPECT_FALSE(Load({.maxWidth = 1})) << "nor rows that overlap";
+    EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, blocks);
+}
+
+TEST_F(LegacyLoad, AFormatWithoutPixelsCannotBeFitted) {
+    Script(reader, 2, 2, Colour("abcd"));
+    reader.format = kBC1;
+    EXPECT_FALSE(Load({.maxWidth = 1}));
+    EXPECT_TRUE(Load({}));
+}
+
+TEST_F(LegacyLoad, PixelsThatAReaderLeavesAloneAreZero) {
+    Script(reader, 16, 16, Colour("a"));
+    Bytes dirty(1024, 0xEE);
+    {
+        const PixelBlock used = Kavra::Common::NewBlock(dirty.size());
+        std::ranges::copy(dirty, used.get());
+    }
+    const PixelBlock block = Load({});
+    ASSERT_TRUE(block);
+    EXPECT_EQ(reader.before, Bytes(1024, 0));
+    EXPECT_EQ(block.get()[4], 0);
+    EXPECT_EQ(block.get()[1023], 0);
+}
+
+TEST_F(LegacyLoad, AFileThatDoesNotOpenLeavesTheDescriptionAlone) {
+    reader.opens = false;
+    EXPECT_FALSE(Load({}));
+    EXPECT_EQ(reader.calls, "Open ");
+    ExpectMarked(desc);
+}
+
+TEST_F(LegacyLoad, AFrameThatDoesNotDecodeLeavesTheDescriptionFilledAndNothingElse) {
+    Script(reader, 2, 3, Colour("abcdef"));
+    reader.reads = false;
+    const std::size_t blocks = ObjModel::BlockCounters().liveBlocks;
+    EXPECT_FALSE(Load({.orientation = kBottomLeft}));
+    EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, blocks);
+    EXPECT_EQ(desc.width, 2);
+    EXPECT_EQ(desc.height, 3);
+    EXPECT_EQ(desc.dataSize, 24u);
+    EXPECT_FALSE(desc.defaultOrientation);
+    EXPECT_EQ(desc.orientation, kTopLeft) << "the reader's";
+    EXPECT_EQ(desc.gamma, 2.2);
+}
+
+TEST_F(LegacyLoad, SizesThatAFileCannotJustifyAreRefusedBeforeAnyAllocation) {
+    constexpr int kMost = std::numeric_limits<int>::max();
+    const std::vector<std::array<int, 3>> sizes = {{0, 5, 0},
+                                                   {5, 0, 20},
+                                                   {-3, 5, -12},
+                                                   {5, -3, 20},
+                                                   {5, 5, 0},
+                                                   {5, 5, -20},
+                                                   {1'000'001, 1, 4},
+                                                   {1, 1'000'001, 4},
+                                                   {kMost, kMost, kMost},
+                                                   {8192, 8193, 32768},
+                                                   {32767, 32767, 131068}};
+    for (const auto& [width, height, rowPitch] : sizes) {
+        reader = {};
+        reader.width = width;
+        reader.height = height;
+        reader.rowPitch = rowPitch;
+        const std::size_t blocks = ObjModel::BlockCounters().totalBlocks;
+        EXPECT_FALSE(Load({}));
+        EXPECT_EQ(ObjModel::BlockCounters().totalBlocks, blocks);
+        EXPECT_EQ(reader.calls.find("ReadImage"), std::string::npos);
+        EXPECT_EQ(desc.width, width) << "the description is filled all the same";
+        EXPECT_EQ(desc.height, height);
+        EXPECT_EQ(desc.dataSize, static_cast<std::uint64_t>(std::int64_t{height} * rowPitch));
+    }
+}
+
+TEST_F(LegacyLoad, BlocksAboveTheCeilingAreRefused) {
+    Script(reader, 10, 10, {});
+    ObjModel::SetBlockCeiling(399);
+    EXPECT_FALSE(Load({}));
+    ObjModel::SetBlockCeiling(400);
+    EXPECT_TRUE(Load({}));
+    ObjModel::SetBlockCeiling(0);
+}
+
+TEST_F(LegacyLoad, ALimitShrinksItsOwnSideOnly) {
+    Script(reader, 40, 30, Bytes(4800, 77));
+    const PixelBlock narrow = Load({.maxWidth = 10});
+    ASSERT_TRUE(narrow);
+    EXPECT_EQ(desc.width, 10);
+    EXPECT_EQ(desc.height, 30);
+    EXPECT_EQ(desc.rowPitch, 40);
+    EXPECT_EQ(desc.dataSize, 1200u);
+    EXPECT_EQ(Pixels(narrow), Bytes(1200, 77));
+
+    const PixelBlock low = Load({.maxWidth = 100, .maxHeight = 7});
+    ASSERT_TRUE(low);
+    EXPECT_EQ(desc.width, 40);
+    EXPECT_EQ(desc.height, 7);
+    EXPECT_EQ(Pixels(low), Bytes(1120, 77));
+}
+
+TEST_F(LegacyLoad, TheFirstBlockIsGivenBackOnceThePictureIsFitted) {
+    Script(reader, 40, 30, Bytes(4800, 77));
+    const std::size_t blocks = ObjModel::BlockCounters().liveBlocks;
+    {
+        const PixelBlock block = Load({.maxWidth = 10, .orientation = kRightTop});
+        ASSERT_TRUE(block);
+        EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, blocks + 1);
+    }
+    EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, blocks);
+}
+
+TEST_F(LegacyLoad, HighQualityFiltersWhatIsSampledOtherwise) {
+    Bytes stripes;
+    for (int row = 0; row < 20; ++row) {
+        for (int column = 0; column < 20; ++column)
+            stripes.insert(stripes.end(), 4, column % 2 == 0 ? 0 : 255);
+    }
+    const auto isMixed = [](unsigned char value) { return value != 0 && value != 255; };
+    Script(reader, 20, 20, stripes);
+    const PixelBlock sampled = Load({.maxWidth = 19, .maxHeight = 19});
+    ASSERT_TRUE(sampled);
+    EXPECT_TRUE(std::ranges::none_of(Pixels(sampled), isMixed));
+    const PixelBlock filtered = Load({.maxWidth = 19, .maxHeight = 19, .highQualityResize = true});
+    ASSERT_TRUE(filtered);
+    EXPECT_TRUE(std::ranges::any_of(Pixels(filtered), isMixed));
+}
+
+TEST_F(LegacyLoad, OtherFormatsKeepTheirChannelsAndType) {
+    reader.format = kL16;
+    reader.width = reader.height = 40;
+    reader.rowPitch = 80;
+    for (int i = 0; i < 1600; ++i)
+        reader.pixels.insert(reader.pixels.end(), {0x34, 0x12});
+    const PixelBlock block = Load({.maxWidth = 20, .maxHeight = 10});
+    ASSERT_TRUE(block);
+    EXPECT_EQ(desc.format, kL16);
+    EXPECT_EQ(desc.rowPitch, 40);
+    ASSERT_EQ(desc.dataSize, 400u);
+    for (std::size_t i = 0; i < 400; i += 2) {
+        ASSERT_EQ(block.get()[i], 0x34);
+        ASSERT_EQ(block.get()[i + 1], 0x12);
+    }
+}
+
+TEST_F(LegacyLoad, RowsAreTurnedToTheOrientationWanted) {
+    Script(reader, 2, 3,
+           Colour("ab"
+                  "cd"
+                  "ef"));
+    const PixelBlock flipped = Load({.orientation = kBottomLeft});
+    ASSERT_TRUE(flipped);
+    EXPECT_EQ(Pixels(flipped), Colour("ef"
+                                      "cd"
+                                      "ab"));
+    EXPECT_EQ(desc.orientation, kBottomLeft);
+    EXPECT_FALSE(desc.defaultOrientation);
+    EXPECT_EQ(desc.rowPitch, 8);
+
+    const PixelBlock turned = Load({.orientation = kRightTop});
+    ASSERT_TRUE(turned);
+    EXPECT_EQ(Pixels(turned), Colour("bdf"
+                                     "ace"))
+        << "a quarter turn clockwise displays it";
+    EXPECT_EQ(desc.width, 3);
+    EXPECT_EQ(desc.height, 2);
+    EXPECT_EQ(desc.rowPitch, 12);
+    EXPECT_EQ(desc.orientation, kRightTop);
+}
+
+TEST_F(LegacyLoad, TheOrientationOfTheReaderIsWhereTurningStarts) {
+    Script(reader, 2, 3,
+           Colour("ab"
+                  "cd"
+                  "ef"));
+    reader.orientation = kBottomLeft;
+    const PixelBlock kept = Load({.orientation = kBottomLeft});
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept.get(), reader.buffer);
+    EXPECT_FALSE(desc.defaultOrientation);
+    EXPECT_EQ(desc.orientation, kBottomLeft);
+
+    const PixelBlock upright = Load({});
+    ASSERT_TRUE(upright);
+    EXPECT_EQ(Pixels(upright), Colour("ef"
+                                      "cd"
+                                      "ab"));
+    EXPECT_TRUE(desc.defaultOrientation);
+    EXPECT_EQ(desc.orientation, kTopLeft);
+}
+
+TEST_F(LegacyLoad, LimitsApplyBeforeTurning) {
+    Script(reader, 40, 10, Bytes(1600, 5));
+    const PixelBlock block = Load({.maxWidth = 20, .orientation = kRightTop});
+    ASSERT_TRUE(block);
+    EXPECT_EQ(desc.width, 10);
+    EXPECT_EQ(desc.height, 20);
+    EXPECT_EQ(desc.rowPitch, 40);
+    EXPECT_EQ(Pixels(block), Bytes(800, 5));
+}
+
+TEST_F(LegacyLoad, AnUnknownOrientationIsTakenAsUprightButReported) {
+    Script(reader, 2, 2, Colour("abcd"));
+    const PixelBlock block = Load({.orientation = static_cast<EDataOrientation>(9)});
+    ASSERT_TRUE(block);
+    EXPECT_EQ(Pixels(block), Colour("abcd"));
+    EXPECT_EQ(desc.orientation, 9);
+    EXPECT_FALSE(desc.defaultOrientation);
+}
+
+/// Gives out so many blocks and then no more.
+class MeagreAllocator : public Kavra::Objects::IMemoryAllocator {
+public:
+    explicit MeagreAllocator(int blocks) : mLeft(blocks), mPrevious(ObjModel::mDefaultAllocator) {
+        ObjModel::mDefaultAllocator = this;
+    }
+    ~MeagreAllocator() override { ObjModel::mDefaultAllocator = mPrevious; }
+
+    void* Allocate(std::size_t bytes) override {
+        if (mLeft-- <= 0) throw std::bad_alloc();
+        void* block = mPrevious->Allocate(bytes);
+        ++mLive;
+        return block;
+    }
+    void Free(void* block, std::size_t bytes) noexcept override {
+        --mLive;
+        mPrevious->Free(block, bytes);
+    }
+
+    int Live() const { return mLive; }
+
+private:
+    int mLeft;
+    int mLive = 0;
+    IMemoryAllocator* mPrevious;
+};
+
+TEST_F(LegacyLoad, WithoutMemoryTheExceptionPassesAndNothingIsKept) {
+    Script(reader, 40, 30, Bytes(4800, 77));
+    for (int blocks = 0; blocks < 3; ++blocks) {
+        MeagreAllocator allocator(blocks);
+        EXPECT_THROW((void)Load({.maxWidth = 10, .orientation = kRightTop}), std::bad_alloc) << blocks;
+        EXPECT_EQ(allocator.Live(), 0) << blocks;
+    }
+}
+
+TEST_F(LegacyLoad, TypesWithoutAReaderHaveNoPixels) {
+    OIIOImageHandlerAccess access;
+    for (const int type : {0, 2, 3, 9, -1, 10}) {
+        EXPECT_EQ(access.LoadSpecial(desc, path, 0, 0, false, 0, kTopLeft, type), nullptr);
+        ExpectMarked(desc);
+    }
+}
+
+}  // namespace
