@@ -69,19 +69,25 @@ OutputFile::~OutputFile() {
 }
 
 std::string OutputFile::Commit() {
-    std::string obstacle = WriteObstacle(mFinal);
+    std::string obstacle = NameObstacle(mFinal);
     if (!obstacle.empty()) return obstacle;
     std::error_code error;
     std::filesystem::rename(mTemporary, mFinal, error);
     return error ? ErrorText(error.value()) : std::string();
 }
 
-std::string WriteObstacle(const std::filesystem::path& path) {
+std::string NameObstacle(const std::filesystem::path& path) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
     if (std::filesystem::is_directory(status)) return ErrorText(EISDIR);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return "it is not a regular file";
+    return {};
+}
+
+std::string FolderObstacle(const std::filesystem::path& path) {
+    std::error_code error;
     const std::filesystem::path folder = NearestFolder(path);
+    if (!std::filesystem::is_directory(folder, error)) return ErrorText(ENOTDIR);
     if (access(folder.c_str(), W_OK | X_OK) != 0) return ErrorText(errno);
     struct statvfs space {};
     if (statvfs(folder.c_str(), &space) == 0 && space.f_bavail == 0 && space.f_blocks != 0) return ErrorText(ENOSPC);

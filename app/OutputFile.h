@@ -26,9 +26,12 @@ private:
     std::filesystem::path mTemporary;
 };
 
-/// Why nothing can be written at `path`, as far as a look at the file system tells: a folder or device of that name,
-/// a folder that may not be written to, a full disk. Empty when nothing speaks against it.
-std::string WriteObstacle(const std::filesystem::path& path);
+/// Why no file can take the name `path`: a folder, a device or a pipe has it. Empty when nothing speaks against it.
+std::string NameObstacle(const std::filesystem::path& path);
+
+/// Why nothing could be written into the folder of `path`, as far as a look at the file system tells: it is no folder, may
+/// not be written to, or its disk is full. Empty when nothing speaks against it.
+std::string FolderObstacle(const std::filesystem::path& path);
 
 /// Removes the unfinished files and ends the program when it is interrupted. To be called once, before any other
 /// thread is started.

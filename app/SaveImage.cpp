@@ -48,7 +48,7 @@ std::string FormatObstacle(const std::string& extension, EFormat format) {
 std::string Reason(const std::filesystem::path& path, EFormat format) {
     const std::string extension = LowerExtension(path);
     if (extension.empty()) return "the name has no extension to choose a file type by";
-    std::string reason = WriteObstacle(path);
+    std::string reason = FolderObstacle(path);
     if (reason.empty()) reason = FormatObstacle(extension, format);
     return reason;
 }
@@ -63,7 +63,7 @@ void NoteWhatStaysOut(Report& report, const ImageDescription& desc, const std::f
 
 bool Save(IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path) {
     const std::size_t mark = report.Mark();
-    std::string reason = WriteObstacle(path);
+    std::string reason = NameObstacle(path);
     if (reason.empty()) {
         OutputFile output(path);
         const MessageScope scope(report, path.string());

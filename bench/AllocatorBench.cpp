@@ -28,6 +28,7 @@ void CountBytes(benchmark::State& state) {
 }
 
 void CopyIntoTouched(benchmark::State& state) {
+    Source();
     std::vector<unsigned char> to(kBytes, 2);
     for (auto _ : state) {
         std::memcpy(to.data(), Source(), kBytes);

@@ -11,7 +11,7 @@ namespace {
 
 using namespace Kavra;
 
-constexpr std::size_t kMostBytes = 1 << 22;   // of a level; larger ones show nothing new
+constexpr std::size_t kMostBytes = 1 << 18;   // of a level; larger ones show nothing new
 constexpr std::size_t kGuardBytes = 1 << 12;  // behind the buffer: the library's own writes are not watched
 constexpr unsigned char kGuard = 0xA5;
 

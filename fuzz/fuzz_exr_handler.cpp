@@ -24,7 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t channels = handler.supportsAlpha() ? 4 : 3;
     const std::size_t count = static_cast<std::size_t>(handler.width()) * static_cast<std::size_t>(handler.height());
     volatile float last = 0;
-    for (std::size_t i = 0; i < count * channels; ++i) last = handler.internalBuffer()[i];
+    for (std::size_t i = 0; i < count * channels; ++i)
+        last = handler.internalBuffer()[i];
     static_cast<void>(last);
     return 0;
 }

@@ -7,34 +7,26 @@
 #include <tbb/task_arena.h>
 #include <tbb/task_group.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <thread>
 
-// The thread library is not built with ThreadSanitizer, which therefore cannot see that a loop's end orders the
-// workers' writes before the caller's reads; these two calls say so.
-#if defined(__SANITIZE_THREAD__) || (defined(__has_feature) && __has_feature(thread_sanitizer))
+#if defined(__SANITIZE_THREAD__)
 #define KAVRA_TSAN 1
-extern "C" void __tsan_acquire(void* address);
-extern "C" void __tsan_release(void* address);
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define KAVRA_TSAN 1
+#endif
+#endif
+#ifdef KAVRA_TSAN
+#include <exception>
+#include <mutex>
+#include <vector>
 #endif
 
 namespace Kavra::Common {
-
-/// Hands the order of memory from one side of a fork or join to the other, for ThreadSanitizer only.
-struct Fence {
-    void Release() {
-#ifdef KAVRA_TSAN
-        __tsan_release(this);
-#endif
-    }
-    void Acquire() {
-#ifdef KAVRA_TSAN
-        __tsan_acquire(this);
-#endif
-    }
-};
 
 /// One hardware thread's share of `count`, at least 1: the starting grain of every loop. The quotient is taken in single
 /// precision and the number of threads asked for at every call.
@@ -45,6 +37,37 @@ inline std::size_t Grain(std::size_t count) {
     return grain == 0 ? 1 : static_cast<std::size_t>(grain);
 }
 
+#ifdef KAVRA_TSAN
+
+// ThreadSanitizer cannot see how the thread library, which is not built with it, orders memory, and would take every loop
+// for a race. Under it a range is split over plain threads: the loops' bodies run side by side as ever, and are watched.
+namespace Plain {
+
+template <class Body>
+void ForEachPart(std::size_t count, const Body& body) {
+    std::exception_ptr failure;
+    std::mutex mutex;
+    {
+        std::vector<std::jthread> threads;
+        const std::size_t grain = Grain(count);
+        for (std::size_t begin = 0; begin < count; begin += grain) {
+            threads.emplace_back([&, begin, end = std::min(count, begin + grain)] {
+                try {
+                    body(begin, end);
+                } catch (...) {
+                    const std::lock_guard lock(mutex);
+                    failure = std::current_exception();
+                }
+            });
+        }
+    }
+    if (failure) std::rethrow_exception(failure);
+}
+
+}  // namespace Plain
+
+#endif
+
 /// Calls `body(begin, end)` for disjoint parts that together are [0, count), on the caller's thread and the worker pool,
 /// and returns when all are done. Isolated: the caller picks up no other work while it waits. Up to `serialCount`
 /// items are one call on the caller's thread, since waking a worker would take longer. An exception of a body
@@ -53,20 +76,17 @@ template <class Body>
 void ForEachRange(std::size_t count, std::size_t serialCount, const Body& body) {
     if (count == 0) return;
     if (count <= serialCount) return body(std::size_t{0}, count);
-    Fence start, end;
-    start.Release();
+#ifdef KAVRA_TSAN
+    Plain::ForEachPart(count, body);
+#else
     tbb::this_task_arena::isolate([&] {
         tbb::task_group_context context;
         tbb::parallel_for(
             tbb::blocked_range<std::size_t>(0, count, Grain(count)),
-            [&](const tbb::blocked_range<std::size_t>& range) {
-                start.Acquire();
-                body(range.begin(), range.end());
-                end.Release();
-            },
+            [&](const tbb::blocked_range<std::size_t>& range) { body(range.begin(), range.end()); },
             tbb::auto_partitioner(), context);
     });
-    end.Acquire();
+#endif
 }
 
 /// Folds disjoint parts of [0, count): `body(begin, end, value)` goes on from `value`, `join(a, b)` brings two parts
@@ -77,21 +97,24 @@ Value ReduceRange(std::size_t count, std::size_t serialCount, const Value& ident
     if (count == 0) return identity;
     if (count <= serialCount) return body(std::size_t{0}, count, identity);
     Value result = identity;
-    Fence start, end;
-    start.Release();
+#ifdef KAVRA_TSAN
+    std::mutex mutex;
+    Plain::ForEachPart(count, [&](std::size_t begin, std::size_t end) {
+        const Value part = body(begin, end, identity);
+        const std::lock_guard lock(mutex);
+        result = join(result, part);
+    });
+#else
     tbb::this_task_arena::isolate([&] {
         tbb::task_group_context context;
         result = tbb::parallel_reduce(
             tbb::blocked_range<std::size_t>(0, count, Grain(count)), identity,
             [&](const tbb::blocked_range<std::size_t>& range, const Value& value) {
-                start.Acquire();
-                Value folded = body(range.begin(), range.end(), value);
-                end.Release();
-                return folded;
+                return body(range.begin(), range.end(), value);
             },
             join, tbb::auto_partitioner(), context);
     });
-    end.Acquire();
+#endif
     return result;
 }
 

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 HWY_BEFORE_NAMESPACE();
 namespace Kavra::Common::HWY_NAMESPACE {
@@ -45,9 +46,10 @@ constexpr std::size_t kVectorBytes = HWY_MAX_BYTES;
 /// Asks for `bytes` bytes one memory page further on: the processor's own reading ahead stops at the end of a page,
 /// which slows down most the kernels that write little. Asking for what lies past the end of the source is harmless.
 HWY_INLINE void ReadAhead(const std::byte* in, std::size_t bytes) {
+    // By number: a pointer must not leave its block, not even one that is only a hint.
     const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(in) + 4096;
     for (std::size_t line = 0; line < bytes; line += 64)
-        hwy::Prefetch(reinterpret_cast<const std::byte*>(ahead + line));
+        hwy::Prefetch(reinterpret_cast<const std::byte*>(ahead + line));  // NOLINT(performance-no-int-to-ptr)
 }
 
 /// Units that lie before the first vector boundary of `out`, or `count` when no unit starts at one.
@@ -70,13 +72,13 @@ void RunPart(const Kernel& kernel, std::byte* out, const std::byte* in, std::siz
     std::memcpy(out, to, count * Kernel::kOutBytes);
 }
 
-template <class Kernel>
-void RunAroundCache(const Kernel& kernel, std::byte* out, const std::byte* in, std::size_t count) {
-    for (const std::size_t step = kernel.StepUnits(); count >= step; count -= step) {
-        ReadAhead(in, step * Kernel::kInBytes);
-        kernel.Step(in, out, AroundCache{});
-        in += step * Kernel::kInBytes;
-        out += step * Kernel::kOutBytes;
+template <class Kernel, class Store>
+void RunSteps(const Kernel& kernel, std::byte* out, const std::byte* in, std::size_t steps, Store store) {
+    for (const std::size_t units = kernel.StepUnits(); steps > 0; --steps) {
+        if constexpr (std::is_same_v<Store, AroundCache>) ReadAhead(in, units * Kernel::kInBytes);
+        kernel.Step(in, out, store);
+        in += units * Kernel::kInBytes;
+        out += units * Kernel::kOutBytes;
     }
 }
 
@@ -85,30 +87,26 @@ void RunAroundCache(const Kernel& kernel, std::byte* out, const std::byte* in, s
 /// whole vectors only.
 template <class Kernel>
 void Convert(const Kernel& kernel, const PixelRun& run) {
-    const std::size_t step = kernel.StepUnits();
-    const std::byte* in = run.in.data();
-    std::byte* out = run.out.data();
-    std::size_t left = run.in.size() / Kernel::kInBytes;
-    const auto advance = [&](std::size_t units) {
-        in += units * Kernel::kInBytes;
-        out += units * Kernel::kOutBytes;
-        left -= units;
-    };
-    if (run.bypassCache) {
-        std::size_t head = UnitsBeforeAlignment<Kernel>(out, hn::Lanes(hn::ScalableTag<std::uint8_t>()), left);
-        if (head < left) {
-            for (; head > 0; head -= std::min(head, step)) {
-                RunPart(kernel, out, in, std::min(head, step));
-                advance(std::min(head, step));
-            }
-            RunAroundCache(kernel, out, in, left);
-            hwy::FlushStream();
-            advance(left / step * step);
-        }
+    const auto out = [&run](std::size_t unit) { return run.out.data() + unit * Kernel::kOutBytes; };
+    const auto in = [&run](std::size_t unit) { return run.in.data() + unit * Kernel::kInBytes; };
+    const std::size_t count = run.in.size() / Kernel::kInBytes, step = kernel.StepUnits();
+
+    const std::size_t aligned =
+        UnitsBeforeAlignment<Kernel>(run.out.data(), hn::Lanes(hn::ScalableTag<std::uint8_t>()), count);
+    const bool bypassCache = run.bypassCache && aligned < count;
+    const std::size_t head = bypassCache ? aligned : 0;
+    for (std::size_t at = 0; at < head; at += step)
+        RunPart(kernel, out(at), in(at), std::min(step, head - at));
+
+    const std::size_t steps = (count - head) / step;
+    if (bypassCache) {
+        RunSteps(kernel, out(head), in(head), steps, AroundCache{});
+        hwy::FlushStream();
+    } else {
+        RunSteps(kernel, out(head), in(head), steps, ThroughCache{});
     }
-    for (; left >= step; advance(step))
-        kernel.Step(in, out, ThroughCache{});
-    if (left > 0) RunPart(kernel, out, in, left);
+    const std::size_t done = head + steps * step;
+    if (done < count) RunPart(kernel, out(done), in(done), count - done);
 }
 
 }  // namespace Kavra::Common::HWY_NAMESPACE

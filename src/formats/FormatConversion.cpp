@@ -11,6 +11,7 @@
 
 #include <half.h>
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <span>
@@ -70,12 +71,15 @@ Pixels GreyFromColours(const Source& source, Formats::ColourOrder order) {
                      [order](const Common::PixelRun& run) { Formats::GreyFromColours(run, order); });
 }
 
-/// A target of 12 bytes a pixel gets as many bytes as the source has, and its last quarter stays as allocated.
+/// A target of 12 bytes a pixel gets as many bytes as the source has. What no pixel fills is zero, so that the same
+/// pixels always give the same block.
 Conversion FromFloatColour(const Source& source, EFormat to) {
     const auto pixelBytes = static_cast<std::size_t>(AFormatConvertor::BytesPerPixel(to));
     if (pixelBytes == 0 || pixelBytes > 16) return std::nullopt;
     const std::size_t bytes = source.bytes / (16 / pixelBytes);
     Pixels packed(Common::NewBlock(bytes).release(), bytes);
+    const std::size_t filled = std::min(bytes, source.bytes / 16 * pixelBytes);
+    std::memset(packed.block.get() + filled, 0, bytes - filled);
     Common::ForEachRange(source.bytes / 16, Common::kSerialBytes / 16, [&](std::size_t begin, std::size_t end) {
         AFormatConvertor::FloatsToFormat(source.Floats() + 4 * begin, end - begin, to,
                                          reinterpret_cast<char*>(packed.block.get() + begin * pixelBytes),

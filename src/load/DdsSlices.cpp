@@ -148,7 +148,7 @@ bool DecodeFlat(std::span<const std::uint8_t> file, int width, int height, int f
     OIIO::ImageSpec config;
     config.attribute("oiio:UnassociatedAlpha", 1);
     // The reader takes it from here only, not from the argument of the same name.
-    config.attribute("oiio:ioproxy", OIIO::TypeDesc::PTR, &proxy);
+    config.attribute("oiio:ioproxy", OIIO::TypeDesc::PTR, static_cast<const void*>(&proxy));
 
     const auto input = OIIO::ImageInput::create("dds");
     OIIO::ImageSpec spec;

@@ -122,8 +122,9 @@ ImageSpec TurnedSpec(const ImageSpec& spec, const Turns& turns) {
     turned.x = spec.x, turned.y = spec.y;
     turned.width = spec.width, turned.height = spec.height;
     turned.full_width = spec.full_width, turned.full_height = spec.full_height;
-    for (const std::optional<Turn> turn : turns)
+    for (const std::optional<Turn> turn : turns) {
         TurnWindows(turned, turn.value_or(Turn::kNone));
+    }
     return turned;
 }
 
@@ -155,8 +156,9 @@ ImageBuf TurnedHere(const ImageBuf& image, const Turns& turns) {
                    .width = static_cast<std::size_t>(spec.width),
                    .height = static_cast<std::size_t>(spec.height),
                    .pixelBytes = spec.pixel_bytes()};
-    for (const std::optional<Turn> turn : turns)
+    for (const std::optional<Turn> turn : turns) {
         grid = Turned(grid, turn.value_or(Turn::kNone));
+    }
     CopyPixels(grid, static_cast<std::byte*>(result.localpixels()));
     return result;
 }

@@ -176,13 +176,11 @@ unsigned char* OIIOImageHandler::LoadTextureByOIIO(ImageDescription& desc, const
                                                    EDataOrientation orientation, IImageFormatHandler* formatHandler,
                                                    int fileType) {
     if (fileType != DDS && fileType != OpenEXR && fileType != Other) return nullptr;
-    TextureLoad load{.desc = desc,
-                     .path = path,
-                     .fileType = fileType,
-                     .index = std::max(level, 0),
-                     .highQuality = highQualityResize,
-                     .orientation = orientation,
-                     .format = format};
+    TextureLoad load(desc, path, fileType);
+    load.index = std::max(level, 0);
+    load.highQuality = highQualityResize;
+    load.orientation = orientation;
+    load.format = format;
     if (!Open(load) || !Position(load) || !Describe(load)) return nullptr;
     ChooseSize(load, width, height);
     if (!ChooseFormat(load, formatHandler)) return nullptr;
@@ -194,7 +192,7 @@ unsigned char* OIIOImageHandler::LoadTextureByOIIO(ImageDescription& desc, const
     if (!pixels.block) return nullptr;
     // After the read, not before: the read leaves the alpha channel alone, and a file that lies about its size fails
     // before all of the block is touched.
-    if (pixels.alphaIsOpen) SetToOpaque(pixels.block.get(), as.image_bytes(false), as);
+    if (pixels.lacksAlpha) SetToOpaque(pixels.block.get(), as.image_bytes(false), as);
 
     PixelBlock block = ReshapeTexture(load, ToChosenFormat(load, std::move(pixels.block)));
     if (!block) return nullptr;

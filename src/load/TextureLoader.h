@@ -14,23 +14,27 @@
 
 namespace Kavra::Devices {
 
+/// What was asked for, what the file holds and what was chosen, in the order in which it becomes known.
 struct TextureLoad {
+    TextureLoad(ImageDescription& description, const KString& file, int type)
+        : desc(description), path(file), fileType(type) {}
+
     ImageDescription& desc;  ///< the caller's: what the block holds
     const KString& path;
-    int fileType;  ///< an `ImageFileType`
-    int index;     ///< the mip level of a DDS, else the subimage; 0 and up
-    bool highQuality;
-    EDataOrientation orientation;  ///< the wanted one
-    EFormat format;                ///< the wanted one, then the chosen one
+    const int fileType;  ///< an `ImageFileType`
+    int index = 0;       ///< the mip level of a DDS, else the subimage; 0 and up
+    bool highQuality = false;
+    EDataOrientation orientation = kTopLeft;  ///< the wanted one
+    EFormat format = kUnknown;                ///< the wanted one, then the chosen one
 
-    std::unique_ptr<OIIO::ImageInput> input{};  ///< stands at the subimage and level
-    std::optional<DdsSlices> slices{};          ///< for every DDS that it knows
-    EFormat hostFormat = kUnknown;              ///< what the host's reader makes of a DDS
+    std::unique_ptr<OIIO::ImageInput> input;  ///< stands at the subimage and level
+    std::optional<DdsSlices> slices;          ///< for every DDS that it knows
+    EFormat hostFormat = kUnknown;            ///< what the host's reader makes of a DDS
 
-    ImageDesc fileDesc{};          ///< the subimage as the host sees it
-    OIIO::ImageSpec fileSpec{};    ///< the subimage as the library sees it
-    OIIO::ImageSpec nativeSpec{};  ///< the same in the host format that holds it
-    OIIO::ImageSpec targetSpec{};  ///< the same in the chosen format
+    ImageDesc fileDesc;          ///< the subimage as the host sees it
+    OIIO::ImageSpec fileSpec;    ///< the subimage as the library sees it
+    OIIO::ImageSpec nativeSpec;  ///< the same in the host format that holds it
+    OIIO::ImageSpec targetSpec;  ///< the same in the chosen format
 
     int outWidth = 0;   ///< the size to deliver, in the file's row and column order
     int outHeight = 0;  ///< of one face for a cube map
@@ -50,7 +54,7 @@ struct TextureLoad {
 /// Pixels of a load, packed, in the layout of the spec that they were read as.
 struct ReadPixels {
     Common::PixelBlock block;  ///< null: the file could not be read
-    bool alphaIsOpen = false;  ///< nothing stands in the alpha channel yet: it is to be set to opaque
+    bool lacksAlpha = false;   ///< nothing stands in the alpha channel yet: it is to be set to opaque
 };
 
 /// Reads the subimage as `nativeSpec` or `targetSpec` (`as`): one block and one read, straight into it, but for files

@@ -70,7 +70,6 @@ PixelBlock ReshapeTexture(TextureLoad& load, PixelBlock block) {
         Wrap(spec, block), OIIOImageHandler::ToOIIOOrientation(load.fileDesc.orientation),
         OIIOImageHandler::ToOIIOOrientation(load.orientation));
     if (turned.localpixels() == nullptr || !UpdateDescription(load, turned.spec())) return nullptr;
-    if (turned.localpixels() == block.get()) return block;  // orientations that are none count as upright
     block.reset();
     return CopyOut(turned);
 }

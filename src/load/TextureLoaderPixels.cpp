@@ -160,7 +160,7 @@ ReadPixels Recast(const TextureLoad& load, PixelBlock block, const OIIO::ImageSp
     const OIIO::ImageSpec& from = load.nativeSpec;
     if (!block || (as.nchannels == from.nchannels && as.format == from.format)) return {std::move(block)};
     const int channels = std::min(from.nchannels, as.nchannels);
-    const bool alphaIsOpen = as.nchannels == 4 && from.nchannels < 4;
+    const bool lacksAlpha = as.nchannels == 4 && from.nchannels < 4;
     PixelBlock result = channels < as.nchannels ? Common::NewZeroedBlock(as.image_bytes(false))
                                                 : Common::NewBlock(as.image_bytes(false));
     const auto fromStride = static_cast<OIIO::stride_t>(from.pixel_bytes(false));
@@ -169,7 +169,7 @@ ReadPixels Recast(const TextureLoad& load, PixelBlock block, const OIIO::ImageSp
                                                    fromStride, OIIO::AutoStride, OIIO::AutoStride, result.get(),
                                                    as.format, stride, OIIO::AutoStride, OIIO::AutoStride);
     if (!done) return {};
-    return {std::move(result), alphaIsOpen};
+    return {std::move(result), lacksAlpha};
 }
 
 /// The file's channels as the first ones of `as`. A fourth channel that the file does not call alpha counts as such
@@ -177,18 +177,18 @@ ReadPixels Recast(const TextureLoad& load, PixelBlock block, const OIIO::ImageSp
 ReadPixels ReadOrdinary(TextureLoad& load, const OIIO::ImageSpec& as) {
     const OIIO::ImageSpec& file = load.fileSpec;
     int channels = std::min(as.nchannels, file.nchannels);
-    bool alphaIsOpen = false;
+    bool lacksAlpha = false;
     if (as.nchannels == 4 && file.alpha_channel < 0) {
         const bool planar = file.get_string_attribute("planarconfig") == "separate";
-        alphaIsOpen = file.nchannels < 4 || planar;
-        if (alphaIsOpen) channels = std::min(as.alpha_channel, file.nchannels);
-        if (!alphaIsOpen) load.desc.hasAlpha = true;
+        lacksAlpha = file.nchannels < 4 || planar;
+        if (lacksAlpha) channels = std::min(as.alpha_channel, file.nchannels);
+        if (!lacksAlpha) load.desc.hasAlpha = true;
     }
-    const bool covered = channels + (alphaIsOpen ? 1 : 0) == as.nchannels;
+    const bool covered = channels + (lacksAlpha ? 1 : 0) == as.nchannels;
     PixelBlock block =
         covered ? Common::NewBlock(as.image_bytes(false)) : Common::NewZeroedBlock(as.image_bytes(false));
     if (!ReadChannels(load, channels, as.format, block.get(), as.pixel_bytes(false))) return {};
-    return {std::move(block), alphaIsOpen};
+    return {std::move(block), lacksAlpha};
 }
 
 }  // namespace

@@ -18,9 +18,12 @@ using Utilities::AFormatConvertor;
 
 int FaceCount(ETextureType type, int depth) {
     switch (type) {
-        case kTextureCube: return 6;
-        case kTextureVolume: return depth;
-        default: return 1;
+        case kTextureCube:
+            return 6;
+        case kTextureVolume:
+            return depth;
+        default:
+            return 1;
     }
 }
 
@@ -35,8 +38,8 @@ bool SaveDDS(const KString& path, const ImageDescription& desc, const void* data
     const int depth = std::max(desc.depth, 1);
     const auto rowBytes = static_cast<std::uint64_t>(AFormatConvertor::BytesPerPixel(desc.format)) *
                           static_cast<std::uint64_t>(desc.width);
-    const auto rows = static_cast<std::uint64_t>(FaceCount(desc.textureType, depth)) *
-                      static_cast<std::uint64_t>(desc.height);
+    const auto rows =
+        static_cast<std::uint64_t>(FaceCount(desc.textureType, depth)) * static_cast<std::uint64_t>(desc.height);
     if (!FitsWriter(rows, rowBytes)) return false;
 
     DDSWriter writer;

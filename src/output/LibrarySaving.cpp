@@ -12,9 +12,9 @@
 #include <array>
 #include <filesystem>
 #include <string>
-#include <string_view>
 #include <system_error>
 
+#include "output/LibraryWriters.h"
 #include "output/PackedRows.h"
 #include "output/WatchedFile.h"
 
@@ -52,16 +52,6 @@ bool IsFileOrFree(const KString& path) {
     return kind == std::filesystem::file_type::not_found || kind == std::filesystem::file_type::regular;
 }
 
-/// Pictures that a writer aborts on, or reports as written though no reader will open them.
-bool Mishandles(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec) {
-    const std::string_view name = writer.format_name();
-    if (name == "term") return true;  // prints to the terminal
-    if (name == "dpx" || name == "jpegxl") return spec.nchannels == 2;
-    if (name == "jpeg2000") return spec.width < 32 || spec.height < 32;
-    if (name == "fits") return spec.format == OIIO::TypeDesc::HALF;
-    return false;
-}
-
 bool WriteBlueFirst(OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const PixelRows& rows) {
     constexpr std::array kRedFirst = {2, 1, 0, 3};
     const OIIO::ImageBuf source(spec, const_cast<void*>(rows.data), rows.pixelBytes, rows.pitch);
@@ -84,19 +74,17 @@ PixelRows RowsOf(const ImageDescription& desc, const void* data, Common::PixelBl
     return {packed ? packed.get() : data, stride(pixelBytes), stride(std::max(pitch, rowBytes))};
 }
 
-/// Opens, writes and closes. A writer that did not open is never written to: some of them crash then.
+/// Opens, writes and closes. A writer that did not open is never written to, since some of them crash then; and it
+/// loses its proxy, since the WebP one takes that for a sign that it did open and frees what it never had.
 bool WriteFile(OIIO::ImageOutput& writer, const std::wstring& name, const OIIO::ImageSpec& spec, EFormat format,
                const PixelRows& rows) {
-    if (!writer.open(name, spec)) return false;
+    if (!writer.open(name, spec)) {
+        (void)writer.set_ioproxy(nullptr);
+        return false;
+    }
     const bool written = WriteRows(writer, spec, format, rows);
     const bool closed = writer.close();
     return written && closed;
-}
-
-/// Whether the file has at least the bytes of the pixels: for writers of raw samples that miss a full disk.
-bool HoldsRawPixels(const KString& path, const OIIO::ImageSpec& spec) {
-    std::error_code error;
-    return std::filesystem::file_size(OS::ToUtf8(path), error) >= spec.image_bytes() && !error;
 }
 
 }  // namespace
@@ -117,10 +105,9 @@ bool SaveByLibrary(const KString& path, const ImageDescription& desc, const void
 
     Common::PixelBlock packed;
     const PixelRows rows = RowsOf(desc, data, packed);
-    if (writer->supports("ioproxy") && writer->set_ioproxy(&file))
-        return WriteFile(*writer, name, spec, desc.format, rows) && file.Finish();
-    const bool raw = std::string_view(writer->format_name()) == "fits";
-    return WriteFile(*writer, name, spec, desc.format, rows) && (!raw || HoldsRawPixels(path, spec));
+    const bool watched = WritesThroughProxy(*writer, path) && writer->set_ioproxy(&file);
+    if (!WriteFile(*writer, name, spec, desc.format, rows)) return false;
+    return watched ? file.Finish() : IsWhole(*writer, spec, path);
 }
 
 }  // namespace Kavra::Devices

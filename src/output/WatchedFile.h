@@ -22,7 +22,8 @@ class WatchedFile final : public OIIO::Filesystem::IOProxy {
 public:
     explicit WatchedFile(const KString& path);
 
-    const char* proxytype() const override { return "file"; }
+    /// Not "file": by that name some writers take the object for the library's own class.
+    const char* proxytype() const override { return "watchedfile"; }
     bool seek(std::int64_t offset) override;
     std::size_t read(void* bytes, std::size_t size) override;
     std::size_t write(const void* bytes, std::size_t size) override;

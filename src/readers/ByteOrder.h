@@ -13,7 +13,7 @@ namespace Kavra::Devices {
 template <std::integral T, std::size_t Offset, std::size_t Size>
 constexpr T LittleAt(const std::array<unsigned char, Size>& block) {
     static_assert(Offset + sizeof(T) <= Size);
-    std::array<unsigned char, sizeof(T)> bytes;
+    std::array<unsigned char, sizeof(T)> bytes{};
     std::copy_n(block.begin() + Offset, sizeof(T), bytes.begin());
     const T number = std::bit_cast<T>(bytes);
     return std::endian::native == std::endian::little ? number : std::byteswap(number);

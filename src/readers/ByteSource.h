@@ -62,7 +62,7 @@ public:
     /// The `Count` bytes from a position on, which is left behind them.
     template <std::size_t Count>
     [[nodiscard]] ReadResult<std::array<unsigned char, Count>> BytesAt(std::uint64_t position) {
-        std::array<unsigned char, Count> bytes;
+        std::array<unsigned char, Count> bytes{};
         return Seek(position).and_then([&] { return Read(bytes); }).transform([&] { return bytes; });
     }
 
@@ -91,9 +91,9 @@ private:
 
     template <std::integral T, std::endian Order>
     ReadResult<T> Number() {
-        std::array<unsigned char, sizeof(T)> bytes;
+        std::array<unsigned char, sizeof(T)> bytes{};
         if (Buffered() >= bytes.size()) {
-            std::ranges::copy(mWindow.subspan(mNext, bytes.size()), bytes.begin());
+            std::copy_n(mWindow.subspan(mNext).begin(), sizeof(T), bytes.begin());
             mNext += bytes.size();
         } else if (const ReadResult<void> read = Read(bytes); !read) {
             return std::unexpected(read.error());

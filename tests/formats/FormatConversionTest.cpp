@@ -179,7 +179,7 @@ TEST(FormatConversion, FloatColourPacksIntoEveryFormat) {
 TEST(FormatConversion, FloatColourWithoutAlphaKeepsTheSizeOfItsSource) {
     const ByteVector packed = Convert(kR32G32B32A32F, Floats({1, 2, 3, 4, 5, 6, 7, 8}), kR32G32B32F);
     ASSERT_EQ(packed.size(), 32u);
-    EXPECT_EQ(ByteVector(packed.begin(), packed.begin() + 24), Floats({1, 2, 3, 5, 6, 7}));
+    EXPECT_EQ(packed, Floats({1, 2, 3, 5, 6, 7, 0, 0}));
 }
 
 TEST(FormatConversion, ReportsTheBytesOfItsFormulaForEveryPair) {

@@ -96,7 +96,8 @@ TEST(AdaptiveResize, TooSmallASourceForTheFootprintIsSampledIntoASmallResult) {
 }
 
 TEST(AdaptiveResize, FootprintsAreTakenInSinglePrecision) {
-    ExpectSampled(Grey(60, 60), Grey(12, 12));  // 63 in single precision; 60 in double, which would be filtered
+    ExpectSampled(Grey(60, 60), Grey(12, 12));   // 63; with a double 4.0 it were 60, and the image filtered
+    ExpectFiltered(Grey(42, 42), Grey(12, 12));  // 42; all in double it were 45, and the image sampled
 }
 
 TEST(AdaptiveResize, EachDirectionHasItsOwnFootprint) {

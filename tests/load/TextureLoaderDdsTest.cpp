@@ -391,6 +391,12 @@ TEST_F(DdsTexture, WhatStandsInAFileThatEndsEarlyIsLoaded) {
 
 TEST_F(DdsTexture, AHeaderAloneClaimsNoMemory) {
     const std::size_t blocks = Objects::ObjModel::BlockCounters().totalBlocks;
+    // Just under what the library itself finds suspicious, then far beyond.
+    EXPECT_FALSE(Load({.width = 16000, .height = 16000}));
+    EXPECT_FALSE(Load({.width = 6000, .height = 6000, .faces = 0x3F}));
+    EXPECT_FALSE(Load({.width = 600, .height = 600, .depth = 600}));
+    EXPECT_FALSE(Load(DdsFile{.width = 16000, .height = 16000}.FourCC("DXT1")));
+    EXPECT_FALSE(Load(DdsFile{.width = 16000, .height = 16000}.Luminance16()));
     EXPECT_FALSE(Load({.width = 32768, .height = 32768}));
     EXPECT_FALSE(Load({.width = 16384, .height = 16384, .faces = 0x3F}));
     EXPECT_FALSE(Load({.width = 4096, .height = 4096, .depth = 4096}));

@@ -12,7 +12,7 @@ namespace Kavra::Devices {
 class KAVRA_DEVICES_API DDSWriter {
 public:
     DDSWriter();
-    ~DDSWriter();
+    ~DDSWriter() = default;
 
     /// Says what will be written. `mipCount` levels; `size` is the data's bytes as the caller counts them and is ignored
     /// for block-compressed formats, whose bytes follow from format and size. `reserved` is ignored. False for sizes below 1,

@@ -15,7 +15,8 @@ public:
     static void IncreaseNetObjectCount() noexcept { __atomic_add_fetch(&T::mNetObjectCount, 1, __ATOMIC_RELAXED); }
     static void DecreaseNetObjectCount() noexcept { __atomic_sub_fetch(&T::mNetObjectCount, 1, __ATOMIC_RELAXED); }
 
-protected:
+private:
+    friend T;  // nobody else can be counted as a T
     NetObjectCountImpl() noexcept { IncreaseNetObjectCount(); }
     NetObjectCountImpl(const NetObjectCountImpl&) noexcept { IncreaseNetObjectCount(); }
     NetObjectCountImpl& operator=(const NetObjectCountImpl&) noexcept { return *this; }

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <optional>
 #include <span>
@@ -168,9 +169,9 @@ IMemoryWrapper<void>* DDSReader::Load(ImageDescription& desc, int width, int hei
     try {
         PixelBlock block = mState->ReadLevel(mState->nextLevel, level.dataSize);
         if (!block) return nullptr;
-        auto* wrapper = new MemoryArrayWrapper<void, unsigned char>(block.get());
+        auto* wrapper = new MemoryArrayWrapper<void, unsigned char>();
         if (wrapper == nullptr) return nullptr;
-        static_cast<void>(block.release());
+        wrapper->mData = block.release();
         ++mState->nextLevel;
         desc = level;
         return wrapper;

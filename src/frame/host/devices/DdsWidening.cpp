@@ -59,7 +59,8 @@ struct Scale {
     /// than 2^-17.
     std::uint32_t operator()(std::uint64_t pixel) const {
         if (mask == 0) return absent;
-        return static_cast<std::uint32_t>(static_cast<double>((pixel & mask) >> shift) * factor + 0.5);
+        constexpr double halfStep = 0.5;
+        return static_cast<std::uint32_t>(static_cast<double>((pixel & mask) >> shift) * factor + halfStep);
     }
 };
 

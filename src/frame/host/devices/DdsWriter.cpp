@@ -141,8 +141,6 @@ bool WriteFile(const fs::path& path, const std::vector<std::uint8_t>& header, co
 DDSWriter::DDSWriter()
     : mType(kTextureUnknown), mFormat(kUnknown), mWidth(0), mHeight(0), mDepth(0), mMipCount(0), mConstructed(false) {}
 
-DDSWriter::~DDSWriter() = default;
-
 bool DDSWriter::Construct(ETextureType type, EFormat format, int width, int height, int depth, int mipCount, int size,
                           int /*reserved*/) {
     mConstructed = false;

@@ -1,6 +1,6 @@
 #include <kavra/devices/EXRHandler.h>
-#include <kavra/objects/ObjModel.h>
 #include <kavra/objects/OS.h>
+#include <kavra/objects/ObjModel.h>
 
 #include <array>
 #include <utility>

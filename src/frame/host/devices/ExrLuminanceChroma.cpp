@@ -56,7 +56,7 @@ void YcaPicture::Read(Imf::InputPart& part) {
     const std::size_t pixel = sizeof(Rgba);
     const std::size_t row = pixel * static_cast<std::size_t>(mWidth);
     Imf::FrameBuffer buffer;
-    const auto add = [&](const char* name, half Rgba::*element, std::size_t sampling, double fill) {
+    const auto add = [&](const char* name, half Rgba::* element, std::size_t sampling, double fill) {
         const int step = static_cast<int>(sampling);
         buffer.insert(name, Imf::Slice::Make(Imf::HALF, &(mPixels.front().*element), window, pixel * sampling,
                                              row * sampling, step, step, fill));
@@ -88,7 +88,8 @@ void YcaPicture::SpreadChroma() {
 
 void YcaPicture::FilterDown(int y, std::vector<Rgba>& out) {
     std::array<const Rgba*, Yca::N> rows;
-    for (int i = 0; i < Yca::N; ++i) rows[static_cast<std::size_t>(i)] = Clamped(y - Yca::N2 + i);
+    for (int i = 0; i < Yca::N; ++i)
+        rows[static_cast<std::size_t>(i)] = Clamped(y - Yca::N2 + i);
     Yca::reconstructChromaVert(mWidth, rows.data(), out.data());
 }
 
@@ -97,7 +98,8 @@ void YcaPicture::ToColours(const Imath::V3f& weights) {
         std::copy_n(row, mWidth, mRow.begin());
         Yca::YCAtoRGBA(weights, mWidth, mRow.data(), row);
     };
-    for (int y = 0; y < mHeight; ++y) convert(At(y));
+    for (int y = 0; y < mHeight; ++y)
+        convert(At(y));
     convert(mAbove.data());
 }
 

@@ -101,11 +101,13 @@ ExrPicture NewPicture(const Imf::Header& header, bool alpha, std::uint64_t fileB
     const std::int64_t width = std::int64_t{window.max.x} - window.min.x + 1;
     const std::int64_t height = std::int64_t{window.max.y} - window.min.y + 1;
     constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
-    if (width < 1 || height < 1 || width > kLargest || height > kLargest) throw std::runtime_error("an impossible size");
+    if (width < 1 || height < 1 || width > kLargest || height > kLargest)
+        throw std::runtime_error("an impossible size");
 
     const std::uint64_t pixels = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
     const std::uint64_t declared = SaturatingProduct(pixels, BytesPerFilePixel(header.channels()));
-    if (declared >= kTrustedBytes && declared / kMostGain > fileBytes) throw std::runtime_error("more than the file can hold");
+    if (declared >= kTrustedBytes && declared / kMostGain > fileBytes)
+        throw std::runtime_error("more than the file can hold");
     const std::uint64_t bytes = SaturatingProduct(pixels, (alpha ? 4 : 3) * sizeof(float));
     if (bytes > Objects::ObjModel::BlockCeiling()) throw std::bad_alloc();
 
@@ -140,7 +142,8 @@ void SpreadGrey(ExrPicture& picture) {
     const std::size_t channels = picture.alpha ? 4 : 3;
     const std::size_t count = static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);
     float* pixel = reinterpret_cast<float*>(picture.pixels.get());
-    for (std::size_t i = 0; i < count; ++i, pixel += channels) pixel[1] = pixel[2] = pixel[0];
+    for (std::size_t i = 0; i < count; ++i, pixel += channels)
+        pixel[1] = pixel[2] = pixel[0];
 }
 
 void IgnoreMessage(exr_const_context_t, exr_result_t, const char*) {}

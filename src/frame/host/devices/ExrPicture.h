@@ -9,7 +9,7 @@ namespace Kavra::Devices {
 struct ExrPicture {
     int width = 0;
     int height = 0;
-    bool alpha = false;           ///< four floats a pixel, else three
+    bool alpha = false;         ///< four floats a pixel, else three
     Common::PixelBlock pixels;  ///< top row first
 };
 

@@ -21,7 +21,8 @@ std::uint64_t LengthOrThrow(std::FILE* file) {
 
 }  // namespace
 
-ExrStream::ExrStream(Common::FileHandle file) : IStream(""), mFile(std::move(file)), mLength(LengthOrThrow(mFile.get())) {}
+ExrStream::ExrStream(Common::FileHandle file)
+    : IStream(""), mFile(std::move(file)), mLength(LengthOrThrow(mFile.get())) {}
 
 bool ExrStream::read(char bytes[], int count) {
     const std::int64_t got = count < 0 ? -1 : read(bytes, static_cast<std::uint64_t>(count), mPosition);

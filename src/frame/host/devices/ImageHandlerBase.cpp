@@ -15,9 +15,9 @@ constexpr const wchar_t* kDDSExtension = L".dds";
 
 /// What can be loaded beside DDS: what is always left to the image library, and what has readers of its own.
 constexpr std::array kLoadExtensions = {
-    L".png", L".jpg",  L".jpeg", L".jp2", L".jfif", L".tif", L".tiff", L".bmp", L".rle", L".hdr",
-    L".tga", L".tpic", L".gif",  L".webp", L".pbm", L".pgm", L".ppm",  L".ico", L".psd", L".exr",
-    L".cal", L".cals", L".flc",  L".fli", L".pcx",  L".pct", L".pic",  L".pict", L".rlc", L".bil",
+    L".png", L".jpg",  L".jpeg", L".jp2",  L".jfif", L".tif", L".tiff", L".bmp",  L".rle", L".hdr",
+    L".tga", L".tpic", L".gif",  L".webp", L".pbm",  L".pgm", L".ppm",  L".ico",  L".psd", L".exr",
+    L".cal", L".cals", L".flc",  L".fli",  L".pcx",  L".pct", L".pic",  L".pict", L".rlc", L".bil",
 };
 
 struct Deleter {

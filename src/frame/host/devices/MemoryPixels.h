@@ -10,8 +10,8 @@
 
 namespace Kavra::Devices {
 
-/// Rows of pixels, zero at first, `Pitch()` bytes apart. The object is its own only window: handing it out is counted, so
-/// whoever forgets to release it leaks nothing, and the count tells. Threads: the counts are atomic; the pixels are
+/// Rows of pixels, zero at first, `Pitch()` bytes apart. The object is its own only window: handing it out is counted,
+/// so whoever forgets to release it leaks nothing, and the count tells. Threads: the counts are atomic; the pixels are
 /// their users' affair.
 class MemoryPixels final : public IMappedMemory {
 public:

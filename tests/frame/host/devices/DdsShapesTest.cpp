@@ -261,7 +261,8 @@ TEST(DdsShapes, AVolumeIsKnownByItsCapsItsDepthOrItsDimension) {
     EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 2).Or(8, 0x800000)), kTextureVolume) << "depth flag";
     EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 2).Or(112, 0x200000)), kTextureVolume) << "caps";
     EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 1).Or(8, 0x800000)), kTexture2D) << "a depth of 1 says nothing";
-    EXPECT_EQ(typeOf(Grey(1, 1).Volume(2).Cube()), kTextureVolume) << "a cube has no depth";
+    EXPECT_EQ(typeOf(Grey(1, 2).Volume(2).Cube()), kTextureVolume)
+        << "a cube has no depth; nor need a volume be square";
     EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 2)), kTexture2D) << "a depth that is not meant";
     EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 0).Or(112, 0x200000)), kTextureVolume) << "at least one slice";
     EXPECT_EQ(typeOf(DdsFile(1, 1).Dxgi(61, 4).Set(24, 2)), kTextureVolume);

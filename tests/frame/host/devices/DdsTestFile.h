@@ -4,9 +4,11 @@
 #include "support/TemporaryFolder.h"
 
 #include <kavra/devices/DDSReader.h>
+#include <kavra/devices/DDSWriter.h>
 
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <initializer_list>
 #include <numeric>
 #include <optional>
@@ -132,6 +134,25 @@ inline Bytes Floats(std::initializer_list<float> values) {
     Bytes bytes(values.size() * 4);
     std::memcpy(bytes.data(), values.begin(), bytes.size());
     return bytes;
+}
+
+/// Bytes without a period that a misplaced row or face could share.
+inline Bytes Noise(std::size_t count) {
+    Bytes bytes(count);
+    std::uint32_t state = 12345;
+    for (unsigned char& byte : bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = static_cast<unsigned char>(state >> 24);
+    }
+    return bytes;
+}
+
+/// Writes a file with a writer of its own.
+inline bool Save(const std::filesystem::path& path, Devices::ETextureType type, Devices::EFormat format, int width,
+                 int height, int depth, int levels, const Bytes& data) {
+    Devices::DDSWriter writer;
+    return writer.Construct(type, format, width, height, depth, levels, static_cast<int>(data.size()), 0) &&
+           writer.Write(Wide(path), data.data());
 }
 
 }  // namespace Kavra::Tests

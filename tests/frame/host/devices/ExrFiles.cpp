@@ -46,7 +46,8 @@ public:
         const int width = part.window.max.x - part.window.min.x + 1;
         for (const ExrChannel& channel : part.channels) {
             std::vector<char>& bytes = mBytes.emplace_back();
-            for (const float sample : channel.samples) Append(bytes, channel.type, sample);
+            for (const float sample : channel.samples)
+                Append(bytes, channel.type, sample);
             const std::size_t size = channel.type == Imf::HALF ? 2 : 4;
             const int row = (width + channel.sampling - 1) / channel.sampling;
             mFrameBuffer.insert(channel.name, Imf::Slice::Make(channel.type, bytes.data(), part.window, size,
@@ -117,7 +118,8 @@ void WriteDeepExr(const std::filesystem::path& path, int width, int height) {
     std::vector<unsigned> counts(count, 1);
     std::vector<float> samples(count, 0.5F);
     std::vector<float*> pointers;
-    for (float& sample : samples) pointers.push_back(&sample);
+    for (float& sample : samples)
+        pointers.push_back(&sample);
     const auto row = static_cast<std::size_t>(width);
 
     Imf::DeepFrameBuffer buffer;

@@ -9,8 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstring>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <numeric>
 #include <thread>
@@ -42,8 +42,8 @@ struct ExrHandlerTest : testing::Test {
     bool Read(std::string_view name) { return handler.ReadFromFile(Wide(folder / name)); }
 
     std::vector<float> Pixels() const {
-        const std::size_t count = static_cast<std::size_t>(handler.width()) * static_cast<std::size_t>(handler.height()) *
-                                  (handler.supportsAlpha() ? 4 : 3);
+        const std::size_t count = static_cast<std::size_t>(handler.width()) *
+                                  static_cast<std::size_t>(handler.height()) * (handler.supportsAlpha() ? 4 : 3);
         return {handler.internalBuffer(), handler.internalBuffer() + count};
     }
     void ExpectEmpty() const {
@@ -65,13 +65,16 @@ std::vector<float> Ramp(std::size_t count, float first) {
 
 /// Four channels of a 5 x 4 picture; red counts from 0, green from 100, blue from 200, alpha from 300.
 ExrPart RampPart(Imf::PixelType type) {
-    return {Window(5, 4), {{"R", type, Ramp(20, 0)}, {"G", type, Ramp(20, 100)}, {"B", type, Ramp(20, 200)}, {"A", type, Ramp(20, 300)}}};
+    return {
+        Window(5, 4),
+        {{"R", type, Ramp(20, 0)}, {"G", type, Ramp(20, 100)}, {"B", type, Ramp(20, 200)}, {"A", type, Ramp(20, 300)}}};
 }
 
 std::vector<float> RampPixels() {
     std::vector<float> pixels;
     for (int i = 0; i < 20; ++i)
-        for (int channel = 0; channel < 4; ++channel) pixels.push_back(static_cast<float>(i + 100 * channel));
+        for (int channel = 0; channel < 4; ++channel)
+            pixels.push_back(static_cast<float>(i + 100 * channel));
     return pixels;
 }
 
@@ -108,10 +111,14 @@ TEST_F(ExrHandlerTest, IntegerColoursArriveAsTheirValues) {
 }
 
 TEST_F(ExrHandlerTest, FloatColoursKeepEveryBit) {
-    const std::vector<float> values = {0.1F, -0.0F, std::numeric_limits<float>::infinity(),
+    const std::vector<float> values = {0.1F,
+                                       -0.0F,
+                                       std::numeric_limits<float>::infinity(),
                                        std::numeric_limits<float>::denorm_min(),
-                                       std::numeric_limits<float>::quiet_NaN(), -3.4e38F};
-    WriteExr(folder / "x.exr", {Window(3, 2), {{"R", Imf::FLOAT, values}, {"G", Imf::FLOAT, values}, {"B", Imf::FLOAT, values}}});
+                                       std::numeric_limits<float>::quiet_NaN(),
+                                       -3.4e38F};
+    WriteExr(folder / "x.exr",
+             {Window(3, 2), {{"R", Imf::FLOAT, values}, {"G", Imf::FLOAT, values}, {"B", Imf::FLOAT, values}}});
     ASSERT_TRUE(Read("x.exr"));
     EXPECT_FALSE(handler.supportsAlpha());
     const std::vector<float> pixels = Pixels();
@@ -132,8 +139,8 @@ TEST_F(ExrHandlerTest, EveryLosslessCompressionGivesTheSamePixels) {
 }
 
 TEST_F(ExrHandlerTest, LossyCompressionsAreReadToo) {
-    for (const Imf::Compression compression :
-         {Imf::PXR24_COMPRESSION, Imf::B44_COMPRESSION, Imf::B44A_COMPRESSION, Imf::DWAA_COMPRESSION, Imf::DWAB_COMPRESSION}) {
+    for (const Imf::Compression compression : {Imf::PXR24_COMPRESSION, Imf::B44_COMPRESSION, Imf::B44A_COMPRESSION,
+                                               Imf::DWAA_COMPRESSION, Imf::DWAB_COMPRESSION}) {
         const std::vector<float> flat(20, 0.5F);
         ExrPart part{Window(5, 4), {{"R", Imf::HALF, flat}, {"G", Imf::HALF, flat}, {"B", Imf::HALF, flat}}};
         part.compression = compression;
@@ -151,7 +158,8 @@ TEST_F(ExrHandlerTest, MissingColoursAreZero) {
 
 TEST_F(ExrHandlerTest, OtherChannelsBesideTheColoursAreIgnored) {
     ExrPart part = RampPart(Imf::FLOAT);
-    for (const char* name : {"Z", "Y", "normal.R", "AA", "id"}) part.channels.push_back({name, Imf::FLOAT, Ramp(20, 900)});
+    for (const char* name : {"Z", "Y", "normal.R", "AA", "id"})
+        part.channels.push_back({name, Imf::FLOAT, Ramp(20, 900)});
     WriteExr(folder / "x.exr", part);
     ASSERT_TRUE(Read("x.exr"));
     EXPECT_EQ(Pixels(), RampPixels());
@@ -207,8 +215,8 @@ void WriteLuminanceChroma(const std::filesystem::path& path, const Imath::Box2i&
     std::vector<Imf::Rgba> pixels;
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
-            pixels.emplace_back(x < width / 2 ? 0.75F : 0.0F, 0.1F * static_cast<float>(y), 0.05F * static_cast<float>(x),
-                                0.5F);
+            pixels.emplace_back(x < width / 2 ? 0.75F : 0.0F, 0.1F * static_cast<float>(y),
+                                0.05F * static_cast<float>(x), 0.5F);
     Imf::RgbaOutputFile file(path.c_str(), window, window, channels);
     file.setFrameBuffer(pixels.data() - window.min.x - window.min.y * width, 1, static_cast<std::size_t>(width));
     file.writePixels(height);
@@ -232,8 +240,8 @@ std::vector<float> ReferenceColours(const std::filesystem::path& path, bool alph
 }
 
 TEST_F(ExrHandlerTest, LuminanceAndChromaBecomeTheColoursThatTheLibrarysOwnReaderShows) {
-    for (const Imath::Box2i& window : {Window(2, 2), Window(16, 12), Window(64, 40),
-                                       Imath::Box2i(Imath::V2i(-4, 6), Imath::V2i(15, 45))}) {
+    for (const Imath::Box2i& window :
+         {Window(2, 2), Window(16, 12), Window(64, 40), Imath::Box2i(Imath::V2i(-4, 6), Imath::V2i(15, 45))}) {
         for (const Imf::RgbaChannels channels : {Imf::WRITE_YC, Imf::WRITE_YCA}) {
             WriteLuminanceChroma(folder / "x.exr", window, channels);
             ASSERT_TRUE(Read("x.exr"));
@@ -262,8 +270,9 @@ TEST_F(ExrHandlerTest, AFlatColourSurvivesLuminanceAndChroma) {
 }
 
 TEST_F(ExrHandlerTest, SubsampledColoursAreRefused) {
-    WriteExr(folder / "x.exr", {Window(4, 4),
-                                {{"R", Imf::FLOAT, Ramp(4, 0), 2}, {"G", Imf::FLOAT, Ramp(16, 0)}, {"B", Imf::FLOAT, Ramp(16, 0)}}});
+    WriteExr(folder / "x.exr",
+             {Window(4, 4),
+              {{"R", Imf::FLOAT, Ramp(4, 0), 2}, {"G", Imf::FLOAT, Ramp(16, 0)}, {"B", Imf::FLOAT, Ramp(16, 0)}}});
     EXPECT_FALSE(Read("x.exr"));
     ExpectEmpty();
 }
@@ -369,8 +378,9 @@ TEST_F(ExrHandlerTest, SizesThatTheFileCannotHoldAllocateNothing) {
     const std::vector<unsigned char> whole = ReadAll(folder / "whole.exr");
     const std::size_t blocks = ObjModel::BlockCounters().totalBlocks;
     for (const std::array<std::int32_t, 4> window :
-         {std::array{0, 0, (1 << 30) - 1, (1 << 30) - 1}, std::array{0, 0, kMost, kMost}, std::array{kLeast, kLeast, kMost, kMost},
-          std::array{0, 0, 65535, 65535}, std::array{5, 5, 0, 0}, std::array{kMost, kMost, kLeast, kLeast}}) {
+         {std::array{0, 0, (1 << 30) - 1, (1 << 30) - 1}, std::array{0, 0, kMost, kMost},
+          std::array{kLeast, kLeast, kMost, kMost}, std::array{0, 0, 65535, 65535}, std::array{5, 5, 0, 0},
+          std::array{kMost, kMost, kLeast, kLeast}}) {
         std::vector<unsigned char> bytes = whole;
         DeclareWindow(bytes, window);
         folder.Write("x.exr", bytes);
@@ -439,7 +449,8 @@ TEST_F(ExrHandlerTest, ThreadsReadIndependently) {
             threads.emplace_back([&] {
                 for (int i = 0; i < 20; ++i) {
                     EXRHandler own(true);
-                    count += own.ReadFromFile(path) && std::equal(expected.begin(), expected.end(), own.internalBuffer());
+                    count +=
+                        own.ReadFromFile(path) && std::equal(expected.begin(), expected.end(), own.internalBuffer());
                 }
             });
     }

@@ -78,7 +78,8 @@ TEST(FileHandler, EightThreadsMayCreateOneFolder) {
     std::vector<int> made(8);
     {
         std::vector<std::jthread> threads;
-        for (int& result : made) threads.emplace_back([&] { result = Files().CreateDirectory(name); });
+        for (int& result : made)
+            threads.emplace_back([&] { result = Files().CreateDirectory(name); });
     }
     EXPECT_EQ(made, std::vector<int>(8, 1));
 }

@@ -30,7 +30,9 @@ public:
     }
     using IImageHandler::GetAverageColor;
     vec4<float> GetAverageColor(const Devices::ImageDescription&, const void*, bool) override { return {}; }
-    vec3<float> GetIBLIntensity(const Devices::ImageDescription&, const void*, bool, vec3<float>*) override { return {}; }
+    vec3<float> GetIBLIntensity(const Devices::ImageDescription&, const void*, bool, vec3<float>*) override {
+        return {};
+    }
     unsigned FindIBLLightDirections(const Devices::ImageDescription&, const void*, vec3<float>* const,
                                     vec3<float>* const, unsigned) override {
         return 0;

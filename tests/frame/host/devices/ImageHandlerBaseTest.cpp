@@ -87,9 +87,10 @@ TEST(ImageHandlerBase, WhatTheHostCannotWriteItselfIsNotSaved) {
 TEST(ImageHandlerBase, KnownExtensionsAreLoadedInAnyCase) {
     LoadingDouble handler;
     for (const wchar_t* path :
-         {L"x.dds", L".DDS", L"x.exr", L"x.PNG", L"x.jpg", L"x.jpeg", L"x.jp2", L"x.jfif", L"x.tif", L"x.tiff", L"x.bmp",
-          L"x.rle", L"x.hdr", L"x.tga", L"x.tpic", L"x.gif", L"x.webp", L"x.pbm", L"x.pgm", L"x.ppm", L"x.ico", L"x.psd",
-          L"x.cal", L"x.cals", L"x.flc", L"x.fli", L"x.pcx", L"x.pct", L"x.pict", L"x.rlc", L"x.bil", L"a.b/c.d.Tga"})
+         {L"x.dds",  L".DDS",   L"x.exr", L"x.PNG", L"x.jpg",  L"x.jpeg", L"x.jp2",  L"x.jfif",
+          L"x.tif",  L"x.tiff", L"x.bmp", L"x.rle", L"x.hdr",  L"x.tga",  L"x.tpic", L"x.gif",
+          L"x.webp", L"x.pbm",  L"x.pgm", L"x.ppm", L"x.ico",  L"x.psd",  L"x.cal",  L"x.cals",
+          L"x.flc",  L"x.fli",  L"x.pcx", L"x.pct", L"x.pict", L"x.rlc",  L"x.bil",  L"a.b/c.d.Tga"})
         EXPECT_EQ(handler.SupportLoad(path), IImageHandler::kSupported) << path;
 }
 

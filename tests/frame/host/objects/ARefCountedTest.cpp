@@ -125,7 +125,7 @@ private:
 TEST(ARefCounted, HasItsOperationsInTheOrderOfTheHostsTable) {
     Numbered object;
     void** table = nullptr;
-    std::memcpy(&table, static_cast<void*>(&object), sizeof(table));
+    std::memcpy(static_cast<void*>(&table), static_cast<void*>(&object), sizeof(table));
     for (int slot = 1; slot <= 8; ++slot) {
         // The destructor, slot 0, has two entries. The second argument is read by the slots that have one.
         reinterpret_cast<void (*)(void*, std::size_t)>(table[slot + 1])(&object, 0);

@@ -141,9 +141,9 @@ TEST_F(Factory, StandsThreadsThatAddCloneAndRemoveTheSameKeys) {
     std::atomic<int> clones = 0;
     const auto round = [&](int index) {
         UString* const name = index % 2 == 0 ? key : other;
-        auto prototype = std::make_unique<Prototype>(alive);
+        auto* const prototype = new Prototype(alive);
         prototype->onClone = [&] { clones += alive > 0; };
-        if (factory.AddObject(name, prototype.get())) prototype.release();
+        if (!factory.AddObject(name, prototype)) delete prototype;
         factory.CloneObject(name);
         if (index % 3 == 0) factory.RemoveObject(name);
     };

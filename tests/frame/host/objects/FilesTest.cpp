@@ -165,6 +165,7 @@ TEST_F(Files, ADeviceOrSocketIsRefused) {
     ExpectRefused("/dev/null", EINVAL);
     ExpectRefused("/dev/zero", EINVAL);
     const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_GE(listener, 0);
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     std::strncpy(address.sun_path, (folder / "s").c_str(), sizeof(address.sun_path) - 1);
     ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);

@@ -57,7 +57,7 @@ TEST(Interfaces, DeleteDestroysThroughTheVirtualDestructor) {
 /// The entry of a slot in an object's table: the destructor, slot 0, has two.
 void* SlotOf(const void* object, int slot) {
     void** table = nullptr;
-    std::memcpy(&table, object, sizeof(table));
+    std::memcpy(static_cast<void*>(&table), object, sizeof(table));
     return table[slot + 1];
 }
 

@@ -12,6 +12,7 @@ template <class Work>
 void OnThreads(int count, const Work& work) {
     std::latch start(count);
     std::vector<std::jthread> threads;
+    threads.reserve(count);
     for (int index = 0; index < count; ++index) {
         threads.emplace_back([&, index] {
             start.arrive_and_wait();
