@@ -50,7 +50,9 @@ int Run(const Session& session, const Options& options) {
     if (options.to.find('/') != std::string::npos) return WrongUsage("--to takes an extension, such as png");
 
     std::vector<std::filesystem::path> outputs;
-    for (const std::string& input : inputs) outputs.push_back(toFolder ? InFolder(out, input, options.to) : out);
+    outputs.reserve(inputs.size());
+    for (const std::string& input : inputs)
+        outputs.push_back(toFolder ? InFolder(out, input, options.to) : out);
     const std::string clash = Clash(inputs, outputs);
     if (!clash.empty()) return WrongUsage(clash);
 

@@ -7,17 +7,22 @@ namespace Kavra::App {
 
 std::string TextureTypeName(Devices::ETextureType type) {
     switch (type) {
-        case Devices::kTexture1D: return "1-D";
-        case Devices::kTexture2D: return "2-D";
-        case Devices::kTextureCube: return "cube map";
-        case Devices::kTextureVolume: return "volume";
-        default: return std::format("texture type {}", static_cast<int>(type));
+        case Devices::kTexture1D:
+            return "1-D";
+        case Devices::kTexture2D:
+            return "2-D";
+        case Devices::kTextureCube:
+            return "cube map";
+        case Devices::kTextureVolume:
+            return "volume";
+        default:
+            return std::format("texture type {}", static_cast<int>(type));
     }
 }
 
 std::string OrientationName(Devices::EDataOrientation orientation) {
-    static constexpr std::array kNames = {"as displayed", "mirrored",        "upside down",        "rotated by 180 degrees",
-                                          "transposed",   "turned left",     "turned right",       "transverse"};
+    static constexpr std::array kNames = {"as displayed", "mirrored",    "upside down",  "rotated by 180 degrees",
+                                          "transposed",   "turned left", "turned right", "transverse"};
     const int number = orientation;
     if (number < 0 || number >= static_cast<int>(kNames.size())) return std::format("orientation {}", number);
     return std::format("{} ({})", kNames[static_cast<std::size_t>(number)], number);

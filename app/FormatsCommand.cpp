@@ -62,8 +62,8 @@ std::string FormatsText() {
     }
     text += "\nFile types of the module and the host\n";
     for (const FileType& type : kFileTypes) {
-        text += std::format("  {:<20} {:<8} {}\n", type.name, type.extensions,
-                            type.writes ? "reads and writes" : "reads");
+        text +=
+            std::format("  {:<20} {:<8} {}\n", type.name, type.extensions, type.writes ? "reads and writes" : "reads");
     }
     return text + std::format("  {}\n", kTheRest);
 }

@@ -77,7 +77,8 @@ void AddFrames(CLI::App& program, Session& session) {
     CLI::App* command = program.add_subcommand("frames", "Writes every frame, mip level or band to a file of its own");
     command->footer("Example: kavra frames animation.gif out/%03d.png");
     command->add_option("IN", options->file, "The file")->required();
-    command->add_option("PATTERN", options->pattern, "The outputs' names: %03d stands for the frame, from 000")->required();
+    command->add_option("PATTERN", options->pattern, "The outputs' names: %03d stands for the frame, from 000")
+        ->required();
     options->load.AddTo(*command, false);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

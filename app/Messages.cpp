@@ -43,7 +43,8 @@ std::string Report::LastText(std::string_view fallback) const {
 void Report::Print() const {
     WriteAll(stdout, out);
     std::fflush(stdout);
-    for (const std::string& line : mLines) WriteAll(stderr, line);
+    for (const std::string& line : mLines)
+        WriteAll(stderr, line);
 }
 
 MessageScope::MessageScope(Report& report, std::string file)

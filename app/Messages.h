@@ -9,8 +9,8 @@
 
 namespace Kavra::App {
 
-/// Everything that is to be said of one input: data for standard output, messages for standard error. Kept until its turn
-/// comes, so that files worked on at the same time do not mix.
+/// Everything that is to be said of one input: data for standard output, messages for standard error. Kept until its
+/// turn comes, so that files worked on at the same time do not mix.
 class Report {
 public:
     explicit Report(std::string file) : mFile(std::move(file)) {}

@@ -54,7 +54,7 @@ std::filesystem::path NearestFolder(const std::filesystem::path& path) {
 
 }  // namespace
 
-OutputFile::OutputFile(std::filesystem::path final) : mFinal(Resolve(final)), mTemporary(HiddenName(mFinal)) {
+OutputFile::OutputFile(const std::filesystem::path& final) : mFinal(Resolve(final)), mTemporary(HiddenName(mFinal)) {
     Unfinished& unfinished = TheUnfinished();
     const std::lock_guard lock(unfinished.mutex);
     unfinished.paths.insert(mTemporary);
@@ -89,7 +89,7 @@ std::string FolderObstacle(const std::filesystem::path& path) {
     const std::filesystem::path folder = NearestFolder(path);
     if (!std::filesystem::is_directory(folder, error)) return ErrorText(ENOTDIR);
     if (access(folder.c_str(), W_OK | X_OK) != 0) return ErrorText(errno);
-    struct statvfs space {};
+    struct statvfs space{};
     if (statvfs(folder.c_str(), &space) == 0 && space.f_bavail == 0 && space.f_blocks != 0) return ErrorText(ENOSPC);
     return {};
 }
@@ -99,7 +99,7 @@ void WatchForInterruption() {
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         // What the caller told this process to ignore (nohup, a background job) stays ignored.
-        struct sigaction action {};
+        struct sigaction action{};
         if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) continue;
         sigaddset(&signals, signal);
     }
@@ -109,7 +109,8 @@ void WatchForInterruption() {
         sigwait(&signals, &signal);
         Unfinished& unfinished = TheUnfinished();
         const std::lock_guard lock(unfinished.mutex);
-        for (const std::filesystem::path& path : unfinished.paths) unlink(path.c_str());
+        for (const std::filesystem::path& path : unfinished.paths)
+            unlink(path.c_str());
         _exit(128 + signal);
     }).detach();
 }

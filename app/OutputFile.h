@@ -6,11 +6,11 @@
 
 namespace Kavra::App {
 
-/// A file in the making: written under a hidden name in the same folder, with the same extension, and renamed when whole.
-/// Without `Commit` the hidden file is removed, also when the program is interrupted.
+/// A file in the making: written under a hidden name in the same folder, with the same extension, and renamed when
+/// whole. Without `Commit` the hidden file is removed, also when the program is interrupted.
 class OutputFile {
 public:
-    explicit OutputFile(std::filesystem::path final);
+    explicit OutputFile(const std::filesystem::path& final);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -29,8 +29,8 @@ private:
 /// Why no file can take the name `path`: a folder, a device or a pipe has it. Empty when nothing speaks against it.
 std::string NameObstacle(const std::filesystem::path& path);
 
-/// Why nothing could be written into the folder of `path`, as far as a look at the file system tells: it is no folder, may
-/// not be written to, or its disk is full. Empty when nothing speaks against it.
+/// Why nothing could be written into the folder of `path`, as far as a look at the file system tells: it is no folder,
+/// may not be written to, or its disk is full. Empty when nothing speaks against it.
 std::string FolderObstacle(const std::filesystem::path& path);
 
 /// Removes the unfinished files and ends the program when it is interrupted. To be called once, before any other

@@ -31,7 +31,8 @@ public:
         const std::lock_guard lock(mMutex);
         mDone[index] = true;
         if (index == mNext) mProgress.Hide();
-        while (mNext < mDone.size() && mDone[mNext]) mReports[mNext++].Print();
+        while (mNext < mDone.size() && mDone[mNext])
+            mReports[mNext++].Print();
         mProgress.Show(++mFinished);
     }
 
@@ -59,7 +60,8 @@ bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<v
             }
         };
         std::vector<std::jthread> threads;
-        for (std::size_t i = 1; i < workers; ++i) threads.emplace_back(loop);
+        for (std::size_t i = 1; i < workers; ++i)
+            threads.emplace_back(loop);
         loop();
     }
     return std::ranges::none_of(reports, &Report::Failed);
@@ -67,7 +69,9 @@ bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<v
 
 std::vector<Report> MakeReports(const std::vector<std::string>& files) {
     std::vector<Report> reports;
-    for (const std::string& file : files) reports.emplace_back(file);
+    reports.reserve(files.size());
+    for (const std::string& file : files)
+        reports.emplace_back(file);
     return reports;
 }
 
@@ -81,8 +85,8 @@ void Progress::Show(std::size_t done) {
     if (!mActive) return;
     constexpr std::size_t kWidth = 40;
     const std::size_t filled = kWidth * done / mTotal;
-    const std::string bar = std::format("\r[{}{}] {}/{}", std::string(filled, '#'), std::string(kWidth - filled, ' '),
-                                        done, mTotal);
+    const std::string bar =
+        std::format("\r[{}{}] {}/{}", std::string(filled, '#'), std::string(kWidth - filled, ' '), done, mTotal);
     std::fwrite(bar.data(), 1, bar.size(), stderr);
     mDrawn = true;
 }

@@ -9,8 +9,8 @@
 
 namespace Kavra::App {
 
-/// Calls `work` once for each report, `jobs` at a time (0: all cores), and prints the reports in the order given, each as
-/// soon as it and all before it are done. An exception of `work` is that file's error and stops no other. A progress
+/// Calls `work` once for each report, `jobs` at a time (0: all cores), and prints the reports in the order given, each
+/// as soon as it and all before it are done. An exception of `work` is that file's error and stops no other. A progress
 /// bar is shown for more than one item when standard error is a terminal. True when no report failed.
 bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<void(std::size_t, Report&)>& work);
 

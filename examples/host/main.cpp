@@ -32,8 +32,8 @@ int main(int argc, char** argv) {
         handler->LoadTexture(desc, path, 512, 512, 1, Devices::kR8G8B8A8, 0, Devices::kTopLeft, nullptr);
     if (block != nullptr) {
         const auto* pixel = static_cast<const unsigned char*>(block->mData);
-        std::printf("%d x %d, %d bytes a row, first pixel %d %d %d %d\n", desc.width, desc.height, desc.rowPitch, pixel[0],
-                    pixel[1], pixel[2], pixel[3]);
+        std::printf("%d x %d, %d bytes a row, first pixel %d %d %d %d\n", desc.width, desc.height, desc.rowPitch,
+                    pixel[0], pixel[1], pixel[2], pixel[3]);
         block->Delete();  // the block is ours
     }
     const bool loaded = block != nullptr;

@@ -28,8 +28,8 @@
 
 namespace Kavra::Common {
 
-/// One hardware thread's share of `count`, at least 1: the starting grain of every loop. The quotient is taken in single
-/// precision and the number of threads asked for at every call.
+/// One hardware thread's share of `count`, at least 1: the starting grain of every loop. The quotient is taken in
+/// single precision and the number of threads asked for at every call.
 inline std::size_t Grain(std::size_t count) {
     const unsigned threads = std::thread::hardware_concurrency();
     const float share = static_cast<float>(count) / static_cast<float>(threads == 0 ? 1 : threads);
@@ -39,8 +39,9 @@ inline std::size_t Grain(std::size_t count) {
 
 #ifdef KAVRA_TSAN
 
-// ThreadSanitizer cannot see how the thread library, which is not built with it, orders memory, and would take every loop
-// for a race. Under it a range is split over plain threads: the loops' bodies run side by side as ever, and are watched.
+// ThreadSanitizer cannot see how the thread library, which is not built with it, orders memory, and would take every
+// loop for a race. Under it a range is split over plain threads: the loops' bodies run side by side as ever, and are
+// watched.
 namespace Plain {
 
 template <class Body>
@@ -68,8 +69,8 @@ void ForEachPart(std::size_t count, const Body& body) {
 
 #endif
 
-/// Calls `body(begin, end)` for disjoint parts that together are [0, count), on the caller's thread and the worker pool,
-/// and returns when all are done. Isolated: the caller picks up no other work while it waits. Up to `serialCount`
+/// Calls `body(begin, end)` for disjoint parts that together are [0, count), on the caller's thread and the worker
+/// pool, and returns when all are done. Isolated: the caller picks up no other work while it waits. Up to `serialCount`
 /// items are one call on the caller's thread, since waking a worker would take longer. An exception of a body
 /// reaches the caller once the others have ended.
 template <class Body>

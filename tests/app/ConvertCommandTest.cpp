@@ -40,8 +40,7 @@ TEST(ConvertCommand, OneFileToAFileKeepsThePixels) {
 TEST(ConvertCommand, SeveralFilesGoToAFolderThatIsMade) {
     const TemporaryFolder folder;
     const auto out = folder / "new/folder";
-    const ProgramResult result =
-        RunKavra({"convert", Sample("photo.tga"), Sample("grey.png"), out, "--to", "bmp"});
+    const ProgramResult result = RunKavra({"convert", Sample("photo.tga"), Sample("grey.png"), out, "--to", "bmp"});
     EXPECT_EQ(result.status, 0) << result.error;
     EXPECT_TRUE(std::filesystem::exists(out / "photo.bmp"));
     EXPECT_TRUE(std::filesystem::exists(out / "grey.bmp"));
@@ -85,7 +84,8 @@ TEST(ConvertCommand, OrientedPhotosComeOutUpright) {
     const TemporaryFolder folder;
     for (int orientation = 1; orientation <= 8; ++orientation) {
         const auto out = folder / std::to_string(orientation).append(".png");
-        ASSERT_EQ(RunKavra({"convert", Sample("photo-orientation-" + std::to_string(orientation) + ".jpg"), out}).status, 0);
+        ASSERT_EQ(
+            RunKavra({"convert", Sample("photo-orientation-" + std::to_string(orientation) + ".jpg"), out}).status, 0);
         const OIIO::ImageBuf image(out.string());
         EXPECT_EQ(image.spec().width, orientation < 5 ? 60 : 40) << orientation;
     }
@@ -128,7 +128,9 @@ TEST(ConvertCommand, AnInterruptedRunLeavesNeitherHalfAFileNorAHiddenOne) {
         OIIO::ImageBuf noise(OIIO::ImageSpec(3000, 3000, 4, OIIO::TypeDesc::UINT16));
         for (OIIO::ImageBuf::Iterator<std::uint16_t> pixel(noise); !pixel.done(); ++pixel) {
             for (int c = 0; c < 4; ++c) {
-                pixel[c] = static_cast<float>(((pixel.x() * 7919 + pixel.y() * 104729 + c * 31) ^ (pixel.x() * pixel.y())) % 65536) / 65535;
+                pixel[c] = static_cast<float>(
+                               ((pixel.x() * 7919 + pixel.y() * 104729 + c * 31) ^ (pixel.x() * pixel.y())) % 65536) /
+                           65535;
             }
         }
         ASSERT_TRUE(noise.write(large.string()));

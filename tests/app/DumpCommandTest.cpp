@@ -2,8 +2,8 @@
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <sys/stat.h>
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <fstream>
@@ -51,10 +51,10 @@ TEST(DumpCommand, LoadOptionsReachTheLoader) {
     const auto file = folder.Write("four.ppm", kFourPixels);
     const auto block = folder / "block";
     for (const std::string format : {"bgra8", "BGRA8", "kB8G8R8A8", "kb8g8r8a8", "52"}) {
-        const ProgramResult result =
-            RunKavra({"dump", file, "--out", block, "--format", format, "--orientation", "2"});
+        const ProgramResult result = RunKavra({"dump", file, "--out", block, "--format", format, "--orientation", "2"});
         EXPECT_EQ(result.status, 0) << result.error;
-        EXPECT_EQ(ReadAll(block), (Bytes{255, 0, 0, 255, 255, 255, 255, 255, 0, 0, 255, 255, 0, 255, 0, 255})) << format;
+        EXPECT_EQ(ReadAll(block), (Bytes{255, 0, 0, 255, 255, 255, 255, 255, 0, 0, 255, 255, 0, 255, 0, 255}))
+            << format;
     }
 }
 
@@ -81,8 +81,7 @@ TEST(DumpCommand, AFailedLoadPrintsTheMessagesAndLeavesNoFile) {
 
 TEST(DumpCommand, AFrameBeyondTheFileIsSaidInTheModulesOwnWords) {
     const TemporaryFolder folder;
-    const ProgramResult result =
-        RunKavra({"dump", Sample("grey.png"), "--out", folder / "block", "--frame", "5"});
+    const ProgramResult result = RunKavra({"dump", Sample("grey.png"), "--out", folder / "block", "--frame", "5"});
     EXPECT_EQ(result.status, 1);
     const std::string file = Sample("grey.png").string();
     EXPECT_EQ(result.error, "kavra: " + file + ": warning: Frame index out of range\nkavra: " + file +

@@ -14,7 +14,8 @@ TEST(FramesCommand, EveryFrameOfAnAnimationGetsItsFile) {
     const TemporaryFolder folder;
     const ProgramResult result = RunKavra({"frames", Sample("spinner.gif"), folder / "f-%03d.png"});
     EXPECT_EQ(result.status, 0) << result.error;
-    for (const std::string name : {"f-000.png", "f-007.png"}) EXPECT_TRUE(std::filesystem::exists(folder / name));
+    for (const std::string name : {"f-000.png", "f-007.png"})
+        EXPECT_TRUE(std::filesystem::exists(folder / name));
     EXPECT_FALSE(std::filesystem::exists(folder / "f-008.png"));
 }
 
@@ -38,8 +39,8 @@ TEST(FramesCommand, AFileThatReportsMoreFramesThanItHoldsEndsWithANote) {
     const ProgramResult result = RunKavra({"frames", file, folder / "%d.png"});
     EXPECT_EQ(result.status, 0);
     const std::string start = "kavra: " + file.string() + ": ";
-    EXPECT_EQ(result.error, start + "warning: Frame index out of range\n" + start + "warning: format is not supported\n" +
-                                start + "note: reports 2 frames and holds 1\n");
+    EXPECT_EQ(result.error, start + "warning: Frame index out of range\n" + start +
+                                "warning: format is not supported\n" + start + "note: reports 2 frames and holds 1\n");
     EXPECT_TRUE(std::filesystem::exists(folder / "0.png"));
     EXPECT_FALSE(std::filesystem::exists(folder / "1.png"));
 }

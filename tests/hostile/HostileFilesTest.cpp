@@ -35,7 +35,8 @@ protected:
         ObjModel::SetBlockCeiling(0);
         EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, mBlocks);
         EXPECT_EQ(ObjModel::ObjectCounters().liveBlocks, mObjects);
-        for (const std::wstring& text : messages.Texts()) EXPECT_TRUE(kMessages.contains(text)) << text.c_str();
+        for (const std::wstring& text : messages.Texts())
+            EXPECT_TRUE(kMessages.contains(text)) << text.c_str();
     }
 
     /// Describes and loads; whether there was a block. Twice, since the answer must not depend on what was in memory.
@@ -52,9 +53,9 @@ protected:
     MessageRecorder messages;
 
 private:
-    static inline const std::set<std::wstring> kMessages = {
-        L"Frame index out of range", L"Unsupported texture type", L"format is not supported",
-        L"Currently not supported", L"Override orientation of compressed DDS is not supported"};
+    static inline const std::set<std::wstring> kMessages = {L"Frame index out of range", L"Unsupported texture type",
+                                                            L"format is not supported", L"Currently not supported",
+                                                            L"Override orientation of compressed DDS is not supported"};
     OIIOImageHandler handler;
     std::size_t mBlocks;
     std::size_t mObjects;
@@ -73,7 +74,8 @@ std::uint32_t Crc32(const Bytes& bytes) {
     std::uint32_t crc = 0xFFFFFFFF;
     for (const unsigned char byte : bytes) {
         crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320U : 0U);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320U : 0U);
     }
     return ~crc;
 }
@@ -122,7 +124,7 @@ Bytes DdsBomb(std::uint32_t width, std::uint32_t height, std::uint32_t depth, st
 }
 
 long PeakKilobytes() {
-    struct rusage usage {};
+    struct rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     return usage.ru_maxrss;
 }
@@ -133,7 +135,8 @@ TEST_F(HostileFiles, EverySampleCutAtManyLengths) {
     for (const auto& sample : AllSamples()) {
         const Bytes whole = ReadAll(sample);
         std::set<std::size_t> lengths = {0, 1, 3, 4, 5, 127, 128, 129, 148, whole.size() - 1};
-        for (std::size_t i = 1; i < 16; ++i) lengths.insert(whole.size() * i / 16);
+        for (std::size_t i = 1; i < 16; ++i)
+            lengths.insert(whole.size() * i / 16);
         for (const std::size_t length : lengths) {
             if (length < whole.size()) {
                 Try(folder.Write("cut" + sample.extension().string(), std::span(whole).first(length)));
@@ -143,7 +146,8 @@ TEST_F(HostileFiles, EverySampleCutAtManyLengths) {
 }
 
 TEST_F(HostileFiles, EveryByteOfAHeaderSetToExtremes) {
-    for (const std::string name : {"bc1.dds", "dx10.dds", "studio.hdr", "spinner.gif", "luminance.exr", "photo-orientation-3.jpg"}) {
+    for (const std::string name :
+         {"bc1.dds", "dx10.dds", "studio.hdr", "spinner.gif", "luminance.exr", "photo-orientation-3.jpg"}) {
         const Bytes whole = ReadAll(Sample(name));
         const auto extension = Sample(name).extension().string();
         for (std::size_t at = 0; at < std::min<std::size_t>(whole.size(), 150); ++at) {
@@ -157,10 +161,13 @@ TEST_F(HostileFiles, EveryByteOfAHeaderSetToExtremes) {
 }
 
 TEST_F(HostileFiles, TheWrongContentUnderEveryExtension) {
-    const std::vector<std::string> contents = {"photo-orientation-1.jpg", "bc1.dds", "luminance.exr", "studio.hdr", "spinner.gif"};
-    for (const std::string extension : {".png", ".jpg", ".tif", ".exr", ".dds", ".hdr", ".gif", ".tga", ".bmp", ".psd", ".webp",
-                                        ".ico", ".jp2", ".dpx", ".pcx", ".bil", ".cin", ".sgi", ".iff", ".unknown", ""}) {
-        for (const std::string& content : contents) Try(folder.Write("wrong" + extension, ReadAll(Sample(content))));
+    const std::vector<std::string> contents = {"photo-orientation-1.jpg", "bc1.dds", "luminance.exr", "studio.hdr",
+                                               "spinner.gif"};
+    for (const std::string extension :
+         {".png", ".jpg", ".tif", ".exr", ".dds", ".hdr", ".gif", ".tga", ".bmp",     ".psd", ".webp",
+          ".ico", ".jp2", ".dpx", ".pcx", ".bil", ".cin", ".sgi", ".iff", ".unknown", ""}) {
+        for (const std::string& content : contents)
+            Try(folder.Write("wrong" + extension, ReadAll(Sample(content))));
     }
 }
 
@@ -211,7 +218,8 @@ TEST_F(HostileFiles, FoldersPipesAndMissingFilesAreNoImages) {
     std::filesystem::create_directory(folder / "folder.png");
     ASSERT_EQ(mkfifo((folder / "pipe.png").c_str(), 0600), 0);
     ASSERT_EQ(mkfifo((folder / "pipe.dds").c_str(), 0600), 0);
-    for (const std::string name : {"folder.png", "pipe.png", "pipe.dds", "missing.png", "missing.null", "missing.exr"}) {
+    for (const std::string name :
+         {"folder.png", "pipe.png", "pipe.dds", "missing.png", "missing.null", "missing.exr"}) {
         EXPECT_FALSE(Try(folder / name)) << name;
     }
     EXPECT_FALSE(Try(""));

@@ -80,7 +80,8 @@ TEST_F(Samples, EveryFaceOfTheCubeHasItsOwnTint) {
     ASSERT_TRUE(image);
     for (int face = 0; face < 6; ++face) {
         const unsigned char* p = Pixel(*image, 12, 12, face);
-        for (int c = 0; c < 3; ++c) EXPECT_NEAR(p[c], kStem[c] * kTints[face][c], 1.0) << face << c;
+        for (int c = 0; c < 3; ++c)
+            EXPECT_NEAR(p[c], kStem[c] * kTints[face][c], 1.0) << face << c;
     }
 }
 
@@ -100,8 +101,10 @@ TEST_F(Samples, EveryLevelOfEveryCubeFaceIsTheMeanOfTheFirst) {
             const int x = i % size;
             const int y = i / size % size;
             double sum = 0;
-            for (int j = 0; j < box * box; ++j) sum += Pixel(*top, x * box + j % box, y * box + j / box, face)[1];
-            EXPECT_NEAR(Pixel(*image, x, y, face)[1], sum / (box * box), 1.0) << level << " " << face << " " << x << " " << y;
+            for (int j = 0; j < box * box; ++j)
+                sum += Pixel(*top, x * box + j % box, y * box + j / box, face)[1];
+            EXPECT_NEAR(Pixel(*image, x, y, face)[1], sum / (box * box), 1.0)
+                << level << " " << face << " " << x << " " << y;
         }
     }
 }
@@ -112,7 +115,8 @@ TEST_F(Samples, AFloatDdsComesFromTheHostsReaderUnchanged) {
     EXPECT_EQ(image->desc.format, kR32G32B32A32F);
     const std::vector<unsigned char> file = ReadAll(Sample("float.dds"));
     ASSERT_EQ(image->bytes.size(), 64U * 64 * 16);
-    EXPECT_EQ(std::memcmp(image->bytes.data(), file.data() + file.size() - image->bytes.size(), image->bytes.size()), 0);
+    EXPECT_EQ(std::memcmp(image->bytes.data(), file.data() + file.size() - image->bytes.size(), image->bytes.size()),
+              0);
 }
 
 TEST_F(Samples, LegacyAndDx10HeadersOfTheSameBlocksDecodeAlike) {
@@ -128,7 +132,8 @@ TEST_F(Samples, EachFrameOfTheAnimationIsItsOwn) {
     for (int level = 0; level < 8; ++level) {
         const auto image = LoadFile(handler, Sample("spinner.gif"), {.level = level});
         ASSERT_TRUE(image) << level;
-        for (const auto& other : frames) EXPECT_NE(image->bytes, other) << level;
+        for (const auto& other : frames)
+            EXPECT_NE(image->bytes, other) << level;
         frames.push_back(image->bytes);
     }
 }

@@ -19,7 +19,8 @@ void Hammer(int threads, int rounds, const Work& work) {
     std::vector<std::jthread> running;
     for (int thread = 0; thread < threads; ++thread) {
         running.emplace_back([&work, thread, rounds] {
-            for (int round = 0; round < rounds; ++round) work(thread, round);
+            for (int round = 0; round < rounds; ++round)
+                work(thread, round);
         });
     }
 }
@@ -43,7 +44,8 @@ TEST(Threads, EightThreadsLoadingDifferentFilesGetTheirOwn) {
     OIIOImageHandler handler;
     const auto samples = AllSamples();
     std::vector<std::optional<Loaded>> expected;
-    for (const auto& sample : samples) expected.push_back(LoadFile(handler, sample));
+    for (const auto& sample : samples)
+        expected.push_back(LoadFile(handler, sample));
     Hammer(8, 12, [&](int thread, int round) {
         const std::size_t index = static_cast<std::size_t>(thread * 5 + round * 7) % samples.size();
         const auto image = LoadFile(handler, samples[index]);
@@ -55,7 +57,8 @@ TEST(Threads, EightThreadsLoadingDifferentFilesGetTheirOwn) {
 TEST(Threads, ACubeMapHammeredByFourThreadsNeverShowsAWrongFace) {
     OIIOImageHandler handler;
     std::vector<Loaded> levels;
-    for (int level = 0; level < 6; ++level) levels.push_back(*LoadFile(handler, Sample("cube-mips.dds"), {.level = level}));
+    for (int level = 0; level < 6; ++level)
+        levels.push_back(*LoadFile(handler, Sample("cube-mips.dds"), {.level = level}));
     Hammer(4, 150, [&](int thread, int round) {
         const int level = (thread + round) % 6;
         const auto image = LoadFile(handler, Sample("cube-mips.dds"), {.level = level});

@@ -29,7 +29,8 @@ bool IsDescribed(IImageHandler& handler, const std::filesystem::path& path) {
 
 std::vector<std::filesystem::path> AllSamples() {
     std::vector<std::filesystem::path> samples;
-    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(KAVRA_SOURCE_DIR) / "examples")) {
+    for (const auto& entry :
+         std::filesystem::directory_iterator(std::filesystem::path(KAVRA_SOURCE_DIR) / "examples")) {
         if (entry.is_regular_file()) samples.push_back(entry.path());
     }
     std::ranges::sort(samples);

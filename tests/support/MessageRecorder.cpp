@@ -22,7 +22,8 @@ std::vector<MessageRecorder::Entry> MessageRecorder::Entries() const {
 
 std::vector<std::wstring> MessageRecorder::Texts() const {
     std::vector<std::wstring> texts;
-    for (const Entry& entry : Entries()) texts.push_back(entry.text);
+    for (const Entry& entry : Entries())
+        texts.push_back(entry.text);
     return texts;
 }
 

@@ -36,7 +36,8 @@ RunningKavra::RunningKavra(const std::vector<std::string>& arguments) : mOut(New
     std::vector<std::string> words = {KAVRA_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
-    for (std::string& word : words) pointers.push_back(word.data());
+    for (std::string& word : words)
+        pointers.push_back(word.data());
     pointers.push_back(nullptr);
 
     posix_spawn_file_actions_t actions;

@@ -32,7 +32,8 @@ Picture Shrink(const Picture& picture, int width, int height) {
             for (int c = 0; c < picture.channels; ++c) {
                 float sum = 0;
                 for (int sy = y0; sy < y1; ++sy) {
-                    for (int sx = x0; sx < x1; ++sx) sum += picture.At(sx, sy)[c];
+                    for (int sx = x0; sx < x1; ++sx)
+                        sum += picture.At(sx, sy)[c];
                 }
                 small.At(x, y)[c] = sum / static_cast<float>((x1 - x0) * (y1 - y0));
             }
@@ -46,7 +47,8 @@ Bytes ToRgba8(const Picture& picture) {
     for (int y = 0; y < picture.height; ++y) {
         for (int x = 0; x < picture.width; ++x) {
             const float* p = picture.At(x, y);
-            for (int c = 0; c < 3; ++c) bytes.push_back(ToByte(p[c]));
+            for (int c = 0; c < 3; ++c)
+                bytes.push_back(ToByte(p[c]));
             bytes.push_back(picture.channels == 4 ? ToByte(p[3]) : 255);
         }
     }
@@ -55,7 +57,8 @@ Bytes ToRgba8(const Picture& picture) {
 
 std::uint16_t To565(const std::array<float, 3>& colour) {
     return static_cast<std::uint16_t>((static_cast<int>(colour[0] * 31 + 0.5F) << 11) |
-                                      (static_cast<int>(colour[1] * 63 + 0.5F) << 5) | static_cast<int>(colour[2] * 31 + 0.5F));
+                                      (static_cast<int>(colour[1] * 63 + 0.5F) << 5) |
+                                      static_cast<int>(colour[2] * 31 + 0.5F));
 }
 
 /// One BC1 block: the box of the 16 colours spans the line, each pixel takes the nearest of its four points.
@@ -72,13 +75,15 @@ void AppendBc1Block(const Picture& picture, int left, int top, Bytes& out) {
     const std::uint16_t first = To565(high);
     const std::uint16_t second = To565(low);
     float length = 0;
-    for (int c = 0; c < 3; ++c) length += (high[c] - low[c]) * (high[c] - low[c]);
+    for (int c = 0; c < 3; ++c)
+        length += (high[c] - low[c]) * (high[c] - low[c]);
     std::uint32_t indices = 0;
     for (int i = 0; i < 16 && first > second; ++i) {
         static constexpr std::array<std::uint32_t, 4> kIndexAlongLine = {1, 3, 2, 0};
         const float* p = picture.At(left + i % 4, top + i / 4);
         float along = 0;
-        for (int c = 0; c < 3; ++c) along += (p[c] - low[c]) * (high[c] - low[c]);
+        for (int c = 0; c < 3; ++c)
+            along += (p[c] - low[c]) * (high[c] - low[c]);
         const int step = std::clamp(static_cast<int>(along / length * 3 + 0.5F), 0, 3);
         indices |= kIndexAlongLine[static_cast<std::size_t>(step)] << (2 * i);
     }
@@ -86,13 +91,15 @@ void AppendBc1Block(const Picture& picture, int left, int top, Bytes& out) {
         out.push_back(static_cast<unsigned char>(value & 0xFF));
         out.push_back(static_cast<unsigned char>(value >> 8));
     }
-    for (int i = 0; i < 4; ++i) out.push_back(static_cast<unsigned char>((indices >> (8 * i)) & 0xFF));
+    for (int i = 0; i < 4; ++i)
+        out.push_back(static_cast<unsigned char>((indices >> (8 * i)) & 0xFF));
 }
 
 Bytes ToBc1(const Picture& picture) {
     Bytes bytes;
     for (int y = 0; y + 4 <= picture.height; y += 4) {
-        for (int x = 0; x + 4 <= picture.width; x += 4) AppendBc1Block(picture, x, y, bytes);
+        for (int x = 0; x + 4 <= picture.width; x += 4)
+            AppendBc1Block(picture, x, y, bytes);
     }
     return bytes;
 }
@@ -109,20 +116,25 @@ void WriteDds(const std::string& path, ETextureType type, EFormat format, int wi
 
 /// A face is a tint of its own with the letter F on it.
 Picture CubeFace(int face, int size) {
-    static constexpr std::array<Colour, 6> kTints = {{{1, 0.5F, 0.5F}, {0.5F, 1, 1}, {0.5F, 1, 0.5F},
-                                                      {1, 0.5F, 1}, {0.55F, 0.55F, 1}, {1, 1, 0.5F}}};
-    return Paint(size, size, [face](float x, float y) {
-        Colour colour = LetterF(x, y);
-        for (int c = 0; c < 3; ++c) colour[c] *= kTints[static_cast<std::size_t>(face)][c];
-        return colour;
-    }, false);
+    static constexpr std::array<Colour, 6> kTints = {
+        {{1, 0.5F, 0.5F}, {0.5F, 1, 1}, {0.5F, 1, 0.5F}, {1, 0.5F, 1}, {0.55F, 0.55F, 1}, {1, 1, 0.5F}}};
+    return Paint(
+        size, size,
+        [face](float x, float y) {
+            Colour colour = LetterF(x, y);
+            for (int c = 0; c < 3; ++c)
+                colour[c] *= kTints[static_cast<std::size_t>(face)][c];
+            return colour;
+        },
+        false);
 }
 
 Bytes CubeBytes(int size, int mips) {
     Bytes bytes;
     for (int face = 0; face < 6; ++face) {
         const Picture picture = CubeFace(face, size);
-        for (int level = 0; level < mips; ++level) bytes.append_range(ToRgba8(Shrink(picture, size >> level, size >> level)));
+        for (int level = 0; level < mips; ++level)
+            bytes.append_range(ToRgba8(Shrink(picture, size >> level, size >> level)));
     }
     return bytes;
 }
@@ -131,9 +143,8 @@ Bytes VolumeBytes(int size, int depth) {
     Bytes bytes;
     for (int z = 0; z < depth; ++z) {
         const float slice = static_cast<float>(z) / static_cast<float>(depth - 1);
-        bytes.append_range(ToRgba8(Paint(size, size, [slice](float x, float y) {
-            return Colour{x, y, slice};
-        }, false)));
+        bytes.append_range(
+            ToRgba8(Paint(size, size, [slice](float x, float y) { return Colour{x, y, slice}; }, false)));
     }
     return bytes;
 }
@@ -145,7 +156,8 @@ void WriteDdsSamples(const std::string& folder, const Picture& photo, const Pict
     WriteDds(folder + "/photo.dds", kTexture2D, kR8G8B8A8, 128, 128, 1, 1, ToRgba8(square));
 
     Bytes mips;
-    for (int level = 0; level < 8; ++level) mips.append_range(ToRgba8(Shrink(square, 128 >> level, 128 >> level)));
+    for (int level = 0; level < 8; ++level)
+        mips.append_range(ToRgba8(Shrink(square, 128 >> level, 128 >> level)));
     WriteDds(folder + "/mips.dds", kTexture2D, kR8G8B8A8, 128, 128, 1, 8, mips);
     WriteDds(folder + "/bc1.dds", kTexture2D, kBC1, 128, 128, 1, 1, ToBc1(square));
     WriteDds(folder + "/dx10.dds", kTexture2D, kBC1Srgb, 128, 128, 1, 1, ToBc1(square));

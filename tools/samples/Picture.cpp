@@ -41,7 +41,8 @@ Picture Paint(int width, int height, const Painter& painter, bool display) {
                 const float sx = (static_cast<float>(x) + (static_cast<float>(i % kSamples) + 0.5F) / kSamples);
                 const float sy = (static_cast<float>(y) + (static_cast<float>(i / kSamples) + 0.5F) / kSamples);
                 const Colour sample = painter(sx / static_cast<float>(width), sy / static_cast<float>(height));
-                for (int c = 0; c < 3; ++c) sum[c] += sample[c] / (kSamples * kSamples);
+                for (int c = 0; c < 3; ++c)
+                    sum[c] += sample[c] / (kSamples * kSamples);
             }
             std::ranges::transform(sum, picture.At(x, y), [display](float v) { return display ? ToDisplay(v) : v; });
         }
@@ -83,7 +84,8 @@ void WriteImages(const std::string& path, const std::vector<Picture>& pictures, 
     const auto out = OIIO::ImageOutput::create(path);
     if (!out) Fail(path, OIIO::geterror());
     std::vector<OIIO::ImageSpec> specs;
-    for (const Picture& picture : pictures) specs.push_back(SpecFor(picture, spec));
+    for (const Picture& picture : pictures)
+        specs.push_back(SpecFor(picture, spec));
     const bool several = pictures.size() > 1;
     const bool opened = several && out->supports("multiimage") && path.ends_with(".exr")
                             ? out->open(path, static_cast<int>(specs.size()), specs.data())

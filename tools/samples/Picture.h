@@ -33,8 +33,8 @@ Picture WithAlpha(const Picture& picture);
 /// One channel: the brightness (ITU-R BT.709 weights).
 Picture Brightness(const Picture& picture);
 
-/// Writes one image; `spec` gives attributes, the pixel type of the file and tiles, the picture the size and channels. Throws
-/// `std::runtime_error`.
+/// Writes one image; `spec` gives attributes, the pixel type of the file and tiles, the picture the size and channels.
+/// Throws `std::runtime_error`.
 void WriteImage(const std::string& path, const Picture& picture, OIIO::ImageSpec spec);
 
 /// Writes several images into one file.

@@ -37,7 +37,8 @@ float Noise(float x, int seed) {
 float Ridge(float x, int seed, int octaves) {
     float sum = 0;
     float weight = 0.5F;
-    for (int octave = 0; octave < octaves; ++octave, x *= 2.1F, weight *= 0.5F) sum += weight * Noise(x, seed + octave);
+    for (int octave = 0; octave < octaves; ++octave, x *= 2.1F, weight *= 0.5F)
+        sum += weight * Noise(x, seed + octave);
     return sum;
 }
 

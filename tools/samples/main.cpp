@@ -5,8 +5,8 @@
 #include "Picture.h"
 #include "Scene.h"
 
-#include <cstdio>
 #include <cmath>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <format>
@@ -81,12 +81,15 @@ void WriteAnimation(const std::string& folder) {
     std::vector<Picture> frames;
     for (int frame = 0; frame < kFrames; ++frame) {
         const float angle = 2 * std::numbers::pi_v<float> * static_cast<float>(frame) / kFrames;
-        frames.push_back(Paint(48, 48, [angle](float x, float y) -> Colour {
-            const float dx = x - (0.5F + 0.3F * std::cos(angle));
-            const float dy = y - (0.5F + 0.3F * std::sin(angle));
-            if (dx * dx + dy * dy < 0.012F) return {1.0F, 0.6F, 0.1F};
-            return {0.1F, 0.1F + 0.2F * y, 0.25F};
-        }, false));
+        frames.push_back(Paint(
+            48, 48,
+            [angle](float x, float y) -> Colour {
+                const float dx = x - (0.5F + 0.3F * std::cos(angle));
+                const float dy = y - (0.5F + 0.3F * std::sin(angle));
+                if (dx * dx + dy * dy < 0.012F) return {1.0F, 0.6F, 0.1F};
+                return {0.1F, 0.1F + 0.2F * y, 0.25F};
+            },
+            false));
     }
     ImageSpec spec = With(TypeDesc::UINT8);
     spec.attribute("gif:LoopCount", 0);

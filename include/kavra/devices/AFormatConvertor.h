@@ -29,8 +29,8 @@ public:
     static bool FloatToFormat(vec4<float>& colour, EFormat format, char* out, unsigned size);
 
     /// Packs `count` colours (four floats each, any alignment) as so many calls of `FloatToFormat` would, in one go
-    /// on the caller's thread. `size` is the room at `out` in bytes; pixels that do not fit are left out, and the result
-    /// is how many were written.
+    /// on the caller's thread. `size` is the room at `out` in bytes; pixels that do not fit are left out, and the
+    /// result is how many were written.
     static std::size_t FloatsToFormat(const float* colours, std::size_t count, EFormat format, char* out,
                                       std::size_t size);
 };

@@ -16,7 +16,8 @@ public:
     virtual int Height() const = 0;  ///< rows
     virtual EFormat Format() const = 0;
 
-    /// The pixels of layer `index` (0 for flat textures), or null when they are out of reach. The caller calls `Release` on it.
+    /// The pixels of layer `index` (0 for flat textures), or null when they are out of reach. The caller calls
+    /// `Release` on it.
     virtual IMappedMemory* MemoryWrapper(int index) = 0;
 
     /// Writes the texture to a file, by whatever way the texture knows. True when it was written.

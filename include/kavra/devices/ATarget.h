@@ -16,7 +16,8 @@ public:
     virtual int Height() const = 0;  ///< rows
     virtual EFormat Format() const = 0;
 
-    /// The pixels of layer `index` (0 for flat targets), or null when they are out of reach. The caller calls `Release` on it.
+    /// The pixels of layer `index` (0 for flat targets), or null when they are out of reach. The caller calls `Release`
+    /// on it.
     virtual IMappedMemory* MemoryWrapper(int index) = 0;
 };
 

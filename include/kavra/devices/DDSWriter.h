@@ -14,10 +14,10 @@ public:
     DDSWriter();
     ~DDSWriter() = default;
 
-    /// Says what will be written. `mipCount` levels; `size` is the data's bytes as the caller counts them and is ignored
-    /// for block-compressed formats, whose bytes follow from format and size. `reserved` is ignored. False for sizes below 1,
-    /// formats that DDS cannot hold, a non-square cube, more levels than the full chain, or a `size` that is not what the
-    /// rest says.
+    /// Says what will be written. `mipCount` levels; `size` is the data's bytes as the caller counts them and is
+    /// ignored for block-compressed formats, whose bytes follow from format and size. `reserved` is ignored. False for
+    /// sizes below 1, formats that DDS cannot hold, a non-square cube, more levels than the full chain, or a `size`
+    /// that is not what the rest says.
     bool Construct(ETextureType type, EFormat format, int width, int height, int depth, int mipCount, int size,
                    int reserved);
 

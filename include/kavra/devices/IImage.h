@@ -13,8 +13,8 @@ namespace Kavra::Devices {
 /// A picture that can be pasted into, read by rectangle and saved. Reference-counted: the receiver calls `AddRef`, and
 /// `ReleaseRef` when done.
 ///
-/// Slots: 0 to 8 as in `ARefCounted`, 9 `Width`, 10 `Height`, 11 `Format`, 12 `ImageFileName`, 13 `RowData`, 14 `Paste`,
-/// 15 `Save`, 16 `LoadRect`. Threads: one at a time.
+/// Slots: 0 to 8 as in `ARefCounted`, 9 `Width`, 10 `Height`, 11 `Format`, 12 `ImageFileName`, 13 `RowData`, 14
+/// `Paste`, 15 `Save`, 16 `LoadRect`. Threads: one at a time.
 class KAVRA_DEVICES_API IImage : public ARefCounted {
 public:
     IImage();

@@ -27,8 +27,8 @@ class IWriteImageLineProvider;
 ///     0 destructor            5 SaveTexture(path, desc, data)   10 GetAverageColor(path)    15 CreateImage(texture)
 ///     1 Delete                6 SaveTexture(path)               11 GetIBLIntensity          16 SupportSave
 ///     2 LoadTexture (quality) 7 SaveTarget                      12 FindIBLLightDirections   17 SupportLoad
-///     3 LoadTexture           8 Resize                          13 CreateImage(size)        18 writeImageOneLineAtATime
-///     4 GetImageDesc          9 GetAverageColor(desc, data)     14 CreateImage(target)
+///     3 LoadTexture           8 Resize                          13 CreateImage(size)        18
+///     writeImageOneLineAtATime 4 GetImageDesc          9 GetAverageColor(desc, data)     14 CreateImage(target)
 ///
 /// The `IClone` view comes second. Every operation answers bad input with its no-answer - null, false, zero - and
 /// raises messages through `Sys`; no exception leaves it. Paths, descriptions and pixels that are passed in stay the
@@ -52,29 +52,30 @@ protected:
 public:
     /// Loads one frame of a file into a new block.
     ///
-    /// `desc` is filled with what the block holds; `desc.format` may differ from `format` where the file's format cannot
-    /// be converted. `width` and `height` are the largest size wanted, in pixels: below 1 means the file's own, and an image is
-    /// never enlarged. `depth` is ignored. `format` `kUnknown` lets `formatHandler` choose, or keeps the file's format when
-    /// that is null. `highQualityResize` forces the better filter. `level` is the mip level of a DDS, else the frame,
-    /// from 0. `orientation` is the wanted row and column order. Null on failure.
-    virtual IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, int width, int height, int depth,
-                                              EFormat format, bool highQualityResize, int level,
+    /// `desc` is filled with what the block holds; `desc.format` may differ from `format` where the file's format
+    /// cannot be converted. `width` and `height` are the largest size wanted, in pixels: below 1 means the file's own,
+    /// and an image is never enlarged. `depth` is ignored. `format` `kUnknown` lets `formatHandler` choose, or keeps
+    /// the file's format when that is null. `highQualityResize` forces the better filter. `level` is the mip level of a
+    /// DDS, else the frame, from 0. `orientation` is the wanted row and column order. Null on failure.
+    virtual IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, int width, int height,
+                                              int depth, EFormat format, bool highQualityResize, int level,
                                               EDataOrientation orientation, IImageFormatHandler* formatHandler) = 0;
     /// The same with `highQualityResize` false.
-    virtual IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, int width, int height, int depth,
-                                              EFormat format, int level, EDataOrientation orientation,
+    virtual IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, int width, int height,
+                                              int depth, EFormat format, int level, EDataOrientation orientation,
                                               IImageFormatHandler* formatHandler) = 0;
 
     /// Describes a file without decoding it; null when that is not possible.
     virtual ImageDesc* GetImageDesc(const KString& path) = 0;
 
-    /// Writes a block to a file; the extension says which format. `desc` gives width, height, depth, format, row pitch and
-    /// texture type. True when the file was written.
+    /// Writes a block to a file; the extension says which format. `desc` gives width, height, depth, format, row pitch
+    /// and texture type. True when the file was written.
     virtual bool SaveTexture(const KString& path, const ImageDescription& desc, const void* data) = 0;
     /// Saves nothing and returns false.
     virtual bool SaveTexture(const KString& path) = 0;
 
-    /// Writes a render target to a file, floating-point ones as 8 bits a channel: their range is mapped to 0..255 wholly
+    /// Writes a render target to a file, floating-point ones as 8 bits a channel: their range is mapped to 0..255
+    /// wholly
     /// (`stretch`) or only as far as it leaves 0..1.
     virtual bool SaveTarget(const KString& path, ATarget* target, bool stretch) = 0;
 
@@ -93,8 +94,9 @@ public:
                                         vec3<float>* averageColour) = 0;
 
     /// The dominant lights of an equirectangular environment map: up to `maxCount` directions and colours; how many.
-    virtual unsigned FindIBLLightDirections(const ImageDescription& desc, const void* data, vec3<float>* const directions,
-                                            vec3<float>* const colours, unsigned maxCount) = 0;
+    virtual unsigned FindIBLLightDirections(const ImageDescription& desc, const void* data,
+                                            vec3<float>* const directions, vec3<float>* const colours,
+                                            unsigned maxCount) = 0;
 
     /// A new editable picture without references; null on failure.
     virtual IImage* CreateImage(int width, int height, EFormat format) = 0;

@@ -23,13 +23,13 @@ struct KAVRA_DEVICES_API ImageDescription {
     std::int32_t height;  ///< rows, of one face for a cube map
     std::int32_t depth;   ///< slices, 1 for flat images
     EFormat format;
-    std::int32_t rowPitch;        ///< bytes per row
-    std::uint64_t dataSize;       ///< bytes of the block; of one face for a cube map, whose block holds six
+    std::int32_t rowPitch;   ///< bytes per row
+    std::uint64_t dataSize;  ///< bytes of the block; of one face for a cube map, whose block holds six
     ETextureType textureType;
-    bool hasTransparentPixels;   ///< some pixel has alpha 0
-    bool hasTranslucentPixels;   ///< some pixel has an alpha between 0 and opaque
-    bool hasAlpha;               ///< the block carries a meaningful alpha channel
-    bool defaultOrientation;     ///< `orientation` is 0
+    bool hasTransparentPixels;  ///< some pixel has alpha 0
+    bool hasTranslucentPixels;  ///< some pixel has an alpha between 0 and opaque
+    bool hasAlpha;              ///< the block carries a meaningful alpha channel
+    bool defaultOrientation;    ///< `orientation` is 0
     EDataOrientation orientation;
     double gamma;  ///< decoding exponent; 2.2 unless the file says otherwise
 };

@@ -15,7 +15,8 @@ namespace Kavra::Devices {
 /// The one object that the module registers, under the class-factory key "ImageHandlerOIIO". It is stateless: every
 /// call works on its arguments alone, so one object serves any number of threads. The definitions are spread over the
 /// module's rooms by subject.
-class KAVRA_OIIO_API OIIOImageHandler final : public IImageHandler, public Objects::NetObjectCountImpl<OIIOImageHandler> {
+class KAVRA_OIIO_API OIIOImageHandler final : public IImageHandler,
+                                              public Objects::NetObjectCountImpl<OIIOImageHandler> {
 public:
     /// Switches off OpenEXR's core library inside OpenImageIO and the library's own printing of errors, process-wide.
     OIIOImageHandler();
@@ -72,9 +73,9 @@ public:
     /// the formats; only their equality matters: where they are equal, only the red/blue order counts.
     static bool NeedConvert(EFormat from, int fromKind, EFormat to, int toKind);
 
-    /// Converts packed pixels into a new block, which the caller frees with `KavraDelete`. `srcBytes` and `dstBytes` are
-    /// bytes. Always true; a pair that is not handled raises "Currently not supported", sets `dst` to null and leaves
-    /// `dstBytes` alone. Throws what the allocator throws.
+    /// Converts packed pixels into a new block, which the caller frees with `KavraDelete`. `srcBytes` and `dstBytes`
+    /// are bytes. Always true; a pair that is not handled raises "Currently not supported", sets `dst` to null and
+    /// leaves `dstBytes` alone. Throws what the allocator throws.
     static bool FormatConversion(EFormat from, std::size_t srcBytes, void* src, EFormat to, void*& dst,
                                  std::size_t& dstBytes);
 
@@ -87,7 +88,8 @@ public:
     static OIIO::ImageBuf ReorientImage(const OIIO::ImageBuf& image, int from, int to);
 
     /// Shrinks `src` to the size of `dst`, whose spec says size, channels and type: by sampling for small changes, else
-    /// filtered where that is worth it, or always with `highQuality`. False when OpenImageIO fails; `dst` then holds what it held.
+    /// filtered where that is worth it, or always with `highQuality`. False when OpenImageIO fails; `dst` then holds
+    /// what it held.
     static bool AdaptiveResize(OIIO::ImageBuf& dst, const OIIO::ImageBuf& src, bool highQuality);
 
     static int mNetObjectCount;
@@ -110,9 +112,10 @@ private:
     /// Frames of the file, or mip levels of a DDS: 1 or more. Leaves `input` at subimage 0, level 0.
     int GetNumberOfFrames(OIIO::ImageInput* input, int fileType);
 
-    /// Whether some alpha of `size` bytes of four-channel pixels is zero, and whether some lies between zero and opaque.
-    void GetAlphaProperty(unsigned char* data, std::size_t size, const OIIO::ImageSpec& spec, bool& hasTransparentPixels,
-                          bool& hasTranslucentPixels);
+    /// Whether some alpha of `size` bytes of four-channel pixels is zero, and whether some lies between zero and
+    /// opaque.
+    void GetAlphaProperty(unsigned char* data, std::size_t size, const OIIO::ImageSpec& spec,
+                          bool& hasTransparentPixels, bool& hasTranslucentPixels);
 
     /// Sets every alpha of `size` bytes of four-channel pixels to opaque.
     void SetToOpaque(unsigned char* data, std::size_t size, const OIIO::ImageSpec& spec);
