@@ -101,7 +101,7 @@ bool SaveByLibrary(const KString& path, const ImageDescription& desc, const void
         (void)OIIO::geterror();
         return false;
     }
-    if (Mishandles(*writer, spec)) return false;
+    if (Mishandles(*writer, spec, path)) return false;
 
     Common::PixelBlock packed;
     const PixelRows rows = RowsOf(desc, data, packed);

@@ -54,12 +54,18 @@ bool HoldsIcon(const KString& path) {
     return Common::FileLength(file.get()).value_or(0) >= number(14) + number(18);
 }
 
+/// Small pictures become a stub without one, ".jph" files are always empty, and bare codestreams need colours.
+bool MishandlesJpeg2000(const OIIO::ImageSpec& spec, const KString& path) {
+    return spec.width < 32 || spec.height < 32 || path.Right(4).CompareNoCase(L".jph") == 0 ||
+           (IsBareCodestream(path) && spec.nchannels < 3);
+}
+
 }  // namespace
 
-bool Mishandles(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec) {
+bool Mishandles(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const KString& path) {
     if (Is(writer, "term")) return true;  // prints to the terminal
     if (Is(writer, "dpx") || Is(writer, "jpegxl")) return spec.nchannels == 2;
-    if (Is(writer, "jpeg2000")) return spec.width < 32 || spec.height < 32;
+    if (Is(writer, "jpeg2000")) return MishandlesJpeg2000(spec, path);
     if (Is(writer, "fits")) return spec.format == OIIO::TypeDesc::HALF;
     return false;
 }

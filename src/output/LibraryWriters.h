@@ -8,7 +8,7 @@
 namespace Kavra::Devices {
 
 /// Pictures that a writer aborts on, or reports as written though no reader will open them.
-bool Mishandles(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec);
+bool Mishandles(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const KString& path);
 
 /// Whether all that the writer writes goes through the proxy it is given. Those that offer none open the file
 /// themselves, and so does, whatever it offers, the one for bare JPEG 2000 codestreams.

@@ -208,6 +208,7 @@ TEST_F(LibrarySaving, PicturesThatWritersMishandleAreRefused) {
     EXPECT_FALSE(Save("x.jp2", Texture(64, 31, kR8G8B8A8)));
     EXPECT_FALSE(Save("x.j2c", Texture(16, 16, kR8G8B8A8)));
     EXPECT_FALSE(Save("x.jph", Texture(40, 40, kR8G8B8A8)));
+    EXPECT_FALSE(Save("x.j2c", Texture(40, 40, kL8)));
     EXPECT_FALSE(Save("x.fits", Texture(40, 40, kR16G16B16A16F)));
     EXPECT_THAT(messages.Texts(), IsEmpty());
 }
