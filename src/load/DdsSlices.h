@@ -20,7 +20,7 @@
 
 namespace Kavra::Devices {
 
-/// What the spec of a level should say, from the spec of level 0 as the library reports it: width, height and depth
+/// What a level's spec should say, from level 0's as the library reports it: width, height and depth
 /// halved `level` times, never below 1. A cube map stands on its side: 6 faces of `full_width` x `full_height` on top
 /// of one another.
 OIIO::ImageSpec DdsLevelSpec(const OIIO::ImageSpec& top, int level);

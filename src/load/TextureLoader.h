@@ -51,7 +51,7 @@ struct TextureLoad {
     bool Converts() const;
 };
 
-/// Pixels of a load, packed, in the layout of the spec that they were read as.
+/// Pixels of a load, packed, in the layout that they were read as.
 struct ReadPixels {
     Common::PixelBlock block;  ///< null: the file could not be read
     bool lacksAlpha = false;   ///< nothing stands in the alpha channel yet: it is to be set to opaque

@@ -54,7 +54,7 @@ bool HoldsIcon(const KString& path) {
     return Common::FileLength(file.get()).value_or(0) >= number(14) + number(18);
 }
 
-/// Small pictures become a stub without one, ".jph" files are always empty, and bare codestreams need colours.
+/// Small pictures become a file without a picture, ".jph" files are always empty, and bare codestreams need colours.
 bool MishandlesJpeg2000(const OIIO::ImageSpec& spec, const KString& path) {
     return spec.width < 32 || spec.height < 32 || path.Right(4).CompareNoCase(L".jph") == 0 ||
            (IsBareCodestream(path) && spec.nchannels < 3);

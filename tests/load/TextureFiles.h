@@ -61,7 +61,7 @@ OIIO::TypeDesc ElementType() {
 
 LoadedTexture LoadFile(const std::filesystem::path& path, const LoadRequest& request = {});
 
-/// Writes one picture as OpenImageIO writes it, alpha as it is given. `pixels` has the spec's channels, tight rows.
+/// Writes one picture as OpenImageIO writes it, alpha as it is given. `pixels` has its spec's channels, tight rows.
 template <class T>
 void AppendPicture(OIIO::ImageOutput& output, const std::string& name, OIIO::ImageSpec spec,
                    const std::vector<T>& pixels, OIIO::ImageOutput::OpenMode mode) {
