@@ -17,10 +17,10 @@ namespace {
 /// Asks the system for large pages in the part of a block that could hold them. Only a wish: a refusal changes nothing.
 void PreferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
 #ifdef __linux__
-    constexpr std::uintptr_t page = std::uintptr_t{2} << 20;
-    const auto begin = (reinterpret_cast<std::uintptr_t>(block) + page - 1) & ~(page - 1);
-    const auto end = (reinterpret_cast<std::uintptr_t>(block) + bytes) & ~(page - 1);
-    if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+    constexpr std::size_t page = std::size_t{2} << 20;
+    std::size_t room = bytes;
+    void* begin = block;
+    if (std::align(page, page, begin, room) != nullptr) madvise(begin, room / page * page, MADV_HUGEPAGE);
 #endif
 }
 

@@ -59,3 +59,22 @@ TEST(OpenInput, LeavesNoErrorsBehind) {
 }
 
 }  // namespace
+
+TEST(OpenInput, RefusesHighThroughputJpeg2000ThatWasCutShort) {
+    // The library's decoder runs past the end of such a file and takes the process with it.
+    const TemporaryFolder folder;
+    OIIO::ImageSpec spec(64, 64, 3, OIIO::TypeDesc::UINT8);
+    OIIO::ImageBuf image(spec);
+    for (OIIO::ImageBuf::Iterator<unsigned char> pixel(image); !pixel.done(); ++pixel) {
+        for (int c = 0; c < 3; ++c)
+            pixel[c] = static_cast<float>((pixel.x() * 37 + pixel.y() * 101 + c * 53) % 256) / 255;
+    }
+    const auto whole = folder / "whole.j2c";
+    ASSERT_TRUE(image.write(whole.string()));
+    EXPECT_NE(OpenInput(Wide(whole)), nullptr);
+    const std::vector<unsigned char> bytes = ReadAll(whole);
+    ASSERT_GT(bytes.size(), 1000U);
+    for (const std::size_t length : {std::size_t{600}, bytes.size() / 2, bytes.size() - 1}) {
+        EXPECT_EQ(OpenInput(Wide(folder.Write("cut.j2c", std::span(bytes).first(length)))), nullptr) << length;
+    }
+}
