@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "formats/ChannelOrder.h"
+
 namespace Kavra::Devices {
 
 using OIIO::ImageSpec;
@@ -89,13 +91,6 @@ PixelShape ShapeWithoutDepth(const ImageSpec& spec) {
 bool IsGreyTIFF(const ImageSpec& spec) {
     const auto photometric = static_cast<unsigned>(spec.get_int_attribute("tiff:PhotometricInterpretation", 2));
     return photometric <= 1;
-}
-
-bool IsRedFirst(EFormat format) {
-    return format == kR8G8B8A8 || format == kR8G8B8X8;
-}
-bool IsBlueFirst(EFormat format) {
-    return format == kB8G8R8A8 || format == kB8G8R8X8;
 }
 
 bool IsOneOf(EFormat format, std::initializer_list<EFormat> formats) {

@@ -2,6 +2,7 @@
 // OpenEXR reader.
 
 #include "common/Boundary.h"
+#include "common/HostObject.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "readers/FileTypeDetection.h"
@@ -18,10 +19,7 @@ namespace Kavra::Devices {
 
 namespace {
 
-struct Releaser {
-    void operator()(ImageDesc* desc) const { desc->Delete(); }
-};
-using OwnedDesc = std::unique_ptr<ImageDesc, Releaser>;
+using OwnedDesc = Common::HostObject<ImageDesc>;
 
 bool DescribeByReader(ImageDesc& desc, const KString& path, int fileType) {
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));

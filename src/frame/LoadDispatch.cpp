@@ -2,6 +2,7 @@
 // DDS reader.
 
 #include "common/Boundary.h"
+#include "common/HostObject.h"
 #include "common/PixelBlock.h"
 #include "load/FileDescription.h"
 #include "readers/FileTypeDetection.h"
@@ -17,7 +18,6 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -30,10 +30,7 @@ using Utilities::AFormatConvertor;
 constexpr int kCubeFaces = 6;
 constexpr std::int64_t kMostRowPitch = std::numeric_limits<std::int32_t>::max();  // what a description can hold
 
-struct Releaser {
-    void operator()(IMemoryWrapper<void>* wrapper) const { wrapper->Delete(); }
-};
-using HostBlock = std::unique_ptr<IMemoryWrapper<void>, Releaser>;
+using HostBlock = Common::HostObject<IMemoryWrapper<void>>;
 
 /// The pixels that a fallback came up with: a block of the module's own, or one that the host's DDS reader still owns.
 struct Pixels {

@@ -2,6 +2,7 @@
 
 #include "load/TextureLoader.h"
 
+#include "formats/ChannelOrder.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "readers/ImageFileType.h"
@@ -128,10 +129,6 @@ bool CanBeRead(const TextureLoad& load) {
     if (load.fileSpec.deep || !IsPossible(load.targetSpec) || !IsPossible(load.nativeSpec)) return false;
     if (load.IsVolume() && load.NeedsResize()) return false;  // the library resizes no volumes
     return !load.IsDds() || (load.slices && load.slices->HasLevel(load.index));
-}
-
-bool IsBlueFirst(EFormat format) {
-    return format == kB8G8R8A8 || format == kB8G8R8X8;
 }
 
 PixelBlock SwapRedAndBlue(const TextureLoad& load, const PixelBlock& block) {

@@ -1,5 +1,6 @@
 // Reading the pixels of a texture, and the files whose few channels are spread over four.
 
+#include "common/HostObject.h"
 #include "common/ParallelRange.h"
 #include "load/TextureLoader.h"
 #include "readers/ImageFileType.h"
@@ -141,11 +142,8 @@ PixelBlock ReadHostLevel(const TextureLoad& load) {
     for (int passed = 0; passed < load.index; ++passed) {
         if (!reader.SkipMipLevel(passed)) return nullptr;
     }
-    struct Releaser {
-        void operator()(IMemoryWrapper<void>* wrapper) const { wrapper->Delete(); }
-    };
     ImageDescription level;
-    const std::unique_ptr<IMemoryWrapper<void>, Releaser> wrapper(
+    const Common::HostObject<IMemoryWrapper<void>> wrapper(
         reader.Load(level, load.fileDesc.width, load.fileDesc.height, load.fileDesc.depth));
     if (!wrapper || !IsWholeLevel(level, load)) return nullptr;
     return PixelBlock(static_cast<unsigned char*>(std::exchange(wrapper->mData, nullptr)));

@@ -27,7 +27,7 @@ int FaceCount(ETextureType type, int depth) {
     }
 }
 
-/// The bytes of the whole texture, or nothing where the writer's argument cannot hold them.
+/// Whether the bytes of the whole texture fit the 32 bits in which the writer is told of them.
 bool FitsWriter(std::uint64_t rows, std::uint64_t rowBytes) {
     return rowBytes == 0 || rows <= std::numeric_limits<std::uint32_t>::max() / rowBytes;
 }

@@ -14,6 +14,7 @@
 #include <string>
 #include <system_error>
 
+#include "formats/ChannelOrder.h"
 #include "output/LibraryWriters.h"
 #include "output/PackedRows.h"
 #include "output/WatchedFile.h"
@@ -28,10 +29,6 @@ struct PixelRows {
     OIIO::stride_t pixelBytes;
     OIIO::stride_t pitch;
 };
-
-bool IsBlueFirst(EFormat format) {
-    return format == kB8G8R8A8 || format == kB8G8R8X8;
-}
 
 /// What the file will hold. The element type is UNKNOWN when `desc.format` has none.
 OIIO::ImageSpec FileSpec(const ImageDescription& desc) {
