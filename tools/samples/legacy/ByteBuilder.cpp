@@ -1,8 +1,8 @@
-#include "readers/ByteBuilder.h"
+#include "legacy/ByteBuilder.h"
 
 #include <algorithm>
 
-namespace Kavra::Tests {
+namespace Kavra::Legacy {
 
 ByteBuilder& ByteBuilder::Byte(unsigned value) {
     mBytes.resize(std::max(mBytes.size(), mNext + 1));
@@ -10,4 +10,4 @@ ByteBuilder& ByteBuilder::Byte(unsigned value) {
     return *this;
 }
 
-}  // namespace Kavra::Tests
+}  // namespace Kavra::Legacy

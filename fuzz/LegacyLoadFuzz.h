@@ -1,0 +1,69 @@
+/// One fuzz input as a file of a legacy type, loaded as the handler loads it.
+#pragma once
+
+#include "FuzzFile.h"
+#include "readers/FileTypeDetection.h"
+#include "readers/ImageReaderInterface.h"
+#include "readers/LegacyLoad.h"
+
+#include <kavra/objects/IMessageSink.h>
+#include <kavra/objects/ObjModel.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+namespace Kavra::Fuzz {
+
+/// Damaged files warn by the thousand: the messages are counted here, not printed.
+class SilentSink final : public Objects::IMessageSink {
+public:
+    void Message(Objects::EMessageKind, const wchar_t*, const wchar_t*) override { ++mCount; }
+
+    static void Install() {
+        static SilentSink sink;
+        Objects::ObjModel::SetMessageSink(&sink);
+    }
+
+private:
+    std::uint64_t mCount = 0;
+};
+
+struct LegacyLoaded {
+    Common::PixelBlock block;
+    Devices::ImageDescription desc;
+};
+
+/// Nothing for images whose size would spend the fuzzer's time on clearing memory: their limit has tests of its own.
+inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const Devices::LegacyRequest& request) {
+    constexpr std::int64_t kMostBytes = 16 << 20;
+    LegacyLoaded loaded;
+    const std::unique_ptr<Devices::ImageReaderInterface> reader(Devices::CreateImageReader(fileType));
+    if (!reader) std::abort();
+    if (reader->Open(path) && std::int64_t{reader->GetHeight()} * reader->GetRowPitch() > kMostBytes) return loaded;
+    loaded.block = Devices::LoadThroughReader(*reader, loaded.desc, path, request);
+    return loaded;
+}
+
+/// Loads the frame twice and ends the process when the two differ: a byte that nobody wrote would.
+inline void CheckLegacyLoad(const Objects::KString& path, int fileType, int frame) {
+    SilentSink::Install();
+    const LegacyLoaded first = LoadLegacy(path, fileType, {.frame = frame});
+    const LegacyLoaded second = LoadLegacy(path, fileType, {.frame = frame});
+    if (static_cast<bool>(first.block) != static_cast<bool>(second.block)) std::abort();
+    if (!first.block) return;
+    if (first.desc.dataSize != second.desc.dataSize) std::abort();
+    if (std::memcmp(first.block.get(), second.block.get(), first.desc.dataSize) != 0) std::abort();
+    // The way through the library: smaller, and turned.
+    (void)LoadLegacy(path, fileType, {.maxWidth = 7, .maxHeight = 5, .frame = frame, .orientation = Devices::kLeftTop});
+}
+
+/// The input as a file with the extension (with its dot). The last byte also says which frame.
+inline void CheckLegacyFile(const std::uint8_t* data, std::size_t size, std::string_view extension, int fileType) {
+    const FuzzFile file({data, size}, extension);
+    CheckLegacyLoad(file.Name(), fileType, size == 0 ? 0 : data[size - 1] % 8);
+}
+
+}  // namespace Kavra::Fuzz
