@@ -5,10 +5,6 @@
 
 namespace Kavra::Devices {
 
-bool OIIOImageHandler::SaveTarget(const KString&, ATarget*, bool) {
-    return false;
-}
-
 IMemoryWrapper<void>* OIIOImageHandler::Resize(EResizeMethod, const void*, std::size_t, int, const vec3<int>&, EFormat,
                                                ETextureType, const vec3<int>&, int&, EImageFilterType) {
     return nullptr;

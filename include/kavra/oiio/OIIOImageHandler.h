@@ -15,8 +15,9 @@ namespace Kavra::Devices {
 /// The one object that the module registers, under the class-factory key "ImageHandlerOIIO". It is stateless: every
 /// call works on its arguments alone, so one object serves any number of threads. The definitions are spread over the
 /// module's rooms by subject.
-class KAVRA_OIIO_API OIIOImageHandler final : public IImageHandler,
-                                              public Objects::NetObjectCountImpl<OIIOImageHandler> {
+/// An operation that builds on another one of the interface calls it through the table, so a class derived from this
+/// one may replace either.
+class KAVRA_OIIO_API OIIOImageHandler : public IImageHandler, public Objects::NetObjectCountImpl<OIIOImageHandler> {
 public:
     /// Switches off OpenEXR's core library inside OpenImageIO and the library's own printing of errors, process-wide.
     OIIOImageHandler();

@@ -120,7 +120,6 @@ TEST(UnofferedOperations, AnswerWithTheirNoAnswerInSilence) {
     Kavra::vec3<float> average{7, 7, 7};
     int pitch = 7;
 
-    EXPECT_FALSE(handler.SaveTarget(KString(L"target.png"), nullptr, true));
     EXPECT_EQ(handler.Resize(kResizeFilter, pixels, 32, 32, {2, 1, 1}, kR32G32B32A32F, kTexture2D, {1, 1, 1}, pitch,
                              kFilterBilinear),
               nullptr);

@@ -1,0 +1,100 @@
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/ATarget.h>
+#include <kavra/devices/Sys.h>
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <cstdint>
+
+#include "common/Boundary.h"
+#include "output/FloatsAsBytes.h"
+#include "output/MappedPixels.h"
+
+namespace Kavra::Devices {
+
+namespace {
+
+/// Channels of a target that is shown with 8 bits a channel, else 0.
+std::size_t FloatChannels(EFormat format) {
+    switch (format) {
+        case kR32F:
+            return 1;
+        case kR32G32F:
+            return 2;
+        case kR32G32B32A32F:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+bool IsByteColour(EFormat format) {
+    return format == kR8G8B8A8 || format == kB8G8R8A8 || format == kB8G8R8X8 || format == kR8G8B8X8;
+}
+
+struct Picture {
+    int width, height;
+    EFormat format;
+    const unsigned char* pixels;
+    int pitch;
+
+    bool IsEmpty() const { return width < 1 || height < 1; }
+    bool HasWholeRows() const {
+        return pitch >= std::int64_t{width} * Utilities::AFormatConvertor::BytesPerPixel(format);
+    }
+};
+
+bool Save(IImageHandler& handler, const KString& path, const Picture& picture) {
+    ImageDescription desc;
+    desc.width = picture.width;
+    desc.height = picture.height;
+    desc.format = picture.format;
+    desc.rowPitch = picture.pitch;
+    return handler.SaveTexture(path, desc, picture.pixels);
+}
+
+/// Rows of an empty picture are not looked at: what becomes of it is the saver's decision.
+bool SaveAsBytes(IImageHandler& handler, const KString& path, const Picture& picture, bool stretch) {
+    const std::size_t channels = FloatChannels(picture.format);
+    if (!picture.IsEmpty() && !picture.HasWholeRows()) return false;
+    if (channels == 0) return Save(handler, path, picture);
+
+    Common::PixelBlock bytes;
+    if (!picture.IsEmpty()) {
+        bytes = FloatsAsBytes({.first = picture.pixels,
+                               .pitch = static_cast<std::size_t>(picture.pitch),
+                               .width = static_cast<std::size_t>(picture.width),
+                               .height = static_cast<std::size_t>(picture.height),
+                               .channels = channels},
+                              stretch);
+    }
+    const EFormat format = channels == 1 ? kR8 : kR8G8B8A8;
+    const auto pitch = static_cast<std::int64_t>(ShownBytes(channels)) * picture.width;
+    return Save(handler, path, {picture.width, picture.height, format, bytes.get(), static_cast<int>(pitch)});
+}
+
+}  // namespace
+
+bool OIIOImageHandler::SaveTarget(const KString& path, ATarget* target, bool stretch) {
+    return Common::AtBoundary(false, [&] {
+        if (target == nullptr) return false;
+        MappedPixels pixels(target->MemoryWrapper(0));
+        if (!pixels.Map()) return false;
+
+        const EFormat format = target->Format();
+        if (FloatChannels(format) == 0 && !IsByteColour(format)) {
+            pixels.Abandon();  // left mapped on purpose: hosts have come to give such a target's memory back themselves
+            Sys::Warning(L"Raster format not supported", nullptr);
+            Sys::Warning(L"Picture save failed.", nullptr);
+            return false;
+        }
+        const bool saved = Common::AtBoundary(false, [&] {
+            return SaveAsBytes(*this, path, {target->Width(), target->Height(), format, pixels.Data(), pixels.Pitch()},
+                               stretch);
+        });
+        pixels.GiveBack();
+        if (!saved) Sys::Warning(L"Picture save failed.", nullptr);
+        return saved;
+    });
+}
+
+}  // namespace Kavra::Devices
