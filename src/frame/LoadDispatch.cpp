@@ -4,6 +4,7 @@
 #include "common/Boundary.h"
 #include "common/HostObject.h"
 #include "common/PixelBlock.h"
+#include "common/WrappedBlock.h"
 #include "load/FileDescription.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
@@ -40,20 +41,13 @@ struct Pixels {
     void* Data() const { return host ? host->mData : own.get(); }
 };
 
-/// Hands a block on to the caller; without memory for the wrapper it is freed.
-IMemoryWrapper<void>* Wrap(PixelBlock block) {
-    auto* wrapper = new MemoryArrayWrapper<void, unsigned char>(block.get());
-    if (wrapper != nullptr) (void)block.release();
-    return wrapper;
-}
-
 /// Takes the data over from the host's wrapper, which is then released empty: the data has one owner at any time.
 PixelBlock Detach(HostBlock host) {
     return PixelBlock(static_cast<unsigned char*>(std::exchange(host->mData, nullptr)));
 }
 
 IMemoryWrapper<void>* Wrap(Pixels pixels) {
-    return Wrap(pixels.host ? Detach(std::move(pixels.host)) : std::move(pixels.own));
+    return Common::WrapBlock(pixels.host ? Detach(std::move(pixels.host)) : std::move(pixels.own));
 }
 
 int LevelSize(int size, int level) {
@@ -151,7 +145,7 @@ IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, cons
         if (PixelBlock block(LoadTextureByOIIO(desc, path, width, height, depth, format, highQualityResize, level,
                                                orientation, formatHandler, fileType));
             block) {
-            return Wrap(std::move(block));
+            return Common::WrapBlock(std::move(block));
         }
 
         Pixels pixels{LoadExr(desc, path), nullptr};

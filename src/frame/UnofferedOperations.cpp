@@ -5,11 +5,6 @@
 
 namespace Kavra::Devices {
 
-IMemoryWrapper<void>* OIIOImageHandler::Resize(EResizeMethod, const void*, std::size_t, int, const vec3<int>&, EFormat,
-                                               ETextureType, const vec3<int>&, int&, EImageFilterType) {
-    return nullptr;
-}
-
 vec3<float> OIIOImageHandler::GetIBLIntensity(const ImageDescription&, const void*, bool, vec3<float>*) {
     return {-999.0F, -999.0F, -999.0F};
 }

@@ -118,11 +118,7 @@ TEST(UnofferedOperations, AnswerWithTheirNoAnswerInSilence) {
     const ImageDescription desc = TwoPixels(kTexture2D);
     const float pixels[8] = {};
     Kavra::vec3<float> average{7, 7, 7};
-    int pitch = 7;
 
-    EXPECT_EQ(handler.Resize(kResizeFilter, pixels, 32, 32, {2, 1, 1}, kR32G32B32A32F, kTexture2D, {1, 1, 1}, pitch,
-                             kFilterBilinear),
-              nullptr);
     const auto intensity = handler.GetIBLIntensity(desc, pixels, false, &average);
     EXPECT_EQ(intensity.x, -999);
     EXPECT_EQ(intensity.y, -999);
