@@ -26,8 +26,4 @@ IImage* OIIOImageHandler::CreateImage(ASimpleTexture*) {
     return nullptr;
 }
 
-bool OIIOImageHandler::writeImageOneLineAtATime(const KString&, double, IWriteImageLineProvider*, int, int, int) const {
-    return false;
-}
-
 }  // namespace Kavra::Devices

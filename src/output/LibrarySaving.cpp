@@ -1,7 +1,6 @@
 #include "output/LibrarySaving.h"
 
 #include <kavra/devices/AFormatConvertor.h>
-#include <kavra/objects/OS.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
 #include <OpenImageIO/imagebuf.h>
@@ -10,14 +9,10 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
-#include <string>
-#include <system_error>
 
 #include "formats/ChannelOrder.h"
-#include "output/LibraryWriters.h"
+#include "output/LibraryFile.h"
 #include "output/PackedRows.h"
-#include "output/WatchedFile.h"
 
 namespace Kavra::Devices {
 
@@ -42,13 +37,6 @@ OIIO::ImageSpec FileSpec(const ImageDescription& desc) {
     return spec;
 }
 
-/// Whether a file may be written under this name: nothing is there yet, or a file. A pipe would be waited on for ever.
-bool IsFileOrFree(const KString& path) {
-    std::error_code error;
-    const auto kind = std::filesystem::status(OS::ToUtf8(path), error).type();
-    return kind == std::filesystem::file_type::not_found || kind == std::filesystem::file_type::regular;
-}
-
 bool WriteBlueFirst(OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const PixelRows& rows) {
     constexpr std::array kRedFirst = {2, 1, 0, 3};
     const OIIO::ImageBuf source(spec, const_cast<void*>(rows.data), rows.pixelBytes, rows.pitch);
@@ -71,40 +59,17 @@ PixelRows RowsOf(const ImageDescription& desc, const void* data, Common::PixelBl
     return {packed ? packed.get() : data, stride(pixelBytes), stride(std::max(pitch, rowBytes))};
 }
 
-/// Opens, writes and closes. A writer that did not open is never written to, since some of them crash then; and it
-/// loses its proxy, since the WebP one takes that for a sign that it did open and frees what it never had.
-bool WriteFile(OIIO::ImageOutput& writer, const std::wstring& name, const OIIO::ImageSpec& spec, EFormat format,
-               const PixelRows& rows) {
-    if (!writer.open(name, spec)) {
-        (void)writer.set_ioproxy(nullptr);
-        return false;
-    }
-    const bool written = WriteRows(writer, spec, format, rows);
-    const bool closed = writer.close();
-    return written && closed;
-}
-
 }  // namespace
 
 bool SaveByLibrary(const KString& path, const ImageDescription& desc, const void* data) {
     const OIIO::ImageSpec spec = FileSpec(desc);
-    if (spec.format == OIIO::TypeDesc::UNKNOWN || desc.rowPitch <= 0 || !IsFileOrFree(path)) return false;
-
-    WatchedFile file(path);  // outlives the writer
-    const std::wstring name = path.ToChars();
-    const auto writer = OIIO::ImageOutput::create(name);
-    if (!writer) {
-        // The library keeps every thread's unread errors, and aborts when they pass 16 MB.
-        (void)OIIO::geterror();
-        return false;
-    }
-    if (Mishandles(*writer, spec, path)) return false;
+    if (spec.format == OIIO::TypeDesc::UNKNOWN || desc.rowPitch <= 0) return false;
 
     Common::PixelBlock packed;
-    const PixelRows rows = RowsOf(desc, data, packed);
-    const bool watched = WritesThroughProxy(*writer, path) && writer->set_ioproxy(&file);
-    if (!WriteFile(*writer, name, spec, desc.format, rows)) return false;
-    return watched ? file.Finish() : IsWhole(*writer, spec, path);
+    LibraryFile file(path);
+    if (!file.HasWriter() || !file.Open(spec)) return false;
+    const bool written = WriteRows(file.Writer(), spec, desc.format, RowsOf(desc, data, packed));
+    return file.Close() && written;
 }
 
 }  // namespace Kavra::Devices

@@ -74,6 +74,10 @@ bool WritesThroughProxy(const OIIO::ImageOutput& writer, const KString& path) {
     return writer.supports("ioproxy") != 0 && !(Is(writer, "jpeg2000") && IsBareCodestream(path));
 }
 
+bool WantsStream(const OIIO::ImageOutput& writer) {
+    return Is(writer, "jpeg");
+}
+
 bool IsWhole(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const KString& path) {
     if (Is(writer, "fits")) return HoldsRawSamples(path, spec);
     if (Is(writer, "ico")) return HoldsIcon(path);

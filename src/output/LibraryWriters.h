@@ -14,6 +14,9 @@ bool Mishandles(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, co
 /// themselves, and so does, whatever it offers, the one for bare JPEG 2000 codestreams.
 bool WritesThroughProxy(const OIIO::ImageOutput& writer, const KString& path);
 
+/// Whether a writer wants a C stream for its proxy.
+bool WantsStream(const OIIO::ImageOutput& writer);
+
 /// Whether a file that its writer opened itself is there to its end; a full disk goes unnoticed by some of them.
 bool IsWhole(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const KString& path);
 

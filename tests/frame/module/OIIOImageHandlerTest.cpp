@@ -128,7 +128,6 @@ TEST(UnofferedOperations, AnswerWithTheirNoAnswerInSilence) {
     EXPECT_EQ(handler.CreateImage(4, 4, kR8G8B8A8), nullptr);
     EXPECT_EQ(handler.CreateImage(static_cast<ATarget*>(nullptr)), nullptr);
     EXPECT_EQ(handler.CreateImage(static_cast<ASimpleTexture*>(nullptr)), nullptr);
-    EXPECT_FALSE(handler.writeImageOneLineAtATime(KString(L"lines.png"), 72, nullptr, 1, 1, 4));
     EXPECT_TRUE(messages.Texts().empty());
 }
 

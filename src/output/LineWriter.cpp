@@ -1,0 +1,77 @@
+#include <kavra/devices/IWriteImageLineProvider.h>
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <OpenImageIO/imageio.h>
+
+#include <algorithm>
+#include <cstdint>
+
+#include "common/Boundary.h"
+#include "common/PixelBlock.h"
+#include "output/LibraryFile.h"
+#include "output/PathPreparation.h"
+
+namespace Kavra::Devices {
+
+namespace {
+
+constexpr int kLinePixelBytes = 4;  // of a pixel in the line, whatever the file's channels
+constexpr int kMostChannels = 65535;
+
+struct Picture {
+    int width, height, channels;
+    double resolution;
+
+    /// Whether a writer may be asked; for 0 channels some open a file and crash over the first line.
+    bool IsWritable() const { return width > 0 && height > 0 && channels > 0 && channels <= kMostChannels; }
+};
+
+OIIO::ImageSpec FileSpec(const Picture& picture) {
+    OIIO::ImageSpec spec(picture.width, picture.height, picture.channels, OIIO::TypeDesc::UINT8);
+    spec.attribute("oiio:UnassociatedAlpha", 1);
+    spec.attribute("XResolution", static_cast<float>(picture.resolution));
+    spec.attribute("YResolution", static_cast<float>(picture.resolution));
+    spec.attribute("ResolutionUnit", "in");
+    return spec;
+}
+
+/// Room for a line, and for what a writer of more than four channels reads beyond its last pixel.
+std::size_t LineBytes(const Picture& picture) {
+    const std::int64_t pixels = std::int64_t{std::max(picture.width, 0)} * kLinePixelBytes;
+    const std::int64_t beyond = std::clamp(picture.channels, kLinePixelBytes, kMostChannels) - kLinePixelBytes;
+    return static_cast<std::size_t>(pixels + beyond);
+}
+
+/// Asks for every line, also when the file did not open or a line could not be written: the provider is told nothing of
+/// it, and may count on being asked.
+bool WriteLines(LibraryFile& file, IWriteImageLineProvider& provider, const Picture& picture) {
+    const bool isOpen = picture.IsWritable() && file.Open(FileSpec(picture));
+    const Common::PixelBlock line = Common::NewZeroedBlock(LineBytes(picture));
+    bool written = isOpen;
+    for (int y = 0; y < picture.height; ++y) {
+        provider.FillLine(line.get());
+        written =
+            isOpen && file.Writer().write_scanline(y, 0, OIIO::TypeDesc::UINT8, line.get(), kLinePixelBytes) && written;
+    }
+    const bool whole = isOpen && file.Close();
+    return written && whole;
+}
+
+bool WritePicture(const KString& path, IWriteImageLineProvider* provider, const Picture& picture) {
+    if (!PrepareFolder(path)) return false;
+    LibraryFile file(path);
+    if (!file.HasWriter()) return false;
+    if (picture.height <= 0) return true;  // no writer opens a file without rows, and no row is missing
+    return provider != nullptr && WriteLines(file, *provider, picture);
+}
+
+}  // namespace
+
+bool OIIOImageHandler::writeImageOneLineAtATime(const KString& path, double resolution,
+                                                IWriteImageLineProvider* provider, int width, int height,
+                                                int channels) const {
+    return Common::AtBoundary(false,
+                              [&] { return WritePicture(path, provider, {width, height, channels, resolution}); });
+}
+
+}  // namespace Kavra::Devices
