@@ -1,5 +1,7 @@
 #include "readers/FileTypeDetection.h"
+#include "readers/ImageFileType.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/pcx/PcxReader.h"
 
 #include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/ObjModel.h>
@@ -27,7 +29,9 @@ struct ReaderEntry {
 };
 
 /// One line a reader: `{PCX, Make<PCXReader>},`.
-constexpr std::initializer_list<ReaderEntry> kReaders = {};
+constexpr std::initializer_list<ReaderEntry> kReaders = {
+    {PCX, Make<PCXReader>},
+};
 
 }  // namespace
 

@@ -21,7 +21,7 @@ bool IsKnown(const PcxHeader& header) {
 }  // namespace
 
 std::optional<PcxHeader> ReadPcxHeader(ByteSource& source) {
-    const auto bytes = source.BytesAt<128>(0);
+    const auto bytes = source.BytesAt<kPcxHeaderBytes>(0);
     if (!bytes || bytes->front() != kManufacturer) return std::nullopt;
     PcxHeader header = {
         .version = (*bytes)[1],

@@ -4,10 +4,13 @@
 #include "readers/ByteSource.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
 namespace Kavra::Devices {
+
+inline constexpr std::size_t kPcxHeaderBytes = 128;
 
 /// The 128 bytes at the start, little-endian; what is not listed is not used.
 ///
@@ -32,6 +35,11 @@ struct PcxHeader {
     std::uint16_t paletteInfo = 0;
 
     int Bits() const { return bitsPerPlane * planes; }
+    int Width() const { return xMax - xMin + 1; }   ///< below 1 where the columns run backwards
+    int Height() const { return yMax - yMin + 1; }  ///< likewise
+    bool IsPlanar() const { return planes >= 2 && Bits() != 24; }
+    /// Whether the colours stand at the end of the file, 256 of them.
+    bool HasTrailingPalette() const { return version == 5 && Bits() == 8; }
 };
 
 /// The header of a file that is accepted as PCX, which takes a known version and encoding and 1, 4, 8 or 24 bits a

@@ -1,0 +1,56 @@
+/// The rows of a PCX picture, put together from its lines.
+#pragma once
+
+#include "readers/pcx/PcxLines.h"
+#include "readers/pcx/PcxNibbles.h"
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace Kavra::Devices {
+
+/// Rows of a picture with a palette: an index a pixel.
+///
+/// Where lines are cut short, rows of 4 and 8 bits keep what the row before left there, and rows of 1 bit read zeros.
+class PcxIndexRows {
+public:
+    PcxIndexRows(ByteSource& source, const PcxHeader& header);
+
+    /// The next row, as long as the picture is wide. Valid until the next call.
+    std::span<const unsigned char> Next();
+
+private:
+    void NextFromPlanes();
+    void NextFromBits();
+    void NextFromNibbles();
+    void NextFromBytes();
+
+    void (PcxIndexRows::*mNext)() = nullptr;  // for the layout of the file
+    PcxLines mLines;
+    std::size_t mWidth;
+    std::size_t mPlanes;
+    std::size_t mPlaneBytes;
+    std::vector<unsigned char> mPacked;   // one plane behind the other
+    std::vector<unsigned char> mIndices;  // the row, up to whole bytes of bits
+    PcxNibbles mNibbles;
+};
+
+/// Rows of a picture of 24 bits, which has no palette: three lines a row - red, green, blue - whatever planes the
+/// header claims. Bytes that are not there are 0.
+class PcxColourRows {
+public:
+    PcxColourRows(ByteSource& source, const PcxHeader& header);
+
+    /// Writes the next row: red, green, blue and 255 a pixel.
+    void Next(std::span<unsigned char> pixels);
+
+private:
+    const unsigned char* ReadPlane(std::size_t plane);
+
+    PcxLines mLines;
+    std::size_t mPlaneBytes;
+    std::vector<unsigned char> mPlanes;  // one behind the other
+};
+
+}  // namespace Kavra::Devices
