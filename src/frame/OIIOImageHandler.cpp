@@ -1,7 +1,4 @@
-#include <kavra/devices/ImageHandlerHelper.h>
 #include <kavra/oiio/OIIOImageHandler.h>
-
-#include "common/Boundary.h"
 
 namespace Kavra::Devices {
 
@@ -33,14 +30,6 @@ IClone* OIIOImageHandler::Clone() {
 
 int OIIOImageHandler::CurObjectCount() const {
     return NetObjectCount();
-}
-
-vec4<float> OIIOImageHandler::GetAverageColor(const ImageDescription& desc, const void* data, bool flag) {
-    if (desc.textureType != kTexture2D) return {};
-    return Common::AtBoundary(vec4<float>{}, [&] {
-        Utilities::ImageHandlerHelper helper;
-        return helper.GetAverageColor2D(desc, data, flag);
-    });
 }
 
 }  // namespace Kavra::Devices

@@ -5,15 +5,6 @@
 
 namespace Kavra::Devices {
 
-vec3<float> OIIOImageHandler::GetIBLIntensity(const ImageDescription&, const void*, bool, vec3<float>*) {
-    return {-999.0F, -999.0F, -999.0F};
-}
-
-unsigned OIIOImageHandler::FindIBLLightDirections(const ImageDescription&, const void*, vec3<float>* const,
-                                                  vec3<float>* const, unsigned) {
-    return 0;
-}
-
 IImage* OIIOImageHandler::CreateImage(int, int, EFormat) {
     return nullptr;
 }

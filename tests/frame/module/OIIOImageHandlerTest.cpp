@@ -74,57 +74,9 @@ TEST(Handler, SetsTheThreeLibraryAttributesInEveryConstruction) {
     }
 }
 
-ImageDescription TwoPixels(ETextureType type) {
-    ImageDescription desc;
-    desc.width = 2;
-    desc.height = 1;
-    desc.depth = 1;
-    desc.format = kR32G32B32A32F;
-    desc.rowPitch = 32;
-    desc.dataSize = 32;
-    desc.textureType = type;
-    return desc;
-}
-
-TEST(AverageColor, IsTheMeanOfATwoDimensionalTexture) {
-    const float pixels[] = {1, 2, 3, 1, 3, 6, 9, 0};
-    OIIOImageHandler handler;
-    const auto colour = handler.GetAverageColor(TwoPixels(kTexture2D), pixels, false);
-    EXPECT_EQ(colour.x, 2);
-    EXPECT_EQ(colour.y, 4);
-    EXPECT_EQ(colour.z, 6);
-    EXPECT_EQ(colour.w, 0.5F);
-}
-
-TEST(AverageColor, IsZeroForCubesVolumesAndEverythingElse) {
-    const float pixels[8 * 6] = {1, 2, 3, 1, 3, 6, 9, 1};
-    OIIOImageHandler handler;
-    for (const ETextureType type : {kTextureUnknown, kTexture1D, kTextureCube, kTextureVolume}) {
-        const auto colour = handler.GetAverageColor(TwoPixels(type), pixels, false);
-        EXPECT_TRUE(colour.x == 0 && colour.y == 0 && colour.z == 0 && colour.w == 0) << type;
-    }
-}
-
-TEST(AverageColor, OfAPathIsNotHiddenByTheOneOfPixels) {
-    OIIOImageHandler handler;
-    const MessageRecorder messages;
-    const auto colour = handler.GetAverageColor(KString(L"missing.xyz"), false);
-    EXPECT_EQ(colour.x + colour.y + colour.z + colour.w, 0);
-}
-
 TEST(UnofferedOperations, AnswerWithTheirNoAnswerInSilence) {
     OIIOImageHandler handler;
     const MessageRecorder messages;
-    const ImageDescription desc = TwoPixels(kTexture2D);
-    const float pixels[8] = {};
-    Kavra::vec3<float> average{7, 7, 7};
-
-    const auto intensity = handler.GetIBLIntensity(desc, pixels, false, &average);
-    EXPECT_EQ(intensity.x, -999);
-    EXPECT_EQ(intensity.y, -999);
-    EXPECT_EQ(intensity.z, -999);
-    EXPECT_EQ(average.x, 7);
-    EXPECT_EQ(handler.FindIBLLightDirections(desc, pixels, &average, &average, 1), 0U);
     EXPECT_EQ(handler.CreateImage(4, 4, kR8G8B8A8), nullptr);
     EXPECT_EQ(handler.CreateImage(static_cast<ATarget*>(nullptr)), nullptr);
     EXPECT_EQ(handler.CreateImage(static_cast<ASimpleTexture*>(nullptr)), nullptr);

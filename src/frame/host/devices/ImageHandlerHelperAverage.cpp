@@ -1,6 +1,6 @@
 #include <kavra/devices/ImageHandlerHelper.h>
 
-#include "common/ParallelRange.h"
+#include "common/OrderedParts.h"
 #include "frame/host/devices/PixelLayout.h"
 
 #include <half.h>
@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <cstring>
 #include <utility>
-#include <vector>
 
 namespace Kavra::Utilities {
 
@@ -86,16 +85,13 @@ Sums PictureSums(const PixelLayout& layout, const unsigned char* pixels, std::si
                  std::size_t pitch) {
     constexpr std::size_t kSerialPixels = 32768;
     const RowFunction rowSums = RowFunctionFor(layout);
-    std::vector<Sums> rows(height);
-    Common::ForEachRange(height, kSerialPixels / width, [&](std::size_t begin, std::size_t end) {
-        for (std::size_t y = begin; y < end; ++y)
-            rows[y] = rowSums(pixels + y * pitch, width);
-    });
     Sums total{};
-    for (const Sums& row : rows) {
-        for (std::size_t c = 0; c < total.size(); ++c)
-            total[c] += row[c];
-    }
+    Common::ForEachInOrder<Sums>(
+        height, kSerialPixels / width, [&](std::size_t y) { return rowSums(pixels + y * pitch, width); },
+        [&total](const Sums& row) {
+            for (std::size_t c = 0; c < total.size(); ++c)
+                total[c] += row[c];
+        });
     return total;
 }
 
