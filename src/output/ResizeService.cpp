@@ -13,6 +13,7 @@
 #include "common/Boundary.h"
 #include "common/PixelBlock.h"
 #include "common/WrappedBlock.h"
+#include "output/PixelSpec.h"
 
 namespace Kavra::Devices {
 
@@ -86,20 +87,6 @@ PixelBlock CropOrPad(const Source& source, EFormat format, const vec3<int>& dstS
     return block;
 }
 
-/// One channel type and count at a size, and nothing else: the channel names of a format need not fit its count.
-OIIO::ImageSpec SpecOf(EFormat format, const vec3<int>& size) {
-    const OIIO::ImageSpec base(1, 1, 4, OIIO::TypeDesc::UINT8);
-    const OIIO::ImageSpec pixel = OIIOImageHandler::FormatToImageSpec(format, base);
-    return {size.x, size.y, pixel.nchannels, pixel.format};
-}
-
-/// Whether the library reads and writes exactly the host's pixels of this format; `kUnknown` it takes for colours.
-bool IsResizable(EFormat format) {
-    const OIIO::ImageSpec spec = SpecOf(format, {1, 1, 1});
-    return spec.format != OIIO::TypeDesc::UNKNOWN &&
-           static_cast<std::int64_t>(spec.pixel_bytes()) == PixelBytesOf(format);
-}
-
 /// The filter's weights for a column lie on the stack in the library, and it ends the process over too many.
 bool HasTooManyWeights(const OIIO::ImageSpec& from, const OIIO::ImageSpec& to) {
     constexpr double kFilterWidth = 4, kMostWeights = 1 << 17;
@@ -129,7 +116,7 @@ PixelBlock Filtered(const Source& source, EFormat format, ETextureType type, con
         Sys::Warning(L"Texture type not supported", nullptr);
         return nullptr;
     }
-    if (!IsResizable(format)) {
+    if (!HasPixels(format)) {
         Sys::Warning(L"Raster format not supported", nullptr);
         return nullptr;
     }
@@ -141,8 +128,8 @@ PixelBlock Filtered(const Source& source, EFormat format, ETextureType type, con
     }
     const std::size_t total = static_cast<std::size_t>(dstPitch) * static_cast<std::size_t>(dstSize.y);
     PixelBlock block = Common::NewBlock(total);
-    const OIIO::ImageBuf from(SpecOf(format, source.size), const_cast<unsigned char*>(source.data));
-    OIIO::ImageBuf to(SpecOf(format, dstSize), block.get());
+    const OIIO::ImageBuf from(PixelSpec(format, source.size.x, source.size.y), const_cast<unsigned char*>(source.data));
+    OIIO::ImageBuf to(PixelSpec(format, dstSize.x, dstSize.y), block.get());
     if (!Resample(to, from, filter)) std::memset(block.get(), 0, total);
     return block;
 }

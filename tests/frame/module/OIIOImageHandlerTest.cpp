@@ -1,7 +1,5 @@
 #include <kavra/oiio/OIIOImageHandler.h>
 
-#include "support/MessageRecorder.h"
-
 #include <gtest/gtest.h>
 #include <kavra/objects/ObjModel.h>
 
@@ -11,7 +9,6 @@ namespace {
 
 using namespace Kavra::Devices;
 using Kavra::Objects::ObjModel;
-using Kavra::Tests::MessageRecorder;
 
 int Count() {
     return OIIOImageHandler::NetObjectCount();
@@ -72,15 +69,6 @@ TEST(Handler, SetsTheThreeLibraryAttributesInEveryConstruction) {
         const OIIOImageHandler second;
         EXPECT_EQ(OIIO::get_int_attribute(name, -1), 0) << name;
     }
-}
-
-TEST(UnofferedOperations, AnswerWithTheirNoAnswerInSilence) {
-    OIIOImageHandler handler;
-    const MessageRecorder messages;
-    EXPECT_EQ(handler.CreateImage(4, 4, kR8G8B8A8), nullptr);
-    EXPECT_EQ(handler.CreateImage(static_cast<ATarget*>(nullptr)), nullptr);
-    EXPECT_EQ(handler.CreateImage(static_cast<ASimpleTexture*>(nullptr)), nullptr);
-    EXPECT_TRUE(messages.Texts().empty());
 }
 
 }  // namespace

@@ -1,0 +1,199 @@
+// Making image objects, and what they tell of themselves.
+
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/ASimpleTexture.h>
+#include <kavra/devices/ATarget.h>
+#include <kavra/devices/Sys.h>
+#include <kavra/oiio/OIIOImage.h>
+#include <kavra/oiio/OIIOImageHandler.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "common/Boundary.h"
+#include "common/PixelBlock.h"
+#include "formats/ChannelOrder.h"
+#include "output/MappedPixels.h"
+#include "output/PixelSpec.h"
+
+namespace Kavra::Devices {
+
+namespace {
+
+using Common::PixelBlock;
+
+/// What is said of a picture that cannot be made.
+struct Wording {
+    const wchar_t* unsupported;
+    const wchar_t* notMapped;
+};
+constexpr Wording kTargetWording = {L"Unsupported target type", L"target can't be mapped"};
+constexpr Wording kTextureWording = {L"Unsupported texture type", L"texture can't be mapped"};
+
+struct Shape {
+    int width, height;
+    EFormat format;
+
+    bool HasPixels() const { return width > 0 && height > 0 && Devices::HasPixels(format); }
+    std::size_t RowBytes() const {
+        return static_cast<std::size_t>(width) *
+               static_cast<std::size_t>(Utilities::AFormatConvertor::BytesPerPixel(format));
+    }
+    std::size_t Bytes() const {
+        const auto rows = static_cast<std::size_t>(height);
+        if (rows > std::numeric_limits<std::size_t>::max() / RowBytes()) throw std::bad_alloc();
+        return rows * RowBytes();
+    }
+};
+
+/// Copies a row of pixels and exchanges the first and third byte of each.
+void CopySwapped(unsigned char* out, const unsigned char* in, std::size_t bytes) {
+    for (std::size_t i = 0; i < bytes; i += 4) {
+        out[i] = in[i + 2];
+        out[i + 1] = in[i + 1];
+        out[i + 2] = in[i];
+        out[i + 3] = in[i + 3];
+    }
+}
+
+PixelBlock CopyRows(const Shape& shape, const MappedPixels& mapped) {
+    PixelBlock pixels = Common::NewBlock(shape.Bytes());
+    const std::size_t rowBytes = shape.RowBytes(), pitch = static_cast<std::size_t>(mapped.Pitch());
+    for (std::size_t y = 0; y < static_cast<std::size_t>(shape.height); ++y) {
+        unsigned char* const out = pixels.get() + y * rowBytes;
+        const unsigned char* const in = mapped.Data() + y * pitch;
+        if (IsBlueFirst(shape.format))
+            CopySwapped(out, in, rowBytes);
+        else
+            std::memcpy(out, in, rowBytes);
+    }
+    return pixels;
+}
+
+/// The pixels of a target or texture, packed and red first; null after a message.
+template <class Picture>
+PixelBlock CopyOf(Picture& picture, const Shape& shape, const Wording& wording) {
+    if (!shape.HasPixels()) {
+        Sys::Warning(wording.unsupported, nullptr);
+        return nullptr;
+    }
+    MappedPixels mapped(picture.MemoryWrapper(0));
+    const bool holdsRows =
+        mapped.Map() && mapped.Pitch() >= 0 && static_cast<std::size_t>(mapped.Pitch()) >= shape.RowBytes();
+    if (!holdsRows) {
+        mapped.GiveBack();
+        Sys::Warning(wording.notMapped, nullptr);
+        return nullptr;
+    }
+    return CopyRows(shape, mapped);
+}
+
+}  // namespace
+
+int OIIOImage::mNetObjectCount = 0;
+
+OIIOImage::OIIOImage(int width, int height, EFormat format) {
+    Describe(width, height, format);
+    const Shape shape{mWidth, mHeight, mFormat};
+    if (shape.HasPixels())
+        mPixels.reset(Common::NewZeroedBlock(shape.Bytes()).release());
+    else
+        Sys::Warning(kTargetWording.unsupported, nullptr);
+}
+
+OIIOImage::OIIOImage(ATarget* target) {
+    if (target == nullptr) return;
+    const Shape shape{target->Width(), target->Height(), target->Format()};
+    Describe(shape.width, shape.height, shape.format);
+    mPixels.reset(CopyOf(*target, shape, kTargetWording).release());
+}
+
+OIIOImage::OIIOImage(ASimpleTexture* texture) {
+    if (texture == nullptr) return;
+    mTexture.Set(texture);
+    const Shape shape{texture->Width(), texture->Height(), texture->Format()};
+    Describe(shape.width, shape.height, shape.format);
+    mPixels.reset(CopyOf(*texture, shape, kTextureWording).release());
+}
+
+OIIOImage::~OIIOImage() = default;
+
+void OIIOImage::Describe(int width, int height, EFormat format) {
+    mWidth = width;
+    mHeight = height;
+    mFormat = IsBlueFirst(format) || IsRedFirst(format) ? kR8G8B8A8 : format;
+}
+
+UString* OIIOImage::InterfaceID() {
+    static UString* const id = Objects::Intern(L"OIIOImage");
+    return id;
+}
+
+void* OIIOImage::GetInterface(UString* id) {
+    return Common::AtBoundary<void*>(nullptr, [&]() -> void* {
+        if (id == InterfaceID()) return this;
+        return IImage::GetInterface(id);
+    });
+}
+
+UString* OIIOImage::ClassName() const {
+    return Common::AtBoundary<UString*>(nullptr, [] { return InterfaceID(); });
+}
+
+int OIIOImage::CurObjectCount() const {
+    return NetObjectCount();
+}
+
+int OIIOImage::Width() const {
+    return mWidth;
+}
+
+int OIIOImage::Height() const {
+    return mHeight;
+}
+
+EFormat OIIOImage::Format() const {
+    return mFormat;
+}
+
+const wchar_t* OIIOImage::ImageFileName() const {
+    return nullptr;
+}
+
+void* OIIOImage::RowData(ImageDescription&) {
+    return nullptr;
+}
+
+void OIIOImage::FreeBlock::operator()(unsigned char* block) const noexcept {
+    Objects::KavraDelete(block);
+}
+
+OIIOImage::TextureReference::~TextureReference() {
+    Common::AtBoundary(false, [&] { return Set(nullptr), true; });
+}
+
+void OIIOImage::TextureReference::Set(ASimpleTexture* texture) {
+    if (texture != nullptr) texture->AddRef();
+    ASimpleTexture* const before = mTexture.exchange(texture);
+    if (before != nullptr) before->ReleaseRef();
+}
+
+ASimpleTexture* OIIOImage::TextureReference::Get() const {
+    return mTexture.load();
+}
+
+IImage* OIIOImageHandler::CreateImage(int width, int height, EFormat format) {
+    return Common::AtBoundary<IImage*>(nullptr, [&] { return new OIIOImage(width, height, format); });
+}
+
+IImage* OIIOImageHandler::CreateImage(ATarget* target) {
+    return Common::AtBoundary<IImage*>(nullptr, [&] { return new OIIOImage(target); });
+}
+
+IImage* OIIOImageHandler::CreateImage(ASimpleTexture* texture) {
+    return Common::AtBoundary<IImage*>(nullptr, [&] { return new OIIOImage(texture); });
+}
+
+}  // namespace Kavra::Devices

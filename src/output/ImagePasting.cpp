@@ -1,0 +1,75 @@
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/Sys.h>
+#include <kavra/oiio/OIIOImage.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "common/Boundary.h"
+
+namespace Kavra::Devices {
+
+namespace {
+
+/// One side of a paste: where it is taken from and where it goes, in pixels.
+struct Side {
+    int from, length, to;
+
+    /// Whether it lies in both pictures, as it is taken and as it is named; it lands somewhere else.
+    bool IsInside(int sourceLength, int ownLength) const {
+        return from >= 0 && to >= 0 && length >= 1 && length <= ownLength && to < ownLength &&
+               std::int64_t{from} + length <= sourceLength && std::int64_t{to} + length <= ownLength;
+    }
+
+    /// The first pixel of the destination: the difference of the two corners. Pixels before 0 are left out.
+    int Landing() const { return to - from; }
+    int Skipped() const { return std::min(std::max(-Landing(), 0), length); }
+    int Copied() const { return length - Skipped(); }
+};
+
+struct Rows {
+    std::size_t count, bytes;
+    std::size_t fromPitch, toPitch;
+};
+
+/// Rows that overlap come out as they were before: those that move down are copied from the last one up.
+void MoveRows(unsigned char* to, const unsigned char* from, const Rows& rows) {
+    const bool down = to > from;
+    for (std::size_t i = 0; i < rows.count; ++i) {
+        const std::size_t row = down ? rows.count - 1 - i : i;
+        std::memmove(to + row * rows.toPitch, from + row * rows.fromPitch, rows.bytes);
+    }
+}
+
+}  // namespace
+
+bool OIIOImage::Paste(const IImage* source, int srcX, int srcY, int width, int height, int dstX, int dstY) {
+    return Common::AtBoundary(false, [&] {
+        const auto* const image = dynamic_cast<const OIIOImage*>(source);
+        if (!mPixels || image == nullptr || !image->mPixels) return false;
+
+        const Side across{srcX, width, dstX}, down{srcY, height, dstY};
+        if (!across.IsInside(image->mWidth, mWidth) || !down.IsInside(image->mHeight, mHeight) ||
+            image->mFormat != mFormat) {
+            Sys::Error(L"Invalid parameter", nullptr);
+            return false;
+        }
+        const auto size = [](int count) { return static_cast<std::size_t>(count); };
+        const std::size_t pixelBytes = size(Utilities::AFormatConvertor::BytesPerPixel(mFormat));
+        const Rows rows{.count = size(down.Copied()),
+                        .bytes = size(across.Copied()) * pixelBytes,
+                        .fromPitch = size(image->mWidth) * pixelBytes,
+                        .toPitch = size(mWidth) * pixelBytes};
+        const std::size_t from =
+            size(srcY + down.Skipped()) * rows.fromPitch + size(srcX + across.Skipped()) * pixelBytes;
+        const std::size_t to =
+            size(std::max(down.Landing(), 0)) * rows.toPitch + size(std::max(across.Landing(), 0)) * pixelBytes;
+        if (rows.count > 0 && rows.bytes > 0) MoveRows(mPixels.get() + to, image->mPixels.get() + from, rows);
+        mModified = true;
+        return true;
+    });
+}
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,37 @@
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/ASimpleTexture.h>
+#include <kavra/devices/IImageHandler.h>
+#include <kavra/devices/Sys.h>
+#include <kavra/oiio/OIIOImage.h>
+
+#include <cstdint>
+#include <limits>
+
+#include "common/Boundary.h"
+#include "output/LibrarySaving.h"
+#include "output/PathPreparation.h"
+
+namespace Kavra::Devices {
+
+bool OIIOImage::Save(const KString& path) {
+    return Common::AtBoundary(false, [&] {
+        ASimpleTexture* const texture = mTexture.Get();
+        if (texture != nullptr && !mModified) return texture->Save(path);
+        const std::int64_t rowBytes = std::int64_t{Utilities::AFormatConvertor::BytesPerPixel(mFormat)} * mWidth;
+        if (!mPixels || rowBytes > std::numeric_limits<std::int32_t>::max()) return false;
+
+        ImageDescription desc;
+        desc.width = mWidth;
+        desc.height = mHeight;
+        desc.format = mFormat;
+        desc.rowPitch = static_cast<std::int32_t>(rowBytes);
+        if (!IsDDSPath(path)) {
+            if (!PrepareFolder(path)) return false;
+            if (Common::AtBoundary(false, [&] { return SaveByLibrary(path, desc, mPixels.get()); })) return true;
+        }
+        IImageHandler* const handler = Sys::ImageHandler();
+        return handler != nullptr && handler->SaveTexture(path, desc, mPixels.get());
+    });
+}
+
+}  // namespace Kavra::Devices
