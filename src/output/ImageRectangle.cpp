@@ -101,19 +101,23 @@ Cut Scaled(const Cut& cut, EFormat format, Size size) {
     return {std::move(block), std::move(image)};
 }
 
-/// False when the pitch of a row is beyond what a description can hold.
-bool DescribeRows(ImageDescription& desc, const ImageSpec& spec, EFormat format, EDataOrientation orientation) {
-    const std::uint64_t rowBytes = std::uint64_t{PixelBytesOf(format)} * static_cast<std::uint64_t>(spec.width);
-    if (rowBytes > std::uint64_t{std::numeric_limits<std::int32_t>::max()}) return false;
+/// Whether a description can hold the pitch of the rectangle's rows, once it is turned.
+bool FitsPitch(Size size, int exifOrientation, EFormat format) {
+    constexpr int kFirstQuarterTurn = 5;  // from this number on rows become columns
+    const int width = exifOrientation >= kFirstQuarterTurn ? size.y : size.x;
+    return std::uint64_t{PixelBytesOf(format)} * static_cast<std::uint64_t>(width) <=
+           std::uint64_t{std::numeric_limits<std::int32_t>::max()};
+}
+
+void DescribeRows(ImageDescription& desc, const ImageSpec& spec, EFormat format, EDataOrientation orientation) {
     desc.width = spec.width;
     desc.height = spec.height;
     desc.depth = 1;
     desc.format = format;
-    desc.rowPitch = static_cast<std::int32_t>(rowBytes);
-    desc.dataSize = rowBytes * static_cast<std::uint64_t>(spec.height);
+    desc.rowPitch = static_cast<std::int32_t>(PixelBytesOf(format)) * spec.width;
+    desc.dataSize = static_cast<std::uint64_t>(desc.rowPitch) * static_cast<std::uint64_t>(spec.height);
     desc.orientation = orientation;
     desc.defaultOrientation = orientation == kTopLeft;
-    return true;
 }
 
 /// The pixels as they are, in packed rows.
@@ -192,7 +196,8 @@ IMemoryWrapper<void>* OIIOImage::LoadRect(ImageDescription& desc, vec2<int> orig
             Sys::Warning(L"Raster format not supported", nullptr);
             return nullptr;
         }
-        if (!IsSize(size) || !IsSize(outSize)) return nullptr;
+        const int turned = OIIOImageHandler::ToOIIOOrientation(orientation);
+        if (!IsSize(size) || !IsSize(outSize) || !FitsPitch(outSize, turned, format)) return nullptr;
         constexpr int kMost = std::numeric_limits<int>::max();
         if (std::int64_t{origin.x} + size.x > kMost || std::int64_t{origin.y} + size.y > kMost) return nullptr;
 
@@ -201,10 +206,10 @@ IMemoryWrapper<void>* OIIOImage::LoadRect(ImageDescription& desc, vec2<int> orig
             Cut scaled = Scaled(cut, mFormat, outSize);
             std::swap(cut, scaled);
         }
-        const int turned = OIIOImageHandler::ToOIIOOrientation(orientation);
         if (turned != 1) cut.image = OIIOImageHandler::ReorientImage(cut.image, 1, turned);
-        if (!cut.image.initialized() || !DescribeRows(desc, cut.image.spec(), format, orientation)) return nullptr;
+        if (!cut.image.initialized()) return nullptr;
 
+        DescribeRows(desc, cut.image.spec(), format, orientation);
         PixelBlock block = Delivered(cut.image, mFormat, format);
         return block ? Common::WrapBlock(std::move(block)) : nullptr;
     });
