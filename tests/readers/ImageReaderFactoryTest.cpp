@@ -1,6 +1,7 @@
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/pcx/PcxReader.h"
 
 #include <kavra/objects/ObjModel.h>
 
@@ -30,6 +31,14 @@ TEST(ImageReaderFactory, CodesOfFilesThatOthersReadHaveNoReader) {
         EXPECT_EQ(CreateImageReader(code), nullptr) << code;
     for (const int code : {-1, 10, 1 << 30})
         EXPECT_EQ(CreateImageReader(code), nullptr) << code;
+}
+
+TEST(ImageReaderFactory, PcxFilesHaveAReaderThatIsNotOpenYet) {
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(PCX));
+    ASSERT_NE(dynamic_cast<PCXReader*>(reader.get()), nullptr);
+    EXPECT_EQ(reader->GetWidth(), 0);
+    EXPECT_EQ(reader->GetHeight(), 0);
+    EXPECT_FALSE(reader->ReadImage(nullptr, 0));
 }
 
 TEST(ImageReaderInterface, DescribesOneUprightFrameOfEightBitColourUnlessAReaderSaysOtherwise) {

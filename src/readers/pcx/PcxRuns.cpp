@@ -14,22 +14,29 @@ namespace {
 constexpr unsigned char kCountMark = 0xC0;
 constexpr std::size_t kMostCount = 0x3F;
 
-// A step takes up to eight bytes that stand for themselves and the run behind them.
-constexpr std::size_t kLiterals = 8;
-constexpr std::size_t kRunStore = kMostCount + 1;  // a run is stored in two fixed pieces, whatever its length
+// Long stretches are decoded in steps of some bytes that stand for themselves and the run behind them. Both are stored
+// in pieces of a fixed size, whatever their lengths; what is too much is overwritten by the next step.
+constexpr std::size_t kBlock = 64;  // bytes that are searched for counts at a time
+constexpr std::size_t kLiterals = 16;
 constexpr std::size_t kShortRun = 16;
-constexpr std::size_t kStepIn = kLiterals + 2;
-constexpr std::size_t kStepOut = kLiterals + kRunStore;
+constexpr std::size_t kLongRun = kMostCount + 1;
+constexpr std::size_t kStepOut = kLiterals + kLongRun;
 
 constexpr bool IsCount(unsigned char byte) {
     return (byte & kCountMark) == kCountMark;
 }
 
-/// How many of the bytes come before the first count.
-std::size_t LiteralsBeforeCount(const std::array<unsigned char, kLiterals>& bytes) {
-    const auto word = LittleAt<std::uint64_t, 0>(bytes);
-    const std::uint64_t counts = word & (word << 1) & 0x8080808080808080U;
-    return static_cast<std::size_t>(std::countr_zero(counts)) / 8;
+/// A bit for each byte, the lowest for the first: set where the byte would be a count.
+std::uint64_t CountMarks(std::span<const unsigned char, kBlock> bytes) {
+    std::uint64_t marks = 0;
+    for (std::size_t at = 0; at < kBlock; at += 8) {
+        std::array<unsigned char, 8> eight;
+        std::copy_n(bytes.subspan(at).begin(), eight.size(), eight.begin());
+        const auto word = LittleAt<std::uint64_t, 0>(eight);
+        const std::uint64_t lowBits = (word & (word << 1) & 0x8080808080808080U) >> 7;
+        marks |= (lowBits * 0x0102040810204080U >> 56) << at;  // the product gathers the eight bits in its top byte
+    }
+    return marks;
 }
 
 }  // namespace
@@ -51,31 +58,34 @@ std::span<const unsigned char> PcxRuns::NextLine() {
     return std::span(mLine).first(mDone);
 }
 
-/// Decodes as long as neither the bytes at hand nor the line can end within a step. Most steps are one stretch of
-/// literals and one run, without a branch that depends on their lengths.
+/// Decodes as long as neither the bytes at hand nor the line can end within a step. A step has no branch that depends
+/// on whether bytes are repeated: pictures with much noise would mispredict it every few pixels.
 void PcxRuns::TakeCodes(std::size_t end) {
-    std::span<const unsigned char> in = mAhead;
+    std::span<const unsigned char> ahead = mAhead;
     std::size_t done = mDone;
-    while (in.size() >= kStepIn && done + kStepOut <= end) {
-        std::array<unsigned char, kLiterals> bytes;
-        std::copy_n(in.begin(), kLiterals, bytes.begin());
-        const std::span<unsigned char> out = std::span(mLine).subspan(done, kStepOut);
-        std::ranges::copy(bytes, out.begin());
-        const std::size_t literals = LiteralsBeforeCount(bytes);
-        done += literals;
-        if (literals == kLiterals) {
-            in = in.subspan(kLiterals);
-            continue;
+    while (ahead.size() > kBlock && done + kStepOut <= end) {
+        const std::uint64_t marks = CountMarks(ahead.first<kBlock>());
+        std::size_t at = 0;
+        while (at <= kBlock - kLiterals && done + kStepOut <= end) {
+            const std::span<const unsigned char> in = ahead.subspan(at);
+            const std::span<unsigned char> out = std::span(mLine).subspan(done);
+            const auto literals = static_cast<std::size_t>(std::countr_zero(marks >> at | 1U << kLiterals));
+            std::ranges::copy(in.first<kLiterals>(), out.begin());
+            at += literals;
+            done += literals;
+            if (literals == kLiterals) continue;
+
+            const std::size_t count = in[literals] & kMostCount;
+            const unsigned char value = in[literals + 1];
+            const std::span<unsigned char> run = out.subspan(literals);
+            std::ranges::fill(run.first<kShortRun>(), value);
+            if (count > kShortRun) std::ranges::fill(run.subspan<kShortRun, kLongRun - kShortRun>(), value);
+            at += 2;
+            done += count;
         }
-        const std::size_t count = in[literals] & kMostCount;
-        const unsigned char value = in[literals + 1];
-        const std::span<unsigned char> run = out.subspan(literals, kRunStore);
-        std::ranges::fill(run.first<kShortRun>(), value);
-        if (count > kShortRun) std::ranges::fill(run.subspan<kShortRun>(), value);
-        done += count;
-        in = in.subspan(literals + 2);
+        ahead = ahead.subspan(at);
     }
-    mAhead = in;
+    mAhead = ahead;
     mDone = done;
 }
 
