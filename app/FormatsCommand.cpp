@@ -23,6 +23,12 @@ struct FileType {
 constexpr std::array kFileTypes = {
     FileType{"DirectDraw Surface", ".dds", true, true},
     FileType{"OpenEXR", ".exr", true, false},
+    FileType{"CALS raster", ".cal", true, false},
+    FileType{"FLIC animation", ".fli .flc", true, false},
+    FileType{"PCX", ".pcx", true, false},
+    FileType{"PICT", ".pct .pict", true, false},
+    FileType{"RLC raster", ".rlc", true, false},
+    FileType{"Band raster", ".bil", true, false},  // with its header in a .hdr file beside it
 };
 
 constexpr std::string_view kTheRest = "and whatever the image library has";
@@ -63,7 +69,7 @@ std::string FormatsText() {
     text += "\nFile types of the module and the host\n";
     for (const FileType& type : kFileTypes) {
         text +=
-            std::format("  {:<20} {:<8} {}\n", type.name, type.extensions, type.writes ? "reads and writes" : "reads");
+            std::format("  {:<20} {:<12} {}\n", type.name, type.extensions, type.writes ? "reads and writes" : "reads");
     }
     return text + std::format("  {}\n", kTheRest);
 }
@@ -72,7 +78,8 @@ std::string FormatsText() {
 
 void AddFormats(CLI::App& program, Session& session) {
     const auto json = std::make_shared<bool>(false);
-    CLI::App* command = program.add_subcommand("formats", "Lists the pixel formats and file types");
+    CLI::App* command =
+        program.add_subcommand("formats", "Lists the pixel formats, and the file types that need no image library");
     command->footer("Example: kavra formats --json");
     command->add_flag("--json", *json, "One JSON object");
     command->callback([json, &session] {

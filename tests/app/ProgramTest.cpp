@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <format>
 #include <set>
 
 using namespace Kavra::Tests;
@@ -73,6 +75,20 @@ TEST(FormatsCommand, JsonListsPixelFormatsWithTheirNumbersAndFileTypes) {
         EXPECT_TRUE(numbers.contains(number)) << number;
     }
     EXPECT_EQ(json["fileTypes"][0]["extensions"], ".dds");
+}
+
+TEST(FormatsCommand, TheRasterFormatsOfOldAreReadAndNotWritten) {
+    const Json types = Json::parse(RunKavra({"formats", "--json"}).out)["fileTypes"];
+    const std::vector<std::pair<std::string, std::string>> expected = {
+        {"CALS raster", ".cal"}, {"FLIC animation", ".fli .flc"}, {"PCX", ".pcx"},
+        {"PICT", ".pct .pict"},  {"RLC raster", ".rlc"},          {"Band raster", ".bil"}};
+    const std::string text = RunKavra({"formats"}).out;
+    for (const auto& [name, extensions] : expected) {
+        const Json type = {{"name", name}, {"extensions", extensions}, {"reads", true}, {"writes", false}};
+        EXPECT_EQ(std::ranges::count(types, type), 1) << name;
+        const std::string line = std::format("  {:<20} {:<12} reads\n", name, extensions);
+        EXPECT_NE(text.find(line), std::string::npos) << line;
+    }
 }
 
 TEST(FormatsCommand, TheTextEndsOnTheImageLibrary) {
