@@ -2,6 +2,7 @@
 
 #include "DdsSamples.h"
 #include "PalettePng.h"
+#include "PcxSamples.h"
 #include "Picture.h"
 #include "Scene.h"
 
@@ -108,6 +109,7 @@ void WriteAll(const std::string& folder) {
     WriteImage(folder + "/photo.tga", WithAlpha(Paint(120, 80, Landscape, true)), With(TypeDesc::UINT8, "rle"));
     WriteAnimation(folder);
     WriteDdsSamples(folder, photo, Paint(64, 64, Landscape, false));
+    WritePcxSamples(folder);
 }
 
 }  // namespace

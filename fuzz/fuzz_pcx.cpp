@@ -1,0 +1,9 @@
+// Loading PCX files: any bytes.
+
+#include "LegacyLoadFuzz.h"
+#include "readers/ImageFileType.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Kavra::Fuzz::CheckLegacyFile(data, size, ".pcx", Kavra::Devices::PCX);
+    return 0;
+}
