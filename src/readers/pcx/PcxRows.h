@@ -12,7 +12,8 @@ namespace Kavra::Devices {
 
 /// Rows of a picture with a palette: an index a pixel.
 ///
-/// Where lines are cut short, rows of 4 and 8 bits keep what the row before left there, and rows of 1 bit read zeros.
+/// Bytes that are not there are 0 in rows of 1 bit. In all others they are what the row before left: its indices, of
+/// 4 packed bits already spread, or the bits of the same plane.
 class PcxIndexRows {
 public:
     PcxIndexRows(ByteSource& source, const PcxHeader& header);

@@ -77,6 +77,30 @@ TEST(PcxHeader, EveryFieldComesFromItsPlace) {
     EXPECT_EQ(header->paletteInfo, 0x0B0C);
 }
 
+TEST(PcxHeader, SidesReachFromZeroOrLessTo65536) {
+    PcxHeader header;
+    EXPECT_EQ(header.Width(), 1);
+    EXPECT_EQ(header.Height(), 1);
+    header.xMax = header.yMax = 0xFFFF;
+    EXPECT_EQ(header.Width(), 65'536);
+    EXPECT_EQ(header.Height(), 65'536);
+    header.xMin = header.yMin = 0xFFFF;
+    header.xMax = header.yMax = 0;
+    EXPECT_EQ(header.Width(), -65'534);
+    EXPECT_EQ(header.Height(), -65'534);
+}
+
+TEST(PcxHeader, PlanesAreAPalettesBitsUnlessTheyAreColours) {
+    const std::set<std::pair<int, int>> planar = {{1, 4}, {2, 2}, {1, 8}, {2, 4}, {4, 2}};
+    for (const auto& [bits, planes] :
+         {std::pair{1, 1}, {1, 4}, {2, 2}, {4, 1}, {1, 8}, {2, 4}, {4, 2}, {8, 1}, {1, 24}, {12, 2}, {8, 3}, {24, 1}}) {
+        PcxHeader header;
+        header.bitsPerPlane = static_cast<std::uint8_t>(bits);
+        header.planes = static_cast<std::uint8_t>(planes);
+        EXPECT_EQ(header.IsPlanar(), planar.contains({bits, planes})) << bits << " x " << planes;
+    }
+}
+
 TEST(PcxHeader, SeeksForItself) {
     const ByteBuilder file = PcxStart();
     ByteSource source = file.Source();

@@ -1,0 +1,86 @@
+// PCX files in the hands of a user: what is said of damaged ones, and that the work goes on.
+
+#include "legacy/PcxFile.h"
+#include "support/Program.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+using namespace Kavra::Tests;
+using Json = nlohmann::json;
+using Bytes = std::vector<unsigned char>;
+
+namespace {
+
+/// 2 x 3 pixels of 24 bits, none like another.
+Bytes Whole() {
+    Bytes samples;
+    for (int i = 0; i < 18; ++i)
+        samples.push_back(static_cast<unsigned char>(10 * i));
+    return Kavra::Legacy::PcxFile({2, 3, 8, 3, true, {}, samples});
+}
+
+/// The same without the last two bytes, which are the blue line of the last row.
+Bytes Truncated() {
+    Bytes file = Whole();
+    file.resize(file.size() - 2);
+    return file;
+}
+
+constexpr const char* kOutOfData = "PCXReader::Invalid Frame -- out of data";
+
+}  // namespace
+
+TEST(PcxFiles, ATruncatedFileIsConvertedWithItsWarnings) {
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("cut.pcx", Truncated()).string();
+    const ProgramResult result = RunKavra({"convert", file, folder / "out.png"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.error, "kavra: " + file + ": warning: " + kOutOfData + "\n");
+    EXPECT_TRUE(std::filesystem::exists(folder / "out.png"));
+}
+
+TEST(PcxFiles, ADumpHasTheBytesOfTheBlockAndListsTheWarnings) {
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("cut.pcx", Truncated()).string();
+    const ProgramResult result = RunKavra({"dump", file, "--out", folder / "block", "--json"});
+    EXPECT_EQ(result.status, 0);
+    const Json json = Json::parse(result.out);
+    EXPECT_EQ(json["format"], 46);
+    EXPECT_EQ(json["rowPitch"], 8);
+    EXPECT_EQ(json["warnings"], Json::array({kOutOfData}));
+    EXPECT_EQ(ReadAll(folder / "block"), (Bytes{0,  10,  20,  255, 30,  40,  50, 255, 60,  70,  80, 255,  //
+                                                90, 100, 110, 255, 120, 130, 0,  255, 150, 160, 0,  255}));
+}
+
+TEST(PcxFiles, ThereIsOneFrame) {
+    const TemporaryFolder folder;
+    const ProgramResult result = RunKavra({"frames", folder.Write("a.pcx", Whole()), folder / "%d.png"});
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_EQ(result.error, "");
+    EXPECT_TRUE(std::filesystem::exists(folder / "0.png"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "1.png"));
+}
+
+TEST(PcxFiles, APictureTooLargeForItsFileStopsNoOther) {
+    const TemporaryFolder folder;
+    Bytes huge = Whole();
+    huge[8] = huge[9] = huge[10] = huge[11] = 0xFF;
+    const std::string file = folder.Write("huge.pcx", huge).string();
+    const auto out = folder / "out";
+    const ProgramResult result =
+        RunKavra({"convert", file, folder.Write("good.pcx", Whole()), out, "--to", "png", "--jobs", "1"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(result.error.contains("kavra: " + file + ": warning: format is not supported\n")) << result.error;
+    EXPECT_TRUE(std::filesystem::exists(out / "good.png"));
+    EXPECT_FALSE(std::filesystem::exists(out / "huge.png"));
+
+    const ProgramResult info = RunKavra({"info", file, "--json"});
+    EXPECT_EQ(info.status, 0);
+    EXPECT_EQ(Json::parse(info.out)[0]["width"], 65'536) << "described as what it claims";
+}
