@@ -2,6 +2,7 @@
 #include "readers/ImageFileType.h"
 #include "readers/ImageReaderInterface.h"
 #include "readers/pcx/PcxReader.h"
+#include "readers/spot/SpotReader.h"
 
 #include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/ObjModel.h>
@@ -31,6 +32,7 @@ struct ReaderEntry {
 /// One line a reader: `{PCX, Make<PCXReader>},`.
 constexpr std::initializer_list<ReaderEntry> kReaders = {
     {PCX, Make<PCXReader>},
+    {Spot, Make<SpotReader>},
 };
 
 }  // namespace

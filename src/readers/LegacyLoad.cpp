@@ -2,8 +2,10 @@
 
 #include "readers/ByteSource.h"
 #include "readers/FileTypeDetection.h"
+#include "readers/ImageFileType.h"
 #include "readers/ImageLimits.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/spot/SideFiles.h"
 
 #include <kavra/oiio/OIIOImageHandler.h>
 
@@ -44,6 +46,11 @@ void Describe(ImageReaderInterface& reader, EDataOrientation wanted, ImageDescri
 std::uint64_t FileBytes(const KString& path) {
     const ReadResult<ByteSource> file = ByteSource::Open(path);
     return file ? file->Size() : 0;
+}
+
+/// The file that holds the pixels, whose length bounds the picture: a band raster may be named by any file beside it.
+KString PixelFile(const KString& path, int fileType) {
+    return fileType == Spot ? PathWithExtension(path, L".bil").value_or(path) : path;
 }
 
 int Limited(int side, int limit) {
@@ -133,7 +140,9 @@ unsigned char* OIIOImageHandler::LoadSpecial(ImageDescription& desc, const KStri
                                              int fileType) {
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
     if (!reader) return nullptr;
-    return LoadThroughReader(*reader, desc, path, {width, height, highQualityResize, level, orientation}).release();
+    return LoadThroughReader(*reader, desc, PixelFile(path, fileType),
+                             {width, height, highQualityResize, level, orientation})
+        .release();
 }
 
 }  // namespace Kavra::Devices

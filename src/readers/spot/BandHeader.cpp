@@ -1,12 +1,12 @@
 #include "readers/spot/BandHeader.h"
 
 #include "readers/TextScanner.h"
+#include "readers/spot/ByteCounts.h"
 #include "readers/spot/HeaderText.h"
 #include "readers/spot/SideFiles.h"
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -16,16 +16,6 @@ namespace {
 constexpr std::uint64_t kMostHeaderBytes = 20480;
 constexpr std::size_t kMostLayoutCharacters = 10;
 constexpr std::size_t kMostWordCharacters = 63;
-constexpr std::int64_t kMostBytes = std::numeric_limits<std::int64_t>::max();
-
-/// The sum and the product of two numbers that are not negative, or the largest number.
-std::int64_t Sum(std::int64_t a, std::int64_t b) {
-    return a > kMostBytes - b ? kMostBytes : a + b;
-}
-
-std::int64_t Product(std::int64_t a, std::int64_t b) {
-    return b != 0 && a > kMostBytes / b ? kMostBytes : a * b;
-}
 
 /// A count of bytes; `fallback` may be larger than any that a header can give.
 std::int64_t Bytes(const HeaderText& text, std::string_view keyword, std::int64_t fallback) {

@@ -1,0 +1,176 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "readers/spot/BandKernels.cpp"
+#include <hwy/foreach_target.h>  // compiles this file once per vector width
+
+#include "readers/spot/BandKernels.h"
+
+#include <hwy/highway.h>
+
+#include <bit>
+#include <cstring>
+
+HWY_BEFORE_NAMESPACE();
+namespace Kavra::Devices::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using TagU8 = hn::ScalableTag<std::uint8_t>;
+
+/// As many pixels as fill whole vectors; the result is how many that were.
+std::size_t RowsToRgba(unsigned char* out, const ColourRows& in) {
+    const TagU8 d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; x + lanes <= in.red.size(); x += lanes) {
+        hn::StoreInterleaved4(hn::LoadU(d, in.red.data() + x), hn::LoadU(d, in.green.data() + x),
+                              hn::LoadU(d, in.blue.data() + x), hn::Set(d, 255), d, out + 4 * x);
+    }
+    return x;
+}
+
+std::size_t PixelsToRgba(unsigned char* out, std::span<const unsigned char> in, bool blueFirst) {
+    const TagU8 d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; 3 * (x + lanes) <= in.size(); x += lanes) {
+        hn::VFromD<TagU8> first, green, last;
+        hn::LoadInterleaved3(d, in.data() + 3 * x, first, green, last);
+        hn::StoreInterleaved4(blueFirst ? last : first, green, blueFirst ? first : last, hn::Set(d, 255), d,
+                              out + 4 * x);
+    }
+    return x;
+}
+
+/// One sample of each pixel of three.
+template <class Sample>
+std::size_t SamplesOfPixels(unsigned char* out, std::span<const unsigned char> in, int band) {
+    const hn::ScalableTag<Sample> d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; 3 * (x + lanes) * sizeof(Sample) <= in.size(); x += lanes) {
+        hn::VFromD<hn::ScalableTag<Sample>> first, second, third;
+        hn::LoadInterleaved3(d, reinterpret_cast<const Sample*>(in.data()) + 3 * x, first, second, third);
+        hn::StoreU(band == 0 ? first : band == 1 ? second : third, d, reinterpret_cast<Sample*>(out) + x);
+    }
+    return x;
+}
+
+std::size_t WordsOfPixels(unsigned char* out, std::span<const unsigned char> in, int band) {
+    return SamplesOfPixels<std::uint16_t>(out, in, band);
+}
+
+std::size_t FloatsOfPixels(unsigned char* out, std::span<const unsigned char> in, int band) {
+    return SamplesOfPixels<std::uint32_t>(out, in, band);
+}
+
+}  // namespace Kavra::Devices::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Kavra::Devices {
+
+HWY_EXPORT(RowsToRgba);
+HWY_EXPORT(PixelsToRgba);
+HWY_EXPORT(WordsOfPixels);
+HWY_EXPORT(FloatsOfPixels);
+
+namespace {
+
+/// Four bytes in the order in which they stand in memory.
+std::uint32_t Pixel(unsigned char red, unsigned char green, unsigned char blue, unsigned char alpha) {
+    return std::bit_cast<std::uint32_t>(std::array{red, green, blue, alpha});
+}
+
+void Store(std::span<unsigned char> bytes, std::size_t index, std::uint32_t pixel) {
+    std::memcpy(bytes.subspan(index * sizeof pixel, sizeof pixel).data(), &pixel, sizeof pixel);
+}
+
+/// Every sample through a table. Some at a time, because a store could change the table for all that the compiler
+/// knows.
+template <class Entry>
+void LookUp(std::span<unsigned char> out, std::span<const unsigned char> in, const std::array<Entry, 256>& table) {
+    constexpr std::size_t kStep = 16;
+    std::size_t x = 0;
+    for (; x + kStep <= in.size(); x += kStep) {
+        std::array<Entry, kStep> entries;
+        for (std::size_t i = 0; i < kStep; ++i)
+            entries[i] = table[in[x + i]];
+        std::memcpy(out.subspan(x * sizeof(Entry), sizeof entries).data(), entries.data(), sizeof entries);
+    }
+    for (; x < in.size(); ++x)
+        std::memcpy(out.subspan(x * sizeof(Entry), sizeof(Entry)).data(), &table[in[x]], sizeof(Entry));
+}
+
+}  // namespace
+
+SampleTable RedTable(const BandPalette& palette) {
+    SampleTable table;
+    for (std::size_t i = 0; i < table.size(); ++i)
+        table[i] = palette[i].red;
+    return table;
+}
+
+PixelTable ColourTable(const BandPalette& palette) {
+    PixelTable table;
+    for (std::size_t i = 0; i < table.size(); ++i)
+        table[i] = Pixel(palette[i].red, palette[i].green, palette[i].blue, 255);
+    return table;
+}
+
+PixelTables ComponentTables(const BandPalette& palette) {
+    PixelTables tables;
+    for (std::size_t i = 0; i < palette.size(); ++i) {
+        tables.red[i] = Pixel(palette[i].red, 0, 0, 255);
+        tables.green[i] = Pixel(0, palette[i].green, 0, 0);
+        tables.blue[i] = Pixel(0, 0, palette[i].blue, 0);
+    }
+    return tables;
+}
+
+void GreyFromSamples(std::span<unsigned char> out, std::span<const unsigned char> in, const SampleTable& table) {
+    LookUp(out, in, table);
+}
+
+void RgbaFromSamples(std::span<unsigned char> out, std::span<const unsigned char> in, const PixelTable& table) {
+    LookUp(out, in, table);
+}
+
+void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in) {
+    for (std::size_t x = HWY_DYNAMIC_DISPATCH(RowsToRgba)(out.data(), in); x < in.red.size(); ++x)
+        Store(out, x, Pixel(in.red[x], in.green[x], in.blue[x], 255));
+}
+
+void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in, const PixelTables& tables) {
+    for (std::size_t x = 0; x < in.red.size(); ++x)
+        Store(out, x, tables.red[in.red[x]] | tables.green[in.green[x]] | tables.blue[in.blue[x]]);
+}
+
+void RgbaFromPixels(std::span<unsigned char> out, std::span<const unsigned char> in, bool blueFirst) {
+    const std::size_t red = blueFirst ? 2 : 0;
+    const std::size_t blue = 2 - red;
+    for (std::size_t x = HWY_DYNAMIC_DISPATCH(PixelsToRgba)(out.data(), in, blueFirst); x < in.size() / 3; ++x)
+        Store(out, x, Pixel(in[3 * x + red], in[3 * x + 1], in[3 * x + blue], 255));
+}
+
+void RgbaFromPixels(std::span<unsigned char> out, std::span<const unsigned char> in, bool blueFirst,
+                    const PixelTables& tables) {
+    const std::size_t red = blueFirst ? 2 : 0;
+    const std::size_t blue = 2 - red;
+    for (std::size_t x = 0; x < in.size() / 3; ++x) {
+        Store(out, x, tables.red[in[3 * x + red]] | tables.green[in[3 * x + 1]] | tables.blue[in[3 * x + blue]]);
+    }
+}
+
+void SampleFromPixels(std::span<unsigned char> out, std::span<const unsigned char> in, std::size_t sampleBytes,
+                      int band) {
+    const auto first = static_cast<std::size_t>(band) * sampleBytes;
+    std::size_t x = sampleBytes == 2 ? HWY_DYNAMIC_DISPATCH(WordsOfPixels)(out.data(), in, band)
+                                     : HWY_DYNAMIC_DISPATCH(FloatsOfPixels)(out.data(), in, band);
+    for (; x < out.size() / sampleBytes; ++x) {
+        std::memcpy(out.subspan(x * sampleBytes, sampleBytes).data(),
+                    in.subspan(3 * x * sampleBytes + first, sampleBytes).data(), sampleBytes);
+    }
+}
+
+}  // namespace Kavra::Devices
+#endif

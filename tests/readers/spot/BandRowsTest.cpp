@@ -1,0 +1,145 @@
+#include "readers/spot/BandRows.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+namespace {
+
+using namespace Kavra::Devices;
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+
+/// Bytes without a period that a row length could hide.
+Bytes File(std::size_t size) {
+    Bytes file;
+    for (std::size_t i = 0; i < size; ++i)
+        file.push_back(static_cast<unsigned char>(i + i / 253));
+    return file;
+}
+
+Bytes Part(const Bytes& bytes, std::size_t first, std::size_t count) {
+    const auto start = bytes.begin() + static_cast<std::ptrdiff_t>(first);
+    return {start, start + static_cast<std::ptrdiff_t>(count)};
+}
+
+Bytes Copy(std::span<const unsigned char> bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+TEST(BandRows, ALineIsAPartOfItsRow) {
+    const Bytes file = File(100);
+    ByteSource source(file);
+    BandRows rows(source, {10}, 20);
+    Bytes line(5);
+    rows.Read(0, 0, line);
+    EXPECT_EQ(line, Part(file, 10, 5));
+    rows.Read(2, 15, line);
+    EXPECT_EQ(line, Part(file, 65, 5));
+}
+
+TEST(BandRows, WhatTheFileDoesNotHoldStays) {
+    const Bytes file = {1, 2, 3, 4, 5};
+    ByteSource source(file);
+    BandRows rows(source, {0}, 4);
+    Bytes line = {91, 92, 93};
+    rows.Read(1, 0, line);
+    EXPECT_EQ(line, (Bytes{5, 92, 93}));
+    rows.Read(2, 0, line);
+    EXPECT_EQ(line, (Bytes{5, 92, 93}));
+    rows.Read(0, 3, line);
+    EXPECT_EQ(line, (Bytes{4, 92, 93})) << "nor what a row does not hold";
+}
+
+TEST(BandRows, SlotsStandSideBySide) {
+    const Bytes file = File(60);
+    ByteSource source(file);
+    BandRows rows(source, {40, 0, 20}, 5);
+    Bytes line(9);
+    rows.Read(1, 3, line);
+    EXPECT_EQ(line, (Bytes{48, 49, 5, 6, 7, 8, 9, 25, 26}));
+}
+
+TEST(BandRows, PlacesBeyondAnyFileHoldNothing) {
+    const Bytes file = File(60);
+    ByteSource source(file);
+    for (const std::int64_t slotBytes : {std::int64_t{0}, std::int64_t{3}, kMost}) {
+        for (const std::int64_t start : {std::int64_t{60}, kMost}) {
+            BandRows rows(source, {start, kMost, start}, slotBytes);
+            for (const std::int64_t first : {std::int64_t{0}, std::int64_t{7}, kMost - 1, kMost}) {
+                Bytes line = {1, 2, 3};
+                rows.Read(2'000'000'000, first, line);
+                EXPECT_EQ(line, (Bytes{1, 2, 3}));
+                EXPECT_TRUE(rows.Find(2'000'000'000, first, 3).empty());
+                rows.ReadAll(first, 3, line);
+                EXPECT_EQ(line, (Bytes{0, 0, 0}));
+            }
+        }
+    }
+}
+
+TEST(BandRows, AllLinesAreReadOneAfterAnother) {
+    const Bytes file = File(1000);
+    ByteSource source(file);
+    Bytes out(30);
+    BandRows(source, {5}, 10).ReadAll(0, 10, out);
+    EXPECT_EQ(out, Part(file, 5, 30)) << "rows that touch";
+    BandRows(source, {5}, 100).ReadAll(7, 10, out);
+    for (std::size_t row = 0; row < 3; ++row)
+        EXPECT_EQ(Part(out, row * 10, 10), Part(file, 12 + row * 100, 10));
+}
+
+TEST(BandRows, LinesThatTheFileCutsOffGoOnAsTheOneBefore) {
+    const Bytes file = {1, 2, 3, 4, 5, 6, 7, 8};
+    ByteSource source(file);
+    Bytes out(12, 99);
+    BandRows(source, {0}, 3).ReadAll(0, 3, out);
+    EXPECT_EQ(out, (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 6, 7, 8, 6}));
+    out.assign(12, 99);
+    BandRows(source, {7}, 3).ReadAll(0, 3, out);
+    EXPECT_EQ(out, (Bytes{8, 0, 0, 8, 0, 0, 8, 0, 0, 8, 0, 0}));
+    out.assign(12, 99);
+    BandRows(source, {0}, 2).ReadAll(0, 3, out);
+    EXPECT_EQ(out, (Bytes{1, 2, 0, 3, 4, 0, 5, 6, 0, 7, 8, 0}));
+}
+
+/// Rows of a few bytes, of some in a chunk, and of more than one.
+class BandLines : public testing::TestWithParam<std::size_t> {};
+
+INSTANTIATE_TEST_SUITE_P(RowBytes, BandLines, testing::Values(1, 3, 1000, 60'001, 131'072, 131'073, 200'000));
+
+TEST_P(BandLines, AreThoseOfEachRow) {
+    const std::size_t rowBytes = GetParam();
+    const std::size_t count = 300'000 / rowBytes + 3;
+    const std::size_t first = rowBytes / 3, bytes = rowBytes - first;
+    const Bytes file = File(11 + count * rowBytes);
+    ByteSource source(file);
+    BandRows rows(source, {11}, static_cast<std::int64_t>(rowBytes));
+    BandLine line(rows, static_cast<std::int64_t>(first), bytes);
+    for (std::size_t row = 0; row < count; ++row) {
+        ASSERT_EQ(Copy(line.OfRow(static_cast<std::int64_t>(row))), Part(file, 11 + row * rowBytes + first, bytes))
+            << row;
+    }
+}
+
+TEST_P(BandLines, GoOnAsTheLastOneThatTheFileHolds) {
+    const std::size_t rowBytes = GetParam();
+    const std::size_t whole = 200'000 / rowBytes + 1;
+    const std::size_t rest = rowBytes / 2;
+    const Bytes file = File(whole * rowBytes + rest);
+    ByteSource source(file);
+    BandRows rows(source, {0}, static_cast<std::int64_t>(rowBytes));
+    BandLine line(rows, 0, rowBytes);
+    for (std::size_t row = 0; row < whole; ++row)
+        ASSERT_EQ(Copy(line.OfRow(static_cast<std::int64_t>(row))), Part(file, row * rowBytes, rowBytes));
+    Bytes expected = Part(file, whole * rowBytes, rest);
+    const Bytes kept = Part(file, (whole - 1) * rowBytes + rest, rowBytes - rest);
+    expected.insert(expected.end(), kept.begin(), kept.end());
+    for (std::size_t row = whole; row < whole + 3; ++row)
+        ASSERT_EQ(Copy(line.OfRow(static_cast<std::int64_t>(row))), expected) << row - whole;
+}
+
+}  // namespace
