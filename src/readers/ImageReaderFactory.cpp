@@ -1,6 +1,7 @@
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/flic/FlicReader.h"
 #include "readers/pcx/PcxReader.h"
 #include "readers/spot/SpotReader.h"
 
@@ -31,6 +32,7 @@ struct ReaderEntry {
 
 /// One line a reader: `{PCX, Make<PCXReader>},`.
 constexpr std::initializer_list<ReaderEntry> kReaders = {
+    {FLIC, Make<FLICReader>},
     {PCX, Make<PCXReader>},
     {Spot, Make<SpotReader>},
 };

@@ -6,7 +6,6 @@
 
 #include <hwy/highway.h>
 
-#include <bit>
 #include <cstring>
 
 HWY_BEFORE_NAMESPACE();
@@ -76,29 +75,8 @@ HWY_EXPORT(FloatsOfPixels);
 
 namespace {
 
-/// Four bytes in the order in which they stand in memory.
-std::uint32_t Pixel(unsigned char red, unsigned char green, unsigned char blue, unsigned char alpha) {
-    return std::bit_cast<std::uint32_t>(std::array{red, green, blue, alpha});
-}
-
 void Store(std::span<unsigned char> bytes, std::size_t index, std::uint32_t pixel) {
     std::memcpy(bytes.subspan(index * sizeof pixel, sizeof pixel).data(), &pixel, sizeof pixel);
-}
-
-/// Every sample through a table. Some at a time, because a store could change the table for all that the compiler
-/// knows.
-template <class Entry>
-void LookUp(std::span<unsigned char> out, std::span<const unsigned char> in, const std::array<Entry, 256>& table) {
-    constexpr std::size_t kStep = 16;
-    std::size_t x = 0;
-    for (; x + kStep <= in.size(); x += kStep) {
-        std::array<Entry, kStep> entries;
-        for (std::size_t i = 0; i < kStep; ++i)
-            entries[i] = table[in[x + i]];
-        std::memcpy(out.subspan(x * sizeof(Entry), sizeof entries).data(), entries.data(), sizeof entries);
-    }
-    for (; x < in.size(); ++x)
-        std::memcpy(out.subspan(x * sizeof(Entry), sizeof(Entry)).data(), &table[in[x]], sizeof(Entry));
 }
 
 }  // namespace
@@ -113,16 +91,16 @@ SampleTable RedTable(const BandPalette& palette) {
 PixelTable ColourTable(const BandPalette& palette) {
     PixelTable table;
     for (std::size_t i = 0; i < table.size(); ++i)
-        table[i] = Pixel(palette[i].red, palette[i].green, palette[i].blue, 255);
+        table[i] = PackedPixel(palette[i].red, palette[i].green, palette[i].blue, 255);
     return table;
 }
 
 PixelTables ComponentTables(const BandPalette& palette) {
     PixelTables tables;
     for (std::size_t i = 0; i < palette.size(); ++i) {
-        tables.red[i] = Pixel(palette[i].red, 0, 0, 255);
-        tables.green[i] = Pixel(0, palette[i].green, 0, 0);
-        tables.blue[i] = Pixel(0, 0, palette[i].blue, 0);
+        tables.red[i] = PackedPixel(palette[i].red, 0, 0, 255);
+        tables.green[i] = PackedPixel(0, palette[i].green, 0, 0);
+        tables.blue[i] = PackedPixel(0, 0, palette[i].blue, 0);
     }
     return tables;
 }
@@ -137,7 +115,7 @@ void RgbaFromSamples(std::span<unsigned char> out, std::span<const unsigned char
 
 void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in) {
     for (std::size_t x = HWY_DYNAMIC_DISPATCH(RowsToRgba)(out.data(), in); x < in.red.size(); ++x)
-        Store(out, x, Pixel(in.red[x], in.green[x], in.blue[x], 255));
+        Store(out, x, PackedPixel(in.red[x], in.green[x], in.blue[x], 255));
 }
 
 void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in, const PixelTables& tables) {
@@ -149,7 +127,7 @@ void RgbaFromPixels(std::span<unsigned char> out, std::span<const unsigned char>
     const std::size_t red = blueFirst ? 2 : 0;
     const std::size_t blue = 2 - red;
     for (std::size_t x = HWY_DYNAMIC_DISPATCH(PixelsToRgba)(out.data(), in, blueFirst); x < in.size() / 3; ++x)
-        Store(out, x, Pixel(in[3 * x + red], in[3 * x + 1], in[3 * x + blue], 255));
+        Store(out, x, PackedPixel(in[3 * x + red], in[3 * x + 1], in[3 * x + blue], 255));
 }
 
 void RgbaFromPixels(std::span<unsigned char> out, std::span<const unsigned char> in, bool blueFirst,

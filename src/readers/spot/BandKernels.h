@@ -2,9 +2,9 @@
 /// RGBA pixels come out opaque.
 #pragma once
 
+#include "readers/SampleTables.h"
 #include "readers/spot/BandPalette.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -12,9 +12,9 @@
 namespace Kavra::Devices {
 
 /// What each 8-bit sample becomes.
-using SampleTable = std::array<unsigned char, 256>;
+using SampleTable = Table256<unsigned char>;
 /// What each 8-bit sample contributes to the four bytes of a pixel.
-using PixelTable = std::array<std::uint32_t, 256>;
+using PixelTable = Table256<std::uint32_t>;
 
 /// A pixel is the sum of what its three samples contribute.
 struct PixelTables {
