@@ -3,6 +3,7 @@
 #include "readers/ImageReaderInterface.h"
 #include "readers/flic/FlicReader.h"
 #include "readers/pcx/PcxReader.h"
+#include "readers/pict/PictReader.h"
 #include "readers/spot/SpotReader.h"
 
 #include <kavra/objects/IMemoryAllocator.h>
@@ -34,6 +35,7 @@ struct ReaderEntry {
 constexpr std::initializer_list<ReaderEntry> kReaders = {
     {FLIC, Make<FLICReader>},
     {PCX, Make<PCXReader>},
+    {PICT, Make<PictReader>},
     {Spot, Make<SpotReader>},
 };
 

@@ -1,7 +1,10 @@
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/flic/FlicReader.h"
 #include "readers/pcx/PcxReader.h"
+#include "readers/pict/PictReader.h"
+#include "readers/spot/SpotReader.h"
 
 #include <kavra/objects/ObjModel.h>
 
@@ -33,12 +36,21 @@ TEST(ImageReaderFactory, CodesOfFilesThatOthersReadHaveNoReader) {
         EXPECT_EQ(CreateImageReader(code), nullptr) << code;
 }
 
-TEST(ImageReaderFactory, PcxFilesHaveAReaderThatIsNotOpenYet) {
-    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(PCX));
-    ASSERT_NE(dynamic_cast<PCXReader*>(reader.get()), nullptr);
-    EXPECT_EQ(reader->GetWidth(), 0);
-    EXPECT_EQ(reader->GetHeight(), 0);
-    EXPECT_FALSE(reader->ReadImage(nullptr, 0));
+// Of the type, not open yet: without a size, and without pixels.
+template <class Reader>
+void ExpectMade(int fileType) {
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
+    ASSERT_NE(dynamic_cast<Reader*>(reader.get()), nullptr) << fileType;
+    EXPECT_EQ(reader->GetWidth(), 0) << fileType;
+    EXPECT_EQ(reader->GetHeight(), 0) << fileType;
+    EXPECT_FALSE(reader->ReadImage(nullptr, 0)) << fileType;
+}
+
+TEST(ImageReaderFactory, EveryLegacyTypeHasItsReader) {
+    ExpectMade<FLICReader>(FLIC);
+    ExpectMade<PCXReader>(PCX);
+    ExpectMade<PictReader>(PICT);
+    ExpectMade<SpotReader>(Spot);
 }
 
 TEST(ImageReaderInterface, DescribesOneUprightFrameOfEightBitColourUnlessAReaderSaysOtherwise) {
