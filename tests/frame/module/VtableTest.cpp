@@ -1,6 +1,7 @@
 // A host calls by slot. These tests do as a host does that was compiled from another declaration of the interface: they
 // take the function out of the table and call it.
 
+#include "support/CallSlot.h"
 #include "support/MessageRecorder.h"
 #include "support/TemporaryFolder.h"
 
@@ -14,15 +15,7 @@ namespace {
 using namespace Kavra::Devices;
 using Kavra::vec3;
 using Kavra::vec4;
-
-/// Calls entry `slot` of the table of the view at `view`. A virtual destructor, slot 0, has two entries of the table
-/// (https://itanium-cxx-abi.github.io/cxx-abi/abi.html#vtable-components), so slot n is entry n + 1.
-template <class Result, class... Arguments>
-Result CallSlot(void* view, int slot, Arguments... arguments) {
-    void** const table = *static_cast<void***>(view);
-    const auto function = reinterpret_cast<Result (*)(void*, Arguments...)>(table[slot + 1]);
-    return function(view, arguments...);
-}
+using Kavra::Tests::CallSlot;
 
 /// Writes down which operation was called.
 class RecordingHandler final : public IImageHandler {
