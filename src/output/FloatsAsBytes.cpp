@@ -9,72 +9,42 @@
 
 #include "common/ParallelRange.h"
 #include "common/PixelRun.h"
+#include "output/FloatKernels.h"
 
 namespace Kavra::Devices {
 
 namespace {
 
-/// Values that are worked on at a time: whole pixels of every kind, and several vectors of any width.
-constexpr std::size_t kGroup = 16;
-
-using Group = std::array<float, kGroup>;
-
-/// The least and greatest value at each place of a group; NaN is no value.
-struct Extremes {
-    Group least, greatest;
-};
-
-constexpr Extremes NoExtremes() {
-    Extremes none{};
+constexpr FloatExtremes NoExtremes() {
+    FloatExtremes none{};
     none.least.fill(std::numeric_limits<float>::infinity());
     none.greatest.fill(-std::numeric_limits<float>::infinity());
     return none;
 }
 
-void Widen(Extremes& extremes, const Group& least, const Group& greatest) {
-    for (std::size_t i = 0; i < kGroup; ++i) {
-        extremes.least[i] = least[i] < extremes.least[i] ? least[i] : extremes.least[i];
-        extremes.greatest[i] = greatest[i] > extremes.greatest[i] ? greatest[i] : extremes.greatest[i];
+FloatExtremes Joined(FloatExtremes a, const FloatExtremes& b) {
+    for (std::size_t i = 0; i < kFloatGroup; ++i) {
+        a.least[i] = std::min(a.least[i], b.least[i]);
+        a.greatest[i] = std::max(a.greatest[i], b.greatest[i]);
     }
+    return a;
 }
 
-/// `count` values of a row; the rest of the group is NaN, which no extreme takes and which shows as 0.
-Group LoadPart(const unsigned char* values, std::size_t count) {
-    Group group;
-    group.fill(std::numeric_limits<float>::quiet_NaN());
-    std::memcpy(group.data(), values, count * sizeof(float));
-    return group;
-}
-
-/// Calls `body(group, first, count)` for the values of a row, `count` of them in each group.
-template <class Body>
-void ForEachGroup(const unsigned char* row, std::size_t values, const Body& body) {
-    std::size_t done = 0;
-    for (; done + kGroup <= values; done += kGroup) {
-        Group group;
-        std::memcpy(group.data(), row + done * sizeof(float), sizeof(group));
-        body(group, done, kGroup);
-    }
-    if (done < values) body(LoadPart(row + done * sizeof(float), values - done), done, values - done);
+std::size_t RowValues(const FloatRows& rows) {
+    return rows.width * rows.channels;
 }
 
 std::size_t SerialRows(const FloatRows& rows) {
-    return Common::kSerialBytes / std::max<std::size_t>(1, rows.width * rows.channels * sizeof(float));
+    return Common::kSerialBytes / std::max<std::size_t>(1, RowValues(rows) * sizeof(float));
 }
 
-Extremes FindExtremes(const FloatRows& rows) {
-    const auto add = [&](std::size_t begin, std::size_t end, Extremes extremes) {
-        for (std::size_t y = begin; y < end; ++y) {
-            ForEachGroup(rows.first + y * rows.pitch, rows.width * rows.channels,
-                         [&](const Group& group, std::size_t, std::size_t) { Widen(extremes, group, group); });
-        }
+FloatExtremes FindExtremes(const FloatRows& rows) {
+    const auto widen = [&](std::size_t begin, std::size_t end, FloatExtremes extremes) {
+        for (std::size_t y = begin; y < end; ++y)
+            WidenExtremes(extremes, rows.first + y * rows.pitch, RowValues(rows));
         return extremes;
     };
-    const auto join = [](Extremes a, const Extremes& b) {
-        Widen(a, b.least, b.greatest);
-        return a;
-    };
-    return Common::ReduceRange(rows.height, SerialRows(rows), NoExtremes(), add, join);
+    return Common::ReduceRange(rows.height, SerialRows(rows), NoExtremes(), widen, Joined);
 }
 
 /// How a channel is mapped: `minimum` becomes 0, and `minimum + span` 255.
@@ -94,62 +64,38 @@ Range RangeOf(double minimum, double maximum, bool stretch) {
     return {isShown ? 0 : minimum, 1};
 }
 
-/// The range at each place of a group.
-struct Ranges {
-    std::array<double, kGroup> minimum, span;
-};
-
-Ranges FindRanges(const FloatRows& rows, bool stretch) {
-    const Extremes extremes = FindExtremes(rows);
-    Ranges ranges{};
+FloatMapping FindMapping(const FloatRows& rows, bool stretch) {
+    const FloatExtremes extremes = FindExtremes(rows);
+    FloatMapping mapping{};
     for (std::size_t channel = 0; channel < rows.channels; ++channel) {
         // Where the search starts: an infinity beyond it never becomes the minimum or the maximum on that side.
         double minimum = 1e50, maximum = -1e50;
-        for (std::size_t i = channel; i < kGroup; i += rows.channels) {
+        for (std::size_t i = channel; i < kFloatGroup; i += rows.channels) {
             minimum = std::min(minimum, static_cast<double>(extremes.least[i]));
             maximum = std::max(maximum, static_cast<double>(extremes.greatest[i]));
         }
         const Range range = RangeOf(minimum, maximum, stretch);
-        for (std::size_t i = channel; i < kGroup; i += rows.channels) {
-            ranges.minimum[i] = range.minimum;
-            ranges.span[i] = range.span;
+        for (std::size_t i = channel; i < kFloatGroup; i += rows.channels) {
+            mapping.minimum[i] = range.minimum;
+            mapping.span[i] = range.span;
         }
     }
-    return ranges;
+    return mapping;
 }
 
-using Bytes = std::array<std::uint8_t, kGroup>;
-
-Bytes Show(const Group& group, const Ranges& ranges) {
-    Bytes bytes;
-    for (std::size_t i = 0; i < kGroup; ++i) {
-        const double scaled = (static_cast<double>(group[i]) - ranges.minimum[i]) * 255 / ranges.span[i];
-        const double positive = scaled > 0 ? scaled : 0;  // NaN is not
-        bytes[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>(positive < 255 ? positive : 255));
-    }
-    return bytes;
-}
-
-void ShowRow(const unsigned char* row, std::size_t values, const Ranges& ranges, unsigned char* out) {
-    ForEachGroup(row, values, [&](const Group& group, std::size_t first, std::size_t count) {
-        const Bytes bytes = Show(group, ranges);
-        std::memcpy(out + first, bytes.data(), count);
-    });
-}
-
-/// Two channels as the first two of four.
-void ShowRowOfPairs(const unsigned char* row, std::size_t values, const Ranges& ranges, unsigned char* out) {
-    ForEachGroup(row, values, [&](const Group& group, std::size_t first, std::size_t count) {
-        const Bytes bytes = Show(group, ranges);
-        std::array<std::uint8_t, 2 * kGroup> pixels;
-        for (std::size_t i = 0; i < kGroup / 2; ++i) {
-            pixels[4 * i] = bytes[2 * i];
-            pixels[4 * i + 1] = bytes[2 * i + 1];
-            pixels[4 * i + 2] = 0;
-            pixels[4 * i + 3] = 255;
+/// Two channels as the first two of four: a part of the row at a time, which stays in the cache.
+void ShowPairs(const FloatMapping& mapping, const unsigned char* row, std::size_t values, unsigned char* out) {
+    constexpr std::size_t kPart = 4096;
+    constexpr std::uint32_t kOpaque = 0xFF000000;
+    std::array<unsigned char, kPart> bytes;
+    for (std::size_t done = 0; done < values; done += kPart) {
+        const std::size_t count = std::min(kPart, values - done);
+        ShowFloats(mapping, row + done * sizeof(float), count, bytes.data());
+        for (std::size_t i = 0; i < count; i += 2) {
+            const std::uint32_t pixel = bytes[i] | std::uint32_t{bytes[i + 1]} << 8 | kOpaque;
+            std::memcpy(out + 2 * (done + i), &pixel, sizeof(pixel));
         }
-        std::memcpy(out + 2 * first, pixels.data(), 2 * count);
-    });
+    }
 }
 
 }  // namespace
@@ -158,11 +104,11 @@ Common::PixelBlock FloatsAsBytes(const FloatRows& rows, bool stretch) {
     const std::size_t rowBytes = rows.width * ShownBytes(rows.channels);
     if (rowBytes != 0 && rows.height > std::numeric_limits<std::size_t>::max() / rowBytes) throw std::bad_alloc();
     Common::PixelBlock shown = Common::NewBlock(rowBytes * rows.height);
-    const Ranges ranges = FindRanges(rows, stretch);
-    const auto showRow = rows.channels == 2 ? ShowRowOfPairs : ShowRow;
+    const FloatMapping mapping = FindMapping(rows, stretch);
+    const auto show = rows.channels == 2 ? ShowPairs : ShowFloats;
     Common::ForEachRange(rows.height, SerialRows(rows), [&](std::size_t begin, std::size_t end) {
         for (std::size_t y = begin; y < end; ++y)
-            showRow(rows.first + y * rows.pitch, rows.width * rows.channels, ranges, shown.get() + y * rowBytes);
+            show(mapping, rows.first + y * rows.pitch, RowValues(rows), shown.get() + y * rowBytes);
     });
     return shown;
 }
