@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <string_view>
 
 namespace Kavra::App {
 
@@ -26,10 +27,19 @@ struct Session {
     Host LoadHost() const { return Host(plugin); }
 };
 
+/// Says on standard error what is wrong with the command line, and gives its exit status.
+int WrongUsage(std::string_view text);
+
 void AddInfo(CLI::App& program, Session& session);
 void AddDump(CLI::App& program, Session& session);
 void AddConvert(CLI::App& program, Session& session);
 void AddFrames(CLI::App& program, Session& session);
+void AddResize(CLI::App& program, Session& session);
+void AddCrop(CLI::App& program, Session& session);
+void AddCompose(CLI::App& program, Session& session);
+void AddSheet(CLI::App& program, Session& session);
+void AddTarget(CLI::App& program, Session& session);
+void AddTile(CLI::App& program, Session& session);
 void AddFormats(CLI::App& program, Session& session);
 
 }  // namespace Kavra::App

@@ -3,7 +3,6 @@
 #include "SaveImage.h"
 #include "Workers.h"
 
-#include <cstdio>
 #include <format>
 #include <map>
 #include <memory>
@@ -17,11 +16,6 @@ struct Options {
     int jobs = 0;
     LoadOptions load;
 };
-
-int WrongUsage(const std::string& text) {
-    std::fputs(std::format("kavra: error: {}\n", text).c_str(), stderr);
-    return kWrongUsage;
-}
 
 std::filesystem::path InFolder(const std::filesystem::path& folder, const std::string& input, const std::string& to) {
     const std::string extension = to.starts_with('.') ? to : "." + to;

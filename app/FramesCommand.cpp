@@ -7,7 +7,6 @@
 #include <kavra/objects/OS.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <format>
 #include <memory>
 
@@ -54,10 +53,7 @@ void WriteFrames(const Host& host, Report& report, const Options& options, const
 
 int Run(const Session& session, const Options& options) {
     const auto pattern = FramePattern::Parse(options.pattern);
-    if (!pattern) {
-        std::fputs("kavra: error: the pattern needs one number, as in out/%03d.png\n", stderr);
-        return kWrongUsage;
-    }
+    if (!pattern) return WrongUsage("the pattern needs one number, as in out/%03d.png");
     const Host host = session.LoadHost();
     Report report(options.file);
     const int count = FrameCount(host, report);

@@ -9,22 +9,27 @@ namespace Kavra::App {
 
 using namespace Devices;
 
+void AddFormatOption(CLI::App& command, EFormat& format, const std::string& help) {
+    command
+        .add_option_function<std::string>(
+            "--format",
+            [&format](const std::string& text) {
+                const auto parsed = ParseFormat(text);
+                if (!parsed) throw CLI::ValidationError("--format", text + " is no pixel format; see kavra formats");
+                format = *parsed;
+            },
+            help)
+        ->type_name("NAME");
+}
+
 void LoadOptions::AddTo(CLI::App& command, bool withFrame) {
     command
         .add_option_function<std::string>(
             "--size", [this](const std::string& text) { std::tie(width, height) = ParseSize(text, 0); },
             "The largest size wanted, in pixels, WxH; 0 means the file's own. Images are never enlarged.")
         ->type_name("WxH");
-    command
-        .add_option_function<std::string>(
-            "--format",
-            [this](const std::string& text) {
-                const auto parsed = ParseFormat(text);
-                if (!parsed) throw CLI::ValidationError("--format", text + " is no pixel format; see kavra formats");
-                format = *parsed;
-            },
-            "The pixel format wanted: a short name (rgba8), an enumerator (kR8G8B8A8) or its number")
-        ->type_name("NAME");
+    AddFormatOption(command, format,
+                    "The pixel format wanted: a short name (rgba8), an enumerator (kR8G8B8A8) or its number");
     command.add_option("--orientation", orientation, "Row and column order wanted, 0 (as displayed) to 7")
         ->check(CLI::Range(0, 7));
     command.add_flag("--high-quality", highQuality, "Always shrink with the better filter");

@@ -12,6 +12,9 @@
 
 namespace Kavra::App {
 
+/// Adds `--format`, which takes a format by name or number.
+void AddFormatOption(CLI::App& command, Devices::EFormat& format, const std::string& help);
+
 struct LoadOptions {
     int width = 0;  ///< 0: the file's own
     int height = 0;

@@ -1,11 +1,11 @@
 #include "SaveImage.h"
 
+#include "FileNames.h"
 #include "FormatNames.h"
 #include "OutputFile.h"
 
 #include <kavra/objects/OS.h>
 
-#include <algorithm>
 #include <array>
 #include <format>
 
@@ -13,13 +13,6 @@ namespace Kavra::App {
 namespace {
 
 using namespace Devices;
-
-std::string LowerExtension(const std::filesystem::path& path) {
-    std::string extension = path.extension().string();
-    std::ranges::transform(extension, extension.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return extension;
-}
 
 /// What the common picture files cannot hold, which a writer's plain "no" does not tell.
 std::string FormatObstacle(const std::string& extension, EFormat format) {
@@ -59,27 +52,45 @@ void NoteWhatStaysOut(Report& report, const ImageDescription& desc, const std::f
     if (desc.textureType == kTextureVolume) report.Say("note", "a volume; only its first slice was written");
 }
 
+std::string FailureText(const std::string& reason) {
+    return reason.empty() ? "cannot be written" : "cannot be written: " + reason;
+}
+
 }  // namespace
 
-bool Save(IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path) {
+std::string WriteObstacle(const std::filesystem::path& path, EFormat format) {
+    std::string reason = NameObstacle(path);
+    return reason.empty() ? Reason(path, format) : reason;
+}
+
+void FailToWrite(Report& report, const std::filesystem::path& path, const std::string& reason) {
+    report.Fail(FailureText(reason), path.string());
+}
+
+bool WriteFile(Report& report, const std::filesystem::path& path, EFormat format,
+               const std::function<bool(const KString&)>& write) {
     const std::size_t mark = report.Mark();
     std::string reason = NameObstacle(path);
     if (reason.empty()) {
         OutputFile output(path);
         const MessageScope scope(report, path.string());
-        const KString name(OS::FromUtf8(output.TemporaryPath().c_str()).c_str());
-        if (handler.SaveTexture(name, image.desc, image.block->mData)) {
+        if (write(OS::FromUtf8(output.TemporaryPath().c_str()).c_str())) {
             reason = output.Commit();
-            if (reason.empty()) {
-                NoteWhatStaysOut(report, image.desc, path);
-                return true;
-            }
+            if (reason.empty()) return true;
         } else {
-            reason = Reason(path, image.desc.format);
+            reason = Reason(path, format);
         }
     }
-    report.FailUnlessSaid(mark, reason.empty() ? "cannot be written" : "cannot be written: " + reason, path.string());
+    report.FailUnlessSaid(mark, FailureText(reason), path.string());
     return false;
+}
+
+bool Save(IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path) {
+    const bool written = WriteFile(report, path, image.desc.format, [&](const KString& name) {
+        return handler.SaveTexture(name, image.desc, image.block->mData);
+    });
+    if (written) NoteWhatStaysOut(report, image.desc, path);
+    return written;
 }
 
 }  // namespace Kavra::App

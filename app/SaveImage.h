@@ -1,15 +1,29 @@
-/// Writing what was loaded to a picture file.
+/// Writing pictures to files.
 #pragma once
 
 #include "LoadOptions.h"
 #include "Messages.h"
 
 #include <filesystem>
+#include <functional>
 
 namespace Kavra::App {
 
-/// Writes an image through the handler; the file appears under its name only when it is whole. Of a cube map or volume
-/// a flat file gets the first face or slice, and the report a note. A failure is said of the output.
+/// Why no picture of this format can be written to `path`, as far as that shows before it is tried: its name is taken
+/// or chooses no file type, its folder will not have it, or the file type has not the channels. Empty when nothing
+/// speaks against it.
+std::string WriteObstacle(const std::filesystem::path& path, Devices::EFormat format);
+
+/// Says of `path` that it cannot be written, and why.
+void FailToWrite(Report& report, const std::filesystem::path& path, const std::string& reason);
+
+/// Has `write` make a file under the name it is given; the file appears under its own name only when it is whole.
+/// Messages and a failure are said of the output. True when the file is there.
+bool WriteFile(Report& report, const std::filesystem::path& path, Devices::EFormat format,
+               const std::function<bool(const Objects::KString&)>& write);
+
+/// Writes an image through the handler. Of a cube map or volume a flat file gets the first face or slice, and the
+/// report a note.
 bool Save(Devices::IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path);
 
 }  // namespace Kavra::App

@@ -1,12 +1,35 @@
-/// Sizes on the command line.
+/// Sizes and places on the command line.
 #pragma once
 
+#include <kavra/devices/EFormat.h>
+
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace Kavra::App {
 
-/// "640x480" as width and height, each `smallest` or more; throws `CLI::ValidationError` for anything else.
-std::pair<int, int> ParseSize(const std::string& text, int smallest);
+/// Whole pixels from the top left corner.
+struct Rect {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+
+/// "640x480" as width and height, each `smallest` or more; throws `CLI::ValidationError`, said of `option`, for
+/// anything else.
+std::pair<int, int> ParseSize(const std::string& text, int smallest, const std::string& option = "--size");
+
+/// "10,20,640,480" as a rectangle of at least one pixel; throws `CLI::ValidationError` for anything else.
+Rect ParseRect(const std::string& text, const std::string& option);
+
+/// "10,-20" as x and y; nothing for anything else.
+std::optional<std::pair<int, int>> ParsePosition(std::string_view text);
+
+/// Why there can be no picture of this size; empty when there can: a row is described in 31 bits, and all of it has to
+/// fit in memory.
+std::string SizeObstacle(long long width, long long height, Devices::EFormat format);
 
 }  // namespace Kavra::App

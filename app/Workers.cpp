@@ -8,6 +8,7 @@
 #include <exception>
 #include <format>
 #include <mutex>
+#include <new>
 #include <thread>
 
 namespace Kavra::App {
@@ -16,6 +17,8 @@ namespace {
 void RunOne(std::size_t index, Report& report, const std::function<void(std::size_t, Report&)>& work) {
     try {
         work(index, report);
+    } catch (const std::bad_alloc&) {
+        report.Fail("there is not enough memory");
     } catch (const std::exception& error) {
         report.Fail(error.what());
     }
@@ -67,6 +70,11 @@ bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<v
     return std::ranges::none_of(reports, &Report::Failed);
 }
 
+bool ForOneReport(const std::string& file, const std::function<void(Report&)>& work) {
+    std::vector<Report> reports = MakeReports({file});
+    return ForEachReport(reports, 1, [&](std::size_t, Report& report) { work(report); });
+}
+
 std::vector<Report> MakeReports(const std::vector<std::string>& files) {
     std::vector<Report> reports;
     reports.reserve(files.size());
@@ -84,6 +92,10 @@ Progress::~Progress() {
 void Progress::Show(std::size_t done) {
     if (!mActive) return;
     constexpr std::size_t kWidth = 40;
+    constexpr std::size_t kMostSteps = 500;  // a bar of many thousands of lines is not drawn for each of them
+    const std::size_t step = mTotal > kMostSteps ? kMostSteps * done / mTotal : done;
+    if (mDrawn && step == mShown) return;
+    mShown = step;
     const std::size_t filled = kWidth * done / mTotal;
     const std::string bar =
         std::format("\r[{}{}] {}/{}", std::string(filled, '#'), std::string(kWidth - filled, ' '), done, mTotal);

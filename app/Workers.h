@@ -14,6 +14,9 @@ namespace Kavra::App {
 /// bar is shown for more than one item when standard error is a terminal. True when no report failed.
 bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<void(std::size_t, Report&)>& work);
 
+/// The same for one file.
+bool ForOneReport(const std::string& file, const std::function<void(Report&)>& work);
+
 /// A report for each name, in order.
 std::vector<Report> MakeReports(const std::vector<std::string>& files);
 
@@ -25,6 +28,7 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
+    /// Draws the bar again where it changed.
     void Show(std::size_t done);
     /// Takes the bar off the screen, so that something else can be printed.
     void Hide();
@@ -33,6 +37,7 @@ private:
     std::size_t mTotal;
     bool mActive;
     bool mDrawn = false;
+    std::size_t mShown = 0;
 };
 
 }  // namespace Kavra::App

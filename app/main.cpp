@@ -44,6 +44,12 @@ int main(int argc, char** argv) {
     Kavra::App::AddDump(program, session);
     Kavra::App::AddConvert(program, session);
     Kavra::App::AddFrames(program, session);
+    Kavra::App::AddResize(program, session);
+    Kavra::App::AddCrop(program, session);
+    Kavra::App::AddCompose(program, session);
+    Kavra::App::AddSheet(program, session);
+    Kavra::App::AddTarget(program, session);
+    Kavra::App::AddTile(program, session);
     Kavra::App::AddFormats(program, session);
     const int status = Parse(program, argc, argv);
     return status >= 0 ? status : Run(session);

@@ -1,3 +1,4 @@
+#include "app/PictureFiles.h"
 #include "support/Program.h"
 #include "support/TemporaryFolder.h"
 
@@ -21,10 +22,6 @@ Bytes Pixels(const std::filesystem::path& path) {
     image.get_pixels(OIIO::ROI(0, image.spec().width, 0, image.spec().height, 0, 1, 0, 4), OIIO::TypeDesc::UINT8,
                      bytes.data());
     return bytes;
-}
-
-std::size_t CountFiles(const std::filesystem::path& folder) {
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
 }  // namespace

@@ -1,0 +1,114 @@
+#include "Commands.h"
+#include "FormatNames.h"
+#include "ImageObject.h"
+#include "Picture.h"
+#include "PixelConversion.h"
+#include "SaveImage.h"
+#include "Sizes.h"
+#include "Workers.h"
+
+#include <cstdint>
+#include <format>
+#include <memory>
+
+namespace Kavra::App {
+namespace {
+
+using namespace Devices;
+
+struct Options {
+    std::string in;
+    std::string out;
+    Rect rect;
+    vec2<int> size;  // 0: the rectangle's own
+    int orientation = 0;
+    EFormat format = kUnknown;
+    int frame = 0;
+};
+
+bool IsInside(const Rect& rect, const ImageDescription& desc) {
+    return rect.x >= 0 && rect.y >= 0 && std::int64_t{rect.x} + rect.width <= desc.width &&
+           std::int64_t{rect.y} + rect.height <= desc.height;
+}
+
+/// Why this rectangle cannot be had of this picture; empty when it can.
+std::string Obstacle(const Options& options, const ImageDescription& desc) {
+    const Rect& rect = options.rect;
+    if (!IsInside(rect, desc)) {
+        return std::format("cannot be cropped: the picture is {} x {} pixels, and {} x {} from {},{} reach beyond it",
+                           desc.width, desc.height, rect.width, rect.height, rect.x, rect.y);
+    }
+    const std::string obstacle = SizeObstacle(options.size.x, options.size.y, desc.format);
+    return obstacle.empty() ? obstacle : "cannot be cropped: " + obstacle;
+}
+
+/// The rectangle in the picture's own format; messages and a failure go to the report.
+LoadedImage Cut(IImageHandler& handler, Report& report, LoadedImage image, const Options& options) {
+    const std::size_t mark = report.Mark();
+    const MessageScope scope(report);
+    const Rect& rect = options.rect;
+    const vec2<int> size{rect.width, rect.height};
+    const ImageRef source = MakeImage(handler, image);
+    image.block.reset();
+    LoadedImage result;
+    if (source != nullptr) {
+        result = Fetch(*source, {rect.x, rect.y}, size, options.size.x > 0 ? options.size : size,
+                       static_cast<EDataOrientation>(options.orientation));
+    }
+    result.desc.hasAlpha = image.desc.hasAlpha;
+    if (result.block == nullptr) report.FailUnlessSaid(mark, "cannot be cropped");
+    return result;
+}
+
+void Crop(IImageHandler& handler, Report& report, const Options& options) {
+    LoadedImage image = LoadFlat(handler, report, options.frame);
+    if (image.block == nullptr || !HasPixels(report, image, "cropped")) return;
+    const std::string obstacle = Obstacle(options, image.desc);
+    if (!obstacle.empty()) return report.Fail(obstacle);
+
+    LoadedImage result = Cut(handler, report, std::move(image), options);
+    if (result.block == nullptr) return;
+    if (options.format != kUnknown && options.format != result.desc.format) {
+        auto converted = ToFormat(result, options.format);
+        if (!converted) return report.Fail(Enumerator(options.format) + " is block-compressed, which is not written");
+        result = *std::move(converted);
+    }
+    Save(handler, report, result, options.out);
+}
+
+int Run(const Session& session, const Options& options) {
+    const Host host = session.LoadHost();
+    const bool good = ForOneReport(options.in, [&](Report& report) { Crop(host.Handler(), report, options); });
+    return good ? kAllDone : kSomeFailed;
+}
+
+}  // namespace
+
+void AddCrop(CLI::App& program, Session& session) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand("crop", "Writes a rectangle of a picture");
+    command->footer(
+        "Examples: kavra crop photo.jpg face.png --rect 120,40,200,200\n"
+        "          kavra crop photo.jpg icon.png --rect 120,40,200,200 --size 64x64");
+    command->add_option("IN", options->in, "The picture, taken as it is displayed")->required();
+    command->add_option("OUT", options->out, "The file to write")->required();
+    command
+        ->add_option_function<std::string>(
+            "--rect", [options](const std::string& text) { options->rect = ParseRect(text, "--rect"); },
+            "The rectangle, in pixels from the top left corner; it has to be inside the picture")
+        ->type_name("X,Y,W,H")
+        ->required();
+    command
+        ->add_option_function<std::string>(
+            "--size",
+            [options](const std::string& text) { std::tie(options->size.x, options->size.y) = ParseSize(text, 1); },
+            "The size to bring the rectangle to, larger or smaller; its own unless said")
+        ->type_name("WxH");
+    command->add_option("--orientation", options->orientation, "Row and column order written, 0 (as displayed) to 7")
+        ->check(CLI::Range(0, 7));
+    AddFormatOption(*command, options->format, "The pixel format written; the picture's own unless said");
+    command->add_option("--frame", options->frame, "The frame, from 0; of a DDS the mip level");
+    command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
+}
+
+}  // namespace Kavra::App

@@ -1,0 +1,69 @@
+#include "Commands.h"
+#include "ImageObject.h"
+#include "Picture.h"
+#include "PixelConversion.h"
+#include "SaveImage.h"
+#include "Workers.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace Kavra::App {
+namespace {
+
+using namespace Devices;
+
+struct Options {
+    std::string in;
+    std::string out;
+    bool stretch = false;
+    int frame = 0;
+};
+
+bool IsTargetFormat(EFormat format) {
+    static constexpr std::array kFormats = {kR32F,     kR8G8B8A8, kB8G8R8A8,     kB8G8R8X8,
+                                            kR8G8B8X8, kR32G32F,  kR32G32B32A32F};
+    return std::ranges::contains(kFormats, format);
+}
+
+/// The format of the file that a target of `format` becomes.
+EFormat WrittenFormat(EFormat format) {
+    return format == kR32F ? kR8 : kR8G8B8A8;
+}
+
+void Write(IImageHandler& handler, Report& report, const Options& options) {
+    LoadedImage image = LoadFlat(handler, report, options.frame);
+    if (image.block == nullptr || !HasPixels(report, image, "made a target")) return;
+    if (!IsTargetFormat(image.desc.format)) image = *ToFormat(image, kR32G32B32A32F);
+    const EFormat written = WrittenFormat(image.desc.format);
+    const std::string obstacle = WriteObstacle(options.out, written);
+    if (!obstacle.empty()) return FailToWrite(report, options.out, obstacle);
+    WriteFile(report, options.out, written, [&](const KString& name) {
+        BlockTarget target(image);
+        return handler.SaveTarget(name, &target, options.stretch);
+    });
+}
+
+int Run(const Session& session, const Options& options) {
+    const Host host = session.LoadHost();
+    const bool good = ForOneReport(options.in, [&](Report& report) { Write(host.Handler(), report, options); });
+    return good ? kAllDone : kSomeFailed;
+}
+
+}  // namespace
+
+void AddTarget(CLI::App& program, Session& session) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand("target", "Writes a picture as a render target, with 8 bits a channel");
+    command->footer("Example: kavra target depth.exr depth.png --stretch");
+    command->add_option("IN", options->in, "The picture, taken as it is displayed")->required();
+    command->add_option("OUT", options->out, "The file to write")->required();
+    command->add_flag("--stretch", options->stretch,
+                      "Map the range of each channel to 0..255; without it 0..1 is mapped, and more only where values "
+                      "lie outside. 8-bit colours are written as they are");
+    command->add_option("--frame", options->frame, "The frame, from 0; of a DDS the mip level");
+    command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
+}
+
+}  // namespace Kavra::App
