@@ -70,7 +70,9 @@ void Crop(IImageHandler& handler, Report& report, const Options& options) {
     if (result.block == nullptr) return;
     if (options.format != kUnknown && options.format != result.desc.format) {
         auto converted = ToFormat(result, options.format);
-        if (!converted) return report.Fail(Enumerator(options.format) + " is block-compressed, which is not written");
+        if (!converted) {
+            return report.Fail(std::format("cannot be cropped: {} has no pixels", Enumerator(options.format)));
+        }
         result = *std::move(converted);
     }
     Save(handler, report, result, options.out);

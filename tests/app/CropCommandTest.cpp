@@ -1,0 +1,176 @@
+#include "app/PictureFiles.h"
+#include "support/Program.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+using namespace Kavra::Tests;
+
+namespace {
+
+std::filesystem::path Places(const TemporaryFolder& folder) {
+    return WritePicture(folder / "in.png", 20, 10, PlaceColour);
+}
+
+}  // namespace
+
+TEST(CropCommand, TheRectangleIsWrittenPixelForPixel) {
+    const TemporaryFolder folder;
+    const auto in = Places(folder);
+    struct Case {
+        std::string rect;
+        int x, y, width, height;
+    };
+    for (const Case& row : {Case{"3,2,5,4", 3, 2, 5, 4}, Case{"0,0,20,10", 0, 0, 20, 10}, Case{"19,9,1,1", 19, 9, 1, 1},
+                            Case{"0,9,20,1", 0, 9, 20, 1}}) {
+        ASSERT_EQ(RunKavra({"crop", in, folder / "out.png", "--rect", row.rect}).status, 0) << row.rect;
+        const PictureFile out(folder / "out.png");
+        ASSERT_EQ(out.Width(), row.width);
+        ASSERT_EQ(out.Height(), row.height);
+        for (int y = 0; y < row.height; ++y) {
+            for (int x = 0; x < row.width; ++x)
+                EXPECT_EQ(out.At(x, y), PlaceColour(row.x + x, row.y + y)) << row.rect;
+        }
+    }
+}
+
+TEST(CropCommand, ARectangleThatReachesBeyondThePictureIsRefused) {
+    const TemporaryFolder folder;
+    const auto in = Places(folder);
+    struct Case {
+        std::string rect;
+        std::string text;
+    };
+    const std::vector<Case> cases = {
+        {"16,2,5,4", "5 x 4 from 16,2"},      {"3,7,5,4", "5 x 4 from 3,7"},
+        {"-1,0,5,5", "5 x 5 from -1,0"},      {"0,-1,5,5", "5 x 5 from 0,-1"},
+        {"20,0,1,1", "1 x 1 from 20,0"},      {"2147483647,2147483647,2147483647,2147483647",
+                                               "2147483647 x 2147483647 from 2147483647,2147483647"},
+    };
+    for (const Case& row : cases) {
+        const ProgramResult result = RunKavra({"crop", in, folder / "out.png", "--rect", row.rect});
+        EXPECT_EQ(result.status, 1) << row.rect;
+        EXPECT_EQ(result.error, "kavra: " + in.string() + ": error: cannot be cropped: the picture is 20 x 10 pixels, "
+                                                          "and " + row.text + " reach beyond it\n");
+    }
+    EXPECT_EQ(CountFiles(folder.Path()), 1U);
+}
+
+TEST(CropCommand, TheRectangleIsOfThePictureAsItIsDisplayed) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(RunKavra({"convert", Sample("photo-orientation-6.jpg"), folder / "upright.png"}).status, 0);
+    ASSERT_EQ(
+        RunKavra({"crop", Sample("photo-orientation-6.jpg"), folder / "out.png", "--rect", "5,30,30,20"}).status, 0);
+    const PictureFile upright(folder / "upright.png");
+    const PictureFile out(folder / "out.png");
+    for (int y = 0; y < 20; ++y) {
+        for (int x = 0; x < 30; ++x)
+            ASSERT_EQ(out.At(x, y), upright.At(5 + x, 30 + y));
+    }
+}
+
+TEST(CropCommand, TheSizeShrinksAndEnlarges) {
+    const TemporaryFolder folder;
+    const auto in = WritePicture(folder / "in.png", 20, 10, [](int x, int) { return Colour{x < 10 ? 20 : 220, 0, 0}; });
+    for (const std::string size : {"2x2", "37x120", "3x1"}) {
+        ASSERT_EQ(RunKavra({"crop", in, folder / "out.png", "--rect", "10,0,10,10", "--size", size}).status, 0) << size;
+        const PictureFile out(folder / "out.png");
+        EXPECT_EQ(std::to_string(out.Width()) + "x" + std::to_string(out.Height()), size);
+        EXPECT_EQ(out.At(0, 0), (Colour{220, 0, 0, 255})) << "nothing outside the rectangle is blended in";
+        EXPECT_EQ(out.At(out.Width() - 1, out.Height() - 1), (Colour{220, 0, 0, 255}));
+    }
+}
+
+TEST(CropCommand, TheOrientationTurnsWhatIsWritten) {
+    const TemporaryFolder folder;
+    const auto in = Places(folder);
+    struct Case {
+        const char* orientation;
+        int width, height;
+        Colour topLeft, topRight;
+    };
+    // Of the rectangle 2,1 to 5,2: what a picture of that row and column order has in its first row.
+    const std::vector<Case> cases = {
+        {"0", 4, 2, PlaceColour(2, 1), PlaceColour(5, 1)}, {"1", 4, 2, PlaceColour(5, 1), PlaceColour(2, 1)},
+        {"2", 4, 2, PlaceColour(2, 2), PlaceColour(5, 2)}, {"3", 4, 2, PlaceColour(5, 2), PlaceColour(2, 2)},
+        {"4", 2, 4, PlaceColour(2, 1), PlaceColour(2, 2)}, {"5", 2, 4, PlaceColour(5, 1), PlaceColour(5, 2)},
+        {"6", 2, 4, PlaceColour(2, 2), PlaceColour(2, 1)}, {"7", 2, 4, PlaceColour(5, 2), PlaceColour(5, 1)},
+    };
+    for (const Case& row : cases) {
+        const std::vector<std::string> arguments = {"crop",    in,        folder / "out.png", "--rect",
+                                                    "2,1,4,2", "--orientation", row.orientation};
+        ASSERT_EQ(RunKavra(arguments).status, 0);
+        const PictureFile out(folder / "out.png");
+        EXPECT_EQ(out.Width(), row.width) << row.orientation;
+        EXPECT_EQ(out.Height(), row.height) << row.orientation;
+        EXPECT_EQ(out.At(0, 0), row.topLeft) << row.orientation;
+        EXPECT_EQ(out.At(out.Width() - 1, 0), row.topRight) << row.orientation;
+    }
+}
+
+TEST(CropCommand, ThePictureKeepsItsFormatUnlessAnotherIsSaid) {
+    const TemporaryFolder folder;
+    struct Case {
+        std::string in;
+        std::string format;
+    };
+    for (const Case& row : {Case{"grey.png", "kL8"}, Case{"photo-16bit.png", "kR16G16B16A16"},
+                            Case{"float.tif", "kR32G32B32A32F"}, Case{"depth.exr", "kR32G32B32A32F"}}) {
+        ASSERT_EQ(RunKavra({"crop", Sample(row.in), folder / "out.tif", "--rect", "1,1,9,9"}).status, 0) << row.in;
+        const ProgramResult result = RunKavra({"info", folder / "out.tif"});
+        EXPECT_NE(result.out.find("9 x 9, " + row.format), std::string::npos) << result.out;
+    }
+}
+
+TEST(CropCommand, GreyBecomesColoursAndColoursTheirLuminance) {
+    const TemporaryFolder folder;
+    const auto crop = [&](const std::filesystem::path& in, const std::string& format) {
+        const std::vector<std::string> arguments = {"crop", in,         folder / "out.png", "--rect", "1,0,1,1",
+                                                    "--format", format};
+        const ProgramResult result = RunKavra(arguments);
+        EXPECT_EQ(result.status, 0) << result.error;
+        return PictureFile(folder / "out.png").At(0, 0);
+    };
+    const auto grey = WritePicture(folder / "grey.png", 2, 1, [](int x, int) { return Colour{x * 123}; });
+    EXPECT_EQ(crop(grey, "rgba8"), (Colour{123, 123, 123, 255}));
+    EXPECT_EQ(crop(grey, "rgba16"), (Colour{123, 123, 123, 255}));
+    EXPECT_EQ(crop(grey, "l16"), (Colour{123}));
+    const auto colour = WritePicture(folder / "colour.png", 2, 1, [](int x, int) { return Colour{x * 200, 100, 50, 9}; });
+    // 0.299 x 200 + 0.587 x 100 + 0.114 x 50 = 124.2
+    EXPECT_EQ(crop(colour, "l8"), (Colour{124}));
+    EXPECT_EQ(crop(colour, "kA8"), (Colour{9}));
+    // Blue-first formats are a matter of memory: the file has red where red was.
+    EXPECT_EQ(crop(colour, "bgra8"), (Colour{200, 100, 50, 9}));
+    const auto floats = WriteFloats(folder / "floats.tif", 2, 1, 4, {0, 0, 0, 1, 1, 0.5F, 0.25F, 1});
+    EXPECT_EQ(crop(floats, "bgra8"), (Colour{255, 128, 64, 255}));
+    EXPECT_EQ(crop(floats, "rgba8"), (Colour{255, 128, 64, 255}));
+}
+
+TEST(CropCommand, FormatsThatAreNoPixelsAreRefused) {
+    const TemporaryFolder folder;
+    const ProgramResult result =
+        RunKavra({"crop", Places(folder), folder / "out.dds", "--rect", "0,0,4,4", "--format", "bc1"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.error, "kavra: " + (folder / "in.png").string() + ": error: cannot be cropped: kBC1 has no "
+                                                                       "pixels\n");
+    EXPECT_EQ(CountFiles(folder.Path()), 1U);
+}
+
+TEST(CropCommand, SizesThatNoMemoryHoldsAreRefused) {
+    const TemporaryFolder folder;
+    const auto in = Places(folder);
+    const ProgramResult result =
+        RunKavra({"crop", in, folder / "out.png", "--rect", "0,0,4,4", "--size", "1000000x1000000"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.error, "kavra: " + in.string() + ": error: cannot be cropped: 1000000 x 1000000 pixels are more "
+                                                      "than the memory of this machine holds\n");
+}
+
+TEST(CropCommand, OfAVolumeTheFirstSliceIsUsedWithANote) {
+    const TemporaryFolder folder;
+    const ProgramResult result = RunKavra({"crop", Sample("volume.dds"), folder / "out.dds", "--rect", "0,0,8,8"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.error,
+              "kavra: " + Sample("volume.dds").string() + ": note: a volume; only its first slice is used\n");
+    EXPECT_EQ(std::filesystem::file_size(folder / "out.dds"), 128U + 8 * 8 * 4);
+}
