@@ -7,6 +7,8 @@
 #include "Sizes.h"
 #include "Workers.h"
 
+#include <kavra/devices/AFormatConvertor.h>
+
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
@@ -147,10 +149,18 @@ bool PasteAll(IImageHandler& handler, IImage& whole, const std::vector<Piece>& p
     });
 }
 
+/// Why there can be no such picture; empty when nothing speaks against it.
+std::string Obstacle(const Options& options) {
+    if (Utilities::AFormatConvertor::BytesPerPixel(options.format) == 0) {
+        return Enumerator(options.format) + " has no pixels";
+    }
+    const std::string obstacle = WriteObstacle(options.out, options.format);
+    return obstacle.empty() ? SizeObstacle(options.size.x, options.size.y, options.format) : obstacle;
+}
+
 /// The empty picture; null, and a failure in the report, when there is none.
 ImageRef MakeWhole(IImageHandler& handler, Report& report, const Options& options) {
-    std::string obstacle = WriteObstacle(options.out, options.format);
-    if (obstacle.empty()) obstacle = SizeObstacle(options.size.x, options.size.y, options.format);
+    const std::string obstacle = Obstacle(options);
     if (!obstacle.empty()) {
         FailToWrite(report, options.out, obstacle);
         return nullptr;

@@ -21,7 +21,8 @@ namespace {
 using namespace Devices;
 
 constexpr double kMostDpi = 1e6;
-constexpr int kPixelBytes = 4;  // of a line that is handed over
+constexpr int kPixelBytes = 4;                               // of a line that is handed over
+constexpr long long kMostBitmapPixels = (1LL << 30) - 1024;  // the file's size is a number of 32 bits
 
 struct Options {
     std::string in;
@@ -50,6 +51,16 @@ const StreamedType* FindType(const std::string& path) {
         return !extension.empty() && type.extensions.contains(" " + extension + " ");
     });
     return found != kStreamedTypes.end() ? &*found : nullptr;
+}
+
+/// Why a file of this name cannot hold so many pixels; empty when it can.
+std::string Obstacle(const std::string& path, long long width, long long height) {
+    const std::string extension = LowerExtension(path);
+    const long long most = FindType(path)->most;
+    const std::string size = std::format("{} x {} pixels, and {} files hold ", width, height, extension);
+    if (width > most || height > most) return size + std::format("{} a side", most);
+    if (extension == ".bmp" && width * height > kMostBitmapPixels) return size + "4 GB";
+    return {};
 }
 
 /// The lines of a picture beside and below itself.
@@ -90,12 +101,8 @@ void Tile(IImageHandler& handler, Report& report, const Options& options) {
 
     const long long width = static_cast<long long>(image.desc.width) * options.repeat.x;
     const long long height = static_cast<long long>(image.desc.height) * options.repeat.y;
-    const long long most = FindType(options.out)->most;
-    if (width > most || height > most) {
-        return FailToWrite(report, options.out,
-                           std::format("{} x {} pixels, and {} files hold {} a side", width, height,
-                                       LowerExtension(options.out), most));
-    }
+    const std::string tooLarge = Obstacle(options.out, width, height);
+    if (!tooLarge.empty()) return FailToWrite(report, options.out, tooLarge);
     RepeatedLines lines(image, options.repeat);
     WriteFile(report, options.out, kR8G8B8A8, [&](const KString& name) {
         return handler.writeImageOneLineAtATime(name, options.dpi, &lines, static_cast<int>(width),

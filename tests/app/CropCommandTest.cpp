@@ -42,16 +42,20 @@ TEST(CropCommand, ARectangleThatReachesBeyondThePictureIsRefused) {
         std::string text;
     };
     const std::vector<Case> cases = {
-        {"16,2,5,4", "5 x 4 from 16,2"},      {"3,7,5,4", "5 x 4 from 3,7"},
-        {"-1,0,5,5", "5 x 5 from -1,0"},      {"0,-1,5,5", "5 x 5 from 0,-1"},
-        {"20,0,1,1", "1 x 1 from 20,0"},      {"2147483647,2147483647,2147483647,2147483647",
-                                               "2147483647 x 2147483647 from 2147483647,2147483647"},
+        {"16,2,5,4", "5 x 4 from 16,2"},
+        {"3,7,5,4", "5 x 4 from 3,7"},
+        {"-1,0,5,5", "5 x 5 from -1,0"},
+        {"0,-1,5,5", "5 x 5 from 0,-1"},
+        {"20,0,1,1", "1 x 1 from 20,0"},
+        {"2147483647,2147483647,2147483647,2147483647", "2147483647 x 2147483647 from 2147483647,2147483647"},
     };
     for (const Case& row : cases) {
         const ProgramResult result = RunKavra({"crop", in, folder / "out.png", "--rect", row.rect});
         EXPECT_EQ(result.status, 1) << row.rect;
-        EXPECT_EQ(result.error, "kavra: " + in.string() + ": error: cannot be cropped: the picture is 20 x 10 pixels, "
-                                                          "and " + row.text + " reach beyond it\n");
+        EXPECT_EQ(result.error, "kavra: " + in.string() +
+                                    ": error: cannot be cropped: the picture is 20 x 10 pixels, "
+                                    "and " +
+                                    row.text + " reach beyond it\n");
     }
     EXPECT_EQ(CountFiles(folder.Path()), 1U);
 }
@@ -59,8 +63,8 @@ TEST(CropCommand, ARectangleThatReachesBeyondThePictureIsRefused) {
 TEST(CropCommand, TheRectangleIsOfThePictureAsItIsDisplayed) {
     const TemporaryFolder folder;
     ASSERT_EQ(RunKavra({"convert", Sample("photo-orientation-6.jpg"), folder / "upright.png"}).status, 0);
-    ASSERT_EQ(
-        RunKavra({"crop", Sample("photo-orientation-6.jpg"), folder / "out.png", "--rect", "5,30,30,20"}).status, 0);
+    ASSERT_EQ(RunKavra({"crop", Sample("photo-orientation-6.jpg"), folder / "out.png", "--rect", "5,30,30,20"}).status,
+              0);
     const PictureFile upright(folder / "upright.png");
     const PictureFile out(folder / "out.png");
     for (int y = 0; y < 20; ++y) {
@@ -97,8 +101,8 @@ TEST(CropCommand, TheOrientationTurnsWhatIsWritten) {
         {"6", 2, 4, PlaceColour(2, 2), PlaceColour(2, 1)}, {"7", 2, 4, PlaceColour(5, 2), PlaceColour(5, 1)},
     };
     for (const Case& row : cases) {
-        const std::vector<std::string> arguments = {"crop",    in,        folder / "out.png", "--rect",
-                                                    "2,1,4,2", "--orientation", row.orientation};
+        const std::vector<std::string> arguments = {
+            "crop", in, folder / "out.png", "--rect", "2,1,4,2", "--orientation", row.orientation};
         ASSERT_EQ(RunKavra(arguments).status, 0);
         const PictureFile out(folder / "out.png");
         EXPECT_EQ(out.Width(), row.width) << row.orientation;
@@ -125,7 +129,7 @@ TEST(CropCommand, ThePictureKeepsItsFormatUnlessAnotherIsSaid) {
 TEST(CropCommand, GreyBecomesColoursAndColoursTheirLuminance) {
     const TemporaryFolder folder;
     const auto crop = [&](const std::filesystem::path& in, const std::string& format) {
-        const std::vector<std::string> arguments = {"crop", in,         folder / "out.png", "--rect", "1,0,1,1",
+        const std::vector<std::string> arguments = {"crop",     in,    folder / "out.png", "--rect", "1,0,1,1",
                                                     "--format", format};
         const ProgramResult result = RunKavra(arguments);
         EXPECT_EQ(result.status, 0) << result.error;
@@ -135,7 +139,8 @@ TEST(CropCommand, GreyBecomesColoursAndColoursTheirLuminance) {
     EXPECT_EQ(crop(grey, "rgba8"), (Colour{123, 123, 123, 255}));
     EXPECT_EQ(crop(grey, "rgba16"), (Colour{123, 123, 123, 255}));
     EXPECT_EQ(crop(grey, "l16"), (Colour{123}));
-    const auto colour = WritePicture(folder / "colour.png", 2, 1, [](int x, int) { return Colour{x * 200, 100, 50, 9}; });
+    const auto colour =
+        WritePicture(folder / "colour.png", 2, 1, [](int x, int) { return Colour{x * 200, 100, 50, 9}; });
     // 0.299 x 200 + 0.587 x 100 + 0.114 x 50 = 124.2
     EXPECT_EQ(crop(colour, "l8"), (Colour{124}));
     EXPECT_EQ(crop(colour, "kA8"), (Colour{9}));
@@ -151,8 +156,9 @@ TEST(CropCommand, FormatsThatAreNoPixelsAreRefused) {
     const ProgramResult result =
         RunKavra({"crop", Places(folder), folder / "out.dds", "--rect", "0,0,4,4", "--format", "bc1"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, "kavra: " + (folder / "in.png").string() + ": error: cannot be cropped: kBC1 has no "
-                                                                       "pixels\n");
+    EXPECT_EQ(result.error, "kavra: " + (folder / "in.png").string() +
+                                ": error: cannot be cropped: kBC1 has no "
+                                "pixels\n");
     EXPECT_EQ(CountFiles(folder.Path()), 1U);
 }
 
@@ -162,8 +168,9 @@ TEST(CropCommand, SizesThatNoMemoryHoldsAreRefused) {
     const ProgramResult result =
         RunKavra({"crop", in, folder / "out.png", "--rect", "0,0,4,4", "--size", "1000000x1000000"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, "kavra: " + in.string() + ": error: cannot be cropped: 1000000 x 1000000 pixels are more "
-                                                      "than the memory of this machine holds\n");
+    EXPECT_EQ(result.error, "kavra: " + in.string() +
+                                ": error: cannot be cropped: 1000000 x 1000000 pixels are more "
+                                "than the memory of this machine holds\n");
 }
 
 TEST(CropCommand, OfAVolumeTheFirstSliceIsUsedWithANote) {

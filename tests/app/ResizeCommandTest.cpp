@@ -49,7 +49,7 @@ TEST(ResizeCommand, EachFilterMakesTheSizeAndKeepsAnEvenColour) {
     for (const std::string filter : {"nearest", "mitchell", "linear", "Linear"}) {
         for (const std::string size : {"25x10", "77x90"}) {
             const auto out = folder / "out.png";
-            const std::vector<std::string> arguments = {"resize", in,         out,      "--size", size,
+            const std::vector<std::string> arguments = {"resize",   in,       out,        "--size", size,
                                                         "--method", "filter", "--filter", filter};
             ASSERT_EQ(RunKavra(arguments).status, 0) << filter;
             const PictureFile picture(out);
@@ -128,7 +128,8 @@ TEST(ResizeCommand, SizesThatNoMemoryHoldsAreRefusedBeforeTheyAreTried) {
                                     ": error: cannot be resized: 1000000 x 1000000 pixels are more than the memory of "
                                     "this machine holds\n");
     }
-    const ProgramResult result = RunKavra({"resize", Sample("photo.tga"), folder / "out.png", "--size", "2147483647x1"});
+    const ProgramResult result =
+        RunKavra({"resize", Sample("photo.tga"), folder / "out.png", "--size", "2147483647x1"});
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.error.find("2147483647 x 1 pixels are more than a picture can have"), std::string::npos);
     EXPECT_EQ(CountFiles(folder.Path()), 0U);

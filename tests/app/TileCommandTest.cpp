@@ -113,8 +113,8 @@ TEST(TileCommand, SizesThatTheFileTypeCannotHoldAreRefusedBeforeAnyWork) {
         {"x.jpg", "1x1000", "120 x 80000 pixels, and .jpg files hold 65500 a side"},
         {"x.tga", "1000x1", "120000 x 80 pixels, and .tga files hold 65535 a side"},
         {"x.png", "10000x1", "1200000 x 80 pixels, and .png files hold 1000000 a side"},
-        {"x.tif", "2147483647x2147483647",
-         "257698037640 x 171798691760 pixels, and .tif files hold 536870911 a side"},
+        {"x.bmp", "500x500", "60000 x 40000 pixels, and .bmp files hold 4 GB"},
+        {"x.tif", "2147483647x2147483647", "257698037640 x 171798691760 pixels, and .tif files hold 536870911 a side"},
     };
     for (const Case& row : cases) {
         const auto out = folder / row.name;

@@ -1,0 +1,271 @@
+#include "app/PictureFiles.h"
+#include "support/Program.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+using namespace Kavra::Tests;
+
+namespace {
+
+const Colour kBackground = {48, 48, 48, 255};
+const Colour kCross = {224, 64, 64, 255};
+const Colour kBox = {64, 32, 32, 255};
+
+/// The sheet of some files; cells are 40 x 20, so their margins are 1 and the room for pictures is 38 x 18.
+PictureFile Sheet(const TemporaryFolder& folder, std::vector<std::string> files, int status = 0) {
+    files.insert(files.begin(), {"sheet", folder / "sheet.png", "--cell", "40x20"});
+    const ProgramResult result = RunKavra(files);
+    EXPECT_EQ(result.status, status) << result.error;
+    return PictureFile(folder / "sheet.png");
+}
+
+/// Expects a picture of this size in the middle of a 40 x 20 cell, and background around it.
+void ExpectCentred(const PictureFile& sheet, int left, int top, int width, int height, const Colour& colour) {
+    const int x = left + (40 - width) / 2;
+    const int y = top + (20 - height) / 2;
+    EXPECT_EQ(sheet.At(x, y), colour);
+    EXPECT_EQ(sheet.At(x + width - 1, y + height - 1), colour);
+    EXPECT_EQ(sheet.At(x - 1, y), kBackground);
+    EXPECT_EQ(sheet.At(x + width, y), kBackground);
+    EXPECT_EQ(sheet.At(x, y - 1), kBackground);
+    EXPECT_EQ(sheet.At(x, y + height), kBackground);
+}
+
+std::filesystem::path Plain(const TemporaryFolder& folder, const std::string& name, int width, int height,
+                            const Colour& colour) {
+    return WritePicture(folder / name, width, height, [&](int, int) { return colour; });
+}
+
+}  // namespace
+
+TEST(SheetCommand, CellsFollowEachOtherRowByRow) {
+    const TemporaryFolder folder;
+    std::vector<std::string> files;
+    for (int i = 0; i < 5; ++i)
+        files.push_back(Plain(folder, std::to_string(i) + ".png", 10, 10, {50 * i, 0, 0}));
+    const PictureFile sheet = Sheet(folder, files);
+    // As near to a square as it goes: three columns, two rows.
+    EXPECT_EQ(sheet.Width(), 120);
+    EXPECT_EQ(sheet.Height(), 40);
+    for (int i = 0; i < 5; ++i)
+        ExpectCentred(sheet, i % 3 * 40, i / 3 * 20, 10, 10, {50 * i, 0, 0, 255});
+    EXPECT_EQ(sheet.At(100, 30), kBackground) << "the cell that is left over";
+}
+
+TEST(SheetCommand, TheColumnsCanBeSaidAndAreNeverMoreThanTheCells) {
+    const TemporaryFolder folder;
+    const std::string file = Plain(folder, "a.png", 3, 3, {1, 2, 3});
+    EXPECT_EQ(Sheet(folder, {file, file, file, "--columns", "1"}).Height(), 60);
+    EXPECT_EQ(Sheet(folder, {file, file, file, "--columns", "2"}).Width(), 80);
+    EXPECT_EQ(Sheet(folder, {file, file, file, "--columns", "2147483647"}).Width(), 120);
+}
+
+TEST(SheetCommand, ACellIs160By120UnlessSaid) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(RunKavra({"sheet", folder / "out.png", Plain(folder, "a.png", 3, 3, {1, 2, 3})}).status, 0);
+    EXPECT_EQ(PictureFile(folder / "out.png").Width(), 160);
+    EXPECT_EQ(PictureFile(folder / "out.png").Height(), 120);
+}
+
+TEST(SheetCommand, PicturesKeepTheirProportionsAndAreNeverEnlarged) {
+    const TemporaryFolder folder;
+    struct Case {
+        int width, height;
+        int shownWidth, shownHeight;
+    };
+    const std::vector<Case> cases = {{10, 10, 10, 10}, {360, 360, 18, 18}, {760, 180, 38, 9},
+                                     {1, 1, 1, 1},     {20000, 10, 38, 1}, {10, 20000, 1, 18}};
+    for (const Case& row : cases) {
+        const PictureFile sheet = Sheet(folder, {Plain(folder, "in.png", row.width, row.height, {200, 100, 50})});
+        ExpectCentred(sheet, 0, 0, row.shownWidth, row.shownHeight, {200, 100, 50, 255});
+    }
+}
+
+TEST(SheetCommand, EveryOrientationIsShownUpright) {
+    const TemporaryFolder folder;
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        // Displayed, every one of them is 30 x 15 with a white left third on black.
+        const bool isTurned = orientation >= 5;
+        OIIO::ImageSpec spec(isTurned ? 15 : 30, isTurned ? 30 : 15, 3, OIIO::TypeDesc::UINT8);
+        spec.attribute("Orientation", orientation);
+        OIIO::ImageBuf image(spec);
+        const bool leftIsFirst = orientation == 1 || orientation == 4 || orientation == 5 || orientation == 6;
+        for (OIIO::ImageBuf::Iterator<unsigned char> pixel(image); !pixel.done(); ++pixel) {
+            const int across = isTurned ? pixel.y() : pixel.x();
+            const bool isWhite = orientation == 6 || orientation == 5 ? across < 10
+                                 : leftIsFirst                        ? across < 10
+                                                                      : across >= 20;
+            for (int c = 0; c < 3; ++c)
+                pixel[c] = isWhite ? 1.0F : 0.0F;
+        }
+        const auto file = folder / (std::to_string(orientation) + ".tif");
+        ASSERT_TRUE(image.write(file.string()));
+        const PictureFile sheet = Sheet(folder, {file});
+        EXPECT_EQ(sheet.At(6, 10), (Colour{255, 255, 255, 255})) << orientation;
+        EXPECT_EQ(sheet.At(33, 10), (Colour{0, 0, 0, 255})) << orientation;
+        EXPECT_EQ(sheet.At(4, 10), kBackground) << orientation;
+        EXPECT_EQ(sheet.At(20, 1), kBackground) << orientation;
+    }
+}
+
+TEST(SheetCommand, OpenExrRowsStayAsDisplayedWhateverTheirLineOrder) {
+    const TemporaryFolder folder;
+    OIIO::ImageSpec spec(10, 10, 3, OIIO::TypeDesc::FLOAT);
+    spec.attribute("openexr:lineOrder", "decreasingY");
+    OIIO::ImageBuf image(spec);
+    for (OIIO::ImageBuf::Iterator<float> pixel(image); !pixel.done(); ++pixel) {
+        for (int c = 0; c < 3; ++c)
+            pixel[c] = pixel.y() < 5 ? 1.0F : 0.0F;
+    }
+    const auto file = folder / "in.exr";
+    ASSERT_TRUE(image.write(file.string()));
+    const PictureFile sheet = Sheet(folder, {file});
+    EXPECT_EQ(sheet.At(20, 6), (Colour{255, 255, 255, 255}));
+    EXPECT_EQ(sheet.At(20, 13), (Colour{0, 0, 0, 255}));
+}
+
+TEST(SheetCommand, SquaresOfTwoGreysShowThroughWhatIsTransparent) {
+    const TemporaryFolder folder;
+    const PictureFile clear = Sheet(folder, {Plain(folder, "clear.png", 16, 16, {255, 0, 0, 0})});
+    EXPECT_EQ(clear.At(12, 2), (Colour{160, 160, 160, 255}));
+    EXPECT_EQ(clear.At(20, 2), (Colour{112, 112, 112, 255}));
+    EXPECT_EQ(clear.At(20, 10), (Colour{160, 160, 160, 255}));
+    const PictureFile half = Sheet(folder, {Plain(folder, "half.png", 16, 16, {255, 0, 0, 51})});
+    // A fifth of red over four fifths of grey.
+    EXPECT_EQ(half.At(12, 2), (Colour{179, 128, 128, 255}));
+}
+
+TEST(SheetCommand, ABadFileGetsACrossedBoxAndStatusOne) {
+    const TemporaryFolder folder;
+    const auto bad = folder.Write("bad.png", "no picture");
+    const auto good = Plain(folder, "good.png", 10, 10, {0, 200, 0});
+    const PictureFile sheet = Sheet(folder, {bad, good, "/nonexistent/x.tif", folder.Path()}, 1);
+    ExpectCentred(sheet, 40, 0, 10, 10, {0, 200, 0, 255});
+    for (const int top : {0, 20}) {
+        ExpectCentred(sheet, 0, top, 38, 18, kCross);
+        EXPECT_EQ(sheet.At(10, top + 5), kCross) << "the diagonal";
+        EXPECT_EQ(sheet.At(29, top + 5), kCross) << "the other diagonal";
+        EXPECT_EQ(sheet.At(20, top + 3), kBox);
+    }
+}
+
+TEST(SheetCommand, EveryMessageIsSaidOfItsFileInTheOrderGiven) {
+    const TemporaryFolder folder;
+    const auto bad = folder.Write("bad.tif", "no picture");
+    const ProgramResult result = RunKavra(
+        {"sheet", folder / "out.png", bad, Sample("photo.tga"), "/nonexistent/x.tif", "--jobs", "3", "--cell", "9x9"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.error, "kavra: " + bad.string() + ": warning: format is not supported\n" +
+                                "kavra: /nonexistent/x.tif: warning: format is not supported\n");
+    EXPECT_EQ(result.out, "");
+}
+
+TEST(SheetCommand, FloatsUpToOneAreShownWithTheCurveOfSrgb) {
+    const TemporaryFolder folder;
+    const auto plain = [&](float value) {
+        return WriteFloats(folder / "in.tif", 4, 4, 1, std::vector<float>(16, value));
+    };
+    // 1.055 x 0.5 ^ (1 / 2.4) - 0.055 = 0.7354; 12.92 x 0.002 = 0.0258
+    EXPECT_EQ(Sheet(folder, {plain(0.5F)}).At(20, 10), (Colour{188, 188, 188, 255}));
+    EXPECT_EQ(Sheet(folder, {plain(0.002F)}).At(20, 10), (Colour{7, 7, 7, 255}));
+    EXPECT_EQ(Sheet(folder, {plain(1)}).At(20, 10), (Colour{255, 255, 255, 255}));
+    EXPECT_EQ(Sheet(folder, {plain(-3)}).At(20, 10), (Colour{0, 0, 0, 255}));
+}
+
+TEST(SheetCommand, BrighterFloatsAreExposedAndCompressed) {
+    const TemporaryFolder folder;
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    const auto in = WriteFloats(folder / "in.tif", 2, 1, 1, {100, 10000});
+    const PictureFile sheet = Sheet(folder, {in});
+    // The geometric mean 1000 is exposed to 0.18, so 100 to 0.018 and 10000 to 1.8, which is the brightest:
+    // 0.018 x (1 + 0.018 / 3.24) / 1.018 = 0.01778, encoded 0.1408; the brightest becomes 1.
+    EXPECT_EQ(sheet.At(19, 10), (Colour{36, 36, 36, 255}));
+    EXPECT_EQ(sheet.At(20, 10), (Colour{255, 255, 255, 255}));
+    const PictureFile odd = Sheet(folder, {WriteFloats(folder / "odd.tif", 3, 1, 1, {kNan, -kInfinity, kInfinity})});
+    EXPECT_EQ(odd.At(18, 10), (Colour{0, 0, 0, 255}));
+    EXPECT_EQ(odd.At(19, 10), (Colour{0, 0, 0, 255}));
+    EXPECT_EQ(odd.At(20, 10), (Colour{255, 255, 255, 255}));
+}
+
+TEST(SheetCommand, ColoursOfAnOpenExrFileAreFreedOfTheirAlpha) {
+    const TemporaryFolder folder;
+    std::vector<float> values;
+    for (int i = 0; i < 16; ++i)
+        values.insert(values.end(), {0.2F, 0, 0, 0.2F});  // full red, a fifth opaque
+    const PictureFile sheet = Sheet(folder, {WriteFloats(folder / "in.exr", 4, 4, 4, values)});
+    EXPECT_EQ(sheet.At(20, 10), (Colour{179, 128, 128, 255}));
+}
+
+TEST(SheetCommand, CubeMapsShowTheirFirstFaceAndVolumesTheirFirstSlice) {
+    const TemporaryFolder folder;
+    for (const std::string name : {"cube.dds", "volume.dds", "cube-mips.dds"}) {
+        const std::vector<std::string> arguments = {"sheet", folder / "sheet.png", Sample(name), "--cell", "110x110"};
+        ASSERT_EQ(RunKavra(arguments).status, 0) << name;
+        const int side = name == "cube.dds" ? 64 : 32;
+        const PictureFile sheet(folder / "sheet.png");
+        ASSERT_EQ(RunKavra({"convert", Sample(name), folder / "first.png"}).status, 0);
+        const PictureFile first(folder / "first.png");
+        ASSERT_EQ(first.Width(), side);
+        for (const int place : {0, side / 2, side - 1})
+            EXPECT_EQ(sheet.At((110 - side) / 2 + place, (110 - side) / 2 + place), first.At(place, place)) << name;
+    }
+}
+
+TEST(SheetCommand, LargeVolumesAndTheHostsOwnFilesAreShrunkToo) {
+    const TemporaryFolder folder;
+    for (const std::string name : {"volume.dds", "depth.exr"}) {
+        const PictureFile sheet = Sheet(folder, {Sample(name)});
+        EXPECT_EQ(sheet.At(20, 0), kBackground) << name;
+        EXPECT_NE(sheet.At(20, 1), kBackground) << name;
+        EXPECT_NE(sheet.At(20, 18), kBackground) << name;
+        EXPECT_EQ(sheet.At(20, 19), kBackground) << name;
+    }
+}
+
+TEST(SheetCommand, TheSmallestCellsShowAPixelEach) {
+    const TemporaryFolder folder;
+    const auto file = Plain(folder, "in.png", 100, 100, {10, 20, 30});
+    ASSERT_EQ(RunKavra({"sheet", folder / "out.png", "--cell", "1x1", file, "/nonexistent/x", file}).status, 1);
+    const PictureFile out(folder / "out.png");
+    EXPECT_EQ(out.Bytes(), (std::vector<unsigned char>{10, 20, 30, 255, 224, 64, 64, 255,  //
+                                                       10, 20, 30, 255, 48, 48, 48, 255}));
+}
+
+TEST(SheetCommand, SheetsThatCannotBeMadeAreSaidBeforeAnyWork) {
+    const TemporaryFolder folder;
+    struct Case {
+        std::string name;
+        std::string cell;
+        std::string text;
+    };
+    const std::vector<Case> cases = {
+        {"x.png", "1000000x1000000", "1000000 x 1000000 pixels are more than the memory of this machine holds"},
+        {"x.png", "2147483647x1", "2147483647 x 1 pixels are more than a picture can have"},
+        {"x", "9x9", "the name has no extension to choose a file type by"},
+    };
+    for (const Case& row : cases) {
+        const auto out = folder / row.name;
+        const ProgramResult result = RunKavra({"sheet", out, "/nonexistent/x.png", "--cell", row.cell});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.error, "kavra: " + out.string() + ": error: cannot be written: " + row.text + "\n");
+    }
+    EXPECT_EQ(CountFiles(folder.Path()), 0U);
+}
+
+TEST(SheetCommand, AFormerSheetMayBeOneOfTheFiles) {
+    const TemporaryFolder folder;
+    const auto file = Plain(folder, "sheet.png", 10, 10, {10, 20, 30});
+    ExpectCentred(Sheet(folder, {file}), 0, 0, 10, 10, {10, 20, 30, 255});
+    EXPECT_EQ(CountFiles(folder.Path()), 1U);
+}
+
+TEST(SheetCommand, NamesInAnyScriptAreTakenAndMade) {
+    const TemporaryFolder folder;
+    const auto file = Plain(folder, "湖 Höhle.png", 10, 10, {10, 20, 30});
+    EXPECT_EQ(RunKavra({"sheet", folder / "übersicht 🏔.png", file}).error, "");
+    EXPECT_EQ(PictureFile(folder / "übersicht 🏔.png").At(80, 60), (Colour{10, 20, 30, 255}));
+}
