@@ -38,12 +38,16 @@ vec2<int> LoadingSize(IImageHandler& handler, Report& report, vec2<int> room) {
     return FitInto({desc->width, desc->height}, isTurned ? vec2<int>{room.y, room.x} : room);
 }
 
+/// Guards the handler's image objects, which one thread at a time may make and drop.
+std::mutex imageMutex;
+
 /// A flat picture shrunk to fit; `block` is null when that failed.
 LoadedImage Shrink(IImageHandler& handler, Report& report, LoadedImage image, vec2<int> room) {
     const vec2<int> own{image.desc.width, image.desc.height};
     const vec2<int> size = FitInto(own, room);
     if (size.x == own.x && size.y == own.y) return image;
     const MessageScope scope(report);
+    const std::lock_guard lock(imageMutex);
     const ImageRef source = MakeImage(handler, image);
     return source != nullptr ? Fetch(*source, {0, 0}, own, size, kTopLeft) : LoadedImage();
 }
@@ -91,14 +95,13 @@ private:
     bool Put(std::size_t cell, const LoadedImage& thumbnail) {
         const vec2<int> size{thumbnail.desc.width, thumbnail.desc.height};
         const vec2<int> place = mLayout.Place(cell, size);
-        const std::lock_guard lock(mMutex);
+        const std::lock_guard lock(imageMutex);
         const ImageRef source = MakeImage(mHandler, thumbnail);
         return source != nullptr && mImage->Paste(source.get(), 0, 0, size.x, size.y, place.x, place.y);
     }
 
     IImageHandler& mHandler;
     SheetLayout mLayout;
-    std::mutex mMutex;
     ImageRef mImage;
 };
 

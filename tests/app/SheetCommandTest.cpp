@@ -92,12 +92,11 @@ TEST(SheetCommand, EveryOrientationIsShownUpright) {
         OIIO::ImageSpec spec(isTurned ? 15 : 30, isTurned ? 30 : 15, 3, OIIO::TypeDesc::UINT8);
         spec.attribute("Orientation", orientation);
         OIIO::ImageBuf image(spec);
-        const bool leftIsFirst = orientation == 1 || orientation == 4 || orientation == 5 || orientation == 6;
+        // Where the first column, or for the turned ones the first row, is displayed at the left.
+        const bool leftIsFirst = orientation == 1 || orientation == 4 || orientation == 5 || orientation == 8;
         for (OIIO::ImageBuf::Iterator<unsigned char> pixel(image); !pixel.done(); ++pixel) {
             const int across = isTurned ? pixel.y() : pixel.x();
-            const bool isWhite = orientation == 6 || orientation == 5 ? across < 10
-                                 : leftIsFirst                        ? across < 10
-                                                                      : across >= 20;
+            const bool isWhite = leftIsFirst ? across < 10 : across >= 20;
             for (int c = 0; c < 3; ++c)
                 pixel[c] = isWhite ? 1.0F : 0.0F;
         }
@@ -183,12 +182,12 @@ TEST(SheetCommand, BrighterFloatsAreExposedAndCompressed) {
     const PictureFile sheet = Sheet(folder, {in});
     // The geometric mean 1000 is exposed to 0.18, so 100 to 0.018 and 10000 to 1.8, which is the brightest:
     // 0.018 x (1 + 0.018 / 3.24) / 1.018 = 0.01778, encoded 0.1408; the brightest becomes 1.
-    EXPECT_EQ(sheet.At(19, 10), (Colour{36, 36, 36, 255}));
-    EXPECT_EQ(sheet.At(20, 10), (Colour{255, 255, 255, 255}));
+    EXPECT_EQ(sheet.At(19, 9), (Colour{36, 36, 36, 255}));
+    EXPECT_EQ(sheet.At(20, 9), (Colour{255, 255, 255, 255}));
     const PictureFile odd = Sheet(folder, {WriteFloats(folder / "odd.tif", 3, 1, 1, {kNan, -kInfinity, kInfinity})});
-    EXPECT_EQ(odd.At(18, 10), (Colour{0, 0, 0, 255}));
-    EXPECT_EQ(odd.At(19, 10), (Colour{0, 0, 0, 255}));
-    EXPECT_EQ(odd.At(20, 10), (Colour{255, 255, 255, 255}));
+    EXPECT_EQ(odd.At(18, 9), (Colour{0, 0, 0, 255}));
+    EXPECT_EQ(odd.At(19, 9), (Colour{0, 0, 0, 255}));
+    EXPECT_EQ(odd.At(20, 9), (Colour{255, 255, 255, 255}));
 }
 
 TEST(SheetCommand, ColoursOfAnOpenExrFileAreFreedOfTheirAlpha) {
