@@ -62,14 +62,20 @@ TEST(ComposeCommand, WhatLiesOutsideIsLeftOutWithANote) {
 TEST(ComposeCommand, APieceThatIsWhollyOutsideIsAFailureOfItsOwn) {
     const TemporaryFolder folder;
     const auto piece = WritePicture(folder / "piece.png", 5, 4, PlaceColour);
+    std::vector<std::string> arguments = {"compose", folder / "out.png", "--size", "10x8"};
+    std::string errors;
     for (const std::string place : {"10,0", "0,8", "-5,0", "0,-4", "2147483647,0", "-2147483648,-2147483648"}) {
-        const ProgramResult result =
-            RunKavra({"compose", folder / "out.png", "--size", "10x8", At(piece, place), At(piece, "0,0")});
-        EXPECT_EQ(result.status, 1) << place;
-        EXPECT_EQ(result.error,
-                  "kavra: " + piece.string() + ": error: lies outside the picture: 5 x 4 pixels at " + place + "\n");
-        EXPECT_EQ(PictureFile(folder / "out.png").At(4, 3), PlaceColour(4, 3));
+        arguments.push_back(At(piece, place));
+        errors += "kavra: " + piece.string() + ": error: lies outside the picture: 5 x 4 pixels at " + place + "\n";
     }
+    arguments.push_back(At(piece, "5,4"));
+    const ProgramResult result = RunKavra(arguments);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.error, errors);
+    const PictureFile out(folder / "out.png");
+    EXPECT_EQ(out.At(0, 0), kNothing);
+    EXPECT_EQ(out.At(4, 4), kNothing);
+    EXPECT_EQ(out.At(9, 7), PlaceColour(4, 3));
 }
 
 TEST(ComposeCommand, LaterPiecesReplaceEarlierOnesHoweverManyJobs) {

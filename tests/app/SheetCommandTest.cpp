@@ -39,6 +39,27 @@ std::filesystem::path Plain(const TemporaryFolder& folder, const std::string& na
     return WritePicture(folder / name, width, height, [&](int, int) { return colour; });
 }
 
+/// A picture that is displayed as 30 x 15 black pixels with a white corner of 10 x 5 at the top left, stored in the row
+/// and column order of an Exif orientation (CIPA DC-008, tag 0x0112).
+OIIO::ImageBuf OrientedCorner(int orientation) {
+    const bool isTurned = orientation >= 5;
+    OIIO::ImageSpec spec(isTurned ? 15 : 30, isTurned ? 30 : 15, 3, OIIO::TypeDesc::UINT8);
+    spec.attribute("Orientation", orientation);
+    OIIO::ImageBuf image(spec);
+    // Where the first row, or of the turned ones the first column, is displayed at the bottom; and where the first
+    // column, or of the turned ones the first row, is displayed at the right.
+    const bool fromBottom = orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
+    const bool fromRight = orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
+    for (OIIO::ImageBuf::Iterator<unsigned char> pixel(image); !pixel.done(); ++pixel) {
+        const int across = isTurned ? pixel.y() : pixel.x();
+        const int down = isTurned ? pixel.x() : pixel.y();
+        const bool isWhite = (fromRight ? 29 - across : across) < 10 && (fromBottom ? 14 - down : down) < 5;
+        for (int c = 0; c < 3; ++c)
+            pixel[c] = isWhite ? 1.0F : 0.0F;
+    }
+    return image;
+}
+
 }  // namespace
 
 TEST(SheetCommand, CellsFollowEachOtherRowByRow) {
@@ -78,35 +99,38 @@ TEST(SheetCommand, PicturesKeepTheirProportionsAndAreNeverEnlarged) {
     };
     const std::vector<Case> cases = {{10, 10, 10, 10}, {360, 360, 18, 18}, {760, 180, 38, 9},
                                      {1, 1, 1, 1},     {20000, 10, 38, 1}, {10, 20000, 1, 18}};
+    std::vector<std::string> files = {"--columns", "1"};
     for (const Case& row : cases) {
-        const PictureFile sheet = Sheet(folder, {Plain(folder, "in.png", row.width, row.height, {200, 100, 50})});
-        ExpectCentred(sheet, 0, 0, row.shownWidth, row.shownHeight, {200, 100, 50, 255});
+        const std::string name = std::to_string(row.width) + "x" + std::to_string(row.height) + ".png";
+        files.push_back(Plain(folder, name, row.width, row.height, {200, 100, 50}));
+    }
+    const PictureFile sheet = Sheet(folder, files);
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const Case& row = cases[i];
+        ExpectCentred(sheet, 0, static_cast<int>(i) * 20, row.shownWidth, row.shownHeight, {200, 100, 50, 255});
     }
 }
 
 TEST(SheetCommand, EveryOrientationIsShownUpright) {
     const TemporaryFolder folder;
+    std::vector<std::string> files = {"--columns", "1"};
     for (int orientation = 1; orientation <= 8; ++orientation) {
-        // Displayed, every one of them is 30 x 15 with a white left third on black.
-        const bool isTurned = orientation >= 5;
-        OIIO::ImageSpec spec(isTurned ? 15 : 30, isTurned ? 30 : 15, 3, OIIO::TypeDesc::UINT8);
-        spec.attribute("Orientation", orientation);
-        OIIO::ImageBuf image(spec);
-        // Where the first column, or for the turned ones the first row, is displayed at the left.
-        const bool leftIsFirst = orientation == 1 || orientation == 4 || orientation == 5 || orientation == 8;
-        for (OIIO::ImageBuf::Iterator<unsigned char> pixel(image); !pixel.done(); ++pixel) {
-            const int across = isTurned ? pixel.y() : pixel.x();
-            const bool isWhite = leftIsFirst ? across < 10 : across >= 20;
-            for (int c = 0; c < 3; ++c)
-                pixel[c] = isWhite ? 1.0F : 0.0F;
-        }
         const auto file = folder / (std::to_string(orientation) + ".tif");
-        ASSERT_TRUE(image.write(file.string()));
-        const PictureFile sheet = Sheet(folder, {file});
-        EXPECT_EQ(sheet.At(6, 10), (Colour{255, 255, 255, 255})) << orientation;
-        EXPECT_EQ(sheet.At(33, 10), (Colour{0, 0, 0, 255})) << orientation;
-        EXPECT_EQ(sheet.At(4, 10), kBackground) << orientation;
-        EXPECT_EQ(sheet.At(20, 1), kBackground) << orientation;
+        ASSERT_TRUE(OrientedCorner(orientation).write(file.string()));
+        files.push_back(file);
+    }
+    const PictureFile sheet = Sheet(folder, files);
+    const Colour white = {255, 255, 255, 255};
+    const Colour black = {0, 0, 0, 255};
+    for (int i = 0; i < 8; ++i) {
+        const int top = i * 20 + 2;  // 30 x 15 pixels from 5, 2
+        EXPECT_EQ(sheet.At(5, top), white) << i + 1;
+        EXPECT_EQ(sheet.At(14, top + 4), white) << i + 1;
+        EXPECT_EQ(sheet.At(15, top), black) << i + 1;
+        EXPECT_EQ(sheet.At(5, top + 5), black) << i + 1;
+        EXPECT_EQ(sheet.At(34, top + 14), black) << i + 1;
+        EXPECT_EQ(sheet.At(4, top), kBackground) << i + 1;
+        EXPECT_EQ(sheet.At(20, top - 1), kBackground) << i + 1;
     }
 }
 
@@ -164,14 +188,22 @@ TEST(SheetCommand, EveryMessageIsSaidOfItsFileInTheOrderGiven) {
 
 TEST(SheetCommand, FloatsUpToOneAreShownWithTheCurveOfSrgb) {
     const TemporaryFolder folder;
-    const auto plain = [&](float value) {
-        return WriteFloats(folder / "in.tif", 4, 4, 1, std::vector<float>(16, value));
+    struct Case {
+        float value;
+        int shown;
     };
     // 1.055 x 0.5 ^ (1 / 2.4) - 0.055 = 0.7354; 12.92 x 0.002 = 0.0258
-    EXPECT_EQ(Sheet(folder, {plain(0.5F)}).At(20, 10), (Colour{188, 188, 188, 255}));
-    EXPECT_EQ(Sheet(folder, {plain(0.002F)}).At(20, 10), (Colour{7, 7, 7, 255}));
-    EXPECT_EQ(Sheet(folder, {plain(1)}).At(20, 10), (Colour{255, 255, 255, 255}));
-    EXPECT_EQ(Sheet(folder, {plain(-3)}).At(20, 10), (Colour{0, 0, 0, 255}));
+    const std::vector<Case> cases = {{0.5F, 188}, {0.002F, 7}, {1, 255}, {-3, 0}};
+    std::vector<std::string> files = {"--columns", "1"};
+    for (const Case& row : cases) {
+        const auto name = std::to_string(row.shown) + ".tif";
+        files.push_back(WriteFloats(folder / name, 4, 4, 1, std::vector<float>(16, row.value)));
+    }
+    const PictureFile sheet = Sheet(folder, files);
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const int shown = cases[i].shown;
+        EXPECT_EQ(sheet.At(20, static_cast<int>(i) * 20 + 10), (Colour{shown, shown, shown, 255}));
+    }
 }
 
 TEST(SheetCommand, BrighterFloatsAreExposedAndCompressed) {
