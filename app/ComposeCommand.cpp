@@ -201,7 +201,7 @@ void AddCompose(CLI::App& program, Session& session) {
             },
             "Pictures and where their top left corners go, in pixels. Later ones replace what earlier ones put "
             "there, transparent pixels too; what lies outside is left out")
-        ->type_name("FILE@X,Y...")
+        ->type_name("FILE@X,Y")
         ->required();
     command
         ->add_option_function<std::string>(

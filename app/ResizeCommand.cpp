@@ -4,8 +4,6 @@
 #include "Sizes.h"
 #include "Workers.h"
 
-#include <CLI/CLI.hpp>
-
 #include <format>
 #include <map>
 #include <memory>
@@ -80,6 +78,25 @@ LoadedImage Resized(IImageHandler& handler, Report& report, const Options& optio
     return result;
 }
 
+/// Adds an option that takes one of a few words, in any case.
+template <class Value>
+void AddChoice(CLI::App& command, const std::string& name, Value& value, std::map<std::string, Value> words,
+               const std::string& help) {
+    std::string names;
+    for (const auto& [word, ignored] : words)
+        names += (names.empty() ? "" : "|") + word;
+    command
+        .add_option_function<std::string>(
+            name,
+            [&value, name, names, words = std::move(words)](const std::string& text) {
+                const auto found = words.find(CLI::detail::to_lower(text));
+                if (found == words.end()) throw CLI::ValidationError(name, text + " is none of " + names);
+                value = found->second;
+            },
+            help)
+        ->type_name(names);
+}
+
 int Run(const Session& session, const Options& options) {
     if (options.size.x == 0 && options.method != kResizeCopy) return WrongUsage("--size is required");
     const Host host = session.LoadHost();
@@ -93,10 +110,6 @@ int Run(const Session& session, const Options& options) {
 }  // namespace
 
 void AddResize(CLI::App& program, Session& session) {
-    static const std::map<std::string, EResizeMethod> methods = {
-        {"copy", kResizeCopy}, {"filter", kResizeFilter}, {"crop", kResizeCropOrPad}};
-    static const std::map<std::string, EImageFilterType> filters = {
-        {"nearest", kFilterNearest}, {"mitchell", kFilterMitchell}, {"linear", kFilterBilinear}};
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("resize", "Brings a picture to another size, larger or smaller");
     command->footer(
@@ -110,18 +123,15 @@ void AddResize(CLI::App& program, Session& session) {
             [options](const std::string& text) { std::tie(options->size.x, options->size.y) = ParseSize(text, 1); },
             "The new size; it need not keep the proportions")
         ->type_name("WxH");
-    command
-        ->add_option(
-            "--method", options->method,
-            "filter: resample to the size. crop: leave the pixels as they are, cut off what is too much at the "
-            "right and at the bottom, fill up with zeros. copy: the block as it is, in its own size")
-        ->transform(CLI::CheckedTransformer(methods, CLI::ignore_case))
-        ->default_str("filter")
-        ->type_name("copy|filter|crop");
-    command->add_option("--filter", options->filter, "How to resample")
-        ->transform(CLI::CheckedTransformer(filters, CLI::ignore_case))
-        ->default_str("mitchell")
-        ->type_name("nearest|mitchell|linear");
+    AddChoice<EResizeMethod>(*command, "--method", options->method,
+                             {{"copy", kResizeCopy}, {"filter", kResizeFilter}, {"crop", kResizeCropOrPad}},
+                             "filter, unless said: resample to the size. crop: leave the pixels as they are, cut off "
+                             "what is too much at the "
+                             "right and at the bottom, fill up with zeros. copy: the block as it is, in its own size");
+    AddChoice<EImageFilterType>(
+        *command, "--filter", options->filter,
+        {{"nearest", kFilterNearest}, {"mitchell", kFilterMitchell}, {"linear", kFilterBilinear}},
+        "How to resample; mitchell unless said");
     command->add_option("--frame", options->frame, "The frame, from 0; of a DDS the mip level");
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
