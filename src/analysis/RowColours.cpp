@@ -41,8 +41,12 @@ struct BlueFirstFetch {
     }
 };
 
+/// a < b ? b : a, which is what x86's instruction makes of (b, a); with NaNs other processors differ from that.
 HWY_INLINE Floats Larger(Floats a, Floats b) {
-    return hn::IfThenElse(hn::Lt(a, b), b, a);
+    if constexpr (HWY_ARCH_X86)
+        return hn::Max(b, a);
+    else
+        return hn::IfThenElse(hn::Lt(a, b), b, a);
 }
 
 /// Each pixel's fourth channel replaced by the brightest of the three others.

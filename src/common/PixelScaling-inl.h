@@ -15,11 +15,13 @@ HWY_BEFORE_NAMESPACE();
 namespace Kavra::Common::HWY_NAMESPACE {
 
 /// A vector of floats from halves. Where Highway emulates the conversion, infinities and NaNs come out as numbers from
-/// 65536 on, which no finite half is; a full exponent puts them right and changes nothing elsewhere.
+/// 65536 on, which no finite half is; a full exponent puts them right and changes nothing elsewhere. The instructions
+/// of x86 from AVX2 on need no such help.
 HWY_INLINE Floats LoadHalves(const std::byte* in) {
     const TagF32 df;
     const auto bits = LoadBytes(HalfTagU16(), in);
     const Floats v = hn::PromoteTo(df, hn::BitCast(hn::Rebind<hwy::float16_t, TagF32>(), bits));
+    if constexpr (HWY_ARCH_X86 && HWY_TARGET < HWY_SSE4) return v;
     const auto isSpecial = hn::Ge(hn::Abs(v), hn::Set(df, 65536.0f));
     return hn::Or(v, hn::IfThenElseZero(isSpecial, hn::BitCast(df, hn::Set(TagU32(), 0x7f800000u))));
 }
