@@ -40,6 +40,7 @@ void AddCompose(CLI::App& program, Session& session);
 void AddSheet(CLI::App& program, Session& session);
 void AddTarget(CLI::App& program, Session& session);
 void AddTile(CLI::App& program, Session& session);
+void AddLight(CLI::App& program, Session& session);
 void AddFormats(CLI::App& program, Session& session);
 
 }  // namespace Kavra::App

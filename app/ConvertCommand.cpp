@@ -1,10 +1,9 @@
 #include "Commands.h"
+#include "FileNames.h"
 #include "LoadOptions.h"
 #include "SaveImage.h"
 #include "Workers.h"
 
-#include <format>
-#include <map>
 #include <memory>
 
 namespace Kavra::App {
@@ -17,28 +16,10 @@ struct Options {
     LoadOptions load;
 };
 
-std::filesystem::path InFolder(const std::filesystem::path& folder, const std::string& input, const std::string& to) {
-    const std::string extension = to.starts_with('.') ? to : "." + to;
-    return folder / std::filesystem::path(input).stem().concat(extension);
-}
-
-/// Two inputs that would make one output; empty when there are none.
-std::string Clash(const std::vector<std::string>& inputs, const std::vector<std::filesystem::path>& outputs) {
-    std::map<std::filesystem::path, std::string> makers;
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        const auto [place, isNew] = makers.emplace(outputs[i].lexically_normal(), inputs[i]);
-        if (!isNew) {
-            return std::format("{} and {} would both become {}", place->second, inputs[i], outputs[i].string());
-        }
-    }
-    return {};
-}
-
 int Run(const Session& session, const Options& options) {
     const std::vector<std::string> inputs(options.files.begin(), options.files.end() - 1);
     const std::filesystem::path out = options.files.back();
-    std::error_code ignored;
-    const bool toFolder = inputs.size() > 1 || std::filesystem::is_directory(out, ignored) || !out.has_filename();
+    const bool toFolder = IsFolder(out, inputs.size());
     if (toFolder && options.to.empty()) return WrongUsage("--to is required when the output is a folder");
     if (!toFolder && !options.to.empty()) return WrongUsage("--to goes with an output folder");
     if (options.to.find('/') != std::string::npos) return WrongUsage("--to takes an extension, such as png");

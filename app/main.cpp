@@ -50,6 +50,7 @@ int main(int argc, char** argv) {
     Kavra::App::AddSheet(program, session);
     Kavra::App::AddTarget(program, session);
     Kavra::App::AddTile(program, session);
+    Kavra::App::AddLight(program, session);
     Kavra::App::AddFormats(program, session);
     const int status = Parse(program, argc, argv);
     return status >= 0 ? status : Run(session);

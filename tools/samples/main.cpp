@@ -1,6 +1,7 @@
 /// Writes the sample images:  make_samples FOLDER
 
 #include "DdsSamples.h"
+#include "EnvironmentSamples.h"
 #include "PalettePng.h"
 #include "PcxSamples.h"
 #include "Picture.h"
@@ -108,6 +109,7 @@ void WriteAll(const std::string& folder) {
     WriteImage(folder + "/studio.hdr", Paint(256, 128, Studio, false), With(TypeDesc::FLOAT));
     WriteImage(folder + "/photo.tga", WithAlpha(Paint(120, 80, Landscape, true)), With(TypeDesc::UINT8, "rle"));
     WriteAnimation(folder);
+    WriteEnvironments(folder);
     WriteDdsSamples(folder, photo, Paint(64, 64, Landscape, false));
     WritePcxSamples(folder);
 }

@@ -1,0 +1,106 @@
+#include "EnvironmentFile.h"
+
+#include "Description.h"
+#include "FormatNames.h"
+#include "common/PixelBlock.h"
+
+#include <kavra/objects/OS.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <format>
+
+namespace Kavra::App {
+namespace {
+
+using namespace Devices;
+
+bool IsAnalysed(EFormat format) {
+    constexpr std::array kFormats = {kR8G8B8A8, kR8G8B8A8Alt,   kR8G8B8X8,     kB8G8R8A8,
+                                     kB8G8R8X8, kR16G16B16A16F, kR32G32B32A32F};
+    return std::ranges::find(kFormats, format) != kFormats.end();
+}
+
+/// The format of the file itself. In silence: what is wrong with the file is said when it is loaded.
+EFormat FileFormat(IImageHandler& handler, const std::string& file) {
+    Report silent(file);
+    const MessageScope scope(silent);
+    const Owned<ImageDesc> desc(handler.GetImageDesc(OS::FromUtf8(file.c_str()).c_str()));
+    return desc == nullptr ? kUnknown : desc->format;
+}
+
+/// Pixels of three floats become pixels of four: the host's OpenEXR reader gives three where a file has no alpha.
+void AddAlpha(LoadedImage& image) {
+    ImageDescription& desc = image.desc;
+    constexpr std::size_t kFrom = 3 * sizeof(float), kTo = 4 * sizeof(float);
+    const std::size_t pixels = desc.dataSize / kFrom;
+    Common::PixelBlock block = Common::NewBlock(pixels * kTo);
+    const auto* in = static_cast<const unsigned char*>(image.block->mData);
+    const float opaque = 1;
+    for (std::size_t i = 0; i < pixels; ++i) {
+        std::memcpy(block.get() + i * kTo, in + i * kFrom, kFrom);
+        std::memcpy(block.get() + i * kTo + kFrom, &opaque, sizeof opaque);
+    }
+    image.block.reset(new Objects::MemoryArrayWrapper<void, unsigned char>(block.get()));
+    (void)block.release();
+    desc.format = kR32G32B32A32F;
+    desc.rowPitch = desc.width * static_cast<int>(kTo);
+    desc.dataSize = pixels * kTo;
+}
+
+/// The value of a file with one channel, which comes in red, goes to green and blue as well.
+void SpreadRed(LoadedImage& image) {
+    auto* const pixels = static_cast<float*>(image.block->mData);
+    for (std::size_t i = 0; i + 3 < image.desc.dataSize / sizeof(float); i += 4)
+        pixels[i + 1] = pixels[i + 2] = pixels[i];
+}
+
+/// Loads as four floats a pixel, where that can be had.
+LoadedImage LoadAsFloats(IImageHandler& handler, Report& report, EFormat fileFormat, LoadOptions options) {
+    options.format = kR32G32B32A32F;
+    LoadedImage image = Load(handler, report, options, 0);
+    if (image.block == nullptr || image.desc.textureType != kTexture2D) return image;
+    if (image.desc.format == kR32G32B32F) AddAlpha(image);
+    if (image.desc.format == kR32G32B32A32F && Channels(fileFormat) == 1) SpreadRed(image);
+    return image;
+}
+
+std::string Obstacle(const ImageDescription& desc) {
+    if (desc.textureType != kTexture2D)
+        return std::format("a {} is no equirectangular map", TextureTypeName(desc.textureType));
+    if (!IsAnalysed(desc.format)) return std::format("light cannot be measured in {}", Enumerator(desc.format));
+    return {};
+}
+
+}  // namespace
+
+LoadedImage LoadEnvironment(IImageHandler& handler, Report& report) {
+    const EFormat format = FileFormat(handler, report.File());
+    LoadedImage image = IsAnalysed(format) ? Load(handler, report, {}, 0) : LoadAsFloats(handler, report, format, {});
+    if (image.block == nullptr) {
+        FailToRead(report, 0);
+        return image;
+    }
+    const std::string obstacle = Obstacle(image.desc);
+    if (obstacle.empty()) return image;
+    report.Fail(obstacle);
+    return {};
+}
+
+SmallEnvironment LoadSmallEnvironment(IImageHandler& handler, const std::string& file, int width, int height) {
+    Report silent(file);
+    const EFormat format = FileFormat(handler, file);
+    LoadOptions options;
+    options.width = width;
+    options.height = height;
+    options.highQuality = true;
+    SmallEnvironment small{LoadAsFloats(handler, silent, format, options), false};
+    if (small.image.block != nullptr && small.image.desc.format != kR32G32B32A32F) small.image.block.reset();
+    constexpr std::array kLight = {kR16F,          kR16G16F,    kR16G16B16A16F, kR32F,      kR32G32F,
+                                   kR32G32B32A32F, kR32G32B32F, kBC6H,          kBC6HSigned};
+    small.isLight = std::ranges::find(kLight, format) != kLight.end();
+    return small;
+}
+
+}  // namespace Kavra::App

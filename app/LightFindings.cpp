@@ -1,0 +1,100 @@
+#include "LightFindings.h"
+
+#include "FormatNames.h"
+
+#include <algorithm>
+#include <cmath>
+#include <format>
+#include <numbers>
+
+namespace Kavra::App {
+namespace {
+
+using namespace Devices;
+
+constexpr double kDegrees = 180 / std::numbers::pi;
+
+/// Linear RGB with the primaries of ITU-R BT.709, with the weights that `GetIBLIntensity` uses.
+double Luminance(const vec3<float>& colour) {
+    return 0.212671 * colour.x + 0.71516 * colour.y + 0.072169 * colour.z;
+}
+
+std::string ColourText(const vec3<float>& c) {
+    return std::format("{:<9.4g} {:<9.4g} {:<9.4g}", c.x, c.y, c.z);
+}
+
+std::string LightLine(std::size_t number, const LightFinding& light) {
+    const auto& [x, y, z] = light.direction;
+    return std::format("  {:>3}  {:+.3f} {:+.3f} {:+.3f}  {:>7.1f}  {:>9.1f}   {}  {:<9.4g}  {:>5.1f} %\n", number, x,
+                       y, z, light.Azimuth(), light.Elevation(), ColourText(light.colour), light.luminance,
+                       100 * light.share);
+}
+
+}  // namespace
+
+double LightFinding::Azimuth() const {
+    return std::atan2(direction.x, -direction.z) * kDegrees;
+}
+
+double LightFinding::Elevation() const {
+    return std::asin(std::clamp(static_cast<double>(direction.y), -1.0, 1.0)) * kDegrees;
+}
+
+LightFindings MeasureLight(IImageHandler& handler, const LoadedImage& map, const LightOptions& options) {
+    LightFindings findings;
+    const void* data = map.block->mData;
+    findings.desc = map.desc;
+    findings.upperHemisphere = options.upperHemisphere;
+    findings.averageColor = handler.GetAverageColor(map.desc, data, false);
+    findings.intensity = handler.GetIBLIntensity(map.desc, data, options.upperHemisphere, &findings.weightedAverage);
+    std::vector<vec3<float>> directions(options.lights), colours(options.lights);
+    const unsigned count =
+        handler.FindIBLLightDirections(map.desc, data, directions.data(), colours.data(), options.lights);
+    double total = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        findings.lights.push_back({directions[i], colours[i], Luminance(colours[i]), 0});
+        total += std::max(findings.lights[i].luminance, 0.0);
+    }
+    for (LightFinding& light : findings.lights)
+        light.share = total > 0 ? std::max(light.luminance, 0.0) / total : 0;
+    return findings;
+}
+
+std::string LightText(const std::string& file, const LightFindings& findings) {
+    const vec4<float>& mean = findings.averageColor;
+    const std::string_view scope =
+        findings.upperHemisphere ? "upper hemisphere, by the cosine from the zenith" : "whole sphere";
+    std::string text = std::format(
+        "{}: {} x {}, {}\n"
+        "  average color       {:.4g} {:.4g} {:.4g}, alpha {:.4g}\n"
+        "  weighted average    {:.4g} {:.4g} {:.4g} ({})\n"
+        "  brightest channel   {:.4g}\n"
+        "  mean brightest      {:.4g}\n"
+        "  luminance           {:.4g}\n",
+        file, findings.desc.width, findings.desc.height, Enumerator(findings.desc.format), mean.x, mean.y, mean.z,
+        mean.w, findings.weightedAverage.x, findings.weightedAverage.y, findings.weightedAverage.z, scope,
+        findings.intensity.x, findings.intensity.y, findings.intensity.z);
+    if (findings.lights.empty()) return text + "  no lights\n";
+    text += "       direction x y z       azimuth  elevation   color r g b                    luminance    share\n";
+    for (std::size_t i = 0; i < findings.lights.size(); ++i)
+        text += LightLine(i + 1, findings.lights[i]);
+    return text;
+}
+
+std::string LightTableHead(std::size_t width) {
+    return std::format("{:<{}}  {:>9} {:>9} {:>9}  {:>6}  {}\n", "file", width, "brightest", "mean br.", "luminance",
+                       "lights", "strongest: azimuth, elevation, color");
+}
+
+std::string LightTableLine(const std::string& file, std::size_t width, const LightFindings& findings) {
+    std::string line = std::format("{:<{}}  {:>9.4g} {:>9.4g} {:>9.4g}  {:>6}", file, width, findings.intensity.x,
+                                   findings.intensity.y, findings.intensity.z, findings.lights.size());
+    if (!findings.lights.empty()) {
+        const LightFinding& light = findings.lights.front();
+        line += std::format("  {:.1f}, {:.1f}, {:.4g} {:.4g} {:.4g}", light.Azimuth(), light.Elevation(),
+                            light.colour.x, light.colour.y, light.colour.z);
+    }
+    return line + "\n";
+}
+
+}  // namespace Kavra::App
