@@ -1,5 +1,6 @@
 #include "readers/pict/PictPixels.h"
 
+#include <bit>
 #include <cstring>
 
 namespace Kavra::Devices {
@@ -17,11 +18,6 @@ void WidenIndices(std::span<const unsigned char> row, std::size_t first, std::sp
     }
 }
 
-std::uint16_t Widen5(unsigned value) {
-    value &= 0x1F;
-    return static_cast<std::uint16_t>(value << 11 | value << 6 | value << 1 | value >> 4);
-}
-
 std::uint16_t Widen8(unsigned char value) {
     return static_cast<std::uint16_t>(value * 257);
 }
@@ -35,16 +31,24 @@ void Widen(std::span<const unsigned char> bytes, std::span<std::uint16_t> out) {
         to[i] = Widen8(from[i * Stride]);
 }
 
-void Colours16(std::span<const unsigned char> row, std::size_t first, const PictRun& out) {
-    const unsigned char* from = row.subspan(2 * first, 2 * out[0].size()).data();
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-        const std::size_t below = 10 - 5 * channel;
-        std::uint16_t* to = out[channel].data();
-        for (std::size_t i = 0; i < out[channel].size(); ++i) {
-            const unsigned pixel = static_cast<unsigned>(from[2 * i]) << 8 | from[2 * i + 1];
-            to[i] = Widen5(pixel >> below);
-        }
+/// The five bits of a pixel from `Below` on, repeated until there are 16.
+template <unsigned Below>
+void Widen5(const unsigned char* pixels, std::span<std::uint16_t> out) {
+    std::uint16_t* to = out.data();
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        std::uint16_t pixel = 0;
+        std::memcpy(&pixel, pixels + 2 * i, 2);
+        if constexpr (std::endian::native == std::endian::little) pixel = std::byteswap(pixel);
+        const auto high = static_cast<std::uint16_t>(static_cast<std::uint16_t>(pixel << (11 - Below)) & 0xF800);
+        to[i] = static_cast<std::uint16_t>(high | high >> 5 | high >> 10 | high >> 15);
     }
+}
+
+void Colours16(std::span<const unsigned char> row, std::size_t first, const PictRun& out) {
+    const unsigned char* pixels = row.subspan(2 * first, 2 * out[0].size()).data();
+    Widen5<10>(pixels, out[0]);
+    Widen5<5>(pixels, out[1]);
+    Widen5<0>(pixels, out[2]);
 }
 
 void Colours32(std::span<const unsigned char> row, const PictRowLayout& layout, std::size_t first, const PictRun& out) {
@@ -57,6 +61,12 @@ void Colours32(std::span<const unsigned char> row, const PictRowLayout& layout, 
             Widen<4>(row.subspan(4 * first + 1 + channel), out[channel]);
         }
     }
+}
+
+/// Four bytes in the order of the result.
+std::uint32_t RgbaPixel(std::uint16_t red, std::uint16_t green, std::uint16_t blue) {
+    const std::uint32_t pixel = 0xFF000000U | (blue & 0xFF00U) << 8 | (green & 0xFF00U) | red >> 8;
+    return std::endian::native == std::endian::little ? pixel : std::byteswap(pixel);
 }
 
 }  // namespace
@@ -85,15 +95,17 @@ void PictDirectColours(std::span<const unsigned char> row, const PictRowLayout& 
 }
 
 void PictToRgba(const PictConstRun& colours, std::span<unsigned char> out) {
-    const std::uint16_t* red = colours[0].data();
-    const std::uint16_t* green = colours[1].data();
-    const std::uint16_t* blue = colours[2].data();
-    unsigned char* to = out.data();
-    for (std::size_t i = 0; i < colours[0].size(); ++i) {
-        to[4 * i] = static_cast<unsigned char>(red[i] >> 8);
-        to[4 * i + 1] = static_cast<unsigned char>(green[i] >> 8);
-        to[4 * i + 2] = static_cast<unsigned char>(blue[i] >> 8);
-        to[4 * i + 3] = 0xFF;
+    // By way of whole pixels in an array of their own, which nothing else can overlap: so compilers make vectors of it.
+    constexpr std::size_t kAtATime = 256;
+    std::array<std::uint32_t, kAtATime> pixels;
+    for (std::size_t first = 0; first < colours[0].size(); first += kAtATime) {
+        const std::size_t count = std::min(kAtATime, colours[0].size() - first);
+        const std::uint16_t* red = colours[0].subspan(first, count).data();
+        const std::uint16_t* green = colours[1].subspan(first, count).data();
+        const std::uint16_t* blue = colours[2].subspan(first, count).data();
+        for (std::size_t i = 0; i < count; ++i)
+            pixels[i] = RgbaPixel(red[i], green[i], blue[i]);
+        std::memcpy(out.subspan(4 * first, 4 * count).data(), pixels.data(), 4 * count);
     }
 }
 

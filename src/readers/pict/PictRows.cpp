@@ -1,5 +1,6 @@
 #include "readers/pict/PictRows.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -35,39 +36,68 @@ bool ForEachPacket(std::span<const unsigned char> packed, std::size_t room, Repe
         const std::size_t given = kUnit * static_cast<std::size_t>(1 + (repeats ? -flag : flag));
         const std::size_t stored = repeats ? kUnit : given;
         if (given > room || stored >= packed.size()) return false;
+        packed = packed.subspan(1);
         if (repeats) {
-            repeat(packed.subspan(1, stored), given);
+            repeat(packed, given);
         } else {
-            copy(packed.subspan(1, stored));
+            copy(packed, given);
         }
         room -= given;
-        packed = packed.subspan(1 + stored);
+        packed = packed.subspan(stored);
     }
     return true;
 }
 
 template <std::size_t kUnit>
 bool IsSound(std::span<const unsigned char> packed, std::size_t room) {
-    return ForEachPacket<kUnit>(packed, room, [](auto, std::size_t) {}, [](auto) {});
+    const auto nothing = [](std::span<const unsigned char>, std::size_t) {};
+    return ForEachPacket<kUnit>(packed, room, nothing, nothing);
 }
 
-/// Returns how many bytes were unpacked.
+// Most packets are short: a step or two of a fixed size takes less time than finding out how to copy so few bytes. A
+// step may go on behind the packet's bytes, never behind a span.
+constexpr std::size_t kStep = 16;
+
+constexpr std::size_t WholeSteps(std::size_t bytes) {
+    return (bytes + kStep - 1) / kStep * kStep;
+}
+
+/// Copies `bytes` bytes from the start of `from` to that of `to`.
+void CopyBytes(std::span<unsigned char> to, std::span<const unsigned char> from, std::size_t bytes) {
+    if (WholeSteps(bytes) > std::min(to.size(), from.size())) {
+        std::memcpy(to.data(), from.data(), bytes);
+        return;
+    }
+    for (std::size_t at = 0; at < bytes; at += kStep)
+        std::memcpy(to.data() + at, from.data() + at, kStep);
+}
+
+/// Fills `bytes` bytes from the start of `to` with a unit.
+template <std::size_t kUnit>
+void FillBytes(std::span<unsigned char> to, std::span<const unsigned char> unit, std::size_t bytes) {
+    std::array<unsigned char, kStep> pattern;
+    for (std::size_t at = 0; at < kStep; ++at)
+        pattern[at] = unit[at % kUnit];
+    if (WholeSteps(bytes) > to.size()) {
+        for (std::size_t at = 0; at < bytes; ++at)
+            to[at] = pattern[at % kUnit];
+        return;
+    }
+    for (std::size_t at = 0; at < bytes; at += kStep)
+        std::memcpy(to.data() + at, pattern.data(), kStep);
+}
+
+/// Returns how many bytes were unpacked. Less than a step behind them may have changed, too.
 template <std::size_t kUnit>
 std::size_t UnpackInto(std::span<unsigned char> out, std::span<const unsigned char> packed) {
     std::size_t used = 0;
-    const auto repeat = [&](std::span<const unsigned char> unit, std::size_t bytes) {
-        unsigned char* to = out.subspan(used, bytes).data();
-        if constexpr (kUnit == 1) {
-            std::memset(to, unit.front(), bytes);
-        } else {
-            for (std::size_t at = 0; at < bytes; at += kUnit)
-                std::memcpy(to + at, unit.data(), kUnit);
-        }
+    const auto repeat = [&](std::span<const unsigned char> rest, std::size_t bytes) {
+        FillBytes<kUnit>(out.subspan(used), rest.first(kUnit), bytes);
         used += bytes;
     };
-    const auto copy = [&](std::span<const unsigned char> bytes) {
-        std::memcpy(out.subspan(used, bytes.size()).data(), bytes.data(), bytes.size());
-        used += bytes.size();
+    const auto copy = [&](std::span<const unsigned char> rest, std::size_t bytes) {
+        CopyBytes(out.subspan(used), rest, bytes);
+        used += bytes;
     };
     (void)ForEachPacket<kUnit>(packed, out.size(), repeat, copy);
     return used;
@@ -108,7 +138,8 @@ std::span<const unsigned char> PictRowBuffer::Unpack(std::span<const unsigned ch
     if (mBytes.size() < bytes) mBytes.resize(bytes);
     const std::span<unsigned char> row = std::span(mBytes).first(bytes);
     const std::size_t used = UnitBytes(layout) == 2 ? UnpackInto<2>(row, stored) : UnpackInto<1>(row, stored);
-    if (used < mUsed) std::memset(mBytes.data() + used, 0, mUsed - used);
+    const std::size_t changed = std::min(used + kStep, bytes);
+    std::ranges::fill(std::span(mBytes).first(std::max(mUsed, changed)).subspan(used), 0);
     mUsed = used;
     return row;
 }

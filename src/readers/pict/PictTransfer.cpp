@@ -74,7 +74,8 @@ void Transparent(const PictColours& colours, const PictConstRun& source, const P
         std::uint16_t* c = canvas[channel].data();
         for (std::size_t i = 0; i < canvas[channel].size(); ++i) {
             const std::uint16_t differs = (red[i] ^ backRed) | (green[i] ^ backGreen) | (blue[i] ^ backBlue);
-            c[i] = differs != 0 ? s[i] : c[i];
+            const std::uint16_t kept = differs == 0 ? 0xFFFF : 0;
+            c[i] = static_cast<std::uint16_t>((c[i] & kept) | (s[i] & ~kept));
         }
     }
 }
