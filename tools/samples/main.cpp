@@ -1,7 +1,9 @@
 /// Writes the sample images:  make_samples FOLDER
 
+#include "BandSamples.h"
 #include "DdsSamples.h"
 #include "EnvironmentSamples.h"
+#include "FlicSamples.h"
 #include "PalettePng.h"
 #include "PcxSamples.h"
 #include "Picture.h"
@@ -112,6 +114,8 @@ void WriteAll(const std::string& folder) {
     WriteEnvironments(folder);
     WriteDdsSamples(folder, photo, Paint(64, 64, Landscape, false));
     WritePcxSamples(folder);
+    WriteFlicSamples(folder);
+    WriteBandSamples(folder + "/bands");
 }
 
 }  // namespace

@@ -1,18 +1,8 @@
-/// The bodies of an animation's chunks. All numbers are little-endian.
+/// The bodies of an animation's chunks. All numbers are little-endian, `n` is a signed byte.
 ///
 /// Each function reads one body from where the source stands and leaves it where the fields ended, which need not be
 /// where the chunk says that it ends. The result is false when the file ended first: what could be read is in place
 /// then, and nothing that follows can be relied on.
-///
-/// | body                | fields                                                                                    |
-/// |---------------------|-------------------------------------------------------------------------------------------|
-/// | palette             | packets (2), then of each: entries to skip (1), entries (1, 0 = 256), their colours (3 each)
-/// | | byte run            | of each row: an unused byte, then packets until the row is full: n (1, signed); n >= 0: a
-/// | |                     | byte to be written n times; n < 0: -n bytes | | byte delta (FLI)    | first row (2), rows
-/// (2), then of each: packets (1), of each packet: columns to skip (1),    | |                     | n (1, signed); n
-/// >= 0: n bytes; n < 0: a byte to be written -n times                      | | word delta (FLC)    | rows (2), then of
-/// each: words (2) up to the first below 0x4000, which is the number of      | |                     | packets; of each
-/// packet: column (1), n (1, signed); n > 0: n words; else one word          |
 #pragma once
 
 #include "readers/ByteSource.h"
@@ -20,20 +10,27 @@
 
 namespace Kavra::Devices {
 
-/// Packets of colours, each component multiplied by `scale` modulo 256. Colours beyond entry 255 are left unread.
+/// The number of packets (2 bytes); of each: entries to skip (1), entries that follow (1, 0 means 256), their red,
+/// green and blue. Each component is multiplied by `scale` modulo 256. Colours beyond entry 255 are left unread.
 bool DecodeFlicPalette(ByteSource& source, FlicPalette& palette, unsigned scale);
 
 /// All indices as they are.
 bool DecodeFlicCopy(ByteSource& source, FlicFrame& frame);
 
-/// All indices, run-length coded. A run ends at the end of its row.
+/// Of each row: an unused byte, then packets until it is full: `n`, then a byte to be written `n` times, or -`n` bytes
+/// where that is negative. What passes the end of the row is not written; of bytes it is not read either.
 bool DecodeFlicByteRun(ByteSource& source, FlicFrame& frame);
 
+/// The first row and the number of rows (2 bytes each); of each row: the number of packets (1); of each packet: columns
+/// to skip since the last one (1), `n`, then `n` bytes, or one to be written -`n` times where that is negative.
 bool DecodeFlicByteDelta(ByteSource& source, FlicFrame& frame);
 
-/// The words before the number of packets: bit 14 moves down by the low 14 bits; bit 15 alone gives the last index of
-/// the row. Unlike elsewhere, columns count from the start of the row for every packet, and a packet of one word writes
-/// it as often as its column, taken as a signed byte, is below zero.
+/// The number of rows (2 bytes). Of each row: words (2 bytes), of which the first below 0x4000 is the number of
+/// packets. Before it, one with bit 14 moves down by its low 14 bits, one with bit 15 alone gives the row's last index.
+/// Of each packet: the column (1), `n`, then `n` words, or one where that is not positive.
+///
+/// Unlike in other programs, the column counts from the start of the row for every packet, one word is written as often
+/// as the column, taken as a signed byte, is below zero, and a move that is written as a negative number goes far down.
 bool DecodeFlicWordDelta(ByteSource& source, FlicFrame& frame);
 
 }  // namespace Kavra::Devices

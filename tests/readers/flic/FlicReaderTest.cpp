@@ -236,13 +236,21 @@ TEST(FlicReader, AReaderThatDoesNotOpenIsClosed) {
 
 // Damage.
 
+/// All indices of a frame and its palette; nothing where the file is none.
+Bytes Play(const ByteBuilder& file) {
+    ByteSource source = file.Source();
+    const std::optional<FlicHeader> header = ReadFlicHeader(source);
+    if (!header) return {};
+    FlicFrame frame(header->width, header->height);
+    FlicPalette palette{};
+    PlayFlic(source, *header, 3, frame, palette);
+    Bytes played(frame.Indices().begin(), frame.Indices().end());
+    played.insert(played.end(), palette.begin(), palette.end());
+    return played;
+}
+
 void Try(const ByteBuilder& file) {
-    const Decoded first = Decode<FLICReader>(file, 3);
-    const Decoded second = Decode<FLICReader>(file, 3);
-    ASSERT_EQ(first.opened, second.opened);
-    ASSERT_EQ(first.block, second.block);
-    ASSERT_TRUE(first.messages.empty());
-    ASSERT_EQ(first.read, !first.block.empty()) << "whatever is damaged, an open animation has a picture";
+    ASSERT_EQ(Play(file), Play(file));
 }
 
 /// All kinds of chunks in little room.

@@ -14,12 +14,12 @@ struct BandRaster {
     int columns = 0;
     int rows = 0;
     int bands = 1;
-    int bits = 8;                             ///< of a sample: 8, 16 or 32
-    char pixelType = 'U';                     ///< U unsigned, S signed, F float
-    std::string layout = "BIL";               ///< BIL, BIP or BSQ
-    std::vector<unsigned char> samples;       ///< the bands of a pixel side by side, little-endian, rows from the top
-    std::vector<std::array<int, 3>> palette;  ///< of a single 8-bit band, red green blue; empty: none
-    double cell = 1;                          ///< side of a pixel on the map, whose upper left corner is at 0, 0
+    int bits = 8;                               ///< of a sample: 8, 16 or 32
+    char pixelType = 'U';                       ///< U unsigned, S signed, F float
+    std::string layout = "BIL";                 ///< BIL, BIP or BSQ
+    std::vector<unsigned char> samples{};       ///< the bands of a pixel side by side, little-endian, rows from the top
+    std::vector<std::array<int, 3>> palette{};  ///< of a single 8-bit band, red green blue; empty: none
+    double cell = 1;                            ///< side of a pixel on the map, whose upper left corner is at 0, 0
 };
 
 /// Each key on a line of its own, in the spelling that mapping programs use.

@@ -1,0 +1,83 @@
+#include "BandSamples.h"
+
+#include "Picture.h"
+#include "legacy/BandFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <filesystem>
+
+namespace Kavra::Samples {
+namespace {
+
+using Legacy::BandRaster;
+
+/// Metres above the sea on an island, for places from 0 to 1.
+float Altitude(float x, float y) {
+    const auto peak = [x, y](float atX, float atY, float width, float metres) {
+        const float dx = (x - atX) / width, dy = (y - atY) / width;
+        return metres * std::exp(-(dx * dx + dy * dy));
+    };
+    const float hills =
+        90 * std::sin(9 * x + 4 * y) * std::sin(11 * y - 3 * x) + 40 * std::sin(23 * x) * std::sin(19 * y);
+    const float land =
+        peak(0.42F, 0.40F, 0.22F, 1500) + peak(0.66F, 0.60F, 0.18F, 900) + peak(0.30F, 0.68F, 0.13F, 500);
+    return land + hills * std::min(1.0F, land / 300) - 160;
+}
+
+BandRaster Photo() {
+    const Picture picture = Paint(120, 80, Landscape, true);
+    BandRaster raster{.columns = picture.width, .rows = picture.height, .bands = 3};
+    for (const float value : picture.values)
+        raster.samples.push_back(static_cast<unsigned char>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F));
+    return raster;
+}
+
+/// Calls `add(altitude)` for each pixel of the map.
+template <class Add>
+void Survey(const BandRaster& raster, const Add& add) {
+    for (int y = 0; y < raster.rows; ++y) {
+        for (int x = 0; x < raster.columns; ++x) {
+            add(Altitude((static_cast<float>(x) + 0.5F) / static_cast<float>(raster.columns),
+                         (static_cast<float>(y) + 0.5F) / static_cast<float>(raster.rows)));
+        }
+    }
+}
+
+/// In steps of 1/40 metre, which uses most of 16 bits.
+BandRaster Height() {
+    BandRaster raster{.columns = 128, .rows = 96, .bits = 16, .cell = 30};
+    Survey(raster, [&raster](float altitude) {
+        const int steps = std::clamp(static_cast<int>(altitude * 40), 0, 65535);
+        raster.samples.push_back(static_cast<unsigned char>(steps & 0xFF));
+        raster.samples.push_back(static_cast<unsigned char>(steps >> 8));
+    });
+    return raster;
+}
+
+/// Sea, and eight belts of the land: each has a number of its own and the palette its colour.
+BandRaster Map() {
+    constexpr std::array<float, 8> kBelts = {-120, 0, 15, 150, 400, 750, 1050, 1250};
+    BandRaster raster{.columns = 128, .rows = 96, .cell = 30};
+    // Programs differ in what they make of entry 0, so no pixel has it.
+    raster.palette = {{0, 0, 0},     {24, 60, 120},  {52, 110, 170},  {225, 210, 150}, {120, 170, 80},
+                      {60, 130, 60}, {150, 140, 90}, {130, 115, 105}, {170, 165, 165}, {250, 250, 250}};
+    Survey(raster, [&](float altitude) {
+        const auto belts = std::ranges::count_if(kBelts, [altitude](float above) { return altitude >= above; });
+        raster.samples.push_back(static_cast<unsigned char>(1 + belts));
+    });
+    return raster;
+}
+
+}  // namespace
+
+void WriteBandSamples(const std::string& folder) {
+    const std::filesystem::path place(folder);
+    std::filesystem::create_directories(place);
+    Legacy::WriteBandFiles(place / "photo", Photo());
+    Legacy::WriteBandFiles(place / "height", Height());
+    Legacy::WriteBandFiles(place / "map", Map());
+}
+
+}  // namespace Kavra::Samples
