@@ -34,9 +34,20 @@ private:
 
 ReadResult<ByteSource> ByteSource::Open(const KString& path) {
     std::FILE* opened = nullptr;
-    const int error = OS::wfopen(&opened, path, L"rb");
+    (void)OS::wfopen(&opened, path, L"rb");
+    return OverFile(opened);
+}
+
+ReadResult<ByteSource> ByteSource::OpenNarrow(const char* path) {
+    std::FILE* opened = nullptr;
+    (void)OS::fopen(&opened, path, "rb");
+    return OverFile(opened);
+}
+
+/// Takes what could be opened, null when nothing could.
+ReadResult<ByteSource> ByteSource::OverFile(std::FILE* opened) {
     Common::FileHandle handle(opened);
-    if (error != 0 || !handle) return std::unexpected(ReadError::kCannotOpen);
+    if (!handle) return std::unexpected(ReadError::kCannotOpen);
     const std::optional<std::uint64_t> length = Common::FileLength(handle.get());
     if (!length) return std::unexpected(ReadError::kCannotOpen);
     return ByteSource(std::make_shared<File>(std::move(handle)), 0, *length);

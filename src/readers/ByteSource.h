@@ -11,6 +11,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <expected>
 #include <memory>
 #include <span>
@@ -38,6 +39,8 @@ class ByteSource {
 public:
     /// Opens a regular file by its wide path and fixes its size as of now.
     [[nodiscard]] static ReadResult<ByteSource> Open(const KString& path);
+    /// The same by a path whose bytes go to the system as they are: names that are stored inside files.
+    [[nodiscard]] static ReadResult<ByteSource> OpenNarrow(const char* path);
 
     /// Memory that stays its owner's and must outlive the source.
     explicit ByteSource(std::span<const unsigned char> bytes) : mWindow(bytes), mSize(bytes.size()) {}
@@ -85,6 +88,8 @@ public:
 
 private:
     class File;
+
+    static ReadResult<ByteSource> OverFile(std::FILE* opened);
 
     ByteSource(std::shared_ptr<File> file, std::uint64_t start, std::uint64_t size)
         : mFile(std::move(file)), mStart(start), mSize(size) {}

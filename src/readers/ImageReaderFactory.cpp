@@ -1,9 +1,11 @@
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/cals/CALSReader.h"
 #include "readers/flic/FlicReader.h"
 #include "readers/pcx/PcxReader.h"
 #include "readers/pict/PictReader.h"
+#include "readers/rlc/RlcReader.h"
 #include "readers/spot/SpotReader.h"
 
 #include <kavra/objects/IMemoryAllocator.h>
@@ -33,9 +35,11 @@ struct ReaderEntry {
 
 /// One line a reader: `{PCX, Make<PCXReader>},`.
 constexpr std::initializer_list<ReaderEntry> kReaders = {
+    {CALS, Make<CALSReader>},
     {FLIC, Make<FLICReader>},
     {PCX, Make<PCXReader>},
     {PICT, Make<PictReader>},
+    {RLC, Make<RlcReader>},
     {Spot, Make<SpotReader>},
 };
 

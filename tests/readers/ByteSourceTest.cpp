@@ -267,6 +267,16 @@ TEST(ByteSource, WhatIsNoRegularFileCannotBeOpened) {
     EXPECT_EQ(ByteSource::Open(L"").error(), ReadError::kCannotOpen);
 }
 
+TEST(ByteSource, ANarrowPathIsTakenByItsBytes) {
+    const TemporaryFolder folder;
+    ReadResult<ByteSource> source = ByteSource::OpenNarrow(folder.Write("caf\xE9", "ab").c_str());
+    ASSERT_TRUE(source);
+    EXPECT_EQ(source->Size(), 2u);
+    EXPECT_EQ(source->Big<std::uint16_t>(), 'a' << 8 | 'b');
+    EXPECT_EQ(ByteSource::OpenNarrow(folder.Path().c_str()).error(), ReadError::kCannotOpen);
+    EXPECT_EQ(ByteSource::OpenNarrow((folder / "missing").c_str()).error(), ReadError::kCannotOpen);
+}
+
 TEST(ByteSource, AFileThatShrinksIsUnreadableNotEndless) {
     const TemporaryFolder folder;
     const auto path = folder.Write("x", Pattern());

@@ -1,9 +1,11 @@
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/cals/CalsReader.h"
 #include "readers/flic/FlicReader.h"
 #include "readers/pcx/PcxReader.h"
 #include "readers/pict/PictReader.h"
+#include "readers/rlc/RlcReader.h"
 #include "readers/spot/SpotReader.h"
 
 #include <kavra/objects/ObjModel.h>
@@ -47,9 +49,11 @@ void ExpectMade(int fileType) {
 }
 
 TEST(ImageReaderFactory, EveryLegacyTypeHasItsReader) {
+    ExpectMade<CALSReader>(CALS);
     ExpectMade<FLICReader>(FLIC);
     ExpectMade<PCXReader>(PCX);
     ExpectMade<PictReader>(PICT);
+    ExpectMade<RLCReader>(RLC);
     ExpectMade<SpotReader>(Spot);
 }
 

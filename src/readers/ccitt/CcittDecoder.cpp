@@ -1,0 +1,72 @@
+#include "readers/ccitt/CcittDecoder.h"
+
+#include <kavra/devices/Sys.h>
+
+#include <algorithm>
+#include <format>
+#include <utility>
+
+namespace Kavra::Devices::Ccitt {
+
+namespace {
+
+void WarnOfBadCode(const RowDecoder& row) {
+    const std::wstring message = std::format(L"Bad code word in {} at scanline (x {})", row.Table(), row.Position());
+    Sys::Warning(message.c_str(), nullptr);
+}
+
+}  // namespace
+
+Decoder::Decoder(ByteSource& source, std::int32_t width, Mode mode, BitOrder order)
+    : mInput(source, order),
+      mMode(mode),
+      mRowBytes((static_cast<std::size_t>(std::max(width, 0)) + 7) / 8),
+      mReference(std::max(width, 0)),
+      mCurrent(std::max(width, 0)) {}
+
+Result Decoder::DecodeRows(std::span<unsigned char> rows) {
+    if (mRowBytes == 0) return Result::kDecoded;
+    for (; rows.size() >= mRowBytes; rows = rows.subspan(mRowBytes)) {
+        const Result result = DecodeRow(rows.first(mRowBytes));
+        if (result != Result::kDecoded) return result;
+    }
+    return Result::kDecoded;
+}
+
+Result Decoder::DecodeRow(std::span<unsigned char> packed) {
+    RowDecoder row(mInput, mReference, mCurrent);
+    const RowEnd end = DecodeRuns(row);
+    if (end == RowEnd::kBadCode) {
+        WarnOfBadCode(row);
+        mInput.GiveUp(row.Reach());
+        return Result::kBadCode;
+    }
+    mCurrent.Fill(packed);
+    std::swap(mCurrent, mReference);
+    ++mRowsDecoded;
+    if (end == RowEnd::kEndOfData) {
+        mInput.Finish();
+        return Result::kEndOfData;
+    }
+    mInput.Keep(row.Window(), row.Reach());
+    mEndOfLineBegun = row.EndedOnEndOfLine();
+    return Result::kDecoded;
+}
+
+RowEnd Decoder::DecodeRuns(RowDecoder& row) const {
+    switch (mMode) {
+        case Mode::kGroup3:
+            return row.SkipEndOfLine(mEndOfLineBegun) ? row.OneDimensional() : row.CloseInWhite();
+        case Mode::kRows:
+            row.SkipToByte();
+            return row.OneDimensional();
+        case Mode::kGroup3TwoDimensional:
+            if (!row.SkipEndOfLine(mEndOfLineBegun)) return row.CloseInWhite();
+            return row.TakeBit() ? row.OneDimensional() : row.TwoDimensional();
+        case Mode::kGroup4:
+            break;
+    }
+    return row.TwoDimensional();
+}
+
+}  // namespace Kavra::Devices::Ccitt

@@ -1,0 +1,459 @@
+#include "readers/ccitt/CcittDecoder.h"
+
+#include "readers/ccitt/CcittStreams.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Kavra::Devices;
+using namespace Kavra::Devices::Ccitt;
+using namespace Kavra::Tests;
+
+using Rows = std::vector<std::string>;
+using Results = std::vector<Result>;
+using Texts = std::vector<std::wstring>;
+
+constexpr std::string_view kWhite0 = "00110101";
+constexpr std::string_view kBlack0 = "0000110111";
+
+std::string Join(std::initializer_list<std::string_view> parts) {
+    std::string all;
+    for (const std::string_view part : parts)
+        all += part;
+    return all;
+}
+
+std::string Repeat(std::string_view part, int times) {
+    std::string all;
+    for (; times > 0; --times)
+        all += part;
+    return all;
+}
+
+TEST(CcittGroup4, AVerticalCodeOverAWhiteRowIsAWhiteRow) {
+    const DecodedRows decoded = DecodeByRow(Codes("1 1 1 1 1 1 1 1"), 8, 8);
+    EXPECT_EQ(decoded.rows, Rows(8, "........"));
+    EXPECT_EQ(decoded.results, Results(8, Result::kDecoded));
+    EXPECT_TRUE(decoded.messages.empty());
+}
+
+TEST(CcittGroup4, VerticalCodesPlaceChangesUpToThreePixelsAside) {
+    // Horizontal: 5 white, 4 black, then to the end.
+    const std::string first = "001 1100 011 1";
+    EXPECT_EQ(DecodeByRow(Codes(first + "1 1 1"), 16, 2).rows[1], ".....####.......");
+    EXPECT_EQ(DecodeByRow(Codes(first + "011 1 1"), 16, 2).rows[1], "......###.......");
+    EXPECT_EQ(DecodeByRow(Codes(first + "000011 1 1"), 16, 2).rows[1], ".......##.......");
+    EXPECT_EQ(DecodeByRow(Codes(first + "0000011 1 1"), 16, 2).rows[1], "........#.......");
+    EXPECT_EQ(DecodeByRow(Codes(first + "010 1 1"), 16, 2).rows[1], "....#####.......");
+    EXPECT_EQ(DecodeByRow(Codes(first + "000010 1 1"), 16, 2).rows[1], "...######.......");
+    EXPECT_EQ(DecodeByRow(Codes(first + "0000010 0000011 1"), 16, 2).rows[1], "..##########....");
+}
+
+TEST(CcittGroup4, AChangeToTheLeftMayMakeTheOneBeforeItTheNextOneAgain) {
+    // Above: 2 white, 1 black, 1 white, 4 black. The first change is 2 right of 2, at 4; the second 3 left of 8, at 5:
+    // the next change to black beyond 5 is the end of the row. The third is 3 left of that.
+    const std::string first = "001 0111 010 001 000111 011";
+    ASSERT_EQ(DecodeByRow(Codes(first), 8, 1).rows[0], "..#.####");
+    EXPECT_EQ(DecodeByRow(Codes(first + "000011 0000010 1"), 8, 2).rows[1], "....#...");
+    // Black from 1 (one left of 2) to 2 (one left of 3); the next change to black is the one at 2's right, 4.
+    EXPECT_EQ(DecodeByRow(Codes(first + "010 010 1 1"), 8, 2).rows[1], ".#..####");
+    // Black from 5 (one right of 4 after a pass over 2 to 3) to 8 less 2; then the end.
+    EXPECT_EQ(DecodeByRow(Codes(first + "0001 011 000010 1"), 8, 2).rows[1], ".....#..");
+}
+
+TEST(CcittGroup4, PassModeSkipsToBelowTheEndOfTheRunAbove) {
+    const std::string first = "001 0111 11 1";  // 2 white, 2 black
+    EXPECT_EQ(DecodeByRow(Codes(first + "0001 1"), 12, 2).rows[1], "............");
+    EXPECT_EQ(DecodeByRow(Codes(first + "0001 0000010 1"), 12, 2).rows[1], ".........###");
+    // Black from the start by horizontal mode with no white; pass over the white gap above keeps it black.
+    const std::string gap = Join({"001", kWhite0, "11 001 0111 11 1"});  // 2 black, 2 white, 2 black
+    ASSERT_EQ(DecodeByRow(Codes(gap), 12, 1).rows[0], "##..##......");
+    EXPECT_EQ(DecodeByRow(Codes(gap + "1 0001 1 1"), 12, 2).rows[1], "######......");
+}
+
+TEST(CcittGroup4, AChangeInTheFirstColumnCountsAtTheStartOfARow) {
+    const std::string first = Join({"001", kWhite0, "010 1"});  // 1 black
+    EXPECT_EQ(DecodeByRow(Codes(first + "1 1 1"), 4, 2).rows, (Rows{"#...", "#..."}));
+    EXPECT_EQ(DecodeByRow(Codes(first + "011 1"), 4, 2).rows[1], ".###") << "the change at 1 is not right of 1";
+}
+
+TEST(CcittGroup4, HorizontalModeGivesTwoRunsInTheOrderOfTheColours) {
+    EXPECT_EQ(DecodeByRow(Codes("001 1000 10 1"), 12, 1).rows[0], "...###......");
+    // A vertical code first: the runs are then black and white.
+    EXPECT_EQ(DecodeByRow(Codes("001 1011 10 1 010 001 011 0111 1"), 12, 2).rows,
+              (Rows{"....###.....", "...####..###"}))
+        << "one left of 4, then 4 black and 2 white, then black to the end";
+}
+
+TEST(CcittGroup4, MakeUpCodesAddUpToATerminatingOne) {
+    const DecodedRows decoded = DecodeByRow(Codes(Join({"001 11011 11011 0111", "0000001111 11"})), 200, 1);
+    EXPECT_EQ(decoded.rows[0], std::string(130, '.') + std::string(66, '#') + std::string(4, '.'));
+    EXPECT_EQ(decoded.results[0], Result::kEndOfData) << "the row is not complete";
+}
+
+TEST(CcittGroup4, AWhiteFaxLineFillsItsBytesWithZeros) {
+    Bytes packed(216, 0xEE);
+    const Bytes data = Codes(Join({"001 010011011", kWhite0, kBlack0}));
+    ByteSource source{std::span<const unsigned char>(data)};
+    Decoder decoder(source, 1728, Mode::kGroup4, BitOrder::kMostSignificantFirst);
+    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(packed, Bytes(216, 0));
+    EXPECT_EQ(decoder.RowsDecoded(), 1u);
+}
+
+TEST(CcittGroup4, BitsBehindTheWidthAreCleared) {
+    Bytes packed(2, 0xEE);
+    const Bytes data = Codes(Join({"001", kWhite0, "00000100"}));  // 13 black
+    ByteSource source{std::span<const unsigned char>(data)};
+    Decoder decoder(source, 13, Mode::kGroup4, BitOrder::kMostSignificantFirst);
+    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(packed, (Bytes{0xFF, 0xF8}));
+}
+
+TEST(CcittGroup4, ARunOverTheWidthIsCutThereAndTheNextRowGoesOnFromTheCutOne) {
+    // 4 white and 20 black on 8 columns, then the same again by vertical codes.
+    const DecodedRows decoded = DecodeByRow(Codes("001 1011 00001101000  1 1  010 1"), 8, 3);
+    EXPECT_EQ(decoded.rows, (Rows{"....####", "....####", "...#####"}));
+    EXPECT_EQ(decoded.results, Results(3, Result::kDecoded));
+    EXPECT_TRUE(decoded.messages.empty());
+}
+
+TEST(CcittGroup4, AWhiteRunOverTheWidthIsFollowedByItsBlackOneAllTheSame) {
+    const DecodedRows decoded = DecodeByRow(Codes("001 01000 011  001 0111 011 1"), 8, 2);  // 11 white, 4 black
+    EXPECT_EQ(decoded.rows, (Rows{"........", "..####.."}));
+}
+
+TEST(CcittGroup4, AChangeBeyondTheWidthIsCut) {
+    EXPECT_EQ(DecodeByRow(Codes("0000011 1"), 8, 2).rows, (Rows{"........", "........"}));
+    EXPECT_EQ(DecodeByRow(Codes("010 0000011  1 1"), 8, 2).rows, (Rows{".......#", ".......#"}));
+}
+
+TEST(CcittGroup4, APassToTheWidthEndsTheRow) {
+    const std::string first = "001 1011 011";  // 4 white, 4 black: the run above ends at the width
+    EXPECT_EQ(DecodeByRow(Codes(first + "0001 1"), 8, 3).rows, (Rows{"....####", "........", "........"}));
+    // One left of 4, then black: above, the change to white is the width, so a pass leads to it too.
+    EXPECT_EQ(DecodeByRow(Codes(first + "010 0001 1 1"), 8, 3).rows, (Rows{"....####", "...#####", "...#####"}));
+}
+
+TEST(CcittGroup4, AnExtensionGivesTheRestTheCurrentColour) {
+    EXPECT_EQ(DecodeByRow(Codes("0000001 1"), 8, 2).rows, (Rows{"........", "........"}));
+    const DecodedRows black = DecodeByRow(Codes("0000010 0000001 1 1"), 8, 2);
+    EXPECT_EQ(black.rows, (Rows{".....###", ".....###"})) << "3 left of the end, then black to the end";
+    EXPECT_EQ(black.results[0], Result::kDecoded);
+    EXPECT_TRUE(black.messages.empty());
+}
+
+TEST(CcittGroup4, ARunThatAPassBeganGoesOnThroughAnExtension) {
+    const std::string first = Join({"001", kWhite0, "010 001 0111 010 1"});  // #..#....
+    ASSERT_EQ(DecodeByRow(Codes(first), 8, 1).rows[0], "#..#....");
+    EXPECT_EQ(DecodeByRow(Codes(first + "1 0001 0000001"), 8, 2).rows[1], "########");
+}
+
+TEST(CcittGroup4, AnEndOfLineGivesTheRestTheCurrentColourAndTakesElevenZeros) {
+    const DecodedRows decoded = DecodeByRow(Codes("0000010 0000000 0000  1 1"), 8, 2);
+    EXPECT_EQ(decoded.rows, (Rows{".....###", ".....###"}));
+    EXPECT_TRUE(decoded.messages.empty());
+}
+
+TEST(CcittGroup4, AnEndOfLineWithAOneTooEarlyIsABadCode) {
+    for (const char* zeros : {"1000", "0100", "0010", "0001"}) {
+        const DecodedRows decoded = DecodeByRow(Codes(std::string("0000010 0000000") + zeros + "11111111"), 8, 1);
+        EXPECT_EQ(decoded.results[0], Result::kBadCode) << zeros;
+        EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in EOL at scanline (x 5)"}));
+    }
+}
+
+TEST(CcittGroup4, NothingIsSpecialAboutAnEndOfBlock) {
+    // Its ones are vertical codes, its zeros rows; padding follows.
+    const DecodedRows decoded = DecodeByRow(Codes("1 000000000001 000000000001"), 8, 7);
+    EXPECT_EQ(decoded.rows, Rows(7, "........"));
+    EXPECT_TRUE(decoded.messages.empty());
+}
+
+TEST(CcittGroup4, DecodingGoesOnBehindAnEndOfBlock) {
+    const DecodedRows decoded = DecodeByRow(Codes("1 000000000001 000000000001 001 1011 011"), 8, 6);
+    EXPECT_EQ(decoded.rows, (Rows{"........", "........", "........", "........", "........", "....####"}));
+}
+
+TEST(CcittBadCode, NamesTheTableAndThePixel) {
+    // 3 white, then nine zeros where a black run should begin.
+    const DecodedRows black = DecodeByRow(Codes("001 1000 000000001 11111111"), 16, 1);
+    EXPECT_EQ(black.messages, (Texts{L"Bad code word in BlackTable at scanline (x 3)"}));
+    EXPECT_EQ(black.results[0], Result::kBadCode);
+    const DecodedRows white = DecodeByRow(Codes("001 1000 11 001 11011 000000001 11111111"), 200, 1);
+    EXPECT_EQ(white.messages, (Texts{L"Bad code word in WhiteTable at scanline (x 69)"})) << "3 + 2 + 64";
+    EXPECT_EQ(DecodeByRow(Codes("001 000000000001 1111"), 8, 1).messages,
+              (Texts{L"Bad code word in WhiteTable at scanline (x 0)"}))
+        << "an end of line is no run";
+}
+
+TEST(CcittBadCode, ThePixelMayLieBeyondTheWidth) {
+    EXPECT_EQ(DecodeByRow(Codes("001 01000 000000001 11111111"), 8, 1).messages,
+              (Texts{L"Bad code word in BlackTable at scanline (x 11)"}));
+}
+
+TEST(CcittBadCode, AChangeLeftOfTheLastOneIsBad) {
+    // Above: black from 2 to 3. One right of 2 is 3; one left of 3 is 2.
+    const std::string first = "001 0111 010 1";
+    ASSERT_EQ(DecodeByRow(Codes(first), 8, 1).rows[0], "..#.....");
+    const DecodedRows decoded = DecodeByRow(Codes(first + "1 0000010 11111111"), 8, 2);
+    EXPECT_EQ(decoded.results[1], Result::kBadCode) << "3 - 3 is left of 2";
+    EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in MainTable at scanline (x 2)"}));
+    const DecodedRows empty = DecodeByRow(Codes(first + "1 010 1"), 8, 2);
+    EXPECT_EQ(empty.rows[1], "........") << "3 - 1 is an empty run";
+    EXPECT_TRUE(empty.messages.empty());
+}
+
+TEST(CcittBadCode, AChangeLeftOfTheRowIsBad) {
+    const std::string first = Join({"001", kWhite0, "010 1"});
+    const DecodedRows decoded = DecodeByRow(Codes(first + "010 11111111"), 8, 2);
+    EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in MainTable at scanline (x 0)"}));
+}
+
+TEST(CcittBadCode, ARowHoldsAsManyRunsAsItsWidthAndFour) {
+    // Pairs of empty runs, then 8 white by a vertical code. Of 8 columns 12 runs fit.
+    const std::string pair = Join({"001", kWhite0, kBlack0});
+    const DecodedRows fits = DecodeByRow(Codes(Repeat(pair, 5) + "1 11111111"), 8, 1);
+    EXPECT_EQ(fits.results[0], Result::kDecoded) << "11 runs";
+    EXPECT_EQ(fits.rows[0], "........");
+    const DecodedRows full = DecodeByRow(Codes(Repeat(pair, 5) + "010 1 11111111"), 8, 1);
+    EXPECT_EQ(full.results[0], Result::kDecoded) << "12 runs";
+    EXPECT_EQ(full.rows[0], ".......#");
+    const DecodedRows over = DecodeByRow(Codes(Repeat(pair, 6) + "1 11111111"), 8, 1);
+    EXPECT_EQ(over.results[0], Result::kBadCode) << "13 runs";
+    EXPECT_EQ(over.messages, (Texts{L"Bad code word in MainTable at scanline (x 0)"}));
+    const DecodedRows inPair = DecodeByRow(Codes(Repeat(pair, 7) + "11111111"), 8, 1);
+    EXPECT_EQ(inPair.messages, (Texts{L"Bad code word in MainTable at scanline (x 0)"}))
+        << "whatever table it was found with";
+}
+
+TEST(CcittBadCode, ManyMoreRunsThanAnyRowHoldsAreBadToo) {
+    const DecodedRows decoded = DecodeByRow(Codes(Repeat(Join({"001", kWhite0, kBlack0}), 5000)), 3, 1);
+    EXPECT_EQ(decoded.results[0], Result::kBadCode);
+}
+
+TEST(CcittBadCode, TheNextRowBeginsWithTheBitsBeforeAndTheBytesBehind) {
+    // "1": a white row; seven bits of the first byte stand ready then. The second row draws a second byte (7 bits for
+    // the look-up are there, so none yet), then for the white run (12 bits: 4 left and a byte more) and the black one.
+    //   byte 0: 1 001 0111   the first row; horizontal, 2 white
+    //   byte 1: 00000000     \ no black run begins with eight zeros and a one
+    //   byte 2: 10000000     /
+    // White: 7 - 3 = 4 bits, 12 wanted: byte 1 is drawn. 8 left, 13 wanted: byte 2 is drawn. Bad.
+    // The third row: seven bits 001 0111 again, then byte 3.
+    //   byte 3: 11 1 10000   2 black, and a vertical code to the end
+    const DecodedRows decoded = DecodeByRow(Codes("1 001 0111  00000000 10000000  11 1 10000"), 8, 3);
+    EXPECT_EQ(decoded.results, (Results{Result::kDecoded, Result::kBadCode, Result::kDecoded}));
+    EXPECT_EQ(decoded.rows, (Rows{"........", "????????", "..##...."}));
+    EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in BlackTable at scanline (x 2)"}));
+}
+
+TEST(CcittBadCode, MayRepeatForEveryLaterRow) {
+    // Horizontal, and no white run: two bytes are drawn. No bit stood ready, so the next row begins with two more of
+    // them.
+    std::string codes;
+    for (int row = 0; row < 50; ++row)
+        codes += "001 000000001 1111";
+    const DecodedRows decoded = DecodeByRow(Codes(codes), 64, 52);
+    EXPECT_EQ(decoded.messages, Texts(50, L"Bad code word in WhiteTable at scanline (x 0)"));
+    EXPECT_EQ(decoded.results[49], Result::kBadCode);
+    EXPECT_EQ(decoded.results[50], Result::kEndOfData);
+}
+
+TEST(CcittBadCode, LeavesTheReferenceRowAndTheCountAlone) {
+    // The first row draws three bytes and leaves 13 bits: below its first change, then 4 black, then six zeros. With
+    // the fourth byte they are no white run, with the fifth they are one of 29 pixels.
+    const Bytes data = Codes("001 1011 011 1  1 001 011 000000  00100000  10000000");
+    const MessageRecorder recorder;
+    ByteSource source{std::span<const unsigned char>(data)};
+    Decoder decoder(source, 16, Mode::kGroup4, BitOrder::kMostSignificantFirst);
+    Bytes packed(2);
+    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(packed, (Bytes{0x0F, 0x00}));
+    packed = {0x12, 0x34};
+    EXPECT_EQ(decoder.DecodeRows(packed), Result::kBadCode);
+    EXPECT_EQ(packed, (Bytes{0x12, 0x34})) << "the row is left as it was";
+    EXPECT_EQ(recorder.Texts(), (Texts{L"Bad code word in WhiteTable at scanline (x 8)"}));
+    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(packed, (Bytes{0x0F, 0x00}));
+    EXPECT_EQ(decoder.RowsDecoded(), 2u);
+}
+
+TEST(CcittBadCode, EndsTheCallInWhichItStands) {
+    const Bytes data = Codes("1 1 1 1 1 1 1 1  001 000000001 1111  1 1 1 1 1 1 1 1");
+    const MessageRecorder recorder;
+    ByteSource source{std::span<const unsigned char>(data)};
+    Decoder decoder(source, 8, Mode::kGroup4, BitOrder::kMostSignificantFirst);
+    Bytes packed(12, 0xEE);
+    EXPECT_EQ(decoder.DecodeRows(packed), Result::kBadCode);
+    EXPECT_EQ(packed, (Bytes{0, 0, 0, 0, 0, 0, 0, 0, 0xEE, 0xEE, 0xEE, 0xEE}));
+    EXPECT_EQ(decoder.RowsDecoded(), 8u);
+}
+
+TEST(CcittEndOfData, WithoutAnyBitTheRowIsWhite) {
+    const DecodedRows decoded = DecodeByRow({}, 8, 3);
+    EXPECT_EQ(decoded.rows, Rows(3, "........"));
+    EXPECT_EQ(decoded.results, Results(3, Result::kEndOfData));
+    EXPECT_TRUE(decoded.messages.empty());
+}
+
+TEST(CcittEndOfData, TheRestOfARowIsWhiteEvenWhereBlackWasDue) {
+    // Sixteen bits to the last: 3 white and 2 black, then black from 7 on, then nothing.
+    const DecodedRows decoded = DecodeByRow(Codes("001 1000 11  0000010"), 10, 3);
+    EXPECT_EQ(decoded.rows, (Rows{"...##.....", "..........", ".........."}));
+    EXPECT_EQ(decoded.results[0], Result::kEndOfData);
+    EXPECT_TRUE(decoded.messages.empty());
+}
+
+TEST(CcittEndOfData, ARunThatAMakeUpCodeBeganStands) {
+    const DecodedRows decoded = DecodeByRow(Codes("001 00110101 0000001111 000"), 100, 1);
+    EXPECT_EQ(decoded.rows[0], std::string(64, '#') + std::string(36, '.'));
+    EXPECT_EQ(decoded.results[0], Result::kEndOfData);
+    EXPECT_TRUE(decoded.messages.empty());
+}
+
+TEST(CcittEndOfData, ARunThatAPassBeganStands) {
+    const std::string first = Join({"001", kWhite0, "010 001 0111 010 1"});
+    ASSERT_EQ(DecodeByRow(Codes(first + "1 0001 1 1"), 8, 2).rows, (Rows{"#..#....", "####...."}));
+    // The same until behind the pass, which ends a byte.
+    const DecodedRows decoded = DecodeByRow(Codes("1 1" + first + "1 0001"), 8, 4);
+    EXPECT_EQ(decoded.rows[3], "###.....");
+    EXPECT_EQ(decoded.results[3], Result::kEndOfData);
+}
+
+TEST(CcittEndOfData, ZerosStandInForTheBitsThatACodeLacks) {
+    // Below the first change of "....####...."; then "01", which with a zero is one left of the second.
+    const DecodedRows decoded = DecodeByRow(Codes("1 1 001 1011 011 1 1 01"), 12, 4);
+    EXPECT_EQ(decoded.rows, (Rows{"............", "............", "....####....", "....###....."}));
+    EXPECT_EQ(decoded.results[3], Result::kEndOfData);
+    EXPECT_TRUE(decoded.messages.empty());
+}
+
+TEST(CcittEndOfData, ZerosStandInOnlyWhereABitOfTheCodeIsThere) {
+    // Three left of the end. Seven bits make it, and nothing follows.
+    EXPECT_EQ(DecodeByRow(Codes("1 0000010"), 8, 2).rows[1], "........");
+    // One zero follows: with six more it begins an end of line, which gives the rest the colour that was due.
+    EXPECT_EQ(DecodeByRow(Codes("0000010 0"), 8, 1).rows[0], ".....###");
+}
+
+TEST(CcittEndOfData, ACodeThatCannotBeDecodedThereIsNoBadCode) {
+    // Horizontal, 3 white, and nine bits that begin no black run, but a look-up takes thirteen.
+    const DecodedRows run = DecodeByRow(Codes("001 1000 000000001"), 16, 3);
+    EXPECT_EQ(run.rows, Rows(3, "................")) << "the bits that are left are no codes of later rows";
+    EXPECT_EQ(run.results, Results(3, Result::kEndOfData));
+    EXPECT_TRUE(run.messages.empty());
+    // The zeros of an end of line and, of the four bits behind them, only a one.
+    EXPECT_TRUE(DecodeByRow(Codes("0000000 1"), 8, 2).messages.empty());
+    // A change left of the last one.
+    const std::string first = "001 0111 010 1 ";
+    EXPECT_TRUE(DecodeByRow(Codes("1111111" + first + "1 00001"), 8, 9).messages.empty())
+        << "5 bits and a zero: two left of 3";
+}
+
+TEST(CcittEndOfData, EndsTheCallInWhichItStands) {
+    ByteSource source{std::span<const unsigned char>()};
+    Decoder decoder(source, 8, Mode::kGroup4, BitOrder::kMostSignificantFirst);
+    Bytes packed(3, 0xEE);
+    EXPECT_EQ(decoder.DecodeRows(packed), Result::kEndOfData);
+    EXPECT_EQ(packed, (Bytes{0x00, 0xEE, 0xEE}));
+    EXPECT_EQ(decoder.RowsDecoded(), 1u);
+}
+
+TEST(CcittRows, AreAsManyAsHaveRoom) {
+    const Bytes data = Codes("1 1 1 1 1 1 1 1");
+    ByteSource source{std::span<const unsigned char>(data)};
+    Decoder decoder(source, 9, Mode::kGroup4, BitOrder::kMostSignificantFirst);
+    Bytes packed(7, 0xEE);
+    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(packed, (Bytes{0, 0, 0, 0, 0, 0, 0xEE})) << "three rows of two bytes";
+    EXPECT_EQ(decoder.RowsDecoded(), 3u);
+}
+
+TEST(CcittRows, WithoutWidthThereAreNone) {
+    for (const int width : {0, -5}) {
+        const Bytes data = Codes("11111111");
+        ByteSource source{std::span<const unsigned char>(data)};
+        Decoder decoder(source, width, Mode::kGroup4, BitOrder::kMostSignificantFirst);
+        Bytes packed(3, 0xEE);
+        EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+        EXPECT_EQ(packed, Bytes(3, 0xEE));
+        EXPECT_EQ(decoder.RowsDecoded(), 0u);
+    }
+}
+
+TEST(CcittRows, BeginAtTheSourcesPosition) {
+    const Bytes data = {0xFF, 0x00, 0x00, 0b00000100, 0xFF};
+    ByteSource source{std::span<const unsigned char>(data)};
+    ASSERT_TRUE(source.Seek(3));
+    Decoder decoder(source, 8, Mode::kGroup4, BitOrder::kMostSignificantFirst);
+    Bytes packed(1);
+    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(packed[0], 0b00000111) << "three left of the end";
+}
+
+TEST(CcittGroup3, RowsBeginBehindTheNextEndOfLine) {
+    // Something that is no row, an end of line with more zeros than it takes, 3 white 5 black.
+    const DecodedRows decoded =
+        DecodeByRow(Codes("1010 00000000000000001 1000 0011  000000000001 1000 11 1000"), 8, 2, Mode::kGroup3);
+    EXPECT_EQ(decoded.rows, (Rows{"...#####", "...##..."}));
+    EXPECT_EQ(decoded.results, Results(2, Result::kDecoded));
+}
+
+TEST(CcittGroup3, ARowThatAnEndOfLineCutsIsWhiteFromThere) {
+    const std::string end = "000000000001";
+    const DecodedRows decoded =
+        DecodeByRow(Codes(end + "1000" + end + "1000 11" + end + "1100 00011"), 8, 3, Mode::kGroup3);
+    EXPECT_EQ(decoded.rows, (Rows{"........", "...##...", ".....###"})) << "the last: 5 white, 7 black";
+    EXPECT_EQ(decoded.results[0], Result::kDecoded);
+    EXPECT_EQ(decoded.results[1], Result::kDecoded) << "the end of line that cuts a row begins the next";
+}
+
+TEST(CcittGroup3, WithoutAnyEndOfLineThereIsNoRow) {
+    const DecodedRows decoded = DecodeByRow(Codes("1000 11 1000 1000 11 1000"), 8, 2, Mode::kGroup3);
+    EXPECT_EQ(decoded.rows, Rows(2, "........"));
+    EXPECT_EQ(decoded.results, Results(2, Result::kEndOfData));
+}
+
+TEST(CcittGroup3, TheRowBehindABadCodeIsFoundByItsEndOfLine) {
+    const std::string end = "000000000001";
+    const DecodedRows decoded =
+        DecodeByRow(Codes(end + "1000 000000001 10101010" + end + "1000 0011" + "00"), 8, 2, Mode::kGroup3);
+    EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in BlackTable at scanline (x 3)"}));
+    EXPECT_EQ(decoded.rows[1], "...#####");
+}
+
+TEST(CcittRowsWithoutEnds, EachBeginsAtAByte) {
+    const DecodedRows decoded = DecodeByRow(Codes("1000 0011  1000 11 1000 111111  10011"), 8, 3, Mode::kRows);
+    EXPECT_EQ(decoded.rows, (Rows{"...#####", "...##...", "........"}));
+    EXPECT_EQ(decoded.results, Results(3, Result::kDecoded));
+}
+
+TEST(CcittGroup3TwoDimensional, ABitBehindTheEndOfLineTellsTheCodingOfTheRow) {
+    const std::string end = "000000000001";
+    const DecodedRows decoded = DecodeByRow(Codes(end + "1 1000 11 1000" + end + "0 1 011 1" + end + "1 1000 0011"), 8,
+                                            3, Mode::kGroup3TwoDimensional);
+    EXPECT_EQ(decoded.rows, (Rows{"...##...", "...###..", "...#####"}));
+    EXPECT_EQ(decoded.results, Results(3, Result::kDecoded));
+}
+
+TEST(CcittGroup3TwoDimensional, AnEndOfLineThatCutsATwoDimensionalRowBeginsTheNext) {
+    const std::string end = "000000000001";
+    const DecodedRows decoded =
+        DecodeByRow(Codes(end + "1 1000 11 1000" + end + "0 1" + end + "0 1 1 1"), 8, 3, Mode::kGroup3TwoDimensional);
+    EXPECT_EQ(decoded.rows, (Rows{"...##...", "...#####", "...#####"})) << "black was due";
+}
+
+TEST(CcittBitOrder, DecodesTheSameFromReversedBytes) {
+    std::mt19937 random(7);
+    for (int round = 0; round < 50; ++round) {
+        Bytes data(40);
+        std::ranges::generate(data, [&] { return static_cast<unsigned char>(random()); });
+        const DecodedRows high = DecodeByRow(data, 21, 12);
+        const DecodedRows low =
+            DecodeByRow(WithBitsReversed(data), 21, 12, Mode::kGroup4, BitOrder::kLeastSignificantFirst);
+        EXPECT_EQ(high.rows, low.rows);
+        EXPECT_EQ(high.messages, low.messages);
+    }
+}
+
+}  // namespace
