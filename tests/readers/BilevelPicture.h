@@ -3,6 +3,8 @@
 
 #include "readers/Decode.h"
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <span>
 #include <string>
@@ -36,5 +38,25 @@ inline bool IsBilevel(const Decoded& decoded) {
     }
     return true;
 }
+
+/// Decodes one file after another, each twice with the same outcome. Files keep their names to themselves: writing over
+/// one would wait for the disk.
+template <class Reader>
+class Twice {
+public:
+    Decoded Decode(const ByteBuilder& file) {
+        const auto path = mFolder.Write(std::to_string(mFiles++), file.Bytes());
+        const Decoded first = DecodeFile<Reader>(path);
+        const Decoded second = DecodeFile<Reader>(path);
+        EXPECT_EQ(first.opened, second.opened);
+        EXPECT_EQ(first.block, second.block) << "file " << mFiles;
+        EXPECT_EQ(first.messages, second.messages) << "file " << mFiles;
+        return first;
+    }
+
+private:
+    TemporaryFolder mFolder;
+    int mFiles = 0;
+};
 
 }  // namespace Kavra::Tests

@@ -180,35 +180,25 @@ TEST(CALSReader, AFileOfManyBuffersIsReadWhole) {
 }
 
 TEST(CALSReader, CutAtEveryLengthItGivesTheSameEachTime) {
-    const TemporaryFolder folder;
-    const auto decode = [&](const ByteBuilder& file) {
-        return DecodeFile<CALSReader>(folder.Write("file", file.Bytes()));
-    };
+    Twice<CALSReader> twice;
     std::mt19937 random(8);
     const ByteBuilder whole = CalsFile(RandomBitmap(random, 40, 12));
     for (std::size_t size = 0; size < whole.Size(); size = size < 700 ? size + 97 : size + (size < 2040 ? 13 : 1)) {
-        const Decoded first = decode(ByteBuilder(whole).CutTo(size));
-        const Decoded second = decode(ByteBuilder(whole).CutTo(size));
+        const Decoded first = twice.Decode(ByteBuilder(whole).CutTo(size));
         EXPECT_EQ(first.opened, size >= 896);
-        EXPECT_EQ(first.block, second.block) << size;
         EXPECT_TRUE(IsBilevel(first)) << size;
         EXPECT_TRUE(first.messages.empty()) << size;
     }
 }
 
 TEST(CALSReader, HostileHeaderBytesGiveTheSameEachTime) {
-    const TemporaryFolder folder;
-    const auto decode = [&](const ByteBuilder& file) {
-        return DecodeFile<CALSReader>(folder.Write("file", file.Bytes()));
-    };
+    Twice<CALSReader> twice;
     std::mt19937 random(9);
     const ByteBuilder whole = CalsFile(RandomBitmap(random, 20, 5));
     for (std::size_t at = 896; at < 1060; ++at) {
         for (const unsigned value : {0x00u, 0x01u, 0x7Fu, 0x80u, 0xFFu, unsigned{'9'}, unsigned{','}, unsigned{'-'}}) {
-            const ByteBuilder damaged = ByteBuilder(whole).At(at).Byte(value);
-            const Decoded first = decode(damaged);
+            const Decoded first = twice.Decode(ByteBuilder(whole).At(at).Byte(value));
             EXPECT_TRUE(first.opened);
-            EXPECT_EQ(first.block, decode(damaged).block) << at;
         }
     }
 }

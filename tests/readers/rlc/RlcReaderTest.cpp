@@ -221,35 +221,26 @@ TEST(RlcReader, ReadsTheSameAgain) {
 }
 
 TEST(RlcReader, EveryByteMayBeHostile) {
-    const TemporaryFolder folder;
-    const auto decode = [&](const ByteBuilder& file) {
-        return DecodeFile<RlcReader>(folder.Write("file", file.Bytes()));
-    };
+    Twice<RlcReader> twice;
     ByteBuilder whole = RlcFile(20, {{{0, 1}, {2, 9}}, {}, {{5, 6}, {10, 20}}, {{0, 20}}});
     AddRlcDirectory(whole, std::vector{RlcEntry{.type = 2}, RlcEntry{.type = 4, .reference = 10}});
     for (std::size_t at = 0; at < whole.Size(); ++at) {
         for (const unsigned value : {0x00u, 0x01u, 0x7Fu, 0x80u, 0xFFu}) {
-            const ByteBuilder damaged = ByteBuilder(whole).At(at).Byte(value);
-            const Decoded first = decode(damaged);
+            const Decoded first = twice.Decode(ByteBuilder(whole).At(at).Byte(value));
             EXPECT_TRUE(first.opened);
             EXPECT_TRUE(IsBilevel(first)) << at;
-            EXPECT_EQ(first.block, decode(damaged).block) << at;
         }
     }
 }
 
 TEST(RlcReader, CutAtEveryLengthItGivesTheSameEachTime) {
-    const TemporaryFolder folder;
-    const auto decode = [&](const ByteBuilder& file) {
-        return DecodeFile<RlcReader>(folder.Write("file", file.Bytes()));
-    };
+    Twice<RlcReader> twice;
     std::mt19937 random(4);
     const ByteBuilder whole = Kavra::Legacy::RlcFile(RandomBitmap(random, 50, 20));
     for (std::size_t size = 0; size < whole.Size(); ++size) {
-        const Decoded first = decode(ByteBuilder(whole).CutTo(size));
+        const Decoded first = twice.Decode(ByteBuilder(whole).CutTo(size));
         EXPECT_TRUE(first.opened);
         EXPECT_TRUE(first.messages.empty());
-        EXPECT_EQ(first.block, decode(ByteBuilder(whole).CutTo(size)).block) << size;
     }
 }
 
