@@ -1,7 +1,7 @@
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/ImageReaderInterface.h"
-#include "readers/cals/CALSReader.h"
+#include "readers/cals/CalsReader.h"
 #include "readers/flic/FlicReader.h"
 #include "readers/pcx/PcxReader.h"
 #include "readers/pict/PictReader.h"

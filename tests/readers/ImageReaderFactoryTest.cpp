@@ -53,7 +53,7 @@ TEST(ImageReaderFactory, EveryLegacyTypeHasItsReader) {
     ExpectMade<FLICReader>(FLIC);
     ExpectMade<PCXReader>(PCX);
     ExpectMade<PictReader>(PICT);
-    ExpectMade<RLCReader>(RLC);
+    ExpectMade<RlcReader>(RLC);
     ExpectMade<SpotReader>(Spot);
 }
 

@@ -1,4 +1,4 @@
-#include "readers/cals/CALSReader.h"
+#include "readers/cals/CalsReader.h"
 
 #include "common/PixelBlock.h"
 #include "legacy/CalsFile.h"

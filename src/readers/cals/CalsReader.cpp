@@ -1,4 +1,4 @@
-#include "readers/cals/CALSReader.h"
+#include "readers/cals/CalsReader.h"
 
 #include "readers/BilevelRow.h"
 #include "readers/cals/CalsProbe.h"
