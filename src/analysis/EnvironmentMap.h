@@ -5,8 +5,9 @@
 ///
 ///            u = 0      1/4      1/2      3/4       1
 ///     v = 0    +---------+--------+--------+--------+     +y: the zenith, all of the first row
-///              |  behind |  left  |  ahead | right  |
+///              |         |        |        |        |
 ///        1/2  +z        -x       -z       +x       +z     the horizon
+///            behind    left     ahead    right   behind
 ///              |         |        |        |        |
 ///         1    +---------+--------+--------+--------+     -y: the nadir, all of the last row
 ///

@@ -12,6 +12,7 @@ namespace {
 
 constexpr int kMostColumns = 200;
 
+// 2 pi, 1 / pi and 1 / (2 pi), rounded to single precision.
 constexpr float kTwoPi = 6.2831855F, kInversePi = 0.31830987F, kInverseTwoPi = 0.15915494F;
 
 float Luminance(const vec3<float>& colour) {
