@@ -5,19 +5,17 @@
 #include "PixelConversion.h"
 #include "SaveImage.h"
 #include "Sizes.h"
+#include "Turns.h"
 #include "Workers.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 
 #include <algorithm>
-#include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <exception>
 #include <format>
 #include <iterator>
 #include <memory>
-#include <mutex>
 
 namespace Kavra::App {
 namespace {
@@ -48,35 +46,6 @@ Piece ParsePiece(const std::string& text) {
     }
     return {text.substr(0, at), position->first, position->second};
 }
-
-/// Lets workers do one thing each in the order of their numbers, whatever order they come in. Numbers are handed out in
-/// order, so the one whose turn it is always comes.
-class Turns {
-public:
-    /// One's turn; passes it on at its end.
-    class Turn {
-    public:
-        Turn(Turns& turns, std::size_t number) : mTurns(turns), mLock(turns.mMutex) {
-            mTurns.mChanged.wait(mLock, [&] { return mTurns.mNext == number; });
-        }
-        ~Turn() {
-            ++mTurns.mNext;
-            mLock.unlock();
-            mTurns.mChanged.notify_all();
-        }
-        Turn(const Turn&) = delete;
-        Turn& operator=(const Turn&) = delete;
-
-    private:
-        Turns& mTurns;
-        std::unique_lock<std::mutex> mLock;
-    };
-
-private:
-    std::mutex mMutex;
-    std::condition_variable mChanged;
-    std::size_t mNext = 0;
-};
 
 /// What of a length `size` put at `position` is inside 0..`whole`.
 struct Overlap {

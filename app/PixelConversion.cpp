@@ -9,7 +9,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -69,9 +69,7 @@ float Value(Imath::half value) {
 
 template <std::unsigned_integral T>
 float Value(T value) {
-    constexpr T kMost = std::numeric_limits<T>::max();
-    const float quotient = static_cast<float>(value) / kMost;
-    return static_cast<double>(quotient) * kMost < value ? std::nextafter(quotient, 1.0F) : quotient;
+    return static_cast<float>(value) / std::numeric_limits<T>::max();
 }
 
 template <class T>

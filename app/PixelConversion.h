@@ -8,9 +8,8 @@
 namespace Kavra::App {
 
 /// The flat picture `image` in `format`, packed. Grey spreads over the colours; missing colours are 0, a missing alpha
-/// opaque. A one-channel format takes the luminance (ITU-R BT.601), `kA8` the alpha. Integers round half up, and a
-/// floating-point value is never below the exact quotient of the integer that it came from: multiplied and
-/// truncated it gives the integer back. Nothing where one of the two has no pixels. Throws `std::bad_alloc`.
+/// opaque. A one-channel format takes the luminance (ITU-R BT.601), `kA8` the alpha. Integers round half up. Nothing
+/// where one of the two has no pixels. Throws `std::bad_alloc`.
 std::optional<LoadedImage> ToFormat(const LoadedImage& image, Devices::EFormat format);
 
 }  // namespace Kavra::App

@@ -38,33 +38,6 @@ vec2<int> LoadingSize(IImageHandler& handler, Report& report, vec2<int> room) {
     return FitInto({desc->width, desc->height}, isTurned ? vec2<int>{room.y, room.x} : room);
 }
 
-/// Guards the handler's image objects, which one thread at a time may make and drop.
-std::mutex imageMutex;
-
-/// A flat picture shrunk to fit; `block` is null when that failed.
-LoadedImage Shrink(IImageHandler& handler, Report& report, LoadedImage image, vec2<int> room) {
-    const vec2<int> own{image.desc.width, image.desc.height};
-    const vec2<int> size = FitInto(own, room);
-    if (size.x == own.x && size.y == own.y) return image;
-    const MessageScope scope(report);
-    const std::lock_guard lock(imageMutex);
-    const ImageRef source = MakeImage(handler, image);
-    return source != nullptr ? Fetch(*source, {0, 0}, own, size, kTopLeft) : LoadedImage();
-}
-
-/// A file as its cell shows it; `block` is null when it cannot be shown.
-LoadedImage Thumbnail(IImageHandler& handler, Report& report, vec2<int> room) {
-    const vec2<int> wanted = LoadingSize(handler, report, room);
-    LoadedImage image = LoadUpright(handler, report, 0, wanted.x, wanted.y, true);
-    if (image.block == nullptr || !HasPixels(report, image, "shown")) return {};
-    KeepFirst(image);
-    image = Shrink(handler, report, std::move(image), room);
-    if (image.block == nullptr) return image;
-    image = ToDisplay(image, LowerExtension(report.File()) == ".exr");
-    PutOnSquares(image);
-    return image;
-}
-
 /// Thumbnails that are made at the same time and put on one sheet.
 class Sheet {
 public:
@@ -74,36 +47,68 @@ public:
         if (mImage == nullptr) throw std::runtime_error("cannot be made");
     }
 
-    void Show(std::size_t cell, Report& report) {
-        const std::size_t mark = report.Mark();
-        LoadedImage thumbnail;
-        try {
-            thumbnail = Thumbnail(mHandler, report, mLayout.Room());
-        } catch (const std::bad_alloc&) {
-            report.Fail("there is not enough memory");
-        }
-        if (thumbnail.block == nullptr) {
-            report.FailUnlessSaid(mark, "cannot be shown");
-            thumbnail = CrossedBox(mLayout.Room());
-        }
-        if (!Put(cell, thumbnail)) report.FailUnlessSaid(mark, "cannot be shown");
-    }
+    /// Shows a file, or a crossed box. Threads: any.
+    void Show(std::size_t cell, Report& report);
 
     bool Save(const KString& name) { return mImage->Save(name); }
 
 private:
-    bool Put(std::size_t cell, const LoadedImage& thumbnail) {
-        const vec2<int> size{thumbnail.desc.width, thumbnail.desc.height};
-        const vec2<int> place = mLayout.Place(cell, size);
-        const std::lock_guard lock(imageMutex);
-        const ImageRef source = MakeImage(mHandler, thumbnail);
-        return source != nullptr && mImage->Paste(source.get(), 0, 0, size.x, size.y, place.x, place.y);
-    }
+    LoadedImage Thumbnail(Report& report);
+    LoadedImage Shrink(Report& report, LoadedImage image);
+    bool Put(std::size_t cell, const LoadedImage& thumbnail);
 
     IImageHandler& mHandler;
     SheetLayout mLayout;
+    std::mutex mImages;  ///< image objects are made, used and dropped by one thread at a time
     ImageRef mImage;
 };
+
+/// A flat picture shrunk to fit; `block` is null when that failed.
+LoadedImage Sheet::Shrink(Report& report, LoadedImage image) {
+    const vec2<int> own{image.desc.width, image.desc.height};
+    const vec2<int> size = FitInto(own, mLayout.Room());
+    if (size.x == own.x && size.y == own.y) return image;
+    const MessageScope scope(report);
+    const std::lock_guard lock(mImages);
+    const ImageRef source = MakeImage(mHandler, image);
+    return source != nullptr ? Fetch(*source, {0, 0}, own, size, kTopLeft) : LoadedImage();
+}
+
+/// A file as its cell shows it; `block` is null when it cannot be shown.
+LoadedImage Sheet::Thumbnail(Report& report) {
+    const vec2<int> wanted = LoadingSize(mHandler, report, mLayout.Room());
+    LoadedImage image = LoadUpright(mHandler, report, 0, wanted.x, wanted.y, true);
+    if (image.block == nullptr || !HasPixels(report, image, "shown")) return {};
+    KeepFirst(image);
+    image = Shrink(report, std::move(image));
+    if (image.block == nullptr) return image;
+    image = ToDisplay(image, LowerExtension(report.File()) == ".exr");
+    PutOnSquares(image);
+    return image;
+}
+
+bool Sheet::Put(std::size_t cell, const LoadedImage& thumbnail) {
+    const vec2<int> size{thumbnail.desc.width, thumbnail.desc.height};
+    const vec2<int> place = mLayout.Place(cell, size);
+    const std::lock_guard lock(mImages);
+    const ImageRef source = MakeImage(mHandler, thumbnail);
+    return source != nullptr && mImage->Paste(source.get(), 0, 0, size.x, size.y, place.x, place.y);
+}
+
+void Sheet::Show(std::size_t cell, Report& report) {
+    const std::size_t mark = report.Mark();
+    LoadedImage thumbnail;
+    try {
+        thumbnail = Thumbnail(report);
+    } catch (const std::bad_alloc&) {
+        report.Fail("there is not enough memory");
+    }
+    if (thumbnail.block == nullptr) {
+        report.FailUnlessSaid(mark, "cannot be shown");
+        thumbnail = CrossedBox(mLayout.Room());
+    }
+    if (!Put(cell, thumbnail)) report.FailUnlessSaid(mark, "cannot be shown");
+}
 
 /// Why there can be no such sheet; empty when there can.
 std::string Obstacle(const Options& options, const SheetLayout& layout) {
