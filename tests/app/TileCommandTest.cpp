@@ -41,10 +41,10 @@ void ExpectTiles(const PictureFile& out, std::size_t channels, const std::string
 
 TEST(TileCommand, ThePictureStandsBesideAndBelowItself) {
     const TemporaryFolder folder;
-    for (const std::string extension : {"tif", "tiff", "png", "bmp", "tga", "sgi", "TIF"}) {
-        ExpectTiles(Tiled(folder, extension, 3), 3, extension);
+    for (const std::string extension : {"tif", "png", "bmp", "tga", "sgi"})
         ExpectTiles(Tiled(folder, extension, 4), 4, extension);
-    }
+    for (const std::string extension : {"TIFF", "png"})
+        ExpectTiles(Tiled(folder, extension, 3), 3, extension);
 }
 
 TEST(TileCommand, OpenExrAndJpegAreWrittenTooWithWhatTheyCanHold) {
