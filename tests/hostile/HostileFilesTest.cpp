@@ -55,7 +55,8 @@ protected:
 private:
     static inline const std::set<std::wstring> kMessages = {L"Frame index out of range", L"Unsupported texture type",
                                                             L"format is not supported", L"Currently not supported",
-                                                            L"Override orientation of compressed DDS is not supported"};
+                                                            L"Override orientation of compressed DDS is not supported",
+                                                            L"The data is corrupted."};
     OIIOImageHandler handler;
     std::size_t mBlocks;
     std::size_t mObjects;

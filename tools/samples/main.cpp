@@ -6,6 +6,7 @@
 #include "FlicSamples.h"
 #include "PalettePng.h"
 #include "PcxSamples.h"
+#include "PictSamples.h"
 #include "Picture.h"
 #include "Scene.h"
 
@@ -112,6 +113,7 @@ void WriteAll(const std::string& folder) {
     WriteImage(folder + "/photo.tga", WithAlpha(Paint(120, 80, Landscape, true)), With(TypeDesc::UINT8, "rle"));
     WriteAnimation(folder);
     WriteEnvironments(folder);
+    WritePictSamples(folder, photo);
     WriteDdsSamples(folder, photo, Paint(64, 64, Landscape, false));
     WritePcxSamples(folder);
     WriteFlicSamples(folder);
