@@ -53,8 +53,10 @@ protected:
     MessageRecorder messages;
 
 private:
-    static inline const std::set<std::wstring> kMessages = {L"Frame index out of range", L"Unsupported texture type",
-                                                            L"format is not supported", L"Currently not supported",
+    static inline const std::set<std::wstring> kMessages = {L"Frame index out of range",
+                                                            L"Unsupported texture type",
+                                                            L"format is not supported",
+                                                            L"Currently not supported",
                                                             L"Override orientation of compressed DDS is not supported",
                                                             L"The data is corrupted."};
     OIIOImageHandler handler;
