@@ -132,7 +132,7 @@ std::vector<unsigned char> PackPictRow(std::span<const unsigned char> row, std::
 ByteBuilder PictOfIndices(int width, int height, std::span<const unsigned char> indices,
                           std::span<const PictEntry> colours) {
     const auto pixels = static_cast<std::size_t>(width);
-    const unsigned rowBytes = static_cast<unsigned>(width + width % 2);
+    const auto rowBytes = static_cast<unsigned>(width);  // not made even: some programs take no padding
     ByteBuilder file = Start(width, height);
     file.Big16(0x0098);
     AddPixelMap(file, width, height, rowBytes,
@@ -145,8 +145,7 @@ ByteBuilder PictOfIndices(int width, int height, std::span<const unsigned char> 
     }
     AddPlacement(file, width, height, PictMode::kCopy);
     for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
-        std::vector<unsigned char> row(rowBytes);
-        std::ranges::copy(indices.subspan(y * pixels, pixels), row.begin());
+        const auto row = indices.subspan(y * pixels, pixels);
         if (rowBytes < 8) {
             file.Append(row);
         } else {
