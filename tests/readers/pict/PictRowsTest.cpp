@@ -127,14 +127,37 @@ TEST(PictRows, UnitsHaveTwoBytesAt16BitsOnly) {
     EXPECT_EQ(Unpacked({0xFE, 1, 0x02, 3, 4, 5}, Direct(2, 32, 3, 0x8008)), (Bytes{1, 1, 1, 3, 4, 5}));
 }
 
+/// So many bytes that begin with these and go on with zeros.
+Bytes Padded(Bytes start, std::size_t bytes) {
+    start.resize(bytes);
+    return start;
+}
+
 TEST(PictRows, TheRestOfAShortRowIsZeroWhateverWasUnpackedBefore) {
     PictRowBuffer buffer;
-    EXPECT_EQ(Copy(buffer.Unpack(Bytes{0xF7, 5}, Indexed(10, 8, 10))), Bytes(10, 5));
-    EXPECT_EQ(Copy(buffer.Unpack(Bytes{0x01, 1, 2}, Indexed(10, 8, 10))), (Bytes{1, 2, 0, 0, 0, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(Copy(buffer.Unpack(Bytes{}, Indexed(10, 8, 10))), Bytes(10, 0));
-    EXPECT_EQ(Copy(buffer.Unpack(Bytes{0xF9, 6}, Indexed(8, 8, 8))), Bytes(8, 6)) << "a shorter row of another record";
-    EXPECT_EQ(Copy(buffer.Unpack(Bytes{0xFF, 7}, Indexed(12, 8, 12))), (Bytes{7, 7, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
-    EXPECT_TRUE(IsSoundPictRow(Bytes{}, Indexed(10, 8, 10))) << "no damage";
+    const auto unpacked = [&](const Bytes& stored, unsigned rowBytes) {
+        return Copy(buffer.Unpack(stored, Indexed(8, 8, rowBytes)));
+    };
+    EXPECT_EQ(unpacked({0x9D, 5}, 100), Bytes(100, 5));
+    EXPECT_EQ(unpacked({0x01, 1, 2}, 100), Padded({1, 2}, 100));
+    EXPECT_EQ(unpacked({0x9D, 5}, 100), Bytes(100, 5));
+    EXPECT_EQ(unpacked({}, 100), Bytes(100, 0));
+    EXPECT_EQ(unpacked({0xD9, 6}, 40), Bytes(40, 6)) << "a shorter row of another record";
+    EXPECT_EQ(unpacked({0xFF, 7}, 120), Padded({7, 7}, 120));
+    EXPECT_TRUE(IsSoundPictRow(Bytes{}, Indexed(8, 8, 100))) << "no damage";
+}
+
+TEST(PictRows, NoPacketTouchesWhatIsBehindIt) {
+    for (unsigned count = 4; count <= 128; ++count) {
+        Bytes stored = {static_cast<unsigned char>(count - 1)};
+        for (unsigned i = 0; i < count; ++i)
+            stored.push_back(static_cast<unsigned char>(100 + i));
+        stored.insert(stored.end(), {static_cast<unsigned char>(256 - count), 9});
+        Bytes expected(stored.begin() + 1, stored.end() - 2);
+        expected.insert(expected.end(), count + 1, 9);
+        EXPECT_EQ(Unpacked(stored, Indexed(8, 8, 300)), Padded(expected, 300)) << count;
+        EXPECT_EQ(Unpacked(stored, Indexed(8, 8, 2 * count + 1)), expected) << count << ": nothing is left";
+    }
 }
 
 TEST(PictRows, ARowThatGrowsBeyondItsLengthIsDamaged) {

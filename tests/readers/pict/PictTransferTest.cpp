@@ -40,7 +40,7 @@ TEST(PictTransfer, CopyGivesTwoColours) {
 TEST(PictTransfer, PatternModesAndUnknownModesCopy) {
     for (unsigned mode = 8; mode < 32; ++mode)
         ExpectByColour(mode, kFore, kBack, kBack);
-    for (const unsigned mode : {40u, 49u, 50u, 64u, 255u, 256u, 32768u, 65535u})
+    for (const unsigned mode : {40u, 41u, 49u, 50u, 64u, 72u, 255u, 256u, 292u, 32768u, 65535u})
         ExpectByColour(mode, kFore, kBack, kBack);
 }
 
