@@ -1,11 +1,16 @@
 #include "readers/spot/BandDecoder.h"
 
+#include "common/ParallelRange.h"
+#include "common/PixelRun.h"
 #include "readers/spot/BandKernels.h"
 #include "readers/spot/BandRows.h"
 #include "readers/spot/ByteCounts.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <utility>
+#include <vector>
 
 namespace Kavra::Devices {
 
@@ -29,14 +34,67 @@ std::int64_t FirstByte(const BandHeader& header, std::int64_t band) {
     return Sum(Product(header.bandRowBytes, band), header.recordSkipBytes);
 }
 
-/// Calls `convert(rowOfOut, line)` for each row with the bytes from `first` on.
-template <class Convert>
-void ForEachLine(BandRows rows, std::int64_t first, std::size_t lineBytes, std::span<unsigned char> out, int count,
+/// The block to be filled, row by row.
+class Picture {
+public:
+    Picture(std::span<unsigned char> bytes, std::int32_t rows)
+        : mBytes(bytes), mRows(rows), mPitch(bytes.size() / static_cast<std::size_t>(rows)) {}
+
+    std::int64_t Rows() const { return mRows; }
+    std::size_t Pitch() const { return mPitch; }
+    std::span<unsigned char> Row(std::int64_t row) const {
+        return mBytes.subspan(static_cast<std::size_t>(row) * mPitch, mPitch);
+    }
+
+private:
+    std::span<unsigned char> mBytes;
+    std::int64_t mRows;
+    std::size_t mPitch;
+};
+
+/// Where in a row the lines begin of which a row of pixels is made.
+template <std::size_t Count>
+using Firsts = std::array<std::int64_t, Count>;
+
+/// Converts as many rows as can be gathered, many at the same time, and tells how many that were.
+template <std::size_t Count, class Convert>
+std::int64_t ConvertGathered(BandRows& rows, const Firsts<Count>& firsts, std::size_t bytes, const Picture& out,
+                             const Convert& convert) {
+    const std::size_t serialRows = Common::kSerialBytes / (out.Pitch() + Count * bytes);
+    if (!std::ranges::all_of(firsts, [&](std::int64_t first) { return rows.IsInOneSlot(first, bytes); })) return 0;
+    std::int64_t row = 0;
+    while (row < out.Rows()) {
+        const std::int64_t gathered = std::min(rows.Gather(row), out.Rows() - row);
+        if (gathered == 0) break;
+        const auto work = [&](std::size_t begin, std::size_t end) {
+            for (std::int64_t at = row + static_cast<std::int64_t>(begin); at < row + static_cast<std::int64_t>(end);
+                 ++at) {
+                std::array<Line, Count> lines;
+                for (std::size_t i = 0; i < Count; ++i)
+                    lines[i] = rows.Gathered(at, firsts[i], bytes);
+                convert(out.Row(at), lines);
+            }
+        };
+        Common::ForEachRange(static_cast<std::size_t>(gathered), serialRows, work);
+        row += gathered;
+    }
+    return row;
+}
+
+/// Calls `convert(rowOfOut, lines)` for each row, with the lines of `bytes` bytes that begin at `firsts`.
+template <std::size_t Count, class Convert>
+void ConvertRows(BandRows rows, const Firsts<Count>& firsts, std::size_t bytes, const Picture& out,
                  const Convert& convert) {
-    BandLine line(rows, first, lineBytes);
-    const std::size_t pitch = out.size() / static_cast<std::size_t>(count);
-    for (int row = 0; row < count; ++row) {
-        convert(out.subspan(static_cast<std::size_t>(row) * pitch, pitch), line.OfRow(row));
+    std::int64_t row = ConvertGathered(rows, firsts, bytes, out, convert);
+    if (row == out.Rows()) return;
+    std::vector<BandLine> sources;
+    for (const std::int64_t first : firsts)
+        sources.emplace_back(rows, first, bytes);
+    for (; row < out.Rows(); ++row) {
+        std::array<Line, Count> lines;
+        for (std::size_t i = 0; i < Count; ++i)
+            lines[i] = sources[i].Read(row);
+        convert(out.Row(row), lines);
     }
 }
 
@@ -71,63 +129,57 @@ bool DecodeSamples(ByteSource& file, const BandHeader& header, int band, std::sp
     if (header.bands == 1) {
         WholeRows(file, header).ReadAll(0, lineBytes, out);
     } else {
-        ForEachLine(
-            WholeRows(file, header), 0, 3 * lineBytes, out, header.rows,
-            [&](std::span<unsigned char> pixels, Line line) { SampleFromPixels(pixels, line, sampleBytes, band); });
+        ConvertRows<1>(WholeRows(file, header), {0}, 3 * lineBytes, Picture(out, header.rows),
+                       [&](std::span<unsigned char> samples, const std::array<Line, 1>& pixels) {
+                           SampleFromPixels(samples, pixels[0], sampleBytes, band);
+                       });
     }
     return true;
 }
 
 /// One band of 8-bit samples, which any layout leaves together.
 void DecodeBand(ByteSource& file, const BandHeader& header, std::span<unsigned char> out) {
-    BandRows rows = WholeRows(file, header);
     const auto columns = static_cast<std::size_t>(header.columns);
-    const auto decode = [&](const auto& convert) {
-        ForEachLine(std::move(rows), header.recordSkipBytes, columns, out, header.rows, convert);
+    const auto convertRows = [&](const auto& convert) {
+        ConvertRows<1>(
+            WholeRows(file, header), {header.recordSkipBytes}, columns, Picture(out, header.rows),
+            [&](std::span<unsigned char> pixels, const std::array<Line, 1>& samples) { convert(pixels, samples[0]); });
     };
     if (header.colourEntries > 0) {
-        decode([table = ColourTable(header.palette)](std::span<unsigned char> pixels, Line line) {
-            RgbaFromSamples(pixels, line, table);
+        convertRows([table = ColourTable(header.palette)](std::span<unsigned char> pixels, Line samples) {
+            LookUp(pixels, samples, table);
         });
     } else if (header.greyEntries > 0) {
-        decode([table = RedTable(header.palette)](std::span<unsigned char> pixels, Line line) {
-            GreyFromSamples(pixels, line, table);
+        convertRows([table = RedTable(header.palette)](std::span<unsigned char> pixels, Line samples) {
+            LookUp(pixels, samples, table);
         });
     } else {
-        rows.ReadAll(header.recordSkipBytes, columns, out);
+        WholeRows(file, header).ReadAll(header.recordSkipBytes, columns, out);
     }
 }
 
 /// Three bands of 8-bit samples, the colours of a pixel side by side.
 void DecodeColourPixels(ByteSource& file, const BandHeader& header, std::span<unsigned char> out) {
-    const std::size_t lineBytes = 3 * static_cast<std::size_t>(header.columns);
-    const auto decode = [&](const auto& convert) {
-        ForEachLine(WholeRows(file, header), 0, lineBytes, out, header.rows, convert);
-    };
-    if (header.greyEntries > 0) {
-        decode([&, tables = ComponentTables(header.palette)](std::span<unsigned char> pixels, Line line) {
-            RgbaFromPixels(pixels, line, header.blueFirst, tables);
-        });
-    } else {
-        decode([&](std::span<unsigned char> pixels, Line line) { RgbaFromPixels(pixels, line, header.blueFirst); });
-    }
+    const bool throughTables = header.greyEntries > 0;
+    const PixelTables tables = ComponentTables(header.palette);
+    ConvertRows<1>(WholeRows(file, header), {0}, 3 * static_cast<std::size_t>(header.columns),
+                   Picture(out, header.rows), [&](std::span<unsigned char> pixels, const std::array<Line, 1>& samples) {
+                       throughTables ? RgbaFromPixels(pixels, samples[0], header.blueFirst, tables)
+                                     : RgbaFromPixels(pixels, samples[0], header.blueFirst);
+                   });
 }
 
 /// Three bands of 8-bit samples, a line of each colour.
 void DecodeColourLines(BandRows rows, const BandHeader& header, std::span<unsigned char> out) {
-    const auto line = [&](std::int64_t band) {
-        return BandLine(rows, FirstByte(header, band), static_cast<std::size_t>(header.columns));
-    };
-    BandLine red = line(header.blueFirst ? 2 : 0);
-    BandLine green = line(1);
-    BandLine blue = line(header.blueFirst ? 0 : 2);
+    const bool throughTables = header.greyEntries > 0;
     const PixelTables tables = ComponentTables(header.palette);
-    const std::size_t pitch = out.size() / static_cast<std::size_t>(header.rows);
-    for (std::int32_t row = 0; row < header.rows; ++row) {
-        const ColourRows colours{red.OfRow(row), green.OfRow(row), blue.OfRow(row)};
-        const std::span<unsigned char> pixels = out.subspan(static_cast<std::size_t>(row) * pitch, pitch);
-        header.greyEntries > 0 ? RgbaFromRows(pixels, colours, tables) : RgbaFromRows(pixels, colours);
-    }
+    const Firsts<3> firsts{FirstByte(header, header.blueFirst ? 2 : 0), FirstByte(header, 1),
+                           FirstByte(header, header.blueFirst ? 0 : 2)};
+    ConvertRows(std::move(rows), firsts, static_cast<std::size_t>(header.columns), Picture(out, header.rows),
+                [&](std::span<unsigned char> pixels, const std::array<Line, 3>& lines) {
+                    const ColourRows colours{lines[0], lines[1], lines[2]};
+                    throughTables ? RgbaFromRows(pixels, colours, tables) : RgbaFromRows(pixels, colours);
+                });
 }
 
 bool DecodeColours(ByteSource& file, const BandHeader& header, std::span<unsigned char> out) {

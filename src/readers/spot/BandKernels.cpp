@@ -105,22 +105,15 @@ PixelTables ComponentTables(const BandPalette& palette) {
     return tables;
 }
 
-void GreyFromSamples(std::span<unsigned char> out, std::span<const unsigned char> in, const SampleTable& table) {
-    LookUp(out, in, table);
-}
-
-void RgbaFromSamples(std::span<unsigned char> out, std::span<const unsigned char> in, const PixelTable& table) {
-    LookUp(out, in, table);
-}
-
 void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in) {
     for (std::size_t x = HWY_DYNAMIC_DISPATCH(RowsToRgba)(out.data(), in); x < in.red.size(); ++x)
         Store(out, x, PackedPixel(in.red[x], in.green[x], in.blue[x], 255));
 }
 
 void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in, const PixelTables& tables) {
-    for (std::size_t x = 0; x < in.red.size(); ++x)
-        Store(out, x, tables.red[in.red[x]] | tables.green[in.green[x]] | tables.blue[in.blue[x]]);
+    StoreAll(out, [&](std::size_t x) {
+        return tables.red[in.red[x]] | tables.green[in.green[x]] | tables.blue[in.blue[x]];
+    });
 }
 
 void RgbaFromPixels(std::span<unsigned char> out, std::span<const unsigned char> in, bool blueFirst) {
@@ -134,9 +127,9 @@ void RgbaFromPixels(std::span<unsigned char> out, std::span<const unsigned char>
                     const PixelTables& tables) {
     const std::size_t red = blueFirst ? 2 : 0;
     const std::size_t blue = 2 - red;
-    for (std::size_t x = 0; x < in.size() / 3; ++x) {
-        Store(out, x, tables.red[in[3 * x + red]] | tables.green[in[3 * x + 1]] | tables.blue[in[3 * x + blue]]);
-    }
+    StoreAll(out, [&](std::size_t x) {
+        return tables.red[in[3 * x + red]] | tables.green[in[3 * x + 1]] | tables.blue[in[3 * x + blue]];
+    });
 }
 
 void SampleFromPixels(std::span<unsigned char> out, std::span<const unsigned char> in, std::size_t sampleBytes,

@@ -33,9 +33,6 @@ PixelTable ColourTable(const BandPalette& palette);
 /// Red, green and blue each through the palette's components of that colour.
 PixelTables ComponentTables(const BandPalette& palette);
 
-void GreyFromSamples(std::span<unsigned char> out, std::span<const unsigned char> in, const SampleTable& table);
-void RgbaFromSamples(std::span<unsigned char> out, std::span<const unsigned char> in, const PixelTable& table);
-
 void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in);
 void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in, const PixelTables& tables);
 

@@ -8,8 +8,9 @@ namespace Kavra::Devices {
 
 namespace {
 
-/// Read at a time: little enough to stay in the caches until it is converted.
-constexpr std::int64_t kChunkBytes = std::int64_t{128} << 10;
+/// Of each slot at a time: enough to keep all cores busy, and little enough to stay in the caches until it is
+/// converted.
+constexpr std::int64_t kGatheredBytes = std::int64_t{512} << 10;
 
 std::uint64_t Position(std::int64_t start, std::int64_t row, std::int64_t rowBytes, std::int64_t byte) {
     return static_cast<std::uint64_t>(Sum(Sum(start, Product(row, rowBytes)), byte));
@@ -23,7 +24,7 @@ ReadResult<ByteSource> WholeOf(ByteSource& file) {
 }  // namespace
 
 BandRows::BandRows(ByteSource& file, std::initializer_list<std::int64_t> slots, std::int64_t slotBytes)
-    : mSlotBytes(slotBytes), mChunkRows(slotBytes == 0 ? 0 : kChunkBytes / slotBytes) {
+    : mSlotBytes(slotBytes) {
     for (const std::int64_t start : slots)
         mSlots.push_back({.source = WholeOf(file).value(), .start = start});
 }
@@ -58,21 +59,28 @@ void BandRows::ReadAll(std::int64_t first, std::size_t bytes, std::span<unsigned
     }
 }
 
-std::span<const unsigned char> BandRows::Find(std::int64_t row, std::int64_t first, std::size_t bytes) {
-    if (mChunkRows == 0 || first / mSlotBytes >= static_cast<std::int64_t>(mSlots.size())) return {};
-    Slot& slot = mSlots[static_cast<std::size_t>(first / mSlotBytes)];
-    first %= mSlotBytes;
-    if (static_cast<std::int64_t>(bytes) > mSlotBytes - first) return {};
-    if (slot.chunk.empty() || row >= slot.chunkRow + mChunkRows) FillChunk(slot, row);
-    const auto start = static_cast<std::size_t>((row - slot.chunkRow) * mSlotBytes + first);
-    if (start + bytes > slot.chunkBytes) return {};
-    return std::span(slot.chunk).subspan(start, bytes);
+std::int64_t BandRows::Gather(std::int64_t row) {
+    if (mSlotBytes == 0 || mSlotBytes > kGatheredBytes) return 0;
+    std::int64_t rows = kGatheredBytes / mSlotBytes;
+    mGatheredRow = row;
+    for (Slot& slot : mSlots) {
+        slot.gathered.resize(static_cast<std::size_t>(rows * mSlotBytes));
+        const bool inFile = slot.source.Seek(Position(slot.start, row, mSlotBytes, 0)).has_value();
+        const std::size_t bytes = inFile ? slot.source.ReadSome(slot.gathered) : 0;
+        rows = static_cast<std::int64_t>(bytes) / mSlotBytes;
+    }
+    return rows;
 }
 
-void BandRows::FillChunk(Slot& slot, std::int64_t row) const {
-    slot.chunk.resize(static_cast<std::size_t>(mChunkRows * mSlotBytes));
-    slot.chunkRow = row;
-    slot.chunkBytes = slot.source.Seek(Position(slot.start, row, mSlotBytes, 0)) ? slot.source.ReadSome(slot.chunk) : 0;
+bool BandRows::IsInOneSlot(std::int64_t first, std::size_t bytes) const {
+    return mSlotBytes > 0 && first / mSlotBytes < static_cast<std::int64_t>(mSlots.size()) &&
+           static_cast<std::int64_t>(bytes) <= mSlotBytes - first % mSlotBytes;
+}
+
+std::span<const unsigned char> BandRows::Gathered(std::int64_t row, std::int64_t first, std::size_t bytes) const {
+    const Slot& slot = mSlots[static_cast<std::size_t>(first / mSlotBytes)];
+    const std::int64_t start = (row - mGatheredRow) * mSlotBytes + first % mSlotBytes;
+    return std::span(slot.gathered).subspan(static_cast<std::size_t>(start), bytes);
 }
 
 /// Whether nothing of a line is left as it was in the row before.
@@ -89,14 +97,9 @@ std::size_t BandRows::ReadTouchingRows(std::int64_t first, std::size_t bytes, st
     return slot.source.ReadSome(out) / bytes;
 }
 
-std::span<const unsigned char> BandLine::OfRow(std::int64_t row) {
-    const std::span<const unsigned char> found = mRows.Find(row, mFirst, mBytes.size());
-    if (!found.empty()) {
-        mIsBehind = true;
-        return found;
-    }
-    if (mIsBehind) mRows.Read(row - 1, mFirst, mBytes);
-    mIsBehind = false;
+std::span<const unsigned char> BandLine::Read(std::int64_t row) {
+    if (mRow != row - 1) mRows.Read(row - 1, mFirst, mBytes);
+    mRow = row;
     mRows.Read(row, mFirst, mBytes);
     return mBytes;
 }

@@ -31,6 +31,23 @@ TEST(BandFile, ColoursComeBackFromEveryLayout) {
     }
 }
 
+TEST(BandFile, LargeRastersComeBackToo) {
+    for (const char* layout : {"BIL", "BIP", "BSQ"}) {
+        BandRaster raster{.columns = 1237, .rows = 701, .bands = 3, .layout = layout};
+        Bytes pixels;
+        unsigned random = 1;
+        for (int i = 0; i < 1237 * 701; ++i) {
+            for (int band = 0; band < 3; ++band) {
+                random = random * 1664525 + 1013904223;
+                raster.samples.push_back(static_cast<unsigned char>(random >> 24));
+                pixels.push_back(raster.samples.back());
+            }
+            pixels.push_back(255);
+        }
+        EXPECT_TRUE(WriteAndRead(raster).block == pixels) << layout;
+    }
+}
+
 TEST(BandFile, DeepSamplesComeBackFromEveryLayout) {
     for (const char* layout : {"BIL", "BIP", "BSQ"}) {
         const BandRaster raster{.columns = 1,

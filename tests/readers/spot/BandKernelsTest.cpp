@@ -74,7 +74,7 @@ TEST(BandKernels, AColourTableGivesTheEntryOfEachSample) {
     for (const std::size_t count : {1, 15, 16, 17, 300}) {
         const Bytes in = Row(count, 0);
         Bytes out(4 * count);
-        RgbaFromSamples(out, in, table);
+        LookUp(out, in, table);
         for (std::size_t x = 0; x < count; ++x) {
             const unsigned i = in[x];
             ASSERT_EQ(out[4 * x], (i + 1) % 256);
@@ -90,7 +90,7 @@ TEST(BandKernels, AGreyTableGivesTheRedOfEachEntry) {
     for (const std::size_t count : {1, 15, 16, 17, 300}) {
         const Bytes in = Row(count, 0);
         Bytes out(count);
-        GreyFromSamples(out, in, table);
+        LookUp(out, in, table);
         for (std::size_t x = 0; x < count; ++x)
             ASSERT_EQ(out[x], (in[x] + 1) % 256);
     }

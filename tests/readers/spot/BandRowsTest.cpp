@@ -73,7 +73,7 @@ TEST(BandRows, PlacesBeyondAnyFileHoldNothing) {
                 Bytes line = {1, 2, 3};
                 rows.Read(2'000'000'000, first, line);
                 EXPECT_EQ(line, (Bytes{1, 2, 3}));
-                EXPECT_TRUE(rows.Find(2'000'000'000, first, 3).empty());
+                EXPECT_EQ(rows.Gather(2'000'000'000), 0);
                 rows.ReadAll(first, 3, line);
                 EXPECT_EQ(line, (Bytes{0, 0, 0}));
             }
@@ -106,40 +106,66 @@ TEST(BandRows, LinesThatTheFileCutsOffGoOnAsTheOneBefore) {
     EXPECT_EQ(out, (Bytes{1, 2, 0, 3, 4, 0, 5, 6, 0, 7, 8, 0}));
 }
 
-/// Rows of a few bytes, of some in a chunk, and of more than one.
-class BandLines : public testing::TestWithParam<std::size_t> {};
+TEST(BandRows, ALineInOneSlotNeitherCrossesNorPassesThem) {
+    const Bytes file = File(10);
+    ByteSource source(file);
+    const BandRows rows(source, {0, 0}, 5);
+    EXPECT_TRUE(rows.IsInOneSlot(0, 5));
+    EXPECT_TRUE(rows.IsInOneSlot(7, 3));
+    EXPECT_FALSE(rows.IsInOneSlot(0, 6));
+    EXPECT_FALSE(rows.IsInOneSlot(4, 2));
+    EXPECT_FALSE(rows.IsInOneSlot(10, 1));
+    EXPECT_FALSE(rows.IsInOneSlot(kMost, 1));
+    EXPECT_FALSE(BandRows(source, {0}, 0).IsInOneSlot(0, 1));
+}
 
-INSTANTIATE_TEST_SUITE_P(RowBytes, BandLines, testing::Values(1, 3, 1000, 60'001, 131'072, 131'073, 200'000));
+TEST(BandRows, RowsAreGatheredAsFarAsAllSlotsAreWhole) {
+    const Bytes file = File(100);
+    ByteSource source(file);
+    BandRows rows(source, {0, 40, 75}, 10);
+    ASSERT_EQ(rows.Gather(0), 2) << "the last slot ends in its third row";
+    EXPECT_EQ(Copy(rows.Gathered(1, 3, 5)), Part(file, 13, 5));
+    EXPECT_EQ(Copy(rows.Gathered(0, 10, 10)), Part(file, 40, 10));
+    EXPECT_EQ(Copy(rows.Gathered(1, 27, 3)), Part(file, 92, 3));
+    ASSERT_EQ(rows.Gather(1), 1);
+    EXPECT_EQ(Copy(rows.Gathered(1, 3, 5)), Part(file, 13, 5));
+    EXPECT_EQ(rows.Gather(2), 0);
+    EXPECT_EQ(rows.Gather(3), 0);
+}
 
-TEST_P(BandLines, AreThoseOfEachRow) {
+/// Rows of a few bytes, of some at a time, and of more than are gathered.
+class BandRowLengths : public testing::TestWithParam<std::size_t> {};
+
+INSTANTIATE_TEST_SUITE_P(RowBytes, BandRowLengths, testing::Values(1, 3, 1000, 60'001, 524'288, 524'289));
+
+TEST_P(BandRowLengths, GatheredLinesAreThoseOfEachRow) {
     const std::size_t rowBytes = GetParam();
-    const std::size_t count = 300'000 / rowBytes + 3;
+    const std::size_t count = 1'200'000 / rowBytes + 1;
     const std::size_t first = rowBytes / 3, bytes = rowBytes - first;
     const Bytes file = File(11 + count * rowBytes);
     ByteSource source(file);
     BandRows rows(source, {11}, static_cast<std::int64_t>(rowBytes));
-    BandLine line(rows, static_cast<std::int64_t>(first), bytes);
-    for (std::size_t row = 0; row < count; ++row) {
-        ASSERT_EQ(Copy(line.OfRow(static_cast<std::int64_t>(row))), Part(file, 11 + row * rowBytes + first, bytes))
-            << row;
+    std::size_t done = 0;
+    for (std::int64_t gathered = 1; gathered > 0;) {
+        gathered = rows.Gather(static_cast<std::int64_t>(done));
+        for (std::int64_t i = 0; i < gathered; ++i, ++done) {
+            ASSERT_EQ(Copy(rows.Gathered(static_cast<std::int64_t>(done), static_cast<std::int64_t>(first), bytes)),
+                      Part(file, 11 + done * rowBytes + first, bytes));
+        }
     }
+    EXPECT_EQ(done, rowBytes > 524'288 ? 0 : count);
 }
 
-TEST_P(BandLines, GoOnAsTheLastOneThatTheFileHolds) {
-    const std::size_t rowBytes = GetParam();
-    const std::size_t whole = 200'000 / rowBytes + 1;
-    const std::size_t rest = rowBytes / 2;
-    const Bytes file = File(whole * rowBytes + rest);
+TEST(BandLine, GoesOnAsTheLastOneThatTheFileHolds) {
+    const Bytes file = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
     ByteSource source(file);
-    BandRows rows(source, {0}, static_cast<std::int64_t>(rowBytes));
-    BandLine line(rows, 0, rowBytes);
-    for (std::size_t row = 0; row < whole; ++row)
-        ASSERT_EQ(Copy(line.OfRow(static_cast<std::int64_t>(row))), Part(file, row * rowBytes, rowBytes));
-    Bytes expected = Part(file, whole * rowBytes, rest);
-    const Bytes kept = Part(file, (whole - 1) * rowBytes + rest, rowBytes - rest);
-    expected.insert(expected.end(), kept.begin(), kept.end());
-    for (std::size_t row = whole; row < whole + 3; ++row)
-        ASSERT_EQ(Copy(line.OfRow(static_cast<std::int64_t>(row))), expected) << row - whole;
+    BandRows rows(source, {0}, 4);
+    BandLine asked(rows, 1, 3), late(rows, 1, 3);
+    EXPECT_EQ(Copy(asked.Read(0)), (Bytes{2, 3, 4}));
+    EXPECT_EQ(Copy(asked.Read(1)), (Bytes{6, 7, 8}));
+    EXPECT_EQ(Copy(asked.Read(2)), (Bytes{10, 11, 8}));
+    EXPECT_EQ(Copy(asked.Read(3)), (Bytes{10, 11, 8}));
+    EXPECT_EQ(Copy(late.Read(2)), (Bytes{10, 11, 8})) << "the rows before were read by other means";
 }
 
 }  // namespace

@@ -176,6 +176,15 @@ TEST(SpotReader, AGapMayLeaveTheLastBandBeyondTheFileAndZero) {
         << "a sample that is not there is that of the row before, or zero";
 }
 
+TEST(SpotReader, TheLastRowsOfTheLastBandMayBeMissing) {
+    // With the gap of 1 the bands begin at 0, 7 and 14: the third row of the last one would begin at the end.
+    Bytes data;
+    for (unsigned char i = 1; i <= 18; ++i)
+        data.push_back(i);
+    EXPECT_EQ(Pixels({"NCOLS 2\nNROWS 3\nNBANDS 3\nLAYOUT bsq\nBANDGAPBYTES 1\n", data}),
+              (Bytes{1, 8, 15, 255, 2, 9, 16, 255, 3, 10, 17, 255, 4, 11, 18, 255, 5, 12, 17, 255, 6, 13, 18, 255}));
+}
+
 TEST(SpotReader, LinesLongerThanTheirSlotGoOnInTheNext) {
     // Rows of 1 byte for each band, one behind the other: 1 2 are the rows of the first band, 11 12 of the second ...
     EXPECT_EQ(Pixels({Header("NBANDS 3\nLAYOUT bsq\nBANDROWBYTES 1\n"), {1, 2, 11, 12, 21, 22}}),
