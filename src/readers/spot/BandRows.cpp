@@ -64,7 +64,8 @@ std::int64_t BandRows::Gather(std::int64_t row) {
     std::int64_t rows = kGatheredBytes / mSlotBytes;
     mGatheredRow = row;
     for (Slot& slot : mSlots) {
-        slot.gathered.resize(static_cast<std::size_t>(rows * mSlotBytes));
+        const auto room = static_cast<std::uint64_t>(rows * mSlotBytes);
+        slot.gathered.resize(static_cast<std::size_t>(std::min(room, slot.source.Size())));
         const bool inFile = slot.source.Seek(Position(slot.start, row, mSlotBytes, 0)).has_value();
         const std::size_t bytes = inFile ? slot.source.ReadSome(slot.gathered) : 0;
         rows = static_cast<std::int64_t>(bytes) / mSlotBytes;
