@@ -192,11 +192,14 @@ double StatusMegabytes(const std::string& name) {
     return 0;
 }
 
-/// Gives back what earlier work left, and starts the highest level anew.
-void StartPeak() {
+/// Gives back what earlier work left, and starts the highest level anew. Returns the level that all growth is measured
+/// from: what the process held before the first of these measurements.
+double StartPeak() {
     Objects::ObjModel::ReleaseKeptBlock();
     malloc_trim(0);
+    static const double before = StatusMegabytes("VmRSS");
     std::ofstream("/proc/self/clear_refs") << "5";
+    return before;
 }
 
 class Gradient final : public IWriteImageLineProvider {
@@ -221,8 +224,7 @@ void LineWriterMemory(benchmark::State& state, const char* extension) {
     const OIIOImageHandler handler;
     for (auto _ : state) {
         Gradient lines(kWidth * 4);
-        StartPeak();
-        const double before = StatusMegabytes("VmRSS");
+        const double before = StartPeak();
         const bool written = handler.writeImageOneLineAtATime(OS::FromUtf8(path.c_str()).c_str(), 300, &lines, kWidth,
                                                               static_cast<int>(state.range(0)), 4);
         state.counters["growth_MB"] = StatusMegabytes("VmHWM") - before;

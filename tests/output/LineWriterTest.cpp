@@ -14,6 +14,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "output/CountingAllocator.h"
@@ -149,6 +150,22 @@ TEST_F(LineWriter, ResolutionsThatNoFileCanHoldEndInAnAnswer) {
         }
     }
     EXPECT_THAT(messages.Texts(), IsEmpty());
+}
+
+TEST_F(LineWriter, TheFileGrowsAsTheLinesCome) {
+    constexpr int kWidth = 256, kHeight = 1024;
+    for (const char* name : {"x.tif", "x.png", "x.jpg", "x.bmp", "x.tga", "x.sgi", "x.exr"}) {
+        std::uintmax_t halfway = 0;
+        Lines noise = Noise(kWidth);
+        Lines lines([&](int y, unsigned char* line) {
+            noise.FillLine(line);
+            std::error_code none;
+            if (y == kHeight / 2) halfway = std::filesystem::file_size(folder / name, none);
+        });
+        ASSERT_TRUE(Write(name, &lines, kWidth, kHeight, 4)) << name;
+        // Some leave room for all lines with the first.
+        EXPECT_GT(halfway, std::filesystem::file_size(folder / name) * 2 / 5) << name;
+    }
 }
 
 TEST_F(LineWriter, ThePathIsPreparedAsForATexture) {
