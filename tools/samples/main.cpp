@@ -1,6 +1,7 @@
 /// Writes the sample images:  make_samples FOLDER
 
 #include "BandSamples.h"
+#include "BilevelSamples.h"
 #include "DdsSamples.h"
 #include "EnvironmentSamples.h"
 #include "FlicSamples.h"
@@ -114,6 +115,7 @@ void WriteAll(const std::string& folder) {
     WriteAnimation(folder);
     WriteEnvironments(folder);
     WritePictSamples(folder, photo);
+    WriteBilevelSamples(folder, photo);
     WriteDdsSamples(folder, photo, Paint(64, 64, Landscape, false));
     WritePcxSamples(folder);
     WriteFlicSamples(folder);

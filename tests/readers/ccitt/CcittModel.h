@@ -24,7 +24,7 @@ public:
           mWidth(width),
           mMode(mode),
           mReversed(order == Devices::Ccitt::BitOrder::kMostSignificantFirst),
-          mReference{width, 0} {}
+          mReference{width} {}
 
     /// What the last bad code was called.
     const std::wstring& Message() const { return mMessage; }
@@ -152,16 +152,13 @@ private:
         }
     }
 
-    /// The first change beyond a0 whose colour is not the present one, and the change behind it.
+    /// The first change beyond a0 (or at it, for the first code of a row) away from the present colour, and the one
+    /// behind it.
     std::pair<std::int64_t, std::int64_t> Changes(bool first) const {
-        std::int64_t position = 0;
-        for (std::size_t i = 0; i < mReference.size(); ++i) {
-            position += mReference[i];
-            if ((i % 2 == 1) != IsBlack() || (position <= mA0 && !first)) continue;
-            const std::int64_t next = i + 1 < mReference.size() ? position + mReference[i + 1] : mWidth;
-            return {std::min<std::int64_t>(position, mWidth), std::min<std::int64_t>(next, mWidth)};
-        }
-        return {mWidth, mWidth};
+        auto change = first ? mReference.begin() : std::ranges::upper_bound(mReference, mA0);
+        if (change != mReference.end() && ((change - mReference.begin()) % 2 == 1) != IsBlack()) ++change;
+        if (change == mReference.end()) return {mWidth, mWidth};
+        return {*change, change + 1 == mReference.end() ? mWidth : change[1]};
     }
 
     void Vertical(std::int64_t b1, int offset) {
@@ -234,25 +231,21 @@ private:
     }
 
     void Paint(std::span<unsigned char> packed) {
-        if (mPending > 0) mRuns.push_back(mPending);
-        std::vector<std::int64_t> cut;
+        if (mPending > 0 && IsBlack()) mRuns.push_back(mPending);  // a white one is part of the white rest
+        mReference.clear();
         std::int64_t position = 0;
         for (const std::int64_t run : mRuns) {
-            cut.push_back(std::min(run, mWidth - position));
-            position += cut.back();
+            position = std::min(position + run, mWidth);
+            mReference.push_back(position);
         }
-        if (position < mWidth) {
-            if (cut.size() % 2 == 1) cut.push_back(0);
-            cut.push_back(mWidth - position);
-        }
+        if (position < mWidth && IsBlack()) mReference.push_back(position);
+        if (position < mWidth) mReference.push_back(mWidth);
+
         std::ranges::fill(packed, 0);
-        std::int64_t x = 0;
-        for (std::size_t i = 0; i < cut.size(); ++i) {
-            for (std::int64_t end = x + cut[i]; x < end; ++x) {
-                if (i % 2 == 1) packed[static_cast<std::size_t>(x / 8)] |= static_cast<unsigned char>(0x80 >> x % 8);
-            }
+        for (std::size_t black = 1; black < mReference.size(); black += 2) {
+            for (std::int64_t x = mReference[black - 1]; x < mReference[black]; ++x)
+                packed[static_cast<std::size_t>(x / 8)] |= static_cast<unsigned char>(0x80 >> x % 8);
         }
-        mReference = cut;
     }
 
     std::vector<unsigned char> mData;
@@ -265,8 +258,8 @@ private:
     bool mCut = false;
     bool mZerosTaken = false;
     int mValue = 0;
-    std::vector<std::int64_t> mReference;
-    std::vector<std::int64_t> mRuns;
+    std::vector<std::int64_t> mReference;  // where the runs of the row before end
+    std::vector<std::int64_t> mRuns;       // lengths
     std::int64_t mA0 = 0;
     std::int64_t mPending = 0;
     std::wstring mMessage;

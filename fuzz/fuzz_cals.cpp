@@ -1,0 +1,9 @@
+// CALS raster files.
+
+#include "LegacyLoadFuzz.h"
+#include "readers/ImageFileType.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Kavra::Fuzz::CheckLegacyFile(data, size, ".cal", Kavra::Devices::CALS);
+    return 0;
+}
