@@ -1,6 +1,8 @@
-// Loading the files that bench/peers times other programs with; registered only where KAVRA_BENCH_FILES names their folder.
+// Loading the files that bench/peers times other programs with; registered only where KAVRA_BENCH_FILES names their
+// folder.
 //
-// "over_plain" is the time of a load over that of reading the file's bytes and writing fresh memory of the block's size.
+// "over_plain" is the time of a load over that of reading the file's bytes and writing fresh memory of the block's
+// size.
 
 #include "common/PixelBlock.h"
 
@@ -36,8 +38,9 @@ struct Case {
 };
 
 // A FLIC counts every chunk against its frames, so the last frame that can be reached is half-way.
-constexpr Case kCases[] = {{"large-8.pcx"}, {"large-24.pcx"}, {"large-32.pct"},           {"large-8.pct"}, {"drawing.cal"},
-                           {"rgb.bil"},     {"grey.bil"},     {"animation.flc", 18, 19}, {"short.bil"},   {"float.bil"}};
+constexpr Case kCases[] = {{"large-8.pcx"}, {"large-24.pcx"}, {"large-32.pct"}, {"large-8.pct"},
+                           {"drawing.cal"}, {"rgb.bil"},      {"grey.bil"},     {"animation.flc", 18, 19},
+                           {"short.bil"},   {"float.bil"}};
 
 double Seconds(Clock::duration duration) {
     return std::chrono::duration<double>(duration).count();

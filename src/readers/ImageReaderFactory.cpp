@@ -35,12 +35,8 @@ struct ReaderEntry {
 
 /// One line a reader: `{PCX, Make<PCXReader>},`.
 constexpr std::initializer_list<ReaderEntry> kReaders = {
-    {CALS, Make<CALSReader>},
-    {FLIC, Make<FLICReader>},
-    {PCX, Make<PCXReader>},
-    {PICT, Make<PictReader>},
-    {RLC, Make<RlcReader>},
-    {Spot, Make<SpotReader>},
+    {CALS, Make<CALSReader>}, {FLIC, Make<FLICReader>}, {PCX, Make<PCXReader>},
+    {PICT, Make<PictReader>}, {RLC, Make<RlcReader>},   {Spot, Make<SpotReader>},
 };
 
 }  // namespace

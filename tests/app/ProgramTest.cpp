@@ -12,8 +12,8 @@ using namespace Kavra::Tests;
 using Json = nlohmann::json;
 
 TEST(Program, EveryCommandHasHelpWithAnExample) {
-    for (const std::string command :
-         {"info", "dump", "convert", "frames", "formats", "resize", "crop", "compose", "sheet", "target", "tile", "light"}) {
+    for (const std::string command : {"info", "dump", "convert", "frames", "formats", "resize", "crop", "compose",
+                                      "sheet", "target", "tile", "light"}) {
         const ProgramResult result = RunKavra({command, "--help"});
         EXPECT_EQ(result.status, 0) << command;
         EXPECT_NE(result.out.find("kavra " + command + " "), std::string::npos) << result.out;

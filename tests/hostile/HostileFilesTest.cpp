@@ -36,7 +36,7 @@ protected:
         EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, mBlocks);
         EXPECT_EQ(ObjModel::ObjectCounters().liveBlocks, mObjects);
         for (const std::wstring& text : messages.Texts())
-            EXPECT_TRUE(kMessages.contains(text)) << text.c_str();
+            EXPECT_TRUE(kMessages.contains(text) || text.starts_with(L"Bad code word in ")) << text.c_str();
     }
 
     /// Describes and loads; whether there was a block. Twice, since the answer must not depend on what was in memory.
@@ -58,7 +58,9 @@ private:
                                                             L"format is not supported",
                                                             L"Currently not supported",
                                                             L"Override orientation of compressed DDS is not supported",
-                                                            L"The data is corrupted."};
+                                                            L"The data is corrupted.",
+                                                            L"PCXReader::Invalid Frame -- out of data",
+                                                            L"Invalid Row -- out of buffer bound"};
     OIIOImageHandler handler;
     std::size_t mBlocks;
     std::size_t mObjects;

@@ -79,4 +79,12 @@ TEST(BandInterop, FourBandsAndOtherHeadersAreNotOurs) {
     EXPECT_EQ(DetectImageFileType(Wide(Peer(Name("envi")))), Other);
 }
 
+TEST(BandInterop, OurSamplesReadElsewhereAsHere) {
+    for (const auto& [name, channels] : {std::pair("ours/map.bil", 3), std::pair("ours/photo.bil", 3)}) {
+        EXPECT_EQ(Differences(Channels(LoadPeer(Peer(name)).bytes, channels), PeerPixels(Peer(name), ".raw")), 0U)
+            << name;
+    }
+    EXPECT_EQ(Differences(LoadPeer(Peer("ours/height.bil")).bytes, PeerPixels(Peer("ours/height.bil"), ".raw")), 0U);
+}
+
 }  // namespace

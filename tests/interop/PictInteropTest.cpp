@@ -32,7 +32,14 @@ TEST(PictInterop, NarrowDirectColourIsCorrupt) {
     const MessageRecorder recorder;
     OIIOImageHandler handler;
     EXPECT_FALSE(LoadFile(handler, Peer("pict/magick-24bit-narrow.pct")));
-    EXPECT_EQ(recorder.Texts(), std::vector<std::wstring>{L"The data is corrupted."});
+    EXPECT_EQ(recorder.Texts(), (std::vector<std::wstring>{L"The data is corrupted.", L"format is not supported"}));
+}
+
+TEST(PictInterop, OurSamplesReadElsewhereAsHere) {
+    const auto files = Peers("ours", ".pict");
+    ASSERT_FALSE(files.empty());
+    for (const auto& file : files)
+        EXPECT_EQ(Differences(Channels(LoadPeer(file).bytes, 3), PeerPixels(file, ".rgb")), 0U) << file;
 }
 
 }  // namespace
