@@ -151,7 +151,7 @@ void DecodeBand(ByteSource& file, const BandHeader& header, std::span<unsigned c
         });
     } else if (header.greyEntries > 0) {
         convertRows([table = RedTable(header.palette)](std::span<unsigned char> pixels, Line samples) {
-            LookUp(pixels, samples, table);
+            GreyFromSamples(pixels, samples, table);
         });
     } else {
         WholeRows(file, header).ReadAll(header.recordSkipBytes, columns, out);

@@ -40,6 +40,26 @@ std::size_t PixelsToRgba(unsigned char* out, std::span<const unsigned char> in, 
     return x;
 }
 
+/// Bytes through a table, by way of the sixteen tables of sixteen entries that it consists of.
+std::size_t BytesThroughTable(unsigned char* out, std::span<const unsigned char> in, const SampleTable& table) {
+    const TagU8 d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; x + lanes <= in.size(); x += lanes) {
+        const auto samples = hn::LoadU(d, in.data() + x);
+        const auto entry = hn::And(samples, hn::Set(d, 15));
+        const auto part = hn::And(samples, hn::Set(d, 240));
+        auto found = hn::Zero(d);
+        for (std::size_t first = 0; first < table.size(); first += 16) {
+            const auto entries = hn::TableLookupBytes(hn::LoadDup128(d, table.data() + first), entry);
+            const auto isHere = hn::Eq(part, hn::Set(d, static_cast<std::uint8_t>(first)));
+            found = hn::Or(found, hn::IfThenElseZero(isHere, entries));
+        }
+        hn::StoreU(found, d, out + x);
+    }
+    return x;
+}
+
 /// One sample of each pixel of three.
 template <class Sample>
 std::size_t SamplesOfPixels(unsigned char* out, std::span<const unsigned char> in, int band) {
@@ -70,6 +90,7 @@ namespace Kavra::Devices {
 
 HWY_EXPORT(RowsToRgba);
 HWY_EXPORT(PixelsToRgba);
+HWY_EXPORT(BytesThroughTable);
 HWY_EXPORT(WordsOfPixels);
 HWY_EXPORT(FloatsOfPixels);
 
@@ -103,6 +124,11 @@ PixelTables ComponentTables(const BandPalette& palette) {
         tables.blue[i] = PackedPixel(0, 0, palette[i].blue, 0);
     }
     return tables;
+}
+
+void GreyFromSamples(std::span<unsigned char> out, std::span<const unsigned char> in, const SampleTable& table) {
+    const std::size_t done = HWY_DYNAMIC_DISPATCH(BytesThroughTable)(out.data(), in, table);
+    LookUp(out.subspan(done), in.subspan(done), table);
 }
 
 void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in) {

@@ -33,6 +33,9 @@ PixelTable ColourTable(const BandPalette& palette);
 /// Red, green and blue each through the palette's components of that colour.
 PixelTables ComponentTables(const BandPalette& palette);
 
+/// Bytes through a table, faster than `LookUp`.
+void GreyFromSamples(std::span<unsigned char> out, std::span<const unsigned char> in, const SampleTable& table);
+
 void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in);
 void RgbaFromRows(std::span<unsigned char> out, const ColourRows& in, const PixelTables& tables);
 

@@ -90,7 +90,7 @@ TEST(BandKernels, AGreyTableGivesTheRedOfEachEntry) {
     for (const std::size_t count : {1, 15, 16, 17, 300}) {
         const Bytes in = Row(count, 0);
         Bytes out(count);
-        LookUp(out, in, table);
+        GreyFromSamples(out, in, table);
         for (std::size_t x = 0; x < count; ++x)
             ASSERT_EQ(out[x], (in[x] + 1) % 256);
     }
