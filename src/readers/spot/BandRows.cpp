@@ -8,9 +8,9 @@ namespace Kavra::Devices {
 
 namespace {
 
-/// Of each slot at a time: enough to keep all cores busy, and little enough to stay in the caches until it is
+/// At a time, of all slots together: enough to keep all cores busy, and little enough to stay in the caches until it is
 /// converted.
-constexpr std::int64_t kGatheredBytes = std::int64_t{512} << 10;
+constexpr std::int64_t kGatheredBytes = std::int64_t{2} << 20;
 
 std::uint64_t Position(std::int64_t start, std::int64_t row, std::int64_t rowBytes, std::int64_t byte) {
     return static_cast<std::uint64_t>(Sum(Sum(start, Product(row, rowBytes)), byte));
@@ -60,8 +60,8 @@ void BandRows::ReadAll(std::int64_t first, std::size_t bytes, std::span<unsigned
 }
 
 std::int64_t BandRows::Gather(std::int64_t row) {
-    if (mSlotBytes == 0 || mSlotBytes > kGatheredBytes) return 0;
-    std::int64_t rows = kGatheredBytes / mSlotBytes;
+    if (mSlotBytes == 0) return 0;
+    std::int64_t rows = kGatheredBytes / static_cast<std::int64_t>(mSlots.size()) / mSlotBytes;
     mGatheredRow = row;
     for (Slot& slot : mSlots) {
         const auto room = static_cast<std::uint64_t>(rows * mSlotBytes);
