@@ -19,6 +19,7 @@ constexpr double kSamplingLimit = 0.1;  // smaller changes of size are sampled, 
 constexpr int kSmallestFiltered = 100;  // pixels a side; smaller results are never filtered in two steps
 constexpr int kAllChannels = 10000;
 constexpr int kLargestSide = 1 << 30;
+constexpr double kFilterWidth = 4;     // pixels of the source or of the result, whichever are larger
 constexpr double kMostTaps = 1 << 17;  // floats that the filter may put on the stack
 
 bool HasFlatPixels(const ImageBuf& image) {
@@ -49,13 +50,45 @@ bool Sample(ImageBuf& dst, const ImageBuf& src) {
     return OIIO::ImageBufAlgo::resample(dst, src, false, OIIO::ROI::All(), 0);
 }
 
-/// Filters, or samples where the library could not filter: it keeps a column's weights on the stack, and ends the
-/// process over too many.
-bool Filter(ImageBuf& dst, const ImageBuf& src) {
-    constexpr double filterWidth = 4.0;
-    const double taps = filterWidth * src.spec().full_height / dst.spec().full_height;
-    if (taps > kMostTaps) return Sample(dst, src);
+double Scale(int to, int from) {
+    return static_cast<double>(to) / from;
+}
+
+/// Pixels of the source, along each side, that the library looks at for one pixel of the result. Most of them may weigh
+/// nothing: along both sides it goes as far as a filter reaches that is as wide as the growth of the WIDTH demands.
+struct Taps {
+    double across, down;
+};
+
+Taps TapsOf(const ImageSpec& to, const ImageSpec& from) {
+    const double width = Scale(to.full_width, from.full_width), height = Scale(to.full_height, from.full_height);
+    const double reach = kFilterWidth * std::max(1.0, width);
+    return {reach / width + 1, reach / height + 1};
+}
+
+double Pixels(const ImageSpec& spec) {
+    return static_cast<double>(spec.width) * spec.height;
+}
+
+/// Whether the library takes far longer than the two images are large, or more of its stack than there is.
+bool IsBeyondLibrary(const ImageSpec& to, const ImageSpec& from) {
+    constexpr double kFewLooks = 1 << 28, kLooksPerPixel = 512;
+    const Taps taps = TapsOf(to, from);
+    const double looks = Pixels(to) * taps.across * taps.down;
+    return taps.down > kMostTaps || (looks > kFewLooks && looks > kLooksPerPixel * (Pixels(to) + Pixels(from)));
+}
+
+bool Mitchell(ImageBuf& dst, const ImageBuf& src) {
     return OIIO::ImageBufAlgo::resize(dst, src, {{"filtername", "mitchell"}}, OIIO::ROI::All(), 0);
+}
+
+/// Filters, or samples where the library could not filter: it keeps a column's weights on the stack, and ends the
+/// process over too many. What takes too long is interpolated.
+bool Filter(ImageBuf& dst, const ImageBuf& src) {
+    const ImageSpec &to = dst.spec(), &from = src.spec();
+    if (kFilterWidth / Scale(to.full_height, from.full_height) > kMostTaps) return Sample(dst, src);
+    if (!IsBeyondLibrary(to, from)) return Mitchell(dst, src);
+    return OIIO::ImageBufAlgo::resample(dst, src, true, OIIO::ROI::All(), 0);
 }
 
 /// Samples a region as high as the filter's footprint, of the result's proportions, and filters that.

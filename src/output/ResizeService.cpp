@@ -87,17 +87,9 @@ PixelBlock CropOrPad(const Source& source, EFormat format, const vec3<int>& dstS
     return block;
 }
 
-/// The filter's weights for a column lie on the stack in the library, and it ends the process over too many.
-bool HasTooManyWeights(const OIIO::ImageSpec& from, const OIIO::ImageSpec& to) {
-    constexpr double kFilterWidth = 4, kMostWeights = 1 << 17;
-    return kFilterWidth * from.height / to.height > kMostWeights;
-}
-
 bool Resample(OIIO::ImageBuf& to, const OIIO::ImageBuf& from, EImageFilterType filter) {
-    using namespace OIIO::ImageBufAlgo;
-    if (filter != kFilterMitchell) return resample(to, from, filter == kFilterBilinear);
-    if (HasTooManyWeights(from.spec(), to.spec())) return resample(to, from, true);
-    return resize(to, from, {{"filtername", "mitchell"}});
+    if (filter == kFilterMitchell) return OIIOImageHandler::AdaptiveResize(to, from, true);
+    return OIIO::ImageBufAlgo::resample(to, from, filter == kFilterBilinear);
 }
 
 bool HoldsAllPixels(const Source& source, std::int64_t pixelBytes) {

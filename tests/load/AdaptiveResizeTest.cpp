@@ -3,6 +3,9 @@
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <random>
 #include <vector>
 
@@ -160,6 +163,46 @@ void ExpectRefused(ImageBuf& dst, const ImageBuf& src) {
             EXPECT_EQ(PixelsOf(dst), Bytes(PixelsOf(dst).size(), 0));
         }
     }
+}
+
+TEST(AdaptiveResize, OneSideMayShrinkWhileTheOtherGrows) {
+    const ImageBuf tall = Noise(Grey(40, 400)), wide = Noise(Grey(400, 40));
+    EXPECT_EQ(Resized(tall, Grey(400, 40), true), Filtered(tall, Grey(400, 40)));
+    EXPECT_EQ(Resized(wide, Grey(40, 400), true), Filtered(wide, Grey(40, 400)));
+}
+
+/// An image of one bright row or column of floats.
+ImageBuf Stripe(int width, int height, int at) {
+    ImageBuf image(ImageSpec(width, height, 1, TypeDesc::FLOAT));
+    for (ImageBuf::Iterator<float> pixel(image); !pixel.done(); ++pixel)
+        pixel[0] = (width < height ? pixel.x() : pixel.y()) == at ? 1.0F : 0.0F;
+    return image;
+}
+
+/// A pixel of the middle one of three stripes, interpolated: their centres lie at 1/6, 1/2 and 5/6 of the length.
+float Interpolated(int at, int length) {
+    const double position = (at + 0.5) / length * 3 - 1.5;
+    return static_cast<float>(std::max(0.0, 1 - std::abs(position)));
+}
+
+TEST(AdaptiveResize, WhatTheLibraryCannotFilterInTimeIsInterpolated) {
+    // The library would look at hundreds of thousands of pixels for each one of the result. For the second it would put
+    // four million weights on its stack, and end the process.
+    for (const auto& [rows, width, height] : {std::array{60000, 60000, 12}, std::array{200, 20000, 1}}) {
+        ImageBuf across(ImageSpec(width, height, 1, TypeDesc::FLOAT));
+        ASSERT_TRUE(OIIOImageHandler::AdaptiveResize(across, Stripe(3, rows, 1), true));
+        for (int x = 0; x < width; ++x)
+            ASSERT_NEAR(across.getchannel(x, height / 2, 0, 0), Interpolated(x, width), 1e-3) << x;
+    }
+    ImageBuf down(ImageSpec(12, 60000, 1, TypeDesc::FLOAT));
+    ASSERT_TRUE(OIIOImageHandler::AdaptiveResize(down, Stripe(60000, 3, 1), true));
+    for (int y = 0; y < 60000; ++y)
+        ASSERT_NEAR(down.getchannel(6, y, 0, 0), Interpolated(y, 60000), 1e-3) << y;
+}
+
+TEST(AdaptiveResize, GrowingInWidthAsFarAsTheLibraryCanIsFiltered) {
+    const ImageBuf src = Noise(Grey(5, 40));
+    EXPECT_EQ(Resized(src, Grey(500, 20), true), Filtered(src, Grey(500, 20)));
 }
 
 TEST(AdaptiveResize, ImagesWithoutPixelsAreRefused) {

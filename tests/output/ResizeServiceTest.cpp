@@ -478,4 +478,13 @@ TEST_F(ResizeFilter, AColumnOfAnyHeightIsShrunkToOnePixel) {
     EXPECT_THAT(Result(kResizeFilter, 1), testing::Optional(ElementsAre(77)));
 }
 
+TEST_F(ResizeFilter, ARowMayGrowToAnyWidth) {
+    format = kL8;
+    filter = kFilterMitchell;
+    srcSize = {1, 200, 1};  // the library would end the process over this
+    Use(Bytes(200, 77));
+    dstSize = {20000, 1, 1};
+    EXPECT_THAT(Result(kResizeFilter, 20000), testing::Optional(Each(77)));
+}
+
 }  // namespace
