@@ -1,10 +1,10 @@
 #include "Display.h"
 
+#include "Exposure.h"
 #include "PixelConversion.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <limits>
 #include <span>
 
@@ -12,8 +12,6 @@ namespace Kavra::App {
 namespace {
 
 using namespace Devices;
-
-constexpr double kMiddleGrey = 0.18;
 
 using Pixel = std::array<float, 4>;
 static_assert(sizeof(Pixel) == 16);
@@ -43,30 +41,14 @@ double Luminance(const Pixel& pixel) {
 
 /// Brings the luminance of a picture into 0..1.
 void Compress(std::span<Pixel> pixels) {
-    double brightest = 0;
-    double logarithms = 0;
-    std::size_t count = 0;
-    for (const Pixel& pixel : pixels) {
-        const double luminance = Luminance(pixel);
-        brightest = std::max(brightest, luminance);
-        if (luminance <= 0) continue;
-        logarithms += std::log(luminance);
-        ++count;
-    }
-    if (count == 0) return;
-    const double exposure = kMiddleGrey / std::exp(logarithms / static_cast<double>(count));
-    const double white = exposure * brightest;
+    Exposure exposure;
+    for (const Pixel& pixel : pixels)
+        exposure.Look(Luminance(pixel));
     for (Pixel& pixel : pixels) {
-        const double exposed = exposure * Luminance(pixel);
-        const double scale = exposure * (1 + exposed / (white * white)) / (1 + exposed);
+        const double scale = exposure.Scale(Luminance(pixel));
         for (int i = 0; i < 3; ++i)
             pixel[i] = static_cast<float>(scale * pixel[i]);
     }
-}
-
-float Encode(float value) {
-    if (value <= 0.0031308F) return 12.92F * value;
-    return 1.055F * std::pow(std::min(value, 1.0F), 1 / 2.4F) - 0.055F;
 }
 
 }  // namespace
@@ -80,7 +62,7 @@ LoadedImage ToDisplay(const LoadedImage& image, bool associated) {
     const auto isBright = [](const Pixel& pixel) { return std::max({pixel[0], pixel[1], pixel[2]}) > 1; };
     if (std::ranges::any_of(pixels, isBright)) Compress(pixels);
     for (Pixel& pixel : pixels)
-        std::ranges::transform(pixel.begin(), pixel.begin() + 3, pixel.begin(), Encode);
+        std::ranges::transform(pixel.begin(), pixel.begin() + 3, pixel.begin(), EncodeForScreen);
     return *ToFormat(light, kR8G8B8A8);
 }
 

@@ -2,13 +2,12 @@
 
 #include "Description.h"
 #include "FormatNames.h"
-#include "common/PixelBlock.h"
+#include "PixelConversion.h"
 
 #include <kavra/objects/OS.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <format>
 
 namespace Kavra::App {
@@ -30,25 +29,6 @@ EFormat FileFormat(IImageHandler& handler, const std::string& file) {
     return desc == nullptr ? kUnknown : desc->format;
 }
 
-/// Pixels of three floats become pixels of four: the host's OpenEXR reader gives three where a file has no alpha.
-void AddAlpha(LoadedImage& image) {
-    ImageDescription& desc = image.desc;
-    constexpr std::size_t kFrom = 3 * sizeof(float), kTo = 4 * sizeof(float);
-    const std::size_t pixels = desc.dataSize / kFrom;
-    Common::PixelBlock block = Common::NewBlock(pixels * kTo);
-    const auto* in = static_cast<const unsigned char*>(image.block->mData);
-    const float opaque = 1;
-    for (std::size_t i = 0; i < pixels; ++i) {
-        std::memcpy(block.get() + i * kTo, in + i * kFrom, kFrom);
-        std::memcpy(block.get() + i * kTo + kFrom, &opaque, sizeof opaque);
-    }
-    image.block.reset(new Objects::MemoryArrayWrapper<void, unsigned char>(block.get()));
-    (void)block.release();
-    desc.format = kR32G32B32A32F;
-    desc.rowPitch = desc.width * static_cast<int>(kTo);
-    desc.dataSize = pixels * kTo;
-}
-
 /// The value of a file with one channel, which comes in red, goes to green and blue as well.
 void SpreadRed(LoadedImage& image) {
     auto* const pixels = static_cast<float*>(image.block->mData);
@@ -61,7 +41,7 @@ LoadedImage LoadAsFloats(IImageHandler& handler, Report& report, EFormat fileFor
     options.format = kR32G32B32A32F;
     LoadedImage image = Load(handler, report, options, 0);
     if (image.block == nullptr || image.desc.textureType != kTexture2D) return image;
-    if (image.desc.format == kR32G32B32F) AddAlpha(image);
+    if (image.desc.format == kR32G32B32F) image = *ToFormat(image, kR32G32B32A32F);  // of the host's OpenEXR reader
     if (image.desc.format == kR32G32B32A32F && Channels(fileFormat) == 1) SpreadRed(image);
     return image;
 }

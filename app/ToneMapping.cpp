@@ -1,5 +1,7 @@
 #include "ToneMapping.h"
 
+#include "Exposure.h"
+
 #include <cmath>
 #include <cstring>
 
@@ -55,41 +57,13 @@ private:
     const unsigned char* mData;
 };
 
-/// The operator for one picture.
-class Exposure {
-public:
-    void Look(const Linear& colour) {
-        constexpr double kDark = 1e-6;  // keeps black pixels from deciding everything
-        const double luminance = Luminance(colour);
-        mLogarithms += std::log(kDark + luminance);
-        mBrightest = std::max(mBrightest, luminance);
-        ++mCount;
-    }
-
-    Linear Apply(const Linear& colour) const {
-        const double luminance = Luminance(colour);
-        if (!(luminance > 0)) return {};
-        const double key = 0.18 / std::exp(mLogarithms / mCount);
-        const double exposed = luminance * key;
-        const double white = std::max(mBrightest * key, 1.0);  // a dim picture is not to be dimmed further
-        const double shown = exposed * (1 + exposed / (white * white)) / (1 + exposed);
-        const auto factor = static_cast<float>(shown / luminance);
-        return {colour.x * factor, colour.y * factor, colour.z * factor};
-    }
-
-private:
-    double mLogarithms = 0;
-    double mBrightest = 0;
-    double mCount = 0;
-};
-
-float DisplayValue(float linear) {
-    linear = std::clamp(linear, 0.0F, 1.0F);
-    return linear <= 0.0031308F ? 12.92F * linear : 1.055F * std::pow(linear, 1 / 2.4F) - 0.055F;
+Display ToDisplay(const Linear& colour) {
+    return {EncodeForScreen(colour.x), EncodeForScreen(colour.y), EncodeForScreen(colour.z)};
 }
 
-Display ToDisplay(const Linear& colour) {
-    return {DisplayValue(colour.x), DisplayValue(colour.y), DisplayValue(colour.z)};
+Display Shown(const Linear& colour, const Exposure& exposure) {
+    const auto scale = static_cast<float>(exposure.Scale(Luminance(colour)));
+    return ToDisplay({colour.x * scale, colour.y * scale, colour.z * scale});
 }
 
 }  // namespace
@@ -102,19 +76,19 @@ Display HueOf(const vec3<float>& colour) {
 
 void DrawMap(Canvas& canvas, const SmallEnvironment& map, int width, int height) {
     const Pixels pixels(map.image);
-    Exposure exposure;
+    Exposure exposure(1);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             Display& pixel = canvas.At(x, y);
             pixel = pixels.At((static_cast<float>(x) + 0.5F) / static_cast<float>(width),
                               (static_cast<float>(y) + 0.5F) / static_cast<float>(height));
-            exposure.Look(pixel);
+            exposure.Look(Luminance(pixel));
         }
     }
     if (!map.isLight) return;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x)
-            canvas.At(x, y) = ToDisplay(exposure.Apply(canvas.At(x, y)));
+            canvas.At(x, y) = Shown(canvas.At(x, y), exposure);
     }
 }
 
