@@ -104,7 +104,7 @@ TEST_P(CcittModes, AgreesWithTheModelOnDataCutAtEveryLength) {
 }
 
 TEST_P(CcittModes, AgreesWithTheModelOnDamagedData) {
-    for (int round = 0; round < 3000; ++round) {
+    for (int round = 0; round < 1500; ++round) {
         const Bitmap image = RandomBitmap(mRandom, 1 + Below(150), 1 + Below(25));
         Bytes data = Encode(image, GetParam());
         for (int damage = 1 + Below(4); damage > 0 && !data.empty(); --damage)
@@ -116,7 +116,7 @@ TEST_P(CcittModes, AgreesWithTheModelOnDamagedData) {
 }
 
 TEST_P(CcittModes, AgreesWithTheModelOnNoise) {
-    for (int round = 0; round < 4000; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         Bytes data(static_cast<std::size_t>(Below(80)));
         // Each kind of noise reaches other codes: few ones lead to ends of line and unknown words, many to vertical
         // codes.
@@ -132,6 +132,19 @@ TEST_P(CcittModes, AgreesWithTheModelOnNoise) {
     }
 }
 
+TEST_P(CcittModes, AgreesWithTheModelOnRowsOfEmptyRuns) {
+    // Few kinds of words, empty runs most of all: rows get as many runs as they hold, and more.
+    constexpr std::array<std::string_view, 8> kWords = {
+        "001001101010000110111", "1", "010", "011", "0001", "00110101", "0000110111", "000111"};
+    for (int round = 0; round < 1000; ++round) {
+        std::string codes(static_cast<std::size_t>(Below(8)), '1');
+        for (int word = Below(60); word > 0; --word)
+            codes += kWords[static_cast<std::size_t>(Below(3) == 0 ? Below(8) : 0)];
+        ExpectAgreement(Codes(codes), 1 + Below(9), 20, GetParam(), BitOrder::kMostSignificantFirst);
+        ASSERT_FALSE(HasFatalFailure()) << "round " << round;
+    }
+}
+
 TEST_P(CcittModes, AgreesWithTheModelAcrossBufferEdges) {
     Bitmap noisy(3000, 90);
     for (int speck = 0; speck < 60'000; ++speck)
@@ -141,7 +154,7 @@ TEST_P(CcittModes, AgreesWithTheModelAcrossBufferEdges) {
     ExpectAgreement(data, noisy.width, noisy.height + 2, GetParam(), BitOrder::kMostSignificantFirst);
     for (int damage = 0; damage < 60; ++damage)
         data[static_cast<std::size_t>(Below(static_cast<int>(data.size())))] ^= 0x10;
-    for (std::size_t edge = 8180; edge < 8200; ++edge) {
+    for (std::size_t edge = 8180; edge < 8200; edge += 3) {
         Bytes damaged = data;
         damaged[edge] = damaged[edge + 1] = 0;
         damaged[2 * edge] = damaged[2 * edge + 1] = 0;

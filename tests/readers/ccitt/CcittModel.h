@@ -9,12 +9,14 @@
 #include <format>
 #include <span>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace Kavra::Tests {
 
-/// Takes bytes into a 32-bit accumulator one at a time, matches code words as strings, keeps runs as lengths, looks
+/// Takes bytes into a 32-bit accumulator one at a time, matches code words bit by bit, keeps runs as lengths, looks
 /// changes up in the reference row anew each time, and paints pixel by pixel.
 class CcittModel {
 public:
@@ -32,43 +34,35 @@ public:
     Devices::Ccitt::Result DecodeRow(std::span<unsigned char> packed) {
         const std::uint32_t bits = mBits;
         const int count = mCount;
-        const bool ended = mZerosTaken;
+        const bool zerosTaken = mZerosTaken;
         mRuns.clear();
         mA0 = mPending = 0;
-        try {
-            DecodeRuns();
-            Paint(packed);
-            return Devices::Ccitt::Result::kDecoded;
-        } catch (const EndOfData&) {
-            mBits = 0;
-            mCount = 0;
-            Paint(packed);
-            return Devices::Ccitt::Result::kEndOfData;
-        } catch (const BadCode& bad) {
+        mResult = Devices::Ccitt::Result::kDecoded;
+        DecodeRuns();
+        if (mResult == Devices::Ccitt::Result::kBadCode) {
             mBits = bits;
             mCount = count;
-            mZerosTaken = ended;
-            mMessage = std::format(L"Bad code word in {} at scanline (x {})", bad.table, mA0);
-            return Devices::Ccitt::Result::kBadCode;
+            mZerosTaken = zerosTaken;
+            return mResult;
         }
+        if (mResult == Devices::Ccitt::Result::kEndOfData) mBits = mCount = 0;
+        Paint(packed);
+        return mResult;
     }
 
 private:
-    struct EndOfData {};
-    struct BadCode {
-        const wchar_t* table;
-    };
-    using Words = std::vector<std::pair<std::string, int>>;
+    /// What a word stands for, by its bits behind a one.
+    using Words = std::unordered_map<unsigned, int>;
 
-    // Bits
+    // Bits. What goes wrong is noted in mResult, once; false is then passed up.
 
-    void Need(int count) {
+    bool Need(int count) {
         mCut = false;
         while (mCount < count) {
             if (mNext == mData.size()) {
-                if (mCount == 0) throw EndOfData();
                 mCut = true;
-                return;
+                if (mCount == 0) mResult = Devices::Ccitt::Result::kEndOfData;
+                return mCount != 0;
             }
             unsigned byte = mData[mNext++];
             if (mReversed) {
@@ -80,77 +74,80 @@ private:
             mBits |= byte << mCount;
             mCount += 8;
         }
+        return true;
     }
     void Drop(std::size_t count) {
         mBits >>= count;
         mCount = std::max(0, mCount - static_cast<int>(count));
     }
-    bool Bit() {
-        Need(1);
-        const bool bit = (mBits & 1) != 0;
-        Drop(1);
-        return bit;
-    }
-    [[noreturn]] void Fail(const wchar_t* table) const {
-        if (mCut) throw EndOfData();
-        throw BadCode(table);
+    bool Fail(const wchar_t* table) {
+        using enum Devices::Ccitt::Result;
+        if (mResult != kDecoded) return false;
+        mResult = mCut ? kEndOfData : kBadCode;
+        if (mResult == kBadCode) mMessage = std::format(L"Bad code word in {} at scanline (x {})", table, mA0);
+        return false;
     }
 
-    /// The word with which the next bits begin; empty when there is none.
-    std::string Match(int look, const Words& words) {
-        Need(look);
-        std::string bits;
-        for (int i = 0; i < look; ++i)
-            bits += (mBits >> i & 1) != 0 ? '1' : '0';
-        for (const auto& [word, length] : words) {
-            if (bits.starts_with(word)) {
-                Drop(word.size());
-                mValue = length;
-                return word;
-            }
+    static constexpr unsigned Key(std::string_view word) {
+        unsigned key = 1;
+        for (const char bit : word)
+            key = 2 * key + (bit == '1' ? 1 : 0);
+        return key;
+    }
+
+    /// Takes the word with which the next bits begin; 0 when there is none.
+    unsigned Match(int look, const Words& words) {
+        if (!Need(look)) return 0;
+        unsigned key = 1;
+        for (int bit = 0; bit < look; ++bit) {
+            key = 2 * key + (mBits >> bit & 1);
+            const auto word = words.find(key);
+            if (word == words.end()) continue;
+            Drop(static_cast<std::size_t>(bit) + 1);
+            mValue = word->second;
+            return key;
         }
-        return {};
+        return 0;
     }
 
     // Runs
 
     bool IsBlack() const { return mRuns.size() % 2 == 1; }
 
-    void AddRun(std::int64_t length) {
-        if (mRuns.size() == static_cast<std::size_t>(mWidth) + 4) Fail(L"MainTable");
+    bool AddRun(std::int64_t length) {
+        if (mRuns.size() == static_cast<std::size_t>(mWidth) + 4) return Fail(L"MainTable");
         mRuns.push_back(length);
+        mPending = 0;
+        return true;
     }
 
     static Words RunWords(bool black) {
         using namespace Devices::Ccitt;
         Words words;
         for (int i = 0; i < 64; ++i)
-            words.emplace_back((black ? kBlackTerminating : kWhiteTerminating)[i], i);
+            words.emplace(Key((black ? kBlackTerminating : kWhiteTerminating)[i]), i);
         for (int i = 0; i < 27; ++i)
-            words.emplace_back((black ? kBlackMakeUp : kWhiteMakeUp)[i], 64 * i + 64);
+            words.emplace(Key((black ? kBlackMakeUp : kWhiteMakeUp)[i]), 64 * i + 64);
         for (int i = 0; i < 13; ++i)
-            words.emplace_back(kCommonMakeUp[i], 64 * i + 1792);
-        words.emplace_back("00000000000", -1);
+            words.emplace(Key(kCommonMakeUp[i]), 64 * i + 1792);
+        words.emplace(Key("00000000000"), kEndOfLine);
         return words;
     }
 
-    /// False on the zeros of an end of line.
+    /// Also false on the zeros of an end of line, which are then the last value.
     bool Run() {
         static const Words white = RunWords(false);
         static const Words black = RunWords(true);
         const bool isBlack = IsBlack();
         for (;;) {
-            const std::string word = Match(isBlack ? 13 : 12, isBlack ? black : white);
-            if (word.empty()) Fail(isBlack ? L"BlackTable" : L"WhiteTable");
-            if (mValue < 0) return false;
+            if (Match(isBlack ? 13 : 12, isBlack ? black : white) == 0) return FailRun();
+            if (mValue == kEndOfLine) return false;
             mPending += mValue;
             mA0 += mValue;
-            if (mValue >= 64) continue;
-            AddRun(mPending);
-            mPending = 0;
-            return true;
+            if (mValue < 64) return AddRun(mPending);
         }
     }
+    bool FailRun() { return Fail(IsBlack() ? L"BlackTable" : L"WhiteTable"); }
 
     /// The first change beyond a0 (or at it, for the first code of a row) away from the present colour, and the one
     /// behind it.
@@ -161,73 +158,93 @@ private:
         return {*change, change + 1 == mReference.end() ? mWidth : change[1]};
     }
 
-    void Vertical(std::int64_t b1, int offset) {
-        if (b1 + offset < mA0) Fail(L"MainTable");
-        AddRun(mPending + b1 + offset - mA0);
-        mPending = 0;
+    bool Vertical(std::int64_t b1, int offset) {
+        if (b1 + offset < mA0) return Fail(L"MainTable");
+        if (!AddRun(mPending + b1 + offset - mA0)) return false;
         mA0 = b1 + offset;
+        return true;
+    }
+
+    bool Horizontal() {
+        for (int run = 0; run < 2; ++run) {
+            if (Run()) continue;
+            return FailRun();
+        }
+        return true;
+    }
+
+    void EndOfLine() {
+        if (!Need(4)) return;
+        if ((mBits & 15) != 0) {
+            Fail(L"EOL");
+            return;
+        }
+        Drop(4);
+        mZerosTaken = true;
     }
 
     void TwoDimensional() {
-        static const Words words = {{"0001", 0},     {"001", 0},     {"1", 0},      {"011", 1},
-                                    {"000011", 2},   {"0000011", 3}, {"010", -1},   {"000010", -2},
-                                    {"0000010", -3}, {"0000001", 0}, {"0000000", 0}};
+        constexpr unsigned kPass = Key("0001"), kHorizontal = Key("001");
+        constexpr unsigned kExtension = Key("0000001"), kZeros = Key("0000000");
+        static const Words words = {{kPass, 0},       {kHorizontal, 0},    {kExtension, 0},     {kZeros, 0},
+                                    {Key("1"), 0},    {Key("011"), 1},     {Key("000011"), 2},  {Key("0000011"), 3},
+                                    {Key("010"), -1}, {Key("000010"), -2}, {Key("0000010"), -3}};
         for (bool first = true; mA0 < mWidth; first = false) {
             const auto [b1, b2] = Changes(first);
-            const std::string word = Match(7, words);
-            if (word == "0001") {
+            const unsigned word = Match(7, words);
+            if (word == 0) return;
+            if (word == kPass) {
                 mPending += b2 - mA0;
                 mA0 = b2;
-            } else if (word == "001") {
-                for (int run = 0; run < 2; ++run) {
-                    const bool black = IsBlack();
-                    if (!Run()) Fail(black ? L"BlackTable" : L"WhiteTable");
-                }
-            } else if (word == "0000001" || word == "0000000") {
-                AddRun(mPending + mWidth - mA0);
-                mPending = 0;
-                if (word == "0000001") return;
-                Need(4);
-                if ((mBits & 15) != 0) Fail(L"EOL");
-                Drop(4);
-                mZerosTaken = true;
+            } else if (word == kHorizontal) {
+                if (!Horizontal()) return;
+            } else if (word == kExtension || word == kZeros) {
+                if (AddRun(mPending + mWidth - mA0) && word == kZeros) EndOfLine();
                 return;
-            } else {
-                Vertical(b1, mValue);
+            } else if (!Vertical(b1, mValue)) {
+                return;
             }
         }
         if (mPending > 0) AddRun(mPending);
-        mPending = 0;
     }
 
     void OneDimensional() {
         while (mA0 < mWidth) {
             if (Run()) continue;
-            mZerosTaken = true;
+            mZerosTaken = mResult == Devices::Ccitt::Result::kDecoded;
             return;
         }
     }
 
-    void SkipEndOfLine() {
-        if (!mZerosTaken) {
-            for (Need(11); (mBits & 0x7FF) != 0; Need(11))
-                Drop(1);
-        }
-        while (!Bit()) {
+    /// False at the end of the data.
+    bool SkipEndOfLine() {
+        while (!mZerosTaken) {
+            if (!Need(11)) return false;
+            if ((mBits & 0x7FF) == 0) break;
+            Drop(1);
         }
         mZerosTaken = false;
+        for (bool one = false; !one;) {
+            if (!Need(1)) return false;
+            one = (mBits & 1) != 0;
+            Drop(1);
+        }
+        return true;
     }
 
     void DecodeRuns() {
         using enum Devices::Ccitt::Mode;
-        if (mMode == kGroup3 || mMode == kGroup3TwoDimensional) SkipEndOfLine();
-        if (mMode == kRows) Drop(static_cast<std::size_t>(mCount % 8));
-        const bool flat = mMode == kGroup3 || mMode == kRows || (mMode == kGroup3TwoDimensional && Bit());
-        if (flat) {
-            OneDimensional();
-        } else {
-            TwoDimensional();
+        if (mMode == kGroup4) return TwoDimensional();
+        if (mMode == kRows) {
+            Drop(static_cast<std::size_t>(mCount % 8));
+            return OneDimensional();
         }
+        if (!SkipEndOfLine()) return;
+        if (mMode == kGroup3) return OneDimensional();
+        if (!Need(1)) return;
+        const bool tag = (mBits & 1) != 0;
+        Drop(1);
+        tag ? OneDimensional() : TwoDimensional();
     }
 
     void Paint(std::span<unsigned char> packed) {
@@ -248,6 +265,8 @@ private:
         }
     }
 
+    static constexpr int kEndOfLine = -1;
+
     std::vector<unsigned char> mData;
     std::size_t mNext = 0;
     std::int64_t mWidth;
@@ -255,13 +274,14 @@ private:
     bool mReversed;
     std::uint32_t mBits = 0;
     int mCount = 0;
-    bool mCut = false;
+    bool mCut = false;  // the last look-up took zeros for missing bits
     bool mZerosTaken = false;
     int mValue = 0;
     std::vector<std::int64_t> mReference;  // where the runs of the row before end
     std::vector<std::int64_t> mRuns;       // lengths
     std::int64_t mA0 = 0;
     std::int64_t mPending = 0;
+    Devices::Ccitt::Result mResult = Devices::Ccitt::Result::kDecoded;
     std::wstring mMessage;
 };
 
