@@ -20,7 +20,7 @@ float DistanceToLine(Point p, Point a, Point b) {
 }
 
 unsigned char ToByte(float value) {
-    return static_cast<unsigned char>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F);
+    return static_cast<unsigned char>(std::lround(std::clamp(value, 0.0F, 1.0F) * 255));
 }
 
 }  // namespace

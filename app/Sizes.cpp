@@ -22,7 +22,10 @@ std::optional<std::array<int, Count>> ParseNumbers(std::string_view text, std::s
     const char* at = text.data();
     const char* const end = at + text.size();
     for (std::size_t i = 0; i < Count; ++i) {
-        if (i > 0 && (at == end || !separators.contains(*at++))) return std::nullopt;
+        if (i > 0) {
+            if (at == end || !separators.contains(*at)) return std::nullopt;
+            ++at;
+        }
         const auto [next, error] = std::from_chars(at, end, numbers[i]);
         if (error != std::errc()) return std::nullopt;
         at = next;

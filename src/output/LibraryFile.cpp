@@ -54,7 +54,7 @@ bool LibraryFile::Close() {
     mIsOpen = false;
     const OIIO::ImageSpec spec = mWriter->spec();
     if (!mWriter->close()) return false;
-    if (mStream) mStream->Flush();
+    if (mStream) mStream->HandOn();
     return mIsWatched ? mWatched.Finish() : IsWhole(*mWriter, spec, mPath);
 }
 

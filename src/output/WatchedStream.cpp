@@ -33,7 +33,7 @@ Common::FileHandle OpenOver(WatchedFile& file) {
 WatchedStream::WatchedStream(WatchedFile& file)
     : Common::FileHandle(OpenOver(file)), IOFile(Common::FileHandle::get(), Write) {}
 
-void WatchedStream::Flush() {
+void WatchedStream::HandOn() {
     (void)std::fflush(handle());
 }
 

@@ -19,7 +19,7 @@ public:
     explicit WatchedStream(WatchedFile& file);
 
     /// Hands on what is still in the stream's own buffer.
-    void Flush();
+    void HandOn();
 };
 
 }  // namespace Kavra::Devices

@@ -25,13 +25,13 @@ TEST(WatchedStream, WhatIsWrittenIsInTheFile) {
     WatchedStream stream(file);
     EXPECT_STREQ(stream.proxytype(), "file");
     EXPECT_GE(std::fputs("hello", stream.handle()), 0);
-    stream.Flush();
+    stream.HandOn();
     EXPECT_EQ(std::fseek(stream.handle(), 1, SEEK_SET), 0);
     EXPECT_EQ(std::fputc('a', stream.handle()), 'a');
     EXPECT_EQ(std::fseek(stream.handle(), 0, SEEK_END), 0);
     EXPECT_EQ(std::ftell(stream.handle()), 5);
     EXPECT_EQ(std::fputc('!', stream.handle()), '!');
-    stream.Flush();
+    stream.HandOn();
     EXPECT_TRUE(file.Finish());
     EXPECT_THAT(ReadAll(folder / "x"), ElementsAre('h', 'a', 'l', 'l', 'o', '!'));
 }
@@ -43,7 +43,7 @@ TEST(WatchedStream, EveryWriteSucceedsAndTheFileTells) {
     WatchedFile file(Wide(folder / "x"));
     WatchedStream stream(file);
     EXPECT_EQ(std::fwrite(much.data(), 1, much.size(), stream.handle()), much.size());
-    stream.Flush();
+    stream.HandOn();
     EXPECT_EQ(std::ferror(stream.handle()), 0);
     EXPECT_FALSE(file.Finish());
 }
@@ -53,7 +53,7 @@ TEST(WatchedStream, WithoutAWriteThereIsNoFile) {
     WatchedFile file(Wide(folder / "x"));
     {
         WatchedStream stream(file);
-        stream.Flush();
+        stream.HandOn();
     }
     EXPECT_FALSE(file.Finish());
     EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));

@@ -25,15 +25,15 @@ std::optional<unsigned> ReadCount(ByteSource& source, const PictRowLayout& layou
     return *count;
 }
 
-/// Calls `repeat(unit, bytes)` or `copy(bytes)` for each packet: a flag byte, and one unit to be repeated 1 - flag
-/// times where the flag is negative (-128 included), or else flag + 1 units. Stops with false at a packet that is not
-/// whole or gives more than `room` bytes in all.
+/// Calls `repeat(unit, bytes)` or `copy(bytes)` for each packet: a flag byte, and one unit to be repeated 257 - flag
+/// times where the flag is 128 or more (as a signed byte: 1 - flag times), or else flag + 1 units. Stops with false at
+/// a packet that is not whole or gives more than `room` bytes in all.
 template <std::size_t kUnit, class Repeat, class Copy>
 bool ForEachPacket(std::span<const unsigned char> packed, std::size_t room, Repeat repeat, Copy copy) {
     while (!packed.empty()) {
-        const int flag = static_cast<signed char>(packed.front());
-        const bool repeats = flag < 0;
-        const std::size_t given = kUnit * static_cast<std::size_t>(1 + (repeats ? -flag : flag));
+        const std::size_t flag = packed.front();
+        const bool repeats = flag >= 0x80;
+        const std::size_t given = kUnit * (repeats ? 257 - flag : flag + 1);
         const std::size_t stored = repeats ? kUnit : given;
         if (given > room || stored >= packed.size()) return false;
         packed = packed.subspan(1);

@@ -42,7 +42,7 @@ private:
     struct Slot {
         ByteSource source;  // each its own, for its own buffer
         std::int64_t start = 0;
-        std::vector<unsigned char> gathered = {};
+        std::vector<unsigned char> gathered;
     };
 
     bool Holds(std::int64_t row, std::int64_t first, std::size_t bytes) const;
