@@ -25,8 +25,8 @@ bool RlcRows::ReadInto(RlcMask& mask, bool isLast) {
     if (mNumbers.size() < rowBytes) mNumbers.resize(rowBytes);
     const auto row =
         std::span<const unsigned char>(mNumbers).first(mSource.ReadSome(std::span(mNumbers).first(rowBytes)));
-    const bool isWhole = row.size() == rowBytes && !isLast;
-    mRuns = isWhole ? static_cast<std::int16_t>(BigNumber(row.subspan(runBytes))) : std::int16_t{0};
+    const bool hasNext = row.size() == runBytes + kNumberBytes;
+    mRuns = hasNext ? static_cast<std::int16_t>(BigNumber(row.subspan(runBytes))) : std::int16_t{0};
 
     for (std::size_t run = std::min(row.size(), runBytes) / kRunBytes; run-- > 0;) {
         const auto numbers = row.subspan(run * kRunBytes, kRunBytes);

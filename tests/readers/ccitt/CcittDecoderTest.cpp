@@ -205,6 +205,18 @@ TEST(CcittEndOfData, ACodeThatCannotBeDecodedThereIsNoBadCode) {
         << "5 bits and a zero: two left of 3";
 }
 
+TEST(CcittEndOfData, ABadCodeWhoseOwnBitsAreAllThereIsBad) {
+    // 4 white, 4 black; then 1 white and 2 black, whose look-up took zeros behind the end; then a code of the last
+    // seven bits, three left of 4 and so left of 3.
+    const DecodedRows decoded = DecodeByRow(Codes("1 1 1 1  001 1011 011  001 000111 11 0000010"), 8, 8);
+    EXPECT_EQ(decoded.results[5], Result::kBadCode);
+    EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in MainTable at scanline (x 3)"}));
+    // The bits that stood ready before it stand ready again, now with nothing behind them.
+    EXPECT_EQ(decoded.results[6], Result::kEndOfData);
+    EXPECT_EQ(decoded.results[7], Result::kEndOfData);
+    EXPECT_EQ(decoded.rows[7], "........");
+}
+
 TEST(CcittEndOfData, EndsTheCallInWhichItStands) {
     ByteSource source{std::span<const unsigned char>()};
     Decoder decoder(source, 8, Mode::kGroup4, BitOrder::kMostSignificantFirst);
