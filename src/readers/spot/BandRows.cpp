@@ -26,7 +26,7 @@ ReadResult<ByteSource> WholeOf(ByteSource& file) {
 BandRows::BandRows(ByteSource& file, std::initializer_list<std::int64_t> slots, std::int64_t slotBytes)
     : mSlotBytes(slotBytes) {
     for (const std::int64_t start : slots)
-        mSlots.push_back({.source = WholeOf(file).value(), .start = start});
+        mSlots.push_back({.source = WholeOf(file).value(), .start = start, .gathered = {}});
 }
 
 void BandRows::Read(std::int64_t row, std::int64_t first, std::span<unsigned char> line) {
