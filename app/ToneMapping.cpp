@@ -10,6 +10,7 @@ namespace {
 
 using Linear = vec3<float>;
 
+constexpr double kDark = 1e-6;       // black pixels count as this: a light in the dark is to shine
 constexpr float kBrightest = 1e15F;  // what a square may still be taken of
 
 double Luminance(const Linear& colour) {
@@ -82,7 +83,7 @@ void DrawMap(Canvas& canvas, const SmallEnvironment& map, int width, int height)
             Display& pixel = canvas.At(x, y);
             pixel = pixels.At((static_cast<float>(x) + 0.5F) / static_cast<float>(width),
                               (static_cast<float>(y) + 0.5F) / static_cast<float>(height));
-            exposure.Look(Luminance(pixel));
+            exposure.Look(std::max(Luminance(pixel), kDark));
         }
     }
     if (!map.isLight) return;
