@@ -342,6 +342,30 @@ TEST(SpotReader, WithoutItsDataOrItsHeaderThereIsNoRaster) {
     EXPECT_FALSE(DecodeFile<SpotReader>(folder / "r.hdr").opened);
 }
 
+// Large enough for several cores, each of which converts rows of its own.
+TEST(SpotReader, ALargeRasterConvertedInParallelIsRightInEveryPixel) {
+    constexpr std::size_t kWidth = 1500, kHeight = 1200;
+    const auto sample = [](std::size_t x, std::size_t y, std::size_t band) {
+        return static_cast<unsigned char>(x * 7 + y * 13 + band * 101);
+    };
+    RasterFiles files{"NCOLS 1500\nNROWS 1200\nNBANDS 3\nLAYOUT bil\n", {}};
+    for (std::size_t y = 0; y < kHeight; ++y) {
+        for (std::size_t band = 0; band < 3; ++band) {
+            for (std::size_t x = 0; x < kWidth; ++x)
+                files.data.push_back(sample(x, y, band));
+        }
+    }
+    const Bytes pixels = Pixels(files);
+    ASSERT_EQ(pixels.size(), kWidth * kHeight * 4);
+    std::size_t wrong = 0;
+    for (std::size_t i = 0; i < kWidth * kHeight; ++i) {
+        for (std::size_t band = 0; band < 3; ++band)
+            wrong += pixels[4 * i + band] != sample(i % kWidth, i / kWidth, band);
+        wrong += pixels[4 * i + 3] != 255;
+    }
+    EXPECT_EQ(wrong, 0U);
+}
+
 TEST(SpotReader, AReaderThatDoesNotOpenIsClosed) {
     const TemporaryFolder folder;
     WriteRaster(folder, {Header(""), {1, 2, 3, 4}});
