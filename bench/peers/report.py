@@ -29,9 +29,9 @@ def process(*command):
 
 
 def ffmpeg(name, *demuxer):
-    def command(file):
-        return process("ffmpeg", "-nostdin", "-loglevel", "error", "-threads", "1", *demuxer, "-i", file, "-f", "null", "-")
-    return command(name) - (command(name.replace("large", "tiny")) if "large" in name else 0)
+    def command(file, *options):
+        return process("ffmpeg", "-nostdin", "-loglevel", "error", "-threads", "1", *options, "-i", file, "-f", "null", "-")
+    return command(name, *demuxer) - command("tiny-24.pcx")
 
 
 def pcxtoppm(name):
@@ -83,8 +83,8 @@ def gdal(name, bands, kind, item):
 PEERS = {
     "large-8.pcx": ("ffmpeg", ffmpeg),
     "large-24.pcx": ("netpbm", pcxtoppm),
-    "large-32.pct": ("ffmpeg", lambda name: ffmpeg(name, "-f", "image2pipe", "-c:v", "qdraw")),
-    "large-8.pct": ("ffmpeg, indices", lambda name: ffmpeg(name, "-f", "image2pipe", "-c:v", "qdraw")),
+    "large-32.pct": ("ffmpeg", lambda name: ffmpeg(name, "-f", "qdraw_pipe")),
+    "large-8.pct": ("ffmpeg, indices", lambda name: ffmpeg(name, "-f", "qdraw_pipe")),
     "animation.flc": ("ffmpeg, indices", ffmpeg),
     "drawing.cal": ("libtiff, bits", lambda name: libtiff("drawing-g4.tif")),
     "rgb.bil": ("GDAL", lambda name: gdal(name, 3, 1, 1)),
