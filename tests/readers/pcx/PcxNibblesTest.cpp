@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <stop_token>
 #include <thread>
 
 namespace {
@@ -24,9 +24,9 @@ TEST(PcxNibbles, OtherPalettesKeepThem) {
 }
 
 TEST(PcxNibbles, ThreadsMaySetAndReadThemAtOnce) {
-    std::atomic<bool> stop = false;
-    std::jthread writer([&] {
-        for (bool isGreyRamp = false; !stop; isGreyRamp = !isGreyRamp)
+    SetPcxNibbles(false);
+    const std::jthread writer([](const std::stop_token& stop) {
+        for (bool isGreyRamp = false; !stop.stop_requested(); isGreyRamp = !isGreyRamp)
             SetPcxNibbles(isGreyRamp);
     });
     for (int i = 0; i < 1000; ++i) {
@@ -34,7 +34,6 @@ TEST(PcxNibbles, ThreadsMaySetAndReadThemAtOnce) {
         for (std::size_t value = 0; value < nibbles.size(); ++value)
             ASSERT_TRUE(nibbles[value] == kPlain[value] || nibbles[value] == kSpread[value]);
     }
-    stop = true;
 }
 
 }  // namespace
