@@ -8,6 +8,9 @@
 namespace Kavra::Objects {
 
 /// Base of every host-visible object: whichever side deletes it, the host's own heap gets the memory back.
+///
+/// These operators hide the global ones: `new (allocator) T` and `new (place) T` do not compile. `::new (place) T`
+/// constructs in memory that is already there.
 class KAVRA_OBJECTS_API HeapOperators {
 public:
     /// Null when there is no memory. It must not throw: only then does a `new` expression skip the constructor
@@ -15,12 +18,8 @@ public:
     static void* operator new(std::size_t bytes) noexcept;
     static void* operator new[](std::size_t bytes) noexcept;
 
-    /// Construction in memory that is already there.
-    static void* operator new(std::size_t, void* place) noexcept { return place; }
-
     static void operator delete(void* block) noexcept;
     static void operator delete[](void* block) noexcept;
-    static void operator delete(void*, void*) noexcept {}
 };
 
 }  // namespace Kavra::Objects

@@ -54,7 +54,7 @@ TEST(ImageDescription, TheFieldsLieInTheContractsOrder) {
 TEST(ImageDesc, EveryFieldStartsAtZeroWhateverWasThereBefore) {
     alignas(ImageDesc) std::byte place[sizeof(ImageDesc)];
     std::memset(place, 0xA5, sizeof place);
-    auto* desc = new (static_cast<void*>(place)) ImageDesc;
+    auto* desc = ::new (static_cast<void*>(place)) ImageDesc;
     EXPECT_EQ(desc->width, 0);
     EXPECT_EQ(desc->height, 0);
     EXPECT_EQ(desc->depth, 0);

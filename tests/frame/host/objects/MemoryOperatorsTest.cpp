@@ -218,10 +218,19 @@ TEST(HeapOperators, AnObjectGoesBackToTheHeapThatMadeIt) {
     EXPECT_EQ(host.returned, host.given);
 }
 
+/// Whether `new (place) Counted` compiles.
+template <class Place>
+concept MakesCountedIn = requires(Place place) { new (place) Counted; };
+
+// An allocator is a pointer too: an operator that takes any place would build the object on top of it.
+static_assert(!MakesCountedIn<IMemoryAllocator*>);
+static_assert(!MakesCountedIn<RecordingAllocator*>);
+static_assert(!MakesCountedIn<void*>);
+
 TEST(HeapOperators, AnObjectCanBeMadeInPlace) {
     alignas(Counted) unsigned char room[sizeof(Counted)];
     const auto before = ObjModel::ObjectCounters().totalBlocks;
-    Counted* const object = new (static_cast<void*>(room)) Counted;
+    Counted* const object = ::new (static_cast<void*>(room)) Counted;
     EXPECT_EQ(static_cast<void*>(object), room);
     object->~Counted();
     EXPECT_EQ(ObjModel::ObjectCounters().totalBlocks, before);
