@@ -36,6 +36,9 @@ bool IsMeantForHosts(std::string_view name) {
         name.remove_prefix(prefix.size());
         return name == "Kavra::Devices::OIIOImageHandler" || name == "Kavra::Devices::OIIOImage";
     }
+    // A derived class has the base's entries of the second view in its own table.
+    constexpr std::string_view kThunk = "non-virtual thunk to ";
+    if (name.starts_with(kThunk)) name.remove_prefix(kThunk.size());
     return name.starts_with("Kavra::Devices::OIIOImageHandler::") || name.starts_with("Kavra::Devices::OIIOImage::");
 }
 
@@ -56,6 +59,8 @@ TEST(Exports, HaveTheHandlersMembers) {
     EXPECT_TRUE(names.contains("typeinfo for Kavra::Devices::OIIOImageHandler"));
     EXPECT_TRUE(names.contains("Kavra::Devices::OIIOImageHandler::OIIOImageHandler()"));
     EXPECT_TRUE(names.contains("Kavra::Devices::OIIOImageHandler::mNetObjectCount"));
+    EXPECT_TRUE(names.contains("non-virtual thunk to Kavra::Devices::OIIOImageHandler::Clone()"));
+    EXPECT_TRUE(names.contains("non-virtual thunk to Kavra::Devices::OIIOImageHandler::~OIIOImageHandler()"));
     for (const std::string_view member :
          {"GetImageDesc", "LoadTexture", "CanConvertTo", "FormatToImageSpec", "ToOIIOOrientation"}) {
         const std::string start = "Kavra::Devices::OIIOImageHandler::" + std::string(member) + "(";
