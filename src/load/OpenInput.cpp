@@ -3,12 +3,13 @@
 #include <kavra/objects/OS.h>
 
 #include "common/FileHandle.h"
+#include "common/RegularFile.h"
+#include "common/Utf8.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
-#include <string>
 
 namespace Kavra::Devices {
 
@@ -46,10 +47,11 @@ bool WouldCrashTheLibrary(const KString& path) {
 }  // namespace
 
 std::unique_ptr<OIIO::ImageInput> OpenInput(const KString& path) {
-    if (!OS::IsRegularFile(path.ToChars()) || WouldCrashTheLibrary(path)) return nullptr;
+    if (!Common::IsRegularFile(path.ToChars()) || WouldCrashTheLibrary(path)) return nullptr;
+    // By its bytes: the library's own shortening of a wide name would lose those that are not UTF-8.
     OIIO::ImageSpec config;
     config.attribute("oiio:UnassociatedAlpha", 1);
-    auto input = OIIO::ImageInput::open(std::wstring(path.ToChars()), &config);
+    auto input = OIIO::ImageInput::open(Common::ToUtf8(path.ToChars()), &config);
     // The library keeps every thread's unread errors, and aborts when they pass 16 MB.
     if (!input) (void)OIIO::geterror();
     return input;

@@ -1,12 +1,11 @@
 #include "output/LibraryFile.h"
 
-#include <kavra/objects/OS.h>
-
 #include <filesystem>
 #include <string>
 #include <system_error>
 
 #include "common/Boundary.h"
+#include "common/Utf8.h"
 #include "output/LibraryWriters.h"
 
 namespace Kavra::Devices {
@@ -14,7 +13,7 @@ namespace Kavra::Devices {
 namespace {
 
 std::unique_ptr<OIIO::ImageOutput> FindWriter(const KString& path) {
-    auto writer = OIIO::ImageOutput::create(std::wstring(path.ToChars()));
+    auto writer = OIIO::ImageOutput::create(Common::ToUtf8(path));
     // The library keeps every thread's unread errors, and aborts when they pass 16 MB.
     if (!writer) (void)OIIO::geterror();
     return writer;
@@ -23,7 +22,7 @@ std::unique_ptr<OIIO::ImageOutput> FindWriter(const KString& path) {
 /// Whether a file may be written under this name: nothing is there yet, or a file. A pipe would be waited on for ever.
 bool IsFileOrFree(const KString& path) {
     std::error_code error;
-    const auto kind = std::filesystem::status(OS::ToUtf8(path), error).type();
+    const auto kind = std::filesystem::status(Common::ToUtf8(path), error).type();
     return kind == std::filesystem::file_type::not_found || kind == std::filesystem::file_type::regular;
 }
 
@@ -44,7 +43,7 @@ bool LibraryFile::SetProxy() {
 bool LibraryFile::Open(const OIIO::ImageSpec& spec) {
     if (!IsFileOrFree(mPath) || Mishandles(*mWriter, spec, mPath)) return false;
     mIsWatched = SetProxy();
-    mIsOpen = mWriter->open(std::wstring(mPath.ToChars()), spec);
+    mIsOpen = mWriter->open(Common::ToUtf8(mPath), spec);
     // The WebP writer takes a proxy for a sign that it did open and frees what it never had.
     if (!mIsOpen) (void)mWriter->set_ioproxy(nullptr);
     return mIsOpen;

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 
+#include "common/Utf8.h"
+
 namespace Kavra::Devices {
 
-WatchedFile::WatchedFile(const KString& path) : IOProxy(OS::ToUtf8(path), Write), mPath(path) {}
+WatchedFile::WatchedFile(const KString& path) : IOProxy(Common::ToUtf8(path), Write), mPath(path) {}
 
 bool WatchedFile::seek(std::int64_t offset) {
     if (offset < 0) return false;
@@ -44,7 +46,7 @@ std::size_t WatchedFile::pwrite(const void* bytes, std::size_t size, std::int64_
 bool WatchedFile::Store(const void* bytes, std::size_t size, std::int64_t offset) {
     if (!mFile) {
         std::FILE* file = nullptr;
-        if (OS::wfopen(&file, mPath, L"w+b") != 0) return false;
+        if (OS::wfopen(&file, mPath.c_str(), L"w+b") != 0) return false;
         mFile.reset(file);
     }
     if (!MoveTo(offset) || std::fwrite(bytes, 1, size, mFile.get()) != size) return false;

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <string>
 
 #include "common/FileHandle.h"
 
@@ -38,7 +39,7 @@ private:
     bool Store(const void* bytes, std::size_t size, std::int64_t offset);
     bool MoveTo(std::int64_t offset);
 
-    KString mPath;
+    std::wstring mPath;
     std::mutex mMutex;
     Common::FileHandle mFile;
     std::int64_t mFileOffset = 0;  ///< of the open file, which moves only when it must

@@ -36,8 +36,9 @@ KAVRA_OBJECTS_API int swprintf_s(wchar_t* buffer, std::size_t size, const wchar_
 /// emptied and ERANGE returned; null arguments or size 0 give EINVAL.
 KAVRA_OBJECTS_API int strncpy_s(char* dest, std::size_t size, const char* src, std::size_t count);
 
-/// Between wide text (code points; UTF-16 surrogate pairs are understood too) and UTF-8. What is not text becomes
-/// U+FFFD.
+/// Between wide text (code points; UTF-16 surrogate pairs are understood too) and UTF-8. File names need not be text:
+/// `FromUtf8` turns each byte that is part of no well-formed UTF-8 into the surrogate U+DC00 plus its value, and
+/// `ToUtf8` turns that back, so every name survives the way there and back. What else is no text becomes U+FFFD.
 KAVRA_OBJECTS_API std::string ToUtf8(const wchar_t* text);
 KAVRA_OBJECTS_API std::wstring FromUtf8(const char* text);
 

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <utility>
 
+#include "common/RegularFile.h"
+
 namespace Kavra::OS {
 namespace {
 
@@ -96,8 +98,7 @@ int wfopen(std::FILE** file, const wchar_t* path, const wchar_t* mode) {
 }
 
 bool IsRegularFile(const wchar_t* path) {
-    struct stat status{};
-    return path != nullptr && stat(ToUtf8(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return Common::IsRegularFile(path);
 }
 
 }  // namespace Kavra::OS

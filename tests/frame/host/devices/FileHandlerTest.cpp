@@ -65,6 +65,13 @@ TEST(FileHandler, NamesBeyondAsciiAreUtf8OnDisk) {
     EXPECT_TRUE(Files().DirectoryExists(name.c_str()));
 }
 
+TEST(FileHandler, NamesThatAreNoTextKeepTheirBytes) {
+    const TemporaryFolder folder;
+    EXPECT_TRUE(Files().CreateDirectory(Wide(folder / "caf\xE9/x")));
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "caf\xE9/x"));
+    EXPECT_TRUE(Files().DirectoryExists(Wide(folder / "caf\xE9")));
+}
+
 TEST(FileHandler, ANameThatTheSystemDoesNotTakeIsFalse) {
     const std::wstring longName(5000, L'a');
     EXPECT_FALSE(Files().DirectoryExists(longName.c_str()));

@@ -196,6 +196,16 @@ TEST_F(Files, WideNamesAreUtf8OnTheDisk) {
     EXPECT_TRUE(std::filesystem::exists(folder / "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x81.png"));
 }
 
+TEST_F(Files, NamesThatAreNoTextKeepTheirBytes) {
+    const std::string name = "caf\xE9 \xFF\xC0\xAF.png";
+    folder.Write(name, std::string_view("text"));
+    const std::wstring wide = FromUtf8((folder / name).c_str());
+    EXPECT_EQ(OpenWide(wide.c_str(), L"rb").error, 0);
+    EXPECT_TRUE(IsRegularFile(wide.c_str()));
+    EXPECT_EQ(OpenWide((wide + L".new").c_str(), L"wb").error, 0);
+    EXPECT_TRUE(std::filesystem::exists(folder / (name + ".new")));
+}
+
 TEST_F(Files, AWideModeThatIsNoneIsRefused) {
     EXPECT_EQ(OpenWide(Wide(folder / "f"), L"\x1F600").error, EINVAL);
     EXPECT_FALSE(std::filesystem::exists(folder / "f"));
