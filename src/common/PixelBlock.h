@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <memory>
 
+#include "common/HostExtras.h"
+
 namespace Kavra::Common {
 
 struct BlockDeleter {
@@ -21,7 +23,7 @@ inline PixelBlock NewBlock(std::size_t bytes) {
     return PixelBlock(static_cast<unsigned char*>(::operator new(bytes, Objects::ObjModel::mDefaultAllocator)));
 }
 inline PixelBlock NewZeroedBlock(std::size_t bytes) {
-    return PixelBlock(static_cast<unsigned char*>(Objects::NewZeroed(bytes, Objects::ObjModel::mDefaultAllocator)));
+    return PixelBlock(static_cast<unsigned char*>(NewZeroed(bytes)));
 }
 
 }  // namespace Kavra::Common

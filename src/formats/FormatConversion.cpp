@@ -3,6 +3,7 @@
 #include <kavra/devices/Sys.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
+#include "common/HostExtras.h"
 #include "common/ParallelRange.h"
 #include "common/PixelBlock.h"
 #include "common/PixelRun.h"
@@ -81,9 +82,9 @@ Conversion FromFloatColour(const Source& source, EFormat to) {
     const std::size_t filled = std::min(bytes, source.bytes / 16 * pixelBytes);
     std::memset(packed.block.get() + filled, 0, bytes - filled);
     Common::ForEachRange(source.bytes / 16, Common::kSerialBytes / 16, [&](std::size_t begin, std::size_t end) {
-        AFormatConvertor::FloatsToFormat(source.Floats() + 4 * begin, end - begin, to,
-                                         reinterpret_cast<char*>(packed.block.get() + begin * pixelBytes),
-                                         bytes - begin * pixelBytes);
+        Common::PackFloats(source.Floats() + 4 * begin, end - begin, to,
+                           reinterpret_cast<char*>(packed.block.get() + begin * pixelBytes),
+                           bytes - begin * pixelBytes);
     });
     return packed;
 }

@@ -1,6 +1,6 @@
 #include "load/NewImage.h"
 
-#include <kavra/objects/ObjModel.h>
+#include "common/HostExtras.h"
 
 #ifdef __linux__
 #include <sys/mman.h>
@@ -27,7 +27,7 @@ void PreferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t
 }  // namespace
 
 bool CanAllocate(std::size_t bytes) {
-    if (bytes > Objects::ObjModel::BlockCeiling()) return false;
+    if (bytes > Common::HostBlockCeiling()) return false;
     return std::unique_ptr<char[]>(new (std::nothrow) char[bytes]) != nullptr;
 }
 

@@ -2,6 +2,7 @@
 
 #include "load/TextureLoader.h"
 
+#include "common/HostExtras.h"
 #include "formats/ChannelOrder.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
@@ -121,7 +122,7 @@ void FillDescription(TextureLoad& load) {
 
 /// Whether a block of this layout can be had and described.
 bool IsPossible(const OIIO::ImageSpec& spec) {
-    return RowPitch(spec, spec.width) <= kMostRowPitch && spec.image_bytes(false) <= Objects::ObjModel::BlockCeiling();
+    return RowPitch(spec, spec.width) <= kMostRowPitch && spec.image_bytes(false) <= Common::HostBlockCeiling();
 }
 
 /// Whether the pixels can be there and delivered, as far as that shows before memory is taken for them.

@@ -49,7 +49,7 @@ bool SaveDDS(const KString& path, const ImageDescription& desc, const void* data
         return false;
     }
     // A block-compressed texture has no rows to be repacked.
-    if (AFormatConvertor::BytesPerBlock(desc.format) > 0) return writer.Write(path, data);
+    if (rowBytes == 0) return writer.Write(path, data);
     if (desc.rowPitch <= 0) return false;
     const auto pitch = static_cast<std::uint64_t>(desc.rowPitch);
     if (pitch == rowBytes) return writer.Write(path, data);

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace Kavra::Devices {
 
@@ -49,8 +50,9 @@ std::uint64_t FileBytes(const KString& path) {
 }
 
 /// The file that holds the pixels, whose length bounds the picture: a band raster may be named by any file beside it.
-KString PixelFile(const KString& path, int fileType) {
-    return fileType == Spot ? PathWithExtension(path, L".bil").value_or(path) : path;
+/// Nothing when that is the file itself.
+std::optional<KString> PixelFileBeside(const KString& path, int fileType) {
+    return fileType == Spot ? PathWithExtension(path, L".bil") : std::nullopt;
 }
 
 int Limited(int side, int limit) {
@@ -140,7 +142,8 @@ unsigned char* OIIOImageHandler::LoadSpecial(ImageDescription& desc, const KStri
                                              int fileType) {
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
     if (!reader) return nullptr;
-    return LoadThroughReader(*reader, desc, PixelFile(path, fileType),
+    const std::optional<KString> beside = PixelFileBeside(path, fileType);
+    return LoadThroughReader(*reader, desc, beside ? *beside : path,
                              {width, height, highQualityResize, level, orientation})
         .release();
 }

@@ -151,7 +151,7 @@ std::optional<BandHeader> ReadBandHeader(const KString& path, std::uint64_t data
     const std::optional<std::string> text = ReadWhole(path, kMostHeaderBytes);
     std::optional<BandHeader> header = text ? ParseBandHeader(*text, dataBytes) : std::nullopt;
     if (!header) return std::nullopt;
-    header->path = path;
+    header->path = path.ToChars();
     if (header->bits == 8) {
         if (const std::optional<BandPalette> palette = FindPalette(path)) UsePalette(*palette, *header);
     }

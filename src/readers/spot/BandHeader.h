@@ -44,7 +44,7 @@ struct Georeference {
 /// negative; at most 32 bits where there is one band; and as many bytes of data as it needs. Counts of bytes that no
 /// file can have stop at the largest 64-bit number.
 struct BandHeader {
-    KString path;                   ///< of the header itself
+    std::wstring path;              ///< of the header itself
     std::uint64_t headerBytes = 0;  ///< its length
     std::int32_t columns = 0;
     std::int32_t rows = 0;

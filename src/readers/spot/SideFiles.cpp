@@ -5,6 +5,7 @@
 #include <kavra/objects/OS.h>
 
 #include <cwchar>
+#include <utility>
 #include <vector>
 
 namespace Kavra::Devices {
@@ -15,7 +16,7 @@ std::optional<KString> PathWithExtension(const KString& path, const wchar_t* ext
     const std::size_t length = std::wcslen(present.c_str());
     if (length == 0) return std::nullopt;
     std::wstring replaced(path.ToChars(), path.GetLen() - length);
-    return KString((replaced + extension).c_str());
+    return std::optional<KString>(std::in_place, (replaced + extension).c_str());
 }
 
 bool CanOpen(const KString& path) {

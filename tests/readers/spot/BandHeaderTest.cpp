@@ -245,7 +245,7 @@ protected:
 TEST_F(BandHeaderFile, KnowsItsPathAndLength) {
     const auto header = Read("");
     ASSERT_TRUE(header);
-    EXPECT_STREQ(header->path.ToChars(), Wide(mFolder / "x.hdr").ToChars());
+    EXPECT_STREQ(header->path.c_str(), Wide(mFolder / "x.hdr").ToChars());
     EXPECT_EQ(header->headerBytes, 16u);
 }
 

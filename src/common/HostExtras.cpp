@@ -1,0 +1,67 @@
+#include "common/HostExtras.h"
+
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/objects/IMemoryAllocator.h>
+#include <kavra/objects/ObjModel.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace Kavra::Common {
+
+/// The extras under the names of their symbols, since members cannot be declared a second time. Null where the host has
+/// none.
+namespace Extras {
+
+[[gnu::weak]] void* NewZeroed(std::size_t bytes, Objects::IMemoryAllocator* allocator) __asm__(
+    "_ZN5Kavra7Objects9NewZeroedEmPNS0_16IMemoryAllocatorE");
+[[gnu::weak]] std::size_t BlockCeiling() __asm__("_ZN5Kavra7Objects8ObjModel12BlockCeilingEv");
+[[gnu::weak]] std::size_t
+FloatsToFormat(const float* colours, std::size_t count, Devices::EFormat format, char* out, std::size_t size) __asm__(
+    "_ZN5Kavra9Utilities16AFormatConvertor14"
+    "FloatsToFormatEPKfmNS_7Devices7EFormatEPcm");
+
+}  // namespace Extras
+
+namespace {
+
+using Utilities::AFormatConvertor;
+
+std::size_t HalfOfTheMemory() {
+    return static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) / 2 * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+std::size_t PackOneByOne(const float* colours, std::size_t count, Devices::EFormat format, char* out,
+                         std::size_t size) {
+    const int bytes = AFormatConvertor::BytesPerPixel(format);
+    if (bytes <= 0) return 0;
+    const auto pixelBytes = static_cast<unsigned>(bytes);
+    const std::size_t fitting = std::min(count, size / pixelBytes);
+    for (std::size_t i = 0; i < fitting; ++i) {
+        vec4<float> colour;
+        std::memcpy(&colour, reinterpret_cast<const char*>(colours) + i * sizeof(colour), sizeof(colour));
+        if (!AFormatConvertor::FloatToFormat(colour, format, out + i * pixelBytes, pixelBytes)) return i;
+    }
+    return fitting;
+}
+
+}  // namespace
+
+void* NewZeroed(std::size_t bytes) {
+    if (Extras::NewZeroed != nullptr) return Extras::NewZeroed(bytes, Objects::ObjModel::mDefaultAllocator);
+    void* const block = ::operator new(bytes, Objects::ObjModel::mDefaultAllocator);
+    return std::memset(block, 0, bytes);
+}
+
+std::size_t HostBlockCeiling() {
+    return Extras::BlockCeiling != nullptr ? Extras::BlockCeiling() : HalfOfTheMemory();
+}
+
+std::size_t PackFloats(const float* colours, std::size_t count, Devices::EFormat format, char* out, std::size_t size) {
+    const auto pack = Extras::FloatsToFormat != nullptr ? Extras::FloatsToFormat : PackOneByOne;
+    return pack(colours, count, format, out, size);
+}
+
+}  // namespace Kavra::Common

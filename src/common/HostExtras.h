@@ -1,0 +1,25 @@
+/// What a host may offer beyond the operations that every host has: the one place that asks for it.
+///
+/// Each is looked up as the module is loaded. A host without it is served by the operations that every host has.
+#pragma once
+
+#include <kavra/devices/EFormat.h>
+
+#include <cstddef>
+
+namespace Kavra::Common {
+
+/// `bytes` zeroed bytes of the default allocator, freed with `KavraDelete`. A host that offers this knows which of its
+/// memory is zero already. Throws `std::bad_alloc`.
+void* NewZeroed(std::size_t bytes);
+
+/// The largest block in bytes that the host's default allocator gives; where it does not say, half of the machine's
+/// memory.
+std::size_t HostBlockCeiling();
+
+/// Packs `count` colours (four floats each, any alignment) into pixels of `format` on the caller's thread. `size` is
+/// the capacity of `out` in bytes; pixels that do not fit are left out, and the result is how many were written. A host
+/// that offers this does it many at a time.
+std::size_t PackFloats(const float* colours, std::size_t count, Devices::EFormat format, char* out, std::size_t size);
+
+}  // namespace Kavra::Common
