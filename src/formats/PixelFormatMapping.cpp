@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "formats/Attributes.h"
 #include "formats/ChannelOrder.h"
 
 namespace Kavra::Devices {
@@ -86,13 +87,6 @@ PixelShape ShapeWithoutDepth(const ImageSpec& spec) {
     return shape;
 }
 
-/// Whether a TIFF says that its first channel is grey (0 white is zero, 1 black is zero); the others are extra ones
-/// then.
-bool IsGreyTIFF(const ImageSpec& spec) {
-    const auto photometric = static_cast<unsigned>(spec.get_int_attribute("tiff:PhotometricInterpretation", 2));
-    return photometric <= 1;
-}
-
 bool IsOneOf(EFormat format, std::initializer_list<EFormat> formats) {
     return std::ranges::find(formats, format) != formats.end();
 }
@@ -115,7 +109,7 @@ ImageSpec OIIOImageHandler::FormatToImageSpec(const EFormat& format, const Image
 
 EFormat OIIOImageHandler::ImageSpecToFormat(const ImageSpec& spec) {
     PixelShape shape = ShapeWithoutDepth(spec);
-    if (IsGreyTIFF(spec)) shape.channels = 1;
+    if (IsGreyTiff(spec)) shape.channels = 1;
 
     // By the number of channels; an 8-bit pixel always has a format, however many channels there are.
     const auto choose = [&](EFormat one, EFormat two, EFormat threeOrFour, EFormat more) {

@@ -1,5 +1,6 @@
 #include "load/DdsSlices.h"
 
+#include "formats/Attributes.h"
 #include "load/FileDescription.h"
 
 #include <kavra/objects/OS.h>
@@ -133,7 +134,7 @@ std::uint32_t PixelBytesOfBitCount(std::uint32_t bits) {
 }
 
 bool HasText(const OIIO::ImageSpec& spec, const char* word) {
-    return OIIO::Strutil::contains(spec.get_string_attribute("textureformat"), word);
+    return OIIO::Strutil::contains(TextAttribute(spec, "textureformat").value_or(""), word);
 }
 
 int Halved(int size, int times) {

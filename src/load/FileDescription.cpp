@@ -1,5 +1,6 @@
 #include "load/FileDescription.h"
 
+#include "formats/Attributes.h"
 #include "load/DdsSlices.h"
 #include "readers/ImageFileType.h"
 
@@ -9,6 +10,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstdint>
 
 namespace Kavra::Devices {
 
@@ -19,8 +21,8 @@ constexpr int kMostSubimages = 1 << 20;
 EFormat FileFormat(const OIIO::ImageSpec& spec, int fileType, bool ddsAlphaVariant) {
     const EFormat format = OIIOImageHandler::ImageSpecToFormat(spec);
     if (fileType == DDS) {
-        const bool sixteenBits = spec.format == OIIO::TypeUInt8 && spec.nchannels == 1 &&
-                                 spec.get_int_attribute("oiio:BitsPerSample", 0) == 16;
+        const bool sixteenBits =
+            spec.format == OIIO::TypeUInt8 && spec.nchannels == 1 && IntegerAttribute(spec, "oiio:BitsPerSample") == 16;
         if (sixteenBits) return kR16;
         if (format == kR8G8B8A8 && ddsAlphaVariant) return kB8G8R8A8;
     }
@@ -31,9 +33,15 @@ EFormat FileFormat(const OIIO::ImageSpec& spec, int fileType, bool ddsAlphaVaria
     return format;
 }
 
+/// Whether the pixels are six faces on one another. A file may say "cube" of any picture; but whoever is told of a cube
+/// counts on six blocks of a face's size.
+bool HoldsSixFaces(const OIIO::ImageSpec& spec) {
+    return spec.depth <= 1 && spec.full_width == spec.width && std::int64_t{6} * spec.full_height == spec.height;
+}
+
 ETextureType FileTextureType(const OIIO::ImageSpec& spec) {
-    const OIIO::string_view textureFormat = spec.get_string_attribute("textureformat");
-    if (OIIO::Strutil::contains(textureFormat, "Cube")) return kTextureCube;
+    const OIIO::string_view textureFormat = TextAttribute(spec, "textureformat").value_or("");
+    if (OIIO::Strutil::contains(textureFormat, "Cube")) return HoldsSixFaces(spec) ? kTextureCube : kTexture2D;
     if (OIIO::Strutil::contains(textureFormat, "Volume")) return kTextureVolume;
     return spec.depth < 2 ? kTexture2D : kTextureVolume;
 }
@@ -46,26 +54,19 @@ EDataOrientation FromExifOrientation(int orientation) {
 }
 
 EDataOrientation FileOrientation(const OIIO::ImageSpec& spec, bool isRadiance) {
-    if (spec.find_attribute("openexr:lineOrder", OIIO::TypeString) != nullptr) {
-        const OIIO::string_view lineOrder = spec.get_string_attribute("openexr:lineOrder");
-        return OIIO::Strutil::contains(lineOrder, "decreasingY") ? kBottomLeft : kTopLeft;
+    if (const auto lineOrder = TextAttribute(spec, "openexr:lineOrder")) {
+        return OIIO::Strutil::contains(*lineOrder, "decreasingY") ? kBottomLeft : kTopLeft;
     }
-    return isRadiance ? kTopLeft : FromExifOrientation(spec.get_int_attribute("Orientation", 1));
+    return isRadiance ? kTopLeft : FromExifOrientation(IntegerAttribute(spec, "Orientation").value_or(1));
 }
 
 /// The file says the exponent it was encoded with, the description the one that decodes it.
 double FileGamma(const OIIO::ImageSpec& spec) {
-    const OIIO::ParamValue* gamma = spec.find_attribute("oiio:Gamma", OIIO::TypeFloat);
-    if (gamma == nullptr) gamma = spec.find_attribute("Exif:Gamma", OIIO::TypeFloat);
-    if (gamma == nullptr) return kDefaultGamma;
-    const float encoding = gamma->get_float();
-    const float decoding = 1.0F / encoding;
-    return encoding > 0 && std::isfinite(decoding) ? decoding : kDefaultGamma;
-}
-
-bool IsGreyTiff(const OIIO::ImageSpec& spec) {
-    const auto photometric = static_cast<unsigned>(spec.get_int_attribute("tiff:PhotometricInterpretation", -1));
-    return photometric <= 1;
+    auto encoding = FloatAttribute(spec, "oiio:Gamma");
+    if (!encoding) encoding = FloatAttribute(spec, "Exif:Gamma");
+    if (!encoding) return kDefaultGamma;
+    const float decoding = 1.0F / *encoding;
+    return *encoding > 0 && std::isfinite(decoding) ? decoding : kDefaultGamma;
 }
 
 int CountSubimages(OIIO::ImageInput& input) {

@@ -45,4 +45,10 @@ OIIO::ImageBuf NewImage(const OIIO::ImageSpec& spec) {
     return image;
 }
 
+OIIO::ImageBuf WrapImage(const OIIO::ImageSpec& spec, void* memory, std::size_t bytes) {
+    const std::size_t needed = PixelBytes(spec);
+    if (needed == 0 || needed > bytes || memory == nullptr) return {};
+    return OIIO::ImageBuf(spec, memory);
+}
+
 }  // namespace Kavra::Devices

@@ -1,4 +1,4 @@
-/// Memory for new images.
+/// Memory for images.
 #pragma once
 
 #include <OpenImageIO/imagebuf.h>
@@ -17,5 +17,9 @@ std::size_t PixelBytes(const OIIO::ImageSpec& spec);
 /// An image of `spec` whose pixels are still to be written, in memory that the system maps in large pages where it can:
 /// for a large image the first touch costs more than the writing. Uninitialised when there is no memory for it.
 OIIO::ImageBuf NewImage(const OIIO::ImageSpec& spec);
+
+/// An image of `spec` over memory of `bytes` bytes that outlives it; nothing is copied. Uninitialised when the pixels
+/// of `spec` are more than that, or none: so no image ever reaches beyond the block under it.
+OIIO::ImageBuf WrapImage(const OIIO::ImageSpec& spec, void* memory, std::size_t bytes);
 
 }  // namespace Kavra::Devices

@@ -6,6 +6,7 @@
 #include "formats/ChannelOrder.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
+#include "load/ReadSubimage.h"
 #include "readers/ImageFileType.h"
 
 #include <kavra/devices/DDSReader.h>
@@ -127,31 +128,31 @@ bool IsPossible(const OIIO::ImageSpec& spec) {
 
 /// Whether the pixels can be there and delivered, as far as that shows before memory is taken for them.
 bool CanBeRead(const TextureLoad& load) {
-    if (load.fileSpec.deep || !IsPossible(load.targetSpec) || !IsPossible(load.nativeSpec)) return false;
-    if (load.IsVolume() && load.NeedsResize()) return false;  // the library resizes no volumes
+    if (load.fileSpec.deep || !IsReadable(load.fileSpec)) return false;
+    if (!IsPossible(load.targetSpec) || !IsPossible(load.nativeSpec)) return false;
+    if (load.fileDesc.depth > 1 && load.NeedsResize()) return false;  // the library resizes no slices
     return !load.IsDds() || (load.slices && load.slices->HasLevel(load.index));
 }
 
-PixelBlock SwapRedAndBlue(const TextureLoad& load, const PixelBlock& block) {
+Pixels SwapRedAndBlue(const Pixels& pixels) {
     Utilities::ImageHandlerHelper helper;
-    return PixelBlock(
-        reinterpret_cast<unsigned char*>(helper.BGRAToRGBA(block.get(), load.targetSpec.image_bytes(false))));
+    auto* const swapped = helper.BGRAToRGBA(pixels.block.get(), pixels.bytes);
+    return {PixelBlock(reinterpret_cast<unsigned char*>(swapped)), pixels.bytes};
 }
 
-PixelBlock Convert(const TextureLoad& load, const PixelBlock& block) {
+Pixels Convert(const TextureLoad& load, const Pixels& pixels) {
     void* converted = nullptr;
     std::size_t bytes = 0;
-    OIIOImageHandler::FormatConversion(load.fileDesc.format, load.nativeSpec.image_bytes(false), block.get(),
-                                       load.format, converted, bytes);
-    PixelBlock result(static_cast<unsigned char*>(converted));
-    return bytes >= load.targetSpec.image_bytes(false) ? std::move(result) : nullptr;
+    OIIOImageHandler::FormatConversion(load.fileDesc.format, pixels.bytes, pixels.block.get(), load.format, converted,
+                                       bytes);
+    return {PixelBlock(static_cast<unsigned char*>(converted)), bytes};
 }
 
 /// From what was read to the chosen format. The library delivers red first.
-PixelBlock ToChosenFormat(const TextureLoad& load, PixelBlock block) {
-    if (load.Converts()) return Convert(load, block);
-    if (IsBlueFirst(load.format) && !IsBlueFirst(load.fileDesc.format)) return SwapRedAndBlue(load, block);
-    return block;
+Pixels ToChosenFormat(const TextureLoad& load, Pixels pixels) {
+    if (load.Converts()) return Convert(load, pixels);
+    if (IsBlueFirst(load.format) && !IsBlueFirst(load.fileDesc.format)) return SwapRedAndBlue(pixels);
+    return pixels;
 }
 
 }  // namespace
@@ -186,20 +187,20 @@ unsigned char* OIIOImageHandler::LoadTextureByOIIO(ImageDescription& desc, const
     if (!CanBeRead(load)) return nullptr;
 
     const OIIO::ImageSpec& as = load.Converts() ? load.nativeSpec : load.targetSpec;
-    ReadPixels pixels = ReadTexturePixels(load, as);
-    if (!pixels.block) return nullptr;
+    ReadPixels read = ReadTexturePixels(load, as);
+    if (!read.pixels) return nullptr;
     // After the read, not before: the read leaves the alpha channel alone, and a file that lies about its size fails
     // before all of the block is touched.
-    if (pixels.lacksAlpha) SetToOpaque(pixels.block.get(), as.image_bytes(false), as);
+    if (read.lacksAlpha) SetToOpaque(read.pixels.block.get(), read.pixels.bytes, as);
 
-    PixelBlock block = ReshapeTexture(load, ToChosenFormat(load, std::move(pixels.block)));
-    if (!block) return nullptr;
+    Pixels pixels = ReshapeTexture(load, ToChosenFormat(load, std::move(read.pixels)));
+    if (!pixels || desc.dataSize > pixels.bytes) return nullptr;
     if (desc.hasAlpha) {
-        GetAlphaProperty(block.get(), desc.dataSize, load.targetSpec, desc.hasTransparentPixels,
+        GetAlphaProperty(pixels.block.get(), desc.dataSize, load.targetSpec, desc.hasTransparentPixels,
                          desc.hasTranslucentPixels);
     }
     if (load.IsCube()) desc.dataSize /= kFaces;
-    return block.release();
+    return pixels.block.release();
 }
 
 }  // namespace Kavra::Devices

@@ -9,6 +9,7 @@
 
 #include <OpenImageIO/imageio.h>
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 
@@ -51,10 +52,26 @@ struct TextureLoad {
     bool Converts() const;
 };
 
-/// Pixels of a load, packed, in the layout that they were read as.
+/// Packed pixels and how many bytes they are: a description, or an image over them, never claims more.
+struct Pixels {
+    Common::PixelBlock block;  ///< null: there are none
+    std::size_t bytes = 0;
+
+    explicit operator bool() const { return block != nullptr; }
+};
+
+/// Pixels with unspecified contents, or all zero. Throw `std::bad_alloc`.
+inline Pixels NewPixels(std::size_t bytes) {
+    return {Common::NewBlock(bytes), bytes};
+}
+inline Pixels NewZeroedPixels(std::size_t bytes) {
+    return {Common::NewZeroedBlock(bytes), bytes};
+}
+
+/// Pixels of a load in the layout that they were read as.
 struct ReadPixels {
-    Common::PixelBlock block;  ///< null: the file could not be read
-    bool lacksAlpha = false;   ///< nothing stands in the alpha channel yet: it is to be set to opaque
+    Pixels pixels;            ///< none: the file could not be read
+    bool lacksAlpha = false;  ///< nothing stands in the alpha channel yet: it is to be set to opaque
 };
 
 /// Reads the subimage as `nativeSpec` or `targetSpec` (`as`): one block and one read, straight into it, but for files
@@ -62,8 +79,10 @@ struct ReadPixels {
 /// tell. Throws what the allocator throws.
 ReadPixels ReadTexturePixels(TextureLoad& load, const OIIO::ImageSpec& as);
 
-/// Brings a block in the layout of `targetSpec` to the wanted size, row and column order, and updates `desc`. Null when
-/// that cannot be done. Throws what the allocator and the library throw.
-Common::PixelBlock ReshapeTexture(TextureLoad& load, Common::PixelBlock block);
+/// Brings pixels in the layout of `targetSpec` to the wanted size, row and column order, and updates `desc`. A cube map
+/// is mirrored and rotated by 180 degrees as the one picture that its faces stand on one another in, so a flip reverses
+/// their order; a quarter turn turns each face in its place. None when that cannot be done. Throws what the allocator
+/// and the library throw.
+Pixels ReshapeTexture(TextureLoad& load, Pixels pixels);
 
 }  // namespace Kavra::Devices

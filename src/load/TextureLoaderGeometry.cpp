@@ -1,5 +1,6 @@
 // Bringing a loaded texture to the wanted size, row and column order.
 
+#include "load/NewImage.h"
 #include "load/TextureLoader.h"
 
 #include <kavra/oiio/OIIOImageHandler.h>
@@ -7,6 +8,7 @@
 #include <OpenImageIO/imagebuf.h>
 
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -14,64 +16,114 @@ namespace Kavra::Devices {
 
 namespace {
 
-using Common::PixelBlock;
+constexpr int kFaces = 6;
+
+/// The size of a picture, or of one face of a cube map.
+struct Size {
+    int width, height, depth;
+};
 
 /// A spec of `targetSpec`'s pixels at another size and nothing else: the file's windows would shift the picture, and
 /// its channel names may not fit the number of channels. A cube map is six faces high, its full size one face.
-OIIO::ImageSpec PlainSpec(const TextureLoad& load, int width, int height, int depth) {
-    OIIO::ImageSpec spec(width, load.IsCube() ? 6 * height : height, load.targetSpec.nchannels, load.targetSpec.format);
-    spec.full_height = height;
-    spec.depth = depth;
-    spec.full_depth = depth;
+OIIO::ImageSpec PlainSpec(const TextureLoad& load, const Size& size, int faces) {
+    OIIO::ImageSpec spec(load.targetSpec.format);
+    spec.nchannels = load.targetSpec.nchannels;
+    spec.width = spec.full_width = size.width;
+    spec.height = faces * size.height;
+    spec.full_height = size.height;
+    spec.depth = spec.full_depth = size.depth;
     return spec;
 }
 
-OIIO::ImageBuf Wrap(const OIIO::ImageSpec& spec, const PixelBlock& block) {
-    return OIIO::ImageBuf(spec, block.get());
+OIIO::ImageBuf Wrap(const OIIO::ImageSpec& spec, const Pixels& pixels) {
+    return WrapImage(spec, pixels.block.get(), pixels.bytes);
 }
 
-bool UpdateDescription(TextureLoad& load, const OIIO::ImageSpec& spec) {
-    const std::uint64_t rowPitch = std::uint64_t{spec.pixel_bytes(false)} * static_cast<std::uint64_t>(spec.width);
+bool UpdateDescription(ImageDescription& desc, const Size& size, std::uint64_t pixelBytes, std::uint64_t bytes) {
+    const std::uint64_t rowPitch = pixelBytes * static_cast<std::uint64_t>(size.width);
     if (rowPitch > std::uint64_t{std::numeric_limits<std::int32_t>::max()}) return false;
-    load.desc.width = spec.width;
-    load.desc.height = load.IsCube() ? spec.full_height : spec.height;
-    load.desc.rowPitch = static_cast<std::int32_t>(rowPitch);
-    load.desc.dataSize = spec.image_bytes(false);
+    desc.width = size.width;
+    desc.height = size.height;
+    desc.rowPitch = static_cast<std::int32_t>(rowPitch);
+    desc.dataSize = bytes;
     return true;
 }
 
-PixelBlock CopyOut(const OIIO::ImageBuf& image) {
+/// Packed pixels of the image into `out`, which has room for so many bytes.
+bool CopyOut(const OIIO::ImageBuf& image, unsigned char* out, std::size_t bytes) {
+    if (image.localpixels() == nullptr || PixelBytes(image.spec()) != bytes) return false;
     const OIIO::ImageSpec& spec = image.spec();
-    PixelBlock block = Common::NewBlock(spec.image_bytes(false));
-    const bool done =
-        OIIO::parallel_convert_image(spec.nchannels, spec.width, spec.height, spec.depth, image.localpixels(),
-                                     spec.format, image.pixel_stride(), image.scanline_stride(), image.z_stride(),
-                                     block.get(), spec.format, OIIO::AutoStride, OIIO::AutoStride, OIIO::AutoStride);
-    return done ? std::move(block) : nullptr;
+    return OIIO::parallel_convert_image(spec.nchannels, spec.width, spec.height, spec.depth, image.localpixels(),
+                                        spec.format, image.pixel_stride(), image.scanline_stride(), image.z_stride(),
+                                        out, spec.format, OIIO::AutoStride, OIIO::AutoStride, OIIO::AutoStride);
+}
+
+Pixels Shrink(const TextureLoad& load, const Pixels& pixels, const Size& from, const Size& to, int faces) {
+    const OIIO::ImageSpec spec = PlainSpec(load, to, faces);
+    const OIIO::ImageBuf source = Wrap(PlainSpec(load, from, faces), pixels);
+    if (!source.initialized()) return {};
+    Pixels result = NewZeroedPixels(spec.image_bytes(false));
+    OIIO::ImageBuf destination = Wrap(spec, result);
+    // Where the library fails, what stands in the destination is the answer.
+    (void)OIIOImageHandler::AdaptiveResize(destination, source, load.highQuality);
+    return result;
+}
+
+OIIO::ImageBuf Turned(const OIIO::ImageBuf& image, EDataOrientation from, EDataOrientation to) {
+    return OIIOImageHandler::ReorientImage(image, OIIOImageHandler::ToOIIOOrientation(from),
+                                           OIIOImageHandler::ToOIIOOrientation(to));
+}
+
+/// All of it as one picture.
+Pixels TurnWhole(const TextureLoad& load, Pixels pixels, const Size& size, int faces) {
+    const std::size_t bytes = pixels.bytes;
+    const OIIO::ImageBuf turned =
+        Turned(Wrap(PlainSpec(load, size, faces), pixels), load.fileDesc.orientation, load.orientation);
+    if (!turned.initialized()) return {};
+    pixels = {};
+    Pixels result = NewPixels(bytes);
+    return CopyOut(turned, result.block.get(), result.bytes) ? std::move(result) : Pixels();
+}
+
+/// Each face by itself, so that the result is six faces on one another again.
+Pixels TurnFaces(const TextureLoad& load, const Pixels& pixels, const Size& size) {
+    const OIIO::ImageSpec face = PlainSpec(load, size, 1);
+    const std::size_t bytes = pixels.bytes / kFaces;
+    Pixels result = NewPixels(bytes * kFaces);
+    for (std::size_t at = 0; at < result.bytes; at += bytes) {
+        const OIIO::ImageBuf turned =
+            Turned(WrapImage(face, pixels.block.get() + at, bytes), load.fileDesc.orientation, load.orientation);
+        if (!CopyOut(turned, result.block.get() + at, bytes)) return {};
+    }
+    return result;
+}
+
+/// Whether rows of the one orientation are columns of the other.
+bool SwapsSides(EDataOrientation from, EDataOrientation to) {
+    const auto isTransposed = [](EDataOrientation orientation) {
+        return OIIOImageHandler::ToOIIOOrientation(orientation) >= 5;
+    };
+    return isTransposed(from) != isTransposed(to);
 }
 
 }  // namespace
 
-PixelBlock ReshapeTexture(TextureLoad& load, PixelBlock block) {
-    if (!block || (!load.NeedsResize() && !load.NeedsReorientation())) return block;
-    OIIO::ImageSpec spec = PlainSpec(load, load.fileDesc.width, load.fileDesc.height, load.fileDesc.depth);
+Pixels ReshapeTexture(TextureLoad& load, Pixels pixels) {
+    if (!pixels || (!load.NeedsResize() && !load.NeedsReorientation())) return pixels;
+    const int faces = load.IsCube() ? kFaces : 1;
+    Size size = {load.fileDesc.width, load.fileDesc.height, load.fileDesc.depth};
     if (load.NeedsResize()) {
-        const OIIO::ImageSpec smaller = PlainSpec(load, load.outWidth, load.outHeight, load.outDepth);
-        PixelBlock resized = Common::NewZeroedBlock(smaller.image_bytes(false));
-        OIIO::ImageBuf destination = Wrap(smaller, resized);
-        // Where the library fails, what stands in the destination is the answer.
-        (void)OIIOImageHandler::AdaptiveResize(destination, Wrap(spec, block), load.highQuality);
-        block = std::move(resized);
-        spec = smaller;
+        const Size wanted = {load.outWidth, load.outHeight, load.outDepth};
+        pixels = Shrink(load, pixels, size, wanted, faces);
+        size = wanted;
     }
-    if (!load.NeedsReorientation()) return UpdateDescription(load, spec) ? std::move(block) : nullptr;
-
-    const OIIO::ImageBuf turned = OIIOImageHandler::ReorientImage(
-        Wrap(spec, block), OIIOImageHandler::ToOIIOOrientation(load.fileDesc.orientation),
-        OIIOImageHandler::ToOIIOOrientation(load.orientation));
-    if (turned.localpixels() == nullptr || !UpdateDescription(load, turned.spec())) return nullptr;
-    block.reset();
-    return CopyOut(turned);
+    if (pixels && load.NeedsReorientation()) {
+        const bool swaps = SwapsSides(load.fileDesc.orientation, load.orientation);
+        pixels = swaps && faces > 1 ? TurnFaces(load, pixels, size) : TurnWhole(load, std::move(pixels), size, faces);
+        if (swaps) std::swap(size.width, size.height);
+    }
+    if (!pixels || !UpdateDescription(load.desc, size, load.targetSpec.pixel_bytes(false), pixels.bytes)) return {};
+    return pixels;
 }
 
 }  // namespace Kavra::Devices

@@ -2,6 +2,8 @@
 
 #include "common/HostObject.h"
 #include "common/ParallelRange.h"
+#include "formats/Attributes.h"
+#include "load/ReadSubimage.h"
 #include "load/TextureLoader.h"
 #include "readers/ImageFileType.h"
 
@@ -10,14 +12,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <utility>
 
 namespace Kavra::Devices {
 
 namespace {
-
-using Common::PixelBlock;
 
 constexpr std::size_t kSerialPixels = 1 << 16;
 
@@ -29,9 +30,7 @@ bool ReadChannels(TextureLoad& load, int channels, OIIO::TypeDesc type, unsigned
     }
     const int subimage = load.IsDds() ? 0 : load.index;
     const int level = load.IsDds() ? load.index : 0;
-    if (!load.input->read_image(subimage, level, 0, channels, type, out, static_cast<OIIO::stride_t>(pixelStride))) {
-        return false;
-    }
+    if (!ReadSubimage(*load.input, load.fileSpec, subimage, level, channels, type, out, pixelStride)) return false;
     // The library's DDS reader says only here that the file ended early; others deliver a partial picture on purpose.
     return !load.IsDds() || !load.input->has_error();
 }
@@ -57,11 +56,11 @@ bool IsMask(const Rgba8* pixels, std::size_t count) {
 
 /// Pixels (L, A, -, -) to (L, L, L, A). A file whose luminance is its alpha everywhere is an inverted mask: opaque, and
 /// dark where the mask is full.
-PixelBlock ReadLuminanceAlpha(TextureLoad& load) {
-    PixelBlock block = Common::NewBlock(load.nativeSpec.image_bytes(false));
-    if (!ReadChannels(load, 2, OIIO::TypeUInt8, block.get(), sizeof(Rgba8))) return nullptr;
+Pixels ReadLuminanceAlpha(TextureLoad& load) {
+    Pixels read = NewPixels(load.nativeSpec.image_bytes(false));
+    if (!ReadChannels(load, 2, OIIO::TypeUInt8, read.block.get(), sizeof(Rgba8))) return {};
 
-    auto* pixels = reinterpret_cast<Rgba8*>(block.get());
+    auto* pixels = reinterpret_cast<Rgba8*>(read.block.get());
     const std::size_t count = PixelCount(load.nativeSpec);
     const bool isMask = !load.IsDds() && IsMask(pixels, count);
     if (isMask) load.desc.hasAlpha = false;
@@ -72,7 +71,7 @@ PixelBlock ReadLuminanceAlpha(TextureLoad& load) {
             *pixel = {grey, grey, grey, isMask ? static_cast<unsigned char>(255) : alpha};
         }
     });
-    return block;
+    return read;
 }
 
 // --- OpenEXR files with one channel
@@ -106,20 +105,20 @@ void SpreadChannel(unsigned char* block, std::size_t count, std::size_t from, bo
     });
 }
 
-PixelBlock ReadSingleChannelExr(TextureLoad& load) {
+Pixels ReadSingleChannelExr(TextureLoad& load) {
     const OIIO::ImageSpec& as = load.nativeSpec;
     const int colour = ColourOfName(load.fileSpec.channel_name(0));
     const std::size_t from = colour < 0 ? 0 : static_cast<std::size_t>(colour);
-    PixelBlock block = Common::NewBlock(as.image_bytes(false));
-    unsigned char* values = block.get() + from * as.format.size();
-    if (!ReadChannels(load, 1, as.format, values, as.pixel_bytes(false))) return nullptr;
+    Pixels read = NewPixels(as.image_bytes(false));
+    unsigned char* values = read.block.get() + from * as.format.size();
+    if (!ReadChannels(load, 1, as.format, values, as.pixel_bytes(false))) return {};
 
     if (as.format == OIIO::TypeHalf) {
-        SpreadChannel<std::uint16_t>(block.get(), PixelCount(as), from, colour < 0, 0x3C00);
+        SpreadChannel<std::uint16_t>(read.block.get(), PixelCount(as), from, colour < 0, 0x3C00);
     } else {
-        SpreadChannel<std::uint32_t>(block.get(), PixelCount(as), from, colour < 0, 0x3F800000);
+        SpreadChannel<std::uint32_t>(read.block.get(), PixelCount(as), from, colour < 0, 0x3F800000);
     }
-    return block;
+    return read;
 }
 
 // --- 16-bit luminance in DDS files
@@ -136,36 +135,43 @@ bool IsWholeLevel(const ImageDescription& level, const TextureLoad& load) {
            level.rowPitch == level.width * 2 && level.dataSize * faces == load.nativeSpec.image_bytes(false);
 }
 
-PixelBlock ReadHostLevel(const TextureLoad& load) {
+/// Copied out of the host's wrapper, whatever that does with its data when it goes.
+Pixels ReadHostLevel(const TextureLoad& load) {
     DDSReader reader;
-    if (!reader.Load(load.path)) return nullptr;
+    if (!reader.Load(load.path)) return {};
     for (int passed = 0; passed < load.index; ++passed) {
-        if (!reader.SkipMipLevel(passed)) return nullptr;
+        if (!reader.SkipMipLevel(passed)) return {};
     }
     ImageDescription level;
     const Common::HostObject<IMemoryWrapper<void>> wrapper(
         reader.Load(level, load.fileDesc.width, load.fileDesc.height, load.fileDesc.depth));
-    if (!wrapper || !IsWholeLevel(level, load)) return nullptr;
-    return PixelBlock(static_cast<unsigned char*>(std::exchange(wrapper->mData, nullptr)));
+    if (!wrapper || wrapper->mData == nullptr || !IsWholeLevel(level, load)) return {};
+    Pixels pixels = NewPixels(load.nativeSpec.image_bytes(false));
+    std::memcpy(pixels.block.get(), wrapper->mData, pixels.bytes);
+    return pixels;
 }
 
 // --- Putting it together
 // -------------------------------------------------------------------------------------------------
 
+/// A block for pixels of `as`, zeroed where not every channel will be written.
+Pixels NewPixelsFor(const OIIO::ImageSpec& as, bool covered) {
+    return covered ? NewPixels(as.image_bytes(false)) : NewZeroedPixels(as.image_bytes(false));
+}
+
 /// Pixels that stand in a block of `nativeSpec`'s layout brought to another one, as if they had been read so. Where
 /// the conversion engine goes on from `nativeSpec`, there is nothing to do.
-ReadPixels Recast(const TextureLoad& load, PixelBlock block, const OIIO::ImageSpec& as) {
+ReadPixels Recast(const TextureLoad& load, Pixels pixels, const OIIO::ImageSpec& as) {
     const OIIO::ImageSpec& from = load.nativeSpec;
-    if (!block || (as.nchannels == from.nchannels && as.format == from.format)) return {std::move(block)};
+    if (!pixels || (as.nchannels == from.nchannels && as.format == from.format)) return {std::move(pixels)};
     const int channels = std::min(from.nchannels, as.nchannels);
     const bool lacksAlpha = as.nchannels == 4 && from.nchannels < 4;
-    PixelBlock result = channels < as.nchannels ? Common::NewZeroedBlock(as.image_bytes(false))
-                                                : Common::NewBlock(as.image_bytes(false));
+    Pixels result = NewPixelsFor(as, channels == as.nchannels);
     const auto fromStride = static_cast<OIIO::stride_t>(from.pixel_bytes(false));
     const auto stride = static_cast<OIIO::stride_t>(as.pixel_bytes(false));
-    const bool done = OIIO::parallel_convert_image(channels, as.width, as.height, as.depth, block.get(), from.format,
-                                                   fromStride, OIIO::AutoStride, OIIO::AutoStride, result.get(),
-                                                   as.format, stride, OIIO::AutoStride, OIIO::AutoStride);
+    const bool done = OIIO::parallel_convert_image(
+        channels, as.width, as.height, as.depth, pixels.block.get(), from.format, fromStride, OIIO::AutoStride,
+        OIIO::AutoStride, result.block.get(), as.format, stride, OIIO::AutoStride, OIIO::AutoStride);
     if (!done) return {};
     return {std::move(result), lacksAlpha};
 }
@@ -177,16 +183,14 @@ ReadPixels ReadOrdinary(TextureLoad& load, const OIIO::ImageSpec& as) {
     int channels = std::min(as.nchannels, file.nchannels);
     bool lacksAlpha = false;
     if (as.nchannels == 4 && file.alpha_channel < 0) {
-        const bool planar = file.get_string_attribute("planarconfig") == "separate";
+        const bool planar = TextAttribute(file, "planarconfig") == "separate";
         lacksAlpha = file.nchannels < 4 || planar;
         if (lacksAlpha) channels = std::min(as.alpha_channel, file.nchannels);
         if (!lacksAlpha) load.desc.hasAlpha = true;
     }
-    const bool covered = channels + (lacksAlpha ? 1 : 0) == as.nchannels;
-    PixelBlock block =
-        covered ? Common::NewBlock(as.image_bytes(false)) : Common::NewZeroedBlock(as.image_bytes(false));
-    if (!ReadChannels(load, channels, as.format, block.get(), as.pixel_bytes(false))) return {};
-    return {std::move(block), lacksAlpha};
+    Pixels pixels = NewPixelsFor(as, channels + (lacksAlpha ? 1 : 0) == as.nchannels);
+    if (!ReadChannels(load, channels, as.format, pixels.block.get(), as.pixel_bytes(false))) return {};
+    return {std::move(pixels), lacksAlpha};
 }
 
 }  // namespace

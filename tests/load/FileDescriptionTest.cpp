@@ -82,6 +82,51 @@ TEST(DescribeSpec, ACubeHasTheSizeOfOneFace) {
     EXPECT_EQ(desc.height, 8);
 }
 
+TEST(DescribeSpec, ACubeWithoutSixFacesIsFlat) {
+    struct Case {
+        int width, height, fullWidth, fullHeight, depth;
+    };
+    constexpr int kMax = std::numeric_limits<int>::max();
+    for (const Case& each : {Case{8, 8, 8, 8, 1},
+                             {8, 48, 8, 48, 1},
+                             {8, 48, 4, 8, 1},
+                             {8, 47, 8, 8, 1},
+                             {8, 48, 8, 8, 2},
+                             {8, 4, 8, (kMax - 3) / 3 * 2, 1},
+                             {8, 48, 8, 0, 1}}) {
+        for (const int fileType : {Other, OpenEXR, DDS}) {
+            ImageSpec spec = Rgba8(each.width, each.height);
+            spec.full_width = each.fullWidth, spec.full_height = each.fullHeight, spec.depth = each.depth;
+            spec.attribute("textureformat", "CubeFace Environment");
+            const ImageDesc desc = Describe(spec, fileType);
+            EXPECT_EQ(desc.textureType, kTexture2D) << each.height;
+            EXPECT_EQ(desc.width, each.width);
+            EXPECT_EQ(desc.height, each.height);
+        }
+    }
+}
+
+TEST(DescribeSpec, ACubeInAnotherFileIsOneWhereItHasSixFaces) {
+    ImageSpec spec = Rgba8(4, 6 * 3);
+    spec.full_width = 4, spec.full_height = 3;
+    spec.attribute("textureformat", "CubeFace Shadow");
+    EXPECT_EQ(Describe(spec).textureType, kTextureCube);
+    EXPECT_EQ(Describe(spec).height, 3);
+}
+
+TEST(DescribeSpec, TextIsNeverANumber) {
+    ImageSpec spec(4, 4, 3, OIIO::TypeUInt8);
+    spec.attribute("tiff:PhotometricInterpretation", "1");
+    spec.attribute("Orientation", "6");
+    spec.attribute("oiio:Gamma", "2.0");
+    EXPECT_EQ(Describe(spec).format, kR8G8B8A8);
+    EXPECT_EQ(Describe(spec).orientation, kTopLeft);
+    EXPECT_EQ(Describe(spec).gamma, 2.2);
+    ImageSpec grey(4, 4, 1, OIIO::TypeUInt8);
+    grey.attribute("oiio:BitsPerSample", "16");
+    EXPECT_EQ(Describe(grey, DDS).format, kL8);
+}
+
 TEST(DescribeSpec, AVolumeIsToldByNameOrByDepth) {
     ImageSpec named = Rgba8();
     named.attribute("textureformat", "Volume Texture");
@@ -275,6 +320,13 @@ TEST(GetNumberOfFrames, AGreyTiffCountsItsChannels) {
         FakeInput pages("tiff", spec, 3, 1);
         EXPECT_EQ(Frames(pages, Other), 2) << photometric;
     }
+}
+
+TEST(GetNumberOfFrames, ATextThatSaysGreyCountsNothing) {
+    ImageSpec spec(4, 4, 2, OIIO::TypeUInt8);
+    spec.attribute("tiff:PhotometricInterpretation", "1");
+    FakeInput pages("png", spec, 3, 1);
+    EXPECT_EQ(Frames(pages, Other), 3);
 }
 
 TEST(GetNumberOfFrames, OtherTiffsCountTheirPages) {

@@ -220,6 +220,37 @@ TEST_F(DdsTexture, ACubeMapTurnsAsOneStack) {
     EXPECT_EQ(texture.desc.height, 2);
 }
 
+TEST_F(DdsTexture, AQuarterTurnTurnsEveryFaceOfACubeMapInItsPlace) {
+    DdsFile file{.width = 2, .height = 2, .faces = 0x3F};
+    for (unsigned char face = 0; face < 6; ++face) {
+        for (const unsigned char pixel : {0, 1, 2, 3})
+            AppendPixels(file.data, 1, {face, pixel, 0, 255});
+    }
+    // What stands in each face as 0 1 / 2 3, by Exif orientation.
+    const std::pair<EDataOrientation, Bytes> cases[] = {
+        {kLeftTop, {0, 2, 1, 3}}, {kRightTop, {1, 3, 0, 2}}, {kRightBottom, {3, 1, 2, 0}}, {kLeftBottom, {2, 0, 3, 1}}};
+    for (const auto& [orientation, order] : cases) {
+        const LoadedTexture texture = Load(file, {.orientation = orientation});
+        ASSERT_TRUE(texture) << orientation;
+        EXPECT_EQ(texture.desc.textureType, kTextureCube);
+        EXPECT_EQ(texture.desc.width, 2);
+        EXPECT_EQ(texture.desc.height, 2);
+        EXPECT_EQ(texture.desc.rowPitch, 8);
+        EXPECT_EQ(texture.desc.dataSize, 16u);
+        Bytes expected;
+        for (unsigned char face = 0; face < 6; ++face) {
+            for (const unsigned char pixel : order)
+                AppendPixels(expected, 1, {face, pixel, 0, 255});
+        }
+        EXPECT_EQ(texture.bytes, expected) << orientation;
+    }
+    const LoadedTexture small = Load(file, {.width = 1, .orientation = kRightTop});
+    ASSERT_TRUE(small);
+    EXPECT_EQ(small.desc.width, 2) << "the sides are limited before the turn";
+    EXPECT_EQ(small.desc.height, 1);
+    EXPECT_EQ(small.desc.dataSize, 8u);
+}
+
 TEST_F(DdsTexture, ACubeMapIsConvertedWhole) {
     const LoadedTexture texture = Load(Cube(1, 1), {.format = kB8G8R8A8});
     ASSERT_TRUE(texture);
@@ -293,11 +324,19 @@ TEST_F(DdsTexture, AVolumeIsNotResized) {
     const std::size_t blocks = Objects::ObjModel::BlockCounters().totalBlocks;
     EXPECT_FALSE(Load(file, {.width = 4}));
     EXPECT_FALSE(Load(file, {.level = 1})) << "its depth, already halved, counts as halved again";
-    EXPECT_FALSE(Load(file, {.width = 1, .level = 2}));
     EXPECT_EQ(Objects::ObjModel::BlockCounters().totalBlocks, blocks);
     EXPECT_EQ(messages.Texts(), Texts{});
     EXPECT_TRUE(Load(file));
     EXPECT_TRUE(Load(file, {.level = 2}));
+}
+
+TEST_F(DdsTexture, ALevelOfAVolumeThatIsOneSliceIsResized) {
+    DdsFile file{.width = 8, .height = 8, .depth = 4, .mips = 4};
+    AppendPixels(file.data, 8 * 8 * 4 + 4 * 4 * 2 + 2 * 2 + 1, {9, 9, 9, 9});
+    const LoadedTexture texture = Load(file, {.width = 1, .level = 2});
+    ASSERT_TRUE(texture);
+    EXPECT_EQ(texture.desc.textureType, kTextureVolume);
+    EXPECT_EQ(texture.bytes, Bytes(2 * 4, 9));
 }
 
 TEST_F(DdsTexture, TheFormatHandlerIsToldTheUse) {
