@@ -14,6 +14,7 @@ namespace {
 constexpr std::int64_t kChunkBytes = std::int64_t{64} << 20;
 constexpr std::int64_t kMinChunkRows = 256;  // enough for every core to have rows to decode
 constexpr std::int64_t kUsualStripRows = 64;
+constexpr std::int64_t kMaxStripBytes = 1 << 30;
 constexpr std::uint64_t kMaxTileBytes = std::uint64_t{64} << 20;  // of a picture that is small itself
 constexpr std::uint64_t kMaxTileRatio = 4;                        // to the picture
 constexpr int kMaxPosition = 1 << 30;
@@ -25,14 +26,15 @@ bool HasReadableTiles(const OIIO::ImageSpec& spec) {
     return spec.tile_bytes(true) <= std::max(kMaxTileBytes, kMaxTileRatio * spec.image_bytes(true));
 }
 
-/// Rows to ask for at a time.
+/// Rows to ask for at a time: whole strips, since files are about whose rows cannot be decoded one by one.
 std::int64_t ChunkRows(const OIIO::ImageSpec& spec, std::size_t rowBytes) {
     const std::int64_t strip = IntegerAttribute(spec, "tiff:RowsPerStrip").value_or(kUsualStripRows);
     const std::int64_t rows = std::max(kChunkBytes / static_cast<std::int64_t>(rowBytes), kMinChunkRows);
-    // One strip with more rows than the picture: the TIFF reader overflows over it when it is asked for all rows at
-    // once, and takes any smaller number row by row.
-    if (strip > spec.height) return std::clamp<std::int64_t>(rows, 1, std::max(spec.height - 1, 1));
     if (strip < 1) return rows;
+    // Where one strip has more rows than the picture, the TIFF reader adds up its size in 32 bits when it is asked for
+    // all rows at once. Any smaller number it takes row by row.
+    const bool overflows = strip > spec.height && strip > kMaxStripBytes / static_cast<std::int64_t>(rowBytes);
+    if (overflows) return std::max(spec.height - 1, 1);
     return (rows + strip - 1) / strip * strip;
 }
 

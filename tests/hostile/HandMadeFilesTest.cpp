@@ -127,6 +127,10 @@ TEST_F(HandMade, AnyNumberOfRowsAStripGivesTheSamePixels) {
         ASSERT_TRUE(flat) << rows;
         EXPECT_EQ(flat->bytes[36], Sample(27)) << rows;
     }
+    const auto runsOn = LoadFile(handler, File("rows-per-strip-64-runs-on.tif"));
+    ASSERT_TRUE(runsOn);
+    for (std::size_t i = 0; i < 5 * 70; ++i)
+        ASSERT_EQ(runsOn->bytes[4 * i], Sample(3 * i)) << i;
     const auto wide = LoadFile(handler, File("rows-per-strip-100000-wide.tif"));
     ASSERT_TRUE(wide);
     EXPECT_EQ(wide->bytes[4 * 3999], Sample(3 * 3999));

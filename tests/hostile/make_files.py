@@ -122,10 +122,15 @@ def directory(entries, at, next_at):
     return struct.pack("<H", len(entries)) + body + struct.pack("<I", next_at) + tail
 
 
-def tiff(width, height, channels, compression=NONE, rows=None, extra=(), tile=None, drop=(), loops=False):
-    """One picture of 8-bit samples in one strip or tile. `extra` adds entries or replaces them."""
+def tiff(width, height, channels, compression=NONE, rows=None, extra=(), tile=None, drop=(), loops=False, runs_on=False):
+    """One picture of 8-bit samples in one strip or tile. `extra` adds entries or replaces them; with `runs_on` runs of
+    bytes go on from one row into the next, as they should not."""
     pixels = ramp(width * height * channels)
-    data = PACK[compression](pixels)
+    if compression == PACKBITS and not runs_on:
+        row = width * channels
+        data = b"".join(packbits(pixels[i : i + row]) for i in range(0, len(pixels), row))
+    else:
+        data = PACK[compression](pixels)
     at = 8 + len(data) + len(data) % 2
     entries = {
         256: (LONG, [width]),
@@ -185,6 +190,7 @@ def make_tiff():
             write(f"rows-per-strip-{rows:x}-{name}.tif", tiff(5, 70, 3, compression, rows))
         write(f"rows-per-strip-{rows:x}-two-rows.tif", tiff(5, 2, 3, DEFLATE, rows))
         write(f"rows-per-strip-{rows:x}-grey.tif", tiff(5, 70, 1, DEFLATE, rows))
+    write("rows-per-strip-64-runs-on.tif", tiff(5, 70, 3, PACKBITS, 100, runs_on=True))
     write("rows-per-strip-none.tif", tiff(5, 70, 3, DEFLATE, drop=[278]))
     # Tiles beyond all sense.
     for wide, high in ((0x7FFFFFF0, 16), (16, 0x7FFFFFF0), (0xFFFFFFF0, 16), (16, 0xFFFFFFF0), (0, 0), (65536, 65536),

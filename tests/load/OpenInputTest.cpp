@@ -1,5 +1,6 @@
 #include "load/OpenInput.h"
 
+#include "support/Loading.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -7,6 +8,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <chrono>
 
 namespace {
 
@@ -47,6 +49,69 @@ TEST(OpenInput, OpensRegularFilesOnly) {
     for (const auto& path : {pipe, folder / "folder.png", folder / "missing.png", folder / "x.null",
                              std::filesystem::path("/dev/null"), std::filesystem::path()}) {
         EXPECT_EQ(OpenInput(Wide(path)), nullptr) << path;
+    }
+}
+
+/// One file of each format that the library writes here, and the project's samples.
+std::vector<std::filesystem::path> FilesOfManyFormats(const TemporaryFolder& folder) {
+    std::vector<std::filesystem::path> files = AllSamples();
+    for (const char* extension :
+         {"png",  "tif", "exr",  "jpg", "bmp", "tga", "sgi", "hdr", "ppm", "pgm",   "pfm", "gif",
+          "webp", "iff", "fits", "dpx", "jp2", "j2c", "jxl", "ico", "rla", "zfile", "psd", "cin"}) {
+        const auto path = folder / (std::string("file.") + extension);
+        const auto output = OIIO::ImageOutput::create(path.string());
+        const int channels = std::string_view(extension) == "zfile" || std::string_view(extension) == "pgm" ? 1 : 3;
+        OIIO::ImageSpec spec(64, 64, channels, OIIO::TypeUInt8);
+        const std::vector<unsigned char> pixels(64 * 64 * 3, 77);
+        if (output && output->open(path.string(), spec) && output->write_image(OIIO::TypeUInt8, pixels.data()) &&
+            output->close()) {
+            files.push_back(path);
+        }
+    }
+    return files;
+}
+
+TEST(OpenInput, FindsTheReaderThatTheLibraryFindsUnderAnyName) {
+    const TemporaryFolder folder;
+    const auto files = FilesOfManyFormats(folder);
+    EXPECT_GT(files.size(), 25u);
+    for (const auto& file : files) {
+        for (const std::string extension :
+             {file.extension().string().c_str(), ".unknown", "", ".png", ".tga", ".dcm", ".CR2"}) {
+            const auto path = folder / ("renamed" + extension);
+            std::filesystem::copy_file(file, path, std::filesystem::copy_options::overwrite_existing);
+            const OIIO::ImageSpec config;
+            const auto expected = OIIO::ImageInput::open(path.string(), &config);
+            (void)OIIO::geterror();
+            const auto found = OpenInput(Wide(path));
+            ASSERT_EQ(found != nullptr, expected != nullptr) << file << extension;
+            if (!found) continue;
+            EXPECT_STREQ(found->format_name(), expected->format_name()) << file << extension;
+        }
+    }
+}
+
+TEST(OpenInput, GivesTheHighThroughputDecoderNothingElse) {
+    // The library would: it runs past the end of what is no JPEG 2000, and with it goes the process.
+    const TemporaryFolder folder;
+    for (const auto& file : FilesOfManyFormats(folder)) {
+        const auto path = folder / "renamed.jp2";
+        std::filesystem::copy_file(file, path, std::filesystem::copy_options::overwrite_existing);
+        const auto found = OpenInput(Wide(path));
+        const auto original = OpenInput(Wide(file));
+        EXPECT_EQ(found != nullptr, original != nullptr) << file;
+    }
+}
+
+TEST(OpenInput, RefusesGigabytesOfNothingAtOnce) {
+    const TemporaryFolder folder;
+    for (const char* name : {"zeros.unknown", "zeros.tga", "zeros.png", "zeros.jp2", "zeros.dcm", "zeros.iff"}) {
+        const auto path = folder.Write(name, "");
+        std::filesystem::resize_file(path, std::uintmax_t{3} << 30);
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(OpenInput(Wide(path)), nullptr) << name;
+        // Milliseconds; what went through the whole file took minutes.
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << name;
     }
 }
 

@@ -1,0 +1,77 @@
+#include "load/FileSignatures.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Kavra::Devices {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+struct Signature {
+    std::string_view format;
+    std::size_t offset;
+    std::string_view bytes;
+};
+
+/// What every file that the reader accepts has one of. Left out are formats without a fixed start (Targa, RLA, camera
+/// raw, video) and readers that take more than one kind of it (WebP, HDR, PNM, ICO...).
+constexpr auto kSignatures = std::to_array<Signature>({
+    {"dds", 0, "DDS "sv},
+    {"dicom", 128, "DICM"sv},
+    {"dpx", 0, "SDPX"sv},
+    {"dpx", 0, "XPDS"sv},
+    {"fits", 0, "SIMPLE"sv},
+    {"gif", 0, "GIF"sv},
+    {"iff", 0, "FOR4"sv},
+    {"iff", 0, "FOR8"sv},
+    {"iff", 0, "FORM"sv},
+    {"iff", 0, "CAT4"sv},
+    {"iff", 0, "CAT "sv},
+    {"iff", 0, "LIS4"sv},
+    {"iff", 0, "LIST"sv},
+    {"jpeg", 0, "\xFF\xD8"sv},
+    {"jpeg2000", 0, "\xFF\x4F\xFF\x51"sv},
+    {"jpeg2000", 4, "jP  "sv},
+    {"openexr", 0, "\x76\x2F\x31\x01"sv},
+    {"png", 0, "\x89PNG"sv},
+    {"psd", 0, "8BPS"sv},
+    {"sgi", 0, "\x01\xDA"sv},
+    {"softimage", 0, "\x53\x80\xF6\x34"sv},
+    {"tiff", 0, "II\x2A\0"sv},
+    {"tiff", 0, "MM\0\x2A"sv},
+    {"tiff", 0, "II\x2B\0"sv},
+    {"tiff", 0, "MM\0\x2B"sv},
+    {"tiff", 0, "EP\x2A\0"sv},  // as a document imaging program writes it
+});
+
+// DICOM files may also start with their first data element, whose group is one of these, in either order of bytes.
+constexpr std::array<std::uint8_t, 7> kDicomGroups = {0x02, 0x04, 0x08, 0x10, 0x18, 0x20, 0x28};
+
+bool StartsWithDicomElement(std::span<const std::uint8_t> start) {
+    if (start.size() < 2 || (start[0] == 0) == (start[1] == 0)) return false;
+    return std::ranges::find(kDicomGroups, start[0] | start[1]) != kDicomGroups.end();
+}
+
+bool Has(const Signature& signature, std::span<const std::uint8_t> start) {
+    if (start.size() < signature.offset + signature.bytes.size()) return false;
+    return std::ranges::equal(
+        start.subspan(signature.offset, signature.bytes.size()), signature.bytes,
+        [](std::uint8_t byte, char expected) { return byte == static_cast<std::uint8_t>(expected); });
+}
+
+}  // namespace
+
+bool MayBeOfFormat(std::string_view format, std::span<const std::uint8_t> start) {
+    if (format == "dicom" && StartsWithDicomElement(start)) return true;
+    bool known = false;
+    for (const Signature& signature : kSignatures) {
+        if (signature.format != format) continue;
+        if (Has(signature, start)) return true;
+        known = true;
+    }
+    return !known;
+}
+
+}  // namespace Kavra::Devices
