@@ -19,6 +19,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <typeinfo>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -41,13 +42,25 @@ struct Pixels {
     void* Data() const { return host ? host->mData : own.get(); }
 };
 
-/// Takes the data over from the host's wrapper, which is then released empty: the data has one owner at any time.
-PixelBlock Detach(HostBlock host) {
-    return PixelBlock(static_cast<unsigned char*>(std::exchange(host->mData, nullptr)));
+/// Whether the wrapper is the contract's own, which frees what its pointer shows and remembers nothing.
+bool IsPlain(const IMemoryWrapper<void>& wrapper) {
+    return typeid(wrapper) == typeid(Objects::MemoryArrayWrapper<void, unsigned char>);
+}
+
+/// Takes the data over from the host's wrapper. That is given up and not deleted: a wrapper of a host's own kind may
+/// free its data whatever its pointer shows by then. Only the plain one is emptied and goes.
+PixelBlock TakeData(HostBlock host) {
+    PixelBlock data(static_cast<unsigned char*>(host->mData));
+    if (IsPlain(*host)) {
+        host->mData = nullptr;
+    } else {
+        (void)host.release();
+    }
+    return data;
 }
 
 IMemoryWrapper<void>* Wrap(Pixels pixels) {
-    return Common::WrapBlock(pixels.host ? Detach(std::move(pixels.host)) : std::move(pixels.own));
+    return Common::WrapBlock(pixels.host ? TakeData(std::move(pixels.host)) : std::move(pixels.own));
 }
 
 int LevelSize(int size, int level) {

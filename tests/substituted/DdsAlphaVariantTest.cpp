@@ -1,55 +1,10 @@
-// DDS files whose host reader reports one of the two reserved 8-bit formats. Ours reports neither, so this program
-// brings a reader of its own: the module's calls are bound to it when the program is linked.
+// DDS files whose host reader reports one of the two reserved 8-bit formats. Ours reports neither.
 
 #include "load/DdsFile.h"
 #include "load/TextureFiles.h"
-
-#include <kavra/devices/DDSReader.h>
+#include "substituted/SubstituteDdsReader.h"
 
 #include <gtest/gtest.h>
-
-namespace Kavra::Devices {
-
-namespace {
-EFormat reportedFormat = kUnknown;
-bool opens = true;
-}  // namespace
-
-struct DDSReader::State {};
-DDSReader::DDSReader() = default;
-DDSReader::~DDSReader() = default;
-bool DDSReader::Load(const KString&) {
-    return opens;
-}
-int DDSReader::Width() const {
-    return 1;
-}
-int DDSReader::Height() const {
-    return 1;
-}
-int DDSReader::Depth() const {
-    return 1;
-}
-int DDSReader::Mipmaps() const {
-    return 1;
-}
-EFormat DDSReader::Format() {
-    return reportedFormat;
-}
-ETextureType DDSReader::TextureType() {
-    return kTexture2D;
-}
-bool DDSReader::HasFace(int) const {
-    return true;
-}
-bool DDSReader::SkipMipLevel(int) {
-    return false;
-}
-IMemoryWrapper<void>* DDSReader::Load(ImageDescription&, int, int, int) {
-    return nullptr;
-}
-
-}  // namespace Kavra::Devices
 
 namespace Kavra::Tests {
 namespace {
@@ -60,8 +15,8 @@ using Bytes = std::vector<unsigned char>;
 class DdsAlphaVariant : public ::testing::TestWithParam<EFormat> {
 protected:
     DdsAlphaVariant() {
-        reportedFormat = GetParam();
-        opens = true;
+        Substitute().format = GetParam();
+        Substitute().opens = true;
     }
     LoadedTexture Load(EFormat format, DdsFile file = {.data = {255, 20, 0, 40}}) {
         return LoadFile(folder.Write("x.dds", file.Bytes()), {.format = format, .fileType = DDS});
@@ -89,7 +44,7 @@ TEST_P(DdsAlphaVariant, ChangesNoOtherFormat) {
 }
 
 TEST_P(DdsAlphaVariant, CountsOnlyWhereTheReaderOpensTheFile) {
-    opens = false;
+    Substitute().opens = false;
     EXPECT_EQ(Load(kUnknown).desc.format, kR8G8B8A8);
 }
 
@@ -97,9 +52,9 @@ INSTANTIATE_TEST_SUITE_P(ReservedFormats, DdsAlphaVariant, ::testing::Values(kRe
 
 TEST(DdsAlphaVariantOff, OtherReportsKeepRedFirst) {
     const TemporaryFolder folder;
-    opens = true;
+    Substitute().opens = true;
     for (const EFormat format : {kR8G8B8A8, kB8G8R8A8, kUnknown}) {
-        reportedFormat = format;
+        Substitute().format = format;
         const auto path = folder.Write("x.dds", DdsFile{.data = {1, 2, 3, 4}}.Bytes());
         EXPECT_EQ(LoadFile(path, {.fileType = DDS}).desc.format, kR8G8B8A8);
     }
