@@ -3,7 +3,10 @@
 #include "FormatNames.h"
 #include "Sizes.h"
 
+#include <kavra/devices/ImageLimits.h>
 #include <kavra/objects/OS.h>
+
+#include <cstdint>
 
 namespace Kavra::App {
 
@@ -20,6 +23,38 @@ void AddFormatOption(CLI::App& command, EFormat& format, const std::string& help
             },
             help)
         ->type_name("NAME");
+}
+
+namespace {
+
+/// A limit is set as soon as it is read: it binds every load of the process.
+void AddLimitOption(CLI::App& command, const std::string& name, std::uint64_t ImageLimits::* field, std::uint64_t kilo,
+                    const std::string& help) {
+    command
+        .add_option_function<std::string>(
+            name,
+            [name, field, kilo](const std::string& text) {
+                ImageLimits limits = GetImageLimits();
+                limits.*field = ParseAmount(text, kilo, name);
+                SetImageLimits(limits);
+            },
+            help)
+        ->type_name("N[K|M|G]");
+}
+
+bool Loads(const CLI::App* command) {
+    return command->get_name() != "info" && command->get_name() != "formats";
+}
+
+}  // namespace
+
+void AddLimitOptions(CLI::App& program) {
+    for (CLI::App* const command : program.get_subcommands([](CLI::App* candidate) { return Loads(candidate); })) {
+        AddLimitOption(*command, "--max-bytes", &ImageLimits::maxBytes, 1024,
+                       "The memory that a picture may take; K, M and G count 1024, 1024 K and 1024 M");
+        AddLimitOption(*command, "--max-pixels", &ImageLimits::maxPixels, 1000,
+                       "The pixels that a picture may have; K, M and G count 1000, 1000 K and 1000 M");
+    }
 }
 
 void LoadOptions::AddTo(CLI::App& command, bool withFrame) {

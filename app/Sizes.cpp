@@ -57,6 +57,23 @@ std::optional<std::pair<int, int>> ParsePosition(std::string_view text) {
     return std::pair((*numbers)[0], (*numbers)[1]);
 }
 
+std::uint64_t ParseAmount(const std::string& text, std::uint64_t kilo, const std::string& option) {
+    constexpr std::string_view kUnits = "KMG";
+    std::uint64_t amount = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, amount);
+    const std::string_view unit(next, end);
+    const std::size_t power =
+        unit.empty() ? 0 : kUnits.find(static_cast<char>(unit.front() & ~0x20)) + 1;  // 0 for what is no unit
+    bool fits = error == std::errc() && amount > 0 && unit.size() <= 1 && (unit.empty() || power > 0);
+    for (std::size_t step = 0; fits && step < power; ++step) {
+        fits = amount <= std::numeric_limits<std::uint64_t>::max() / kilo;
+        amount *= kilo;
+    }
+    if (!fits) throw CLI::ValidationError(option, text + " is no amount; write a number, as in 500M or 4G");
+    return amount;
+}
+
 std::string SizeObstacle(long long width, long long height, Devices::EFormat format) {
     constexpr long long kMost = std::numeric_limits<std::int32_t>::max();
     const int bytes = Utilities::AFormatConvertor::BytesPerPixel(format);

@@ -3,6 +3,7 @@
 
 #include <kavra/devices/EFormat.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,6 +28,10 @@ Rect ParseRect(const std::string& text, const std::string& option);
 
 /// "10,-20" as x and y; nothing for anything else.
 std::optional<std::pair<int, int>> ParsePosition(std::string_view text);
+
+/// "500", "4G" or "4g" as a number of at least 1, where K stands for `kilo`, M and G for its second and third power;
+/// throws `CLI::ValidationError` for anything else and for what 64 bits do not hold.
+std::uint64_t ParseAmount(const std::string& text, std::uint64_t kilo, const std::string& option);
 
 /// Why there can be no picture of this size; empty when there can: a row is described in 31 bits, and all of it has to
 /// fit in memory.

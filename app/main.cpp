@@ -1,6 +1,7 @@
 /// The command kavra: a reference host that reaches everything through the class factory and `IImageHandler`.
 
 #include "Commands.h"
+#include "LoadOptions.h"
 #include "Messages.h"
 #include "OutputFile.h"
 
@@ -52,6 +53,7 @@ int main(int argc, char** argv) {
     Kavra::App::AddTile(program, session);
     Kavra::App::AddLight(program, session);
     Kavra::App::AddFormats(program, session);
+    Kavra::App::AddLimitOptions(program);
     const int status = Parse(program, argc, argv);
     return status >= 0 ? status : Run(session);
 }

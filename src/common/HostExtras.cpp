@@ -1,10 +1,10 @@
 #include "common/HostExtras.h"
 
+#include "common/Limits.h"
+
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/ObjModel.h>
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -23,15 +23,14 @@ FloatsToFormat(const float* colours, std::size_t count, Devices::EFormat format,
     "_ZN5Kavra9Utilities16AFormatConvertor14"
     "FloatsToFormatEPKfmNS_7Devices7EFormatEPcm");
 
+[[gnu::weak]] void GetImageLimits(Devices::ImageLimits& limits) __asm__(
+    "_ZN5Kavra7Devices14GetImageLimitsERNS0_11ImageLimitsE");
+
 }  // namespace Extras
 
 namespace {
 
 using Utilities::AFormatConvertor;
-
-std::size_t HalfOfTheMemory() {
-    return static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) / 2 * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
 
 std::size_t PackOneByOne(const float* colours, std::size_t count, Devices::EFormat format, char* out,
                          std::size_t size) {
@@ -49,6 +48,12 @@ std::size_t PackOneByOne(const float* colours, std::size_t count, Devices::EForm
 
 }  // namespace
 
+Devices::ImageLimits HostImageLimits() {
+    Devices::ImageLimits limits;
+    if (Extras::GetImageLimits != nullptr) Extras::GetImageLimits(limits);
+    return limits;
+}
+
 void* NewZeroed(std::size_t bytes) {
     if (Extras::NewZeroed != nullptr) return Extras::NewZeroed(bytes, Objects::ObjModel::mDefaultAllocator);
     void* const block = ::operator new(bytes, Objects::ObjModel::mDefaultAllocator);
@@ -56,7 +61,7 @@ void* NewZeroed(std::size_t bytes) {
 }
 
 std::size_t HostBlockCeiling() {
-    return Extras::BlockCeiling != nullptr ? Extras::BlockCeiling() : HalfOfTheMemory();
+    return Extras::BlockCeiling != nullptr ? Extras::BlockCeiling() : static_cast<std::size_t>(MemoryShare());
 }
 
 std::size_t PackFloats(const float* colours, std::size_t count, Devices::EFormat format, char* out, std::size_t size) {

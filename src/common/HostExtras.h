@@ -4,6 +4,7 @@
 #pragma once
 
 #include <kavra/devices/EFormat.h>
+#include <kavra/devices/ImageLimits.h>
 
 #include <cstddef>
 
@@ -13,9 +14,11 @@ namespace Kavra::Common {
 /// memory is zero already. Throws `std::bad_alloc`.
 void* NewZeroed(std::size_t bytes);
 
-/// The largest block in bytes that the host's default allocator gives; where it does not say, half of the machine's
-/// memory.
+/// The largest block in bytes that the host's default allocator gives; where it does not say, `MemoryShare`.
 std::size_t HostBlockCeiling();
+
+/// The limits that the host has set for pictures; none where it knows of no such thing.
+Devices::ImageLimits HostImageLimits();
 
 /// Packs `count` colours (four floats each, any alignment) into pixels of `format` on the caller's thread. `size` is
 /// the capacity of `out` in bytes; pixels that do not fit are left out, and the result is how many were written. A host

@@ -3,6 +3,7 @@
 
 #include "common/Boundary.h"
 #include "common/HostObject.h"
+#include "common/Limits.h"
 #include "common/PixelBlock.h"
 #include "common/WrappedBlock.h"
 #include "load/FileDescription.h"
@@ -129,23 +130,46 @@ HostBlock LoadDds(ImageDescription& desc, const KString& path, int width, int he
     return block && block->mData != nullptr ? std::move(block) : nullptr;
 }
 
-/// Brings `pixels` to `format` where that is wanted and possible; else they, and `desc`, stay as they are.
-void Convert(ImageDescription& desc, Pixels& pixels, EFormat format) {
-    const bool wanted = format != kUnknown && format != desc.format;
-    if (!wanted || !OIIOImageHandler::CanConvertTo(desc.format, format)) return;
-    const std::int64_t rowPitch = RowPitch(format, desc.width);
-    if (rowPitch > kMostRowPitch) return;
+std::size_t Faces(const ImageDescription& desc) {
+    return desc.textureType == kTextureCube ? kCubeFaces : 1;
+}
 
-    const std::size_t faces = desc.textureType == kTextureCube ? kCubeFaces : 1;
+/// Whether the host lets a block of so many bytes be loaded for this picture.
+bool IsAllowed(const ImageDescription& desc, std::uint64_t bytes) {
+    const std::int64_t slices = static_cast<std::int64_t>(Faces(desc)) * desc.depth;
+    const auto pixels = static_cast<std::uint64_t>(Common::Product(std::int64_t{desc.width} * desc.height, slices));
+    return Common::HostBounds().Hold({.pixels = pixels, .blockBytes = bytes});
+}
+
+/// Brings `pixels` to `format` where that is wanted and possible; else they, and `desc`, stay as they are. False when
+/// the result would be larger than is allowed, or than there is memory for beside the pixels.
+bool Convert(ImageDescription& desc, Pixels& pixels, EFormat format) {
+    const bool wanted = format != kUnknown && format != desc.format;
+    if (!wanted || !OIIOImageHandler::CanConvertTo(desc.format, format)) return true;
+    const std::int64_t rowPitch = RowPitch(format, desc.width);
+    if (rowPitch > kMostRowPitch) return true;
+
+    const std::size_t faces = Faces(desc);
+    const auto rows = static_cast<std::int64_t>(faces) * desc.height * desc.depth;
+    const auto convertedBytes = static_cast<std::uint64_t>(Common::Product(rowPitch, rows));
+    const std::uint64_t bothBytes = Common::Sum<std::uint64_t>(convertedBytes, desc.dataSize * faces);
+    if (!IsAllowed(desc, convertedBytes) || bothBytes > Common::MemoryShare()) return false;
+
     void* converted = nullptr;
     std::size_t bytes = 0;
     OIIOImageHandler::FormatConversion(desc.format, desc.dataSize * faces, pixels.Data(), format, converted, bytes);
-    if (converted == nullptr) return;
+    if (converted == nullptr) return true;
 
     pixels = Pixels{PixelBlock(static_cast<unsigned char*>(converted)), nullptr};
     desc.format = format;
     desc.rowPitch = static_cast<std::int32_t>(rowPitch);
     desc.dataSize = bytes / faces;
+    return true;
+}
+
+IMemoryWrapper<void>* Refuse() {
+    Sys::Warning(L"format is not supported", nullptr);
+    return nullptr;
 }
 
 }  // namespace
@@ -167,13 +191,9 @@ IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, cons
         } else if (!pixels.own) {
             pixels.host = LoadDds(desc, path, width, height, std::max(level, 0), orientation);
         }
-        if (pixels.Data() == nullptr) {
-            Sys::Warning(L"format is not supported", nullptr);
-            return nullptr;
-        }
+        if (pixels.Data() == nullptr || !IsAllowed(desc, desc.dataSize * Faces(desc))) return Refuse();
         if (pixels.host && desc.format == format) return pixels.host.release();
-        Convert(desc, pixels, format);
-        return Wrap(std::move(pixels));
+        return Convert(desc, pixels, format) ? Wrap(std::move(pixels)) : Refuse();
     });
 }
 

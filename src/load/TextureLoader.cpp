@@ -3,6 +3,7 @@
 #include "load/TextureLoader.h"
 
 #include "common/HostExtras.h"
+#include "common/Limits.h"
 #include "formats/ChannelOrder.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
@@ -123,7 +124,9 @@ void FillDescription(TextureLoad& load) {
 
 /// Whether a block of this layout can be had and described.
 bool IsPossible(const OIIO::ImageSpec& spec) {
-    return RowPitch(spec, spec.width) <= kMostRowPitch && spec.image_bytes(false) <= Common::HostBlockCeiling();
+    return RowPitch(spec, spec.width) <= kMostRowPitch &&
+           spec.image_bytes(false) <= Common::HostBlockCeiling() &&
+           Common::HostBounds().Hold({.pixels = spec.image_pixels(), .blockBytes = spec.image_bytes(false)});
 }
 
 /// Whether the pixels can be there and delivered, as far as that shows before memory is taken for them.

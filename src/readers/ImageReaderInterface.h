@@ -6,6 +6,7 @@
 #include <kavra/devices/Export.h>
 
 #include <cstddef>
+#include <cstdint>
 
 namespace Kavra::Devices {
 
@@ -29,6 +30,8 @@ public:
     virtual EFormat GetFormat() { return kR8G8B8A8; }
     virtual int GetFrameCount() { return 1; }
     virtual EDataOrientation GetOrientation() { return kTopLeft; }
+    /// Bytes that the reader holds while `ReadImage` runs, beside the buffer and a few rows.
+    virtual std::uint64_t GetWorkingBytes() { return 0; }
 
     /// Readers live in blocks of the default allocator. Null when there is no memory.
     static void* operator new(std::size_t bytes) noexcept;

@@ -1,11 +1,8 @@
 #include "readers/LegacyLoad.h"
 
-#include "readers/ByteSource.h"
+#include "common/Limits.h"
 #include "readers/FileTypeDetection.h"
-#include "readers/ImageFileType.h"
-#include "readers/ImageLimits.h"
 #include "readers/ImageReaderInterface.h"
-#include "readers/spot/SideFiles.h"
 
 #include <kavra/oiio/OIIOImageHandler.h>
 
@@ -44,15 +41,13 @@ void Describe(ImageReaderInterface& reader, EDataOrientation wanted, ImageDescri
     desc.gamma = kGamma;
 }
 
-std::uint64_t FileBytes(const KString& path) {
-    const ReadResult<ByteSource> file = ByteSource::Open(path);
-    return file ? file->Size() : 0;
-}
-
-/// The file that holds the pixels, whose length bounds the picture: a band raster may be named by any file beside it.
-/// Nothing when that is the file itself.
-std::optional<KString> PixelFileBeside(const KString& path, int fileType) {
-    return fileType == Spot ? PathWithExtension(path, L".bil") : std::nullopt;
+/// Asked before the block is, since memory that was given out and is not there when it is touched ends the process.
+bool IsWithinLimits(ImageReaderInterface& reader, const ImageDescription& desc) {
+    const auto isSide = [](int side) { return side >= 1 && side <= Common::kMaxSide; };
+    if (!isSide(desc.width) || !isSide(desc.height) || desc.rowPitch < 1) return false;
+    const auto pixels = static_cast<std::uint64_t>(std::int64_t{desc.width} * desc.height);
+    return Common::ReaderBounds().Hold(
+        {.pixels = pixels, .blockBytes = desc.dataSize, .workingBytes = reader.GetWorkingBytes()});
 }
 
 int Limited(int side, int limit) {
@@ -114,7 +109,10 @@ PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LegacyRequest& re
         DescribeFitted(working.image.spec(), request.orientation, desc);
         return std::move(working.block);
     }
+    // The picture, the turned one and the block that it is copied into; the first is gone when the last is made.
+    if (Common::Product<std::uint64_t>(2, working.image.spec().image_bytes()) > Common::MemoryShare()) return nullptr;
     const OIIO::ImageBuf turned = Turn(working.image, desc.orientation, request.orientation);
+    working = {};
     PixelBlock result = CopyPixels(turned);
     if (result) DescribeFitted(turned.spec(), request.orientation, desc);
     return result;
@@ -126,7 +124,7 @@ PixelBlock LoadThroughReader(ImageReaderInterface& reader, ImageDescription& des
                              const LegacyRequest& request) {
     if (!reader.Open(path)) return nullptr;
     Describe(reader, request.orientation, desc);
-    if (!WithinLimits(desc.width, desc.height, desc.rowPitch, FileBytes(path))) return nullptr;
+    if (!IsWithinLimits(reader, desc)) return nullptr;
 
     PixelBlock block = Common::NewZeroedBlock(desc.dataSize);
     if (!reader.ReadImage(block.get(), request.frame)) return nullptr;
@@ -142,10 +140,7 @@ unsigned char* OIIOImageHandler::LoadSpecial(ImageDescription& desc, const KStri
                                              int fileType) {
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
     if (!reader) return nullptr;
-    const std::optional<KString> beside = PixelFileBeside(path, fileType);
-    return LoadThroughReader(*reader, desc, beside ? *beside : path,
-                             {width, height, highQualityResize, level, orientation})
-        .release();
+    return LoadThroughReader(*reader, desc, path, {width, height, highQualityResize, level, orientation}).release();
 }
 
 }  // namespace Kavra::Devices

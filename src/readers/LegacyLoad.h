@@ -26,8 +26,8 @@ struct LegacyRequest {
 /// neither is needed, the block is the one that the reader decoded into. Pixels that the reader leaves alone are zero.
 ///
 /// Fills `desc` as soon as the reader has opened the file, with gamma 2.2 and no alpha whatever the file holds. Null
-/// when the reader fails, or when the picture is larger than the file at `path` can justify (`WithinLimits`). Raises no
-/// message of its own. Throws `std::bad_alloc`.
+/// when the reader fails, or when the load would take more than `Common::ReaderBounds`. Raises no message of its own.
+/// Throws `std::bad_alloc`.
 Common::PixelBlock LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, const KString& path,
                                      const LegacyRequest& request);
 

@@ -11,6 +11,11 @@ namespace {
 constexpr std::size_t kStretch = 1024;
 constexpr std::size_t kBits = 64;
 
+/// For a bit for each stretch.
+constexpr std::size_t Words(std::size_t indices) {
+    return indices / kStretch / kBits + 1;
+}
+
 }  // namespace
 
 FlicFrame::FlicFrame(std::uint32_t width, std::uint32_t height)
@@ -18,7 +23,12 @@ FlicFrame::FlicFrame(std::uint32_t width, std::uint32_t height)
       mHeight(height),
       mSize(std::size_t{width} * height),
       mIndices(Common::NewZeroedBlock(mSize)),
-      mWritten(mSize / kStretch / kBits + 1) {}
+      mWritten(Words(mSize)) {}
+
+std::uint64_t FlicFrame::BytesOf(std::uint32_t width, std::uint32_t height) {
+    const std::size_t indices = std::size_t{width} * height;
+    return indices + Words(indices) * sizeof(std::uint64_t);
+}
 
 std::span<unsigned char> FlicFrame::At(std::uint64_t offset, std::uint64_t count) {
     if (offset >= mSize || count == 0) return {};

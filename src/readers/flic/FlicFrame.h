@@ -21,6 +21,9 @@ public:
     /// All indices 0. Throws `std::bad_alloc`.
     FlicFrame(std::uint32_t width, std::uint32_t height);
 
+    /// What a frame of this size takes.
+    static std::uint64_t BytesOf(std::uint32_t width, std::uint32_t height);
+
     std::uint32_t Width() const { return mWidth; }
     std::uint32_t Height() const { return mHeight; }
     std::span<const unsigned char> Indices() const { return {mIndices.get(), mSize}; }

@@ -3,6 +3,7 @@
 
 #include "readers/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/flic/FlicFrame.h"
 #include "readers/flic/FlicHeader.h"
 
 #include <optional>
@@ -22,6 +23,7 @@ public:
     int GetHeight() override { return mHeader.height; }
     int GetRowPitch() override { return 4 * mHeader.width; }
     int GetFrameCount() override { return mHeader.frames; }
+    std::uint64_t GetWorkingBytes() override { return FlicFrame::BytesOf(mHeader.width, mHeader.height); }
 
 private:
     std::optional<ByteSource> mFile;  // nothing unless an animation is open

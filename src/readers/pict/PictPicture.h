@@ -56,6 +56,18 @@ struct PictPicture {
     /// One record of palette indices: these are copied, and looked up in the record's colours when they are put out.
     /// Anything else is drawn in 16-bit colour.
     bool indexed = false;
+
+    /// What a record takes, with its places in the lists of those that wait and those that are being drawn; lists grow
+    /// by doubling, and are copied when they do.
+    static constexpr std::uint64_t kRecordBytes = 512;
+
+    /// What the records take in all.
+    std::uint64_t WorkingBytes() const {
+        std::uint64_t colours = 0;
+        for (const PictRecord& record : records)
+            colours += record.colours.size();
+        return records.size() * kRecordBytes + colours * sizeof(PictColour);
+    }
 };
 
 }  // namespace Kavra::Devices

@@ -24,6 +24,7 @@ public:
     int GetWidth() override { return mPicture ? mPicture->frame.Width() : 0; }
     int GetHeight() override { return mPicture ? mPicture->frame.Height() : 0; }
     int GetRowPitch() override { return 4 * GetWidth(); }
+    std::uint64_t GetWorkingBytes() override { return mFileBytes + (mPicture ? mPicture->WorkingBytes() : 0); }
 
 private:
     bool ReadFile(const KString& path);

@@ -1,5 +1,6 @@
 #include "readers/rlc/RlcProbe.h"
 
+#include "common/Limits.h"
 #include "readers/rlc/RlcTrailer.h"
 
 #include <algorithm>
@@ -16,7 +17,10 @@ constexpr std::int64_t kFewestBytes = 5;
 /// always was, a little short: files that come close to it are not taken. The largest sizes allow for
 /// less than 2 GiB.
 bool LengthFits(std::int64_t length, std::int64_t rows, std::int64_t columns) {
-    return rows >= 1 && columns >= 1 && length >= 2 * rows && length <= (columns + 1) * rows * 2;
+    constexpr std::uint64_t kMinRowBytes = 2;  // the number of its runs
+    return rows >= 1 && columns >= 1 &&
+           Common::CanHold(static_cast<std::uint64_t>(length), static_cast<std::uint64_t>(rows), kMinRowBytes) &&
+           length <= (columns + 1) * rows * 2;
 }
 
 /// The runs of a row follow one another inside it. Positions are compared with each other as unsigned numbers and

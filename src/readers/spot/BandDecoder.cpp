@@ -1,10 +1,10 @@
 #include "readers/spot/BandDecoder.h"
 
+#include "common/Limits.h"
 #include "common/ParallelRange.h"
 #include "common/PixelRun.h"
 #include "readers/spot/BandKernels.h"
 #include "readers/spot/BandRows.h"
-#include "readers/spot/ByteCounts.h"
 
 #include <algorithm>
 #include <array>
@@ -16,6 +16,8 @@ namespace Kavra::Devices {
 
 namespace {
 
+using Common::Product;
+using Common::Sum;
 using Line = std::span<const unsigned char>;
 
 /// Rows in which the samples of all bands stand together.

@@ -1,7 +1,7 @@
 #include "readers/spot/BandHeader.h"
 
+#include "common/Limits.h"
 #include "readers/TextScanner.h"
-#include "readers/spot/ByteCounts.h"
 #include "readers/spot/HeaderText.h"
 #include "readers/spot/SideFiles.h"
 
@@ -12,6 +12,9 @@
 namespace Kavra::Devices {
 
 namespace {
+
+using Common::Product;
+using Common::Sum;
 
 constexpr std::uint64_t kMostHeaderBytes = 20480;
 constexpr std::size_t kMostLayoutCharacters = 10;

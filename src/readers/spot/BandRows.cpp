@@ -1,12 +1,15 @@
 #include "readers/spot/BandRows.h"
 
-#include "readers/spot/ByteCounts.h"
+#include "common/Limits.h"
 
 #include <algorithm>
 
 namespace Kavra::Devices {
 
 namespace {
+
+using Common::Product;
+using Common::Sum;
 
 /// At a time, of all slots together: enough to keep all cores busy, and little enough to stay in the caches until it is
 /// converted.

@@ -119,25 +119,4 @@ TEST_F(SpotHostile, PlacesFarBeyondTheFileAreZero) {
     }
 }
 
-/// Just over 256 MiB of pixels, for which no sample is needed.
-const std::string kLarge = "NCOLS 16384\nNROWS 16385\nTOTALROWBYTES 0\n";
-
-TEST_F(SpotHostile, TheLengthOfTheDataCountsWhicheverFileIsNamed) {
-    std::filesystem::remove(folder / "q.clr");
-    WriteRaster(folder, {kLarge, Bytes(8193, 1)});
-    const auto small = folder.Write("q.xyz", "x");
-    const Kavra::Common::PixelBlock block(access.LoadSpecial(desc, Wide(small), 0, 0, false, 0, kTopLeft, Spot));
-    ASSERT_TRUE(block) << "16384 x 16385 bytes are at most 32,768 times 8193";
-    EXPECT_EQ(desc.dataSize, 16384u * 16385);
-    EXPECT_EQ(block.get()[desc.dataSize - 1], 0);
-}
-
-TEST_F(SpotHostile, TheLengthOfANamedSiblingDoesNotCount) {
-    std::filesystem::remove(folder / "q.clr");
-    WriteRaster(folder, {kLarge, Bytes(8192, 1)});
-    const auto large = folder.Write("q.xyz", Bytes(100'000, 1));
-    EXPECT_EQ(access.LoadSpecial(desc, Wide(large), 0, 0, false, 0, kTopLeft, Spot), nullptr);
-    EXPECT_EQ(desc.width, 16384);
-}
-
 }  // namespace
