@@ -26,32 +26,27 @@ struct TileColours {
     }
 };
 
+/// Puts back the colours that `canvas` had, `before`, where an index has no colour of its own: a mask a pixel costs the
+/// same whether these come in long stretches or every second pixel.
+void RestoreWhereBeyond(std::span<const unsigned char> indices, unsigned char last, const PictConstRun& before,
+                        const PictRun& canvas) {
+    std::array<std::uint16_t, kTile> kept;
+    for (std::size_t i = 0; i < indices.size(); ++i)
+        kept[i] = indices[i] > last ? 0xFFFF : 0;
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        const std::uint16_t* from = before[channel].data();
+        std::uint16_t* to = canvas[channel].data();
+        for (std::size_t i = 0; i < indices.size(); ++i)
+            to[i] = static_cast<std::uint16_t>(to[i] ^ ((to[i] ^ from[i]) & kept[i]));
+    }
+}
+
 PictRun Part(const PictRun& run, std::size_t first, std::size_t count) {
     return {run[0].subspan(first, count), run[1].subspan(first, count), run[2].subspan(first, count)};
 }
 
 PictConstRun Const(const PictRun& run) {
     return {run[0], run[1], run[2]};
-}
-
-void LookUp(std::span<const PictColour> colours, std::span<const unsigned char> indices, const PictRun& out) {
-    for (std::size_t i = 0; i < indices.size(); ++i) {
-        for (std::size_t channel = 0; channel < 3; ++channel)
-            out[channel][i] = colours[indices[i]][channel];
-    }
-}
-
-/// Calls `draw(first, count)` for each run of indices below `limit`.
-template <class Draw>
-void ForEachRunBelow(std::span<const unsigned char> indices, std::size_t limit, Draw draw) {
-    const auto below = [limit](unsigned char index) { return index < limit; };
-    for (auto start = indices.begin(); start != indices.end();) {
-        start = std::find_if(start, indices.end(), below);
-        const auto end = std::find_if_not(start, indices.end(), below);
-        if (start != end)
-            draw(static_cast<std::size_t>(start - indices.begin()), static_cast<std::size_t>(end - start));
-        start = end;
-    }
 }
 
 /// Calls `draw(first, count)` for tiles that are together [0, count).
@@ -61,12 +56,11 @@ void ForEachTile(std::size_t count, Draw draw) {
         draw(first, std::min(kTile, count - first));
 }
 
-/// The records that draw anything; the first to begin is the last.
+/// The first to begin is the last.
 std::vector<const PictRecord*> InReverseOfBeginning(const std::vector<PictRecord>& records) {
     std::vector<const PictRecord*> order;
-    for (const PictRecord& record : records) {
-        if (!record.covered.IsEmpty()) order.push_back(&record);
-    }
+    for (const PictRecord& record : records)
+        order.push_back(&record);
     std::ranges::sort(order, std::greater(),
                       [](const PictRecord* record) { return std::pair(record->covered.top, record); });
     return order;
@@ -154,11 +148,23 @@ void PictCanvas::DrawIndexedRun(const PictRecord& record, std::span<const unsign
     const std::span<unsigned char> indices = tile.First(canvas[0].size());
     PictIndices(row, record.layout, first, indices);
     const std::span<const PictColour> table = PictColourTable(record);
-    ForEachRunBelow(indices, table.size(), [&](std::size_t start, std::size_t count) {
-        const PictRun source = colours.First(count);
-        LookUp(table, indices.subspan(start, count), source);
-        TransferPictRun(record.mode, mPicture.colours, Const(source), Part(canvas, start, count));
-    });
+    const PictRun source = colours.First(canvas[0].size());
+    if (LargestIndex(indices) < table.size()) {
+        PictIndexedColours(table, indices, source);
+        TransferPictRun(record.mode, mPicture.colours, Const(source), canvas);
+        return;
+    }
+    const auto last = static_cast<unsigned char>(table.size() - 1);
+    TileIndices bounded;
+    for (std::size_t i = 0; i < indices.size(); ++i)
+        bounded.bytes[i] = std::min(indices[i], last);
+    PictIndexedColours(table, bounded.First(indices.size()), source);
+    TileColours kept;
+    const PictRun before = kept.First(indices.size());
+    for (std::size_t channel = 0; channel < 3; ++channel)
+        std::ranges::copy(canvas[channel], before[channel].begin());
+    TransferPictRun(record.mode, mPicture.colours, Const(source), canvas);
+    RestoreWhereBeyond(indices, last, Const(before), canvas);
 }
 
 /// The one record of an indexed picture.

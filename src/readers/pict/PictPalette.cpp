@@ -1,5 +1,7 @@
 #include "readers/pict/PictPalette.h"
 
+#include "readers/pict/PictPixels.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -13,14 +15,6 @@ constexpr auto kGreys = [] {
         greys[i].fill(static_cast<std::uint16_t>(i * 257));
     return greys;
 }();
-
-/// Without an early end, for which compilers make no vectors.
-unsigned char Largest(std::span<const unsigned char> indices) {
-    unsigned char largest = 0;
-    for (const unsigned char index : indices)
-        largest = std::max(largest, index);
-    return largest;
-}
 
 }  // namespace
 
@@ -39,7 +33,7 @@ PictPalette::PictPalette(std::span<const PictColour> colours) : mCount(std::min(
 
 void PictPalette::ToRgba(std::span<const unsigned char> indices, std::span<unsigned char> out) const {
     unsigned char* to = out.first(4 * indices.size()).data();
-    if (Largest(indices) < mCount) {
+    if (LargestIndex(indices) < mCount) {
         for (std::size_t i = 0; i < indices.size(); ++i)
             std::memcpy(to + 4 * i, mPixels[indices[i]].data(), 4);
         return;

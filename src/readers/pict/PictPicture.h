@@ -50,23 +50,22 @@ struct PictRecord {
 };
 
 struct PictPicture {
-    PictRect frame;  ///< never empty
-    std::vector<PictRecord> records;
-    PictColours colours;  ///< as they are at the end of the stream: nothing is drawn before
+    PictRect frame;                   ///< never empty
+    std::vector<PictRecord> records;  ///< those that draw anything, in the order of the picture
+    PictColours colours;              ///< as they are at the end of the stream: nothing is drawn before
     /// One record of palette indices: these are copied, and looked up in the record's colours when they are put out.
     /// Anything else is drawn in 16-bit colour.
     bool indexed = false;
 
     /// What a record takes, with its places in the lists of those that wait and those that are being drawn; lists grow
     /// by doubling, and are copied when they do.
-    static constexpr std::uint64_t kRecordBytes = 512;
-
-    /// What the records take in all.
+    static std::uint64_t BytesOf(const PictRecord& record) { return 512 + record.colours.size() * sizeof(PictColour); }
+    /// What all records take.
     std::uint64_t WorkingBytes() const {
-        std::uint64_t colours = 0;
+        std::uint64_t bytes = 0;
         for (const PictRecord& record : records)
-            colours += record.colours.size();
-        return records.size() * kRecordBytes + colours * sizeof(PictColour);
+            bytes += BytesOf(record);
+        return bytes;
     }
 };
 

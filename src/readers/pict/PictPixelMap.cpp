@@ -2,6 +2,7 @@
 
 #include "readers/ByteOrder.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -10,7 +11,7 @@ namespace {
 
 constexpr std::uint16_t kPixelMapFlag = 0x8000;  // of the row bytes; a one-bit bitmap has it clear
 constexpr std::uint16_t kDeviceTableFlag = 0x8000;
-constexpr unsigned kMostColours = 256;
+constexpr int kMaxColours = 256;
 
 template <std::size_t Count>
 ReadResult<std::array<unsigned char, Count>> Next(ByteSource& source) {
@@ -76,19 +77,20 @@ bool ReadPixelMapHeader(ByteSource& source, std::uint16_t rowBytes, bool direct,
     return IsKnown(record.layout, direct) && SetBounds(record, RectAt<0>(*header));
 }
 
-/// A seed (4 bytes), flags (2), the number of the last entry (2); then the entries: a number, red, green, blue (2
-/// each). The number says where an entry belongs unless the table is a device's, or has no such place.
+/// A seed (4 bytes), flags (2), the number of the last entry (2, signed: -1 where there is none); then the entries: a
+/// number, red, green, blue (2 each). The number says where an entry belongs unless the table is a device's, or has no
+/// such place.
 std::optional<std::vector<PictColour>> ReadColourTable(ByteSource& source) {
     const auto header = Next<8>(source);
     if (!header) return std::nullopt;
     const bool inOrder = (BigAt<std::uint16_t, 4>(*header) & kDeviceTableFlag) != 0;
-    const unsigned count = BigAt<std::uint16_t, 6>(*header) + 1U;
-    std::vector<PictColour> colours(std::min(count, kMostColours));
-    for (unsigned i = 0; i < count; ++i) {
+    const int count = std::max(BigAt<std::int16_t, 6>(*header) + 1, 0);
+    std::vector<PictColour> colours(static_cast<std::size_t>(std::min(count, kMaxColours)));
+    for (int i = 0; i < count; ++i) {
         const auto entry = Next<8>(source);
         if (!entry) return std::nullopt;
-        const unsigned number = BigAt<std::uint16_t, 0>(*entry);
-        const unsigned place = inOrder || number >= count ? i : number;
+        const int number = BigAt<std::uint16_t, 0>(*entry);
+        const auto place = static_cast<std::size_t>(inOrder || number >= count ? i : number);
         if (place < colours.size()) colours[place] = ColourAt<2>(*entry);
     }
     return colours;

@@ -1,5 +1,7 @@
 #include "readers/pict/PictPixels.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -8,13 +10,41 @@ namespace Kavra::Devices {
 namespace {
 
 template <int Bits>
+constexpr std::size_t kPixelsPerByte = 8 / Bits;
+
+/// The indices in each byte, the highest bits first.
+template <int Bits>
+constexpr auto kIndicesOfByte = [] {
+    std::array<std::array<unsigned char, kPixelsPerByte<Bits>>, 256> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        for (std::size_t at = 0; at < kPixelsPerByte<Bits>; ++at)
+            table[byte][at] = static_cast<unsigned char>(byte >> (8 - Bits * (at + 1)) & ((1U << Bits) - 1));
+    }
+    return table;
+}();
+
+template <int Bits>
 void WidenIndices(std::span<const unsigned char> row, std::size_t first, std::span<unsigned char> out) {
-    constexpr std::size_t kPixelsPerByte = 8 / Bits;
-    constexpr unsigned kMask = (1U << Bits) - 1;
-    for (std::size_t i = 0; i < out.size(); ++i) {
-        const std::size_t pixel = first + i;
-        const std::size_t below = (kPixelsPerByte - 1 - pixel % kPixelsPerByte) * Bits;
-        out[i] = static_cast<unsigned char>((row[pixel / kPixelsPerByte] >> below) & kMask);
+    constexpr std::size_t kPixels = kPixelsPerByte<Bits>;
+    const unsigned char* byte = row.data() + first / kPixels;
+    const std::size_t skipped = first % kPixels;
+    const std::size_t head = std::min(out.size(), (kPixels - skipped) % kPixels);
+    unsigned char* to = out.data();
+    if (head > 0) to = std::copy_n(kIndicesOfByte<Bits>[*byte++].begin() + skipped, head, to);
+    for (std::size_t whole = (out.size() - head) / kPixels; whole > 0; --whole)
+        to = std::ranges::copy(kIndicesOfByte<Bits>[*byte++], to).out;
+    const std::size_t tail = (out.size() - head) % kPixels;
+    if (tail > 0) std::copy_n(kIndicesOfByte<Bits>[*byte].begin(), tail, to);
+}
+
+/// The first colour for 0, the last for anything else, without a look-up a pixel.
+void ChooseOfTwo(std::span<const PictColour> colours, std::span<const unsigned char> indices, const PictRun& out) {
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        const std::uint16_t zero = colours[0][channel];
+        const auto flip = static_cast<std::uint16_t>(zero ^ colours.back()[channel]);
+        std::uint16_t* to = out[channel].data();
+        for (std::size_t i = 0; i < indices.size(); ++i)
+            to[i] = static_cast<std::uint16_t>(zero ^ (indices[i] != 0 ? flip : 0));
     }
 }
 
@@ -82,6 +112,24 @@ void PictIndices(std::span<const unsigned char> row, const PictRowLayout& layout
             return WidenIndices<4>(row, first, out);
         default:
             std::ranges::copy(row.subspan(first, out.size()), out.begin());
+    }
+}
+
+unsigned char LargestIndex(std::span<const unsigned char> indices) {
+    // Without an early end, for which compilers make no vectors.
+    unsigned char largest = 0;
+    for (const unsigned char index : indices)
+        largest = std::max(largest, index);
+    return largest;
+}
+
+void PictIndexedColours(std::span<const PictColour> colours, std::span<const unsigned char> indices,
+                        const PictRun& out) {
+    if (colours.size() <= 2) return ChooseOfTwo(colours, indices, out);
+    const PictColour* table = colours.data();
+    for (std::size_t i = 0; i < indices.size(); ++i) {
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            out[channel][i] = table[indices[i]][channel];
     }
 }
 

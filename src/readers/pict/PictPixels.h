@@ -15,6 +15,13 @@ namespace Kavra::Devices {
 void PictIndices(std::span<const unsigned char> row, const PictRowLayout& layout, std::size_t first,
                  std::span<unsigned char> out);
 
+/// The largest of them, 0 where there are none.
+unsigned char LargestIndex(std::span<const unsigned char> indices);
+
+/// The colours of indices that are all below the number of colours.
+void PictIndexedColours(std::span<const PictColour> colours, std::span<const unsigned char> indices,
+                        const PictRun& out);
+
 /// Colours of pixels of 16 or 32 bits, widened so that the largest value becomes 65535.
 void PictDirectColours(std::span<const unsigned char> row, const PictRowLayout& layout, std::size_t first,
                        const PictRun& out);

@@ -1,8 +1,10 @@
 #include "readers/pict/PictStream.h"
 
+#include "common/Limits.h"
 #include "readers/pict/PictOpcodes.h"
 #include "readers/pict/PictPixelMap.h"
 
+#include <new>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -37,6 +39,11 @@ std::uint64_t Pixels(const PictRect& rect) {
     return static_cast<std::uint64_t>(rect.Width()) * static_cast<std::uint64_t>(rect.Height());
 }
 
+/// Stretching is told from the left and right edges alone.
+bool IsStretched(const PictRecord& record) {
+    return record.source.left != record.destination.left || record.source.right != record.destination.right;
+}
+
 /// Follows the opcodes and gathers what they say.
 class Walk {
 public:
@@ -50,6 +57,14 @@ public:
             if (*opcode == PictOpcode::kEnd) return true;
             if (!Take(*opcode)) return false;
         }
+    }
+
+    /// What can be said of the picture only when all of it was seen.
+    void Settle() {
+        std::vector<PictRecord>& records = mPicture.records;
+        if (mIsStretched) records.clear();
+        mPicture.indexed =
+            mBitmaps == 1 && records.size() == 1 && !records[0].layout.IsDirect() && records[0].layout.components < 2;
     }
 
 private:
@@ -87,26 +102,23 @@ private:
     bool TakeRecord(PictBitmapKind kind) {
         std::optional<PictRecord> record = ReadPictRecord(mFile, kind, mPicture.frame);
         if (!record) return false;
+        ++mBitmaps;
+        mIsStretched |= IsStretched(*record);
         mPixels += Pixels(record->covered);
+        if (record->covered.IsEmpty()) return true;
+        mBytes += PictPicture::BytesOf(*record);
+        if (mBytes > Common::MemoryShare()) throw std::bad_alloc();
         mPicture.records.push_back(std::move(*record));
-        return mPixels <= kMostPictPixels;
+        return mPixels <= kMaxPictPixels;
     }
 
     ByteSource& mFile;
     PictPicture& mPicture;
+    std::uint64_t mBitmaps = 0;  // those that draw nothing included
     std::uint64_t mPixels = 0;
+    std::uint64_t mBytes = 0;
+    bool mIsStretched = false;
 };
-
-/// Stretching is told from the left and right edges alone.
-bool IsStretched(const PictRecord& record) {
-    return record.source.left != record.destination.left || record.source.right != record.destination.right;
-}
-
-void Settle(PictPicture& picture) {
-    std::vector<PictRecord>& records = picture.records;
-    if (std::ranges::any_of(records, IsStretched)) records.clear();
-    picture.indexed = records.size() == 1 && !records[0].layout.IsDirect() && records[0].layout.components < 2;
-}
 
 }  // namespace
 
@@ -120,8 +132,9 @@ std::optional<PictPicture> ReadPictPicture(ByteSource& file) {
     if (!version) return std::nullopt;
     PictPicture picture;
     picture.frame = *frame;
-    if (!Walk(file, picture).ToTheEnd(*version)) return std::nullopt;
-    Settle(picture);
+    Walk walk(file, picture);
+    if (!walk.ToTheEnd(*version)) return std::nullopt;
+    walk.Settle();
     return picture;
 }
 

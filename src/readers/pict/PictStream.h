@@ -9,7 +9,7 @@
 namespace Kavra::Devices {
 
 /// The pixels that a picture may draw, those drawn over one another counted each time.
-inline constexpr std::uint64_t kMostPictPixels = std::uint64_t{1} << 32;
+inline constexpr std::uint64_t kMaxPictPixels = std::uint64_t{1} << 31;
 
 /// Reads a picture out of a whole file in memory. Big-endian:
 ///
@@ -23,8 +23,9 @@ inline constexpr std::uint64_t kMostPictPixels = std::uint64_t{1} << 32;
 /// Everything that draws anything but pixels is skipped by its size. Bitmaps are drawn once the stream is over: of
 /// pictures with a bitmap that is to be stretched in its width no bitmap is kept.
 ///
-/// Nothing when the file is damaged anywhere before the last opcode, or draws more than `kMostPictPixels`. Time is
-/// linear in the file, and no pixel is unpacked.
+/// Nothing when the file is damaged anywhere before the last opcode, or draws more than `kMaxPictPixels`. Time is
+/// linear in the file, and no pixel is unpacked. Throws `std::bad_alloc`, also where the records of the picture would
+/// take more than `Common::MemoryShare`.
 std::optional<PictPicture> ReadPictPicture(ByteSource& file);
 
 }  // namespace Kavra::Devices

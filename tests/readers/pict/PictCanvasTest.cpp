@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace {
 
 using namespace Kavra::Devices;
@@ -200,6 +202,57 @@ TEST(PictCanvas, InDirectColourAnIndexWithoutAColourLeavesTheCanvas) {
     const Decoded decoded = DecodePict(PictMaker({0, 0, 2, 3}).Indexed(map).End());
     EXPECT_EQ(Reds(decoded), (Bytes{10, 20, 255, 255, 20, 10}));
     EXPECT_EQ(PixelAt(decoded, 2, 0), kWhite);
+}
+
+TEST(PictCanvas, PixelsWithAndWithoutAColourMayAlternate) {
+    constexpr int kWidth = 2500;  // more than are worked on at a time
+    std::mt19937 random(5);
+    PictMap page = {.bounds = {0, 0, 1, kWidth}, .mode = 36, .rowBytes = 0x8000 + 2 * kWidth, .bits = 8};
+    page.colours = Greys({0, 80, 160, 255});
+    const auto packed = [](const Bytes& pixels) {
+        Bytes row;
+        for (const unsigned char pixel : pixels)
+            row.insert(row.end(), {0, pixel});
+        row.insert(row.begin(), {static_cast<unsigned char>(row.size() >> 8), static_cast<unsigned char>(row.size())});
+        return row;
+    };
+    for (unsigned mode = 0; mode <= 41; ++mode) {
+        Bytes below(kWidth), above(kWidth);
+        for (unsigned char& pixel : below)
+            pixel = static_cast<unsigned char>(random() % 4);
+        for (unsigned char& pixel : above)
+            pixel = static_cast<unsigned char>(random() % 5);
+        page.data = packed(below);
+        PictMap map = page;
+        map.mode = mode;
+        map.colours = {{0, 0, 0, 0}, {1, 65535, 65535, 65535}, {2, 1000, 50000, 30000}};
+        map.colours.resize(1 + mode % 3);
+        map.data = packed(above);
+        const PictColours colours{
+            .foreground = {9, 8, 7}, .background = {65535, 65535, 65535}, .operation = {4, 5, 60000}};
+        PictMaker maker({0, 0, 1, kWidth});
+        maker.Colour(0x1A, 9, 8, 7).Colour(0x1F, 4, 5, 60000).Indexed(page).Indexed(map);
+        const Decoded decoded = DecodePict(maker.End());
+        for (int x = 0; x < kWidth; ++x) {
+            const auto grey = static_cast<std::uint16_t>(page.colours[below[static_cast<std::size_t>(x)]].red);
+            std::array<std::uint16_t, 3> canvas = {grey, grey, grey};
+            if (const unsigned char index = above[static_cast<std::size_t>(x)]; index < map.colours.size()) {
+                const PictEntry& entry = map.colours[index];
+                const std::array<std::uint16_t, 3> source = {static_cast<std::uint16_t>(entry.red),
+                                                             static_cast<std::uint16_t>(entry.green),
+                                                             static_cast<std::uint16_t>(entry.blue)};
+                TransferPictRun(
+                    static_cast<std::uint16_t>(mode), colours,
+                    {std::span(source).subspan(0, 1), std::span(source).subspan(1, 1), std::span(source).subspan(2, 1)},
+                    {std::span(canvas).subspan(0, 1), std::span(canvas).subspan(1, 1),
+                     std::span(canvas).subspan(2, 1)});
+            }
+            const Bytes expected = {static_cast<unsigned char>(canvas[0] >> 8),
+                                    static_cast<unsigned char>(canvas[1] >> 8),
+                                    static_cast<unsigned char>(canvas[2] >> 8), 255};
+            ASSERT_EQ(PixelAt(decoded, x, 0), expected) << mode << " " << x;
+        }
+    }
 }
 
 TEST(PictCanvas, IndexedBitmapsInDirectColourTakeTheColoursOfTheirTables) {

@@ -172,14 +172,25 @@ TEST(PictPixelMap, EntriesBeyond256AreReadAndDropped) {
     EXPECT_EQ(record->colours[255][0], 253) << "two entries stand before the hundreds";
 }
 
-TEST(PictPixelMap, ATableMayHave65536Entries) {
+TEST(PictPixelMap, ATableMayHave32768Entries) {
     PictMap map = FourPixels();
-    map.colours.assign(65536, {7, 1, 2, 3});
+    map.colours.assign(32768, {7, 1, 2, 3});
     const auto record = ReadIndexed(map);
     ASSERT_TRUE(record);
     EXPECT_EQ(record->colours[7], (PictColour{1, 2, 3}));
-    map.colours.clear();  // the last entry is number 65535
-    EXPECT_FALSE(ReadIndexed(map)) << "and all have to be there";
+}
+
+TEST(PictPixelMap, WhereTheLastEntryIsBelowTheFirstThereIsNoTable) {
+    PictMap map = FourPixels();
+    map.mode = 36;
+    for (const unsigned last : {0xFFFFu, 0xFFFEu, 0x8000u}) {  // -1, -2, -32768
+        PictMaker maker({0, 0, 1, 1});
+        maker.Op(0x98).Header(map).Add({1, 2, 3, 4}).Word(0).Word(last).Placement(map).Add(map.data);
+        const auto record = Read(maker, PictBitmapKind::kIndexed);
+        ASSERT_TRUE(record) << last;
+        EXPECT_TRUE(record->colours.empty());
+        EXPECT_EQ(record->mode, 36) << "the rectangles and the mode follow at once";
+    }
 }
 
 TEST(PictPixelMap, WhatIsDrawnIsTheDestinationInsideTheBoundsAndTheFrame) {

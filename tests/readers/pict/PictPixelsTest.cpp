@@ -41,6 +41,43 @@ TEST(PictPixels, ARowMayBeginInsideAByte) {
     EXPECT_EQ(Indices({7, 8, 9}, 8, 1, 2), (Bytes{8, 9}));
 }
 
+TEST(PictPixels, AnyPartOfARowIsTheSamePixels) {
+    Bytes row;
+    for (unsigned i = 0; i < 16; ++i)
+        row.push_back(static_cast<unsigned char>(i * 73 + 5));
+    for (const int bits : {1, 2, 4, 8}) {
+        const std::size_t perByte = 8 / static_cast<std::size_t>(bits);
+        for (std::size_t first = 0; first < 20 && first < row.size() * perByte; ++first) {
+            for (std::size_t count = 0; first + count <= row.size() * perByte; ++count) {
+                Bytes expected;
+                for (std::size_t pixel = first; pixel < first + count; ++pixel) {
+                    const unsigned shifted = row[pixel / perByte] << (pixel % perByte) * static_cast<std::size_t>(bits);
+                    expected.push_back(static_cast<unsigned char>((shifted & 0xFF) >> (8 - bits)));
+                }
+                ASSERT_EQ(Indices(row, bits, first, count), expected) << bits << " " << first << " " << count;
+            }
+        }
+    }
+}
+
+TEST(PictPixels, IndicesOfAnyNumberOfColoursAreLookedUp) {
+    std::vector<PictColour> table;
+    Bytes indices;
+    for (unsigned size = 1; size <= 256; ++size) {
+        table.push_back({static_cast<std::uint16_t>(size * 250), static_cast<std::uint16_t>(size * 31), 7});
+        indices.insert(indices.begin(), static_cast<unsigned char>(size - 1));
+        std::array<std::vector<std::uint16_t>, 3> planes;
+        for (auto& plane : planes)
+            plane.resize(size);
+        PictIndexedColours(table, indices, {planes[0], planes[1], planes[2]});
+        for (std::size_t i = 0; i < size; ++i) {
+            ASSERT_EQ((PictColour{planes[0][i], planes[1][i], planes[2][i]}), table[indices[i]]) << size << " " << i;
+        }
+        ASSERT_EQ(LargestIndex(indices), size - 1);
+    }
+    EXPECT_EQ(LargestIndex({}), 0);
+}
+
 TEST(PictPixels, FiveBitsAreWidenedSoThatTheLargestIsWhite) {
     const PictRowLayout layout = {.width = 4, .pixelSize = 16, .components = 3, .rowBytes = 0x8008};
     const Bytes row = {0x7F, 0xFF, 0x80, 0x00, 0x40, 0x01, 0x00, 0x20};

@@ -52,6 +52,21 @@ TEST(PictReader, APictureWithAScaledBitmapIsWhiteAtTheSizeOfItsFrame) {
     EXPECT_TRUE(decoded.messages.empty());
 }
 
+TEST(PictReader, APixelMapWithoutATableShowsGreys) {
+    PictMap map = SixPixels();
+    map.colours.clear();  // the last entry is -1
+    map.mode = 36;
+    map.data = {0, 1, 255, 9, 128, 7, 254, 9};
+    const std::vector<unsigned> greys = {0, 1, 255, 128, 7, 254};
+    Bytes expected;
+    for (const unsigned grey : greys) {
+        const auto level = static_cast<unsigned char>(grey);
+        expected.insert(expected.end(), {level, level, level, 255});
+    }
+    EXPECT_EQ(DecodePict(PictMaker({0, 0, 2, 3}).Indexed(map).End()).block, expected);
+    EXPECT_EQ(DecodePict(PictMaker({0, 0, 2, 3}).Indexed(map).Indexed(map).End()).block, expected) << "drawn in colour";
+}
+
 TEST(PictReader, AVersion1PictureOfOneBitPixelsInPackBits) {
     PictMap map = {.bounds = {0, 0, 2, 64}, .rowBytes = 8};
     map.data = {2, 0xF9, 0x0F, 2, 0x00, 0x80};

@@ -162,7 +162,7 @@ TEST(PictStream, OnlyASingleRecordOfIndicesIsIndexed) {
 
 TEST(PictStream, OneRecordThatIsStretchedInItsWidthTakesAllAlong) {
     const auto count = [](const Box& source, const Box& destination) {
-        PictMap map = Dot(1);
+        PictMap map = Dot(0);
         map.source = source;
         map.destination = destination;
         const auto picture = Read(PictMaker({0, 0, 1, 4}).Indexed(Dot(0)).Indexed(map).Indexed(Dot(2)).End());
@@ -173,7 +173,22 @@ TEST(PictStream, OneRecordThatIsStretchedInItsWidthTakesAllAlong) {
     EXPECT_EQ(count({0, 0, 1, 1}, {0, 0, 1, 2}), 0u) << "right";
     EXPECT_EQ(count({0, 0, 1, 2}, {0, 1, 1, 2}), 0u) << "left";
     EXPECT_EQ(count({0, 0, 1, 1}, {0, 1, 1, 2}), 0u) << "moved aside";
-    EXPECT_EQ(count({0, 0, 1, 1}, {5, 0, 9, 1}), 3u) << "top and bottom do not count";
+    EXPECT_EQ(count({0, 0, 1, 1}, {0, 0, 9, 1}), 3u) << "top and bottom do not count";
+}
+
+TEST(PictStream, WhatDrawsNothingIsCountedAndNotKept) {
+    PictMap below = Dot(0);
+    below.bounds = {5, 0, 6, 1};
+    const auto alone = Read(PictMaker({0, 0, 1, 4}).Indexed(below).End());
+    ASSERT_TRUE(alone);
+    EXPECT_TRUE(alone->records.empty());
+    const auto beside = Read(PictMaker({0, 0, 1, 4}).Indexed(Dot(0)).Indexed(below).End());
+    ASSERT_TRUE(beside);
+    EXPECT_EQ(beside->records.size(), 1u);
+    EXPECT_FALSE(beside->indexed) << "of two bitmaps";
+    below.destination = {5, 0, 6, 2};
+    EXPECT_TRUE(Read(PictMaker({0, 0, 1, 4}).Indexed(Dot(0)).Indexed(below).End())->records.empty())
+        << "and stretching it takes all along";
 }
 
 TEST(PictStream, AStretchedPictureIsNotIndexed) {
@@ -184,17 +199,17 @@ TEST(PictStream, AStretchedPictureIsNotIndexed) {
     EXPECT_FALSE(picture->indexed);
 }
 
-TEST(PictStream, NoMoreThan4294967296PixelsAreDrawn) {
-    // Rows of 32767 one-bit pixels in two bytes each: 32767 x 32767 pixels a record, four of which stay below 2^32.
+TEST(PictStream, NoMoreThan2147483648PixelsAreDrawn) {
+    // Rows of 32767 one-bit pixels in two bytes each: 32767 x 32767 pixels a record, two of which stay below 2^31.
     PictMap map = {.bounds = {0, 0, 32767, 32767}, .rowBytes = 4096};
     for (int y = 0; y < 32767; ++y)
         map.data.insert(map.data.end(), {0, 0});
     PictMaker maker({0, 0, 32767, 32767});
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 2; ++i)
         maker.Bitmap(map);
-    // 4 x 32767^2 is 2^32 - 262140, and that is 8 rows and 4 pixels.
-    const PictMap rows = {.bounds = {0, 0, 8, 32767}, .rowBytes = 4096, .data = Bytes(16, 0)};
-    const PictMap rest = {.bounds = {0, 0, 1, 4}, .rowBytes = 4096, .data = Bytes(2, 0)};
+    // 2 x 32767^2 is 2^31 - 131070, and that is 4 rows and 2 pixels.
+    const PictMap rows = {.bounds = {0, 0, 4, 32767}, .rowBytes = 4096, .data = Bytes(8, 0)};
+    const PictMap rest = {.bounds = {0, 0, 1, 2}, .rowBytes = 4096, .data = Bytes(2, 0)};
     maker.Bitmap(rows).Bitmap(rest);
     EXPECT_TRUE(Read(PictMaker(maker).End()));
     const PictMap outside = {.bounds = {-1, 0, 0, 8}, .rowBytes = 4096, .data = Bytes(2, 0)};
