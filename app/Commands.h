@@ -21,6 +21,7 @@ enum ExitStatus : int {
 /// What the command line chose: filled in while it is parsed, run afterwards.
 struct Session {
     std::filesystem::path plugin;  ///< the module's file; empty means the usual places
+    bool verbose = false;          ///< every message is printed, however many are equal
     std::function<int()> run;      ///< gives the exit status
 
     /// Loads the module.

@@ -29,7 +29,7 @@ int FrameCount(const Host& host, Report& report) {
 
 /// Whether the messages since `mark` say that there is no such frame.
 bool EndOfFrames(const Report& report, std::size_t mark) {
-    return std::ranges::contains(report.Texts(mark), std::string("Frame index out of range"));
+    return report.WasSaidSince(mark, "Frame index out of range");
 }
 
 /// Writes every frame; one that fails does not keep the others from being written.

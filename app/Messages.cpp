@@ -3,6 +3,7 @@
 #include <kavra/objects/OS.h>
 #include <kavra/objects/ObjModel.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <format>
 
@@ -11,15 +12,34 @@ namespace {
 
 thread_local MessageScope* currentScope = nullptr;
 
+constexpr std::size_t kPrinted = 3;  // of equal messages in a row, before the others are only counted
+
+bool printsEvery = false;
+
+/// Adds a text that is said `count` times as it is printed.
+void AppendFolded(const std::string& text, std::size_t count, std::vector<std::string>& texts) {
+    const std::size_t printed = printsEvery ? count : std::min(count, kPrinted);
+    texts.insert(texts.end(), printed, text);
+    if (printed < count) texts.push_back(std::format("{} ({} more)", text, count - printed));
+}
+
 void WriteAll(std::FILE* stream, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stream);
 }
 
 }  // namespace
 
+void PrintEveryMessage() {
+    printsEvery = true;
+}
+
 void Report::Say(std::string_view kind, std::string_view text, std::string_view file) {
-    mTexts.emplace_back(text);
-    mLines.push_back(std::format("kavra: {}: {}: {}\n", file.empty() ? std::string_view(mFile) : file, kind, text));
+    if (file.empty()) file = mFile;
+    const bool isRepeated =
+        !mRuns.empty() && mRuns.back().kind == kind && mRuns.back().file == file && mRuns.back().text == text;
+    if (!isRepeated) mRuns.push_back({std::string(kind), std::string(file), std::string(text), 0});
+    ++mRuns.back().count;
+    ++mCount;
 }
 
 void Report::Fail(std::string_view text, std::string_view file) {
@@ -29,22 +49,38 @@ void Report::Fail(std::string_view text, std::string_view file) {
 
 void Report::FailUnlessSaid(std::size_t mark, std::string_view text, std::string_view file) {
     mFailed = true;
-    if (mTexts.size() == mark) Say("error", text, file);
+    if (mCount == mark) Say("error", text, file);
 }
 
-std::vector<std::string> Report::Texts(std::size_t mark) const {
-    return {mTexts.begin() + static_cast<std::ptrdiff_t>(mark), mTexts.end()};
+bool Report::WasSaidSince(std::size_t mark, std::string_view text) const {
+    std::size_t end = mCount;
+    for (auto run = mRuns.rbegin(); run != mRuns.rend() && end > mark; ++run) {
+        if (run->text == text) return true;
+        end -= run->count;
+    }
+    return false;
+}
+
+std::vector<std::string> Report::Texts() const {
+    std::vector<std::string> texts;
+    for (const Run& run : mRuns)
+        AppendFolded(run.text, run.count, texts);
+    return texts;
 }
 
 std::string Report::LastText(std::string_view fallback) const {
-    return mTexts.empty() ? std::string(fallback) : mTexts.back();
+    return mRuns.empty() ? std::string(fallback) : mRuns.back().text;
 }
 
 void Report::Print() const {
     WriteAll(stdout, out);
     std::fflush(stdout);
-    for (const std::string& line : mLines)
-        WriteAll(stderr, line);
+    for (const Run& run : mRuns) {
+        std::vector<std::string> texts;
+        AppendFolded(run.text, run.count, texts);
+        for (const std::string& text : texts)
+            WriteAll(stderr, std::format("kavra: {}: {}: {}\n", run.file, run.kind, text));
+    }
 }
 
 MessageScope::MessageScope(Report& report, std::string file)

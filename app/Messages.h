@@ -9,8 +9,13 @@
 
 namespace Kavra::App {
 
+/// Has reports print every message, also where many equal ones follow each other. To be called before there are any.
+void PrintEveryMessage();
+
 /// Everything that is to be said of one input: data for standard output, messages for standard error. Kept until its
-/// turn comes, so that files worked on at the same time do not mix.
+/// turn comes, so that files worked on at the same time do not mix. Of messages in a row with the same kind, file and
+/// text, which a damaged file may cause by the hundred thousand, the first three are printed and then one with the
+/// count of the others.
 class Report {
 public:
     explicit Report(std::string file) : mFile(std::move(file)) {}
@@ -25,10 +30,12 @@ public:
     void FailUnlessSaid(std::size_t mark, std::string_view text, std::string_view file = {});
 
     bool Failed() const { return mFailed; }
-    /// How much has been said so far.
-    std::size_t Mark() const { return mTexts.size(); }
-    /// The bare texts from `mark` on.
-    std::vector<std::string> Texts(std::size_t mark = 0) const;
+    /// How many messages there are so far.
+    std::size_t Mark() const { return mCount; }
+    /// Whether one of the messages from `mark` on has this text.
+    bool WasSaidSince(std::size_t mark, std::string_view text) const;
+    /// The bare texts, folded as they are printed.
+    std::vector<std::string> Texts() const;
     /// The last text, or `fallback`.
     std::string LastText(std::string_view fallback) const;
 
@@ -39,9 +46,17 @@ public:
     void Print() const;
 
 private:
+    /// Equal messages in a row.
+    struct Run {
+        std::string kind;
+        std::string file;
+        std::string text;
+        std::size_t count;
+    };
+
     std::string mFile;
-    std::vector<std::string> mTexts;
-    std::vector<std::string> mLines;
+    std::vector<Run> mRuns;
+    std::size_t mCount = 0;
     bool mFailed = false;
 };
 

@@ -13,6 +13,16 @@
 
 namespace {
 
+/// The option may stand before the command and after it.
+void AddVerbose(CLI::App& program, Kavra::App::Session& session) {
+    const auto add = [&](CLI::App& app) {
+        app.add_flag("--verbose", session.verbose, "Print every message, however many in a row are equal");
+    };
+    add(program);
+    for (CLI::App* command : program.get_subcommands(nullptr))
+        add(*command);
+}
+
 int Parse(CLI::App& program, int argc, char** argv) {
     try {
         program.parse(argc, argv);
@@ -23,6 +33,7 @@ int Parse(CLI::App& program, int argc, char** argv) {
 }
 
 int Run(const Kavra::App::Session& session) {
+    if (session.verbose) Kavra::App::PrintEveryMessage();
     const Kavra::App::MessageRouter router;
     try {
         return session.run();
@@ -54,6 +65,7 @@ int main(int argc, char** argv) {
     Kavra::App::AddLight(program, session);
     Kavra::App::AddFormats(program, session);
     Kavra::App::AddLimitOptions(program);
+    AddVerbose(program, session);
     const int status = Parse(program, argc, argv);
     return status >= 0 ? status : Run(session);
 }
