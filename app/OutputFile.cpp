@@ -1,24 +1,27 @@
 #include "OutputFile.h"
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <format>
 #include <mutex>
+#include <random>
 #include <set>
 #include <thread>
 
 namespace Kavra::App {
 namespace {
 
-/// The hidden files that exist now.
+/// The hidden folders that may exist now.
 struct Unfinished {
     std::mutex mutex;
-    std::set<std::filesystem::path> paths;
+    std::set<std::filesystem::path> folders;
 };
 
 Unfinished& TheUnfinished() {
@@ -34,9 +37,36 @@ std::filesystem::path Resolve(const std::filesystem::path& path) {
     return error ? path : target;
 }
 
+/// A name in the same folder that nobody can know beforehand.
 std::filesystem::path HiddenName(const std::filesystem::path& final) {
-    static std::atomic<unsigned> counter = 0;
-    return final.parent_path() / std::format(".kavra-{}-{}{}", getpid(), counter++, final.extension().string());
+    std::random_device random;
+    return final.parent_path() / std::format(".kavra-{:08x}{:08x}", random(), random());
+}
+
+/// Makes the folder for its owner only, or leaves that to the writer, who says what is wrong where it cannot be made.
+std::filesystem::path MakeHiddenFolder(const std::filesystem::path& final) {
+    std::filesystem::path folder = HiddenName(final);
+    while (mkdir(folder.c_str(), S_IRWXU) != 0 && errno == EEXIST)
+        folder = HiddenName(final);
+    return folder;
+}
+
+/// A writer that is still at work may add a file while the folder is emptied. Once it is gone it takes no more.
+void RemoveFolder(const std::filesystem::path& folder) {
+    constexpr int kTries = 100;
+    std::error_code failed;
+    for (int i = 0; i < kTries; ++i) {
+        std::filesystem::remove_all(folder, failed);
+        if (!failed) return;
+    }
+}
+
+/// The folder's name by way of its handle, whatever its own length: hosts take no long ones. A folder that was removed
+/// is not made again under this name.
+std::filesystem::path NameOfHandle(int handle, const std::filesystem::path& folder) {
+    std::error_code ignored;
+    std::filesystem::path name = std::format("/proc/self/fd/{}", handle);
+    return handle >= 0 && std::filesystem::is_directory(name, ignored) ? name : folder;
 }
 
 std::string ErrorText(int code) {
@@ -54,18 +84,22 @@ std::filesystem::path NearestFolder(const std::filesystem::path& path) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::filesystem::path& final) : mFinal(Resolve(final)), mTemporary(HiddenName(mFinal)) {
+OutputFile::OutputFile(const std::filesystem::path& final) : mFinal(Resolve(final)) {
     Unfinished& unfinished = TheUnfinished();
     const std::lock_guard lock(unfinished.mutex);
-    unfinished.paths.insert(mTemporary);
+    mHidden = MakeHiddenFolder(mFinal);
+    unfinished.folders.insert(mHidden);
+    mFolder = open(mHidden.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    mTemporary = NameOfHandle(mFolder, mHidden) / "unfinished";
+    mTemporary += mFinal.extension();
 }
 
 OutputFile::~OutputFile() {
     Unfinished& unfinished = TheUnfinished();
     const std::lock_guard lock(unfinished.mutex);
-    std::error_code ignored;
-    std::filesystem::remove(mTemporary, ignored);
-    unfinished.paths.erase(mTemporary);
+    if (mFolder >= 0) close(mFolder);
+    RemoveFolder(mHidden);
+    unfinished.folders.erase(mHidden);
 }
 
 std::string OutputFile::Commit() {
@@ -109,8 +143,7 @@ void WatchForInterruption() {
         sigwait(&signals, &signal);
         Unfinished& unfinished = TheUnfinished();
         const std::lock_guard lock(unfinished.mutex);
-        for (const std::filesystem::path& path : unfinished.paths)
-            unlink(path.c_str());
+        std::ranges::for_each(unfinished.folders, RemoveFolder);
         _exit(128 + signal);
     }).detach();
 }

@@ -6,8 +6,9 @@
 
 namespace Kavra::App {
 
-/// A file in the making: written under a hidden name in the same folder, with the same extension, and renamed when
-/// whole. Without `Commit` the hidden file is removed, also when the program is interrupted.
+/// A file in the making: written with the same extension into a hidden folder of its own beside the final name, and
+/// renamed when whole. Nobody else can have put anything into that folder, and what a writer puts there beside the file
+/// goes with it. Without `Commit` all of it is removed, also when the program is interrupted.
 class OutputFile {
 public:
     explicit OutputFile(const std::filesystem::path& final);
@@ -23,7 +24,9 @@ public:
 
 private:
     std::filesystem::path mFinal;
-    std::filesystem::path mTemporary;
+    std::filesystem::path mHidden;     ///< the folder
+    int mFolder = -1;                  ///< an open handle of it
+    std::filesystem::path mTemporary;  ///< the file in it
 };
 
 /// Why no file can take the name `path`: a folder, a device or a pipe has it. Empty when nothing speaks against it.

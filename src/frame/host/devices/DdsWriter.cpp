@@ -6,14 +6,13 @@
 #include <kavra/devices/DDSWriter.h>
 #include <kavra/objects/OS.h>
 
-#include <unistd.h>
-
-#include <atomic>
+#include <cerrno>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <limits>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -84,17 +83,23 @@ bool IsChain(const Dds::Shape& shape) {
     return shape.levels >= 1 && shape.levels <= Dds::FullChain(shape.size);
 }
 
-/// A file beside its final name: gone again unless it is committed.
+/// A file beside its final name: gone again unless it is committed. Its name cannot be known beforehand, and it is
+/// written only where nothing has that name.
 class UnfinishedFile {
 public:
     explicit UnfinishedFile(fs::path finalPath) : mFinal(std::move(finalPath)) {
-        static std::atomic<unsigned> count{0};
-        const std::string name = ".kavra-" + std::to_string(getpid()) + "-" + std::to_string(count++) + ".tmp";
-        const fs::path path = mFinal.parent_path() / name;
-        std::FILE* opened = nullptr;
-        if (OS::fopen(&opened, path.c_str(), "wb") != 0) return;
-        mFile.reset(opened);
-        mPath = path;
+        constexpr int kTries = 100;
+        std::random_device random;
+        int error = EEXIST;
+        for (int i = 0; i < kTries && error == EEXIST; ++i) {
+            const std::string number = std::to_string(random()) + std::to_string(random());
+            const fs::path path = mFinal.parent_path() / (".kavra-" + number + ".tmp");
+            std::FILE* opened = nullptr;
+            error = OS::fopen(&opened, path.c_str(), "wbx");
+            if (error != 0) continue;
+            mFile.reset(opened);
+            mPath = path;
+        }
     }
     ~UnfinishedFile() {
         mFile.reset();

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -288,6 +289,19 @@ TEST(DdsWriter, AFailureLeavesNothingAndTheOldFileAsItWas) {
     EXPECT_FALSE(Save("", kTexture2D, kL8, 1, 1, 1, 1, {1}));
     EXPECT_FALSE(Save(folder / (std::string(5000, 'n') + ".dds"), kTexture2D, kL8, 1, 1, 1, 1, {1}));
     EXPECT_EQ(FilesIn(folder), 0u);
+}
+
+TEST(DdsWriter, PlantedLinksAreNotWrittenThrough) {
+    const TemporaryFolder folder;
+    const std::filesystem::path victim = folder.Write("victim", std::string("mine"));
+    // Names that are made of the process number and a count can be guessed.
+    for (int count = 0; count < 1000; ++count) {
+        const std::string name = ".kavra-" + std::to_string(getpid()) + "-" + std::to_string(count) + ".tmp";
+        std::filesystem::create_symlink(victim, folder / name);
+    }
+    ASSERT_TRUE(Save(folder / "a.dds", kTexture2D, kL8, 2, 1, 1, 1, {3, 4}));
+    EXPECT_FALSE(std::filesystem::is_symlink(folder / "a.dds"));
+    EXPECT_EQ(ReadAll(victim), (Bytes{'m', 'i', 'n', 'e'}));
 }
 
 TEST(DdsWriter, AFullDiskIsAFailure) {
