@@ -1,11 +1,11 @@
 #include "Commands.h"
 #include "Description.h"
 #include "FormatNames.h"
+#include "StandardStreams.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 
 #include <array>
-#include <cstdio>
 #include <format>
 #include <memory>
 
@@ -84,7 +84,7 @@ void AddFormats(CLI::App& program, Session& session) {
     command->add_flag("--json", *json, "One JSON object");
     command->callback([json, &session] {
         session.run = [json] {
-            std::fputs((*json ? JsonText(FormatsJson()) : FormatsText()).c_str(), stdout);
+            WriteOutput(*json ? JsonText(FormatsJson()) : FormatsText());
             return static_cast<int>(kAllDone);
         };
     });

@@ -2,11 +2,11 @@
 #include "Description.h"
 #include "FormatNames.h"
 #include "LoadOptions.h"
+#include "StandardStreams.h"
 #include "Workers.h"
 
 #include <kavra/objects/OS.h>
 
-#include <cstdio>
 #include <format>
 
 namespace Kavra::App {
@@ -56,7 +56,7 @@ int Run(const Session& session, const Options& options) {
             report.out = DescriptionText(report.File(), *desc);
         }
     });
-    if (options.json) std::fputs(JsonText(Json(descriptions)).c_str(), stdout);
+    if (options.json) WriteOutput(JsonText(Json(descriptions)));
     return good ? kAllDone : kSomeFailed;
 }
 

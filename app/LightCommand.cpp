@@ -5,11 +5,11 @@
 #include "LightFindings.h"
 #include "LightPlot.h"
 #include "SaveImage.h"
+#include "StandardStreams.h"
 #include "Workers.h"
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <memory>
 #include <optional>
 
@@ -105,7 +105,7 @@ int Run(const Session& session, const Options& options) {
     std::vector<Json> json(reports.size());
     const std::size_t width = LongestName(options.files);
     const bool isTable = reports.size() > 1;
-    if (isTable && !options.json) std::fputs(LightTableHead(width).c_str(), stdout);
+    if (isTable && !options.json) WriteOutput(LightTableHead(width));
     const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
         const auto findings = Measure(host.Handler(), report, options, plots[index]);
         if (options.json) {
@@ -115,7 +115,7 @@ int Run(const Session& session, const Options& options) {
                 isTable ? LightTableLine(report.File(), width, *findings) : LightText(report.File(), *findings);
         }
     });
-    if (options.json) std::fputs(JsonText(Json(json)).c_str(), stdout);
+    if (options.json) WriteOutput(JsonText(Json(json)));
     return good ? kAllDone : kSomeFailed;
 }
 

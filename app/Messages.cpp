@@ -1,10 +1,11 @@
 #include "Messages.h"
 
+#include "StandardStreams.h"
+
 #include <kavra/objects/OS.h>
 #include <kavra/objects/ObjModel.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <format>
 
 namespace Kavra::App {
@@ -21,10 +22,6 @@ void AppendFolded(const std::string& text, std::size_t count, std::vector<std::s
     const std::size_t printed = printsEvery ? count : std::min(count, kPrinted);
     texts.insert(texts.end(), printed, text);
     if (printed < count) texts.push_back(std::format("{} ({} more)", text, count - printed));
-}
-
-void WriteAll(std::FILE* stream, std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stream);
 }
 
 }  // namespace
@@ -73,13 +70,12 @@ std::string Report::LastText(std::string_view fallback) const {
 }
 
 void Report::Print() const {
-    WriteAll(stdout, out);
-    std::fflush(stdout);
+    WriteOutput(out);
     for (const Run& run : mRuns) {
         std::vector<std::string> texts;
         AppendFolded(run.text, run.count, texts);
         for (const std::string& text : texts)
-            WriteAll(stderr, std::format("kavra: {}: {}: {}\n", run.file, run.kind, text));
+            WriteError(std::format("kavra: {}: {}: {}\n", run.file, run.kind, text));
     }
 }
 
@@ -107,7 +103,7 @@ void MessageRouter::Message(Objects::EMessageKind kind, const wchar_t* text, con
     if (currentScope != nullptr) {
         currentScope->mReport.Say(kindText, message, currentScope->mFile);
     } else {
-        WriteAll(stderr, std::format("kavra: {}: {}\n", kindText, message));
+        WriteError(std::format("kavra: {}: {}\n", kindText, message));
     }
 }
 

@@ -69,6 +69,21 @@ std::filesystem::path NameOfHandle(int handle, const std::filesystem::path& fold
     return handle >= 0 && std::filesystem::is_directory(name, ignored) ? name : folder;
 }
 
+/// The last thing that the program does: the lock is kept, so that no other file is begun.
+void AbandonUnfinished() {
+    Unfinished& unfinished = TheUnfinished();
+    unfinished.mutex.lock();
+    std::ranges::for_each(unfinished.folders, RemoveFolder);
+}
+
+/// What the caller told this process to ignore (nohup, a background job) stays ignored.
+bool IsIgnored(int number) {
+    struct sigaction action{};
+    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+bool endsByBrokenPipe = true;
+
 std::string ErrorText(int code) {
     return std::generic_category().message(code);
 }
@@ -131,21 +146,26 @@ std::string FolderObstacle(const std::filesystem::path& path) {
 void WatchForInterruption() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        // What the caller told this process to ignore (nohup, a background job) stays ignored.
-        struct sigaction action{};
-        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) continue;
-        sigaddset(&signals, signal);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        if (!IsIgnored(number)) sigaddset(&signals, number);
     }
+    endsByBrokenPipe = !IsIgnored(SIGPIPE);
+    for (const int number : {SIGPIPE, SIGXFSZ})
+        (void)signal(number, SIG_IGN);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([signals] {
-        int signal = 0;
-        sigwait(&signals, &signal);
-        Unfinished& unfinished = TheUnfinished();
-        const std::lock_guard lock(unfinished.mutex);
-        std::ranges::for_each(unfinished.folders, RemoveFolder);
-        _exit(128 + signal);
+        int number = 0;
+        sigwait(&signals, &number);
+        AbandonUnfinished();
+        _exit(128 + number);
     }).detach();
+}
+
+void EndByBrokenPipe() {
+    if (!endsByBrokenPipe) return;
+    AbandonUnfinished();
+    (void)signal(SIGPIPE, SIG_DFL);
+    (void)raise(SIGPIPE);
 }
 
 }  // namespace Kavra::App

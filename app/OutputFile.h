@@ -36,8 +36,12 @@ std::string NameObstacle(const std::filesystem::path& path);
 /// may not be written to, or its disk is full. Empty when nothing speaks against it.
 std::string FolderObstacle(const std::filesystem::path& path);
 
-/// Removes the unfinished files and ends the program when it is interrupted. To be called once, before any other
-/// thread is started.
+/// Removes the unfinished files and ends the program when it is interrupted; a broken pipe and a file that grew too
+/// large become errors of the write. To be called once, before any other thread is started.
 void WatchForInterruption();
+
+/// Removes the unfinished files and ends the program as a pipe that nobody reads ends it; returns where the caller
+/// wants none of that.
+void EndByBrokenPipe();
 
 }  // namespace Kavra::App

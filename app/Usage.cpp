@@ -1,12 +1,12 @@
 #include "Commands.h"
+#include "StandardStreams.h"
 
-#include <cstdio>
 #include <format>
 
 namespace Kavra::App {
 
 int WrongUsage(std::string_view text) {
-    std::fputs(std::format("kavra: error: {}\n", text).c_str(), stderr);
+    WriteError(std::format("kavra: error: {}\n", text));
     return kWrongUsage;
 }
 

@@ -1,10 +1,11 @@
 #include "Workers.h"
 
+#include "StandardStreams.h"
+
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <exception>
 #include <format>
 #include <mutex>
@@ -99,13 +100,13 @@ void Progress::Show(std::size_t done) {
     const std::size_t filled = kWidth * done / mTotal;
     const std::string bar =
         std::format("\r[{}{}] {}/{}", std::string(filled, '#'), std::string(kWidth - filled, ' '), done, mTotal);
-    std::fwrite(bar.data(), 1, bar.size(), stderr);
+    WriteError(bar);
     mDrawn = true;
 }
 
 void Progress::Hide() {
     if (!mDrawn) return;
-    std::fputs("\r\x1b[K", stderr);
+    WriteError("\r\x1b[K");
     mDrawn = false;
 }
 

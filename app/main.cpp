@@ -4,12 +4,14 @@
 #include "LoadOptions.h"
 #include "Messages.h"
 #include "OutputFile.h"
+#include "StandardStreams.h"
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <exception>
 #include <format>
+#include <sstream>
+#include <string>
 
 namespace {
 
@@ -28,7 +30,11 @@ int Parse(CLI::App& program, int argc, char** argv) {
         program.parse(argc, argv);
         return -1;
     } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? Kavra::App::kAllDone : Kavra::App::kWrongUsage;
+        std::ostringstream out, err;
+        const bool isHelp = program.exit(error, out, err) == 0;
+        Kavra::App::WriteOutput(out.str());
+        Kavra::App::WriteError(err.str());
+        return isHelp ? Kavra::App::kAllDone : Kavra::App::kWrongUsage;
     }
 }
 
@@ -38,14 +44,23 @@ int Run(const Kavra::App::Session& session) {
     try {
         return session.run();
     } catch (const std::exception& error) {
-        std::fputs(std::format("kavra: error: {}\n", error.what()).c_str(), stderr);
+        Kavra::App::WriteError(std::format("kavra: error: {}\n", error.what()));
         return Kavra::App::kSomeFailed;
     }
+}
+
+/// The status, unless what belongs to standard output is not there.
+int End(int status) {
+    const std::string loss = Kavra::App::OutputLoss();
+    if (loss.empty()) return status;
+    Kavra::App::WriteError(std::format("kavra: error: standard output cannot be written: {}\n", loss));
+    return Kavra::App::kSomeFailed;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    Kavra::App::HoldStandardStreams();
     Kavra::App::WatchForInterruption();
     CLI::App program("Loads any image into texture memory, and what was loaded into files", "kavra");
     program.footer("kavra COMMAND --help tells more, with an example.");
@@ -67,5 +82,5 @@ int main(int argc, char** argv) {
     Kavra::App::AddLimitOptions(program);
     AddVerbose(program, session);
     const int status = Parse(program, argc, argv);
-    return status >= 0 ? status : Run(session);
+    return End(status >= 0 ? status : Run(session));
 }

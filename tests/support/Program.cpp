@@ -25,6 +25,7 @@ std::filesystem::path NewFile() {
 }
 
 std::string TakeText(const std::filesystem::path& path) {
+    if (path.empty()) return {};
     const std::vector<unsigned char> bytes = ReadAll(path);
     std::filesystem::remove(path);
     return {bytes.begin(), bytes.end()};
@@ -32,7 +33,8 @@ std::string TakeText(const std::filesystem::path& path) {
 
 }  // namespace
 
-RunningKavra::RunningKavra(const std::vector<std::string>& arguments) : mOut(NewFile()), mError(NewFile()) {
+RunningKavra::RunningKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out)
+    : mOut(out.empty() ? NewFile() : std::filesystem::path()), mError(NewFile()) {
     std::vector<std::string> words = {KAVRA_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -43,7 +45,7 @@ RunningKavra::RunningKavra(const std::vector<std::string>& arguments) : mOut(New
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, mOut.c_str(), O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, (out.empty() ? mOut : out).c_str(), O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, mError.c_str(), O_WRONLY, 0);
     const int error = posix_spawn(&mProcess, KAVRA_PROGRAM, &actions, nullptr, pointers.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
@@ -69,8 +71,8 @@ ProgramResult RunningKavra::Wait() {
     return {code, TakeText(mOut), TakeText(mError)};
 }
 
-ProgramResult RunKavra(const std::vector<std::string>& arguments) {
-    return RunningKavra(arguments).Wait();
+ProgramResult RunKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out) {
+    return RunningKavra(arguments, out).Wait();
 }
 
 std::filesystem::path Sample(const std::string& name) {

@@ -13,13 +13,14 @@ struct ProgramResult {
     std::string error;
 };
 
-/// Runs `kavra` with these arguments and waits for its end. Standard input is empty.
-ProgramResult RunKavra(const std::vector<std::string>& arguments);
+/// Runs `kavra` with these arguments and waits for its end. Standard input is empty. Standard output goes to the file
+/// or device `out`, where one is named, and is not in the result then.
+ProgramResult RunKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out = {});
 
 /// Starts it without waiting; `Wait` collects the rest.
 class RunningKavra {
 public:
-    explicit RunningKavra(const std::vector<std::string>& arguments);
+    explicit RunningKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out = {});
     ~RunningKavra();
     RunningKavra(const RunningKavra&) = delete;
     RunningKavra& operator=(const RunningKavra&) = delete;
@@ -29,7 +30,7 @@ public:
 
 private:
     int mProcess = -1;
-    std::filesystem::path mOut;
+    std::filesystem::path mOut;  ///< empty where the caller named one
     std::filesystem::path mError;
 };
 
