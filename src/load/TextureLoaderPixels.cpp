@@ -22,8 +22,8 @@ namespace {
 
 constexpr std::size_t kSerialPixels = 1 << 16;
 
-/// Channels 0 to `channels` - 1 of every pixel into `out`, where pixels are `pixelStride` bytes apart; other bytes
-/// stay.
+/// Reads channels 0 to `channels` - 1 of every pixel into `out`, where pixels are `pixelStride` bytes apart. The bytes
+/// between them stay as they are.
 bool ReadChannels(TextureLoad& load, int channels, OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride) {
     if (load.IsDds() && (load.IsCube() || load.IsVolume())) {
         return load.slices->ReadLevel(load.index, load.fileSpec, channels, type, out, pixelStride);
@@ -39,8 +39,7 @@ std::size_t PixelCount(const OIIO::ImageSpec& spec) {
     return static_cast<std::size_t>(spec.image_pixels());
 }
 
-// --- Luminance with alpha
-// ----------------------------------------------------------------------------------------------
+// --- Luminance with alpha --------------------------------------------------------------------------------------------
 
 bool IsLuminanceAlpha(const TextureLoad& load) {
     return load.fileSpec.nchannels == 2 && (load.fileSpec.alpha_channel > 0 || load.IsDds()) &&
@@ -74,8 +73,7 @@ Pixels ReadLuminanceAlpha(TextureLoad& load) {
     return read;
 }
 
-// --- OpenEXR files with one channel
-// --------------------------------------------------------------------------------------
+// --- OpenEXR files with one channel ----------------------------------------------------------------------------------
 
 bool IsSingleChannelExr(const TextureLoad& load) {
     return load.fileType == OpenEXR && load.fileSpec.nchannels == 1 &&
@@ -121,8 +119,7 @@ Pixels ReadSingleChannelExr(TextureLoad& load) {
     return read;
 }
 
-// --- 16-bit luminance in DDS files
-// ---------------------------------------------------------------------------------------
+// --- 16-bit luminance in DDS files -----------------------------------------------------------------------------------
 
 /// The library keeps the upper half of each value only, the host's reader both.
 bool IsHostLuminance16(const TextureLoad& load) {
@@ -151,8 +148,7 @@ Pixels ReadHostLevel(const TextureLoad& load) {
     return pixels;
 }
 
-// --- Putting it together
-// -------------------------------------------------------------------------------------------------
+// --- Putting it together ---------------------------------------------------------------------------------------------
 
 /// A block for pixels of `as`, zeroed where not every channel will be written.
 Pixels NewPixelsFor(const OIIO::ImageSpec& as, bool covered) {

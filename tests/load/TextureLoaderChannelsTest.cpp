@@ -59,8 +59,7 @@ Floats FromHalves(const LoadedTexture& texture) {
     return values;
 }
 
-// --- Alpha
-// ---------------------------------------------------------------------------------------------------------------
+// --- Alpha -----------------------------------------------------------------------------------------------------------
 
 TEST_F(TextureChannels, AlphaLeavesTheColoursAsTheyAreStored) {
     const auto path = Write<unsigned char>("a.png", 4, {200, 100, 50, 128, 1, 2, 3, 0});
@@ -129,8 +128,7 @@ TEST_F(TextureChannels, HasAlphaSpeaksOfTheFileNotOfTheBlock) {
     EXPECT_FALSE(grey.desc.hasTransparentPixels) << "the block has no alpha to look at";
 }
 
-// --- Palettes, planes, tiles
-// -----------------------------------------------------------------------------------------------
+// --- Palettes, planes, tiles -----------------------------------------------------------------------------------------
 
 TEST_F(TextureChannels, PalettesAreLookedUp) {
     PngFile png{.width = 3, .height = 1, .colourType = 3};
@@ -176,8 +174,7 @@ TEST_F(TextureChannels, FramesOfAnAnimationHaveAlpha) {
     EXPECT_FALSE(frame.desc.hasTransparentPixels);
 }
 
-// --- Grey with alpha
-// -------------------------------------------------------------------------------------------------------
+// --- Grey with alpha -------------------------------------------------------------------------------------------------
 
 TEST_F(TextureChannels, GreyAlphaIsSpreadOverTheColours) {
     const LoadedTexture texture = LoadFile(Write<unsigned char>("ga.png", 2, {10, 128, 20, 0}));
@@ -250,8 +247,7 @@ TEST_F(TextureChannels, GreyAlphaInATiffIsGreyAlone) {
     EXPECT_EQ(texture.bytes, Bytes{77});
 }
 
-// --- From one format to another
-// --------------------------------------------------------------------------------------------
+// --- From one format to another --------------------------------------------------------------------------------------
 
 TEST_F(TextureChannels, WhatTheEngineConvertsGoesThroughIt) {
     const auto grey = Write<unsigned char>("g.png", 1, {100});
@@ -288,8 +284,7 @@ TEST_F(TextureChannels, BlueFirstIsSwappedAfterAReadInEightBits) {
     EXPECT_EQ(LoadFile(grey, {.format = kB8G8R8A8}).bytes, (Bytes{0, 0, 255, 255}));
 }
 
-// --- OpenEXR
-// ---------------------------------------------------------------------------------------------------------------
+// --- OpenEXR ---------------------------------------------------------------------------------------------------------
 
 TEST_F(TextureChannels, ALoneExrChannelGoesWhereItsNameSays) {
     const auto load = [&](const char* name) { return FromHalves(Exr(WriteExr(name, 0.5F, OIIO::TypeHalf))); };

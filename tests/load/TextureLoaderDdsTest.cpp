@@ -55,8 +55,7 @@ Bytes CubeLevel(std::uint32_t size, unsigned char level, std::uint32_t faces = 0
     return expected;
 }
 
-// --- Flat textures
-// -------------------------------------------------------------------------------------------------------
+// --- Flat textures ---------------------------------------------------------------------------------------------------
 
 TEST_F(DdsTexture, EveryLevelOfAFlatTextureIsItsOwn) {
     DdsFile file{.width = 4, .height = 2, .mips = 3};
@@ -115,8 +114,7 @@ TEST_F(DdsTexture, WhatTheLibraryRefusesIsLeftToTheHost) {
     EXPECT_EQ(messages.Texts(), Texts{});
 }
 
-// --- Levels that are not there
-// -------------------------------------------------------------------------------------------
+// --- Levels that are not there ---------------------------------------------------------------------------------------
 
 TEST_F(DdsTexture, WarnsOfALevelBeyondTheFile) {
     DdsFile file{.width = 4, .height = 4, .mips = 2, .data = Bytes(80)};
@@ -137,8 +135,7 @@ TEST_F(DdsTexture, LevelsBeyondTheFullChainAreNeverLookedFor) {
     }
 }
 
-// --- Cube maps
-// -----------------------------------------------------------------------------------------------------------
+// --- Cube maps -------------------------------------------------------------------------------------------------------
 
 TEST_F(DdsTexture, EveryFaceOfEveryLevelOfACubeMapIsItsOwn) {
     const DdsFile file = Cube(8, 4);
@@ -279,8 +276,7 @@ TEST_F(DdsTexture, FacesDoNotMixBetweenThreads) {
     EXPECT_EQ(wrong, 0);
 }
 
-// --- Volumes
-// -------------------------------------------------------------------------------------------------------------
+// --- Volumes ---------------------------------------------------------------------------------------------------------
 
 TEST_F(DdsTexture, EverySliceOfAVolumeIsItsOwn) {
     DdsFile rgba{.width = 2, .height = 1, .depth = 3};
@@ -354,8 +350,7 @@ TEST_F(DdsTexture, TheFormatHandlerIsToldTheUse) {
     EXPECT_EQ(handler.usages, (std::vector<int>{8, 16, 32}));
 }
 
-// --- 16-bit luminance
-// ----------------------------------------------------------------------------------------------------
+// --- 16-bit luminance ------------------------------------------------------------------------------------------------
 
 TEST_F(DdsTexture, SixteenBitLuminanceKeepsItsLowByte) {
     DdsFile file{.width = 2, .height = 1, .data = {0x34, 0x12, 0xFF, 0x00}};
@@ -404,8 +399,7 @@ TEST_F(DdsTexture, SixteenBitLuminanceShrinksAndTurnsLikeTheRest) {
     EXPECT_EQ(Load(file, {.width = 1}).bytes.size(), 2u);
 }
 
-// --- Damaged files
-// -------------------------------------------------------------------------------------------------------
+// --- Damaged files ---------------------------------------------------------------------------------------------------
 
 TEST_F(DdsTexture, AFileThatEndsEarlyGivesNothing) {
     const DdsFile flat{.width = 4, .height = 4, .data = Bytes(64, 1)};

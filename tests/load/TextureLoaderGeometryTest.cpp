@@ -28,8 +28,7 @@ protected:
     MessageRecorder messages;
 };
 
-// --- Size
-// ----------------------------------------------------------------------------------------------------------------
+// --- Size ------------------------------------------------------------------------------------------------------------
 
 TEST_F(TextureGeometry, SizesBelowOneMeanTheFilesOwn) {
     for (const auto& [width, height] : {std::pair(0, 0), {-5, 0}, {0, -1}}) {
@@ -127,8 +126,7 @@ TEST_F(TextureGeometry, ACroppedPictureTurnsAboutItsOwnPixels) {
     EXPECT_EQ(texture.As<float>(), (Floats{4, 5, 6, 1, 1, 2, 3, 1}));
 }
 
-// --- Orientation
-// -----------------------------------------------------------------------------------------------------------
+// --- Orientation -----------------------------------------------------------------------------------------------------
 
 TEST_F(TextureGeometry, EveryExifOrientationComesUpright) {
     // The picture 0 1 2 / 3 4 5 as each orientation stores it.

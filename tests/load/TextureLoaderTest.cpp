@@ -60,8 +60,7 @@ private:
     EFormat mAnswer;
 };
 
-// --- Which files
-// ---------------------------------------------------------------------------------------------------------
+// --- Which files -----------------------------------------------------------------------------------------------------
 
 TEST_F(TextureLoader, LeavesLegacyAndUndetectedFilesAlone) {
     const auto path = RgbPng();
@@ -93,8 +92,7 @@ TEST_F(TextureLoader, OpensNamesBeyondAscii) {
     EXPECT_TRUE(LoadFile(path));
 }
 
-// --- Which frame
-// ---------------------------------------------------------------------------------------------------------
+// --- Which frame -----------------------------------------------------------------------------------------------------
 
 TEST_F(TextureLoader, LoadsTheFrameAskedForWithItsOwnSize) {
     const auto path = Pages();
@@ -123,8 +121,7 @@ TEST_F(TextureLoader, WarnsOfAFrameBeyondTheFile) {
     EXPECT_EQ(messages.Entries().front().kind, Objects::EMessageKind::kWarning);
 }
 
-// --- Which format
-// --------------------------------------------------------------------------------------------------------
+// --- Which format ----------------------------------------------------------------------------------------------------
 
 TEST_F(TextureLoader, KeepsTheFilesFormatUnlessAskedForAnother) {
     const LoadedTexture texture = LoadFile(RgbPng());
@@ -179,8 +176,7 @@ TEST_F(TextureLoader, LeavesFilesOfUnknownPixelsWithoutAMessage) {
     EXPECT_EQ(messages.Texts(), Texts{});
 }
 
-// --- What the caller is told
-// ---------------------------------------------------------------------------------------------
+// --- What the caller is told -----------------------------------------------------------------------------------------
 
 TEST_F(TextureLoader, DescribesTheBlock) {
     const LoadedTexture texture = LoadFile(RgbPng());
@@ -216,8 +212,7 @@ TEST_F(TextureLoader, PassesTheFilesGammaOn) {
     EXPECT_EQ(texture.desc.gamma, 0.5);
 }
 
-// --- Memory
-// --------------------------------------------------------------------------------------------------------------
+// --- Memory ----------------------------------------------------------------------------------------------------------
 
 TEST_F(TextureLoader, TakesOneBlockWhereNothingIsConverted) {
     const ImageSpec rgba(64, 64, 4, OIIO::TypeUInt8);

@@ -28,12 +28,11 @@ enum class Result {
 /// bits behind the width are 0. One thread at a time.
 ///
 /// - A bad code raises one warning and costs its row; the next call goes on with the next row, whose codes begin at the
-/// bits
-///   that stood ready before the bad row, followed by the bytes that it did not draw (`Input`). The reference row
+///   bits that stood ready before the bad row, followed by the bytes that it did not draw (`Input`). The reference row
 ///   stays.
 /// - Where the data end nothing is raised, and every further row is white.
-/// - Runs are cut at the width. A row that ends too early is white from there, or, where an end of line or
-///   an extension code ends a two-dimensional row, of the colour that was due.
+/// - Runs are cut at the width. A row that ends too early is white from there, or, where an end of line or an extension
+///   code ends a two-dimensional row, of the colour that was due.
 /// - No end of block is known: whatever follows is decoded.
 ///
 /// Time is linear in the rows and in the data, memory in the width.
