@@ -1,3 +1,4 @@
+/// \file
 /// A prototype that the class factory can hold.
 #pragma once
 
@@ -5,13 +6,21 @@
 
 namespace Kavra::Objects {
 
-/// Slots: 0 destructor, 1 `Clone`.
+/// An object that others can be had from. A module registers one in the `ClassFactory`, and hosts ask the factory for
+/// clones of it.
+///
+/// Vtable slots: 0 destructor, 1 `Clone`.
 class KAVRA_OBJECTS_API IClone {
 public:
     virtual ~IClone();
 
-    /// An object made after this one. A stateless class may answer with the object itself, so the caller
-    /// must not destroy a clone unless its class says that clones are its caller's.
+    /// Returns an object made after this one. A class without state may return the object itself, so destroy a clone
+    /// only where its class says that clones are the caller's.
+    ///
+    /// The usual next step is to ask for the interface that is wanted:
+    ///
+    ///     IClone* clone = ObjModel::Factory().CloneObject(Intern(L"ImageHandlerOIIO"));
+    ///     auto* handler = dynamic_cast<Devices::IImageHandler*>(clone);   // null when it is something else
     virtual IClone* Clone() = 0;
 };
 
