@@ -1,14 +1,25 @@
+/// \file
 /// Kinds of textures.
 #pragma once
 
 namespace Kavra::Devices {
 
+/// The kind of a texture, and with it how its block is laid out. The numbers are part of the contract; others are
+/// treated like `kTexture2D` by savers and refused by resizing and analysis.
+///
+/// Every block holds rows without gaps between them, unless its description gives a longer pitch.
 enum ETextureType : int {
-    kTextureUnknown = 0,
+    kTextureUnknown = 0,  ///< not said. Savers write it as one flat picture
+    /// One row of texels, or a flat picture: resized and saved like `kTexture2D`, never reported by a load.
     kTexture1D = 1,
+    /// A flat picture: `height` rows. The only kind that average colours and environment maps are taken from.
     kTexture2D = 3,
-    kTextureCube = 5,    ///< six faces in one block, in the order +x -x +y -y +z -z
-    kTextureVolume = 6,  ///< slices one after another
+    /// A cube map: six square faces in one block, one after another, in the order +x -x +y -y +z -z. `height` and
+    /// `dataSize` are of one face, the block holds six times as much.
+    kTextureCube = 5,
+    /// A volume: `depth` slices of `height` rows, one after another, the first slice first. `dataSize` is of all
+    /// slices.
+    kTextureVolume = 6,
 };
 
 }  // namespace Kavra::Devices

@@ -1,3 +1,4 @@
+/// \file
 /// Reading OpenEXR files through the format's reference library.
 #pragma once
 
@@ -6,28 +7,46 @@
 namespace Kavra::Devices {
 
 /// Reads the first part of an OpenEXR file (https://openexr.com/en/latest/OpenEXRFileLayout.html) as 32-bit floats:
-/// channels R, G, B, A by name, or Y, or luminance-chroma, whatever other channels there are; scanline, tiled and
-/// multi-part files. The picture is the data window. One object holds one picture, on one thread at a time.
+/// scanline, tiled (level 0) and multi-part files. The picture is the data window. Which channels become colours, the
+/// first rule that fits:
+///
+/// 1. R, G, B by name; those that are missing are 0;
+/// 2. luminance with chroma (Y, RY, BY), at half precision, which is what the chroma filters have;
+/// 3. Y alone, as grey;
+/// 4. R, G, B of the first layer that has any ("name.R");
+/// 5. the first channel there is, whatever it means, as grey.
+///
+/// Alpha is A of the same layer. Colours are premultiplied by it as the format has it, and linear; nothing is
+/// converted.
+///
+///     EXRHandler exr(true);
+///     if (EXRHandler::IsPreferedHandler(path) && exr.ReadFromFile(path)) Use(exr.internalBuffer(), exr.width());
+///
+/// One object holds one picture, on one thread at a time; different objects are independent. No message is raised and
+/// nothing thrown.
 class KAVRA_DEVICES_API EXRHandler {
 public:
-    /// `flag` is for hosts that choose between readers; it changes nothing here.
+    /// Makes an empty handler. `flag` is for hosts that choose between readers; it changes nothing here.
     explicit EXRHandler(bool flag);
     virtual ~EXRHandler();
     EXRHandler(const EXRHandler&) = delete;
     EXRHandler& operator=(const EXRHandler&) = delete;
 
-    /// True when the file begins with the OpenEXR magic number (76 2F 31 01). Cheap: reads four bytes.
+    /// Whether the file begins with the OpenEXR magic number (76 2F 31 01). Cheap: reads four bytes. False for null and
+    /// for what is no regular file.
     static bool IsPreferedHandler(const wchar_t* path);
 
-    /// Reads the whole image; false on failure, and the handler is empty then.
+    /// Reads the whole image in place of the one before. False, and the handler is empty, when the file is not there,
+    /// is damaged or cut short, holds deep data or subsampled colours, or claims a size that no file of its length
+    /// could hold or that passes `ObjModel::BlockCeiling`.
     bool ReadFromFile(const wchar_t* path);
 
-    int width() const;   ///< pixels
-    int height() const;  ///< rows
-    bool supportsAlpha() const;
+    int width() const;           ///< pixels; 0 while empty
+    int height() const;          ///< rows; 0 while empty
+    bool supportsAlpha() const;  ///< whether pixels have four channels; false while empty
 
-    /// width x height pixels of 32-bit floats, top row first, 4 channels when `supportsAlpha()`, else 3. Owned by the
-    /// handler; null while it is empty.
+    /// width x height pixels of 32-bit floats, packed, top row first, 4 channels when `supportsAlpha()`, else 3. Owned
+    /// by the handler and valid until it reads another file or goes; null while it is empty.
     const float* internalBuffer() const;
 
 private:
