@@ -45,7 +45,8 @@ enum EFormat : int {
     kReserved16 = 16,  ///< saving it outside DDS raises the warning of the block-compressed formats above
     kReserved17 = 17,  ///< the same
 
-    /// 1 byte: alpha. Never treated as grey: nothing is converted from it, and only floats to it.
+    /// 1 byte: alpha. Never treated as grey: nothing is converted from it, and only floats to it. A load as `kA8` takes
+    /// the file's first channel, whatever that is.
     kA8 = 20,
     kR8 = 21,        ///< 1 byte: one channel. Converted exactly like `kL8`
     kL8 = 25,        ///< 1 byte: grey. What 8-bit files with one channel load as

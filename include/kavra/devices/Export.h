@@ -26,15 +26,16 @@
 /// what a block holds; `Sys` is how modules reach the host. These names of the object model are used throughout and may
 /// be written without their own namespace.
 ///
-/// Sizes are in pixels, pitches and block sizes in bytes, colours from 0 (black) to 1 where they are floats.
+/// Sizes are in pixels, pitches and block sizes in bytes. Colours that are floats run from 0 (black) to 1 (white), and
+/// beyond where a file holds light.
 namespace Kavra::Devices {
 
-using Objects::ARefCounted;
-using Objects::IClone;
-using Objects::IDelete;
-using Objects::IMemoryWrapper;
-using Objects::KString;
-using Objects::MemoryArrayWrapper;
-using Objects::UString;
+using Objects::ARefCounted;         ///< base of images
+using Objects::IClone;              ///< what the class factory hands out
+using Objects::IDelete;             ///< what is destroyed with `Delete`
+using Objects::IMemoryWrapper;      ///< a block of pixels, as `IMemoryWrapper<void>`
+using Objects::KString;             ///< paths
+using Objects::MemoryArrayWrapper;  ///< a block that owns its pixels
+using Objects::UString;             ///< names of classes and interfaces
 
 }  // namespace Kavra::Devices

@@ -37,8 +37,8 @@ struct KAVRA_DEVICES_API ImageDescription {
     /// `rowPitch` x rows: a conversion from `kR32G32B32A32F` to `kR32G32B32F` leaves the last quarter of it unused.
     std::uint64_t dataSize;
     ETextureType textureType;  ///< flat, cube map or volume
-    /// Some pixel has alpha 0. Looked for where `hasAlpha` is true and the image library decoded the file; blocks that
-    /// a reader of the host or a legacy reader decoded are not searched and say false.
+    /// Some pixel has alpha 0. Looked for where `hasAlpha` is true, the block has four channels and the image library
+    /// decoded the file; blocks that a reader of the host or a legacy reader decoded are not searched and say false.
     bool hasTransparentPixels;
     bool hasTranslucentPixels;  ///< some pixel has an alpha between 0 and opaque; looked for likewise
     /// The file has a meaningful alpha channel. It stays true when the block's format has no place for it.

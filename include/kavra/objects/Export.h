@@ -6,6 +6,9 @@
 /// this mark stays inside it. Where a class carries it, all of the class's members, its vtable and its type information
 /// are exported, so that `dynamic_cast` works across libraries. The build of the library itself defines
 /// `KAVRA_OBJECTS_BUILD`; hosts and modules do not.
+///
+///     class KAVRA_OBJECTS_API Registry { ... };   // a class with all that it has
+///     KAVRA_OBJECTS_API int Compare(int a, int b);
 #if defined(KAVRA_OBJECTS_BUILD)
 #define KAVRA_OBJECTS_API __attribute__((visibility("default")))
 #else

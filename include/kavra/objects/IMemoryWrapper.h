@@ -26,6 +26,7 @@ public:
     T* mData = nullptr;  ///< the first byte of the block, or null for an empty wrapper
 
 protected:
+    /// Makes an empty wrapper.
     IMemoryWrapper() = default;
     /// Refers to `data` without taking it over; that is the derived class's decision.
     explicit IMemoryWrapper(T* data) : mData(data) {}

@@ -26,9 +26,10 @@ public:
 
 private:
     friend UString* Intern(const wchar_t* text);
+    /// For `Intern`, which keeps what it made.
     explicit UString(std::wstring text);
 
-    std::wstring mText;
+    std::wstring mText;  ///< never changes: the table of all names finds it by its characters
 };
 
 /// Returns the one name for `text`: equal texts (case counts) give the same pointer, whoever asks. Null text is the
