@@ -1,7 +1,9 @@
 #include "Canvas.h"
 
-#include "common/PixelBlock.h"
+#include "Picture.h"
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace Kavra::App {
@@ -79,26 +81,14 @@ void Canvas::Stroke(std::span<const Point> points, float thickness, const Ink& i
 }
 
 LoadedImage Canvas::ToImage() const {
-    LoadedImage image;
-    image.desc.width = mWidth;
-    image.desc.height = mHeight;
-    image.desc.depth = 1;
-    image.desc.format = Devices::kR8G8B8A8;
-    image.desc.textureType = Devices::kTexture2D;
-    image.desc.rowPitch = mWidth * 4;
-    image.desc.dataSize = mPixels.size() * 4;
-    image.desc.defaultOrientation = true;
-    image.desc.gamma = 2.2;
-    Common::PixelBlock block = Common::NewBlock(image.desc.dataSize);
-    unsigned char* out = block.get();
+    LoadedImage image = NewPicture(mWidth, mHeight, Devices::kR8G8B8A8);
+    auto* out = static_cast<unsigned char*>(image.block->mData);
     for (const Display& pixel : mPixels) {
         *out++ = ToByte(pixel.x);
         *out++ = ToByte(pixel.y);
         *out++ = ToByte(pixel.z);
         *out++ = 255;
     }
-    image.block.reset(new Objects::MemoryArrayWrapper<void, unsigned char>(block.get()));
-    (void)block.release();
     return image;
 }
 

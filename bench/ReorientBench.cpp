@@ -8,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-#include "load/PixelGrid.h"
+#include "load/geometry/PixelGrid.h"
 
 namespace {
 

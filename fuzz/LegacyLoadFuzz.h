@@ -37,7 +37,7 @@ struct LegacyLoaded {
 };
 
 /// Nothing for images whose size would spend the fuzzer's time on clearing memory: their limit has tests of its own.
-inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const Devices::LegacyRequest& request) {
+inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const Devices::LoadRequest& request) {
     constexpr std::int64_t kMostBytes = 16 << 20;
     LegacyLoaded loaded;
     const std::unique_ptr<Devices::ImageReaderInterface> reader(Devices::CreateImageReader(fileType));
@@ -50,14 +50,14 @@ inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const
 /// Loads the frame twice and ends the process when the two differ: a byte that nobody wrote would.
 inline void CheckLegacyLoad(const Objects::KString& path, int fileType, int frame) {
     SilentSink::Install();
-    const LegacyLoaded first = LoadLegacy(path, fileType, {.frame = frame});
-    const LegacyLoaded second = LoadLegacy(path, fileType, {.frame = frame});
+    const LegacyLoaded first = LoadLegacy(path, fileType, {.level = frame});
+    const LegacyLoaded second = LoadLegacy(path, fileType, {.level = frame});
     if (static_cast<bool>(first.block) != static_cast<bool>(second.block)) std::abort();
     if (!first.block) return;
     if (first.desc.dataSize != second.desc.dataSize) std::abort();
     if (std::memcmp(first.block.get(), second.block.get(), first.desc.dataSize) != 0) std::abort();
     // The way through the library: smaller, and turned.
-    (void)LoadLegacy(path, fileType, {.maxWidth = 7, .maxHeight = 5, .frame = frame, .orientation = Devices::kLeftTop});
+    (void)LoadLegacy(path, fileType, {.width = 7, .height = 5, .level = frame, .orientation = Devices::kLeftTop});
 }
 
 /// The input as a file with the extension (with its dot). The last byte also says which frame.

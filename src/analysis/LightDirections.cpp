@@ -1,10 +1,9 @@
 // The lights of an environment map: what is markedly brighter than the rest, gathered greedily.
 
+#include "analysis/LightDirections.h"
+
 #include "analysis/LightSamples.h"
 
-#include "common/Boundary.h"
-
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <cmath>
 #include <cstddef>
@@ -78,22 +77,19 @@ Light TakeLight(Samples& samples) {
 
 }  // namespace
 
-unsigned OIIOImageHandler::FindIBLLightDirections(const ImageDescription& desc, const void* data,
-                                                  vec3<float>* const directions, vec3<float>* const colours,
-                                                  unsigned maxCount) {
-    return Common::AtBoundary(0U, [&] {
-        const auto map = Analysis::EnvironmentMapOf(desc, data);
-        if (!map || maxCount == 0 || directions == nullptr || colours == nullptr) return 0U;
-        Samples samples = Analysis::SampleMap(*map);
-        Analysis::KeepBrightSamples(samples);
-        unsigned found = 0;
-        for (; found < maxCount && !samples.empty(); ++found) {
-            const Light light = TakeLight(samples);
-            directions[found] = light.direction;
-            colours[found] = light.colour;
-        }
-        return found;
-    });
+unsigned FindLightDirections(const ImageDescription& desc, const void* data, vec3<float>* directions,
+                             vec3<float>* colours, unsigned maxCount) {
+    const auto map = Analysis::EnvironmentMapOf(desc, data);
+    if (!map || maxCount == 0 || directions == nullptr || colours == nullptr) return 0;
+    Samples samples = Analysis::SampleMap(*map);
+    Analysis::KeepBrightSamples(samples);
+    unsigned found = 0;
+    for (; found < maxCount && !samples.empty(); ++found) {
+        const Light light = TakeLight(samples);
+        directions[found] = light.direction;
+        colours[found] = light.colour;
+    }
+    return found;
 }
 
 }  // namespace Kavra::Devices

@@ -17,12 +17,11 @@
 // (Lambert's law), which is pi/2 - phi: w = cos(phi) cos(pi/2 - phi). The surface is lit by the rows above the horizon
 // only, of H / 2 whole ones.
 
-#include "analysis/RowColours.h"
+#include "analysis/LightIntensity.h"
 
-#include "common/Boundary.h"
+#include "analysis/RowColours.h"
 #include "common/OrderedParts.h"
 
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <algorithm>
 #include <cmath>
@@ -33,8 +32,6 @@ namespace {
 
 using Analysis::ColourSums;
 using Analysis::EnvironmentMap;
-
-constexpr float kNoIntensity = -999.0F;
 
 constexpr std::size_t kSerialBytes = std::size_t{1} << 17;  // one core is done before another could help
 
@@ -85,17 +82,14 @@ vec3<float> Intensity(const WeightedSums& sums) {
 
 }  // namespace
 
-vec3<float> OIIOImageHandler::GetIBLIntensity(const ImageDescription& desc, const void* data, bool upperHemisphere,
-                                              vec3<float>* averageColour) {
-    constexpr vec3<float> none = {kNoIntensity, kNoIntensity, kNoIntensity};
-    return Common::AtBoundary(none, [&] {
-        const auto map = Analysis::EnvironmentMapOf(desc, data);
-        if (!map) return none;
-        const WeightedSums sums = SumMap(*map, upperHemisphere);
-        const ColourSums& c = sums.colours;
-        if (averageColour != nullptr) *averageColour = {sums.Mean(c.red), sums.Mean(c.green), sums.Mean(c.blue)};
-        return Intensity(sums);
-    });
+vec3<float> LightIntensity(const ImageDescription& desc, const void* data, bool upperHemisphere,
+                           vec3<float>* averageColour) {
+    const auto map = Analysis::EnvironmentMapOf(desc, data);
+    if (!map) return kNoLightIntensity;
+    const WeightedSums sums = SumMap(*map, upperHemisphere);
+    const ColourSums& c = sums.colours;
+    if (averageColour != nullptr) *averageColour = {sums.Mean(c.red), sums.Mean(c.green), sums.Mean(c.blue)};
+    return Intensity(sums);
 }
 
 }  // namespace Kavra::Devices

@@ -1,7 +1,8 @@
+#include "formats/FormatConversion.h"
+
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/ImageHandlerHelper.h>
 #include <kavra/devices/Sys.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include "common/HostExtras.h"
 #include "common/ParallelRange.h"
@@ -251,8 +252,7 @@ Conversion Convert(EFormat from, const Source& source, EFormat to) {
 
 }  // namespace
 
-bool OIIOImageHandler::FormatConversion(EFormat from, std::size_t srcBytes, void* src, EFormat to, void*& dst,
-                                        std::size_t& dstBytes) {
+bool FormatConversion(EFormat from, std::size_t srcBytes, void* src, EFormat to, void*& dst, std::size_t& dstBytes) {
     const bool isReadable = src != nullptr || srcBytes == 0;
     Conversion conversion;
     if (isReadable) conversion = Convert(from, {static_cast<unsigned char*>(src), srcBytes}, to);

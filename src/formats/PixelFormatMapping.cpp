@@ -1,4 +1,4 @@
-#include <kavra/oiio/OIIOImageHandler.h>
+#include "formats/PixelFormatMapping.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -93,7 +93,7 @@ bool IsOneOf(EFormat format, std::initializer_list<EFormat> formats) {
 
 }  // namespace
 
-ImageSpec OIIOImageHandler::FormatToImageSpec(const EFormat& format, const ImageSpec& base) {
+ImageSpec FormatToImageSpec(const EFormat& format, const ImageSpec& base) {
     ImageSpec spec = base;
     if (format == kUnknown) return spec;
     const TypeDesc type = ElementType(format);
@@ -107,7 +107,7 @@ ImageSpec OIIOImageHandler::FormatToImageSpec(const EFormat& format, const Image
     return spec;
 }
 
-EFormat OIIOImageHandler::ImageSpecToFormat(const ImageSpec& spec) {
+EFormat ImageSpecToFormat(const ImageSpec& spec) {
     PixelShape shape = ShapeWithoutDepth(spec);
     if (IsGreyTiff(spec)) shape.channels = 1;
 
@@ -132,7 +132,7 @@ EFormat OIIOImageHandler::ImageSpecToFormat(const ImageSpec& spec) {
     }
 }
 
-bool OIIOImageHandler::CanConvertTo(EFormat from, EFormat to) {
+bool CanConvertTo(EFormat from, EFormat to) {
     switch (from) {
         case kR8:
         case kL8:
@@ -159,7 +159,7 @@ bool OIIOImageHandler::CanConvertTo(EFormat from, EFormat to) {
     }
 }
 
-bool OIIOImageHandler::NeedConvert(EFormat from, int fromKind, EFormat to, int toKind) {
+bool NeedConvert(EFormat from, int fromKind, EFormat to, int toKind) {
     if (fromKind != toKind) return from != to;
     return (IsRedFirst(from) && IsBlueFirst(to)) || (IsBlueFirst(from) && IsRedFirst(to));
 }

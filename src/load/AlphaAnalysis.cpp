@@ -1,6 +1,5 @@
 #include "load/AlphaAnalysis.h"
 
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include "common/ParallelRange.h"
 
@@ -221,7 +220,7 @@ template void FillAlphaforRGBA(unsigned char*, std::size_t, int, unsigned short)
 template void FillAlphaforRGBA(unsigned char*, std::size_t, int, half);
 template void FillAlphaforRGBA(unsigned char*, std::size_t, int, float);
 
-void OIIOImageHandler::GetAlphaProperty(unsigned char* data, std::size_t size, const OIIO::ImageSpec& spec,
+void GetAlphaProperty(unsigned char* data, std::size_t size, const OIIO::ImageSpec& spec,
                                         bool& hasTransparentPixels, bool& hasTranslucentPixels) {
     hasTransparentPixels = false;
     hasTranslucentPixels = false;
@@ -232,7 +231,7 @@ void OIIOImageHandler::GetAlphaProperty(unsigned char* data, std::size_t size, c
     });
 }
 
-void OIIOImageHandler::SetToOpaque(unsigned char* data, std::size_t size, const OIIO::ImageSpec& spec) {
+void SetToOpaque(unsigned char* data, std::size_t size, const OIIO::ImageSpec& spec) {
     if (!data) return;
     ForAlphaType(spec, [&](auto opaque) {
         FillAlphaforRGBA(data, size / (kChannels * sizeof opaque), spec.alpha_channel, opaque);

@@ -1,10 +1,9 @@
 #include "load/FileDescription.h"
 
 #include "formats/Attributes.h"
+#include "formats/PixelFormatMapping.h"
 #include "load/DdsSlices.h"
 #include "readers/ImageFileType.h"
-
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <algorithm>
 #include <array>
@@ -19,7 +18,7 @@ namespace {
 constexpr int kMostSubimages = 1 << 20;
 
 EFormat FileFormat(const OIIO::ImageSpec& spec, int fileType, bool ddsAlphaVariant) {
-    const EFormat format = OIIOImageHandler::ImageSpecToFormat(spec);
+    const EFormat format = ImageSpecToFormat(spec);
     if (fileType == DDS) {
         const bool sixteenBits =
             spec.format == OIIO::TypeUInt8 && spec.nchannels == 1 && IntegerAttribute(spec, "oiio:BitsPerSample") == 16;
@@ -107,13 +106,13 @@ int FullMipChain(int width, int height, int depth) {
     return std::bit_width(static_cast<unsigned>(longest));
 }
 
-ImageDesc* OIIOImageHandler::GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlphaVariant) {
+ImageDesc* GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlphaVariant) {
     const bool isRadiance = OIIO::string_view(input->format_name()) == "hdr";
     const OIIO::ImageSpec spec = fileType == DDS ? DdsLevelSpec(*input) : input->spec();
     return new ImageDesc(DescribeSpec(spec, isRadiance, fileType, ddsAlphaVariant));
 }
 
-int OIIOImageHandler::GetNumberOfFrames(OIIO::ImageInput* input, int fileType) {
+int GetNumberOfFrames(OIIO::ImageInput* input, int fileType) {
     int count = 0;
     if (IsGreyTiff(input->spec())) {
         // A grey TIFF counts its channels.

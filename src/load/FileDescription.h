@@ -15,6 +15,13 @@ inline constexpr double kDefaultGamma = 2.2;
 /// `ddsAlphaVariant` is for DDS files whose host reader reports `kReserved50` or `kReserved51`.
 ImageDesc DescribeSpec(const OIIO::ImageSpec& spec, bool isRadiance, int fileType, bool ddsAlphaVariant);
 
+/// The description of the current subimage as a new object of the host, which the caller owns. Null only when there is
+/// no memory.
+ImageDesc* GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlphaVariant);
+
+/// Frames of the file, or mip levels of a DDS: 1 or more. Leaves `input` at subimage 0, level 0.
+int GetNumberOfFrames(OIIO::ImageInput* input, int fileType);
+
 /// Mip levels that a picture of this size can have: down to 1 x 1 x 1.
 int FullMipChain(int width, int height, int depth);
 

@@ -5,6 +5,9 @@
 #include "common/HostExtras.h"
 #include "common/Limits.h"
 #include "formats/ChannelOrder.h"
+#include "formats/FormatConversion.h"
+#include "formats/PixelFormatMapping.h"
+#include "load/AlphaAnalysis.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "load/ReadSubimage.h"
@@ -14,7 +17,6 @@
 #include <kavra/devices/IImageFormatHandler.h>
 #include <kavra/devices/ImageHandlerHelper.h>
 #include <kavra/devices/Sys.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -66,7 +68,7 @@ bool Describe(TextureLoad& load) {
     const bool ddsAlphaVariant = load.hostFormat == kReserved50 || load.hostFormat == kReserved51;
     load.fileDesc = DescribeSpec(load.fileSpec, isRadiance, load.fileType, ddsAlphaVariant);
     if (load.fileDesc.format == kUnknown) return false;
-    load.nativeSpec = OIIOImageHandler::FormatToImageSpec(load.fileDesc.format, load.fileSpec);
+    load.nativeSpec = FormatToImageSpec(load.fileDesc.format, load.fileSpec);
     return load.nativeSpec.format != OIIO::TypeUnknown || Fail(L"Unsupported texture type");
 }
 
@@ -74,9 +76,9 @@ int WantedSize(int wanted, int available) {
     return wanted < 1 ? available : std::min(wanted, available);
 }
 
-void ChooseSize(TextureLoad& load, int width, int height) {
-    load.outWidth = WantedSize(width, load.fileDesc.width);
-    load.outHeight = WantedSize(height, load.fileDesc.height);
+void ChooseSize(TextureLoad& load) {
+    load.outWidth = WantedSize(load.request.width, load.fileDesc.width);
+    load.outHeight = WantedSize(load.request.height, load.fileDesc.height);
     // Halved for frames too, which matters for volumes only.
     load.outDepth = std::max(load.index >= 31 ? 0 : load.fileDesc.depth >> load.index, 1);
 }
@@ -92,12 +94,12 @@ int UsageOf(ETextureType type) {
     }
 }
 
-bool ChooseFormat(TextureLoad& load, IImageFormatHandler* formatHandler) {
-    if (load.format == kUnknown && formatHandler != nullptr) {
-        load.format = formatHandler->ChooseFormat(load.fileDesc.format, UsageOf(load.fileDesc.textureType));
+bool ChooseFormat(TextureLoad& load) {
+    if (load.format == kUnknown && load.request.formatHandler != nullptr) {
+        load.format = load.request.formatHandler->ChooseFormat(load.fileDesc.format, UsageOf(load.fileDesc.textureType));
     }
     if (load.format == kUnknown) load.format = load.fileDesc.format;
-    load.targetSpec = OIIOImageHandler::FormatToImageSpec(load.format, load.fileSpec);
+    load.targetSpec = FormatToImageSpec(load.format, load.fileSpec);
     return load.targetSpec.format != OIIO::TypeUnknown || Fail(L"format is not supported");
 }
 
@@ -117,8 +119,8 @@ void FillDescription(TextureLoad& load) {
     desc.hasTransparentPixels = false;
     desc.hasTranslucentPixels = false;
     desc.hasAlpha = load.fileSpec.alpha_channel >= 0;
-    desc.orientation = load.orientation;
-    desc.defaultOrientation = load.orientation == kTopLeft;
+    desc.orientation = load.request.orientation;
+    desc.defaultOrientation = load.request.orientation == kTopLeft;
     desc.gamma = load.fileDesc.gamma;
 }
 
@@ -146,7 +148,7 @@ Pixels SwapRedAndBlue(const Pixels& pixels) {
 Pixels Convert(const TextureLoad& load, const Pixels& pixels) {
     void* converted = nullptr;
     std::size_t bytes = 0;
-    OIIOImageHandler::FormatConversion(load.fileDesc.format, pixels.bytes, pixels.block.get(), load.format, converted,
+    FormatConversion(load.fileDesc.format, pixels.bytes, pixels.block.get(), load.format, converted,
                                        bytes);
     return {PixelBlock(static_cast<unsigned char*>(converted)), bytes};
 }
@@ -169,23 +171,16 @@ bool TextureLoad::NeedsResize() const {
 }
 
 bool TextureLoad::Converts() const {
-    return OIIOImageHandler::NeedConvert(fileDesc.format, nativeSpec.nchannels, format, targetSpec.nchannels) &&
-           OIIOImageHandler::CanConvertTo(fileDesc.format, format);
+    return NeedConvert(fileDesc.format, nativeSpec.nchannels, format, targetSpec.nchannels) &&
+           CanConvertTo(fileDesc.format, format);
 }
 
-unsigned char* OIIOImageHandler::LoadTextureByOIIO(ImageDescription& desc, const KString& path, int width, int height,
-                                                   int /*depth*/, EFormat format, bool highQualityResize, int level,
-                                                   EDataOrientation orientation, IImageFormatHandler* formatHandler,
-                                                   int fileType) {
+PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const LoadRequest& request, int fileType) {
     if (fileType != DDS && fileType != OpenEXR && fileType != Other) return nullptr;
-    TextureLoad load(desc, path, fileType);
-    load.index = std::max(level, 0);
-    load.highQuality = highQualityResize;
-    load.orientation = orientation;
-    load.format = format;
+    TextureLoad load(desc, path, request, fileType);
     if (!Open(load) || !Position(load) || !Describe(load)) return nullptr;
-    ChooseSize(load, width, height);
-    if (!ChooseFormat(load, formatHandler)) return nullptr;
+    ChooseSize(load);
+    if (!ChooseFormat(load)) return nullptr;
     FillDescription(load);
     if (!CanBeRead(load)) return nullptr;
 
@@ -203,7 +198,7 @@ unsigned char* OIIOImageHandler::LoadTextureByOIIO(ImageDescription& desc, const
                          desc.hasTranslucentPixels);
     }
     if (load.IsCube()) desc.dataSize /= kFaces;
-    return pixels.block.release();
+    return std::move(pixels.block);
 }
 
 }  // namespace Kavra::Devices

@@ -1,6 +1,7 @@
 /// One load through OpenImageIO on its way: what its steps hand to each other.
 #pragma once
 
+#include "common/LoadRequest.h"
 #include "common/PixelBlock.h"
 #include "load/DdsSlices.h"
 
@@ -9,24 +10,34 @@
 
 #include <OpenImageIO/imageio.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <optional>
 
 namespace Kavra::Devices {
 
+/// Loads one frame or mip level of a file through the image library. Null on failure, with or without a message. Throws
+/// what the allocator and the library throw.
+Common::PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const LoadRequest& request,
+                                     int fileType);
+
 /// What was asked for, what the file holds and what was chosen, in the order in which it becomes known.
 struct TextureLoad {
-    TextureLoad(ImageDescription& description, const KString& file, int type)
-        : desc(description), path(file), fileType(type) {}
+    TextureLoad(ImageDescription& description, const KString& file, const LoadRequest& wanted, int type)
+        : desc(description),
+          path(file),
+          request(wanted),
+          fileType(type),
+          index(std::max(wanted.level, 0)),
+          format(wanted.format) {}
 
     ImageDescription& desc;  ///< the caller's: what the block holds
     const KString& path;
+    const LoadRequest& request;
     const int fileType;  ///< an `ImageFileType`
-    int index = 0;       ///< the mip level of a DDS, else the subimage; 0 and up
-    bool highQuality = false;
-    EDataOrientation orientation = kTopLeft;  ///< the wanted one
-    EFormat format = kUnknown;                ///< the wanted one, then the chosen one
+    const int index;     ///< the mip level of a DDS, else the subimage; 0 and up
+    EFormat format;      ///< the wanted one, then the chosen one
 
     std::unique_ptr<OIIO::ImageInput> input;  ///< stands at the subimage and level
     std::optional<DdsSlices> slices;          ///< for every DDS that it knows
@@ -45,7 +56,7 @@ struct TextureLoad {
     bool IsCube() const { return fileDesc.textureType == kTextureCube; }
     bool IsVolume() const { return fileDesc.textureType == kTextureVolume; }
     bool NeedsResize() const;
-    bool NeedsReorientation() const { return orientation != fileDesc.orientation; }
+    bool NeedsReorientation() const { return request.orientation != fileDesc.orientation; }
 
     /// Whether the pixels are read as `nativeSpec` and then go through the conversion engine, or are read as
     /// `targetSpec`.

@@ -1,9 +1,10 @@
 // Bringing a loaded texture to the wanted size, row and column order.
 
-#include "load/NewImage.h"
+#include "load/geometry/NewImage.h"
 #include "load/TextureLoader.h"
 
-#include <kavra/oiio/OIIOImageHandler.h>
+#include "load/geometry/AdaptiveResize.h"
+#include "load/geometry/Reorientation.h"
 
 #include <OpenImageIO/imagebuf.h>
 
@@ -65,20 +66,20 @@ Pixels Shrink(const TextureLoad& load, const Pixels& pixels, const Size& from, c
     Pixels result = NewZeroedPixels(spec.image_bytes(false));
     OIIO::ImageBuf destination = Wrap(spec, result);
     // Where the library fails, what stands in the destination is the answer.
-    (void)OIIOImageHandler::AdaptiveResize(destination, source, load.highQuality);
+    (void)AdaptiveResize(destination, source, load.request.highQuality);
     return result;
 }
 
 OIIO::ImageBuf Turned(const OIIO::ImageBuf& image, EDataOrientation from, EDataOrientation to) {
-    return OIIOImageHandler::ReorientImage(image, OIIOImageHandler::ToOIIOOrientation(from),
-                                           OIIOImageHandler::ToOIIOOrientation(to));
+    return ReorientImage(image, ToOIIOOrientation(from),
+                                           ToOIIOOrientation(to));
 }
 
 /// All of it as one picture.
 Pixels TurnWhole(const TextureLoad& load, Pixels pixels, const Size& size, int faces) {
     const std::size_t bytes = pixels.bytes;
     const OIIO::ImageBuf turned =
-        Turned(Wrap(PlainSpec(load, size, faces), pixels), load.fileDesc.orientation, load.orientation);
+        Turned(Wrap(PlainSpec(load, size, faces), pixels), load.fileDesc.orientation, load.request.orientation);
     if (!turned.initialized()) return {};
     pixels = {};
     Pixels result = NewPixels(bytes);
@@ -92,7 +93,7 @@ Pixels TurnFaces(const TextureLoad& load, const Pixels& pixels, const Size& size
     Pixels result = NewPixels(bytes * kFaces);
     for (std::size_t at = 0; at < result.bytes; at += bytes) {
         const OIIO::ImageBuf turned =
-            Turned(WrapImage(face, pixels.block.get() + at, bytes), load.fileDesc.orientation, load.orientation);
+            Turned(WrapImage(face, pixels.block.get() + at, bytes), load.fileDesc.orientation, load.request.orientation);
         if (!CopyOut(turned, result.block.get() + at, bytes)) return {};
     }
     return result;
@@ -101,7 +102,7 @@ Pixels TurnFaces(const TextureLoad& load, const Pixels& pixels, const Size& size
 /// Whether rows of the one orientation are columns of the other.
 bool SwapsSides(EDataOrientation from, EDataOrientation to) {
     const auto isTransposed = [](EDataOrientation orientation) {
-        return OIIOImageHandler::ToOIIOOrientation(orientation) >= 5;
+        return ToOIIOOrientation(orientation) >= 5;
     };
     return isTransposed(from) != isTransposed(to);
 }
@@ -118,7 +119,7 @@ Pixels ReshapeTexture(TextureLoad& load, Pixels pixels) {
         size = wanted;
     }
     if (pixels && load.NeedsReorientation()) {
-        const bool swaps = SwapsSides(load.fileDesc.orientation, load.orientation);
+        const bool swaps = SwapsSides(load.fileDesc.orientation, load.request.orientation);
         pixels = swaps && faces > 1 ? TurnFaces(load, pixels, size) : TurnWhole(load, std::move(pixels), size, faces);
         if (swaps) std::swap(size.width, size.height);
     }

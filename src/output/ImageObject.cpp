@@ -5,7 +5,6 @@
 #include <kavra/devices/ATarget.h>
 #include <kavra/devices/Sys.h>
 #include <kavra/oiio/OIIOImage.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <cstdint>
 #include <cstring>
@@ -182,18 +181,6 @@ void OIIOImage::TextureReference::Set(ASimpleTexture* texture) {
 
 ASimpleTexture* OIIOImage::TextureReference::Get() const {
     return mTexture.load();
-}
-
-IImage* OIIOImageHandler::CreateImage(int width, int height, EFormat format) {
-    return Common::AtBoundary<IImage*>(nullptr, [&] { return new OIIOImage(width, height, format); });
-}
-
-IImage* OIIOImageHandler::CreateImage(ATarget* target) {
-    return Common::AtBoundary<IImage*>(nullptr, [&] { return new OIIOImage(target); });
-}
-
-IImage* OIIOImageHandler::CreateImage(ASimpleTexture* texture) {
-    return Common::AtBoundary<IImage*>(nullptr, [&] { return new OIIOImage(texture); });
 }
 
 }  // namespace Kavra::Devices

@@ -3,7 +3,6 @@
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/Sys.h>
 #include <kavra/oiio/OIIOImage.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <OpenImageIO/imagebuf.h>
 
@@ -17,6 +16,10 @@
 #include "common/Boundary.h"
 #include "common/PixelBlock.h"
 #include "common/WrappedBlock.h"
+#include "formats/FormatConversion.h"
+#include "formats/PixelFormatMapping.h"
+#include "load/geometry/AdaptiveResize.h"
+#include "load/geometry/Reorientation.h"
 #include "output/PixelSpec.h"
 
 namespace Kavra::Devices {
@@ -97,7 +100,7 @@ Cut Scaled(const Cut& cut, EFormat format, Size size) {
     PixelBlock block =
         NewRows(static_cast<std::size_t>(size.y), static_cast<std::size_t>(size.x) * PixelBytesOf(format));
     ImageBuf image(PixelSpec(format, size.x, size.y), block.get());
-    (void)OIIOImageHandler::AdaptiveResize(image, cut.image, false);
+    (void)AdaptiveResize(image, cut.image, false);
     return {std::move(block), std::move(image)};
 }
 
@@ -136,7 +139,7 @@ PixelBlock Converted(const ImageBuf& image, EFormat from, EFormat to) {
     const PixelBlock packed = Packed(image);
     void* converted = nullptr;
     std::size_t bytes = 0;
-    OIIOImageHandler::FormatConversion(from, image.spec().image_bytes(), packed.get(), to, converted, bytes);
+    FormatConversion(from, image.spec().image_bytes(), packed.get(), to, converted, bytes);
     return PixelBlock(static_cast<unsigned char*>(converted));
 }
 
@@ -180,8 +183,8 @@ PixelBlock Fetched(const ImageBuf& image, const ImageSpec& wanted) {
 PixelBlock Delivered(const ImageBuf& image, EFormat from, EFormat to) {
     const ImageSpec& spec = image.spec();
     const ImageSpec wanted = PixelSpec(to, spec.width, spec.height);
-    const bool needsConversion = OIIOImageHandler::NeedConvert(from, spec.nchannels, to, wanted.nchannels);
-    if (needsConversion && OIIOImageHandler::CanConvertTo(from, to)) return Converted(image, from, to);
+    const bool needsConversion = NeedConvert(from, spec.nchannels, to, wanted.nchannels);
+    if (needsConversion && CanConvertTo(from, to)) return Converted(image, from, to);
     const bool isSame = spec.format == wanted.format && spec.nchannels == wanted.nchannels;
     return isSame ? Packed(image) : Fetched(image, wanted);
 }
@@ -196,7 +199,7 @@ IMemoryWrapper<void>* OIIOImage::LoadRect(ImageDescription& desc, vec2<int> orig
             Sys::Warning(L"Raster format not supported", nullptr);
             return nullptr;
         }
-        const int turned = OIIOImageHandler::ToOIIOOrientation(orientation);
+        const int turned = ToOIIOOrientation(orientation);
         if (!IsSize(size) || !IsSize(outSize) || !FitsPitch(outSize, turned, format)) return nullptr;
         constexpr int kMost = std::numeric_limits<int>::max();
         if (std::int64_t{origin.x} + size.x > kMost || std::int64_t{origin.y} + size.y > kMost) return nullptr;
@@ -206,7 +209,7 @@ IMemoryWrapper<void>* OIIOImage::LoadRect(ImageDescription& desc, vec2<int> orig
             Cut scaled = Scaled(cut, mFormat, outSize);
             std::swap(cut, scaled);
         }
-        if (turned != 1) cut.image = OIIOImageHandler::ReorientImage(cut.image, 1, turned);
+        if (turned != 1) cut.image = ReorientImage(cut.image, 1, turned);
         if (!cut.image.initialized()) return nullptr;
 
         DescribeRows(desc, cut.image.spec(), format, orientation);

@@ -1,7 +1,6 @@
 #include "output/LibrarySaving.h"
 
 #include <kavra/devices/AFormatConvertor.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
@@ -11,6 +10,7 @@
 #include <array>
 
 #include "formats/ChannelOrder.h"
+#include "formats/PixelFormatMapping.h"
 #include "output/LibraryFile.h"
 #include "output/PackedRows.h"
 
@@ -29,7 +29,7 @@ struct PixelRows {
 OIIO::ImageSpec FileSpec(const ImageDescription& desc) {
     const OIIO::ImageSpec base(desc.width, desc.height, 4, OIIO::TypeDesc::UINT8);
     if (desc.format == kUnknown) return OIIO::ImageSpec(OIIO::TypeDesc::UNKNOWN);
-    OIIO::ImageSpec spec = OIIOImageHandler::FormatToImageSpec(desc.format, base);
+    OIIO::ImageSpec spec = FormatToImageSpec(desc.format, base);
     // The base has four named channels with an alpha among them; fewer channels have fewer names and no alpha.
     spec.channelnames.resize(static_cast<std::size_t>(spec.nchannels));
     if (spec.alpha_channel >= spec.nchannels) spec.alpha_channel = -1;

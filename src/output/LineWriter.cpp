@@ -1,5 +1,4 @@
 #include <kavra/devices/IWriteImageLineProvider.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <OpenImageIO/imageio.h>
 
@@ -9,6 +8,7 @@
 #include "common/Boundary.h"
 #include "common/PixelBlock.h"
 #include "output/LibraryFile.h"
+#include "output/LineWriter.h"
 #include "output/PathPreparation.h"
 
 namespace Kavra::Devices {
@@ -67,11 +67,9 @@ bool WritePicture(const KString& path, IWriteImageLineProvider* provider, const 
 
 }  // namespace
 
-bool OIIOImageHandler::writeImageOneLineAtATime(const KString& path, double resolution,
-                                                IWriteImageLineProvider* provider, int width, int height,
-                                                int channels) const {
-    return Common::AtBoundary(false,
-                              [&] { return WritePicture(path, provider, {width, height, channels, resolution}); });
+bool WriteImageLines(const KString& path, double resolution, IWriteImageLineProvider* provider, int width, int height,
+                     int channels) {
+    return WritePicture(path, provider, {width, height, channels, resolution});
 }
 
 }  // namespace Kavra::Devices

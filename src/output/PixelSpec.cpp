@@ -1,13 +1,13 @@
 #include "output/PixelSpec.h"
+#include "formats/PixelFormatMapping.h"
 
-#include <kavra/oiio/OIIOImageHandler.h>
 
 namespace Kavra::Devices {
 
 OIIO::ImageSpec PixelSpec(EFormat format, int width, int height) {
     if (format == kUnknown) return OIIO::ImageSpec(width, height, 1, OIIO::TypeDesc::UNKNOWN);
     const OIIO::ImageSpec base(1, 1, 4, OIIO::TypeDesc::UINT8);
-    const OIIO::ImageSpec pixel = OIIOImageHandler::FormatToImageSpec(format, base);
+    const OIIO::ImageSpec pixel = FormatToImageSpec(format, base);
     return OIIO::ImageSpec(width, height, pixel.nchannels, pixel.format);
 }
 

@@ -1,6 +1,5 @@
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/Sys.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
@@ -10,10 +9,11 @@
 #include <cstring>
 #include <limits>
 
-#include "common/Boundary.h"
 #include "common/PixelBlock.h"
 #include "common/WrappedBlock.h"
+#include "load/geometry/AdaptiveResize.h"
 #include "output/PixelSpec.h"
+#include "output/ResizeService.h"
 
 namespace Kavra::Devices {
 
@@ -88,7 +88,7 @@ PixelBlock CropOrPad(const Source& source, EFormat format, const vec3<int>& dstS
 }
 
 bool Resample(OIIO::ImageBuf& to, const OIIO::ImageBuf& from, EImageFilterType filter) {
-    if (filter == kFilterMitchell) return OIIOImageHandler::AdaptiveResize(to, from, true);
+    if (filter == kFilterMitchell) return AdaptiveResize(to, from, true);
     return OIIO::ImageBufAlgo::resample(to, from, filter == kFilterBilinear);
 }
 
@@ -142,15 +142,12 @@ PixelBlock Resized(EResizeMethod method, const Source& source, EFormat format, E
 
 }  // namespace
 
-IMemoryWrapper<void>* OIIOImageHandler::Resize(EResizeMethod method, const void* data, std::size_t dataSize,
-                                               int srcPitch, const vec3<int>& srcSize, EFormat format,
-                                               ETextureType type, const vec3<int>& dstSize, int& dstPitch,
-                                               EImageFilterType filter) {
-    return Common::AtBoundary<IMemoryWrapper<void>*>(nullptr, [&]() -> IMemoryWrapper<void>* {
-        const Source source{static_cast<const unsigned char*>(data), dataSize, srcPitch, srcSize};
-        PixelBlock block = Resized(method, source, format, type, dstSize, dstPitch, filter);
-        return block ? Common::WrapBlock(std::move(block)) : nullptr;
-    });
+IMemoryWrapper<void>* Resize(EResizeMethod method, const void* data, std::size_t dataSize, int srcPitch,
+                             const vec3<int>& srcSize, EFormat format, ETextureType type, const vec3<int>& dstSize,
+                             int& dstPitch, EImageFilterType filter) {
+    const Source source{static_cast<const unsigned char*>(data), dataSize, srcPitch, srcSize};
+    PixelBlock block = Resized(method, source, format, type, dstSize, dstPitch, filter);
+    return block ? Common::WrapBlock(std::move(block)) : nullptr;
 }
 
 }  // namespace Kavra::Devices

@@ -1,13 +1,13 @@
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/ATarget.h>
 #include <kavra/devices/Sys.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <cstdint>
 
 #include "common/Boundary.h"
 #include "output/FloatsAsBytes.h"
 #include "output/MappedPixels.h"
+#include "output/TargetSaving.h"
 
 namespace Kavra::Devices {
 
@@ -74,7 +74,7 @@ bool SaveAsBytes(IImageHandler& handler, const KString& path, const Picture& pic
 
 }  // namespace
 
-bool OIIOImageHandler::SaveTarget(const KString& path, ATarget* target, bool stretch) {
+bool SaveTarget(IImageHandler& handler, const KString& path, ATarget* target, bool stretch) {
     return Common::AtBoundary(false, [&] {
         if (target == nullptr) return false;
         MappedPixels pixels(target->MemoryWrapper(0));
@@ -88,7 +88,7 @@ bool OIIOImageHandler::SaveTarget(const KString& path, ATarget* target, bool str
             return false;
         }
         const bool saved = Common::AtBoundary(false, [&] {
-            return SaveAsBytes(*this, path, {target->Width(), target->Height(), format, pixels.Data(), pixels.Pitch()},
+            return SaveAsBytes(handler, path, {target->Width(), target->Height(), format, pixels.Data(), pixels.Pitch()},
                                stretch);
         });
         pixels.GiveBack();

@@ -1,7 +1,7 @@
-#include <kavra/devices/Sys.h>
-#include <kavra/oiio/OIIOImageHandler.h>
+#include "output/TextureSaving.h"
 
-#include "common/Boundary.h"
+#include <kavra/devices/Sys.h>
+
 #include "output/DDSSaving.h"
 #include "output/LibrarySaving.h"
 #include "output/PathPreparation.h"
@@ -16,7 +16,9 @@ bool IsDDSOnly(EFormat format) {
     return format >= kBC1 && format <= kReserved17;
 }
 
-bool Save(const KString& path, const ImageDescription& desc, const void* data) {
+}  // namespace
+
+bool SaveTexture(const KString& path, const ImageDescription& desc, const void* data) {
     const bool dds = IsDDSPath(path);
     if (IsDDSOnly(desc.format) && !dds) {
         Sys::Warning(L"format is not supported", nullptr);
@@ -25,16 +27,6 @@ bool Save(const KString& path, const ImageDescription& desc, const void* data) {
     if (!PrepareFolder(path)) return false;
     if (data == nullptr || desc.width < 1 || desc.height < 1) return false;
     return dds ? SaveDDS(path, desc, data) : SaveByLibrary(path, desc, data);
-}
-
-}  // namespace
-
-bool OIIOImageHandler::SaveTexture(const KString& path, const ImageDescription& desc, const void* data) {
-    return Common::AtBoundary(false, [&] { return Save(path, desc, data); });
-}
-
-bool OIIOImageHandler::SaveTexture(const KString&) {
-    return false;
 }
 
 }  // namespace Kavra::Devices

@@ -1,10 +1,12 @@
 #include "readers/LegacyLoad.h"
 
 #include "common/Limits.h"
+#include "formats/PixelFormatMapping.h"
+#include "load/geometry/AdaptiveResize.h"
+#include "load/geometry/Reorientation.h"
+#include "readers/ByteSource.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageReaderInterface.h"
-
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <algorithm>
 #include <memory>
@@ -55,7 +57,7 @@ int Limited(int side, int limit) {
 }
 
 OIIO::ImageSpec SpecOf(const ImageDescription& desc) {
-    return OIIOImageHandler::FormatToImageSpec(desc.format,
+    return FormatToImageSpec(desc.format,
                                                OIIO::ImageSpec(desc.width, desc.height, 4, OIIO::TypeDesc::UINT8));
 }
 
@@ -70,13 +72,13 @@ Working Shrink(const OIIO::ImageBuf& image, int width, int height, bool highQual
     spec.width = spec.full_width = width;
     spec.height = spec.full_height = height;
     Working shrunk = Wrap(Common::NewZeroedBlock(spec.image_bytes()), spec);
-    (void)OIIOImageHandler::AdaptiveResize(shrunk.image, image, highQuality);
+    (void)AdaptiveResize(shrunk.image, image, highQuality);
     return shrunk;
 }
 
 OIIO::ImageBuf Turn(const OIIO::ImageBuf& image, EDataOrientation from, EDataOrientation to) {
-    return OIIOImageHandler::ReorientImage(image, OIIOImageHandler::ToOIIOOrientation(from),
-                                           OIIOImageHandler::ToOIIOOrientation(to));
+    return ReorientImage(image, ToOIIOOrientation(from),
+                                           ToOIIOOrientation(to));
 }
 
 /// Null when the image holds nothing.
@@ -96,14 +98,14 @@ void DescribeFitted(const OIIO::ImageSpec& spec, EDataOrientation orientation, I
 }
 
 /// Shrinks and turns the block that `desc` describes, and brings `desc` up to date.
-PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LegacyRequest& request, int width, int height) {
+PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LoadRequest& request, int width, int height) {
     const OIIO::ImageSpec spec = SpecOf(desc);
     // A format without pixels, or rows with gaps between them: no reader has those, and no image could lie over them.
     if (spec.image_bytes() != desc.dataSize) return nullptr;
 
     Working working = Wrap(std::move(block), spec);
     if (width != desc.width || height != desc.height) {
-        working = Shrink(working.image, width, height, request.highQualityResize);
+        working = Shrink(working.image, width, height, request.highQuality);
     }
     if (request.orientation == desc.orientation) {
         DescribeFitted(working.image.spec(), request.orientation, desc);
@@ -121,26 +123,23 @@ PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LegacyRequest& re
 }  // namespace
 
 PixelBlock LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, const KString& path,
-                             const LegacyRequest& request) {
+                             const LoadRequest& request) {
     if (!reader.Open(path)) return nullptr;
     Describe(reader, request.orientation, desc);
     if (!IsWithinLimits(reader, desc)) return nullptr;
 
     PixelBlock block = Common::NewZeroedBlock(desc.dataSize);
-    if (!reader.ReadImage(block.get(), request.frame)) return nullptr;
+    if (!reader.ReadImage(block.get(), request.level)) return nullptr;
 
-    const int width = Limited(desc.width, request.maxWidth);
-    const int height = Limited(desc.height, request.maxHeight);
+    const int width = Limited(desc.width, request.width);
+    const int height = Limited(desc.height, request.height);
     const bool fits = width == desc.width && height == desc.height && request.orientation == desc.orientation;
     return fits ? std::move(block) : Fit(std::move(block), desc, request, width, height);
 }
 
-unsigned char* OIIOImageHandler::LoadSpecial(ImageDescription& desc, const KString& path, int width, int height,
-                                             bool highQualityResize, int level, EDataOrientation orientation,
-                                             int fileType) {
+PixelBlock LoadSpecial(ImageDescription& desc, const KString& path, const LoadRequest& request, int fileType) {
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
-    if (!reader) return nullptr;
-    return LoadThroughReader(*reader, desc, path, {width, height, highQualityResize, level, orientation}).release();
+    return reader ? LoadThroughReader(*reader, desc, path, request) : nullptr;
 }
 
 }  // namespace Kavra::Devices

@@ -1,18 +1,16 @@
 #include "load/TextureFiles.h"
 
 #include "common/PixelBlock.h"
+#include "load/TextureLoader.h"
 
 #include <array>
 #include <string_view>
 
 namespace Kavra::Tests {
 
-LoadedTexture LoadFile(const std::filesystem::path& path, const LoadRequest& request) {
-    Devices::OIIOImageHandlerAccess access;
+LoadedTexture LoadFile(const std::filesystem::path& path, const LoadRequest& request, int fileType) {
     LoadedTexture result;
-    const Common::PixelBlock block(access.LoadTextureByOIIO(
-        result.desc, Wide(path), request.width, request.height, request.format, request.highQuality, request.level,
-        request.orientation, request.formatHandler, request.fileType));
+    const Common::PixelBlock block = Devices::LoadTextureByOIIO(result.desc, Wide(path), request, fileType);
     if (!block) return result;
     result.loaded = true;
     const std::size_t faces = result.desc.textureType == Devices::kTextureCube ? 6 : 1;

@@ -4,6 +4,7 @@
 #include "support/HandlerAccess.h"
 #include "support/TemporaryFolder.h"
 
+#include "common/LoadRequest.h"
 #include "readers/ImageFileType.h"
 
 #include <kavra/oiio/OIIOImageHandler.h>
@@ -21,17 +22,7 @@
 
 namespace Kavra::Tests {
 
-/// The arguments of a load; as they stand, the whole file in its own format.
-struct LoadRequest {
-    int width = 0;
-    int height = 0;
-    Devices::EFormat format = Devices::kUnknown;
-    bool highQuality = false;
-    int level = 0;
-    Devices::EDataOrientation orientation = Devices::kTopLeft;
-    Devices::IImageFormatHandler* formatHandler = nullptr;
-    int fileType = Devices::Other;
-};
+using Devices::LoadRequest;
 
 /// What a load gave: all bytes of the block (six faces for a cube map), freed already.
 struct LoadedTexture {
@@ -59,7 +50,8 @@ OIIO::TypeDesc ElementType() {
     }
 }
 
-LoadedTexture LoadFile(const std::filesystem::path& path, const LoadRequest& request = {});
+LoadedTexture LoadFile(const std::filesystem::path& path, const LoadRequest& request = {},
+                       int fileType = Devices::Other);
 
 /// Writes one picture as OpenImageIO writes it, alpha as it is given. `pixels` has its spec's channels, tight rows.
 template <class T>

@@ -40,7 +40,7 @@ protected:
         return WritePicture<unsigned char>(folder / "four.tif", spec, {10, 20, 30, 40});
     }
     LoadedTexture Exr(const std::filesystem::path& path, EFormat format = kUnknown) {
-        return LoadFile(path, {.format = format, .fileType = OpenEXR});
+        return LoadFile(path, {.format = format}, OpenEXR);
     }
 
     TemporaryFolder folder;

@@ -23,10 +23,9 @@ using Texts = std::vector<std::wstring>;
 
 class DdsTexture : public ::testing::Test {
 protected:
-    LoadedTexture Load(const DdsFile& file, LoadRequest request = {}) { return LoadBytes(file.Bytes(), request); }
-    LoadedTexture LoadBytes(const Bytes& bytes, LoadRequest request = {}) {
-        request.fileType = DDS;
-        return LoadFile(folder.Write("x.dds", bytes), request);
+    LoadedTexture Load(const DdsFile& file, const LoadRequest& request = {}) { return LoadBytes(file.Bytes(), request); }
+    LoadedTexture LoadBytes(const Bytes& bytes, const LoadRequest& request = {}) {
+        return LoadFile(folder.Write("x.dds", bytes), request, DDS);
     }
     TemporaryFolder folder;
     MessageRecorder messages;
@@ -268,7 +267,7 @@ TEST_F(DdsTexture, FacesDoNotMixBetweenThreads) {
             const auto level = static_cast<unsigned char>(i % 3);
             const Bytes expected = CubeLevel(4U >> level, level);
             for (int round = 0; round < 50; ++round) {
-                wrong += LoadFile(path, {.level = level, .fileType = DDS}).bytes != expected;
+                wrong += LoadFile(path, {.level = level}, DDS).bytes != expected;
             }
         });
     }

@@ -102,7 +102,7 @@ TEST_F(TextureGeometry, ACroppedPictureShrinksToItsOwnPixels) {
     const auto path = WritePicture(folder / "cropped.exr", spec, pixels);
     for (const bool highQuality : {false, true}) {
         const LoadedTexture texture =
-            LoadFile(path, {.width = 20, .height = 20, .highQuality = highQuality, .fileType = OpenEXR});
+            LoadFile(path, {.width = 20, .height = 20, .highQuality = highQuality}, OpenEXR);
         ASSERT_TRUE(texture);
         const Floats shrunk = texture.As<float>();
         ASSERT_EQ(shrunk.size(), 20u * 20 * 4);
@@ -118,7 +118,7 @@ TEST_F(TextureGeometry, ACroppedPictureTurnsAboutItsOwnPixels) {
     spec.x = 5, spec.y = 7;
     spec.full_width = 50, spec.full_height = 60;
     const auto path = WritePicture<float>(folder / "cropped.exr", spec, {1, 2, 3, 4, 5, 6});
-    const LoadedTexture texture = LoadFile(path, {.orientation = kRightTop, .fileType = OpenEXR});
+    const LoadedTexture texture = LoadFile(path, {.orientation = kRightTop}, OpenEXR);
     ASSERT_TRUE(texture);
     EXPECT_EQ(texture.desc.width, 1);
     EXPECT_EQ(texture.desc.height, 2);
@@ -205,8 +205,8 @@ TEST_F(TextureGeometry, DecreasingRowsOfAnExrCountAsUpsideDown) {
     ImageSpec spec(1, 2, 3, OIIO::TypeFloat);
     spec.attribute("openexr:lineOrder", "decreasingY");
     const auto path = WritePicture<float>(folder / "a.exr", spec, {1, 1, 1, 2, 2, 2});
-    const LoadedTexture upright = LoadFile(path, {.orientation = kTopLeft, .fileType = OpenEXR});
-    const LoadedTexture stored = LoadFile(path, {.orientation = kBottomLeft, .fileType = OpenEXR});
+    const LoadedTexture upright = LoadFile(path, {.orientation = kTopLeft}, OpenEXR);
+    const LoadedTexture stored = LoadFile(path, {.orientation = kBottomLeft}, OpenEXR);
     ASSERT_TRUE(upright && stored);
     EXPECT_EQ(upright.As<float>(), (Floats{2, 2, 2, 1, 1, 1, 1, 1}));
     EXPECT_EQ(stored.As<float>(), (Floats{1, 1, 1, 1, 2, 2, 2, 1}));

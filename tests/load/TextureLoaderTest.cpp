@@ -65,9 +65,9 @@ private:
 TEST_F(TextureLoader, LeavesLegacyAndUndetectedFilesAlone) {
     const auto path = RgbPng();
     for (const int type : std::vector<int>{None, CALS, FLIC, PCX, PICT, RLC, Spot, -1, 10}) {
-        EXPECT_FALSE(LoadFile(path, {.fileType = type})) << type;
+        EXPECT_FALSE(LoadFile(path, {}, type)) << type;
     }
-    EXPECT_TRUE(LoadFile(path, {.fileType = Other}));
+    EXPECT_TRUE(LoadFile(path, {}, Other));
     EXPECT_EQ(messages.Texts(), Texts{});
 }
 
@@ -76,7 +76,7 @@ TEST_F(TextureLoader, SaysNothingOfFilesThatItCannotOpen) {
     EXPECT_FALSE(LoadFile(folder / "missing.null")) << "the library describes such names";
     EXPECT_FALSE(LoadFile(folder.Path()));
     EXPECT_FALSE(LoadFile(folder.Write("text.png", "no picture")));
-    EXPECT_FALSE(LoadFile(folder.Write("empty.dds", ""), {.fileType = DDS}));
+    EXPECT_FALSE(LoadFile(folder.Write("empty.dds", ""), {}, DDS));
     EXPECT_EQ(messages.Texts(), Texts{});
 }
 
@@ -172,7 +172,7 @@ TEST_F(TextureLoader, WarnsOfAFormatHandlersImpossibleAnswer) {
 
 TEST_F(TextureLoader, LeavesFilesOfUnknownPixelsWithoutAMessage) {
     const auto path = WritePicture<std::uint32_t>(folder / "ids.exr", ImageSpec(1, 1, 1, OIIO::TypeUInt32), {7});
-    EXPECT_FALSE(LoadFile(path, {.fileType = OpenEXR}));
+    EXPECT_FALSE(LoadFile(path, {}, OpenEXR));
     EXPECT_EQ(messages.Texts(), Texts{});
 }
 
@@ -243,9 +243,9 @@ TEST_F(TextureLoader, GivesNothingForPicturesThatEndEarly) {
             pixels[i] = static_cast<unsigned char>(i * i * 31 >> 3);
         const auto path = WritePicture(folder / name, ImageSpec(48, 48, 3, OIIO::TypeUInt8), pixels);
         const int type = std::string_view(name) == "a.exr" ? OpenEXR : Other;
-        ASSERT_TRUE(LoadFile(path, {.fileType = type})) << name;
+        ASSERT_TRUE(LoadFile(path, {}, type)) << name;
         std::filesystem::resize_file(path, std::filesystem::file_size(path) * 3 / 4);
-        EXPECT_FALSE(LoadFile(path, {.fileType = type})) << name;
+        EXPECT_FALSE(LoadFile(path, {}, type)) << name;
     }
 }
 

@@ -103,7 +103,7 @@ void ExpectMarked(const ImageDescription& desc) {
 
 class LegacyLoad : public testing::Test {
 protected:
-    PixelBlock Load(const LegacyRequest& request) { return LoadThroughReader(reader, desc, path, request); }
+    PixelBlock Load(const LoadRequest& request) { return LoadThroughReader(reader, desc, path, request); }
 
     /// The block's bytes as `desc` counts them.
     Bytes Pixels(const PixelBlock& block) const { return Bytes(block.get(), block.get() + desc.dataSize); }
@@ -116,9 +116,9 @@ protected:
 
 TEST_F(LegacyLoad, WithNothingToFitTheReadersOwnBlockIsReturned) {
     Script(reader, 2, 3, Colour("abcdef"));
-    for (const LegacyRequest& request :
-         {LegacyRequest{}, LegacyRequest{.maxWidth = -5, .maxHeight = -1}, LegacyRequest{.maxWidth = 2, .maxHeight = 3},
-          LegacyRequest{.maxWidth = 1000, .maxHeight = 1000, .highQualityResize = true}}) {
+    for (const LoadRequest& request :
+         {LoadRequest{}, LoadRequest{.width = -5, .height = -1}, LoadRequest{.width = 2, .height = 3},
+          LoadRequest{.width = 1000, .height = 1000, .highQuality = true}}) {
         const std::size_t blocks = ObjModel::BlockCounters().totalBlocks;
         const PixelBlock block = Load(request);
         ASSERT_TRUE(block);
@@ -148,7 +148,7 @@ TEST_F(LegacyLoad, TheDescriptionIsTheReaders) {
 
 TEST_F(LegacyLoad, AReaderIsAskedInOrderAndOnce) {
     Script(reader, 1, 1, Colour("a"));
-    ASSERT_TRUE(Load({.frame = 17}));
+    ASSERT_TRUE(Load({.level = 17}));
     EXPECT_EQ(reader.calls, "Open Width Height Format RowPitch Orientation ReadImage ");
     EXPECT_EQ(reader.frame, 17);
 }
@@ -167,17 +167,17 @@ TEST_F(LegacyLoad, RowsWithGapsCannotBeFitted) {
     Script(reader, 2, 2, Colour("abcdef"));
     reader.rowPitch = 12;
     const std::size_t blocks = ObjModel::BlockCounters().liveBlocks;
-    EXPECT_FALSE(Load({.maxWidth = 1}));
+    EXPECT_FALSE(Load({.width = 1}));
     reader.rowPitch = 4;
     reader.pixels = Colour("ab");
-    EXPECT_FALSE(Load({.maxWidth = 1})) << "nor rows that overlap";
+    EXPECT_FALSE(Load({.width = 1})) << "nor rows that overlap";
     EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, blocks);
 }
 
 TEST_F(LegacyLoad, AFormatWithoutPixelsCannotBeFitted) {
     Script(reader, 2, 2, Colour("abcd"));
     reader.format = kBC1;
-    EXPECT_FALSE(Load({.maxWidth = 1}));
+    EXPECT_FALSE(Load({.width = 1}));
     EXPECT_TRUE(Load({}));
 }
 
@@ -247,7 +247,7 @@ TEST_F(LegacyLoad, BlocksAboveTheCeilingAreRefused) {
 
 TEST_F(LegacyLoad, ALimitShrinksItsOwnSideOnly) {
     Script(reader, 40, 30, Bytes(4800, 77));
-    const PixelBlock narrow = Load({.maxWidth = 10});
+    const PixelBlock narrow = Load({.width = 10});
     ASSERT_TRUE(narrow);
     EXPECT_EQ(desc.width, 10);
     EXPECT_EQ(desc.height, 30);
@@ -255,7 +255,7 @@ TEST_F(LegacyLoad, ALimitShrinksItsOwnSideOnly) {
     EXPECT_EQ(desc.dataSize, 1200u);
     EXPECT_EQ(Pixels(narrow), Bytes(1200, 77));
 
-    const PixelBlock low = Load({.maxWidth = 100, .maxHeight = 7});
+    const PixelBlock low = Load({.width = 100, .height = 7});
     ASSERT_TRUE(low);
     EXPECT_EQ(desc.width, 40);
     EXPECT_EQ(desc.height, 7);
@@ -266,7 +266,7 @@ TEST_F(LegacyLoad, TheFirstBlockIsGivenBackOnceThePictureIsFitted) {
     Script(reader, 40, 30, Bytes(4800, 77));
     const std::size_t blocks = ObjModel::BlockCounters().liveBlocks;
     {
-        const PixelBlock block = Load({.maxWidth = 10, .orientation = kRightTop});
+        const PixelBlock block = Load({.width = 10, .orientation = kRightTop});
         ASSERT_TRUE(block);
         EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, blocks + 1);
     }
@@ -281,10 +281,10 @@ TEST_F(LegacyLoad, HighQualityFiltersWhatIsSampledOtherwise) {
     }
     const auto isMixed = [](unsigned char value) { return value != 0 && value != 255; };
     Script(reader, 20, 20, stripes);
-    const PixelBlock sampled = Load({.maxWidth = 19, .maxHeight = 19});
+    const PixelBlock sampled = Load({.width = 19, .height = 19});
     ASSERT_TRUE(sampled);
     EXPECT_TRUE(std::ranges::none_of(Pixels(sampled), isMixed));
-    const PixelBlock filtered = Load({.maxWidth = 19, .maxHeight = 19, .highQualityResize = true});
+    const PixelBlock filtered = Load({.width = 19, .height = 19, .highQuality = true});
     ASSERT_TRUE(filtered);
     EXPECT_TRUE(std::ranges::any_of(Pixels(filtered), isMixed));
 }
@@ -295,7 +295,7 @@ TEST_F(LegacyLoad, OtherFormatsKeepTheirChannelsAndType) {
     reader.rowPitch = 80;
     for (int i = 0; i < 1600; ++i)
         reader.pixels.insert(reader.pixels.end(), {0x34, 0x12});
-    const PixelBlock block = Load({.maxWidth = 20, .maxHeight = 10});
+    const PixelBlock block = Load({.width = 20, .height = 10});
     ASSERT_TRUE(block);
     EXPECT_EQ(desc.format, kL16);
     EXPECT_EQ(desc.rowPitch, 40);
@@ -354,7 +354,7 @@ TEST_F(LegacyLoad, TheOrientationOfTheReaderIsWhereTurningStarts) {
 
 TEST_F(LegacyLoad, LimitsApplyBeforeTurning) {
     Script(reader, 40, 10, Bytes(1600, 5));
-    const PixelBlock block = Load({.maxWidth = 20, .orientation = kRightTop});
+    const PixelBlock block = Load({.width = 20, .orientation = kRightTop});
     ASSERT_TRUE(block);
     EXPECT_EQ(desc.width, 10);
     EXPECT_EQ(desc.height, 20);
@@ -402,7 +402,7 @@ TEST_F(LegacyLoad, WithoutMemoryTheExceptionPassesAndNothingIsKept) {
     Script(reader, 40, 30, Bytes(4800, 77));
     for (int blocks = 0; blocks < 3; ++blocks) {
         MeagreAllocator allocator(blocks);
-        EXPECT_THROW((void)Load({.maxWidth = 10, .orientation = kRightTop}), std::bad_alloc) << blocks;
+        EXPECT_THROW((void)Load({.width = 10, .orientation = kRightTop}), std::bad_alloc) << blocks;
         EXPECT_EQ(allocator.Live(), 0) << blocks;
     }
 }

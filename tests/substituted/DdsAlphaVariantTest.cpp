@@ -19,7 +19,7 @@ protected:
         Substitute().opens = true;
     }
     LoadedTexture Load(EFormat format, DdsFile file = {.data = {255, 20, 0, 40}}) {
-        return LoadFile(folder.Write("x.dds", file.Bytes()), {.format = format, .fileType = DDS});
+        return LoadFile(folder.Write("x.dds", file.Bytes()), {.format = format}, DDS);
     }
     TemporaryFolder folder;
 };
@@ -56,7 +56,7 @@ TEST(DdsAlphaVariantOff, OtherReportsKeepRedFirst) {
     for (const EFormat format : {kR8G8B8A8, kB8G8R8A8, kUnknown}) {
         Substitute().format = format;
         const auto path = folder.Write("x.dds", DdsFile{.data = {1, 2, 3, 4}}.Bytes());
-        EXPECT_EQ(LoadFile(path, {.fileType = DDS}).desc.format, kR8G8B8A8);
+        EXPECT_EQ(LoadFile(path, {}, DDS).desc.format, kR8G8B8A8);
     }
 }
 

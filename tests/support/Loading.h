@@ -1,6 +1,8 @@
 /// Whole loads through the handler, as a host makes them.
 #pragma once
 
+#include "common/LoadRequest.h"
+
 #include <kavra/devices/IImageHandler.h>
 
 #include <filesystem>
@@ -15,15 +17,9 @@ struct Loaded {
     std::vector<unsigned char> bytes;
 };
 
-struct LoadRequest {
-    int width = 0;
-    int height = 0;
-    Devices::EFormat format = Devices::kUnknown;
-    int level = 0;
-    Devices::EDataOrientation orientation = Devices::kTopLeft;
-};
+using Devices::LoadRequest;
 
-/// Loads through slot 3 and frees the block; nothing when the load failed.
+/// Loads through slot 2 and frees the block; nothing when the load failed.
 std::optional<Loaded> LoadFile(Devices::IImageHandler& handler, const std::filesystem::path& path,
                                const LoadRequest& request = {});
 

@@ -1,4 +1,4 @@
-#include "load/PixelGrid.h"
+#include "load/geometry/PixelGrid.h"
 
 #include "common/ParallelRange.h"
 

@@ -1,4 +1,4 @@
-#include "load/NewImage.h"
+#include "load/geometry/NewImage.h"
 
 #include "common/HostExtras.h"
 

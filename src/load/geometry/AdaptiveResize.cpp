@@ -1,6 +1,6 @@
-#include <kavra/oiio/OIIOImageHandler.h>
+#include "load/geometry/AdaptiveResize.h"
 
-#include "load/NewImage.h"
+#include "load/geometry/NewImage.h"
 
 #include <OpenImageIO/imagebufalgo.h>
 
@@ -112,7 +112,7 @@ bool SampleThenFilter(ImageBuf& dst, const ImageBuf& src, std::int64_t footprint
 
 }  // namespace
 
-bool OIIOImageHandler::AdaptiveResize(ImageBuf& dst, const ImageBuf& src, bool highQuality) {
+bool AdaptiveResize(ImageBuf& dst, const ImageBuf& src, bool highQuality) {
     if (!AreResizable(dst, src)) return false;
     if (highQuality) return Filter(dst, src);
 

@@ -1,7 +1,8 @@
 // Describing a file: readers of legacy formats or the host's DDS reader first, then OpenImageIO, then the host's
 // OpenEXR reader.
 
-#include "common/Boundary.h"
+#include "frame/module/Dispatch.h"
+
 #include "common/HostObject.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
@@ -11,7 +12,6 @@
 
 #include <kavra/devices/DDSReader.h>
 #include <kavra/devices/EXRHandler.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <memory>
 
@@ -72,25 +72,23 @@ void DescribeByExrHandler(ImageDesc& desc, const KString& path) {
 
 }  // namespace
 
-ImageDesc* OIIOImageHandler::GetImageDesc(const KString& path) {
-    return Common::AtBoundary<ImageDesc*>(nullptr, [&]() -> ImageDesc* {
-        const int fileType = DetectImageFileType(path);
-        OwnedDesc desc(new ImageDesc);
-        if (fileType == None || !desc) return nullptr;
+ImageDesc* DescribeImage(const KString& path) {
+    const int fileType = DetectImageFileType(path);
+    OwnedDesc desc(new ImageDesc);
+    if (fileType == None || !desc) return nullptr;
 
-        bool alphaVariant = false;
-        const bool found =
-            fileType == DDS ? DescribeByDdsReader(*desc, path, alphaVariant) : DescribeByReader(*desc, path, fileType);
-        if (const auto input = found ? nullptr : OpenInput(path)) {
-            const OwnedDesc described(GetImageDescByOIIO(input.get(), fileType, alphaVariant));
-            if (described && described->format != kUnknown) {
-                *desc = *described;
-                desc->frameCount = GetNumberOfFrames(input.get(), fileType);
-            }
+    bool alphaVariant = false;
+    const bool found =
+        fileType == DDS ? DescribeByDdsReader(*desc, path, alphaVariant) : DescribeByReader(*desc, path, fileType);
+    if (const auto input = found ? nullptr : OpenInput(path)) {
+        const OwnedDesc described(GetImageDescByOIIO(input.get(), fileType, alphaVariant));
+        if (described && described->format != kUnknown) {
+            *desc = *described;
+            desc->frameCount = GetNumberOfFrames(input.get(), fileType);
         }
-        if (desc->format == kUnknown) DescribeByExrHandler(*desc, path);
-        return desc->format == kUnknown ? nullptr : desc.release();
-    });
+    }
+    if (desc->format == kUnknown) DescribeByExrHandler(*desc, path);
+    return desc->format == kUnknown ? nullptr : desc.release();
 }
 
 }  // namespace Kavra::Devices

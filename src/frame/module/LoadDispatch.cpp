@@ -1,20 +1,24 @@
 // Loading a texture: OpenImageIO first, then the host's OpenEXR reader, the readers of legacy formats, and the host's
 // DDS reader.
 
-#include "common/Boundary.h"
+#include "frame/module/Dispatch.h"
+
 #include "common/HostObject.h"
 #include "common/Limits.h"
 #include "common/PixelBlock.h"
 #include "common/WrappedBlock.h"
+#include "formats/FormatConversion.h"
+#include "formats/PixelFormatMapping.h"
 #include "load/FileDescription.h"
+#include "load/TextureLoader.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
+#include "readers/LegacyLoad.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/DDSReader.h>
 #include <kavra/devices/EXRHandler.h>
 #include <kavra/devices/Sys.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -106,8 +110,8 @@ PixelBlock LoadExr(ImageDescription& desc, const KString& path) {
 }
 
 /// One level of a DDS at its full size: the host's reader neither resizes nor reorients.
-HostBlock LoadDds(ImageDescription& desc, const KString& path, int width, int height, int level,
-                  EDataOrientation orientation) {
+HostBlock LoadDds(ImageDescription& desc, const KString& path, const LoadRequest& request) {
+    const int level = std::max(request.level, 0);
     DDSReader reader;
     if (!reader.Load(path) || level >= std::min(reader.Mipmaps(), 31)) return nullptr;
 
@@ -116,11 +120,11 @@ HostBlock LoadDds(ImageDescription& desc, const KString& path, int width, int he
     const int levelDepth = LevelSize(reader.Depth(), level);
     // Halved `level` times more, so a lower level of a volume is refused while it has more than one slice.
     const int wantedDepth = LevelSize(levelDepth, level);
-    if (WantedSize(width, levelWidth) != levelWidth || WantedSize(height, levelHeight) != levelHeight ||
+    if (WantedSize(request.width, levelWidth) != levelWidth || WantedSize(request.height, levelHeight) != levelHeight ||
         wantedDepth != levelDepth) {
         return nullptr;
     }
-    if (orientation != kTopLeft) {
+    if (request.orientation != kTopLeft) {
         Sys::Warning(L"Override orientation of compressed DDS is not supported", nullptr);
     }
     for (int passed = 0; passed < level; ++passed) {
@@ -145,7 +149,7 @@ bool IsAllowed(const ImageDescription& desc, std::uint64_t bytes) {
 /// the result would be larger than is allowed, or than there is memory for beside the pixels.
 bool Convert(ImageDescription& desc, Pixels& pixels, EFormat format) {
     const bool wanted = format != kUnknown && format != desc.format;
-    if (!wanted || !OIIOImageHandler::CanConvertTo(desc.format, format)) return true;
+    if (!wanted || !CanConvertTo(desc.format, format)) return true;
     const std::int64_t rowPitch = RowPitch(format, desc.width);
     if (rowPitch > kMostRowPitch) return true;
 
@@ -157,7 +161,7 @@ bool Convert(ImageDescription& desc, Pixels& pixels, EFormat format) {
 
     void* converted = nullptr;
     std::size_t bytes = 0;
-    OIIOImageHandler::FormatConversion(desc.format, desc.dataSize * faces, pixels.Data(), format, converted, bytes);
+    FormatConversion(desc.format, desc.dataSize * faces, pixels.Data(), format, converted, bytes);
     if (converted == nullptr) return true;
 
     pixels = Pixels{PixelBlock(static_cast<unsigned char*>(converted)), nullptr};
@@ -174,34 +178,20 @@ IMemoryWrapper<void>* Refuse() {
 
 }  // namespace
 
-IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, const KString& path, int width, int height,
-                                                    int depth, EFormat format, bool highQualityResize, int level,
-                                                    EDataOrientation orientation, IImageFormatHandler* formatHandler) {
-    return Common::AtBoundary<IMemoryWrapper<void>*>(nullptr, [&]() -> IMemoryWrapper<void>* {
-        const int fileType = DetectImageFileType(path);
-        if (PixelBlock block(LoadTextureByOIIO(desc, path, width, height, depth, format, highQualityResize, level,
-                                               orientation, formatHandler, fileType));
-            block) {
-            return Common::WrapBlock(std::move(block));
-        }
-
-        Pixels pixels{LoadExr(desc, path), nullptr};
-        if (!pixels.own && fileType != DDS) {
-            pixels.own.reset(LoadSpecial(desc, path, width, height, highQualityResize, level, orientation, fileType));
-        } else if (!pixels.own) {
-            pixels.host = LoadDds(desc, path, width, height, std::max(level, 0), orientation);
-        }
-        if (pixels.Data() == nullptr || !IsAllowed(desc, desc.dataSize * Faces(desc))) return Refuse();
-        if (pixels.host && desc.format == format) return pixels.host.release();
-        return Convert(desc, pixels, format) ? Wrap(std::move(pixels)) : Refuse();
-    });
-}
-
-IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, const KString& path, int width, int height,
-                                                    int depth, EFormat format, int level, EDataOrientation orientation,
-                                                    IImageFormatHandler* formatHandler) {
-    IImageHandler& self = *this;
-    return self.LoadTexture(desc, path, width, height, depth, format, false, level, orientation, formatHandler);
+IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, const LoadRequest& request) {
+    const int fileType = DetectImageFileType(path);
+    if (PixelBlock block = LoadTextureByOIIO(desc, path, request, fileType)) {
+        return Common::WrapBlock(std::move(block));
+    }
+    Pixels pixels{LoadExr(desc, path), nullptr};
+    if (!pixels.own && fileType != DDS) {
+        pixels.own = LoadSpecial(desc, path, request, fileType);
+    } else if (!pixels.own) {
+        pixels.host = LoadDds(desc, path, request);
+    }
+    if (pixels.Data() == nullptr || !IsAllowed(desc, desc.dataSize * Faces(desc))) return Refuse();
+    if (pixels.host && desc.format == request.format) return pixels.host.release();
+    return Convert(desc, pixels, request.format) ? Wrap(std::move(pixels)) : Refuse();
 }
 
 }  // namespace Kavra::Devices

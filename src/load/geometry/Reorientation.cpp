@@ -1,8 +1,7 @@
-#include <kavra/devices/EDataOrientation.h>
-#include <kavra/oiio/OIIOImageHandler.h>
+#include "load/geometry/Reorientation.h"
 
-#include "load/NewImage.h"
-#include "load/PixelGrid.h"
+#include "load/geometry/NewImage.h"
+#include "load/geometry/PixelGrid.h"
 
 #include <OpenImageIO/imagebufalgo.h>
 
@@ -165,7 +164,7 @@ ImageBuf TurnedHere(const ImageBuf& image, const Turns& turns) {
 
 }  // namespace
 
-int OIIOImageHandler::ToOIIOOrientation(const EDataOrientation& orientation) {
+int ToOIIOOrientation(const EDataOrientation& orientation) {
     switch (orientation) {
         case kTopLeft:
             return 1;
@@ -187,7 +186,7 @@ int OIIOImageHandler::ToOIIOOrientation(const EDataOrientation& orientation) {
     return 1;
 }
 
-ImageBuf OIIOImageHandler::ReorientImage(const ImageBuf& image, int from, int to) {
+ImageBuf ReorientImage(const ImageBuf& image, int from, int to) {
     if (from != to && !IsExifOrientation(from)) return {};
     // The library ends the process over an image without pixels or an element type, and over memory it cannot get.
     if (!image.initialized() || image.pixeltype().basetype == OIIO::TypeDesc::UNKNOWN) return {};

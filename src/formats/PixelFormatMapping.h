@@ -1,0 +1,16 @@
+/// Between the host's pixel formats and the image library's specs, and which conversions there are.
+#pragma once
+
+#include <kavra/devices/EFormat.h>
+
+#include <OpenImageIO/imageio.h>
+
+namespace Kavra::Devices {
+
+/// The static members of `OIIOImageHandler` with these names, which say what they do.
+OIIO::ImageSpec FormatToImageSpec(const EFormat& format, const OIIO::ImageSpec& base);
+EFormat ImageSpecToFormat(const OIIO::ImageSpec& spec);
+bool CanConvertTo(EFormat from, EFormat to);
+bool NeedConvert(EFormat from, int fromKind, EFormat to, int toKind);
+
+}  // namespace Kavra::Devices
