@@ -4,7 +4,6 @@
 
 #include "analysis/LightSamples.h"
 
-
 #include <cmath>
 #include <cstddef>
 #include <vector>

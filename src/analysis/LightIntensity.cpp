@@ -22,7 +22,6 @@
 #include "analysis/RowColours.h"
 #include "common/OrderedParts.h"
 
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>

@@ -26,7 +26,7 @@ using Utilities::ImageHandlerHelper;
 
 namespace {
 
-/// A new block and the bytes that its owner is told of; nothing stands for a pair that is not handled.
+/// A new block and the bytes that its owner is told of.
 struct Pixels {
     PixelBlock block;
     std::size_t bytes = 0;
@@ -34,7 +34,6 @@ struct Pixels {
     /// Takes over what a routine of the helper has returned.
     Pixels(void* made, std::size_t size) : block(static_cast<unsigned char*>(made)), bytes(size) {}
 };
-using Conversion = std::optional<Pixels>;
 
 /// Packed source pixels.
 struct Source {
@@ -46,9 +45,9 @@ struct Source {
     float* Floats() const { return reinterpret_cast<float*>(data); }
 };
 
-constexpr float kPerByte = 1.0f / 255.0f;
-constexpr float kPerWord = 1.0f / 65535.0f;
-constexpr float kByteOfWord = 1.0f / 257.0f;
+constexpr float kPerByte = 1.0F / 255.0F;
+constexpr float kPerWord = 1.0F / 65535.0F;
+constexpr float kByteOfWord = 1.0F / 257.0F;
 
 /// Pixels of `inUnit` bytes to pixels of `outUnit`, in a new block of `bytes` bytes, a part of it on each core. Bytes
 /// behind the last whole pixel are zero. `kernel` takes a `PixelRun`.
@@ -75,7 +74,7 @@ Pixels GreyFromColours(const Source& source, Formats::ColourOrder order) {
 
 /// A target of 12 bytes a pixel gets as many bytes as the source has. What no pixel fills is zero, so that the same
 /// pixels always give the same block.
-Conversion FromFloatColour(const Source& source, EFormat to) {
+std::optional<Pixels> PackedFromFloatColours(const Source& source, EFormat to) {
     const auto pixelBytes = static_cast<std::size_t>(AFormatConvertor::BytesPerPixel(to));
     if (pixelBytes == 0 || pixelBytes > 16) return std::nullopt;
     const std::size_t bytes = source.bytes / (16 / pixelBytes);
@@ -90,179 +89,197 @@ Conversion FromFloatColour(const Source& source, EFormat to) {
     return packed;
 }
 
-Conversion FromGrey8(ImageHandlerHelper& helper, const Source& source, EFormat to) {
-    const std::size_t n = source.bytes;
-    switch (to) {
-        case kR16:
-            return Pixels(helper.GrayToR16(source.data, n), n * 2);
-        case kR16G16:
-            return Pixels(helper.GrayToR16G16(source.data, n), n * 4);
-        case kR8G8B8A8:
-        case kB8G8R8A8:
-        case kB8G8R8X8:
-        case kR8G8B8X8:
-            return Pixels(helper.GrayToRGB(source.data, n), n * 4);
-        default:
-            return std::nullopt;
-    }
+// --- One function a kind of conversion, named for what it gives and what it takes
+// -------------------------------------
+
+using Helper = ImageHandlerHelper;
+
+Pixels WordsFromBytes(const Source& source) {
+    return {Helper().GrayToR16(source.data, source.bytes), source.bytes * 2};
+}
+Pixels WordPairsFromGrey8(const Source& source) {
+    return {Helper().GrayToR16G16(source.data, source.bytes), source.bytes * 4};
+}
+Pixels ColoursFromGrey8(const Source& source) {
+    return {Helper().GrayToRGB(source.data, source.bytes), source.bytes * 4};
 }
 
+Pixels WordPairsFromGrey16(const Source& source) {
+    return {Helper().R16ToR16G16(source.Words(), source.bytes), source.bytes * 2};
+}
+Pixels ColoursFromGrey16(const Source& source) {
+    return {Helper().Gray16ToRGB(source.Words(), source.bytes), source.bytes * 2};
+}
+Pixels WordColoursFromGrey16(const Source& source) {
+    return {Helper().ExpandGrayToRGBA<unsigned short>(source.Words(), source.bytes, 65535, true), source.bytes * 4};
+}
 /// Opaque black: the routine is given no source, which is kept because callers have come to see what it yields.
-Conversion HalfColourFromGrey16(ImageHandlerHelper& helper, std::size_t n) {
+Pixels HalfColoursFromGrey16(const Source& source) {
+    Helper helper;
     unsigned short* const nothing = nullptr;
-    const Pixels halves(helper.TypeInToTypeOut<unsigned short, half>(nothing, n, kPerWord), n);
+    const Pixels halves(helper.TypeInToTypeOut<unsigned short, half>(nothing, source.bytes, kPerWord), source.bytes);
     auto* const grey = reinterpret_cast<half*>(halves.block.get());
-    return Pixels(helper.ExpandGrayToRGBA<half>(grey, n, half(1.0f), true), n * 4);
+    return {helper.ExpandGrayToRGBA<half>(grey, source.bytes, half(1.0F), true), source.bytes * 4};
 }
 
-Conversion FromGrey16(ImageHandlerHelper& helper, const Source& source, EFormat to) {
-    const std::size_t n = source.bytes;
-    switch (to) {
-        case kR16G16:
-            return Pixels(helper.R16ToR16G16(source.Words(), n), n * 2);
-        case kR8G8B8A8:
-        case kB8G8R8A8:
-        case kB8G8R8X8:
-        case kR8G8B8X8:
-            return Pixels(helper.Gray16ToRGB(source.Words(), n), n * 2);
-        case kR16G16B16A16F:
-            return HalfColourFromGrey16(helper, n);
-        case kR16G16B16A16:
-            return Pixels(helper.ExpandGrayToRGBA<unsigned short>(source.Words(), n, 65535, true), n * 4);
-        default:
-            return std::nullopt;
-    }
+Pixels HalfColoursFromHalfGrey(const Source& source) {
+    return {Helper().ExpandGrayToRGBA<half>(source.Halves(), source.bytes, half(1.0F), true), source.bytes * 4};
+}
+Pixels ThreeFloatsFromFloatGrey(const Source& source) {
+    return {Helper().ExpandGrayToRGBA<float>(source.Floats(), source.bytes, 1.0F, false), source.bytes * 3};
+}
+Pixels FloatColoursFromFloatGrey(const Source& source) {
+    return {Helper().ExpandGrayToRGBA<float>(source.Floats(), source.bytes, 1.0F, true), source.bytes * 4};
 }
 
-Conversion FromGreyFloat(ImageHandlerHelper& helper, const Source& source, EFormat to) {
-    const std::size_t n = source.bytes;
-    switch (to) {
-        case kR32G32B32F:
-            return Pixels(helper.ExpandGrayToRGBA<float>(source.Floats(), n, 1.0f, false), n * 3);
-        case kR32G32B32A32F:
-            return Pixels(helper.ExpandGrayToRGBA<float>(source.Floats(), n, 1.0f, true), n * 4);
-        default:
-            return std::nullopt;
-    }
+Pixels GreyFromRedFirst(const Source& source) {
+    return GreyFromColours(source, Formats::ColourOrder::kRedFirst);
+}
+Pixels GreyFromBlueFirst(const Source& source) {
+    return GreyFromColours(source, Formats::ColourOrder::kBlueFirst);
+}
+Pixels RedAndBlueSwapped(const Source& source) {
+    return {Helper().BGRAToRGBA(source.data, source.bytes), source.bytes};
+}
+Pixels HalfColoursFromBytes(const Source& source) {
+    return {Helper().TypeInToTypeOut<unsigned char, half>(source.data, source.bytes, kPerByte), source.bytes * 2};
+}
+Pixels FloatColoursFromBytes(const Source& source) {
+    return {Helper().TypeInToTypeOut<unsigned char, float>(source.data, source.bytes, kPerByte), source.bytes * 4};
 }
 
-/// 8-bit colour to more bits; the channels keep their order.
-Conversion Widened(ImageHandlerHelper& helper, const Source& source, EFormat to) {
-    const std::size_t n = source.bytes;
-    switch (to) {
-        case kR16G16B16A16F:
-            return Pixels(helper.TypeInToTypeOut<unsigned char, half>(source.data, n, kPerByte), n * 2);
-        case kR16G16B16A16:
-            return Pixels(helper.GrayToR16(source.data, n), n * 2);
-        case kR32G32B32A32F:
-            return Pixels(helper.TypeInToTypeOut<unsigned char, float>(source.data, n, kPerByte), n * 4);
-        default:
-            return std::nullopt;
-    }
+// Swapping into an intermediate and widening that would move nearly twice the bytes.
+Pixels HalfColoursFromBlueFirst(const Source& source) {
+    return InOnePass(source, 4, 8, source.bytes * 2, Formats::HalvesFromBlueFirst);
+}
+Pixels WordColoursFromBlueFirst(const Source& source) {
+    return InOnePass(source, 4, 8, source.bytes * 2, Formats::WordsFromBlueFirst);
+}
+Pixels FloatColoursFromBlueFirst(const Source& source) {
+    return InOnePass(source, 4, 16, source.bytes * 4, Formats::FloatsFromBlueFirst);
 }
 
-Conversion FromRedFirst(ImageHandlerHelper& helper, const Source& source, EFormat to) {
-    switch (to) {
-        case kR8:
-        case kL8:
-            return GreyFromColours(source, Formats::ColourOrder::kRedFirst);
-        case kB8G8R8A8:
-        case kB8G8R8X8:
-            return Pixels(helper.BGRAToRGBA(source.data, source.bytes), source.bytes);
-        default:
-            return Widened(helper, source, to);
-    }
+Pixels FloatColoursFromHalves(const Source& source) {
+    return {Helper().TypeInToTypeOut<half, float>(source.Halves(), source.bytes, 1.0F), source.bytes * 2};
 }
 
-Conversion FromBlueFirst(ImageHandlerHelper& helper, const Source& source, EFormat to) {
-    switch (to) {
-        case kR8:
-        case kL8:
-            return GreyFromColours(source, Formats::ColourOrder::kBlueFirst);
-        case kR8G8B8A8:
-        case kR8G8B8X8:
-            return Pixels(helper.BGRAToRGBA(source.data, source.bytes), source.bytes);
-        // Swapping into an intermediate and widening that would move nearly twice the bytes.
-        case kR16G16B16A16F:
-            return InOnePass(source, 4, 8, source.bytes * 2, Formats::HalvesFromBlueFirst);
-        case kR16G16B16A16:
-            return InOnePass(source, 4, 8, source.bytes * 2, Formats::WordsFromBlueFirst);
-        case kR32G32B32A32F:
-            return InOnePass(source, 4, 16, source.bytes * 4, Formats::FloatsFromBlueFirst);
-        default:
-            return std::nullopt;
-    }
+Pixels RedFirstFromWords(const Source& source) {
+    return {Helper().TypeInToTypeOut<unsigned short, unsigned char>(source.Words(), source.bytes, kByteOfWord),
+            source.bytes / 2};
+}
+Pixels BlueFirstFromWords(const Source& source) {
+    return InOnePass(source, 8, 4, source.bytes / 2, Formats::BlueFirstFromWords);
+}
+Pixels HalfColoursFromWords(const Source& source) {
+    return {Helper().TypeInToTypeOut<unsigned short, half>(source.Words(), source.bytes, kPerWord), source.bytes};
+}
+Pixels FloatColoursFromWords(const Source& source) {
+    return {Helper().TypeInToTypeOut<unsigned short, float>(source.Words(), source.bytes, kPerWord), source.bytes * 2};
 }
 
-Conversion FromHalfColour(ImageHandlerHelper& helper, const Source& source, EFormat to) {
-    if (to != kR32G32B32A32F) return std::nullopt;
-    return Pixels(helper.TypeInToTypeOut<half, float>(source.Halves(), source.bytes, 1.0f), source.bytes * 2);
+// --- The conversions that there are
+// -----------------------------------------------------------------------------------
+
+struct Conversion {
+    EFormat from;
+    EFormat to;
+    Pixels (*convert)(const Source& source);
+};
+
+/// Every pair but those from `kR32G32B32A32F`, which is packed into any target. Formats whose bytes are in the right
+/// order already (`kR8G8B8A8` and `kR8G8B8X8`) need none.
+constexpr Conversion kConversions[] = {
+    {kR8, kR16, WordsFromBytes},
+    {kR8, kR16G16, WordPairsFromGrey8},
+    {kR8, kR8G8B8A8, ColoursFromGrey8},
+    {kR8, kB8G8R8A8, ColoursFromGrey8},
+    {kR8, kB8G8R8X8, ColoursFromGrey8},
+    {kR8, kR8G8B8X8, ColoursFromGrey8},
+
+    {kL8, kR16, WordsFromBytes},
+    {kL8, kR16G16, WordPairsFromGrey8},
+    {kL8, kR8G8B8A8, ColoursFromGrey8},
+    {kL8, kB8G8R8A8, ColoursFromGrey8},
+    {kL8, kB8G8R8X8, ColoursFromGrey8},
+    {kL8, kR8G8B8X8, ColoursFromGrey8},
+
+    {kR16F, kR16G16B16A16F, HalfColoursFromHalfGrey},
+
+    {kR16, kR16G16, WordPairsFromGrey16},
+    {kR16, kR8G8B8A8, ColoursFromGrey16},
+    {kR16, kB8G8R8A8, ColoursFromGrey16},
+    {kR16, kB8G8R8X8, ColoursFromGrey16},
+    {kR16, kR8G8B8X8, ColoursFromGrey16},
+    {kR16, kR16G16B16A16F, HalfColoursFromGrey16},
+    {kR16, kR16G16B16A16, WordColoursFromGrey16},
+
+    {kL16, kR16G16, WordPairsFromGrey16},
+    {kL16, kR8G8B8A8, ColoursFromGrey16},
+    {kL16, kB8G8R8A8, ColoursFromGrey16},
+    {kL16, kB8G8R8X8, ColoursFromGrey16},
+    {kL16, kR8G8B8X8, ColoursFromGrey16},
+    {kL16, kR16G16B16A16F, HalfColoursFromGrey16},
+    {kL16, kR16G16B16A16, WordColoursFromGrey16},
+
+    {kR32F, kR32G32B32F, ThreeFloatsFromFloatGrey},
+    {kR32F, kR32G32B32A32F, FloatColoursFromFloatGrey},
+
+    {kR8G8B8A8, kR8, GreyFromRedFirst},
+    {kR8G8B8A8, kL8, GreyFromRedFirst},
+    {kR8G8B8A8, kB8G8R8A8, RedAndBlueSwapped},
+    {kR8G8B8A8, kB8G8R8X8, RedAndBlueSwapped},
+    {kR8G8B8A8, kR16G16B16A16F, HalfColoursFromBytes},
+    {kR8G8B8A8, kR16G16B16A16, WordsFromBytes},
+    {kR8G8B8A8, kR32G32B32A32F, FloatColoursFromBytes},
+
+    {kB8G8R8A8, kR8, GreyFromBlueFirst},
+    {kB8G8R8A8, kL8, GreyFromBlueFirst},
+    {kB8G8R8A8, kR8G8B8A8, RedAndBlueSwapped},
+    {kB8G8R8A8, kR8G8B8X8, RedAndBlueSwapped},
+    {kB8G8R8A8, kR16G16B16A16F, HalfColoursFromBlueFirst},
+    {kB8G8R8A8, kR16G16B16A16, WordColoursFromBlueFirst},
+    {kB8G8R8A8, kR32G32B32A32F, FloatColoursFromBlueFirst},
+
+    {kR16G16B16A16F, kR32G32B32A32F, FloatColoursFromHalves},
+
+    {kR16G16B16A16, kR8G8B8A8, RedFirstFromWords},
+    {kR16G16B16A16, kB8G8R8A8, BlueFirstFromWords},
+    {kR16G16B16A16, kB8G8R8X8, BlueFirstFromWords},
+    {kR16G16B16A16, kR8G8B8X8, RedFirstFromWords},
+    {kR16G16B16A16, kR16G16B16A16F, HalfColoursFromWords},
+    {kR16G16B16A16, kR32G32B32A32F, FloatColoursFromWords},
+};
+
+const Conversion* FindConversion(EFormat from, EFormat to) {
+    const auto* const found = std::ranges::find_if(
+        kConversions, [&](const Conversion& conversion) { return conversion.from == from && conversion.to == to; });
+    return found == std::end(kConversions) ? nullptr : found;
 }
 
-Conversion FromWordColour(ImageHandlerHelper& helper, const Source& source, EFormat to) {
-    const std::size_t n = source.bytes;
-    switch (to) {
-        case kR8G8B8A8:
-        case kR8G8B8X8:
-            return Pixels(helper.TypeInToTypeOut<unsigned short, unsigned char>(source.Words(), n, kByteOfWord), n / 2);
-        case kB8G8R8A8:
-        case kB8G8R8X8:
-            return InOnePass(source, 8, 4, n / 2, Formats::BlueFirstFromWords);
-        case kR16G16B16A16F:
-            return Pixels(helper.TypeInToTypeOut<unsigned short, half>(source.Words(), n, kPerWord), n);
-        case kR32G32B32A32F:
-            return Pixels(helper.TypeInToTypeOut<unsigned short, float>(source.Words(), n, kPerWord), n * 2);
-        default:
-            return std::nullopt;
-    }
-}
-
-Conversion FromHalfGrey(ImageHandlerHelper& helper, const Source& source, EFormat to) {
-    if (to != kR16G16B16A16F) return std::nullopt;
-    return Pixels(helper.ExpandGrayToRGBA<half>(source.Halves(), source.bytes, half(1.0f), true), source.bytes * 4);
-}
-
-Conversion Convert(EFormat from, const Source& source, EFormat to) {
-    ImageHandlerHelper helper;
-    switch (from) {
-        case kR8:
-        case kL8:
-            return FromGrey8(helper, source, to);
-        case kR16F:
-            return FromHalfGrey(helper, source, to);
-        case kR16:
-        case kL16:
-            return FromGrey16(helper, source, to);
-        case kR32F:
-            return FromGreyFloat(helper, source, to);
-        case kR8G8B8A8:
-            return FromRedFirst(helper, source, to);
-        case kB8G8R8A8:
-            return FromBlueFirst(helper, source, to);
-        case kR16G16B16A16F:
-            return FromHalfColour(helper, source, to);
-        case kR16G16B16A16:
-            return FromWordColour(helper, source, to);
-        case kR32G32B32A32F:
-            return FromFloatColour(source, to);
-        default:
-            return std::nullopt;
-    }
+std::optional<Pixels> Convert(EFormat from, const Source& source, EFormat to) {
+    if (from == kR32G32B32A32F) return PackedFromFloatColours(source, to);
+    const Conversion* const conversion = FindConversion(from, to);
+    if (conversion == nullptr) return std::nullopt;
+    return conversion->convert(source);
 }
 
 }  // namespace
 
+bool CanConvertTo(EFormat from, EFormat to) {
+    return from == kR32G32B32A32F || FindConversion(from, to) != nullptr;
+}
+
 bool FormatConversion(EFormat from, std::size_t srcBytes, void* src, EFormat to, void*& dst, std::size_t& dstBytes) {
     const bool isReadable = src != nullptr || srcBytes == 0;
-    Conversion conversion;
-    if (isReadable) conversion = Convert(from, {static_cast<unsigned char*>(src), srcBytes}, to);
-    if (!conversion) {
+    std::optional<Pixels> converted;
+    if (isReadable) converted = Convert(from, {static_cast<unsigned char*>(src), srcBytes}, to);
+    if (!converted) {
         Sys::Error(L"Currently not supported", nullptr);
         dst = nullptr;
         return true;
     }
-    dstBytes = conversion->bytes;
-    dst = conversion->block.release();
+    dstBytes = converted->bytes;
+    dst = converted->block.release();
     return true;
 }
 

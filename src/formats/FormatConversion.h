@@ -7,7 +7,8 @@
 
 namespace Kavra::Devices {
 
-/// `OIIOImageHandler::FormatConversion`, which says what it does.
+/// The static members of `OIIOImageHandler` with these names, which say what they do. Both read one table of pairs.
+bool CanConvertTo(EFormat from, EFormat to);
 bool FormatConversion(EFormat from, std::size_t srcBytes, void* src, EFormat to, void*& dst, std::size_t& dstBytes);
 
 }  // namespace Kavra::Devices

@@ -1,8 +1,5 @@
 #include "formats/PixelFormatMapping.h"
 
-#include <algorithm>
-#include <initializer_list>
-
 #include "formats/Attributes.h"
 #include "formats/ChannelOrder.h"
 
@@ -87,10 +84,6 @@ PixelShape ShapeWithoutDepth(const ImageSpec& spec) {
     return shape;
 }
 
-bool IsOneOf(EFormat format, std::initializer_list<EFormat> formats) {
-    return std::ranges::find(formats, format) != formats.end();
-}
-
 }  // namespace
 
 ImageSpec FormatToImageSpec(const EFormat& format, const ImageSpec& base) {
@@ -129,33 +122,6 @@ EFormat ImageSpecToFormat(const ImageSpec& spec) {
             return choose(kR32F, kR32G32F, kR32G32B32A32F, kUnknown);
         default:
             return kUnknown;
-    }
-}
-
-bool CanConvertTo(EFormat from, EFormat to) {
-    switch (from) {
-        case kR8:
-        case kL8:
-            return IsOneOf(to, {kR16, kR16G16, kR8G8B8A8, kB8G8R8A8, kB8G8R8X8, kR8G8B8X8});
-        case kR16F:
-            return to == kR16G16B16A16F;
-        case kR16:
-        case kL16:
-            return IsOneOf(to, {kR16G16, kR8G8B8A8, kB8G8R8A8, kB8G8R8X8, kR8G8B8X8, kR16G16B16A16F, kR16G16B16A16});
-        case kR32F:
-            return IsOneOf(to, {kR32G32B32F, kR32G32B32A32F});
-        case kR8G8B8A8:
-            return IsOneOf(to, {kR8, kL8, kB8G8R8A8, kB8G8R8X8, kR16G16B16A16F, kR16G16B16A16, kR32G32B32A32F});
-        case kB8G8R8A8:
-            return IsOneOf(to, {kR8, kL8, kR8G8B8A8, kR8G8B8X8, kR16G16B16A16F, kR16G16B16A16, kR32G32B32A32F});
-        case kR16G16B16A16F:
-            return to == kR32G32B32A32F;
-        case kR16G16B16A16:
-            return IsOneOf(to, {kR8G8B8A8, kB8G8R8A8, kB8G8R8X8, kR8G8B8X8, kR16G16B16A16F, kR32G32B32A32F});
-        case kR32G32B32A32F:
-            return true;  // the packing of floats decides for each target
-        default:
-            return false;
     }
 }
 

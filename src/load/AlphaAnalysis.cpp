@@ -1,6 +1,5 @@
 #include "load/AlphaAnalysis.h"
 
-
 #include "common/ParallelRange.h"
 
 #include <Imath/half.h>
@@ -220,8 +219,8 @@ template void FillAlphaforRGBA(unsigned char*, std::size_t, int, unsigned short)
 template void FillAlphaforRGBA(unsigned char*, std::size_t, int, half);
 template void FillAlphaforRGBA(unsigned char*, std::size_t, int, float);
 
-void GetAlphaProperty(unsigned char* data, std::size_t size, const OIIO::ImageSpec& spec,
-                                        bool& hasTransparentPixels, bool& hasTranslucentPixels) {
+void GetAlphaProperty(unsigned char* data, std::size_t size, const OIIO::ImageSpec& spec, bool& hasTransparentPixels,
+                      bool& hasTranslucentPixels) {
     hasTransparentPixels = false;
     hasTranslucentPixels = false;
     if (!data) return;

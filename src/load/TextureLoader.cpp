@@ -96,7 +96,8 @@ int UsageOf(ETextureType type) {
 
 bool ChooseFormat(TextureLoad& load) {
     if (load.format == kUnknown && load.request.formatHandler != nullptr) {
-        load.format = load.request.formatHandler->ChooseFormat(load.fileDesc.format, UsageOf(load.fileDesc.textureType));
+        load.format =
+            load.request.formatHandler->ChooseFormat(load.fileDesc.format, UsageOf(load.fileDesc.textureType));
     }
     if (load.format == kUnknown) load.format = load.fileDesc.format;
     load.targetSpec = FormatToImageSpec(load.format, load.fileSpec);

@@ -8,7 +8,6 @@
 #include "common/PixelBlock.h"
 #include "common/WrappedBlock.h"
 #include "formats/FormatConversion.h"
-#include "formats/PixelFormatMapping.h"
 #include "load/FileDescription.h"
 #include "load/TextureLoader.h"
 #include "readers/FileTypeDetection.h"
