@@ -3,6 +3,7 @@
 #include "common/ParallelRange.h"
 
 #include <Imath/half.h>
+#include <hwy/highway.h>
 
 #include <algorithm>
 #include <atomic>
@@ -22,7 +23,9 @@ constexpr std::size_t kSerialBytes = std::size_t{1} << 17;
 // A scan asks whether it is done after so many bytes.
 constexpr std::size_t kChunkBytes = std::size_t{1} << 13;
 
-// One register of every machine: compilers take wider ones apart badly.
+// One register of every machine: memory is the limit, so wider ones gain nothing and no target has to be chosen at run
+// time.
+namespace hn = hwy::HWY_NAMESPACE;
 constexpr std::size_t kVectorBytes = 16;
 
 struct AlphaResult {
@@ -48,37 +51,48 @@ template <class T>
 using ElementOf = typename Element<T>::type;
 
 template <class T>
-using VectorOf [[gnu::vector_size(kVectorBytes)]] = ElementOf<T>;
-
-/// Which elements of a vector are zero: all bits of an element set, or none.
+using Tag = hn::FixedTag<ElementOf<T>, kVectorBytes / sizeof(T)>;
 template <class T>
-auto IsZero(const VectorOf<T>& v) {
+using Vector = hn::Vec<Tag<T>>;
+template <class T>
+using Mask = hn::Mask<Tag<T>>;
+
+/// Which elements are zero.
+template <class T>
+Mask<T> IsZero(const Vector<T>& v) {
+    const Tag<T> tag;
     if constexpr (std::is_same_v<T, half>) {
-        return (v & 0x7FFF) == 0;
+        return hn::Eq(hn::And(v, hn::Set(tag, 0x7FFF)), hn::Zero(tag));
     } else {
-        return v == 0;
+        return hn::Eq(v, hn::Zero(tag));
     }
 }
 
-/// Halves, or vectors of them, as numbers in the order of their values: the bits of the magnitude, with the sign. NaN
-/// comes beyond the infinities.
-template <class Bits>
-Bits OrderOfHalf(const Bits& bits) {
-    const Bits sign = bits >> 15;
-    return static_cast<Bits>(((bits & 0x7FFF) ^ sign) - sign);
+/// A half as a number in the order of the values: the bits of the magnitude, with the sign. NaN comes beyond the
+/// infinities.
+std::int16_t OrderOfHalf(std::int16_t bits) {
+    const auto sign = static_cast<std::int16_t>(bits >> 15);
+    return static_cast<std::int16_t>(((bits & 0x7FFF) ^ sign) - sign);
+}
+Vector<half> OrderOfHalf(const Vector<half>& bits) {
+    const Vector<half> sign = hn::ShiftRight<15>(bits);
+    return hn::Sub(hn::Xor(hn::And(bits, hn::Set(Tag<half>(), 0x7FFF)), sign), sign);
 }
 
 /// Which elements lie between: not zero, and below `opaque`.
 template <class T>
-auto IsBetween(const VectorOf<T>& v, T opaque) {
+Mask<T> IsBetween(const Vector<T>& v, T opaque) {
+    const Tag<T> tag;
     if constexpr (std::is_same_v<T, half>) {
         constexpr std::int16_t infinity = 0x7C00;
-        const VectorOf<T> order = OrderOfHalf(v);
+        const Vector<T> order = OrderOfHalf(v);
         const std::int16_t bound =
             opaque.isNan() ? std::int16_t{-infinity} : OrderOfHalf(static_cast<std::int16_t>(opaque.bits()));
-        return (order != 0) & (order >= -infinity) & (order < bound);
+        const Mask<T> isNumber =
+            hn::And(hn::Ne(order, hn::Zero(tag)), hn::Ge(order, hn::Set(tag, std::int16_t{-infinity})));
+        return hn::And(isNumber, hn::Lt(order, hn::Set(tag, bound)));
     } else {
-        return (v != 0) & (v < opaque);
+        return hn::And(hn::Ne(v, hn::Zero(tag)), hn::Lt(v, hn::Set(tag, opaque)));
     }
 }
 
@@ -115,38 +129,41 @@ public:
     explicit ChunkScan(T opaque) : mOpaque(opaque) {}
 
     void AddPixels(const unsigned char* pixels, std::size_t count) {
-        VectorOf<T> elements;
-        for (; count >= kVectorPixels; count -= kVectorPixels, pixels += kVectorBytes) {
-            std::memcpy(&elements, pixels, kVectorBytes);
-            AddVector(elements);
-        }
+        for (; count >= kVectorPixels; count -= kVectorPixels, pixels += kVectorBytes)
+            AddVector(pixels);
         if (count == 0) return;
         // The rest fills a vector by being repeated, which changes no flag.
+        unsigned char rest[kVectorBytes];
         for (std::size_t i = 0; i < kVectorPixels; ++i) {
-            std::memcpy(reinterpret_cast<unsigned char*>(&elements) + i * kPixelBytes,
-                        pixels + std::min(i, count - 1) * kPixelBytes, kPixelBytes);
+            std::memcpy(rest + i * kPixelBytes, pixels + std::min(i, count - 1) * kPixelBytes, kPixelBytes);
         }
-        AddVector(elements);
+        AddVector(rest);
     }
 
     AlphaResult Result(std::size_t alphaChannel) const {
         AlphaResult result;
         for (std::size_t i = alphaChannel; i < kVectorPixels * kChannels; i += kChannels) {
-            result = result | AlphaResult{mZero[i] != 0, mBetween[i] != 0};
+            result = result | AlphaResult{IsSet(mZero, i), IsSet(mBetween, i)};
         }
         return result;
     }
 
 private:
-    using Flags = decltype(IsZero<T>(VectorOf<T>{}));
+    void AddVector(const unsigned char* pixels) {
+        const auto elements = hn::LoadU(Tag<T>(), reinterpret_cast<const ElementOf<T>*>(pixels));
+        mZero = hn::Or(mZero, hn::VecFromMask(Tag<T>(), IsZero<T>(elements)));
+        mBetween = hn::Or(mBetween, hn::VecFromMask(Tag<T>(), IsBetween<T>(elements, mOpaque)));
+    }
 
-    void AddVector(const VectorOf<T>& elements) {
-        mZero |= IsZero<T>(elements);
-        mBetween |= IsBetween<T>(elements, mOpaque);
+    /// Whether an element has bits: those of a mask that was set for it.
+    static bool IsSet(const Vector<T>& flags, std::size_t element) {
+        unsigned char bytes[kVectorBytes];
+        hn::StoreU(flags, Tag<T>(), reinterpret_cast<ElementOf<T>*>(bytes));
+        return bytes[element * sizeof(T)] != 0;
     }
 
     T mOpaque;
-    Flags mZero = {}, mBetween = {};
+    Vector<T> mZero = hn::Zero(Tag<T>()), mBetween = hn::Zero(Tag<T>());
 };
 
 /// Goes on from `result` until both flags are set, here or in all parts together.
@@ -176,9 +193,9 @@ void ForAlphaType(const OIIO::ImageSpec& spec, const Action& action) {
         case OIIO::TypeDesc::UINT16:
             return action(std::numeric_limits<unsigned short>::max());
         case OIIO::TypeDesc::HALF:
-            return action(half(1.0f));
+            return action(half(1.0F));
         case OIIO::TypeDesc::FLOAT:
-            return action(1.0f);
+            return action(1.0F);
         default:
             return;
     }

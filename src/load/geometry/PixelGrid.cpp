@@ -2,6 +2,8 @@
 
 #include "common/ParallelRange.h"
 
+#include <hwy/highway.h>
+
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -19,6 +21,9 @@ constexpr std::size_t kSerialBytes = std::size_t{1} << 18;
 constexpr std::size_t kLineBytes = 64;
 constexpr std::size_t kTileLines = 64;
 
+// One register of every machine: all that is done is moving lanes, and memory is the limit, so wider ones gain nothing
+// and no target has to be chosen at run time.
+namespace hn = hwy::HWY_NAMESPACE;
 constexpr std::size_t kVectorBytes = 16;
 
 std::ptrdiff_t Signed(std::size_t value) {
@@ -44,7 +49,9 @@ struct LaneOf<8> {
     using type = std::uint64_t;
 };
 template <std::size_t N>
-using Vector [[gnu::vector_size(kVectorBytes)]] = typename LaneOf<N>::type;
+using Lane = typename LaneOf<N>::type;
+template <std::size_t N>
+using Tag = hn::FixedTag<Lane<N>, kVectorBytes / N>;
 
 /// Whether pixels of `N` bytes are moved as lanes of a vector.
 template <std::size_t N>
@@ -107,30 +114,23 @@ struct Tile {
     std::size_t lines, pixels;
 };
 
-/// Joins the lower halves of two vectors lane by lane, or (`Half` 1) the upper halves.
-template <std::size_t N, std::size_t Half, std::size_t... I>
-Vector<N> Interleaved(const Vector<N>& a, const Vector<N>& b, std::index_sequence<I...>) {
-    constexpr std::size_t lanes = sizeof...(I);
-    return __builtin_shufflevector(a, b, static_cast<int>(Half * lanes / 2 + I / 2 + I % 2 * lanes)...);
-}
-
 /// Transposes a square of one vector's width: after log2(lanes) rounds of interleaving, rows have become columns.
 template <std::size_t N>
 void TransposeSquare(std::byte* to, std::ptrdiff_t rowStride, const std::byte* from) {
     constexpr std::size_t lanes = kVectorBytes / N;
-    constexpr auto indices = std::make_index_sequence<lanes>();
-    Vector<N> rows[lanes], next[lanes];
+    const Tag<N> tag;
+    hn::Vec<Tag<N>> rows[lanes], next[lanes];
     for (std::size_t i = 0; i < lanes; ++i)
-        std::memcpy(&rows[i], from + i * kLineBytes, kVectorBytes);
+        rows[i] = hn::LoadU(tag, reinterpret_cast<const Lane<N>*>(from + i * kLineBytes));
     for (std::size_t round = 1; round < lanes; round *= 2) {
         for (std::size_t i = 0; i < lanes / 2; ++i) {
-            next[2 * i] = Interleaved<N, 0>(rows[i], rows[i + lanes / 2], indices);
-            next[2 * i + 1] = Interleaved<N, 1>(rows[i], rows[i + lanes / 2], indices);
+            next[2 * i] = hn::InterleaveLower(tag, rows[i], rows[i + lanes / 2]);
+            next[2 * i + 1] = hn::InterleaveUpper(tag, rows[i], rows[i + lanes / 2]);
         }
         std::copy(next, next + lanes, rows);
     }
     for (std::size_t i = 0; i < lanes; ++i)
-        std::memcpy(to + Signed(i) * rowStride, &rows[i], kVectorBytes);
+        hn::StoreU(rows[i], tag, reinterpret_cast<Lane<N>*>(to + Signed(i) * rowStride));
 }
 
 template <std::size_t N>
