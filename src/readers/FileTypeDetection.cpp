@@ -6,7 +6,7 @@
 #include "readers/flic/FlicHeader.h"
 #include "readers/pcx/PcxHeader.h"
 #include "readers/pict/PictProbe.h"
-#include "readers/rlc/RlcProbe.h"
+#include "readers/rlc/RlcReader.h"
 #include "readers/spot/BandProbe.h"
 
 #include <array>

@@ -1,18 +1,213 @@
 #include "readers/rlc/RlcReader.h"
 
+#include "common/Limits.h"
 #include "readers/BilevelRow.h"
-#include "readers/rlc/RlcDirectory.h"
-#include "readers/rlc/RlcMask.h"
-#include "readers/rlc/RlcRows.h"
-#include "readers/rlc/RlcTrailer.h"
+#include "readers/ByteOrder.h"
 
 #include <kavra/devices/Sys.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <span>
+#include <string>
 
 namespace Kavra::Devices {
+
+// --- The trailer and its directory ----------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::size_t kEntriesOffset = 24;
+constexpr std::size_t kEntryBytes = 16;
+constexpr int kMaxEntries = 20;
+static_assert(kEntriesOffset + kMaxEntries * kEntryBytes == std::tuple_size_v<RlcTrailer>);
+
+constexpr std::uint16_t kImage = 2;
+constexpr std::uint16_t kReference = 4;
+
+std::array<unsigned char, kEntryBytes> Entry(const RlcTrailer& trailer, int number) {
+    std::array<unsigned char, kEntryBytes> entry{};
+    const auto start = kEntriesOffset + static_cast<std::size_t>(number) * kEntryBytes;
+    std::ranges::copy(std::span(trailer).subspan(start, kEntryBytes), entry.begin());
+    return entry;
+}
+
+/// Whether the record at this offset names a file that is there and reads as RLC.
+bool RefersToImage(ByteSource& source, std::uint32_t offset) {
+    constexpr std::ptrdiff_t kNameOffset = 56;
+    const auto record = source.BytesAt<200>(offset);
+    if (!record) return false;
+    const std::string name(record->begin() + kNameOffset,
+                           std::find(record->begin() + kNameOffset, record->end(), '\0'));
+    if (name.empty()) return false;
+    ReadResult<ByteSource> file = ByteSource::OpenNarrow(name.c_str());
+    return file && IsRlc(*file);
+}
+
+}  // namespace
+
+std::optional<RlcTrailer> ReadRlcTrailer(ByteSource& source) {
+    constexpr std::array<unsigned char, 16> kSignature = {0,    0,    0,    0,    0,    0,    0,    0,
+                                                          0x1A, 0x1A, 0x55, 0x64, 0x73, 0x82, 0x43, 0x4A};
+    constexpr std::uint64_t kBytes = std::tuple_size_v<RlcTrailer>;
+    if (source.Size() <= kBytes) return std::nullopt;
+    const auto trailer = source.BytesAt<kBytes>(source.Size() - kBytes);
+    if (!trailer || !std::ranges::starts_with(*trailer, kSignature)) return std::nullopt;
+    return *trailer;
+}
+
+bool HasDirectory(const RlcTrailer& trailer) {
+    return LittleAt<std::int16_t, 26>(trailer) == 2;
+}
+
+int CountImages(ByteSource& source, const RlcTrailer& trailer) {
+    const int entries = std::min<int>(LittleAt<std::int16_t, 22>(trailer), kMaxEntries);
+    int images = 0;
+    for (int number = 0; number < entries; ++number) {
+        const auto entry = Entry(trailer, number);
+        const auto kind = LittleAt<std::uint16_t, 0>(entry);
+        if (kind == kImage || (kind == kReference && RefersToImage(source, LittleAt<std::uint32_t, 8>(entry))))
+            ++images;
+    }
+    return images;
+}
+
+// --- Recognising ----------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::int64_t kMinBytes = 5;
+
+/// Whether the bytes between the two sizes and the end can be so many rows. A row of the most runs is counted as it
+/// always was, a little short: files that come close to it are not taken. The largest sizes allow for
+/// less than 2 GiB.
+bool LengthFits(std::int64_t length, std::int64_t rows, std::int64_t columns) {
+    constexpr std::uint64_t kMinRowBytes = 2;  // the number of its runs
+    return rows >= 1 && columns >= 1 &&
+           Common::CanHold(static_cast<std::uint64_t>(length), static_cast<std::uint64_t>(rows), kMinRowBytes) &&
+           length <= (columns + 1) * rows * 2;
+}
+
+/// The runs of a row follow one another inside it. Positions are compared with each other as unsigned numbers and
+/// with the columns as signed ones.
+bool RunsFit(ByteSource& source, int runs, std::int16_t columns) {
+    std::uint16_t end = 0;
+    for (int run = 0; run < runs; ++run) {
+        const auto start = source.Big<std::uint16_t>();
+        const auto stop = source.Big<std::uint16_t>();
+        if (!start || !stop) return false;
+        if (*start < end || static_cast<std::int16_t>(*start) > columns) return false;
+        if (*stop < *start || static_cast<std::int16_t>(*stop) > columns) return false;
+        end = *stop;
+    }
+    return true;
+}
+
+bool RowsFit(ByteSource& source, int rows, std::int16_t columns) {
+    for (int row = 0; row < rows; ++row) {
+        const auto runs = source.Big<std::int16_t>();
+        if (!runs || (*runs <= 0 && rows == 1) || !RunsFit(source, *runs, columns)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool IsRlc(ByteSource& source) {
+    const auto length = static_cast<std::int64_t>(source.Size());
+    if (length < kMinBytes) return false;
+    const std::optional<RlcTrailer> trailer = ReadRlcTrailer(source);
+    if (!source.Seek(0)) return false;
+    const auto rows = source.Big<std::int16_t>();
+    const auto columns = source.Big<std::int16_t>();
+    if (!rows || !columns || !LengthFits(length, *rows, *columns)) return false;
+
+    const bool limited = trailer && HasDirectory(*trailer);
+    const int checkedRows = limited ? std::min<int>(*rows, std::max(*rows / 4, 100)) : *rows;
+    return RowsFit(source, checkedRows, *columns);
+}
+
+// --- Rows -----------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// `count` bits (up to 8) of a byte from bit `first` on, counted from the highest.
+unsigned char Bits(std::size_t first, std::size_t count) {
+    return static_cast<unsigned char>((0xFF00U >> count & 0xFF) >> first);
+}
+
+constexpr std::size_t kNumberBytes = 2;
+constexpr std::size_t kRunBytes = 2 * kNumberBytes;
+
+std::uint16_t BigNumber(std::span<const unsigned char> bytes) {
+    return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
+}
+
+/// Each row's runs are followed by the number of runs of the next. Where the file ends, the runs that are not whole do
+/// not exist, nor do those of later rows.
+class RlcRows {
+public:
+    /// Stands at the first row's number of runs. The source must outlive this object.
+    explicit RlcRows(ByteSource& source);
+
+    /// Applies the runs of the next row from the last to the first. False when one of them is refused, which leaves
+    /// those before it unapplied; the row behind can be read all the same. `isLast` says that no row follows.
+    [[nodiscard]] bool ReadInto(RlcMask& mask, bool isLast);
+
+private:
+    ByteSource& mSource;
+    std::int16_t mRuns;
+    std::vector<unsigned char> mNumbers;  // of a row, as in the file
+};
+
+RlcRows::RlcRows(ByteSource& source) : mSource(source), mRuns(source.Big<std::int16_t>().value_or(0)) {}
+
+bool RlcRows::ReadInto(RlcMask& mask, bool isLast) {
+    const std::size_t runBytes = kRunBytes * static_cast<std::size_t>(std::max<int>(mRuns, 0));
+    const std::size_t rowBytes = runBytes + (isLast ? 0 : kNumberBytes);
+    if (mNumbers.size() < rowBytes) mNumbers.resize(rowBytes);
+    const auto row =
+        std::span<const unsigned char>(mNumbers).first(mSource.ReadSome(std::span(mNumbers).first(rowBytes)));
+    const bool hasNext = row.size() == runBytes + kNumberBytes;
+    mRuns = hasNext ? static_cast<std::int16_t>(BigNumber(row.subspan(runBytes))) : std::int16_t{0};
+
+    for (std::size_t run = std::min(row.size(), runBytes) / kRunBytes; run-- > 0;) {
+        const auto numbers = row.subspan(run * kRunBytes, kRunBytes);
+        if (!mask.SetRun(BigNumber(numbers), BigNumber(numbers.subspan(kNumberBytes)))) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+RlcMask::RlcMask(std::int16_t columns)
+    : mColumns(static_cast<std::uint16_t>(columns)), mBytes((static_cast<std::size_t>(mColumns) + 7) / 8) {}
+
+void RlcMask::Clear() {
+    std::ranges::fill(mBytes, 0);
+}
+
+bool RlcMask::SetRun(std::uint16_t start, std::uint16_t end) {
+    if (start == 0 && end == mColumns) {
+        std::ranges::fill(mBytes, 0xFF);
+        return true;
+    }
+    const auto left = static_cast<std::uint16_t>(mColumns - end);
+    const std::size_t length = static_cast<std::uint16_t>(mColumns - start - left);
+    const std::size_t first = left / 8;
+    const std::size_t offset = left % 8;
+    if (first >= mBytes.size()) return false;
+    if (length <= 8 - offset) {
+        mBytes[first] |= Bits(offset, length);
+        return true;
+    }
+    if (length / 8 + 1 + first >= mBytes.size()) return false;
+    const std::size_t behind = offset + length - 8;
+    mBytes[first] |= Bits(offset, 8 - offset);
+    std::ranges::fill(std::span(mBytes).subspan(first + 1, behind / 8), 0xFF);
+    if (behind % 8 != 0) mBytes[first + 1 + behind / 8] |= Bits(0, behind % 8);
+    return true;
+}
+
+// --- The reader -----------------------------------------------------------------------------------------------------
 
 namespace {
 

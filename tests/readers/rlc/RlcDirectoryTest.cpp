@@ -1,4 +1,4 @@
-#include "readers/rlc/RlcDirectory.h"
+#include "readers/rlc/RlcReader.h"
 
 #include "legacy/RlcFile.h"
 #include "support/TemporaryFolder.h"

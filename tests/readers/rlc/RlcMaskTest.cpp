@@ -1,4 +1,4 @@
-#include "readers/rlc/RlcMask.h"
+#include "readers/rlc/RlcReader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "readers/rlc/RlcProbe.h"
+#include "readers/rlc/RlcReader.h"
 
 #include "readers/FileSamples.h"
 #include "support/TemporaryFolder.h"

@@ -1,4 +1,4 @@
-#include "readers/rlc/RlcTrailer.h"
+#include "readers/rlc/RlcReader.h"
 
 #include "readers/FileSamples.h"
 
