@@ -2,7 +2,7 @@
 
 #include "readers/ByteSource.h"
 #include "readers/ImageFileType.h"
-#include "readers/cals/CalsProbe.h"
+#include "readers/cals/CalsReader.h"
 #include "readers/flic/FlicHeader.h"
 #include "readers/pcx/PcxHeader.h"
 #include "readers/pict/PictProbe.h"

@@ -1,17 +1,63 @@
-/// Reading CALS raster files of type 1.
+/// CALS raster files of type 1: recognising and reading them.
+///
+/// One bilevel image in Group 4 coding (ITU-T T.6) behind a header of 2048 bytes: records of 128 bytes of text,
+/// "key: value", padded with spaces (MIL-R-28002).
+///
+///     record  offset  key        value
+///          0       0  srcdocid:  text; this record or the next one tells that the file is CALS
+///          1     128  dstdocid:  text
+///          6     768  rtype:     kind of raster, 1
+///          7     896  rorient:   two angles in degrees, of the rows and of the columns
+///          8    1024  rpelcnt:   pixels a row, rows
+///
+/// Records that are not listed are not used.
 #pragma once
 
 #include "readers/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
-#include "readers/cals/CalsHeader.h"
 
+#include <kavra/devices/EDataOrientation.h>
+
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
 
 namespace Kavra::Devices {
 
-/// One bilevel image in Group 4 coding behind a text header (`CalsHeader`). It is shown in negative: what the coding
-/// calls white comes out opaque black, and black opaque white.
+class CalsHeader {
+public:
+    static constexpr std::size_t kBytes = 2048;
+
+    CalsHeader() = default;
+    /// The header at the start of a file, which may be shorter; what is missing reads as zero.
+    explicit CalsHeader(ByteSource& source);
+
+    /// Whether it begins with a document identifier and its raster type is 1, in records that the file holds whole.
+    bool IsCals() const;
+
+    // Whatever the record says; 0 where it has no number. Neither is checked.
+    std::int32_t Width() const { return Counts().first; }
+    std::int32_t Height() const { return Counts().second; }
+
+    /// Rows that run to the right below each other for angles that are not listed.
+    EDataOrientation Orientation() const;
+
+private:
+    std::string_view Record(std::size_t number) const;
+    std::pair<std::int32_t, std::int32_t> NumbersFrom(std::size_t record) const;
+    std::pair<std::int32_t, std::int32_t> Counts() const;
+
+    std::string mText = std::string(kBytes, '\0');
+    std::size_t mPresent = 0;  // characters that the file holds
+};
+
+/// Whether the file is one that the reader opens. The position of the source does not matter and is not kept.
+bool IsCals(ByteSource& source);
+
+/// Shows the image in negative: what the coding calls white comes out opaque black, and black opaque white.
 ///
 /// A row that cannot be decoded raises one warning and shows the row before it once more; decoding goes on. Rows for
 /// which there is no data are black. Nothing makes `ReadImage` fail.
@@ -22,17 +68,15 @@ public:
     /// `frame` does not matter. Writes nothing where the header's counts are not above 0.
     bool ReadImage(unsigned char* buffer, int frame) override;
 
-    int GetWidth() override { return mWidth; }
-    int GetHeight() override { return mHeight; }
+    int GetWidth() override { return mHeader.Width(); }
+    int GetHeight() override { return mHeader.Height(); }
     /// At most the largest `int`.
     int GetRowPitch() override;
     EDataOrientation GetOrientation() override { return mHeader.Orientation(); }
 
 private:
-    std::optional<ByteSource> mSource;
+    std::optional<ByteSource> mSource;  // nothing unless a file is open
     CalsHeader mHeader;
-    std::int32_t mWidth = 0;
-    std::int32_t mHeight = 0;
 };
 
 }  // namespace Kavra::Devices

@@ -1,4 +1,4 @@
-#include "readers/cals/CalsHeader.h"
+#include "readers/cals/CalsReader.h"
 
 #include "legacy/CalsFile.h"
 

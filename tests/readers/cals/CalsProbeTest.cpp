@@ -1,4 +1,4 @@
-#include "readers/cals/CalsProbe.h"
+#include "readers/cals/CalsReader.h"
 
 #include "readers/FileSamples.h"
 
