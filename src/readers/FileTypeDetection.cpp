@@ -3,7 +3,7 @@
 #include "readers/ByteSource.h"
 #include "readers/ImageFileType.h"
 #include "readers/cals/CalsReader.h"
-#include "readers/flic/FlicHeader.h"
+#include "readers/flic/FlicReader.h"
 #include "readers/pcx/PcxHeader.h"
 #include "readers/pict/PictProbe.h"
 #include "readers/rlc/RlcReader.h"
@@ -36,10 +36,6 @@ bool IsOpenExr(ByteSource& source) {
 
 bool IsPcx(ByteSource& source) {
     return ReadPcxHeader(source).has_value();
-}
-
-bool IsFlic(ByteSource& source) {
-    return ReadFlicHeader(source).has_value();
 }
 
 struct ContentProbe {

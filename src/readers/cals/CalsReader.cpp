@@ -85,6 +85,7 @@ bool IsCals(ByteSource& source) {
 
 bool CALSReader::Open(const KString& path) {
     mSource.reset();
+    mHeader = {};
     ReadResult<ByteSource> source = ByteSource::Open(path);
     if (!source) return false;
     const CalsHeader header(*source);

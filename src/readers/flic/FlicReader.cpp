@@ -1,12 +1,102 @@
 #include "readers/flic/FlicReader.h"
 
+#include "readers/ByteOrder.h"
 #include "readers/SampleTables.h"
-#include "readers/flic/FlicPlayer.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace Kavra::Devices {
+
+// --- The header -----------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::uint16_t kFli = 0xAF11;
+constexpr std::uint16_t kFlc = 0xAF12;
+constexpr std::size_t kBytesThroughKind = 6;
+
+}  // namespace
+
+std::optional<FlicHeader> ReadFlicHeader(ByteSource& source) {
+    std::array<unsigned char, 12> bytes{};
+    if (!source.Seek(0) || source.ReadSome(bytes) < kBytesThroughKind) return std::nullopt;
+    const auto kind = LittleAt<std::uint16_t, 4>(bytes);
+    if (kind != kFli && kind != kFlc) return std::nullopt;
+    return FlicHeader{.frames = LittleAt<std::uint16_t, 6>(bytes),
+                      .width = LittleAt<std::uint16_t, 8>(bytes),
+                      .height = LittleAt<std::uint16_t, 10>(bytes)};
+}
+
+bool IsFlic(ByteSource& source) {
+    return ReadFlicHeader(source).has_value();
+}
+
+// --- Playing --------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::uint64_t kFirstChunk = 128;
+constexpr std::uint32_t kChunkHeaderBytes = 6;
+constexpr std::uint64_t kFrameBodyBytes = 10;
+
+enum ChunkKind : std::uint16_t {
+    kColour256 = 4,
+    kDeltaFlc = 7,
+    kColour64 = 11,
+    kDeltaFli = 12,
+    kBlack = 13,
+    kByteRun = 15,
+    kCopy = 16,
+    kFrame = 0xF1FA,
+};
+
+/// False when the file has ended. A chunk that is smaller than its own header leads nowhere.
+bool SkipBody(ByteSource& source, std::uint32_t chunkBytes) {
+    return chunkBytes >= kChunkHeaderBytes && source.Skip(chunkBytes - kChunkHeaderBytes);
+}
+
+/// Plays one chunk but a frame's own; false when the file has ended.
+bool PlayChunk(ByteSource& source, std::uint16_t kind, std::uint32_t bytes, FlicFrame& frame, FlicPalette& palette) {
+    switch (kind) {
+        case kColour256:
+            return DecodeFlicPalette(source, palette, 1);
+        case kColour64:
+            return DecodeFlicPalette(source, palette, 4);
+        case kBlack:
+            frame.Clear();
+            return true;
+        case kByteRun:
+            return DecodeFlicByteRun(source, frame);
+        case kCopy:
+            return DecodeFlicCopy(source, frame);
+        case kDeltaFli:
+            return DecodeFlicByteDelta(source, frame);
+        case kDeltaFlc:
+            return DecodeFlicWordDelta(source, frame);
+        default:
+            return SkipBody(source, bytes);
+    }
+}
+
+}  // namespace
+
+void PlayFlic(ByteSource& source, const FlicHeader& header, int wanted, FlicFrame& frame, FlicPalette& palette) {
+    if (!source.Seek(kFirstChunk)) return;
+    int reached = -1;
+    for (int budget = header.frames; budget > 0 && reached <= wanted; --budget) {
+        const ReadResult<std::uint32_t> bytes = source.Little<std::uint32_t>();
+        const ReadResult<std::uint16_t> kind = source.Little<std::uint16_t>();
+        if (!bytes || !kind) return;
+        if (*kind == kFrame) ++reached;
+        const bool goesOn = *kind == kFrame ? source.Skip(kFrameBodyBytes).has_value()
+                                            : PlayChunk(source, *kind, *bytes, frame, palette);
+        if (!goesOn) return;
+    }
+}
+
+// --- The reader -----------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -20,20 +110,22 @@ Table256<std::uint32_t> PixelTable(const FlicPalette& palette) {
 }  // namespace
 
 bool FLICReader::Open(const KString& path) {
-    *this = {};
-    ReadResult<ByteSource> file = ByteSource::Open(path);
-    const std::optional<FlicHeader> header = file ? ReadFlicHeader(*file) : std::nullopt;
+    mSource.reset();
+    mHeader = {};
+    ReadResult<ByteSource> source = ByteSource::Open(path);
+    if (!source) return false;
+    const std::optional<FlicHeader> header = ReadFlicHeader(*source);
     if (!header) return false;
-    mFile = *std::move(file);
+    mSource = std::move(*source);
     mHeader = *header;
     return true;
 }
 
 bool FLICReader::ReadImage(unsigned char* buffer, int frame) {
-    if (!mFile) return false;
+    if (!mSource) return false;
     FlicFrame indices(mHeader.width, mHeader.height);
     FlicPalette palette{};
-    PlayFlic(*mFile, mHeader, std::max(frame, 0), indices, palette);
+    PlayFlic(*mSource, mHeader, std::max(frame, 0), indices, palette);
     LookUp({buffer, 4 * indices.Indices().size()}, indices.Indices(), PixelTable(palette));
     return true;
 }

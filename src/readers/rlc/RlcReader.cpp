@@ -218,6 +218,7 @@ constexpr std::uint64_t kFirstRowOffset = 4;
 
 bool RlcReader::Open(const KString& path) {
     mSource.reset();
+    mRows = mColumns = 0;
     ReadResult<ByteSource> source = ByteSource::Open(path);
     if (!source) return false;
     mSource = std::move(*source);

@@ -2,7 +2,7 @@
 
 #include "legacy/FlicFile.h"
 
-#include "readers/flic/FlicPlayer.h"
+#include "readers/flic/FlicReader.h"
 
 #include <gtest/gtest.h>
 

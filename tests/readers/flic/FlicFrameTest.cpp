@@ -1,4 +1,4 @@
-#include "readers/flic/FlicFrame.h"
+#include "readers/flic/FlicChunks.h"
 
 #include <gtest/gtest.h>
 

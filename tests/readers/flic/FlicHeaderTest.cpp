@@ -1,4 +1,4 @@
-#include "readers/flic/FlicHeader.h"
+#include "readers/flic/FlicReader.h"
 
 #include "readers/FileSamples.h"
 

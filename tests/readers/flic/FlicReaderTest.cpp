@@ -4,7 +4,7 @@
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/flic/FlicBytes.h"
-#include "readers/flic/FlicPlayer.h"
+#include "readers/flic/FlicReader.h"
 
 #include <gtest/gtest.h>
 
