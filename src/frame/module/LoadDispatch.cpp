@@ -39,7 +39,7 @@ constexpr std::int64_t kMostRowPitch = std::numeric_limits<std::int32_t>::max();
 using HostBlock = Common::HostObject<IMemoryWrapper<void>>;
 
 /// The pixels that a fallback came up with: a block of the module's own, or one that the host's DDS reader still owns.
-struct Pixels {
+struct LoadedPixels {
     PixelBlock own;
     HostBlock host;
 
@@ -63,7 +63,7 @@ PixelBlock TakeData(HostBlock host) {
     return data;
 }
 
-IMemoryWrapper<void>* Wrap(Pixels pixels) {
+IMemoryWrapper<void>* Wrap(LoadedPixels pixels) {
     return Common::WrapBlock(pixels.host ? TakeData(std::move(pixels.host)) : std::move(pixels.own));
 }
 
@@ -146,7 +146,7 @@ bool IsAllowed(const ImageDescription& desc, std::uint64_t bytes) {
 
 /// Brings `pixels` to `format` where that is wanted and possible; else they, and `desc`, stay as they are. False when
 /// the result would be larger than is allowed, or than there is memory for beside the pixels.
-bool Convert(ImageDescription& desc, Pixels& pixels, EFormat format) {
+bool Convert(ImageDescription& desc, LoadedPixels& pixels, EFormat format) {
     const bool wanted = format != kUnknown && format != desc.format;
     if (!wanted || !CanConvertTo(desc.format, format)) return true;
     const std::int64_t rowPitch = RowPitch(format, desc.width);
@@ -163,7 +163,7 @@ bool Convert(ImageDescription& desc, Pixels& pixels, EFormat format) {
     FormatConversion(desc.format, desc.dataSize * faces, pixels.Data(), format, converted, bytes);
     if (converted == nullptr) return true;
 
-    pixels = Pixels{PixelBlock(static_cast<unsigned char*>(converted)), nullptr};
+    pixels = LoadedPixels{PixelBlock(static_cast<unsigned char*>(converted)), nullptr};
     desc.format = format;
     desc.rowPitch = static_cast<std::int32_t>(rowPitch);
     desc.dataSize = bytes / faces;
@@ -182,7 +182,7 @@ IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, c
     if (PixelBlock block = LoadTextureByOIIO(desc, path, request, fileType)) {
         return Common::WrapBlock(std::move(block));
     }
-    Pixels pixels{LoadExr(desc, path), nullptr};
+    LoadedPixels pixels{LoadExr(desc, path), nullptr};
     if (!pixels.own && fileType != DDS) {
         pixels.own = LoadSpecial(desc, path, request, fileType);
     } else if (!pixels.own) {
