@@ -15,17 +15,24 @@ namespace {
 constexpr const char* kModuleName = "KavraOIIOIntegration.so";
 constexpr const wchar_t* kFactoryKey = L"ImageHandlerOIIO";
 
+/// Where modules are installed: in a folder of their own beside the host library, wherever that is.
+std::filesystem::path ModuleFolder() {
+    Dl_info library{};
+    const auto* const inLibrary = reinterpret_cast<const void*>(&Objects::ObjModel::Factory);
+    if (dladdr(inLibrary, &library) == 0) return "kavra";
+    return std::filesystem::absolute(library.dli_fname).lexically_normal().parent_path() / "kavra";
+}
+
 std::filesystem::path FindModule(const std::filesystem::path& plugin) {
     if (!plugin.empty()) return std::filesystem::absolute(plugin);
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const std::filesystem::path folder = program.parent_path();
-    for (const std::filesystem::path& candidate :
-         {folder / kModuleName, folder.parent_path() / "lib" / "kavra" / kModuleName}) {
-        if (std::filesystem::is_regular_file(candidate, error)) return candidate;
+    const std::filesystem::path modules = ModuleFolder();
+    for (const std::filesystem::path& folder : {program.parent_path(), modules}) {
+        if (std::filesystem::is_regular_file(folder / kModuleName, error)) return folder / kModuleName;
     }
     throw std::runtime_error(std::string("the module ") + kModuleName + " is neither beside the program nor in " +
-                             (folder.parent_path() / "lib" / "kavra").string() + "; name it with --plugin");
+                             modules.string() + "; name it with --plugin");
 }
 
 template <class Function>

@@ -12,7 +12,8 @@ namespace Kavra::App {
 /// `std::runtime_error`, whose text is for the user, when there is no module to be had.
 class Host {
 public:
-    /// `plugin` is the module's file; empty means the one beside the program, else in `../lib/kavra` from there.
+    /// `plugin` is the module's file; empty means the one beside the program, else in the folder `kavra` beside the
+    /// host libraries.
     explicit Host(const std::filesystem::path& plugin);
     ~Host();
     Host(const Host&) = delete;
