@@ -38,11 +38,11 @@ struct LegacyLoaded {
 
 /// Nothing for images whose size would spend the fuzzer's time on clearing memory: their limit has tests of its own.
 inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const Devices::LoadRequest& request) {
-    constexpr std::int64_t kMostBytes = 16 << 20;
+    constexpr std::int64_t kMaxBytes = 4 << 20;
     LegacyLoaded loaded;
     const std::unique_ptr<Devices::ImageReaderInterface> reader(Devices::CreateImageReader(fileType));
     if (!reader) std::abort();
-    if (reader->Open(path) && std::int64_t{reader->GetHeight()} * reader->GetRowPitch() > kMostBytes) return loaded;
+    if (reader->Open(path) && std::int64_t{reader->GetHeight()} * reader->GetRowPitch() > kMaxBytes) return loaded;
     loaded.block = Devices::LoadThroughReader(*reader, loaded.desc, path, request);
     return loaded;
 }

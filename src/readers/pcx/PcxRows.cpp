@@ -1,7 +1,12 @@
 #include "readers/pcx/PcxRows.h"
 
+#include "readers/SampleTables.h"
+
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 
 namespace Kavra::Devices {
 
@@ -11,14 +16,17 @@ constexpr std::size_t kBitsOfByte = 8;
 constexpr std::size_t kColours = 3;
 constexpr unsigned char kOpaque = 255;
 
-using EightPixels = std::array<unsigned char, kBitsOfByte>;
+/// Eight pixels as one number, so that they are worked on together.
+using EightPixels = std::uint64_t;
 
-/// For each byte its bits, the highest first, as a byte 0 or 1 each.
+/// For each byte its bits, the highest first in memory, as a byte 0 or 1 each.
 constexpr auto kBits = [] {
     std::array<EightPixels, 256> table{};
     for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        std::array<unsigned char, kBitsOfByte> bits{};
         for (std::size_t bit = 0; bit < kBitsOfByte; ++bit)
-            table[byte][bit] = static_cast<unsigned char>(byte >> (kBitsOfByte - 1 - bit) & 1U);
+            bits[bit] = static_cast<unsigned char>(byte >> (kBitsOfByte - 1 - bit) & 1U);
+        table[byte] = std::bit_cast<EightPixels>(bits);
     }
     return table;
 }();
@@ -43,12 +51,15 @@ std::size_t PlaneBytes(const PcxHeader& header) {
     return std::max(Room(header), needed);
 }
 
-/// Sets bit `plane` of each index where the packed bit, after `flip`, is set.
+/// Sets bit `plane` (0 to 7) of each index where the packed bit, after `flip`, is set.
 void AddPlane(std::span<const unsigned char> packed, unsigned flip, unsigned plane, std::span<unsigned char> indices) {
-    auto index = indices.begin();
+    unsigned char* eight = indices.first(packed.size() * kBitsOfByte).data();
     for (const unsigned char byte : packed) {
-        for (const unsigned char bit : kBits[byte ^ flip])
-            *index++ |= static_cast<unsigned char>(bit << plane);
+        EightPixels pixels = 0;
+        std::memcpy(&pixels, eight, sizeof pixels);
+        pixels |= kBits[byte ^ flip] << plane;  // which stays inside each byte
+        std::memcpy(eight, &pixels, sizeof pixels);
+        eight += sizeof pixels;
     }
 }
 
@@ -116,18 +127,20 @@ void PcxColourRows::Next(std::span<unsigned char> pixels) {
     const unsigned char* red = ReadPlane(0);
     const unsigned char* green = ReadPlane(1);
     const unsigned char* blue = ReadPlane(2);
-    for (std::size_t x = 0; x < pixels.size() / 4; ++x) {
-        pixels[4 * x] = red[x];
-        pixels[4 * x + 1] = green[x];
-        pixels[4 * x + 2] = blue[x];
-        pixels[4 * x + 3] = kOpaque;
+    unsigned char* out = pixels.data();
+    const std::size_t width = pixels.size() / sizeof(std::uint32_t);
+    for (std::size_t x = 0; x < width; ++x) {
+        const std::uint32_t pixel = PackedPixel(red[x], green[x], blue[x], kOpaque);
+        std::memcpy(out + sizeof pixel * x, &pixel, sizeof pixel);
     }
 }
 
 const unsigned char* PcxColourRows::ReadPlane(std::size_t plane) {
     const std::span<unsigned char> bytes = std::span(mPlanes).subspan(plane * mPlaneBytes, mPlaneBytes);
     const std::size_t count = mLines.Read(bytes);
-    std::ranges::fill(bytes.subspan(count), 0);
+    // What was clear stays clear: once the data have ended, a line costs its warning and no more.
+    if (mFilled[plane] > count) std::ranges::fill(bytes.first(mFilled[plane]).subspan(count), 0);
+    mFilled[plane] = count;
     return bytes.data();
 }
 

@@ -4,6 +4,7 @@
 #include "readers/pcx/PcxLines.h"
 #include "readers/pcx/PcxNibbles.h"
 
+#include <array>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -51,7 +52,8 @@ private:
 
     PcxLines mLines;
     std::size_t mPlaneBytes;
-    std::vector<unsigned char> mPlanes;  // one behind the other
+    std::vector<unsigned char> mPlanes;    // one behind the other
+    std::array<std::size_t, 3> mFilled{};  // of each plane, how many bytes may be other than 0
 };
 
 }  // namespace Kavra::Devices

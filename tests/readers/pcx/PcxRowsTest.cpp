@@ -134,6 +134,15 @@ TEST(PcxColours, WhatIsNotThereIsZeroAndOpaqueAndWarnedOfLineByLine) {
     EXPECT_EQ(Read(PcxFields(8, 3, 2, 1, 2), {}).block, (Bytes{0, 0, 0, 255, 0, 0, 0, 255}));
 }
 
+TEST(PcxColours, HoweverManyLinesAreNotThereEachIsWarnedOf) {
+    const Decoded decoded = Read(PcxFields(8, 3, 2, 65536, 65535), {1, 2, 3});
+    EXPECT_THAT(decoded.messages, SizeIs(3 * 65536));
+    EXPECT_EQ(PixelAt(decoded, 0, 0), (Bytes{1, 0, 0, 255}));
+    EXPECT_EQ(PixelAt(decoded, 1, 0), (Bytes{2, 0, 0, 255}));
+    EXPECT_EQ(PixelAt(decoded, 0, 1), (Bytes{0, 0, 0, 255}));
+    EXPECT_EQ(PixelAt(decoded, 1, 65535), (Bytes{0, 0, 0, 255}));
+}
+
 TEST(PcxColours, RawRowsEndInZerosAndSilence) {
     const Decoded decoded = Read(Raw(PcxFields(8, 3, 1, 2, 1)), {1, 2, 3, 4});
     EXPECT_EQ(decoded.block, (Bytes{1, 2, 3, 255, 4, 0, 0, 255}));
