@@ -53,7 +53,7 @@ bool SaveDDS(const KString& path, const ImageDescription& desc, const void* data
     if (desc.rowPitch <= 0) return false;
     const auto pitch = static_cast<std::uint64_t>(desc.rowPitch);
     if (pitch == rowBytes) return writer.Write(path, data);
-    return writer.Write(path, PackRows(data, pitch, rowBytes, rows).get());
+    return writer.Write(path, PackRows({static_cast<const unsigned char*>(data), pitch, rowBytes, rows}).get());
 }
 
 }  // namespace Kavra::Devices

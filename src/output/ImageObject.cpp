@@ -6,15 +6,13 @@
 #include <kavra/devices/Sys.h>
 #include <kavra/oiio/OIIOImage.h>
 
-#include <cstdint>
-#include <cstring>
-#include <limits>
-#include <new>
+#include <cstddef>
 
 #include "common/Boundary.h"
 #include "common/PixelBlock.h"
 #include "formats/ChannelOrder.h"
 #include "output/MappedPixels.h"
+#include "output/PackedRows.h"
 #include "output/PixelSpec.h"
 
 namespace Kavra::Devices {
@@ -40,36 +38,8 @@ struct Shape {
         return static_cast<std::size_t>(width) *
                static_cast<std::size_t>(Utilities::AFormatConvertor::BytesPerPixel(format));
     }
-    std::size_t Bytes() const {
-        const auto rows = static_cast<std::size_t>(height);
-        if (rows > std::numeric_limits<std::size_t>::max() / RowBytes()) throw std::bad_alloc();
-        return rows * RowBytes();
-    }
+    std::size_t Rows() const { return static_cast<std::size_t>(height); }
 };
-
-/// Copies a row of pixels and exchanges the first and third byte of each.
-void CopySwapped(unsigned char* out, const unsigned char* in, std::size_t bytes) {
-    for (std::size_t i = 0; i < bytes; i += 4) {
-        out[i] = in[i + 2];
-        out[i + 1] = in[i + 1];
-        out[i + 2] = in[i];
-        out[i + 3] = in[i + 3];
-    }
-}
-
-PixelBlock CopyRows(const Shape& shape, const MappedPixels& mapped) {
-    PixelBlock pixels = Common::NewBlock(shape.Bytes());
-    const std::size_t rowBytes = shape.RowBytes(), pitch = static_cast<std::size_t>(mapped.Pitch());
-    for (std::size_t y = 0; y < static_cast<std::size_t>(shape.height); ++y) {
-        unsigned char* const out = pixels.get() + y * rowBytes;
-        const unsigned char* const in = mapped.Data() + y * pitch;
-        if (IsBlueFirst(shape.format))
-            CopySwapped(out, in, rowBytes);
-        else
-            std::memcpy(out, in, rowBytes);
-    }
-    return pixels;
-}
 
 /// The pixels of a target or texture, packed and red first; null after a message.
 template <class Picture>
@@ -86,7 +56,11 @@ PixelBlock CopyOf(Picture& picture, const Shape& shape, const Wording& wording) 
         Sys::Warning(wording.notMapped, nullptr);
         return nullptr;
     }
-    return CopyRows(shape, mapped);
+    return PackRows({.first = mapped.Data(),
+                     .pitch = static_cast<std::size_t>(mapped.Pitch()),
+                     .bytes = shape.RowBytes(),
+                     .count = shape.Rows()},
+                    {.swapsRedAndBlue = IsBlueFirst(shape.format)});
 }
 
 }  // namespace
@@ -97,7 +71,7 @@ OIIOImage::OIIOImage(int width, int height, EFormat format) {
     Describe(width, height, format);
     const Shape shape{mWidth, mHeight, mFormat};
     if (shape.HasPixels())
-        mPixels.reset(Common::NewZeroedBlock(shape.Bytes()).release());
+        mPixels.reset(NewRows(shape.Rows(), shape.RowBytes()).release());
     else
         Sys::Warning(kTargetWording.unsupported, nullptr);
 }

@@ -10,16 +10,19 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <new>
+#include <memory>
+#include <optional>
 #include <utility>
 
 #include "common/Boundary.h"
 #include "common/PixelBlock.h"
+#include "common/PixelFormats.h"
 #include "common/WrappedBlock.h"
 #include "formats/FormatConversion.h"
 #include "formats/PixelFormatMapping.h"
 #include "load/geometry/AdaptiveResize.h"
 #include "load/geometry/Reorientation.h"
+#include "output/PackedRows.h"
 #include "output/PixelSpec.h"
 
 namespace Kavra::Devices {
@@ -39,21 +42,15 @@ bool IsSize(Size size) {
     return size.x > 0 && size.y > 0;
 }
 
-/// A zeroed block of `rows` rows.
-PixelBlock NewRows(std::size_t rows, std::size_t rowBytes) {
-    if (rows > std::numeric_limits<std::size_t>::max() / rowBytes) throw std::bad_alloc();
-    return Common::NewZeroedBlock(rows * rowBytes);
-}
-
 /// The picture that a rectangle is taken from.
 struct Whole {
-    unsigned char* pixels;
+    const unsigned char* pixels;
     int width, height;
     EFormat format;
 
     std::size_t PixelBytes() const { return PixelBytesOf(format); }
     std::size_t RowBytes() const { return static_cast<std::size_t>(width) * PixelBytes(); }
-    unsigned char* Pixel(std::int64_t x, std::int64_t y) const {
+    const unsigned char* Pixel(std::int64_t x, std::int64_t y) const {
         return pixels + static_cast<std::size_t>(y) * RowBytes() + static_cast<std::size_t>(x) * PixelBytes();
     }
     bool Contains(Size origin, Size size) const {
@@ -64,9 +61,26 @@ struct Whole {
 
 /// A rectangle on its way out. As long as nothing was done to them its pixels are the picture's own.
 struct Cut {
-    PixelBlock block;  // outlives the image over it
-    ImageBuf image;
+    int width, height;
+    EFormat format;
+    const unsigned char* first;
+    std::size_t pitch;
+    PixelBlock block = nullptr;                  // the pixels that are not the picture's
+    std::unique_ptr<ImageBuf> turned = nullptr;  // or whose they are
+
+    std::size_t RowBytes() const { return static_cast<std::size_t>(width) * PixelBytesOf(format); }
 };
+
+Cut InBlock(Size size, EFormat format, PixelBlock block) {
+    const unsigned char* const first = block.get();
+    return {size.x, size.y, format, first, static_cast<std::size_t>(size.x) * PixelBytesOf(format), std::move(block)};
+}
+
+/// The cut's pixels as the library sees them. It ends the process when there is no memory for even that.
+ImageBuf LibraryImage(const Cut& cut) {
+    return ImageBuf(PixelSpec(cut.format, cut.width, cut.height), const_cast<unsigned char*>(cut.first),
+                    static_cast<OIIO::stride_t>(PixelBytesOf(cut.format)), static_cast<OIIO::stride_t>(cut.pitch));
+}
 
 /// Copies what of the rectangle lies inside the picture into `block`, which holds all of it.
 void CopyInside(const Whole& whole, Size origin, Size size, unsigned char* block) {
@@ -83,25 +97,34 @@ void CopyInside(const Whole& whole, Size origin, Size size, unsigned char* block
 }
 
 Cut CutOut(const Whole& whole, Size origin, Size size) {
-    const ImageSpec spec = PixelSpec(whole.format, size.x, size.y);
-    if (whole.Contains(origin, size)) {
-        return {nullptr,
-                ImageBuf(spec, whole.Pixel(origin.x, origin.y), static_cast<OIIO::stride_t>(whole.PixelBytes()),
-                         static_cast<OIIO::stride_t>(whole.RowBytes()))};
-    }
+    if (whole.Contains(origin, size))
+        return {size.x, size.y, whole.format, whole.Pixel(origin.x, origin.y), whole.RowBytes()};
     PixelBlock block = NewRows(static_cast<std::size_t>(size.y), static_cast<std::size_t>(size.x) * whole.PixelBytes());
     CopyInside(whole, origin, size, block.get());
-    ImageBuf image(spec, block.get());
-    return {std::move(block), std::move(image)};
+    return InBlock(size, whole.format, std::move(block));
 }
 
 /// Where the library fails the result stays zero.
-Cut Scaled(const Cut& cut, EFormat format, Size size) {
+Cut Scaled(const Cut& cut, Size size) {
     PixelBlock block =
-        NewRows(static_cast<std::size_t>(size.y), static_cast<std::size_t>(size.x) * PixelBytesOf(format));
-    ImageBuf image(PixelSpec(format, size.x, size.y), block.get());
-    (void)AdaptiveResize(image, cut.image, false);
-    return {std::move(block), std::move(image)};
+        NewRows(static_cast<std::size_t>(size.y), static_cast<std::size_t>(size.x) * PixelBytesOf(cut.format));
+    ImageBuf image(PixelSpec(cut.format, size.x, size.y), block.get());
+    (void)AdaptiveResize(image, LibraryImage(cut), false);
+    return InBlock(size, cut.format, std::move(block));
+}
+
+/// Nothing where the library fails.
+std::optional<Cut> Turned(const Cut& cut, int exifOrientation) {
+    auto image = std::make_unique<ImageBuf>(ReorientImage(LibraryImage(cut), 1, exifOrientation));
+    if (!image->initialized() || image->localpixels() == nullptr || image->scanline_stride() < 0) return std::nullopt;
+    const ImageSpec& spec = image->spec();
+    return Cut{spec.width,
+               spec.height,
+               cut.format,
+               static_cast<const unsigned char*>(image->localpixels()),
+               static_cast<std::size_t>(image->scanline_stride()),
+               nullptr,
+               std::move(image)};
 }
 
 /// Whether a description can hold the pitch of the rectangle's rows, once it is turned.
@@ -112,34 +135,28 @@ bool FitsPitch(Size size, int exifOrientation, EFormat format) {
            std::uint64_t{std::numeric_limits<std::int32_t>::max()};
 }
 
-void DescribeRows(ImageDescription& desc, const ImageSpec& spec, EFormat format, EDataOrientation orientation) {
-    desc.width = spec.width;
-    desc.height = spec.height;
+void DescribeRows(ImageDescription& desc, const Cut& cut, EFormat format, EDataOrientation orientation) {
+    desc.width = cut.width;
+    desc.height = cut.height;
     desc.depth = 1;
     desc.format = format;
-    desc.rowPitch = static_cast<std::int32_t>(PixelBytesOf(format)) * spec.width;
-    desc.dataSize = static_cast<std::uint64_t>(desc.rowPitch) * static_cast<std::uint64_t>(spec.height);
+    desc.rowPitch = static_cast<std::int32_t>(PixelBytesOf(format)) * cut.width;
+    desc.dataSize = static_cast<std::uint64_t>(desc.rowPitch) * static_cast<std::uint64_t>(cut.height);
     desc.orientation = orientation;
     desc.defaultOrientation = orientation == kTopLeft;
 }
 
 /// The pixels as they are, in packed rows.
-PixelBlock Packed(const ImageBuf& image) {
-    const ImageSpec& spec = image.spec();
-    const std::size_t rowBytes = spec.scanline_bytes(), rows = static_cast<std::size_t>(spec.height);
-    PixelBlock block = Common::NewBlock(rows * rowBytes);
-    const auto* const first = static_cast<const unsigned char*>(image.localpixels());
-    for (std::size_t y = 0; y < rows; ++y)
-        std::memcpy(block.get() + y * rowBytes, first + static_cast<std::ptrdiff_t>(y) * image.scanline_stride(),
-                    rowBytes);
-    return block;
+PixelBlock Packed(const Cut& cut) {
+    return PackRows({cut.first, cut.pitch, cut.RowBytes(), static_cast<std::size_t>(cut.height)});
 }
 
-PixelBlock Converted(const ImageBuf& image, EFormat from, EFormat to) {
-    const PixelBlock packed = Packed(image);
+PixelBlock Converted(const Cut& cut, EFormat to) {
+    const PixelBlock packed = Packed(cut);
     void* converted = nullptr;
     std::size_t bytes = 0;
-    FormatConversion(from, image.spec().image_bytes(), packed.get(), to, converted, bytes);
+    FormatConversion(cut.format, cut.RowBytes() * static_cast<std::size_t>(cut.height), packed.get(),
+                                       to, converted, bytes);
     return PixelBlock(static_cast<unsigned char*>(converted));
 }
 
@@ -172,7 +189,9 @@ PixelBlock NewBlack(const ImageSpec& spec) {
 
 /// The pixels in another element type and with another number of channels. Only the channels that both have are
 /// fetched, since the library writes every channel that it is asked for, whatever a pixel has room for.
-PixelBlock Fetched(const ImageBuf& image, const ImageSpec& wanted) {
+PixelBlock Fetched(const Cut& cut, EFormat to) {
+    const ImageBuf image = LibraryImage(cut);
+    const ImageSpec wanted = PixelSpec(to, cut.width, cut.height);
     OIIO::ROI region = image.roi();
     region.chend = std::min(image.nchannels(), wanted.nchannels);
     PixelBlock block = region.chend < wanted.nchannels ? NewBlack(wanted) : Common::NewBlock(wanted.image_bytes());
@@ -180,13 +199,13 @@ PixelBlock Fetched(const ImageBuf& image, const ImageSpec& wanted) {
     return image.get_pixels(region, wanted.format, block.get(), stride) ? std::move(block) : nullptr;
 }
 
-PixelBlock Delivered(const ImageBuf& image, EFormat from, EFormat to) {
-    const ImageSpec& spec = image.spec();
-    const ImageSpec wanted = PixelSpec(to, spec.width, spec.height);
-    const bool needsConversion = NeedConvert(from, spec.nchannels, to, wanted.nchannels);
-    if (needsConversion && CanConvertTo(from, to)) return Converted(image, from, to);
-    const bool isSame = spec.format == wanted.format && spec.nchannels == wanted.nchannels;
-    return isSame ? Packed(image) : Fetched(image, wanted);
+PixelBlock Delivered(const Cut& cut, EFormat to) {
+    const Common::PixelFormat& from = Common::FactsOf(cut.format);
+    const Common::PixelFormat& wanted = Common::FactsOf(to);
+    const bool needsConversion = NeedConvert(cut.format, from.channels, to, wanted.channels);
+    if (needsConversion && CanConvertTo(cut.format, to)) return Converted(cut, to);
+    const bool isSame = from.element == wanted.element && from.channels == wanted.channels;
+    return isSame ? Packed(cut) : Fetched(cut, to);
 }
 
 }  // namespace
@@ -204,16 +223,13 @@ IMemoryWrapper<void>* OIIOImage::LoadRect(ImageDescription& desc, vec2<int> orig
         constexpr int kMost = std::numeric_limits<int>::max();
         if (std::int64_t{origin.x} + size.x > kMost || std::int64_t{origin.y} + size.y > kMost) return nullptr;
 
-        Cut cut = CutOut({mPixels.get(), mWidth, mHeight, mFormat}, origin, size);
-        if (outSize.x != size.x || outSize.y != size.y) {
-            Cut scaled = Scaled(cut, mFormat, outSize);
-            std::swap(cut, scaled);
-        }
-        if (turned != 1) cut.image = ReorientImage(cut.image, 1, turned);
-        if (!cut.image.initialized()) return nullptr;
+        std::optional<Cut> cut = CutOut({mPixels.get(), mWidth, mHeight, mFormat}, origin, size);
+        if (outSize.x != size.x || outSize.y != size.y) cut = Scaled(*cut, outSize);
+        if (turned != 1) cut = Turned(*cut, turned);
+        if (!cut) return nullptr;
 
-        DescribeRows(desc, cut.image.spec(), format, orientation);
-        PixelBlock block = Delivered(cut.image, mFormat, format);
+        DescribeRows(desc, *cut, format, orientation);
+        PixelBlock block = Delivered(*cut, format);
         return block ? Common::WrapBlock(std::move(block)) : nullptr;
     });
 }

@@ -13,6 +13,7 @@ namespace Kavra::Devices {
 namespace {
 
 std::unique_ptr<OIIO::ImageOutput> FindWriter(const KString& path) {
+    // Not by its wide name: the library ends the process when there is no memory to shorten that.
     auto writer = OIIO::ImageOutput::create(Common::ToUtf8(path));
     // The library keeps every thread's unread errors, and aborts when they pass 16 MB.
     if (!writer) (void)OIIO::geterror();
@@ -28,33 +29,68 @@ bool IsFileOrFree(const KString& path) {
 
 }  // namespace
 
-LibraryFile::LibraryFile(const KString& path) : mPath(path), mWatched(path), mWriter(FindWriter(path)) {}
+LibraryFile::LibraryFile(const KString& path) : mPath(path), mWriter(FindWriter(path)) {}
 
 LibraryFile::~LibraryFile() {
     if (mIsOpen) Common::AtBoundary(false, [&] { return mWriter->close(); });
 }
 
+/// Whether the writer did it. One that has thrown is asked for nothing more than to close: what it left undone when
+/// memory failed is not known.
+template <class Action>
+bool LibraryFile::Try(const Action& action) {
+    if (mHasThrown) return false;
+    mHasThrown = true;
+    const bool done = Common::AtBoundary(false, [&] {
+        const bool result = action();
+        mHasThrown = false;
+        return result;
+    });
+    mHasFailed = mHasFailed || !done;
+    return done;
+}
+
 bool LibraryFile::SetProxy() {
     if (!WritesThroughProxy(*mWriter, mPath)) return false;
-    if (!WantsStream(*mWriter)) return mWriter->set_ioproxy(&mWatched);
-    return mWriter->set_ioproxy(&mStream.emplace(mWatched));
+    mWatched.emplace(mPlace->Path());
+    if (!WantsStream(*mWriter)) return mWriter->set_ioproxy(&*mWatched);
+    return mWriter->set_ioproxy(&mStream.emplace(*mWatched));
+}
+
+bool LibraryFile::WantsFloatsForHalves() const {
+    return Devices::WantsFloatsForHalves(*mWriter);
 }
 
 bool LibraryFile::Open(const OIIO::ImageSpec& spec) {
     if (!IsFileOrFree(mPath) || Mishandles(*mWriter, spec, mPath)) return false;
+    mElement = spec.format;
+    mBytes = spec.image_bytes();
+    mPlace.emplace(mPath);
     mIsWatched = SetProxy();
-    mIsOpen = mWriter->open(Common::ToUtf8(mPath), spec);
+    mIsOpen = Try([&] { return mWriter->open(Common::ToUtf8(mPlace->Path()), spec); });
     // The WebP writer takes a proxy for a sign that it did open and frees what it never had.
     if (!mIsOpen) (void)mWriter->set_ioproxy(nullptr);
     return mIsOpen;
 }
 
+bool LibraryFile::WriteImage(const void* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride) {
+    return Try([&] { return mWriter->write_image(mElement, pixels, pixelStride, rowStride); });
+}
+
+bool LibraryFile::WriteRow(int y, const unsigned char* row, OIIO::stride_t pixelStride) {
+    return Try([&] { return mWriter->write_scanline(y, 0, OIIO::TypeDesc::UINT8, row, pixelStride); });
+}
+
+bool LibraryFile::IsThere() {
+    if (mStream) mStream->HandOn();
+    return mIsWatched ? mWatched->Finish() : IsWhole(*mWriter, mBytes, mPlace->Path());
+}
+
 bool LibraryFile::Close() {
     mIsOpen = false;
-    const OIIO::ImageSpec spec = mWriter->spec();
-    if (!mWriter->close()) return false;
-    if (mStream) mStream->HandOn();
-    return mIsWatched ? mWatched.Finish() : IsWhole(*mWriter, spec, mPath);
+    mHasThrown = false;
+    (void)Try([&] { return mWriter->close() && IsThere(); });
+    return !mHasFailed && mPlace->Commit();
 }
 
 }  // namespace Kavra::Devices

@@ -8,13 +8,15 @@
 #include <memory>
 #include <optional>
 
+#include "output/FilePlace.h"
 #include "output/WatchedFile.h"
 #include "output/WatchedStream.h"
 
 namespace Kavra::Devices {
 
 /// Stands between the module and a writer: never lets it do what it crashes on, and notices what it does not notice
-/// itself. What it writes goes to the disk as it comes. Raises no message.
+/// itself. What it writes goes to the disk as it comes; an old file is replaced only by a whole one. An exception of
+/// the writer is a failure. Raises no message.
 class LibraryFile {
 public:
     /// Finds the writer that the path's extension names. `path` must outlive the object.
@@ -27,24 +29,38 @@ public:
     /// Whether there is a writer. Without one nothing else may be called.
     bool HasWriter() const { return mWriter != nullptr; }
 
+    /// Whether half floats come out wrong and must be handed on as floats.
+    bool WantsFloatsForHalves() const;
+
     /// Opens the file for a picture; false when the writer does not take it, or would mishandle it, or when what is
     /// there is no file. A file that did not open must not be written to: some writers crash then.
     bool Open(const OIIO::ImageSpec& spec);
-    OIIO::ImageOutput& Writer() { return *mWriter; }
 
-    /// Closes the open file: whether all that was written is there.
+    /// Hands the pixels of the whole picture on, of the type and channels of the open file; strides are in bytes.
+    bool WriteImage(const void* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride);
+    /// Hands row `y` on, of bytes.
+    bool WriteRow(int y, const unsigned char* row, OIIO::stride_t pixelStride);
+
+    /// Closes the open file: whether every call succeeded and all that was written is there.
     bool Close();
 
 private:
     bool SetProxy();
+    bool IsThere();
+    template <class Action>
+    bool Try(const Action& action);
 
     const KString& mPath;
+    std::optional<FilePlace> mPlace;  // from the opening on
     // Both outlive the writer, which may use them to its end.
-    WatchedFile mWatched;
+    std::optional<WatchedFile> mWatched;
     std::optional<WatchedStream> mStream;
     std::unique_ptr<OIIO::ImageOutput> mWriter;  // null where the extension names none
+    OIIO::TypeDesc mElement;
+    OIIO::imagesize_t mBytes = 0;
     bool mIsWatched = false;
     bool mIsOpen = false;
+    bool mHasFailed = false, mHasThrown = false;
 };
 
 }  // namespace Kavra::Devices

@@ -2,74 +2,77 @@
 
 #include <kavra/devices/AFormatConvertor.h>
 
-#include <OpenImageIO/imagebuf.h>
-#include <OpenImageIO/imagebufalgo.h>
 #include <OpenImageIO/imageio.h>
 
-#include <algorithm>
-#include <array>
+#include <cstddef>
+#include <utility>
 
 #include "formats/ChannelOrder.h"
-#include "formats/PixelFormatMapping.h"
 #include "output/LibraryFile.h"
 #include "output/PackedRows.h"
+#include "output/PixelSpec.h"
 
 namespace Kavra::Devices {
 
 namespace {
 
-/// The caller's pixels, or a packed copy of them.
-struct PixelRows {
-    const void* data;
-    OIIO::stride_t pixelBytes;
-    OIIO::stride_t pitch;
+/// The pixels as a writer is given them: the caller's own, or a copy in packed rows.
+struct Pixels {
+    const unsigned char* first;
+    std::size_t pixelBytes, pitch;
+    Common::PixelBlock copy;
 };
 
-/// What the file will hold. The element type is UNKNOWN when `desc.format` has none.
+/// What the file will hold.
 OIIO::ImageSpec FileSpec(const ImageDescription& desc) {
-    const OIIO::ImageSpec base(desc.width, desc.height, 4, OIIO::TypeDesc::UINT8);
-    if (desc.format == kUnknown) return OIIO::ImageSpec(OIIO::TypeDesc::UNKNOWN);
-    OIIO::ImageSpec spec = FormatToImageSpec(desc.format, base);
-    // The base has four named channels with an alpha among them; fewer channels have fewer names and no alpha.
-    spec.channelnames.resize(static_cast<std::size_t>(spec.nchannels));
-    if (spec.alpha_channel >= spec.nchannels) spec.alpha_channel = -1;
+    OIIO::ImageSpec spec = PixelSpec(desc.format, desc.width, desc.height);
     spec.attribute("oiio:UnassociatedAlpha", 1);
     return spec;
 }
 
-bool WriteBlueFirst(OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const PixelRows& rows) {
-    constexpr std::array kRedFirst = {2, 1, 0, 3};
-    const OIIO::ImageBuf source(spec, const_cast<void*>(rows.data), rows.pixelBytes, rows.pitch);
-    const OIIO::ImageBuf image = OIIO::ImageBufAlgo::channels(source, static_cast<int>(kRedFirst.size()), kRedFirst);
-    return image.initialized() && !image.has_error() && image.write(&writer);
-}
-
-bool WriteRows(OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, EFormat format, const PixelRows& rows) {
-    if (IsBlueFirst(format)) return WriteBlueFirst(writer, spec, rows);
-    return writer.write_image(spec.format, rows.data, rows.pixelBytes, rows.pitch);
-}
-
-/// The caller's rows, or where they are shorter than a row of the picture, whole ones in `packed`.
-PixelRows RowsOf(const ImageDescription& desc, const void* data, Common::PixelBlock& packed) {
+/// A copy is made where the rows are shorter than the picture's, so that nothing behind the last one is read, and where
+/// blue comes first.
+Pixels PixelsOf(const ImageDescription& desc, const void* data) {
     const auto pixelBytes = static_cast<std::size_t>(Utilities::AFormatConvertor::BytesPerPixel(desc.format));
-    const std::size_t rowBytes = pixelBytes * static_cast<std::size_t>(desc.width);
-    const auto pitch = static_cast<std::size_t>(desc.rowPitch);
-    if (pitch < rowBytes) packed = PackRows(data, pitch, rowBytes, static_cast<std::size_t>(desc.height));
-    const auto stride = [](std::size_t bytes) { return static_cast<OIIO::stride_t>(bytes); };
-    return {packed ? packed.get() : data, stride(pixelBytes), stride(std::max(pitch, rowBytes))};
+    const Rows rows{.first = static_cast<const unsigned char*>(data),
+                    .pitch = static_cast<std::size_t>(desc.rowPitch),
+                    .bytes = pixelBytes * static_cast<std::size_t>(desc.width),
+                    .count = static_cast<std::size_t>(desc.height)};
+    const bool isBlueFirst = IsBlueFirst(desc.format);
+    if (rows.pitch >= rows.bytes && !isBlueFirst) return {rows.first, pixelBytes, rows.pitch, nullptr};
+    Common::PixelBlock copy = PackRows(rows, {.overlaps = true, .swapsRedAndBlue = isBlueFirst});
+    const unsigned char* const first = copy.get();
+    return {first, pixelBytes, rows.bytes, std::move(copy)};
+}
+
+/// The same as floats, and `spec` with them.
+Pixels FloatsOf(const Pixels& halves, OIIO::ImageSpec& spec) {
+    const OIIO::TypeDesc half = spec.format;
+    spec.set_format(OIIO::TypeFloat);
+    Common::PixelBlock copy = NewRows(static_cast<std::size_t>(spec.height), spec.scanline_bytes());
+    (void)OIIO::convert_image(spec.nchannels, spec.width, spec.height, 1, halves.first, half,
+                              static_cast<OIIO::stride_t>(halves.pixelBytes), static_cast<OIIO::stride_t>(halves.pitch),
+                              OIIO::AutoStride, copy.get(), spec.format, OIIO::AutoStride, OIIO::AutoStride,
+                              OIIO::AutoStride);
+    const unsigned char* const first = copy.get();
+    return {first, spec.pixel_bytes(), spec.scanline_bytes(), std::move(copy)};
 }
 
 }  // namespace
 
 bool SaveByLibrary(const KString& path, const ImageDescription& desc, const void* data) {
-    const OIIO::ImageSpec spec = FileSpec(desc);
-    if (spec.format == OIIO::TypeDesc::UNKNOWN || desc.rowPitch <= 0) return false;
-
-    Common::PixelBlock packed;
+    if (!HasPixels(desc.format) || desc.rowPitch <= 0) return false;
     LibraryFile file(path);
-    if (!file.HasWriter() || !file.Open(spec)) return false;
-    const bool written = WriteRows(file.Writer(), spec, desc.format, RowsOf(desc, data, packed));
-    return file.Close() && written;
+    if (!file.HasWriter()) return false;
+
+    // All memory that the picture needs on this side of the library is taken before the file is touched.
+    OIIO::ImageSpec spec = FileSpec(desc);
+    Pixels pixels = PixelsOf(desc, data);
+    if (spec.format == OIIO::TypeHalf && file.WantsFloatsForHalves()) pixels = FloatsOf(pixels, spec);
+    if (!file.Open(spec)) return false;
+    (void)file.WriteImage(pixels.first, static_cast<OIIO::stride_t>(pixels.pixelBytes),
+                          static_cast<OIIO::stride_t>(pixels.pitch));
+    return file.Close();
 }
 
 }  // namespace Kavra::Devices

@@ -28,9 +28,9 @@ Common::FileHandle OpenToRead(const KString& path) {
 }
 
 /// The samples of a FITS file are stored as they are, after its header.
-bool HoldsRawSamples(const KString& path, const OIIO::ImageSpec& spec) {
+bool HoldsRawSamples(const KString& path, OIIO::imagesize_t bytes) {
     const Common::FileHandle file = OpenToRead(path);
-    return file && Common::FileLength(file.get()).value_or(0) > spec.image_bytes();
+    return file && Common::FileLength(file.get()).value_or(0) > bytes;
 }
 
 /// A codestream ends with a marker of its own (ISO/IEC 15444-1, A.4.4).
@@ -64,10 +64,14 @@ bool MishandlesJpeg2000(const OIIO::ImageSpec& spec, const KString& path) {
 
 bool Mishandles(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const KString& path) {
     if (Is(writer, "term")) return true;  // prints to the terminal
-    if (Is(writer, "dpx") || Is(writer, "jpegxl")) return spec.nchannels == 2;
+    if (Is(writer, "dpx")) return spec.nchannels == 2 || spec.nchannels > 4;
+    if (Is(writer, "jpegxl")) return spec.nchannels == 2;
     if (Is(writer, "jpeg2000")) return MishandlesJpeg2000(spec, path);
-    if (Is(writer, "fits")) return spec.format == OIIO::TypeDesc::HALF;
     return false;
+}
+
+bool WantsFloatsForHalves(const OIIO::ImageOutput& writer) {
+    return Is(writer, "fits") || Is(writer, "pnm") || Is(writer, "rla");
 }
 
 bool WritesThroughProxy(const OIIO::ImageOutput& writer, const KString& path) {
@@ -78,8 +82,8 @@ bool WantsStream(const OIIO::ImageOutput& writer) {
     return Is(writer, "jpeg");
 }
 
-bool IsWhole(const OIIO::ImageOutput& writer, const OIIO::ImageSpec& spec, const KString& path) {
-    if (Is(writer, "fits")) return HoldsRawSamples(path, spec);
+bool IsWhole(const OIIO::ImageOutput& writer, OIIO::imagesize_t bytes, const KString& path) {
+    if (Is(writer, "fits")) return HoldsRawSamples(path, bytes);
     if (Is(writer, "ico")) return HoldsIcon(path);
     if (Is(writer, "jpeg2000")) return HasEndOfCodestream(path);
     return true;

@@ -10,6 +10,7 @@
 #include "output/LibraryFile.h"
 #include "output/LineWriter.h"
 #include "output/PathPreparation.h"
+#include "output/PixelSpec.h"
 
 namespace Kavra::Devices {
 
@@ -27,7 +28,7 @@ struct Picture {
 };
 
 OIIO::ImageSpec FileSpec(const Picture& picture) {
-    OIIO::ImageSpec spec(picture.width, picture.height, picture.channels, OIIO::TypeDesc::UINT8);
+    OIIO::ImageSpec spec = PictureSpec(picture.width, picture.height, picture.channels, OIIO::TypeUInt8);
     spec.attribute("oiio:UnassociatedAlpha", 1);
     spec.attribute("XResolution", static_cast<float>(picture.resolution));
     spec.attribute("YResolution", static_cast<float>(picture.resolution));
@@ -45,16 +46,14 @@ std::size_t LineBytes(const Picture& picture) {
 /// Asks for every line, also when the file did not open or a line could not be written: the provider is told nothing of
 /// it, and may count on being asked.
 bool WriteLines(LibraryFile& file, IWriteImageLineProvider& provider, const Picture& picture) {
-    const bool isOpen = picture.IsWritable() && file.Open(FileSpec(picture));
+    // Before the file is touched: without memory for a line it stays as it was.
     const Common::PixelBlock line = Common::NewZeroedBlock(LineBytes(picture));
-    bool written = isOpen;
+    const bool isOpen = picture.IsWritable() && file.Open(FileSpec(picture));
     for (int y = 0; y < picture.height; ++y) {
         provider.FillLine(line.get());
-        written =
-            isOpen && file.Writer().write_scanline(y, 0, OIIO::TypeDesc::UINT8, line.get(), kLinePixelBytes) && written;
+        if (isOpen) (void)file.WriteRow(y, line.get(), kLinePixelBytes);
     }
-    const bool whole = isOpen && file.Close();
-    return written && whole;
+    return isOpen && file.Close();
 }
 
 bool WritePicture(const KString& path, IWriteImageLineProvider* provider, const Picture& picture) {

@@ -1,19 +1,55 @@
 #include "output/PackedRows.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <new>
 
 namespace Kavra::Devices {
 
-Common::PixelBlock PackRows(const void* data, std::size_t pitch, std::size_t rowBytes, std::size_t rows) {
-    if (rowBytes != 0 && rows > std::numeric_limits<std::size_t>::max() / rowBytes) throw std::bad_alloc();
-    Common::PixelBlock packed = Common::NewZeroedBlock(rows * rowBytes);
-    const auto* source = static_cast<const unsigned char*>(data);
-    const std::size_t copied = std::min(pitch, rowBytes);
-    for (std::size_t row = 0; row < rows; ++row)
-        std::memcpy(packed.get() + row * rowBytes, source + row * pitch, copied);
+namespace {
+
+std::size_t Product(std::size_t count, std::size_t bytes) {
+    if (bytes != 0 && count > std::numeric_limits<std::size_t>::max() / bytes) throw std::bad_alloc();
+    return count * bytes;
+}
+
+/// `out` may be `in`.
+void SwapRedAndBlue(unsigned char* out, const unsigned char* in, std::size_t pixels) {
+    for (std::size_t i = 0; i < pixels; ++i) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, in + 4 * i, sizeof(pixel));
+        pixel = (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16;
+        std::memcpy(out + 4 * i, &pixel, sizeof(pixel));
+    }
+}
+
+/// The bytes of a row that are there.
+std::size_t Readable(const Rows& rows, std::size_t row, bool overlaps) {
+    return std::min(rows.bytes, overlaps ? (rows.count - row) * rows.pitch : rows.pitch);
+}
+
+}  // namespace
+
+Common::PixelBlock NewRows(std::size_t count, std::size_t bytes) {
+    return Common::NewZeroedBlock(Product(count, bytes));
+}
+
+Common::PixelBlock PackRows(const Rows& rows, Packing packing) {
+    Common::PixelBlock packed = Common::NewBlock(Product(rows.count, rows.bytes));
+    for (std::size_t row = 0; row < rows.count; ++row) {
+        unsigned char* const out = packed.get() + row * rows.bytes;
+        const unsigned char* const in = rows.first + row * rows.pitch;
+        const std::size_t readable = Readable(rows, row, packing.overlaps);
+        if (packing.swapsRedAndBlue && readable == rows.bytes) {
+            SwapRedAndBlue(out, in, rows.bytes / 4);
+            continue;
+        }
+        std::memcpy(out, in, readable);
+        std::memset(out + readable, 0, rows.bytes - readable);
+        if (packing.swapsRedAndBlue) SwapRedAndBlue(out, out, rows.bytes / 4);
+    }
     return packed;
 }
 

@@ -7,8 +7,27 @@
 
 namespace Kavra::Devices {
 
-/// A block of `rows` rows of `rowBytes` bytes, the rows taken every `pitch` bytes from `data`. Where `pitch` is the
-/// shorter one, only so much of a row is read and its end is zero. Throws `std::bad_alloc`.
-Common::PixelBlock PackRows(const void* data, std::size_t pitch, std::size_t rowBytes, std::size_t rows);
+/// Rows of pixels in memory, taken every `pitch` bytes.
+struct Rows {
+    const unsigned char* first;
+    std::size_t pitch;
+    std::size_t bytes;  ///< of a row
+    std::size_t count;
+};
+
+/// What happens to the rows on their way.
+struct Packing {
+    /// Where the pitch is shorter than a row, a row runs on into the ones below it, and what would lie beyond the last
+    /// one's pitch is zero. Without, only so much of each row is read, and its end is zero.
+    bool overlaps = false;
+    /// Pixels are of four bytes, and the first and third of each are exchanged.
+    bool swapsRedAndBlue = false;
+};
+
+/// A zeroed block of packed rows. Throws `std::bad_alloc`, also when their bytes cannot be counted.
+Common::PixelBlock NewRows(std::size_t count, std::size_t bytes);
+
+/// The rows one after another, in a block of their own. Throws `std::bad_alloc`.
+Common::PixelBlock PackRows(const Rows& rows, Packing packing = {});
 
 }  // namespace Kavra::Devices

@@ -5,13 +5,21 @@
 
 #include <OpenImageIO/imageio.h>
 
+#include "common/PixelFormats.h"
+
 namespace Kavra::Devices {
 
-/// The channel type and count of `format` at a size, with as many channel names, and nothing else. The type is UNKNOWN
-/// for a format that the library has no pixels for, `kUnknown` included.
+/// A picture as the library's own constructor describes it: sizes, type and channels, which have names. That one ends
+/// the process when there is no memory for the names; this throws `std::bad_alloc`.
+OIIO::ImageSpec PictureSpec(int width, int height, int channels, OIIO::TypeDesc type);
+
+/// The same for pixels of a host's format, which must be one that the library has pixels for. A single channel is named
+/// "R".
 OIIO::ImageSpec PixelSpec(EFormat format, int width, int height);
 
 /// Whether the library has pixels for a format.
-bool HasPixels(EFormat format);
+constexpr bool HasPixels(EFormat format) {
+    return Common::FactsOf(format).inLibrary;
+}
 
 }  // namespace Kavra::Devices

@@ -4,11 +4,12 @@
 
 #include <algorithm>
 
+#include "common/Boundary.h"
 #include "common/Utf8.h"
 
 namespace Kavra::Devices {
 
-WatchedFile::WatchedFile(const KString& path) : IOProxy(Common::ToUtf8(path), Write), mPath(path) {}
+WatchedFile::WatchedFile(const KString& path) : IOProxy(Common::ToUtf8(path), Write), mPath(path.ToChars()) {}
 
 bool WatchedFile::seek(std::int64_t offset) {
     if (offset < 0) return false;
@@ -45,8 +46,9 @@ std::size_t WatchedFile::pwrite(const void* bytes, std::size_t size, std::int64_
 
 bool WatchedFile::Store(const void* bytes, std::size_t size, std::int64_t offset) {
     if (!mFile) {
+        // Below here are libraries in C, through which nothing may be thrown.
         std::FILE* file = nullptr;
-        if (OS::wfopen(&file, mPath.c_str(), L"w+b") != 0) return false;
+        if (!Common::AtBoundary(false, [&] { return OS::wfopen(&file, mPath.c_str(), L"w+b") == 0; })) return false;
         mFile.reset(file);
     }
     if (!MoveTo(offset) || std::fwrite(bytes, 1, size, mFile.get()) != size) return false;

@@ -28,7 +28,7 @@ TEST(LibraryFile, IsWrittenOpenedAndClosed) {
         LibraryFile file(path);
         ASSERT_TRUE(file.HasWriter());
         ASSERT_TRUE(file.Open(kOnePixel));
-        EXPECT_TRUE(file.Writer().write_image(OIIO::TypeDesc::UINT8, kPixel));
+        EXPECT_TRUE(file.WriteImage(kPixel, 4, 4));
         EXPECT_TRUE(file.Close()) << name;
         EXPECT_EQ(ReadPicture(folder / name).width, 1) << name;
     }

@@ -119,16 +119,17 @@ TEST_F(LibrarySaving, APitchThatSplitsElementsIsHonouredToo) {
     EXPECT_THAT(Read("x.tif").As<std::uint16_t>(), ElementsAre(0x1234, 0x5678));
 }
 
-TEST_F(LibrarySaving, AShortPitchLeavesTheEndOfEachRowZero) {
+TEST_F(LibrarySaving, RowsOfAShortPitchOverlapAndEndWithTheBlock) {
     for (const EFormat format : {kR8G8B8A8, kB8G8R8A8}) {
         Texture texture(2, 2, format);
         texture.desc.rowPitch = 5;
-        texture.bytes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+        texture.bytes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};  // two times the pitch and not a byte more
+        texture.bytes.shrink_to_fit();
         ASSERT_TRUE(Save("x.png", texture));
         if (format == kR8G8B8A8)
-            EXPECT_THAT(Read("x.png").pixels, ElementsAre(1, 2, 3, 4, 5, 0, 0, 0, 6, 7, 8, 9, 10, 0, 0, 0));
+            EXPECT_THAT(Read("x.png").pixels, ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 6, 7, 8, 9, 10, 0, 0, 0));
         else
-            EXPECT_THAT(Read("x.png").pixels, ElementsAre(3, 2, 1, 4, 0, 0, 5, 0, 8, 7, 6, 9, 0, 0, 10, 0));
+            EXPECT_THAT(Read("x.png").pixels, ElementsAre(3, 2, 1, 4, 7, 6, 5, 8, 8, 7, 6, 9, 0, 0, 10, 0));
     }
 }
 
@@ -209,8 +210,32 @@ TEST_F(LibrarySaving, PicturesThatWritersMishandleAreRefused) {
     EXPECT_FALSE(Save("x.j2c", Texture(16, 16, kR8G8B8A8)));
     EXPECT_FALSE(Save("x.jph", Texture(40, 40, kR8G8B8A8)));
     EXPECT_FALSE(Save("x.j2c", Texture(40, 40, kL8)));
-    EXPECT_FALSE(Save("x.fits", Texture(40, 40, kR16G16B16A16F)));
     EXPECT_THAT(messages.Texts(), IsEmpty());
+}
+
+TEST_F(LibrarySaving, HalvesBecomeFloatsWhereAWriterKnowsNoHalves) {
+    const std::vector<float> values = {0.0F, 0.25F, 0.5F, 1.0F, 0.125F, 0.75F};
+    Texture texture(2, 3, kR16F);
+    texture.SetElements<half>({values.begin(), values.end()});
+    for (const char* name : {"x.fits", "x.pnm", "x.pfm", "x.rla"}) {
+        ASSERT_TRUE(Save(name, texture)) << name;
+        const FilePicture picture = Read(name);
+        EXPECT_EQ(picture.type, OIIO::TypeFloat) << name;
+        EXPECT_EQ(picture.As<float>(), values) << name;
+    }
+    Texture colours(40, 40, kR16G16B16A16F);
+    for (unsigned char& byte : colours.bytes)
+        byte %= 0x38;
+    for (const char* name : {"x.fits", "x.rla"}) {
+        ASSERT_TRUE(Save(name, colours)) << name;
+        std::vector<float> expected;
+        for (std::size_t i = 0; i < colours.bytes.size(); i += 2) {
+            half element;
+            element.setBits(static_cast<unsigned short>(colours.bytes[i] | colours.bytes[i + 1] << 8));
+            expected.push_back(element);
+        }
+        EXPECT_EQ(Read(name).As<float>(), expected) << name;
+    }
 }
 
 TEST_F(LibrarySaving, TheSameWritersTakeTheOtherPictures) {
@@ -279,6 +304,36 @@ TEST_F(LibrarySaving, AnOldFileIsReplacedWhole) {
     ASSERT_TRUE(Save("y.bmp", texture));
     EXPECT_EQ(Read("x.bmp").pixels, texture.bytes);
     EXPECT_EQ(ReadAll(folder / "x.bmp"), ReadAll(folder / "y.bmp"));
+}
+
+TEST_F(LibrarySaving, AnOldFileOfEveryKindIsReplacedWhole) {
+    const Texture texture(40, 40, kR8G8B8A8);
+    for (const char* name : {"x.png", "x.tif", "x.exr", "x.bmp", "x.tga", "x.sgi", "x.fits", "x.dpx", "x.jp2", "x.j2c",
+                             "x.jxl", "x.ico", "x.rla", "x.iff"}) {
+        ASSERT_TRUE(Save(name, texture)) << name;
+        const FilePicture first = Read(name);
+        folder.Write(name, std::string(100000, 'o'));
+        ASSERT_TRUE(Save(name, texture)) << name;
+        EXPECT_EQ(Read(name).pixels, first.pixels) << name;
+        EXPECT_LT(std::filesystem::file_size(folder / name), 100000U) << name;
+        std::filesystem::remove(folder / name);
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+}
+
+TEST_F(LibrarySaving, AnOldFileSurvivesAFullDisk) {
+    Texture texture(64, 48, kR8G8B8A8);
+    unsigned state = 1;
+    for (unsigned char& byte : texture.bytes)
+        byte = static_cast<unsigned char>((state = state * 1664525U + 1013904223U) >> 24);
+    for (const char* name : {"x.png", "x.tif", "x.jpg", "x.fits", "x.rla"}) {
+        const auto old = folder.Write(name, "old");
+        const SmallDisk disk(600);
+        EXPECT_FALSE(Save(name, texture)) << name;
+        EXPECT_THAT(ReadAll(old), ElementsAre('o', 'l', 'd')) << name;
+        std::filesystem::remove(old);
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
 }
 
 TEST_F(LibrarySaving, ThreadsSaveDifferentFilesIndependently) {

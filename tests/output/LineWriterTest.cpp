@@ -99,6 +99,15 @@ TEST_F(LineWriter, ALineHasFourBytesAPixelWhateverTheFileHas) {
     EXPECT_THAT(Read("1.tif").pixels, ElementsAre(0, 4));
 }
 
+TEST_F(LineWriter, WhatAWriterWouldCrashOverIsAskedForAndNotWritten) {
+    for (const int channels : {2, 5, 6, 7, 8, 9, 64, 65535}) {
+        Lines lines;
+        EXPECT_FALSE(Write("x.dpx", &lines, 40, 3, channels)) << channels;
+        EXPECT_EQ(lines.asked, 3);
+    }
+    EXPECT_FALSE(Exists("x.dpx"));
+}
+
 TEST_F(LineWriter, MoreChannelsAreReadFromTheNextPixelAndTheLastOnesAreZero) {
     Lines lines = Counting(8);
     ASSERT_TRUE(Write("x.tif", &lines, 2, 1, 6));

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 using namespace Kavra::Devices;
 
 namespace {
@@ -21,6 +24,24 @@ TEST(PixelSpec, HasTheBytesOfThePixelsAndANameForEachChannel) {
         EXPECT_EQ(spec.height, 5);
         EXPECT_EQ(spec.full_width, 7);
     }
+}
+
+TEST(PixelSpec, APictureIsDescribedAsByTheLibraryItself) {
+    for (const int channels : {1, 2, 3, 4, 5, 12}) {
+        const OIIO::ImageSpec own = PictureSpec(7, 5, channels, OIIO::TypeUInt16);
+        const OIIO::ImageSpec theirs(7, 5, channels, OIIO::TypeUInt16);
+        EXPECT_EQ(own.serialize(OIIO::ImageSpec::SerialXML, OIIO::ImageSpec::SerialDetailed),
+                  theirs.serialize(OIIO::ImageSpec::SerialXML, OIIO::ImageSpec::SerialDetailed))
+            << channels;
+        EXPECT_EQ(own.channelnames, theirs.channelnames) << channels;
+        EXPECT_EQ(own.alpha_channel, theirs.alpha_channel) << channels;
+        EXPECT_EQ(own.roi_full(), theirs.roi_full());
+        EXPECT_EQ(own.roi(), theirs.roi());
+    }
+}
+
+TEST(PixelSpec, ASingleChannelOfAHostsFormatIsNamedRed) {
+    EXPECT_EQ(PixelSpec(kL8, 1, 1).channelnames, std::vector<std::string>{"R"});
 }
 
 TEST(PixelSpec, KnowsWhichFormatsHavePixels) {

@@ -93,12 +93,12 @@ public:
         int error = EEXIST;
         for (int i = 0; i < kTries && error == EEXIST; ++i) {
             const std::string number = std::to_string(random()) + std::to_string(random());
-            const fs::path path = mFinal.parent_path() / (".kavra-" + number + ".tmp");
+            fs::path path = mFinal.parent_path() / (".kavra-" + number + ".tmp");
             std::FILE* opened = nullptr;
             error = OS::fopen(&opened, path.c_str(), "wbx");
             if (error != 0) continue;
             mFile.reset(opened);
-            mPath = path;
+            mPath = std::move(path);  // not a copy: one that throws would leave the file behind
         }
     }
     ~UnfinishedFile() {
