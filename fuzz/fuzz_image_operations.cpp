@@ -29,8 +29,8 @@ using Bytes = std::vector<unsigned char>;
 using Size = vec2<int>;
 using Block = Common::HostObject<IMemoryWrapper<void>>;
 
-constexpr std::size_t kMostSteps = 30;
-constexpr std::size_t kMostBytes = 256 << 10;  // of a block: beyond it there is no memory
+constexpr std::size_t kMaxSteps = 30;
+constexpr std::size_t kMaxBytes = 256 << 10;  // of a block: beyond it there is no memory
 
 void Require(bool holds) {
     if (!holds) std::abort();
@@ -87,9 +87,10 @@ public:
     FuzzTarget(int width, int height, EFormat format, int pitch)
         : mWidth(width), mHeight(height), mFormat(format), mPitch(pitch) {
         const std::int64_t row = std::int64_t{PixelBytes(format)} * width;
-        const bool isReadable = width > 0 && height > 0 && pitch >= row;
-        const std::int64_t bytes = isReadable ? std::int64_t{pitch} * (height - 1) + row : 1;
-        if (bytes <= static_cast<std::int64_t>(kMostBytes)) mBytes.resize(static_cast<std::size_t>(bytes));
+        const bool isReadable = width > 0 && height > 0 && pitch > 0;
+        const std::int64_t bytes =
+            isReadable ? std::int64_t{pitch} * (height - 1) + std::min<std::int64_t>(pitch, row) : 1;
+        if (bytes <= static_cast<std::int64_t>(kMaxBytes)) mBytes.resize(static_cast<std::size_t>(bytes));
         std::iota(mBytes.begin(), mBytes.end(), static_cast<unsigned char>(width));
     }
     ~FuzzTarget() override { Require(mWrappers == mMaps); }
@@ -139,11 +140,12 @@ class FuzzHandler final : public OIIOImageHandler {
 public:
     using OIIOImageHandler::SaveTexture;
     bool SaveTexture(const KString&, const ImageDescription& desc, const void* data) override {
-        if (desc.width < 1 || desc.height < 1) return false;
+        if (desc.width < 1 || desc.height < 1 || desc.rowPitch < 1) return false;
         const auto* const first = static_cast<const unsigned char*>(data);
-        const auto row = static_cast<std::size_t>(PixelBytes(desc.format) * desc.width);
+        const std::int64_t row = std::int64_t{PixelBytes(desc.format)} * desc.width;
+        const auto pitch = static_cast<std::size_t>(desc.rowPitch);
         for (std::size_t y = 0; y < static_cast<std::size_t>(desc.height); ++y)
-            Read({first + y * static_cast<std::size_t>(desc.rowPitch), row});
+            Read({first + y * pitch, std::min(pitch, static_cast<std::size_t>(row))});
         return true;
     }
     void Read(std::span<const unsigned char> bytes) { mSum = std::accumulate(bytes.begin(), bytes.end(), mSum); }
@@ -273,7 +275,9 @@ private:
         const int width = mNumbers.Any(), height = mNumbers.Any();
         const EFormat format = mNumbers.Format();
         // Formats that are refused stay mapped.
-        if (format != kR32F && format != kR32G32F && format != kR32G32B32A32F && format != kR8G8B8A8) return;
+        if (format != kR32F && format != kR32G32F && format != kR32G32B32A32F && format != kR8G8B8A8 &&
+            format != kB8G8R8A8)
+            return;
         const std::int64_t pitch = std::int64_t{PixelBytes(format)} * width + mNumbers.Any();
         FuzzTarget target(width, height, format, static_cast<int>(std::clamp<std::int64_t>(pitch, INT_MIN, INT_MAX)));
         (void)Host().SaveTarget(L"x.png", &target, mNumbers.Byte() % 2 != 0);
@@ -338,9 +342,9 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Fuzz::SilentSink::Install();
-    Objects::ObjModel::SetBlockCeiling(kMostBytes);
+    Objects::ObjModel::SetBlockCeiling(kMaxBytes);
     Session session({data, size});
-    for (std::size_t step = 0; step < kMostSteps && !session.HasEnded(); ++step)
+    for (std::size_t step = 0; step < kMaxSteps && !session.HasEnded(); ++step)
         session.Step();
     return 0;
 }

@@ -52,11 +52,12 @@ bool Save(IImageHandler& handler, const KString& path, const Picture& picture) {
     return handler.SaveTexture(path, desc, picture.pixels);
 }
 
-/// Rows of an empty picture are not looked at: what becomes of it is the saver's decision.
+/// Rows of an empty picture are not looked at, nor those of one that needs no mapping, however they lie: what becomes
+/// of them is the saver's decision.
 bool SaveAsBytes(IImageHandler& handler, const KString& path, const Picture& picture, bool stretch) {
     const std::size_t channels = FloatChannels(picture.format);
-    if (!picture.IsEmpty() && !picture.HasWholeRows()) return false;
     if (channels == 0) return Save(handler, path, picture);
+    if (!picture.IsEmpty() && !picture.HasWholeRows()) return false;
 
     Common::PixelBlock bytes;
     if (!picture.IsEmpty()) {

@@ -6,6 +6,7 @@
 #include <kavra/devices/ATarget.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
@@ -124,11 +125,12 @@ public:
         saved.desc = desc;
         saved.data = data;
         if (data != nullptr && desc.width > 0 && desc.height > 0) {
-            // As far as a saver may read: no gap after the last row.
+            // As far as a saver may read: no gap after the last row, and nothing beyond a short pitch.
             const auto* first = static_cast<const unsigned char*>(data);
-            const auto rows = static_cast<std::size_t>(desc.rowPitch) * static_cast<std::size_t>(desc.height - 1);
-            const int rowBytes = Utilities::AFormatConvertor::BytesPerPixel(desc.format) * desc.width;
-            saved.bytes.assign(first, first + rows + static_cast<std::size_t>(rowBytes));
+            const std::int64_t rowBytes =
+                std::int64_t{Utilities::AFormatConvertor::BytesPerPixel(desc.format)} * desc.width;
+            const std::int64_t pitch = std::max(desc.rowPitch, 0);
+            saved.bytes.assign(first, first + pitch * (desc.height - 1) + std::min(pitch, rowBytes));
         }
         if (throws) throw std::runtime_error("SaveTexture");
         return saves;

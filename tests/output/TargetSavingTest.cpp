@@ -190,8 +190,8 @@ TEST(TargetSaving, ATargetThatThrowsAsItsMemoryIsGivenBackIsSavedAllTheSame) {
     }
 }
 
-TEST(TargetSaving, RowsThatDoNotFitTheirPitchAreAFailedSave) {
-    for (const EFormat format : {kR32F, kR32G32F, kR32G32B32A32F, kR8G8B8A8, kB8G8R8X8}) {
+TEST(TargetSaving, FloatsThatDoNotFitTheirPitchAreAFailedSave) {
+    for (const EFormat format : {kR32F, kR32G32F, kR32G32B32A32F}) {
         const int row = 3 * Kavra::Utilities::AFormatConvertor::BytesPerPixel(format);
         for (const int pitch : {row - 1, 0, -row, std::numeric_limits<int>::min()}) {
             SavedTarget saved(3, 2, format);
@@ -199,6 +199,21 @@ TEST(TargetSaving, RowsThatDoNotFitTheirPitchAreAFailedSave) {
             EXPECT_FALSE(saved.Save()) << format << " " << pitch;
             EXPECT_THAT(saved.target.calls, ElementsAre("MemoryWrapper 0", "Map 1", "Unmap", "Release"));
             EXPECT_THAT(saved.messages.Texts(), ElementsAre(L"Picture save failed."));
+        }
+    }
+}
+
+TEST(TargetSaving, BytesGoToTheSaverAsTheyLieWhateverTheirPitch) {
+    for (const EFormat format : {kR8G8B8A8, kB8G8R8A8, kB8G8R8X8, kR8G8B8X8}) {
+        for (const int pitch : {11, 1, 0, -12, std::numeric_limits<int>::min()}) {
+            SavedTarget saved(3, 2, format);
+            saved.target.pitch = pitch;
+            EXPECT_TRUE(saved.Save()) << format << " " << pitch;
+            EXPECT_EQ(saved.target.calls, kInOrder);
+            EXPECT_EQ(saved.handler.saved.desc.rowPitch, pitch);
+            EXPECT_EQ(saved.handler.saved.desc.format, format);
+            EXPECT_EQ(saved.handler.saved.data, saved.target.bytes.data());
+            EXPECT_THAT(saved.messages.Texts(), IsEmpty());
         }
     }
 }
@@ -268,6 +283,29 @@ TEST_F(TargetFiles, FloatsAreWrittenAsBytesToEveryKindOfFile) {
         EXPECT_THAT(Read(name).pixels, ElementsAre(0, 127, 255, 255, 255, 255, 0, 127)) << name;
     }
     EXPECT_THAT(messages.Texts(), IsEmpty());
+}
+
+TEST_F(TargetFiles, RowsOfAShortPitchAreZeroAtTheirEndsInADDSAndOverlapElsewhere) {
+    RecordingTarget target(2, 2, kR8G8B8A8);
+    target.pitch = 5;
+    target.bytes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+    target.bytes.shrink_to_fit();
+    ASSERT_TRUE(handler.SaveTarget(Wide(folder / "x.dds"), &target, false));
+    EXPECT_THAT(Read("x.dds").pixels, ElementsAre(1, 2, 3, 4, 5, 0, 0, 0, 6, 7, 8, 9, 10, 0, 0, 0));
+    ASSERT_TRUE(handler.SaveTarget(Wide(folder / "x.png"), &target, false));
+    EXPECT_THAT(Read("x.png").pixels, ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 6, 7, 8, 9, 10, 0, 0, 0));
+}
+
+TEST_F(TargetFiles, APitchBelowOneIsAFailedSave) {
+    for (const int pitch : {0, -8, std::numeric_limits<int>::min()}) {
+        RecordingTarget target(2, 2, kB8G8R8A8);
+        target.pitch = pitch;
+        for (const char* name : {"x.png", "x.dds"})
+            EXPECT_FALSE(handler.SaveTarget(Wide(folder / name), &target, false)) << name << pitch;
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+    EXPECT_EQ(messages.Texts().size(), 6U);
+    EXPECT_THAT(messages.Texts(), testing::Each(std::wstring(L"Picture save failed.")));
 }
 
 TEST_F(TargetFiles, TheSaversMessagesComeFirst) {
