@@ -10,63 +10,6 @@ using OIIO::TypeDesc;
 
 namespace {
 
-/// The element type of a format that OpenImageIO can hold, else UNKNOWN.
-TypeDesc::BASETYPE ElementType(EFormat format) {
-    switch (format) {
-        case kA8:
-        case kR8:
-        case kL8:
-        case kR8G8B8A8:
-        case kB8G8R8A8:
-        case kB8G8R8X8:
-        case kR8G8B8X8:
-            return TypeDesc::UINT8;
-        case kR16F:
-        case kR16G16F:
-        case kR16G16B16A16F:
-            return TypeDesc::HALF;
-        case kR16:
-        case kL16:
-        case kR16G16:
-        case kR16G16B16A16:
-            return TypeDesc::UINT16;
-        case kR32F:
-        case kR32G32F:
-        case kR32G32B32A32F:
-            return TypeDesc::FLOAT;
-        default:
-            return TypeDesc::UNKNOWN;
-    }
-}
-
-/// Channels of the same formats, else 0.
-int ChannelCount(EFormat format) {
-    switch (format) {
-        case kA8:
-        case kR8:
-        case kL8:
-        case kR16F:
-        case kR16:
-        case kL16:
-        case kR32F:
-            return 1;
-        case kR16G16F:
-        case kR16G16:
-        case kR32G32F:
-            return 2;
-        case kR8G8B8A8:
-        case kB8G8R8A8:
-        case kB8G8R8X8:
-        case kR8G8B8X8:
-        case kR16G16B16A16F:
-        case kR16G16B16A16:
-        case kR32G32B32A32F:
-            return 4;
-        default:
-            return 0;
-    }
-}
-
 struct PixelShape {
     TypeDesc type;
     int channels = 0;
@@ -89,13 +32,13 @@ PixelShape ShapeWithoutDepth(const ImageSpec& spec) {
 ImageSpec FormatToImageSpec(const EFormat& format, const ImageSpec& base) {
     ImageSpec spec = base;
     if (format == kUnknown) return spec;
-    const TypeDesc type = ElementType(format);
-    if (type == TypeDesc(TypeDesc::UNKNOWN)) {
-        spec.format = type;  // set_format would also clear the types of the single channels
+    const Common::PixelFormat& facts = Common::FactsOf(format);
+    if (!facts.inLibrary) {
+        spec.format = TypeDesc::UNKNOWN;  // set_format would also clear the types of the single channels
         return spec;
     }
-    spec.set_format(type);
-    spec.nchannels = ChannelCount(format);
+    spec.set_format(LibraryType(facts.element));
+    spec.nchannels = facts.channels;
     if (spec.nchannels == 4) spec.alpha_channel = 3;
     return spec;
 }

@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -289,7 +291,9 @@ DdsSlices::DdsSlices(Common::FileHandle file, std::uint64_t fileBytes, const Dds
 
 std::optional<DdsSlices> DdsSlices::Open(const KString& path) {
     std::FILE* opened = nullptr;
-    if (OS::wfopen(&opened, path.ToChars(), L"rb") != 0) return std::nullopt;
+    const int error = OS::wfopen(&opened, path.ToChars(), L"rb");
+    if (error == ENOMEM) throw std::bad_alloc();
+    if (error != 0) return std::nullopt;
     Common::FileHandle file(opened);
     std::array<std::uint8_t, DdsLayout::kMostHeaderBytes> start{};
     const std::size_t count = std::fread(start.data(), 1, start.size(), file.get());

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <map>
 #include <new>
@@ -124,7 +125,10 @@ private:
 
 Input OpenInput(const KString& path) {
     std::FILE* opened = nullptr;
-    if (!Common::IsRegularFile(path.ToChars()) || OS::wfopen(&opened, path.ToChars(), L"rb") != 0) return nullptr;
+    if (!Common::IsRegularFile(path.ToChars())) return nullptr;
+    const int error = OS::wfopen(&opened, path.ToChars(), L"rb");
+    if (error == ENOMEM) throw std::bad_alloc();
+    if (error != 0) return nullptr;
     std::array<std::uint8_t, kStartBytes> bytes{};
     Bytes start(bytes);
     {

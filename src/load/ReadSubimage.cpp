@@ -1,6 +1,7 @@
 #include "load/ReadSubimage.h"
 
 #include "formats/Attributes.h"
+#include "load/OpenInput.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -112,10 +113,12 @@ bool IsReadable(const OIIO::ImageSpec& spec) {
 bool ReadSubimage(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int subimage, int level, int channels,
                   OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride) {
     channels = std::min(channels, spec.nchannels);
-    if (spec.tile_width != 0) {
-        return input.read_image(subimage, level, 0, channels, type, out, static_cast<OIIO::stride_t>(pixelStride));
-    }
-    return ReadRows({input, spec, subimage, level, channels, type, pixelStride}, out);
+    const bool isTiled = spec.tile_width != 0;
+    const bool done =
+        isTiled ? input.read_image(subimage, level, 0, channels, type, out, static_cast<OIIO::stride_t>(pixelStride))
+                : ReadRows({input, spec, subimage, level, channels, type, pixelStride}, out);
+    if (!done) TakeErrors(input);
+    return done;
 }
 
 }  // namespace Kavra::Devices

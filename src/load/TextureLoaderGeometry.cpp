@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -71,8 +72,10 @@ Pixels Shrink(const TextureLoad& load, const Pixels& pixels, const Size& from, c
 }
 
 OIIO::ImageBuf Turned(const OIIO::ImageBuf& image, EDataOrientation from, EDataOrientation to) {
-    return ReorientImage(image, ToOIIOOrientation(from),
-                                           ToOIIOOrientation(to));
+    OIIO::ImageBuf turned = ReorientImage(image, ToOIIOOrientation(from), ToOIIOOrientation(to));
+    // All that can be amiss with pixels that lie in a block of their size.
+    if (image.initialized() && !turned.initialized()) throw std::bad_alloc();
+    return turned;
 }
 
 /// All of it as one picture.

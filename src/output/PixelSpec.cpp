@@ -1,30 +1,11 @@
 #include "output/PixelSpec.h"
 
+#include "formats/PixelFormatMapping.h"
+
 #include <array>
 #include <string>
-#include <utility>
 
 namespace Kavra::Devices {
-
-namespace {
-
-OIIO::TypeDesc LibraryType(Common::ElementType element) {
-    switch (element) {
-        case Common::ElementType::kNone:
-            return OIIO::TypeUnknown;
-        case Common::ElementType::kUInt8:
-            return OIIO::TypeUInt8;
-        case Common::ElementType::kUInt16:
-            return OIIO::TypeUInt16;
-        case Common::ElementType::kHalf:
-            return OIIO::TypeHalf;
-        case Common::ElementType::kFloat:
-            return OIIO::TypeFloat;
-    }
-    std::unreachable();
-}
-
-}  // namespace
 
 OIIO::ImageSpec PictureSpec(int width, int height, int channels, OIIO::TypeDesc type) {
     constexpr std::array kNames = {"R", "G", "B", "A"};

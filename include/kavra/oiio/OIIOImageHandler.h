@@ -138,7 +138,8 @@ public:
     /// by less than a tenth, else by a Mitchell filter where the picture is large enough for its footprint, or always
     /// with `highQuality`. Growths and shrinkages so extreme that the library would take minutes or overrun its stack
     /// are sampled or interpolated. False when the two have different channel counts, are volumes or empty, or
-    /// OpenImageIO fails; `dst` then holds what it held.
+    /// OpenImageIO fails; `dst` then holds what it held. Throws `std::bad_alloc` when there is no memory
+    /// for the steps between.
     static bool AdaptiveResize(OIIO::ImageBuf& dst, const OIIO::ImageBuf& src, bool highQuality);
 
     static int mNetObjectCount;  ///< how many are alive; read it with `NetObjectCount()`

@@ -1,5 +1,5 @@
 // Describing a file: readers of legacy formats or the host's DDS reader first, then OpenImageIO, then the host's
-// OpenEXR reader.
+// OpenEXR reader. Where memory fails, nothing further is asked: another way would describe the file differently.
 
 #include "frame/module/Dispatch.h"
 
@@ -14,6 +14,7 @@
 #include <kavra/devices/EXRHandler.h>
 
 #include <memory>
+#include <new>
 
 namespace Kavra::Devices {
 
@@ -21,9 +22,16 @@ namespace {
 
 using OwnedDesc = Common::HostObject<ImageDesc>;
 
+/// Whether `CreateImageReader` has a reader for the type, so that none means that there is no memory for it.
+bool HasReader(int fileType) {
+    return fileType != None && fileType != DDS && fileType != OpenEXR && fileType != Other;
+}
+
 bool DescribeByReader(ImageDesc& desc, const KString& path, int fileType) {
+    if (!HasReader(fileType)) return false;
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
-    if (!reader || !reader->Open(path)) return false;
+    if (!reader) throw std::bad_alloc();
+    if (!reader->Open(path)) return false;
     desc.width = reader->GetWidth();
     desc.height = reader->GetHeight();
     desc.depth = 1;
@@ -82,7 +90,8 @@ ImageDesc* DescribeImage(const KString& path) {
         fileType == DDS ? DescribeByDdsReader(*desc, path, alphaVariant) : DescribeByReader(*desc, path, fileType);
     if (const auto input = found ? nullptr : OpenInput(path)) {
         const OwnedDesc described(GetImageDescByOIIO(input.get(), fileType, alphaVariant));
-        if (described && described->format != kUnknown) {
+        if (!described) return nullptr;
+        if (described->format != kUnknown) {
             *desc = *described;
             desc->frameCount = GetNumberOfFrames(input.get(), fileType);
         }

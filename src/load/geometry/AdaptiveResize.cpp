@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <new>
 
 namespace Kavra::Devices {
 namespace {
@@ -104,7 +105,8 @@ bool SampleThenFilter(ImageBuf& dst, const ImageBuf& src, std::int64_t footprint
     spec.width = width;
     spec.height = height;
     const std::size_t bytes = PixelBytes(spec);
-    if (bytes == 0 || !CanAllocate(bytes)) return false;
+    if (bytes == 0) return false;
+    if (!CanAllocate(bytes)) throw std::bad_alloc();
     const ImageBuf region =
         OIIO::ImageBufAlgo::resample(src, false, OIIO::ROI(0, width, 0, height, 0, 1, 0, kAllChannels), 0);
     return !region.has_error() && Filter(dst, region);
