@@ -43,17 +43,36 @@ void Describe(ImageReaderInterface& reader, EDataOrientation wanted, ImageDescri
     desc.gamma = kGamma;
 }
 
-/// Asked before the block is, since memory that was given out and is not there when it is touched ends the process.
-bool IsWithinLimits(ImageReaderInterface& reader, const ImageDescription& desc) {
-    const auto isSide = [](int side) { return side >= 1 && side <= Common::kMaxSide; };
-    if (!isSide(desc.width) || !isSide(desc.height) || desc.rowPitch < 1) return false;
-    const auto pixels = static_cast<std::uint64_t>(std::int64_t{desc.width} * desc.height);
-    return Common::ReaderBounds().Hold(
-        {.pixels = pixels, .blockBytes = desc.dataSize, .workingBytes = reader.GetWorkingBytes()});
-}
-
 int Limited(int side, int limit) {
     return limit < 1 ? side : std::min(side, limit);
+}
+
+/// What is to be made of a picture once it is decoded.
+struct Fitting {
+    int width, height;
+    bool shrinks, turns;
+
+    Fitting(const ImageDescription& desc, const LoadRequest& request)
+        : width(Limited(desc.width, request.width)),
+          height(Limited(desc.height, request.height)),
+          shrinks(width != desc.width || height != desc.height),
+          turns(request.orientation != desc.orientation) {}
+
+    bool IsNeeded() const { return shrinks || turns; }
+};
+
+/// Asked before the block is, since memory that was given out and is not there when it is touched ends the process. A
+/// picture that is shrunk or turned stands in memory twice, as it was and as it becomes.
+bool IsWithinLimits(ImageReaderInterface& reader, const ImageDescription& desc, const Fitting& fitting) {
+    const auto isSide = [](int side) { return side >= 1 && side <= Common::kMaxSide; };
+    if (!isSide(desc.width) || !isSide(desc.height) || desc.rowPitch < 1) return false;
+    const std::int64_t fittedBytes =
+        fitting.IsNeeded() ? Common::Product(std::int64_t{fitting.width} * fitting.height, desc.rowPitch / desc.width)
+                           : 0;
+    return Common::ReaderBounds().Hold({.pixels = static_cast<std::uint64_t>(std::int64_t{desc.width} * desc.height),
+                                        .blockBytes = desc.dataSize,
+                                        .workingBytes = Common::Sum<std::uint64_t>(
+                                            reader.GetWorkingBytes(), static_cast<std::uint64_t>(fittedBytes))});
 }
 
 OIIO::ImageSpec SpecOf(const ImageDescription& desc) {
@@ -98,23 +117,19 @@ void DescribeFitted(const OIIO::ImageSpec& spec, EDataOrientation orientation, I
 }
 
 /// Shrinks and turns the block that `desc` describes, and brings `desc` up to date.
-PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LoadRequest& request, int width, int height) {
+PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LoadRequest& request, const Fitting& fitting) {
     const OIIO::ImageSpec spec = SpecOf(desc);
     // A format without pixels, or rows with gaps between them: no reader has those, and no image could lie over them.
     if (spec.image_bytes() != desc.dataSize) return nullptr;
 
     Working working = Wrap(std::move(block), spec);
-    if (width != desc.width || height != desc.height) {
-        working = Shrink(working.image, width, height, request.highQuality);
-    }
-    if (request.orientation == desc.orientation) {
+    if (fitting.shrinks) working = Shrink(working.image, fitting.width, fitting.height, request.highQuality);
+    if (!fitting.turns) {
         DescribeFitted(working.image.spec(), request.orientation, desc);
         return std::move(working.block);
     }
-    // The picture, the turned one and the block that it is copied into; the first is gone when the last is made.
-    if (Common::Product<std::uint64_t>(2, working.image.spec().image_bytes()) > Common::MemoryShare()) return nullptr;
     const OIIO::ImageBuf turned = Turn(working.image, desc.orientation, request.orientation);
-    working = {};
+    working = {};  // there are never more than two of them
     PixelBlock result = CopyPixels(turned);
     if (result) DescribeFitted(turned.spec(), request.orientation, desc);
     return result;
@@ -126,15 +141,13 @@ PixelBlock LoadThroughReader(ImageReaderInterface& reader, ImageDescription& des
                              const LoadRequest& request) {
     if (!reader.Open(path)) return nullptr;
     Describe(reader, request.orientation, desc);
-    if (!IsWithinLimits(reader, desc)) return nullptr;
+    const Fitting fitting(desc, request);
+    if (!IsWithinLimits(reader, desc, fitting)) return nullptr;
 
     PixelBlock block = Common::NewZeroedBlock(desc.dataSize);
     if (!reader.ReadImage(block.get(), request.level)) return nullptr;
 
-    const int width = Limited(desc.width, request.width);
-    const int height = Limited(desc.height, request.height);
-    const bool fits = width == desc.width && height == desc.height && request.orientation == desc.orientation;
-    return fits ? std::move(block) : Fit(std::move(block), desc, request, width, height);
+    return fitting.IsNeeded() ? Fit(std::move(block), desc, request, fitting) : std::move(block);
 }
 
 PixelBlock LoadSpecial(ImageDescription& desc, const KString& path, const LoadRequest& request, int fileType) {

@@ -164,6 +164,27 @@ TEST_F(LoadLimits, TheOthersCountTheirBlock) {
     ExpectCost(folder.Write("x.rlc", rlc.Bytes()), 40'000);
 }
 
+TEST_F(LoadLimits, APictureThatIsShrunkOrTurnedCountsTwice) {
+    const auto loads = [this](const LoadRequest& request, std::uint64_t maxBytes) {
+        SetImageLimits({.maxBytes = maxBytes});
+        return LoadFile(access.handler, Cals(100, 100), request).has_value();
+    };
+    const LoadRequest turned = {.orientation = kLeftTop}, shrunk = {.width = 50, .height = 10};
+    const LoadRequest both = {.width = 50, .height = 10, .orientation = kLeftTop};
+    EXPECT_TRUE(loads({.width = 100, .height = 1000}, 40'000)) << "neither";
+    EXPECT_TRUE(loads(turned, 80'000));
+    EXPECT_FALSE(loads(turned, 79'999));
+    for (const LoadRequest& request : {shrunk, both}) {
+        EXPECT_TRUE(loads(request, 42'000)) << "the first is gone before it is turned";
+        EXPECT_FALSE(loads(request, 41'999));
+    }
+    if (Kavra::Common::MemoryShare() < Kavra::Common::kDefaultMaxBytes) return;
+    SetImageLimits({});
+    const SmallBlocksOnly allocator;
+    EXPECT_THROW(access.LoadSpecial(desc, Wide(Cals(13'600, 17'600)), 0, 0, false, 0, kLeftTop, CALS), std::bad_alloc)
+        << "a page turned takes less than 2 GiB";
+}
+
 TEST_F(LoadLimits, WhatTheHostSetsBindsTheLibrarysPicturesToo) {
     const ImageDescription photo = LoadFile(access.handler, Sample("photo.jpg"))->desc;
     const auto pixels = static_cast<std::uint64_t>(photo.width) * static_cast<std::uint64_t>(photo.height);
@@ -190,8 +211,8 @@ TEST_F(LoadLimits, TheFormatThatIsAskedForCountsToo) {
         SetImageLimits({.maxBytes = maxBytes});
         return LoadFile(access.handler, path, {.format = kR32G32B32A32F}).has_value();
     };
-    EXPECT_TRUE(converted(Cals(100, 100), 160'000)) << "by the conversion engine";
-    EXPECT_FALSE(converted(Cals(100, 100), 159'999));
+    EXPECT_TRUE(converted(Cals(100, 100), 200'000)) << "by the conversion engine, from a block of 40,000 bytes";
+    EXPECT_FALSE(converted(Cals(100, 100), 199'999));
     SetImageLimits({});
     const ImageDescription photo = LoadFile(access.handler, Sample("photo.jpg"), {.format = kR32G32B32A32F})->desc;
     EXPECT_TRUE(converted(Sample("photo.jpg"), photo.dataSize)) << "by the library";

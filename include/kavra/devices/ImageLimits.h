@@ -15,15 +15,16 @@ namespace Kavra::Devices {
 /// them, in the format of the file and in the one that is asked for, before any of them is resized away.
 ///
 /// While both are 0, a module bounds by itself only the pictures whose size a few bytes can claim (the old rasters):
-/// to 2 GiB. As soon as either is set, those 2 GiB no longer hold. Whatever is set, such a picture never gets more than
-/// half of the memory of the machine, or of the control group of the process where that is less.
+/// to 2 GiB of all that their load holds at a time. As soon as either is set, those 2 GiB no longer hold. Whatever is
+/// set, such a picture never gets more than half of the memory of the machine, or of the control group of the process
+/// where that is less.
 ///
 ///     Kavra::Devices::ImageLimits limits;
 ///     limits.maxBytes = std::uint64_t{256} << 20;
 ///     Kavra::Devices::SetImageLimits(limits);
 struct ImageLimits {
     std::uint32_t size = sizeof(ImageLimits);  ///< of the structure as its user knows it, in bytes
-    std::uint64_t maxBytes = 0;   ///< of the block, and of what decoding it needs beside some rows; 0: not set
+    std::uint64_t maxBytes = 0;   ///< of the block; of old rasters, of all that a load holds but a few rows; 0: not set
     std::uint64_t maxPixels = 0;  ///< columns x rows x slices, of all faces of a cube map; 0: not set
 };
 

@@ -137,16 +137,14 @@ std::size_t Faces(const ImageDescription& desc) {
     return desc.textureType == kTextureCube ? kCubeFaces : 1;
 }
 
-/// Whether the host lets a block of so many bytes be loaded for this picture.
-bool IsAllowed(const ImageDescription& desc, std::uint64_t bytes) {
+std::uint64_t PixelsOf(const ImageDescription& desc) {
     const std::int64_t slices = static_cast<std::int64_t>(Faces(desc)) * desc.depth;
-    const auto pixels = static_cast<std::uint64_t>(Common::Product(std::int64_t{desc.width} * desc.height, slices));
-    return Common::HostBounds().Hold({.pixels = pixels, .blockBytes = bytes});
+    return static_cast<std::uint64_t>(Common::Product(std::int64_t{desc.width} * desc.height, slices));
 }
 
 /// Brings `pixels` to `format` where that is wanted and possible; else they, and `desc`, stay as they are. False when
-/// the result would be larger than is allowed, or than there is memory for beside the pixels.
-bool Convert(ImageDescription& desc, LoadedPixels& pixels, EFormat format) {
+/// that would take more than the bounds.
+bool Convert(ImageDescription& desc, LoadedPixels& pixels, EFormat format, const Common::PictureBounds& bounds) {
     const bool wanted = format != kUnknown && format != desc.format;
     if (!wanted || !CanConvertTo(desc.format, format)) return true;
     const std::int64_t rowPitch = RowPitch(format, desc.width);
@@ -155,8 +153,9 @@ bool Convert(ImageDescription& desc, LoadedPixels& pixels, EFormat format) {
     const std::size_t faces = Faces(desc);
     const auto rows = static_cast<std::int64_t>(faces) * desc.height * desc.depth;
     const auto convertedBytes = static_cast<std::uint64_t>(Common::Product(rowPitch, rows));
-    const std::uint64_t bothBytes = Common::Sum<std::uint64_t>(convertedBytes, desc.dataSize * faces);
-    if (!IsAllowed(desc, convertedBytes) || bothBytes > Common::MemoryShare()) return false;
+    const Common::PictureSize size = {
+        .pixels = PixelsOf(desc), .blockBytes = convertedBytes, .workingBytes = desc.dataSize * faces};
+    if (!bounds.Hold(size)) return false;
 
     void* converted = nullptr;
     std::size_t bytes = 0;
@@ -183,14 +182,17 @@ IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, c
         return Common::WrapBlock(std::move(block));
     }
     LoadedPixels pixels{LoadExr(desc, path), nullptr};
-    if (!pixels.own && fileType != DDS) {
+    const bool hasReader = !pixels.own && fileType != DDS;
+    if (hasReader) {
         pixels.own = LoadSpecial(desc, path, request, fileType);
     } else if (!pixels.own) {
         pixels.host = LoadDds(desc, path, request);
     }
-    if (pixels.Data() == nullptr || !IsAllowed(desc, desc.dataSize * Faces(desc))) return Refuse();
+    if (pixels.Data() == nullptr) return Refuse();
+    const Common::PictureBounds bounds = hasReader ? Common::ReaderBounds() : Common::HostBounds();
+    if (!bounds.Hold({.pixels = PixelsOf(desc), .blockBytes = desc.dataSize * Faces(desc)})) return Refuse();
     if (pixels.host && desc.format == request.format) return pixels.host.release();
-    return Convert(desc, pixels, request.format) ? Wrap(std::move(pixels)) : Refuse();
+    return Convert(desc, pixels, request.format, bounds) ? Wrap(std::move(pixels)) : Refuse();
 }
 
 }  // namespace Kavra::Devices
