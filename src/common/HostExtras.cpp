@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <typeinfo>
 
 namespace Kavra::Common {
 
@@ -23,6 +24,7 @@ FloatsToFormat(const float* colours, std::size_t count, Devices::EFormat format,
     "_ZN5Kavra9Utilities16AFormatConvertor14"
     "FloatsToFormatEPKfmNS_7Devices7EFormatEPcm");
 
+[[gnu::weak]] extern const char plainWrapperType __asm__("_ZTIN5Kavra7Objects18MemoryArrayWrapperIvhEE");
 [[gnu::weak]] void GetImageLimits(Devices::ImageLimits& limits) __asm__(
     "_ZN5Kavra7Devices14GetImageLimitsERNS0_11ImageLimitsE");
 
@@ -47,6 +49,11 @@ std::size_t PackOneByOne(const float* colours, std::size_t count, Devices::EForm
 }
 
 }  // namespace
+
+bool IsPlainWrapper(const Objects::IMemoryWrapper<void>& wrapper) {
+    const void* const type = &typeid(wrapper);  // by address: a library that was built without it has none
+    return type != nullptr && type == &Extras::plainWrapperType;
+}
 
 Devices::ImageLimits HostImageLimits() {
     Devices::ImageLimits limits;

@@ -5,6 +5,7 @@
 
 #include <kavra/devices/EFormat.h>
 #include <kavra/devices/ImageLimits.h>
+#include <kavra/objects/IMemoryWrapper.h>
 
 #include <cstddef>
 
@@ -16,6 +17,10 @@ void* NewZeroed(std::size_t bytes);
 
 /// The largest block in bytes that the host's default allocator gives; where it does not say, `MemoryShare`.
 std::size_t HostBlockCeiling();
+
+/// Whether the wrapper is the contract's own `MemoryArrayWrapper`, which frees what its pointer shows and remembers
+/// nothing. False where the host does not let its kind be told.
+bool IsPlainWrapper(const Objects::IMemoryWrapper<void>& wrapper);
 
 /// The limits that the host has set for pictures; none where it knows of no such thing.
 Devices::ImageLimits HostImageLimits();

@@ -3,6 +3,7 @@
 
 #include "frame/module/Dispatch.h"
 
+#include "common/HostExtras.h"
 #include "common/HostObject.h"
 #include "common/Limits.h"
 #include "common/PixelBlock.h"
@@ -23,7 +24,6 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <typeinfo>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -46,16 +46,11 @@ struct LoadedPixels {
     void* Data() const { return host ? host->mData : own.get(); }
 };
 
-/// Whether the wrapper is the contract's own, which frees what its pointer shows and remembers nothing.
-bool IsPlain(const IMemoryWrapper<void>& wrapper) {
-    return typeid(wrapper) == typeid(Objects::MemoryArrayWrapper<void, unsigned char>);
-}
-
 /// Takes the data over from the host's wrapper. That is given up and not deleted: a wrapper of a host's own kind may
 /// free its data whatever its pointer shows by then. Only the plain one is emptied and goes.
 PixelBlock TakeData(HostBlock host) {
     PixelBlock data(static_cast<unsigned char*>(host->mData));
-    if (IsPlain(*host)) {
+    if (Common::IsPlainWrapper(*host)) {
         host->mData = nullptr;
     } else {
         (void)host.release();
