@@ -1,8 +1,8 @@
 #include "common/FileHandle.h"
 #include "common/PixelBlock.h"
-#include "frame/host/devices/DdsHeader.h"
-#include "frame/host/devices/DdsPixelLayouts.h"
-#include "frame/host/devices/DdsShape.h"
+#include "common/dds/DdsHeader.h"
+#include "common/dds/DdsShape.h"
+#include "frame/host/devices/DdsStoredLayouts.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/DDSReader.h>
@@ -26,15 +26,12 @@ struct DDSReader::State {
     FileHandle file;
     std::uint64_t bytes;        ///< of the file
     std::uint64_t pixelsBegin;  ///< bytes before the first pixel
-    Dds::PixelLayout layout;
+    Dds::StoredLayout layout;
     Dds::Shape shape;
     int nextLevel = 0;
 
-    bool HasFace(int face) const { return (shape.faces >> face & 1) != 0; }
-    std::uint64_t Begin(int face, int level) const {
-        return pixelsBegin + Dds::LevelOffset(layout, shape, face, level);
-    }
-    bool IsWhole(int level) const;
+    /// Whether the file is long enough for every face of this level.
+    bool IsWhole(int level) const { return pixelsBegin + Dds::LevelEnd(layout.unit, shape, level) <= bytes; }
     ImageDescription Describe(int level) const;
     PixelBlock ReadLevel(int level, std::uint64_t faceBytes) const;
 
@@ -42,15 +39,6 @@ private:
     bool ReadFace(int face, int level, unsigned char* out) const;
     bool ReadWidened(const Dds::Extent& size, unsigned char* out) const;
 };
-
-/// Whether the file is long enough for every face of this level.
-bool DDSReader::State::IsWhole(int level) const {
-    const std::uint64_t levelBytes = Dds::StoredLevelBytes(layout, Dds::LevelSize(shape.size, level));
-    for (int face = 0; face < shape.FaceCount(); ++face) {
-        if (HasFace(face) && Begin(face, level) + levelBytes > bytes) return false;
-    }
-    return true;
-}
 
 ImageDescription DDSReader::State::Describe(int level) const {
     const Dds::Extent size = Dds::LevelSize(shape.size, level);
@@ -61,7 +49,7 @@ ImageDescription DDSReader::State::Describe(int level) const {
     desc.format = layout.format;
     desc.rowPitch = Utilities::AFormatConvertor::BytesPerPixel(layout.format) * size.width;
     desc.dataSize = layout.IsCompressed()
-                        ? Dds::StoredLevelBytes(layout, size)
+                        ? Dds::StoredLevelBytes(layout.unit, size)
                         : static_cast<std::uint64_t>(desc.rowPitch) * static_cast<std::uint64_t>(size.height) *
                               static_cast<std::uint64_t>(size.depth);
     desc.textureType = shape.type;
@@ -77,25 +65,25 @@ PixelBlock DDSReader::State::ReadLevel(int level, std::uint64_t faceBytes) const
     if (!IsWhole(level)) return nullptr;
     const int faces = shape.FaceCount();
     const std::size_t blockBytes = faceBytes * static_cast<unsigned>(faces);
-    const bool allThere = shape.faces == (1u << faces) - 1;
-    PixelBlock block = allThere ? Common::NewBlock(blockBytes) : Common::NewZeroedBlock(blockBytes);
+    PixelBlock block = shape.HasAllFaces() ? Common::NewBlock(blockBytes) : Common::NewZeroedBlock(blockBytes);
     for (int face = 0; face < faces; ++face) {
-        if (HasFace(face) && !ReadFace(face, level, block.get() + face * faceBytes)) return nullptr;
+        if (shape.HasFace(face) && !ReadFace(face, level, block.get() + face * faceBytes)) return nullptr;
     }
     return block;
 }
 
 bool DDSReader::State::ReadFace(int face, int level, unsigned char* out) const {
-    if (fseeko(file.get(), static_cast<off_t>(Begin(face, level)), SEEK_SET) != 0) return false;
+    const std::uint64_t begin = pixelsBegin + Dds::LevelOffset(layout.unit, shape, face, level);
+    if (fseeko(file.get(), static_cast<off_t>(begin), SEEK_SET) != 0) return false;
     const Dds::Extent size = Dds::LevelSize(shape.size, level);
     if (layout.widen != nullptr) return ReadWidened(size, out);
-    const std::size_t stored = Dds::StoredLevelBytes(layout, size);
+    const std::size_t stored = Dds::StoredLevelBytes(layout.unit, size);
     return std::fread(out, 1, stored, file.get()) == stored;
 }
 
 /// Row by row, slices included, from where the file stands.
 bool DDSReader::State::ReadWidened(const Dds::Extent& size, unsigned char* out) const {
-    std::vector<std::uint8_t> row(Dds::StoredRowBytes(layout, size.width));
+    std::vector<std::uint8_t> row(Dds::StoredRowBytes(layout.unit, size.width));
     const auto width = static_cast<std::size_t>(size.width);
     const std::size_t pitch = width * static_cast<unsigned>(Utilities::AFormatConvertor::BytesPerPixel(layout.format));
     const std::int64_t rows = std::int64_t{size.height} * size.depth;
@@ -117,11 +105,11 @@ bool DDSReader::Load(const KString& path) {
     const std::optional<std::uint64_t> bytes = Common::FileLength(file.get());
     if (!bytes || fseeko(file.get(), 0, SEEK_SET) != 0) return false;
 
-    std::array<std::uint8_t, Dds::kLongestHeader> start;
+    std::array<std::uint8_t, Dds::kMaxHeaderBytes> start;
     const std::size_t count = std::fread(start.data(), 1, start.size(), file.get());
     const std::optional<Dds::Header> header = Dds::ParseHeader(std::span(start).first(count));
     if (!header) return false;
-    const std::optional<Dds::PixelLayout> layout = Dds::FindLayout(*header);
+    const std::optional<Dds::StoredLayout> layout = Dds::FindLayout(*header);
     const std::optional<Dds::Shape> shape = Dds::ShapeOf(*header);
     if (!layout || !shape) return false;
     mState = std::make_unique<State>(std::move(file), *bytes, header->Bytes(), *layout, *shape);
@@ -153,7 +141,7 @@ ETextureType DDSReader::TextureType() {
 }
 
 bool DDSReader::HasFace(int face) const {
-    return mState && face >= 0 && face < Dds::kFaces && mState->HasFace(face);
+    return mState && face >= 0 && face < Dds::kFaces && mState->shape.HasFace(face);
 }
 
 bool DDSReader::SkipMipLevel(int level) {

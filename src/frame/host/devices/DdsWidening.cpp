@@ -1,5 +1,7 @@
 #include "frame/host/devices/DdsWidening.h"
 
+#include "frame/host/devices/PixelLayout.h"
+
 #include <Imath/half.h>
 
 #include <algorithm>
@@ -26,8 +28,8 @@ void ForEachPixelOf(Row row, std::size_t width, const Body& body) {
 
 /// Calls `body(x, pixel)` for each pixel of the row, its bytes as a number.
 template <class Body>
-void ForEachPixel(const PixelLayout& layout, Row row, std::size_t width, const Body& body) {
-    switch (layout.unitBytes) {
+void ForEachPixel(const StoredLayout& layout, Row row, std::size_t width, const Body& body) {
+    switch (layout.unit.bytes) {
         case 1:
             return ForEachPixelOf<1>(row, width, body);
         case 2:
@@ -69,7 +71,7 @@ std::array<Scale, 4> ScalesTo(const Masks& masks, std::uint32_t top) {
 }
 
 template <class Value>
-void WidenUnsigned(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenUnsigned(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
     const std::array<Scale, 4> scales = ScalesTo(layout.masks, std::numeric_limits<Value>::max());
     ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
         Value values[4];
@@ -89,22 +91,9 @@ float Normalised(std::uint64_t pixel, std::uint64_t mask, bool isSigned) {
     return std::max(static_cast<float>(value) / static_cast<float>((1u << (bits - 1)) - 1), -1.0f);
 }
 
-std::size_t ChannelsOf(EFormat format) {
-    switch (format) {
-        case kR16F:
-        case kR32F:
-            return 1;
-        case kR16G16F:
-        case kR32G32F:
-            return 2;
-        default:
-            return 4;
-    }
-}
-
 template <class Value>
-void WidenNormalised(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
-    const std::size_t channels = ChannelsOf(layout.format);
+void WidenNormalised(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+    const auto channels = static_cast<std::size_t>(LayoutOf(layout.format).channels);
     ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
         for (std::size_t c = 0; c < channels; ++c) {
             const float absent = c == 3 ? 1.0f : 0.0f;
@@ -167,23 +156,23 @@ void WidenPairs(Row row, std::uint8_t* out, std::size_t width, const Convert& co
 
 }  // namespace
 
-void WidenToBytes(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenToBytes(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
     WidenUnsigned<std::uint8_t>(layout, row, out, width);
 }
 
-void WidenToShorts(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenToShorts(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
     WidenUnsigned<std::uint16_t>(layout, row, out, width);
 }
 
-void WidenToHalfs(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenToHalfs(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
     WidenNormalised<Imath::half>(layout, row, out, width);
 }
 
-void WidenToFloats(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenToFloats(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
     WidenNormalised<float>(layout, row, out, width);
 }
 
-void WidenPackedFloats(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenPackedFloats(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
     // The exponents are a half's own, and there is no sign: only the mantissas' missing bits are added.
     WidenWordsToHalfs(row, out, width, [](std::uint32_t pixel) {
         return Halfs{static_cast<std::uint16_t>((pixel & 0x7ff) << 4),
@@ -192,7 +181,7 @@ void WidenPackedFloats(const PixelLayout&, Row row, std::uint8_t* out, std::size
     });
 }
 
-void WidenSharedExponent(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenSharedExponent(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
     WidenWordsToHalfs(row, out, width, [](std::uint32_t pixel) {
         const float unit = std::ldexp(1.0f, static_cast<int>(pixel >> 27) - 24);
         const auto channel = [&](int shift) { return HalfBits(static_cast<float>(pixel >> shift & 0x1ff) * unit); };
@@ -200,7 +189,7 @@ void WidenSharedExponent(const PixelLayout&, Row row, std::uint8_t* out, std::si
     });
 }
 
-void WidenExtendedRange(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenExtendedRange(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
     WidenWordsToHalfs(row, out, width, [](std::uint32_t pixel) {
         const auto channel = [&](int shift) {
             return HalfBits((static_cast<float>(pixel >> shift & 0x3ff) - 384.0f) / 510.0f);
@@ -209,23 +198,23 @@ void WidenExtendedRange(const PixelLayout&, Row row, std::uint8_t* out, std::siz
     });
 }
 
-void WidenRgbg(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenRgbg(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
     WidenPairs<1, 0, 3, 2>(row, out, width, FromRgb);
 }
 
-void WidenGrgb(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenGrgb(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
     WidenPairs<0, 1, 2, 3>(row, out, width, FromRgb);
 }
 
-void WidenYuy2(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenYuy2(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
     WidenPairs<0, 1, 2, 3>(row, out, width, FromYuv);
 }
 
-void WidenUyvy(const PixelLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenUyvy(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
     WidenPairs<1, 0, 3, 2>(row, out, width, FromYuv);
 }
 
-void WidenYuv(const PixelLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenYuv(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
     const std::array<Scale, 4> scales = ScalesTo(layout.masks, 255);
     ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
         const auto channel = [&](int c) { return static_cast<int>(scales[c](pixel)); };

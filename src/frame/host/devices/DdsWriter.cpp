@@ -1,7 +1,7 @@
 #include "common/FileHandle.h"
-#include "frame/host/devices/DdsHeader.h"
-#include "frame/host/devices/DdsPixelLayouts.h"
-#include "frame/host/devices/DdsShape.h"
+#include "common/dds/DdsHeader.h"
+#include "common/dds/DdsShape.h"
+#include "frame/host/devices/DdsStoredLayouts.h"
 
 #include <kavra/devices/DDSWriter.h>
 #include <kavra/objects/OS.h>
@@ -24,13 +24,13 @@ namespace fs = std::filesystem;
 Dds::Shape ShapeToWrite(ETextureType type, int width, int height, int depth, int levels) {
     const bool volume = type == kTextureVolume;
     const bool cube = type == kTextureCube;
-    const std::uint32_t faces = cube ? (1u << Dds::kFaces) - 1 : 1;
+    const std::uint32_t faces = cube ? Dds::kAllFaces : 1;
     const ETextureType written = volume || cube ? type : kTexture2D;
     return {{width, height, volume ? depth : 1}, levels, written, faces};
 }
 
-std::uint64_t BytesToWrite(const Dds::PixelLayout& layout, const Dds::Shape& shape) {
-    return Dds::StoredChainBytes(layout, shape) * static_cast<unsigned>(shape.FaceCount());
+std::uint64_t BytesToWrite(const Dds::StoredLayout& layout, const Dds::Shape& shape) {
+    return Dds::StoredChainBytes(layout.unit, shape) * static_cast<unsigned>(shape.FaceCount());
 }
 
 void DescribeShape(const Dds::Shape& shape, Dds::Header& header) {
@@ -56,23 +56,23 @@ void DescribeShape(const Dds::Shape& shape, Dds::Header& header) {
 }
 
 /// The bytes of a row, or of the first level where there are no rows. A size that does not fit the field is left out.
-void DescribePitch(const Dds::PixelLayout& layout, const Dds::Shape& shape, Dds::Header& header) {
+void DescribePitch(const Dds::StoredLayout& layout, const Dds::Shape& shape, Dds::Header& header) {
     const bool compressed = layout.IsCompressed();
-    const std::uint64_t bytes =
-        compressed ? Dds::StoredLevelBytes(layout, shape.size) : Dds::StoredRowBytes(layout, shape.size.width);
+    const std::uint64_t bytes = compressed ? Dds::StoredLevelBytes(layout.unit, shape.size)
+                                           : Dds::StoredRowBytes(layout.unit, shape.size.width);
     if (bytes > std::numeric_limits<std::uint32_t>::max()) return;
     header.flags |= compressed ? Dds::kHasLinearSize : Dds::kHasPitch;
     header.pitch = static_cast<std::uint32_t>(bytes);
 }
 
 void DescribeExtension(const Dds::Shape& shape, Dds::Header& header) {
-    if (!header.IsExtended()) return;
+    if (!header.isExtended) return;
     header.dimension = shape.type == kTextureVolume ? Dds::kDimensionVolume : Dds::kDimension2D;
     if (shape.type == kTextureCube) header.misc = Dds::kMiscCube;
     header.arraySize = 1;
 }
 
-std::optional<Dds::PixelLayout> LayoutToWrite(EFormat format) {
+std::optional<Dds::StoredLayout> LayoutToWrite(EFormat format) {
     Dds::Header header;
     if (!Dds::DescribeFormat(format, header)) return std::nullopt;
     return Dds::FindLayout(header);
@@ -80,7 +80,7 @@ std::optional<Dds::PixelLayout> LayoutToWrite(EFormat format) {
 
 /// Levels of the chain that a caller may ask for.
 bool IsChain(const Dds::Shape& shape) {
-    return shape.levels >= 1 && shape.levels <= Dds::FullChain(shape.size);
+    return shape.levels >= 1 && shape.levels <= Dds::FullMipChain(shape.size);
 }
 
 /// A file beside its final name: gone again unless it is committed. Its name cannot be known beforehand, and it is
@@ -151,7 +151,7 @@ bool DDSWriter::Construct(ETextureType type, EFormat format, int width, int heig
     mConstructed = false;
     if (!Dds::IsSane(width, height, depth)) return false;
     if (type == kTextureCube && width != height) return false;
-    const std::optional<Dds::PixelLayout> layout = LayoutToWrite(format);
+    const std::optional<Dds::StoredLayout> layout = LayoutToWrite(format);
     const Dds::Shape shape = ShapeToWrite(type, width, height, depth, mipCount);
     if (!layout || !IsChain(shape)) return false;
 
@@ -172,7 +172,7 @@ bool DDSWriter::Construct(ETextureType type, EFormat format, int width, int heig
 bool DDSWriter::Write(const KString& path, const void* data) {
     if (!mConstructed || data == nullptr) return false;
     try {
-        const Dds::PixelLayout layout = LayoutToWrite(mFormat).value();
+        const Dds::StoredLayout layout = LayoutToWrite(mFormat).value();
         const Dds::Shape shape = ShapeToWrite(mType, mWidth, mHeight, mDepth, mMipCount);
         Dds::Header header;
         Dds::DescribeFormat(mFormat, header);

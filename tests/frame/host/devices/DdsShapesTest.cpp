@@ -113,24 +113,6 @@ TEST(DdsShapes, ALevelIsRefusedAtAnyOtherSizeAndStaysNext) {
     EXPECT_TRUE(LoadNext(file.reader, 0));
 }
 
-TEST(DdsShapes, TheNumberOfLevelsIsAtLeastOneAndAtMostTheFullChain) {
-    const auto levels = [](DdsFile file) {
-        Opened opened(file);
-        return opened.opened ? opened.reader.Mipmaps() : -1;
-    };
-    EXPECT_EQ(levels(Grey(16, 16).Mips(100)), 5);
-    EXPECT_EQ(levels(Grey(16, 16).Mips(2147483647)), 5);
-    EXPECT_EQ(levels(Grey(16, 16).Mips(0xffffffff)), 5);
-    EXPECT_EQ(levels(Grey(16, 16).Mips(3)), 3);
-    EXPECT_EQ(levels(Grey(16, 16).Mips(0)), 1);
-    EXPECT_EQ(levels(Grey(17, 1).Mips(9)), 5);
-    EXPECT_EQ(levels(Grey(1, 1).Mips(9)), 1);
-    EXPECT_EQ(levels(Grey(2, 2).Volume(9).Mips(9)), 4) << "the depth counts too";
-    EXPECT_EQ(levels(Grey(16, 16).Set(28, 3)), 1) << "the count without a flag that means it";
-    EXPECT_EQ(levels(Grey(16, 16).Set(28, 3).Or(8, 0x20000)), 3) << "either flag means it";
-    EXPECT_EQ(levels(Grey(16, 16).Set(28, 3).Or(108, 0x400000)), 3);
-}
-
 TEST(DdsShapes, ACubeStacksItsSixFacesInTheOrderOfTheFile) {
     const std::optional<DdsLevel> loaded = LoadLevel(Grey(2, 2).Cube().Counting(24));
     ASSERT_TRUE(loaded);
@@ -200,10 +182,6 @@ TEST(DdsShapes, WidenedFacesGoToTheirPlaces) {
     EXPECT_EQ(loaded->bytes, (Bytes{3, 2, 1, 255, 0, 0, 0, 0, 6, 5, 4, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
-TEST(DdsShapes, ACubeMustBeSquare) {
-    EXPECT_FALSE(Opened(Grey(2, 3).Cube().Counting(36)).opened);
-}
-
 TEST(DdsShapes, TheExtensionsCubeFlagIsEnough) {
     const std::optional<DdsLevel> loaded = LoadLevel(DdsFile(1, 1).Dxgi(61, 3, 4).Counting(6));
     ASSERT_TRUE(loaded);
@@ -251,23 +229,6 @@ TEST(DdsShapes, EverySliceOfAWidenedOrCompressedVolumeIsRead) {
     const std::optional<DdsLevel> blocks = LoadLevel(DdsFile(4, 4).Code("DXT1").Volume(3).Counting(24));
     ASSERT_TRUE(blocks);
     EXPECT_EQ(blocks->bytes, Counted(0, 24));
-}
-
-TEST(DdsShapes, AVolumeIsKnownByItsCapsItsDepthOrItsDimension) {
-    const auto typeOf = [](const DdsFile& file) {
-        Opened opened(file);
-        return opened.opened ? opened.reader.TextureType() : kTextureUnknown;
-    };
-    EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 2).Or(8, 0x800000)), kTextureVolume) << "depth flag";
-    EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 2).Or(112, 0x200000)), kTextureVolume) << "caps";
-    EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 1).Or(8, 0x800000)), kTexture2D) << "a depth of 1 says nothing";
-    EXPECT_EQ(typeOf(Grey(1, 2).Volume(2).Cube()), kTextureVolume)
-        << "a cube has no depth; nor need a volume be square";
-    EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 2)), kTexture2D) << "a depth that is not meant";
-    EXPECT_EQ(typeOf(Grey(1, 1).Set(24, 0).Or(112, 0x200000)), kTextureVolume) << "at least one slice";
-    EXPECT_EQ(typeOf(DdsFile(1, 1).Dxgi(61, 4).Set(24, 2)), kTextureVolume);
-    EXPECT_EQ(typeOf(DdsFile(1, 1).Dxgi(61, 3).Set(24, 2).Or(8, 0x800000)), kTexture2D);
-    EXPECT_EQ(typeOf(DdsFile(1, 1).Dxgi(61, 2)), kTexture2D) << "one-dimensional: a picture of one row";
 }
 
 TEST(DdsShapes, LoadingAgainStartsAnew) {

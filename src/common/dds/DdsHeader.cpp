@@ -1,11 +1,11 @@
-#include "frame/host/devices/DdsHeader.h"
+#include "common/dds/DdsHeader.h"
 
 #include <algorithm>
 
 namespace Kavra::Devices::Dds {
 namespace {
 
-constexpr std::size_t kPlainHeader = 128;
+constexpr std::size_t kPlainHeaderBytes = 128;
 
 struct Field {
     std::size_t offset;
@@ -13,12 +13,17 @@ struct Field {
 };
 
 /// Where each field lies in the file; every one is 32 bits, little-endian.
-constexpr Field kFields[] = {
+constexpr Field kPlainFields[] = {
     {8, &Header::flags},       {12, &Header::height},   {16, &Header::width},      {20, &Header::pitch},
     {24, &Header::depth},      {28, &Header::mipCount}, {80, &Header::pixelFlags}, {84, &Header::fourCC},
     {88, &Header::bitCount},   {92, &Header::redMask},  {96, &Header::greenMask},  {100, &Header::blueMask},
-    {104, &Header::alphaMask}, {108, &Header::caps1},   {112, &Header::caps2},     {128, &Header::dxgiFormat},
-    {132, &Header::dimension}, {136, &Header::misc},    {140, &Header::arraySize},
+    {104, &Header::alphaMask}, {108, &Header::caps1},   {112, &Header::caps2},
+};
+constexpr Field kExtensionFields[] = {
+    {128, &Header::dxgiFormat},
+    {132, &Header::dimension},
+    {136, &Header::misc},
+    {140, &Header::arraySize},
 };
 
 struct Constant {
@@ -44,21 +49,24 @@ void Put(std::vector<std::uint8_t>& bytes, std::size_t offset, std::uint32_t val
 }  // namespace
 
 std::size_t Header::Bytes() const {
-    return IsExtended() ? kLongestHeader : kPlainHeader;
+    return isExtended ? kMaxHeaderBytes : kPlainHeaderBytes;
 }
 
-std::optional<Header> ParseHeader(std::span<const std::uint8_t> file) {
-    if (file.size() < kPlainHeader) return std::nullopt;
+std::optional<Header> ParseHeader(std::span<const std::uint8_t> file, ExtensionRule rule) {
+    if (file.size() < kPlainHeaderBytes) return std::nullopt;
     const auto holds = [&](const Constant& constant) { return Get(file, constant.offset) == constant.value; };
     if (!std::ranges::all_of(kConstants, holds)) return std::nullopt;
 
     Header header;
-    for (const Field& field : kFields) {
-        // The extension's fields come last: by then it is known whether there is one.
-        if (field.offset >= header.Bytes()) break;
-        if (file.size() < header.Bytes()) return std::nullopt;
-        header.*field.value = Get(file, field.offset);
-    }
+    const auto read = [&](std::span<const Field> fields) {
+        for (const Field& field : fields)
+            header.*field.value = Get(file, field.offset);
+    };
+    read(kPlainFields);
+    header.isExtended = header.fourCC == kFourCCDX10 && (rule == ExtensionRule::kAnyCode || header.HasFourCC());
+    if (!header.isExtended) return header;
+    if (file.size() < kMaxHeaderBytes) return std::nullopt;
+    read(kExtensionFields);
     return header;
 }
 
@@ -66,9 +74,11 @@ std::vector<std::uint8_t> ComposeHeader(const Header& header) {
     std::vector<std::uint8_t> bytes(header.Bytes());
     for (const Constant& constant : kConstants)
         Put(bytes, constant.offset, constant.value);
-    for (const Field& field : kFields) {
-        if (field.offset < bytes.size()) Put(bytes, field.offset, header.*field.value);
-    }
+    for (const Field& field : kPlainFields)
+        Put(bytes, field.offset, header.*field.value);
+    if (!header.isExtended) return bytes;
+    for (const Field& field : kExtensionFields)
+        Put(bytes, field.offset, header.*field.value);
     return bytes;
 }
 

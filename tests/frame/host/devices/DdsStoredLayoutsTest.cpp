@@ -1,3 +1,4 @@
+#include "common/dds/DdsCodeTable.h"
 #include "frame/host/devices/DdsTestFile.h"
 
 #include <kavra/devices/AFormatConvertor.h>
@@ -6,6 +7,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace Kavra::Tests {
 namespace {
@@ -173,6 +175,35 @@ EFormat FormatOf(const DdsFile& file) {
     const TemporaryFolder folder;
     DDSReader reader;
     return reader.Load(Wide(folder.Write("file.dds", file.All()))) ? reader.Format() : kUnknown;
+}
+
+TEST(DdsLayouts, EveryCodeOfTheTableIsDelivered) {
+    for (std::uint32_t code = 0; code < 256; ++code) {
+        EXPECT_EQ(FormatOf(DdsFile(4, 4).Dxgi(code)) != kUnknown, Dds::FindDxgi(code) != nullptr) << code;
+        EXPECT_EQ(FormatOf(DdsFile(4, 4).Code(code)) != kUnknown, Dds::DxgiOfLegacy(code) != Dds::kDxgiUnknown) << code;
+    }
+}
+
+TEST(DdsLayouts, TypelessNumbersAreDeliveredAsTheFirstTypedOne) {
+    constexpr std::pair<int, int> typeless[] = {{1, 2},   {5, 6},   {9, 10},  {15, 16}, {23, 24}, {27, 28}, {33, 34},
+                                                {39, 41}, {48, 49}, {53, 54}, {60, 61}, {70, 71}, {73, 74}, {76, 77},
+                                                {79, 80}, {82, 83}, {90, 87}, {92, 88}, {94, 95}, {97, 98}};
+    for (const auto& [code, typed] : typeless) {
+        const std::optional<DdsLevel> level = LoadLevel(DdsFile(2, 2).Dxgi(code).Counting(64, 7));
+        const std::optional<DdsLevel> same = LoadLevel(DdsFile(2, 2).Dxgi(typed).Counting(64, 7));
+        ASSERT_TRUE(level && same) << code;
+        EXPECT_EQ(level->desc.format, same->desc.format) << code;
+        EXPECT_EQ(level->desc.hasAlpha, same->desc.hasAlpha) << code;
+        EXPECT_EQ(level->bytes, same->bytes) << code;
+    }
+}
+
+TEST(DdsLayouts, ACodeThatIsNotMeantIsPassedOver) {
+    const DdsFile file = DdsFile(1, 1).Masks(0x20000, 8, 0xff).Set(84, 0x30315844).Counting(1, 9);
+    const std::optional<DdsLevel> level = LoadLevel(file);
+    ASSERT_TRUE(level) << "no extension follows, whatever the code says";
+    EXPECT_EQ(level->desc.format, kL8);
+    EXPECT_EQ(level->bytes, Bytes{9});
 }
 
 TEST(DdsLayouts, TheReservedFormatsAreNeverReported) {

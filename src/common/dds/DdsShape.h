@@ -1,8 +1,8 @@
 /// What a DDS file's texture looks like: its size, levels and faces, and where each of them lies.
 #pragma once
 
-#include "frame/host/devices/DdsHeader.h"
-#include "frame/host/devices/DdsPixelLayouts.h"
+#include "common/dds/DdsCodeTable.h"
+#include "common/dds/DdsHeader.h"
 
 #include <kavra/devices/ETextureType.h>
 
@@ -15,8 +15,6 @@ namespace Kavra::Devices::Dds {
 inline constexpr std::uint32_t kMaxSide = 1u << 20;
 inline constexpr std::uint32_t kMaxDepth = 1u << 16;
 
-inline constexpr int kFaces = 6;
-
 struct Extent {
     int width;
     int height;
@@ -26,18 +24,24 @@ struct Extent {
 
 struct Shape {
     Extent size;          ///< of level 0, of one face; depth 1 unless a volume
-    int levels;           ///< 1 to `FullChain(size)`
+    int levels;           ///< 1 to `FullMipChain(size)`
     ETextureType type;    ///< 2-D, cube or volume
     std::uint32_t faces;  ///< bit i: face i is in the file; 1 unless a cube
+
+    bool operator==(const Shape&) const = default;
+
     int FaceCount() const { return type == kTextureCube ? kFaces : 1; }
+    bool HasFace(int face) const { return (faces >> face & 1) != 0; }
+    bool HasAllFaces() const { return faces == (1u << FaceCount()) - 1; }
 };
 
 /// Whether the sides are at least 1 and within the bounds.
 bool IsSane(std::int64_t width, std::int64_t height, std::int64_t depth);
 
-/// Levels from this size down to 1 x 1 x 1, each half the one before.
-int FullChain(const Extent& size);
+/// Mip levels from this size down to 1 x 1 x 1, each half the one before. Sizes below 1 count as 1.
+int FullMipChain(const Extent& size);
 
+/// The size of a level of 0 and up: halved so often, never below 1.
 Extent LevelSize(const Extent& size, int level);
 
 /// What the header describes. Nothing for a size out of bounds or a cube whose faces are not square.
@@ -46,15 +50,22 @@ Extent LevelSize(const Extent& size, int level);
 /// come first. Levels beyond the full chain are not counted.
 std::optional<Shape> ShapeOf(const Header& header);
 
-/// Stored bytes of one row of pixels or blocks, and of one face of one level with all its slices.
-std::uint64_t StoredRowBytes(const PixelLayout& layout, int width);
-std::uint64_t StoredLevelBytes(const PixelLayout& layout, const Extent& levelSize);
+/// The number of levels, at most the full chain, of a header that says `claimed`.
+int ClampLevels(std::uint32_t claimed, const Extent& size);
+
+/// Stored bytes of one row of pixels or blocks, of one slice of a level, and of all slices of one face of a level.
+std::uint64_t StoredRowBytes(const StoredUnit& unit, int width);
+std::uint64_t StoredSliceBytes(const StoredUnit& unit, const Extent& levelSize);
+std::uint64_t StoredLevelBytes(const StoredUnit& unit, const Extent& levelSize);
 
 /// Stored bytes of all levels of one face.
-std::uint64_t StoredChainBytes(const PixelLayout& layout, const Shape& shape);
+std::uint64_t StoredChainBytes(const StoredUnit& unit, const Shape& shape);
 
 /// Where a level of a face begins, counted from the first pixel. A face's levels lie together, absent faces take no
 /// room.
-std::uint64_t LevelOffset(const PixelLayout& layout, const Shape& shape, int face, int level);
+std::uint64_t LevelOffset(const StoredUnit& unit, const Shape& shape, int face, int level);
+
+/// Where the last face of a level ends, counted from the first pixel: a file that is shorter does not hold the level.
+std::uint64_t LevelEnd(const StoredUnit& unit, const Shape& shape, int level);
 
 }  // namespace Kavra::Devices::Dds

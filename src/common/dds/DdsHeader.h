@@ -2,6 +2,8 @@
 /// (https://learn.microsoft.com/windows/win32/direct3ddds/dds-header).
 #pragma once
 
+#include "common/dds/DdsCodes.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -10,12 +12,8 @@
 
 namespace Kavra::Devices::Dds {
 
-constexpr std::uint32_t FourCC(const char (&text)[5]) {
-    std::uint32_t code = 0;
-    for (int i = 3; i >= 0; --i)
-        code = code << 8 | static_cast<unsigned char>(text[i]);
-    return code;
-}
+inline constexpr int kFaces = 6;                                ///< of a cube
+inline constexpr std::uint32_t kAllFaces = (1u << kFaces) - 1;  ///< a bit a face, +x -x +y -y +z -z
 
 /// Bits of `Header::flags`: which fields are meant.
 enum : std::uint32_t {
@@ -41,14 +39,14 @@ enum : std::uint32_t {
     kPixelBump = 0x80000,           ///< signed channels
 };
 
-/// Bits of `Header::caps1` and `caps2`: what the texture is. The six faces follow `kFirstFace`, +x -x +y -y +z -z.
+/// Bits of `Header::caps1` and `caps2`: what the texture is.
 enum : std::uint32_t {
     kCapsComplex = 0x8,
     kCapsTexture = 0x1000,
     kCapsMipmaps = 0x400000,
     kCapsCube = 0x200,
     kCapsFirstFace = 0x400,
-    kCapsAllFaces = 0xfc00,
+    kCapsAllFaces = kAllFaces * kCapsFirstFace,
     kCapsVolume = 0x200000,
 };
 
@@ -64,7 +62,7 @@ struct Header {
     std::uint32_t flags = 0;
     std::uint32_t height = 0;
     std::uint32_t width = 0;
-    std::uint32_t pitch = 0;  ///< bytes of a row, or of level 0 for block-compressed data; readers ignore it
+    std::uint32_t pitch = 0;  ///< bytes of a row, or of level 0 for block-compressed data; the host ignores it
     std::uint32_t depth = 0;
     std::uint32_t mipCount = 0;
     std::uint32_t pixelFlags = 0;
@@ -80,23 +78,30 @@ struct Header {
     std::uint32_t dimension = 0;
     std::uint32_t misc = 0;
     std::uint32_t arraySize = 0;
+    bool isExtended = false;  ///< the DX10 extension follows
 
     bool operator==(const Header&) const = default;
 
-    /// Whether the DX10 extension follows.
-    bool IsExtended() const { return (pixelFlags & kPixelFourCC) != 0 && fourCC == FourCC("DX10"); }
     /// Where the pixels begin.
     std::size_t Bytes() const;
+    /// Whether `fourCC` is what says how the pixels are stored.
+    bool HasFourCC() const { return (pixelFlags & kPixelFourCC) != 0; }
+    /// Bit i: the caps name face i of a cube.
+    std::uint32_t NamedFaces() const { return (caps2 & kCapsAllFaces) / kCapsFirstFace; }
 };
 
 /// Bytes of the longest header.
-inline constexpr std::size_t kLongestHeader = 148;
+inline constexpr std::size_t kMaxHeaderBytes = 148;
 
-/// Reads the header at the start of `file` (all of it, or its first `kLongestHeader` bytes). Nothing when the magic
+/// What says that the DX10 extension follows: the code "DX10" where the pixel flags say that the code is meant, or the
+/// code whatever the flags say.
+enum class ExtensionRule : std::uint8_t { kFlaggedCode, kAnyCode };
+
+/// Reads the header at the start of `file` (all of it, or its first `kMaxHeaderBytes` bytes). Nothing when the magic
 /// number or one of the two structure sizes is wrong, or it ends early. No other field is judged.
-std::optional<Header> ParseHeader(std::span<const std::uint8_t> file);
+std::optional<Header> ParseHeader(std::span<const std::uint8_t> file, ExtensionRule rule = ExtensionRule::kFlaggedCode);
 
-/// The bytes of a header, with the extension where it has one.
+/// The bytes of a header, with the extension where it has one. Reserved fields are 0.
 std::vector<std::uint8_t> ComposeHeader(const Header& header);
 
 }  // namespace Kavra::Devices::Dds

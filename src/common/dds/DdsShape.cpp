@@ -1,0 +1,96 @@
+#include "common/dds/DdsShape.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace Kavra::Devices::Dds {
+namespace {
+
+bool IsVolume(const Header& header) {
+    if ((header.caps2 & kCapsVolume) != 0) return true;
+    if (header.isExtended) return header.dimension == kDimensionVolume;
+    return (header.flags & kHasDepth) != 0 && header.depth > 1;
+}
+
+/// The faces that the file holds, 0 when it is no cube.
+std::uint32_t FacesOf(const Header& header) {
+    // The extension has no way to leave faces out.
+    if (header.isExtended && (header.misc & kMiscCube) != 0) return kAllFaces;
+    if ((header.caps2 & kCapsCube) == 0) return 0;
+    const std::uint32_t faces = header.NamedFaces();
+    return faces == 0 ? kAllFaces : faces;
+}
+
+std::uint64_t Units(int pixels, std::uint8_t unit) {
+    return (static_cast<std::uint64_t>(pixels) + unit - 1) / unit;
+}
+
+std::uint64_t LevelsBytes(const StoredUnit& unit, const Extent& size, int levels) {
+    std::uint64_t bytes = 0;
+    for (int level = 0; level < levels; ++level)
+        bytes += StoredLevelBytes(unit, LevelSize(size, level));
+    return bytes;
+}
+
+}  // namespace
+
+bool IsSane(std::int64_t width, std::int64_t height, std::int64_t depth) {
+    return width >= 1 && width <= kMaxSide && height >= 1 && height <= kMaxSide && depth >= 1 && depth <= kMaxDepth;
+}
+
+int FullMipChain(const Extent& size) {
+    return std::bit_width(static_cast<unsigned>(std::max({size.width, size.height, size.depth, 1})));
+}
+
+Extent LevelSize(const Extent& size, int level) {
+    const int halvings = std::min(level, 31);
+    const auto halved = [&](int side) { return std::max(side >> halvings, 1); };
+    return {halved(size.width), halved(size.height), halved(size.depth)};
+}
+
+std::optional<Shape> ShapeOf(const Header& header) {
+    const bool volume = IsVolume(header);
+    const std::uint32_t depth = volume ? std::max(header.depth, 1u) : 1;
+    if (!IsSane(header.width, header.height, depth)) return std::nullopt;
+    const std::uint32_t faces = volume ? 0 : FacesOf(header);
+    if (faces != 0 && header.width != header.height) return std::nullopt;
+
+    const Extent size{static_cast<int>(header.width), static_cast<int>(header.height), static_cast<int>(depth)};
+    const bool levelsMeant = (header.flags & kHasMipCount) != 0 || (header.caps1 & kCapsMipmaps) != 0;
+    const int levels = levelsMeant ? ClampLevels(header.mipCount, size) : 1;
+    const ETextureType type = volume ? kTextureVolume : faces != 0 ? kTextureCube : kTexture2D;
+    return Shape{size, levels, type, faces == 0 ? 1 : faces};
+}
+
+int ClampLevels(std::uint32_t claimed, const Extent& size) {
+    return static_cast<int>(std::clamp(claimed, 1u, static_cast<std::uint32_t>(FullMipChain(size))));
+}
+
+std::uint64_t StoredRowBytes(const StoredUnit& unit, int width) {
+    return Units(width, unit.width) * unit.bytes;
+}
+
+std::uint64_t StoredSliceBytes(const StoredUnit& unit, const Extent& levelSize) {
+    return StoredRowBytes(unit, levelSize.width) * Units(levelSize.height, unit.height);
+}
+
+std::uint64_t StoredLevelBytes(const StoredUnit& unit, const Extent& levelSize) {
+    return StoredSliceBytes(unit, levelSize) * static_cast<std::uint64_t>(levelSize.depth);
+}
+
+std::uint64_t StoredChainBytes(const StoredUnit& unit, const Shape& shape) {
+    return LevelsBytes(unit, shape.size, shape.levels);
+}
+
+std::uint64_t LevelOffset(const StoredUnit& unit, const Shape& shape, int face, int level) {
+    const std::uint32_t before = shape.faces & ((1u << face) - 1);
+    return static_cast<unsigned>(std::popcount(before)) * StoredChainBytes(unit, shape) +
+           LevelsBytes(unit, shape.size, level);
+}
+
+std::uint64_t LevelEnd(const StoredUnit& unit, const Shape& shape, int level) {
+    const int lastFace = std::bit_width(shape.faces) - 1;
+    return LevelOffset(unit, shape, lastFace, level) + StoredLevelBytes(unit, LevelSize(shape.size, level));
+}
+
+}  // namespace Kavra::Devices::Dds
