@@ -11,7 +11,7 @@ namespace {
 
 using namespace Kavra;
 
-constexpr std::size_t kMostBytes = 1 << 18;   // of a level; larger ones show nothing new
+constexpr std::size_t kMaxBytes = 1 << 18;    // of a level; larger ones show nothing new
 constexpr std::size_t kGuardBytes = 1 << 12;  // behind the buffer: the library's own writes are not watched
 constexpr unsigned char kGuard = 0xA5;
 
@@ -20,7 +20,7 @@ constexpr unsigned char kGuard = 0xA5;
 void ReadLevel(Devices::DdsSlices& slices, int level, const OIIO::ImageSpec& spec, OIIO::TypeDesc type) {
     const std::size_t stride = (static_cast<std::size_t>(spec.nchannels) + 1) * type.size();
     const OIIO::imagesize_t pixels = spec.image_pixels();
-    if (pixels > kMostBytes / stride) return;
+    if (pixels > kMaxBytes / stride) return;
     const std::size_t bytes = pixels * stride;
     std::vector<unsigned char> block(bytes + kGuardBytes, kGuard);
     (void)slices.ReadLevel(level, spec, spec.nchannels, type, block.data(), stride);
@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto input = OIIO::ImageInput::create("dds");
     OIIO::ImageSpec top;
     if (!slices || !input || !input->open(file.Path().string(), top)) return 0;
-    for (int level = 0; level < slices->Layout().Levels(); ++level) {
+    for (int level = 0; level < slices->Levels(); ++level) {
         if (!input->seek_subimage(0, level)) break;
         const OIIO::ImageSpec spec = Devices::DdsLevelSpec(*input);
         ReadLevel(*slices, level, spec, spec.format);

@@ -6,17 +6,17 @@
 #pragma once
 
 #include "common/FileHandle.h"
+#include "common/dds/DdsHeader.h"
+#include "common/dds/DdsShape.h"
 
 #include <kavra/devices/Export.h>
 
 #include <OpenImageIO/imageio.h>
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <vector>
 
 namespace Kavra::Devices {
 
@@ -28,51 +28,15 @@ OIIO::ImageSpec DdsLevelSpec(const OIIO::ImageSpec& top, int level);
 /// The same for the level at which `input`, an open DDS file, stands. Flat textures have the library's own spec.
 OIIO::ImageSpec DdsLevelSpec(OIIO::ImageInput& input);
 
-/// Where the pixels of a DDS file lie, as its header says
-/// (https://learn.microsoft.com/windows/win32/direct3ddds/dx-graphics-dds-pguide). Of an array, its first element.
-class DdsLayout {
-public:
-    static constexpr std::size_t kMostHeaderBytes = 148;  ///< with the DX10 part; 128 without
-
-    /// From the first bytes of a file. Nothing when they are no DDS header or the library does not decode the layout.
-    static std::optional<DdsLayout> Parse(std::span<const std::uint8_t> start);
-
-    int Width(int level) const;
-    int Height(int level) const;
-    int Levels() const { return mLevels; }                  ///< 1 to the full chain of the size
-    int Slices(int level) const;                            ///< 6 for a cube map, the depth of a volume's level, else 1
-    bool HasSlice(int slice) const;                         ///< false for a face that a partial cube map leaves out
-    std::uint64_t SliceBytes(int level) const;              ///< bytes of one face or slice in the file
-    std::uint64_t SliceOffset(int level, int slice) const;  ///< from the start of the file
-
-    /// The header of a DDS file that holds one face or slice of the level alone, as a flat texture.
-    std::vector<std::uint8_t> FlatHeader(int level) const;
-
-private:
-    DdsLayout() = default;
-    bool ParseShape();
-    std::uint64_t LevelBytes(int level) const;
-
-    std::array<std::uint8_t, kMostHeaderBytes> mHeader{};
-    std::size_t mHeaderBytes = 0;
-    std::uint32_t mWidth = 0;
-    std::uint32_t mHeight = 0;
-    std::uint32_t mDepth = 1;
-    int mLevels = 1;
-    bool mCube = false;
-    std::uint32_t mFaces = 0;          // bit n: face n is in the file
-    std::uint32_t mBytesPerPixel = 0;  // 0 for block-compressed layouts
-    std::uint32_t mBytesPerBlock = 0;  // of 4 x 4 pixels; 0 for the others
-};
-
 /// Decodes the faces and slices of one file. Objects share nothing, so files may be read on any number of threads, each
 /// object on one at a time.
 class DdsSlices {
 public:
-    /// Nothing when the file cannot be opened or `DdsLayout` does not know it.
+    /// Nothing when the file cannot be opened, is no DDS or is none that the library decodes.
     static std::optional<DdsSlices> Open(const KString& path);
 
-    const DdsLayout& Layout() const { return mLayout; }
+    /// Mip levels, 1 to the full chain of the size.
+    int Levels() const { return mShape.levels; }
 
     /// Whether the file is long enough to hold every face or slice of the level: a header alone may claim gigabytes.
     bool HasLevel(int level) const;
@@ -85,12 +49,16 @@ public:
                    std::size_t pixelStride);
 
 private:
-    DdsSlices(Common::FileHandle file, std::uint64_t fileBytes, const DdsLayout& layout);
+    DdsSlices(Common::FileHandle file, std::uint64_t fileBytes, const Dds::Header& header, const Dds::Shape& shape,
+              const Dds::StoredUnit& unit);
+    std::uint64_t SliceOffset(int level, int slice) const;
     bool ReadBytes(std::uint64_t offset, std::span<std::uint8_t> bytes);
 
     Common::FileHandle mFile;
     std::uint64_t mFileBytes;
-    DdsLayout mLayout;
+    Dds::Header mHeader;
+    Dds::Shape mShape;
+    Dds::StoredUnit mUnit;
 };
 
 }  // namespace Kavra::Devices

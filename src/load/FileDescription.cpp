@@ -1,5 +1,6 @@
 #include "load/FileDescription.h"
 
+#include "common/dds/DdsShape.h"
 #include "formats/Attributes.h"
 #include "formats/PixelFormatMapping.h"
 #include "load/DdsSlices.h"
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 
@@ -79,7 +79,7 @@ int CountSubimages(OIIO::ImageInput& input) {
 int CountMipLevels(OIIO::ImageInput& input) {
     if (!input.seek_subimage(0, 0)) return 1;
     const ImageDesc level0 = DescribeSpec(input.spec(), false, DDS, false);
-    const int most = FullMipChain(level0.width, level0.height, level0.depth);
+    const int most = Dds::FullMipChain({level0.width, level0.height, level0.depth});
     int count = 1;
     while (count < most && input.seek_subimage(0, count))
         ++count;
@@ -99,11 +99,6 @@ ImageDesc DescribeSpec(const OIIO::ImageSpec& spec, bool isRadiance, int fileTyp
     desc.orientation = FileOrientation(spec, isRadiance);
     desc.gamma = FileGamma(spec);
     return desc;
-}
-
-int FullMipChain(int width, int height, int depth) {
-    const int longest = std::max({width, height, depth, 1});
-    return std::bit_width(static_cast<unsigned>(longest));
 }
 
 ImageDesc* GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlphaVariant) {

@@ -22,7 +22,4 @@ ImageDesc* GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlp
 /// Frames of the file, or mip levels of a DDS: 1 or more. Leaves `input` at subimage 0, level 0.
 int GetNumberOfFrames(OIIO::ImageInput* input, int fileType);
 
-/// Mip levels that a picture of this size can have: down to 1 x 1 x 1.
-int FullMipChain(int width, int height, int depth);
-
 }  // namespace Kavra::Devices

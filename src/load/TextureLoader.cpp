@@ -4,6 +4,7 @@
 
 #include "common/HostExtras.h"
 #include "common/Limits.h"
+#include "common/dds/DdsShape.h"
 #include "formats/ChannelOrder.h"
 #include "formats/FormatConversion.h"
 #include "formats/PixelFormatMapping.h"
@@ -52,7 +53,7 @@ bool Open(TextureLoad& load) {
 /// and each one costs time.
 bool SeekMipLevel(OIIO::ImageInput& input, int level) {
     const OIIO::ImageSpec top = DdsLevelSpec(input);
-    return level < FullMipChain(top.full_width, top.full_height, top.depth) && input.seek_subimage(0, level);
+    return level < Dds::FullMipChain({top.full_width, top.full_height, top.depth}) && input.seek_subimage(0, level);
 }
 
 bool Position(TextureLoad& load) {

@@ -5,22 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace Kavra::Tests {
 namespace {
 
-using Devices::DdsLayout;
 using Devices::DdsLevelSpec;
 using Devices::DdsSlices;
 using Bytes = std::vector<unsigned char>;
-
-DdsLayout LayoutOf(const DdsFile& file) {
-    return DdsLayout::Parse(file.Bytes()).value();
-}
-
-std::uint32_t Field(const std::vector<std::uint8_t>& header, std::size_t offset) {
-    return header[offset] | header[offset + 1] << 8 | header[offset + 2] << 16 |
-           static_cast<std::uint32_t>(header[offset + 3]) << 24;
-}
 
 OIIO::ImageSpec SpecOf(int width, int height, int depth, int channels) {
     OIIO::ImageSpec spec(width, height, channels, OIIO::TypeUInt8);
@@ -30,137 +22,6 @@ OIIO::ImageSpec SpecOf(int width, int height, int depth, int channels) {
 
 std::unique_ptr<OIIO::ImageInput> OpenDds(const std::filesystem::path& path) {
     return OIIO::ImageInput::open(path.string());
-}
-
-TEST(DdsLayout, FacesLieLevelByLevelOneFaceAfterAnother) {
-    const DdsLayout layout = LayoutOf({.width = 4, .height = 4, .mips = 3, .faces = 0x3F});
-    // A face: 16 + 4 + 1 pixels of 4 bytes.
-    EXPECT_EQ(layout.Levels(), 3);
-    EXPECT_EQ(layout.Slices(0), 6);
-    EXPECT_EQ(layout.Slices(2), 6);
-    EXPECT_EQ(layout.SliceOffset(0, 0), 128u);
-    EXPECT_EQ(layout.SliceOffset(0, 5), 128u + 5 * 84);
-    EXPECT_EQ(layout.SliceOffset(1, 1), 128u + 84 + 64);
-    EXPECT_EQ(layout.SliceOffset(2, 2), 128u + 2 * 84 + 64 + 16);
-    EXPECT_EQ(layout.SliceBytes(1), 16u);
-    EXPECT_EQ(layout.SliceBytes(2), 4u);
-}
-
-TEST(DdsLayout, FacesThatAreLeftOutTakeNoRoom) {
-    const DdsLayout layout = LayoutOf({.width = 2, .height = 2, .faces = 0b010101});
-    EXPECT_TRUE(layout.HasSlice(0));
-    EXPECT_FALSE(layout.HasSlice(1));
-    EXPECT_TRUE(layout.HasSlice(4));
-    EXPECT_FALSE(layout.HasSlice(5));
-    EXPECT_EQ(layout.SliceOffset(0, 2), 128u + 16);
-    EXPECT_EQ(layout.SliceOffset(0, 4), 128u + 32);
-}
-
-TEST(DdsLayout, SlicesOfAVolumeHalveInEveryDirection) {
-    const DdsLayout layout = LayoutOf(DdsFile{.width = 8, .height = 4, .depth = 4, .mips = 4}.Luminance8());
-    EXPECT_EQ(layout.Slices(0), 4);
-    EXPECT_EQ(layout.Slices(1), 2);
-    EXPECT_EQ(layout.Slices(3), 1);
-    EXPECT_EQ(layout.SliceOffset(0, 3), 128u + 3 * 32);
-    EXPECT_EQ(layout.SliceOffset(1, 1), 128u + 4 * 32 + 8);
-    EXPECT_EQ(layout.SliceOffset(2, 0), 128u + 4 * 32 + 2 * 8);
-    EXPECT_EQ(layout.Width(3), 1);
-    EXPECT_EQ(layout.Height(3), 1);
-}
-
-TEST(DdsLayout, BlocksAreRoundedUp) {
-    const DdsLayout bc1 = LayoutOf(DdsFile{.width = 5, .height = 9}.FourCC("DXT1"));
-    EXPECT_EQ(bc1.SliceBytes(0), 2u * 3 * 8);
-    const DdsLayout volume = LayoutOf(DdsFile{.width = 8, .height = 8, .depth = 2, .mips = 4}.FourCC("DXT5"));
-    EXPECT_EQ(volume.SliceOffset(1, 0), 128u + 2 * 4 * 16);
-    EXPECT_EQ(volume.SliceBytes(3), 16u);
-}
-
-TEST(DdsLayout, EveryLayoutThatTheLibraryDecodesHasASize) {
-    struct Case {
-        DdsFile file;
-        std::uint64_t bytes;
-    };
-    const auto fourCC = [](const char* code) { return DdsFile{.width = 8, .height = 4}.FourCC(code); };
-    const auto dxgi = [](std::uint32_t format) { return DdsFile{.width = 8, .height = 4}.Dxgi(format); };
-    const auto bits = [](std::uint32_t count) { return DdsFile{.width = 8, .height = 4}.Masks(0x40, count, 1); };
-    for (const char* code : {"DXT1", "ATI1", "BC4U"})
-        EXPECT_EQ(LayoutOf(fourCC(code)).SliceBytes(0), 16u) << code;
-    for (const char* code : {"DXT2", "DXT3", "DXT4", "DXT5", "RXGB", "ATI2", "BC5U"}) {
-        EXPECT_EQ(LayoutOf(fourCC(code)).SliceBytes(0), 32u) << code;
-    }
-    for (const std::uint32_t format : {71, 72, 80})
-        EXPECT_EQ(LayoutOf(dxgi(format)).SliceBytes(0), 16u) << format;
-    for (const std::uint32_t format : {74, 75, 77, 78, 83, 95, 96, 98, 99}) {
-        EXPECT_EQ(LayoutOf(dxgi(format)).SliceBytes(0), 32u) << format;
-    }
-    for (const std::uint32_t format : {24, 28, 29, 87, 88, 91, 93}) {
-        EXPECT_EQ(LayoutOf(dxgi(format)).SliceBytes(0), 128u) << format;
-    }
-    EXPECT_EQ(LayoutOf(dxgi(56)).SliceBytes(0), 64u);
-    for (const std::uint32_t count : {8, 16, 24, 32})
-        EXPECT_EQ(LayoutOf(bits(count)).SliceBytes(0), 4u * count);
-}
-
-TEST(DdsLayout, WhatTheLibraryDoesNotDecodeIsNone) {
-    EXPECT_FALSE(DdsLayout::Parse(DdsFile{}.FourCC("YUY2").Bytes()));
-    EXPECT_FALSE(DdsLayout::Parse(DdsFile{}.Dxgi(2).Bytes()));
-    EXPECT_FALSE(DdsLayout::Parse(DdsFile{}.Masks(1, 64, 0, 0, 0, 1).Bytes())) << "no such bit count";
-    EXPECT_FALSE(DdsLayout::Parse(DdsFile{}.Masks(0x40, 0, 1).Bytes()));
-    EXPECT_FALSE(DdsLayout::Parse(DdsFile{.width = 0}.Bytes()));
-    EXPECT_FALSE(DdsLayout::Parse(DdsFile{.width = 32769}.Bytes()));
-    EXPECT_FALSE(DdsLayout::Parse(DdsFile{.depth = 0x80000000}.Bytes()));
-    EXPECT_FALSE(DdsLayout::Parse(DdsFile{.depth = 1, .faces = 1}.Bytes())) << "cube and volume at once";
-}
-
-TEST(DdsLayout, ACubeMapWithoutFacesIsNone) {
-    Bytes bytes = DdsFile{.faces = 1}.Bytes();
-    bytes[113] &= 0x03;  // takes the face out, leaves the cube
-    EXPECT_FALSE(DdsLayout::Parse(bytes));
-}
-
-TEST(DdsLayout, AHeaderThatIsCutOffIsNone) {
-    const Bytes legacy = DdsFile{}.Bytes();
-    const Bytes dx10 = DdsFile{}.Dxgi(28).Bytes();
-    for (std::size_t size = 0; size < legacy.size(); ++size) {
-        EXPECT_FALSE(DdsLayout::Parse(std::span(legacy).first(size)));
-    }
-    for (std::size_t size = 0; size < dx10.size(); ++size)
-        EXPECT_FALSE(DdsLayout::Parse(std::span(dx10).first(size)));
-    EXPECT_TRUE(DdsLayout::Parse(legacy));
-    EXPECT_TRUE(DdsLayout::Parse(dx10));
-}
-
-TEST(DdsLayout, LevelsNeverPassTheFullChain) {
-    EXPECT_EQ(LayoutOf({.width = 16, .height = 3, .mips = 100}).Levels(), 5);
-    EXPECT_EQ(LayoutOf({.width = 16, .height = 16, .mips = 0x7FFFFFFF}).Levels(), 5);
-    EXPECT_EQ(LayoutOf({.width = 2, .height = 2, .depth = 16, .mips = 100}).Levels(), 5);
-    EXPECT_EQ(LayoutOf({.width = 16, .height = 16}).Levels(), 1);
-}
-
-TEST(DdsLayout, AFlatHeaderSaysOneSliceAndNothingElse) {
-    const auto header = LayoutOf({.width = 8, .height = 8, .mips = 4, .faces = 0x3F}).FlatHeader(1);
-    ASSERT_EQ(header.size(), 128u);
-    EXPECT_EQ(Field(header, 8) & 0x820000, 0u);
-    EXPECT_EQ(Field(header, 8) & 0x1007, 0x1007u);
-    EXPECT_EQ(Field(header, 12), 4u);
-    EXPECT_EQ(Field(header, 16), 4u);
-    EXPECT_EQ(Field(header, 24), 0u);
-    EXPECT_EQ(Field(header, 28), 0u);
-    EXPECT_EQ(Field(header, 108), 0x1000u);
-    EXPECT_EQ(Field(header, 112), 0u);
-    EXPECT_EQ(Field(header, 92), 0xFFu) << "the pixel format stays";
-}
-
-TEST(DdsLayout, AFlatHeaderOfADx10FileIsNoCubeNorArray) {
-    const auto header =
-        LayoutOf(DdsFile{.width = 4, .height = 4, .depth = 2, .miscFlags = 0x14, .arraySize = 7}.Dxgi(28))
-            .FlatHeader(0);
-    ASSERT_EQ(header.size(), 148u);
-    EXPECT_EQ(Field(header, 128), 28u);
-    EXPECT_EQ(Field(header, 132), 3u);
-    EXPECT_EQ(Field(header, 136), 0x10u);
-    EXPECT_EQ(Field(header, 140), 1u);
 }
 
 class DdsSlicesFile : public ::testing::Test {
@@ -192,6 +53,42 @@ TEST_F(DdsSlicesFile, EveryFaceOfEveryLevelIsItsOwn) {
         }
         EXPECT_EQ(out, expected) << level;
     }
+}
+
+TEST_F(DdsSlicesFile, EverySliceOfEveryLevelIsItsOwn) {
+    // 8 x 4 x 4, 4 x 2 x 2, 2 x 1 x 1 and 1 x 1 x 1 pixels of one byte.
+    DdsFile file = DdsFile{.width = 8, .height = 4, .depth = 4, .mips = 4}.Luminance8();
+    Bytes expected[4];
+    for (unsigned char level = 0; level < 4; ++level) {
+        for (unsigned char slice = 0; slice < std::max(4 >> level, 1); ++slice) {
+            const auto pixels = static_cast<std::size_t>(std::max(8 >> level, 1) * std::max(4 >> level, 1));
+            AppendPixels(expected[level], pixels, {static_cast<unsigned char>(10 * level + slice)});
+        }
+        AppendPixels(file.data, 1, expected[level]);
+    }
+    auto slices = Open(file);
+    ASSERT_TRUE(slices);
+    EXPECT_EQ(slices->Levels(), 4);
+    for (int level = 0; level < 4; ++level) {
+        const OIIO::ImageSpec spec =
+            SpecOf(std::max(8 >> level, 1), std::max(4 >> level, 1), std::max(4 >> level, 1), 1);
+        Bytes out(expected[level].size(), 0xEE);
+        ASSERT_TRUE(slices->ReadLevel(level, spec, 1, OIIO::TypeUInt8, out.data(), 1)) << level;
+        EXPECT_EQ(out, expected[level]) << level;
+    }
+}
+
+TEST_F(DdsSlicesFile, TheExtensionIsPassedOverWhateverTheFlagsSay) {
+    DdsFile file{.width = 1, .height = 1, .dxgiFormat = 28};
+    file.fourCC = DdsFile::Code("DX10");
+    file.data = {1, 2, 3, 4};
+    auto slices = Open(file);
+    ASSERT_TRUE(slices);
+    Bytes out(4, 0xEE);
+    ASSERT_TRUE(slices->ReadLevel(0, SpecOf(1, 1, 1, 4), 4, OIIO::TypeUInt8, out.data(), 4));
+    EXPECT_EQ(out, file.data);
+    const Bytes whole = file.Bytes();
+    EXPECT_FALSE(OpenBytes(Bytes(whole.begin(), whole.begin() + 147)));
 }
 
 TEST_F(DdsSlicesFile, ReadsTheFirstChannelsIntoWiderPixels) {
@@ -248,6 +145,9 @@ TEST_F(DdsSlicesFile, AFileThatIsNoneDoesNotOpen) {
     EXPECT_FALSE(DdsSlices::Open(Wide(folder.Path())));
     EXPECT_FALSE(OpenBytes({}));
     EXPECT_FALSE(OpenBytes({'D', 'D', 'S', ' '}));
+    EXPECT_TRUE(Open(DdsFile{}));
+    EXPECT_FALSE(Open(DdsFile{}.FourCC("YUY2"))) << "pixels that the library does not decode";
+    EXPECT_FALSE(Open(DdsFile{.width = 32769})) << "a shape that it does not take";
 }
 
 TEST_F(DdsSlicesFile, TheSpecOfACubeLevelIsSixFacesOfItsSize) {

@@ -205,15 +205,6 @@ TEST(DescribeSpec, IgnoresAGammaThatIsNoFloat) {
     EXPECT_EQ(Describe(spec).gamma, 2.2);
 }
 
-TEST(FullMipChain, EndsAtOnePixel) {
-    EXPECT_EQ(FullMipChain(256, 256, 1), 9);
-    EXPECT_EQ(FullMipChain(1, 1, 1), 1);
-    EXPECT_EQ(FullMipChain(5, 2, 1), 3);
-    EXPECT_EQ(FullMipChain(1, 2, 16), 5);
-    EXPECT_EQ(FullMipChain(std::numeric_limits<int>::max(), 1, 1), 31);
-    EXPECT_EQ(FullMipChain(0, -1, 0), 1);
-}
-
 // --- open files ------------------------------------------------------------------------------------------------------
 
 /// A file of so many subimages and levels, as any format's reader presents it.
