@@ -23,19 +23,19 @@ bool IsInteger(OIIO::TypeDesc type) {
 
 }  // namespace
 
-std::optional<int> IntegerAttribute(const OIIO::ImageSpec& spec, OIIO::string_view name) {
+std::optional<int> IntegerAttribute(const OIIO::ImageSpec& spec, const char* name) {
     const OIIO::ParamValue* attribute = spec.find_attribute(name);
     if (attribute == nullptr || !IsInteger(attribute->type())) return std::nullopt;
     return attribute->get_int();
 }
 
-std::optional<float> FloatAttribute(const OIIO::ImageSpec& spec, OIIO::string_view name) {
+std::optional<float> FloatAttribute(const OIIO::ImageSpec& spec, const char* name) {
     const OIIO::ParamValue* attribute = spec.find_attribute(name, OIIO::TypeFloat);
     if (attribute == nullptr) return std::nullopt;
     return attribute->get_float();
 }
 
-std::optional<OIIO::string_view> TextAttribute(const OIIO::ImageSpec& spec, OIIO::string_view name) {
+std::optional<OIIO::string_view> TextAttribute(const OIIO::ImageSpec& spec, const char* name) {
     const OIIO::ParamValue* attribute = spec.find_attribute(name, OIIO::TypeString);
     if (attribute == nullptr) return std::nullopt;
     return attribute->get_ustring();

@@ -13,13 +13,13 @@ namespace Kavra::Devices {
 
 /// An attribute that was stored as one integer of any width; nothing when there is none of this name or it is of
 /// another kind. Case does not matter in names.
-std::optional<int> IntegerAttribute(const OIIO::ImageSpec& spec, OIIO::string_view name);
+std::optional<int> IntegerAttribute(const OIIO::ImageSpec& spec, const char* name);
 
 /// An attribute that was stored as one 32-bit float.
-std::optional<float> FloatAttribute(const OIIO::ImageSpec& spec, OIIO::string_view name);
+std::optional<float> FloatAttribute(const OIIO::ImageSpec& spec, const char* name);
 
 /// An attribute that was stored as one text.
-std::optional<OIIO::string_view> TextAttribute(const OIIO::ImageSpec& spec, OIIO::string_view name);
+std::optional<OIIO::string_view> TextAttribute(const OIIO::ImageSpec& spec, const char* name);
 
 /// Whether a TIFF says that its first channel is grey (0 white is zero, 1 black is zero); any others are extra ones
 /// then.
