@@ -107,6 +107,38 @@ void ImageLoadRect(benchmark::State& state) {
 BENCHMARK(ImagePaste)->ArgName("side")->Arg(1200)->Arg(8000)->UseManualTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(ImageLoadRect)->ArgName("side")->Arg(1200)->Arg(8000)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
+/// A copy of a target's pixels; those that are blue first are made red first on the way.
+void ImageFromTarget(benchmark::State& state) {
+    MemoryTarget target(kSide, kSide, state.range(0) != 0 ? kB8G8R8A8 : kR8G8B8A8);
+    Bytes bytes(std::size_t{kSide} * kSide * kPixelBytes, 1), copy(bytes);
+    constexpr std::size_t kPitch = std::size_t{kSide} * kPixelBytes;
+    Beside(
+        state, "times_copy", [&] { OIIOImage image(static_cast<ATarget*>(&target)); },
+        [&] { CopyRectangle(copy.data(), kPitch, bytes.data(), kPitch); });
+}
+
+/// Pixels that are blue first beside the same ones red first, to a file without compression that is there already.
+void SaveBlueFirst(benchmark::State& state) {
+    const std::filesystem::path path = std::filesystem::temp_directory_path() / "kavra-bench-save.bmp";
+    const Objects::KString name(path.wstring().c_str());
+    OIIOImageHandler handler;
+    const Bytes bytes(std::size_t{kSide} * kSide * kPixelBytes, 1);
+    ImageDescription desc;
+    desc.width = desc.height = kSide;
+    desc.depth = 1;
+    desc.rowPitch = kSide * kPixelBytes;
+    desc.textureType = kTexture2D;
+    const auto save = [&](EFormat format) {
+        desc.format = format;
+        if (!handler.SaveTexture(name, desc, bytes.data())) state.SkipWithError("not saved");
+    };
+    Beside(state, "times_red_first", [&] { save(kB8G8R8A8); }, [&] { save(kR8G8B8A8); });
+    std::filesystem::remove(path);
+}
+
+BENCHMARK(ImageFromTarget)->ArgName("blue_first")->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(SaveBlueFirst)->UseManualTime()->Unit(benchmark::kMicrosecond);
+
 // --- Float targets as bytes: 12 megapixels ---------------------------------------------------------------------------
 
 void FloatStaging(benchmark::State& state) {

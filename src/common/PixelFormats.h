@@ -32,7 +32,7 @@ constexpr int BytesOf(ElementType element) {
 /// element type, no channels and no bytes a pixel.
 struct PixelFormat {
     Devices::EFormat value = Devices::kUnknown;
-    std::string_view name = {};  ///< of the enumerator
+    std::string_view name;  ///< of the enumerator
     ElementType element = ElementType::kNone;
     int channels = 0;
     int bytesPerBlock = 0;   ///< of 4 x 4 pixels, 0 for formats that are not block-compressed
@@ -44,8 +44,8 @@ struct PixelFormat {
 
     constexpr int BytesPerPixel() const { return channels * BytesOf(element); }
     constexpr bool HasPixels() const { return channels > 0; }
-    /// Four 8-bit channels of which the first is red.
-    constexpr bool IsRedFirst() const { return channels == 4 && element == ElementType::kUInt8 && !blueFirst; }
+    /// Colours of 8 bits a channel; red comes first unless `blueFirst`.
+    constexpr bool IsByteColour() const { return channels == 4 && element == ElementType::kUInt8; }
 };
 
 namespace FormatTable {
@@ -136,7 +136,7 @@ static_assert(std::ranges::adjacent_find(kFormats, std::ranges::greater_equal{},
               kFormats.end());
 static_assert(std::ranges::all_of(kFormats, [](const PixelFormat& format) {
     const bool hasElement = format.element != ElementType::kNone;
-    return hasElement == format.HasPixels() && !(hasElement && format.bytesPerBlock > 0) &&
+    return hasElement == format.HasPixels() && (!hasElement || format.bytesPerBlock == 0) &&
            (hasElement || !format.inLibrary) && (format.channels == 4 || !(format.blueFirst || format.hasAlpha));
 }));
 

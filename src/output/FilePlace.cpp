@@ -21,7 +21,7 @@ namespace {
 bool IsReplaceable(const std::string& path) {
     struct stat old{};
     return lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode) && old.st_nlink == 1 && old.st_uid == geteuid() &&
-           access(path.c_str(), W_OK) == 0;
+           faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
 std::wstring RandomText() {

@@ -38,11 +38,11 @@ void WidenByGroup(FloatExtremes& extremes, const float* values) {
     const TagF32 d;
     for (std::size_t i = 0; i < kFloatGroup; i += hn::Lanes(d)) {
         const auto v = hn::LoadU(d, values + i);
-        const auto least = hn::Load(d, extremes.least.data() + i);
-        const auto greatest = hn::Load(d, extremes.greatest.data() + i);
+        const auto minimum = hn::Load(d, extremes.minimum.data() + i);
+        const auto maximum = hn::Load(d, extremes.maximum.data() + i);
         // Not Min and Max: what those give for NaN differs from processor to processor.
-        hn::Store(hn::IfThenElse(hn::Lt(v, least), v, least), d, extremes.least.data() + i);
-        hn::Store(hn::IfThenElse(hn::Gt(v, greatest), v, greatest), d, extremes.greatest.data() + i);
+        hn::Store(hn::IfThenElse(hn::Lt(v, minimum), v, minimum), d, extremes.minimum.data() + i);
+        hn::Store(hn::IfThenElse(hn::Gt(v, maximum), v, maximum), d, extremes.maximum.data() + i);
     }
 }
 

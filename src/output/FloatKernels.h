@@ -10,9 +10,9 @@ namespace Kavra::Devices {
 /// first channel, and channels are as many as divide the group evenly.
 constexpr std::size_t kFloatGroup = 16;
 
-/// The least and greatest value at each place of a group, infinities of the wrong sign where there is none.
+/// The minimum and maximum at each place of a group, infinities of the wrong sign where there is none.
 struct FloatExtremes {
-    alignas(64) std::array<float, kFloatGroup> least, greatest;
+    alignas(64) std::array<float, kFloatGroup> minimum, maximum;
 };
 
 /// How the values at each place become bytes: (value - minimum) x 255 / span.

@@ -17,15 +17,15 @@ namespace {
 
 constexpr FloatExtremes NoExtremes() {
     FloatExtremes none{};
-    none.least.fill(std::numeric_limits<float>::infinity());
-    none.greatest.fill(-std::numeric_limits<float>::infinity());
+    none.minimum.fill(std::numeric_limits<float>::infinity());
+    none.maximum.fill(-std::numeric_limits<float>::infinity());
     return none;
 }
 
 FloatExtremes Joined(FloatExtremes a, const FloatExtremes& b) {
     for (std::size_t i = 0; i < kFloatGroup; ++i) {
-        a.least[i] = std::min(a.least[i], b.least[i]);
-        a.greatest[i] = std::max(a.greatest[i], b.greatest[i]);
+        a.minimum[i] = std::min(a.minimum[i], b.minimum[i]);
+        a.maximum[i] = std::max(a.maximum[i], b.maximum[i]);
     }
     return a;
 }
@@ -71,8 +71,8 @@ FloatMapping FindMapping(const FloatRows& rows, bool stretch) {
         // Where the search starts: an infinity beyond it never becomes the minimum or the maximum on that side.
         double minimum = 1e50, maximum = -1e50;
         for (std::size_t i = channel; i < kFloatGroup; i += rows.channels) {
-            minimum = std::min(minimum, static_cast<double>(extremes.least[i]));
-            maximum = std::max(maximum, static_cast<double>(extremes.greatest[i]));
+            minimum = std::min(minimum, static_cast<double>(extremes.minimum[i]));
+            maximum = std::max(maximum, static_cast<double>(extremes.maximum[i]));
         }
         const Range range = RangeOf(minimum, maximum, stretch);
         for (std::size_t i = channel; i < kFloatGroup; i += rows.channels) {

@@ -10,7 +10,7 @@
 
 #include "common/Boundary.h"
 #include "common/PixelBlock.h"
-#include "formats/ChannelOrder.h"
+#include "common/PixelFormats.h"
 #include "output/MappedPixels.h"
 #include "output/PackedRows.h"
 #include "output/PixelSpec.h"
@@ -60,7 +60,7 @@ PixelBlock CopyOf(Picture& picture, const Shape& shape, const Wording& wording) 
                      .pitch = static_cast<std::size_t>(mapped.Pitch()),
                      .bytes = shape.RowBytes(),
                      .count = shape.Rows()},
-                    {.swapsRedAndBlue = IsBlueFirst(shape.format)});
+                    {.swapsRedAndBlue = Common::FactsOf(shape.format).blueFirst});
 }
 
 }  // namespace
@@ -96,7 +96,8 @@ OIIOImage::~OIIOImage() = default;
 void OIIOImage::Describe(int width, int height, EFormat format) {
     mWidth = width;
     mHeight = height;
-    mFormat = IsBlueFirst(format) || IsRedFirst(format) ? kR8G8B8A8 : format;
+    const Common::PixelFormat& facts = Common::FactsOf(format);
+    mFormat = facts.inLibrary && facts.IsByteColour() ? kR8G8B8A8 : format;
 }
 
 UString* OIIOImage::InterfaceID() {

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "common/Boundary.h"
+#include "output/PackedRows.h"
 
 namespace Kavra::Devices {
 
@@ -29,20 +29,6 @@ struct Side {
     int Copied() const { return length - Skipped(); }
 };
 
-struct Rows {
-    std::size_t count, bytes;
-    std::size_t fromPitch, toPitch;
-};
-
-/// Rows that overlap come out as they were before: those that move down are copied from the last one up.
-void MoveRows(unsigned char* to, const unsigned char* from, const Rows& rows) {
-    const bool down = to > from;
-    for (std::size_t i = 0; i < rows.count; ++i) {
-        const std::size_t row = down ? rows.count - 1 - i : i;
-        std::memmove(to + row * rows.toPitch, from + row * rows.fromPitch, rows.bytes);
-    }
-}
-
 }  // namespace
 
 bool OIIOImage::Paste(const IImage* source, int srcX, int srcY, int width, int height, int dstX, int dstY) {
@@ -58,15 +44,15 @@ bool OIIOImage::Paste(const IImage* source, int srcX, int srcY, int width, int h
         }
         const auto size = [](int count) { return static_cast<std::size_t>(count); };
         const std::size_t pixelBytes = size(Utilities::AFormatConvertor::BytesPerPixel(mFormat));
-        const Rows rows{.count = size(down.Copied()),
-                        .bytes = size(across.Copied()) * pixelBytes,
-                        .fromPitch = size(image->mWidth) * pixelBytes,
-                        .toPitch = size(mWidth) * pixelBytes};
-        const std::size_t from =
-            size(srcY + down.Skipped()) * rows.fromPitch + size(srcX + across.Skipped()) * pixelBytes;
+        const std::size_t fromPitch = size(image->mWidth) * pixelBytes, toPitch = size(mWidth) * pixelBytes;
+        const std::size_t from = size(srcY + down.Skipped()) * fromPitch + size(srcX + across.Skipped()) * pixelBytes;
         const std::size_t to =
-            size(std::max(down.Landing(), 0)) * rows.toPitch + size(std::max(across.Landing(), 0)) * pixelBytes;
-        if (rows.count > 0 && rows.bytes > 0) MoveRows(mPixels.get() + to, image->mPixels.get() + from, rows);
+            size(std::max(down.Landing(), 0)) * toPitch + size(std::max(across.Landing(), 0)) * pixelBytes;
+        const Rows rows{.first = image->mPixels.get() + from,
+                        .pitch = fromPitch,
+                        .bytes = size(across.Copied()) * pixelBytes,
+                        .count = size(down.Copied())};
+        if (rows.count > 0 && rows.bytes > 0) MoveRows(mPixels.get() + to, toPitch, rows);
         mModified = true;
         return true;
     });

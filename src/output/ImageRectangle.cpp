@@ -65,8 +65,8 @@ struct Cut {
     EFormat format;
     const unsigned char* first;
     std::size_t pitch;
-    PixelBlock block = nullptr;                  // the pixels that are not the picture's
-    std::unique_ptr<ImageBuf> turned = nullptr;  // or whose they are
+    PixelBlock block = nullptr;                   // the pixels that are not the picture's
+    std::unique_ptr<ImageBuf> rotated = nullptr;  // or whose they are
 
     std::size_t RowBytes() const { return static_cast<std::size_t>(width) * PixelBytesOf(format); }
 };
@@ -87,13 +87,14 @@ void CopyInside(const Whole& whole, Size origin, Size size, unsigned char* block
     const std::int64_t left = std::max(origin.x, 0), top = std::max(origin.y, 0);
     const std::int64_t right = std::min<std::int64_t>(std::int64_t{origin.x} + size.x, whole.width);
     const std::int64_t bottom = std::min<std::int64_t>(std::int64_t{origin.y} + size.y, whole.height);
-    if (left >= right) return;
-    const std::size_t blockRow = static_cast<std::size_t>(size.x) * whole.PixelBytes();
+    if (left >= right || top >= bottom) return;
+    const std::size_t blockPitch = static_cast<std::size_t>(size.x) * whole.PixelBytes();
     const std::size_t indent = static_cast<std::size_t>(left - origin.x) * whole.PixelBytes();
-    for (std::int64_t y = top; y < bottom; ++y) {
-        std::memcpy(block + static_cast<std::size_t>(y - origin.y) * blockRow + indent, whole.Pixel(left, y),
-                    static_cast<std::size_t>(right - left) * whole.PixelBytes());
-    }
+    MoveRows(block + static_cast<std::size_t>(top - origin.y) * blockPitch + indent, blockPitch,
+             {.first = whole.Pixel(left, top),
+              .pitch = whole.RowBytes(),
+              .bytes = static_cast<std::size_t>(right - left) * whole.PixelBytes(),
+              .count = static_cast<std::size_t>(bottom - top)});
 }
 
 Cut CutOut(const Whole& whole, Size origin, Size size) {
@@ -113,8 +114,8 @@ Cut Scaled(const Cut& cut, Size size) {
     return InBlock(size, cut.format, std::move(block));
 }
 
-/// Nothing where the library fails.
-std::optional<Cut> Turned(const Cut& cut, int exifOrientation) {
+/// Returns nothing if the library fails.
+std::optional<Cut> Rotated(const Cut& cut, int exifOrientation) {
     auto image = std::make_unique<ImageBuf>(ReorientImage(LibraryImage(cut), 1, exifOrientation));
     if (!image->initialized() || image->localpixels() == nullptr || image->scanline_stride() < 0) return std::nullopt;
     const ImageSpec& spec = image->spec();
@@ -127,10 +128,10 @@ std::optional<Cut> Turned(const Cut& cut, int exifOrientation) {
                std::move(image)};
 }
 
-/// Whether a description can hold the pitch of the rectangle's rows, once it is turned.
+/// Whether a description can hold the pitch of the rectangle's rows, once it is rotated.
 bool FitsPitch(Size size, int exifOrientation, EFormat format) {
-    constexpr int kFirstQuarterTurn = 5;  // from this number on rows become columns
-    const int width = exifOrientation >= kFirstQuarterTurn ? size.y : size.x;
+    constexpr int kFirstTransposed = 5;  // from this number on rows become columns
+    const int width = exifOrientation >= kFirstTransposed ? size.y : size.x;
     return std::uint64_t{PixelBytesOf(format)} * static_cast<std::uint64_t>(width) <=
            std::uint64_t{std::numeric_limits<std::int32_t>::max()};
 }
@@ -167,34 +168,35 @@ void FillAlpha(unsigned char* block, std::size_t pixels, T opaque) {
 }
 
 /// A block of pixels that are black and, of four channels, opaque.
-PixelBlock NewBlack(const ImageSpec& spec) {
-    PixelBlock block = Common::NewZeroedBlock(spec.image_bytes());
-    if (spec.nchannels != 4) return block;
+PixelBlock NewBlack(const Common::PixelFormat& format, std::size_t pixels) {
+    PixelBlock block = NewRows(pixels, static_cast<std::size_t>(format.BytesPerPixel()));
+    if (format.channels != 4) return block;
     constexpr std::uint16_t kHalfOne = 0x3C00;  // 1.0 of IEEE 754 binary16
-    switch (spec.format.basetype) {
-        case OIIO::TypeDesc::UINT8:
-            FillAlpha<std::uint8_t>(block.get(), spec.image_pixels(), 255);
+    switch (format.element) {
+        case Common::ElementType::kUInt8:
+            FillAlpha<std::uint8_t>(block.get(), pixels, 255);
             break;
-        case OIIO::TypeDesc::UINT16:
-            FillAlpha<std::uint16_t>(block.get(), spec.image_pixels(), 65535);
+        case Common::ElementType::kUInt16:
+            FillAlpha<std::uint16_t>(block.get(), pixels, 65535);
             break;
-        case OIIO::TypeDesc::HALF:
-            FillAlpha<std::uint16_t>(block.get(), spec.image_pixels(), kHalfOne);
+        case Common::ElementType::kHalf:
+            FillAlpha<std::uint16_t>(block.get(), pixels, kHalfOne);
             break;
         default:
-            FillAlpha<float>(block.get(), spec.image_pixels(), 1.0F);
+            FillAlpha<float>(block.get(), pixels, 1.0F);
     }
     return block;
 }
 
 /// The pixels in another element type and with another number of channels. Only the channels that both have are
-/// fetched, since the library writes every channel that it is asked for, whatever a pixel has room for.
+/// fetched, since the library writes every channel that it is asked for, whatever the stride of a pixel.
 PixelBlock Fetched(const Cut& cut, EFormat to) {
     const ImageBuf image = LibraryImage(cut);
     const ImageSpec wanted = PixelSpec(to, cut.width, cut.height);
     OIIO::ROI region = image.roi();
     region.chend = std::min(image.nchannels(), wanted.nchannels);
-    PixelBlock block = region.chend < wanted.nchannels ? NewBlack(wanted) : Common::NewBlock(wanted.image_bytes());
+    PixelBlock block = region.chend < wanted.nchannels ? NewBlack(Common::FactsOf(to), wanted.image_pixels())
+                                                       : Common::NewBlock(wanted.image_bytes());
     const auto stride = static_cast<OIIO::stride_t>(wanted.pixel_bytes());
     return image.get_pixels(region, wanted.format, block.get(), stride) ? std::move(block) : nullptr;
 }
@@ -218,14 +220,14 @@ IMemoryWrapper<void>* OIIOImage::LoadRect(ImageDescription& desc, vec2<int> orig
             Sys::Warning(L"Raster format not supported", nullptr);
             return nullptr;
         }
-        const int turned = ToOIIOOrientation(orientation);
-        if (!IsSize(size) || !IsSize(outSize) || !FitsPitch(outSize, turned, format)) return nullptr;
-        constexpr int kMost = std::numeric_limits<int>::max();
-        if (std::int64_t{origin.x} + size.x > kMost || std::int64_t{origin.y} + size.y > kMost) return nullptr;
+        const int exifOrientation = ToOIIOOrientation(orientation);
+        if (!IsSize(size) || !IsSize(outSize) || !FitsPitch(outSize, exifOrientation, format)) return nullptr;
+        constexpr int kMax = std::numeric_limits<int>::max();
+        if (std::int64_t{origin.x} + size.x > kMax || std::int64_t{origin.y} + size.y > kMax) return nullptr;
 
         std::optional<Cut> cut = CutOut({mPixels.get(), mWidth, mHeight, mFormat}, origin, size);
         if (outSize.x != size.x || outSize.y != size.y) cut = Scaled(*cut, outSize);
-        if (turned != 1) cut = Turned(*cut, turned);
+        if (exifOrientation != 1) cut = Rotated(*cut, exifOrientation);
         if (!cut) return nullptr;
 
         DescribeRows(desc, *cut, format, orientation);

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "formats/ChannelOrder.h"
+#include "common/PixelFormats.h"
 #include "output/LibraryFile.h"
 #include "output/PackedRows.h"
 #include "output/PixelSpec.h"
@@ -38,7 +38,7 @@ Pixels PixelsOf(const ImageDescription& desc, const void* data) {
                     .pitch = static_cast<std::size_t>(desc.rowPitch),
                     .bytes = pixelBytes * static_cast<std::size_t>(desc.width),
                     .count = static_cast<std::size_t>(desc.height)};
-    const bool isBlueFirst = IsBlueFirst(desc.format);
+    const bool isBlueFirst = Common::FactsOf(desc.format).blueFirst;
     if (rows.pitch >= rows.bytes && !isBlueFirst) return {rows.first, pixelBytes, rows.pitch, nullptr};
     Common::PixelBlock copy = PackRows(rows, {.overlaps = true, .swapsRedAndBlue = isBlueFirst});
     const unsigned char* const first = copy.get();

@@ -17,14 +17,14 @@ namespace Kavra::Devices {
 namespace {
 
 constexpr int kLinePixelBytes = 4;  // of a pixel in the line, whatever the file's channels
-constexpr int kMostChannels = 65535;
+constexpr int kMaxChannels = 65535;
 
 struct Picture {
     int width, height, channels;
     double resolution;
 
     /// Whether a writer may be asked; for 0 channels some open a file and crash over the first line.
-    bool IsWritable() const { return width > 0 && height > 0 && channels > 0 && channels <= kMostChannels; }
+    bool IsWritable() const { return width > 0 && height > 0 && channels > 0 && channels <= kMaxChannels; }
 };
 
 OIIO::ImageSpec FileSpec(const Picture& picture) {
@@ -36,10 +36,10 @@ OIIO::ImageSpec FileSpec(const Picture& picture) {
     return spec;
 }
 
-/// Room for a line, and for what a writer of more than four channels reads beyond its last pixel.
+/// Bytes of a line, and of what a writer of more than four channels reads beyond its last pixel.
 std::size_t LineBytes(const Picture& picture) {
     const std::int64_t pixels = std::int64_t{std::max(picture.width, 0)} * kLinePixelBytes;
-    const std::int64_t beyond = std::clamp(picture.channels, kLinePixelBytes, kMostChannels) - kLinePixelBytes;
+    const std::int64_t beyond = std::clamp(picture.channels, kLinePixelBytes, kMaxChannels) - kLinePixelBytes;
     return static_cast<std::size_t>(pixels + beyond);
 }
 

@@ -36,6 +36,14 @@ Common::PixelBlock NewRows(std::size_t count, std::size_t bytes) {
     return Common::NewZeroedBlock(Product(count, bytes));
 }
 
+void MoveRows(unsigned char* to, std::size_t toPitch, const Rows& rows) {
+    const bool isBehind = to > rows.first;  // then the last row is copied first
+    for (std::size_t i = 0; i < rows.count; ++i) {
+        const std::size_t row = isBehind ? rows.count - 1 - i : i;
+        std::memmove(to + row * toPitch, rows.first + row * rows.pitch, rows.bytes);
+    }
+}
+
 Common::PixelBlock PackRows(const Rows& rows, Packing packing) {
     Common::PixelBlock packed = Common::NewBlock(Product(rows.count, rows.bytes));
     for (std::size_t row = 0; row < rows.count; ++row) {

@@ -1,4 +1,4 @@
-/// Rows without gaps.
+/// Rows of pixels, copied.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,11 @@ struct Rows {
     std::size_t count;
 };
 
-/// What happens to the rows on their way.
+/// Copies the rows to others at `to`, which is taken every `toPitch` bytes. The two may overlap: what arrives is what
+/// was there before.
+void MoveRows(unsigned char* to, std::size_t toPitch, const Rows& rows);
+
+/// What happens to rows that are packed.
 struct Packing {
     /// Where the pitch is shorter than a row, a row runs on into the ones below it, and what would lie beyond the last
     /// one's pitch is zero. Without, only so much of each row is read, and its end is zero.

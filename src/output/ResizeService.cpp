@@ -50,12 +50,12 @@ PixelBlock Copy(const Source& source, int& dstPitch) {
 
 /// How many rows are copied, and how many bytes of each. Where the block has fewer rows than the source a row fills a
 /// row of the block; else it is as long as it was, so that a wider one runs into the next.
-struct Rows {
+struct CopiedRows {
     std::size_t count = 0;
     std::size_t bytes = 0;
 };
 
-Rows RowsToCopy(const Source& source, std::size_t total, std::size_t dstPitch) {
+CopiedRows RowsToCopy(const Source& source, std::size_t total, std::size_t dstPitch) {
     if (source.pitch <= 0 || dstPitch == 0) return {};
     const auto srcPitch = static_cast<std::size_t>(source.pitch);
     const std::size_t srcRows = source.bytes / srcPitch, dstRows = total / dstPitch;
@@ -64,12 +64,12 @@ Rows RowsToCopy(const Source& source, std::size_t total, std::size_t dstPitch) {
 
 /// Copies the rows into `block`, never beyond the end of either side. What no row fills is zero. Of a row that runs
 /// into the next only the last one's surplus is to be seen, so no other is copied further than its own row.
-void CopyRows(const Source& source, Rows rows, unsigned char* block, std::size_t total, std::size_t dstPitch) {
+void CopyRows(const Source& source, CopiedRows rows, unsigned char* block, std::size_t total, std::size_t dstPitch) {
     std::size_t filled = 0;
     for (std::size_t row = 0; row < rows.count; ++row) {
         const std::size_t from = row * static_cast<std::size_t>(source.pitch), to = row * dstPitch;
-        const std::size_t room = row + 1 < rows.count ? dstPitch : total - to;
-        const std::size_t bytes = std::min({rows.bytes, room, source.bytes - from});
+        const std::size_t capacity = row + 1 < rows.count ? dstPitch : total - to;
+        const std::size_t bytes = std::min({rows.bytes, capacity, source.bytes - from});
         std::memset(block + filled, 0, to - filled);
         std::memcpy(block + to, source.data + from, bytes);
         filled = to + bytes;

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "common/Boundary.h"
+#include "common/PixelFormats.h"
 #include "output/FloatsAsBytes.h"
 #include "output/MappedPixels.h"
 #include "output/TargetSaving.h"
@@ -15,20 +16,14 @@ namespace {
 
 /// Channels of a target that is shown with 8 bits a channel, else 0.
 std::size_t FloatChannels(EFormat format) {
-    switch (format) {
-        case kR32F:
-            return 1;
-        case kR32G32F:
-            return 2;
-        case kR32G32B32A32F:
-            return 4;
-        default:
-            return 0;
-    }
+    const Common::PixelFormat& facts = Common::FactsOf(format);
+    const bool isShown = facts.inLibrary && facts.element == Common::ElementType::kFloat;
+    return isShown ? static_cast<std::size_t>(facts.channels) : 0;
 }
 
 bool IsByteColour(EFormat format) {
-    return format == kR8G8B8A8 || format == kB8G8R8A8 || format == kB8G8R8X8 || format == kR8G8B8X8;
+    const Common::PixelFormat& facts = Common::FactsOf(format);
+    return facts.inLibrary && facts.IsByteColour();
 }
 
 struct Picture {

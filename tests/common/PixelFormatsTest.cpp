@@ -59,7 +59,7 @@ TEST(PixelFormats, TwoAreBlueFirstAndThreeRedFirst) {
     std::set<EFormat> blueFirst, redFirst;
     for (const PixelFormat& format : FormatTable::kFormats) {
         if (format.blueFirst) blueFirst.insert(format.value);
-        if (format.IsRedFirst()) redFirst.insert(format.value);
+        if (format.IsByteColour() && !format.blueFirst) redFirst.insert(format.value);
     }
     EXPECT_EQ(blueFirst, (std::set{kB8G8R8A8, kB8G8R8X8}));
     EXPECT_EQ(redFirst, (std::set{kR8G8B8A8, kR8G8B8A8Alt, kR8G8B8X8}));

@@ -23,7 +23,7 @@ public:
 
     void* Allocate(std::size_t bytes) override {
         const std::lock_guard lock(mMutex);
-        if (mGranted == 0 || bytes > kMostBytes) throw std::bad_alloc();
+        if (mGranted == 0 || bytes > kMaxBytes) throw std::bad_alloc();
         --mGranted;
         const std::size_t rounded = (bytes + 63) / 64 * 64;
         void* const block = std::aligned_alloc(64, rounded == 0 ? 64 : rounded);
@@ -48,7 +48,7 @@ public:
     void GrantAll() { mGranted = std::numeric_limits<std::size_t>::max(); }
 
 private:
-    static constexpr std::size_t kMostBytes = std::size_t{64} << 20;
+    static constexpr std::size_t kMaxBytes = std::size_t{64} << 20;
 
     Objects::IMemoryAllocator*& mPlace;
     Objects::IMemoryAllocator* mPrevious;

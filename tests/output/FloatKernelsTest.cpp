@@ -39,35 +39,35 @@ std::vector<unsigned char> Shown(const FloatMapping& mapping, const std::vector<
 
 TEST(FloatKernels, ExtremesGrowAtTheirPlaceInTheGroup) {
     FloatExtremes extremes;
-    extremes.least.fill(kInf);
-    extremes.greatest.fill(-kInf);
+    extremes.minimum.fill(kInf);
+    extremes.maximum.fill(-kInf);
     // A whole group and a part of one: value 16 is at place 0 again.
     std::vector<float> values(19);
     for (std::size_t i = 0; i < values.size(); ++i)
         values[i] = static_cast<float>(i);
     values[18] = -5;
     WidenExtremes(extremes, Misaligned(values).data() + 1, values.size());
-    EXPECT_EQ(extremes.least[0], 0);
-    EXPECT_EQ(extremes.greatest[0], 16);
-    EXPECT_EQ(extremes.least[2], -5);
-    EXPECT_EQ(extremes.greatest[2], 2);
-    EXPECT_EQ(extremes.least[3], 3);
-    EXPECT_EQ(extremes.greatest[15], 15);
+    EXPECT_EQ(extremes.minimum[0], 0);
+    EXPECT_EQ(extremes.maximum[0], 16);
+    EXPECT_EQ(extremes.minimum[2], -5);
+    EXPECT_EQ(extremes.maximum[2], 2);
+    EXPECT_EQ(extremes.minimum[3], 3);
+    EXPECT_EQ(extremes.maximum[15], 15);
 }
 
 TEST(FloatKernels, NaNIsNoExtremeButInfinitiesAre) {
     for (std::size_t place = 0; place < kFloatGroup; ++place) {
         FloatExtremes extremes;
-        extremes.least.fill(1);
-        extremes.greatest.fill(2);
+        extremes.minimum.fill(1);
+        extremes.maximum.fill(2);
         std::vector<float> values(kFloatGroup, 1.5F);
         values[place] = kNaN;
         WidenExtremes(extremes, Misaligned(values).data() + 1, values.size());
-        EXPECT_EQ(extremes.least[place], 1);
-        EXPECT_EQ(extremes.greatest[place], 2);
+        EXPECT_EQ(extremes.minimum[place], 1);
+        EXPECT_EQ(extremes.maximum[place], 2);
         values[place] = -kInf;
         WidenExtremes(extremes, Misaligned(values).data() + 1, values.size());
-        EXPECT_EQ(extremes.least[place], -kInf);
+        EXPECT_EQ(extremes.minimum[place], -kInf);
     }
 }
 

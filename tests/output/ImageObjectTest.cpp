@@ -153,7 +153,7 @@ TEST_F(ImageObject, CopiesATargetAndGivesItsMemoryBack) {
     EXPECT_THAT(messages.Texts(), IsEmpty());
 }
 
-TEST_F(ImageObject, TurnsABlueFirstTargetRedFirst) {
+TEST_F(ImageObject, MakesABlueFirstTargetRedFirst) {
     for (const EFormat format : {kB8G8R8A8, kB8G8R8X8}) {
         const Image image = Filled<unsigned char>(2, 1, format, {10, 20, 30, 40, 50, 60, 70, 80});
         EXPECT_EQ(image->Format(), kR8G8B8A8);

@@ -182,24 +182,24 @@ TEST_F(ImageRectangle, IsZeroWhereTheImageEndsAlsoWhenScaled) {
     EXPECT_THAT(Load(image, {-2, 0}, {4, 2}, {2, 1}, kL8)->bytes, ElementsAre(0, 8));
 }
 
-TEST_F(ImageRectangle, IsTurnedToEveryOrientation) {
+TEST_F(ImageRectangle, IsRotatedToEveryOrientation) {
     const Image image = Counting(3, 2);  // 1 2 3 / 4 5 6
-    const auto turned = [&](int orientation) {
+    const auto rotated = [&](int orientation) {
         return Load(image, {0, 0}, {3, 2}, {3, 2}, kL8, static_cast<EDataOrientation>(orientation))->bytes;
     };
-    EXPECT_THAT(turned(kTopLeft), ElementsAre(1, 2, 3, 4, 5, 6));
-    EXPECT_THAT(turned(kTopRight), ElementsAre(3, 2, 1, 6, 5, 4));
-    EXPECT_THAT(turned(kBottomLeft), ElementsAre(4, 5, 6, 1, 2, 3));
-    EXPECT_THAT(turned(kBottomRight), ElementsAre(6, 5, 4, 3, 2, 1));
-    EXPECT_THAT(turned(kLeftTop), ElementsAre(1, 4, 2, 5, 3, 6));
-    EXPECT_THAT(turned(kRightTop), ElementsAre(3, 6, 2, 5, 1, 4));  // a quarter turn clockwise shows it upright
-    EXPECT_THAT(turned(kLeftBottom), ElementsAre(4, 1, 5, 2, 6, 3));
-    EXPECT_THAT(turned(kRightBottom), ElementsAre(6, 3, 5, 2, 4, 1));
-    EXPECT_THAT(turned(8), ElementsAre(1, 2, 3, 4, 5, 6));
-    EXPECT_THAT(turned(-1), ElementsAre(1, 2, 3, 4, 5, 6));
+    EXPECT_THAT(rotated(kTopLeft), ElementsAre(1, 2, 3, 4, 5, 6));
+    EXPECT_THAT(rotated(kTopRight), ElementsAre(3, 2, 1, 6, 5, 4));
+    EXPECT_THAT(rotated(kBottomLeft), ElementsAre(4, 5, 6, 1, 2, 3));
+    EXPECT_THAT(rotated(kBottomRight), ElementsAre(6, 5, 4, 3, 2, 1));
+    EXPECT_THAT(rotated(kLeftTop), ElementsAre(1, 4, 2, 5, 3, 6));
+    EXPECT_THAT(rotated(kRightTop), ElementsAre(3, 6, 2, 5, 1, 4));  // a quarter clockwise shows it upright
+    EXPECT_THAT(rotated(kLeftBottom), ElementsAre(4, 1, 5, 2, 6, 3));
+    EXPECT_THAT(rotated(kRightBottom), ElementsAre(6, 3, 5, 2, 4, 1));
+    EXPECT_THAT(rotated(8), ElementsAre(1, 2, 3, 4, 5, 6));
+    EXPECT_THAT(rotated(-1), ElementsAre(1, 2, 3, 4, 5, 6));
 }
 
-TEST_F(ImageRectangle, IsDescribedAsItLiesAfterTheTurn) {
+TEST_F(ImageRectangle, IsDescribedAsItLiesAfterTheRotation) {
     const auto rectangle = Load(Blank(8, 8, kL16), {0, 0}, {8, 4}, {6, 2}, kL16, kRightTop);
     ASSERT_TRUE(rectangle);
     EXPECT_EQ(rectangle->desc.width, 2);
@@ -213,13 +213,13 @@ TEST_F(ImageRectangle, IsDescribedAsItLiesAfterTheTurn) {
     EXPECT_FALSE(unknown->desc.defaultOrientation);
 }
 
-TEST_F(ImageRectangle, IsScaledBeforeItIsTurned) {
+TEST_F(ImageRectangle, IsScaledBeforeItIsRotated) {
     const Image image = Counting(4, 2);  // 1 2 3 4 / 5 6 7 8
     const auto rectangle = Load(image, {0, 0}, {4, 2}, {2, 2}, kL8, kLeftTop);
     EXPECT_THAT(rectangle->bytes, ElementsAre(2, 6, 4, 8));
 }
 
-TEST_F(ImageRectangle, TurnsAndConvertsPixelsOfEverySize) {
+TEST_F(ImageRectangle, RotatesAndConvertsPixelsOfEverySize) {
     const Image image = Filled<std::uint16_t>(1, 2, kL16, {0x0101, 0xFFFF});
     const auto rectangle = Load(image, {0, 0}, {1, 2}, {1, 2}, kR16G16, kBottomLeft);
     EXPECT_THAT(rectangle->As<std::uint16_t>(), ElementsAre(0xFFFF, 0xFFFF, 0x0101, 0x0101));
@@ -326,7 +326,7 @@ TEST_F(ImageRectangle, OutlivesTheImage) {
 TEST_F(ImageRectangle, WithoutMemoryIsNullAndNothingIsLost) {
     const Image image = Blank(4, 4, kR8G8B8A8);
     CountingAllocator blocks(ObjModel::mDefaultAllocator), objects(ObjModel::mHeapAllocator);
-    // However far it comes: cut, scaled, turned, gathered, converted.
+    // However far it comes: cut, scaled, rotated, gathered, converted.
     for (std::size_t granted = 0; granted < 4; ++granted) {
         blocks.Grant(granted);
         EXPECT_FALSE(Load(image, {-1, 0}, {4, 4}, {8, 2}, kB8G8R8A8, kLeftTop)) << granted;

@@ -170,7 +170,7 @@ TEST_F(LineWriter, TheFileGrowsAsTheLinesCome) {
             if (y == kHeight / 2 && Exists(name)) halfway = std::filesystem::file_size(folder / name);
         });
         ASSERT_TRUE(Write(name, &lines, kWidth, kHeight, 4)) << name;
-        // Some leave room for all lines with the first.
+        // Some make the file as long as all lines with the first.
         EXPECT_GT(halfway, std::filesystem::file_size(folder / name) * 2 / 5) << name;
     }
 }

@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+using Kavra::Devices::MoveRows;
 using Kavra::Devices::PackRows;
 using Kavra::Devices::Rows;
 using testing::ElementsAre;
@@ -52,6 +53,22 @@ TEST(PackedRows, RedAndBlueAreExchangedInWholeAndInCutPixels) {
                 ElementsAre(3, 2, 1, 4, 7, 6, 5, 8, 13, 12, 11, 14, 17, 16, 15, 18));
     EXPECT_THAT(Bytes(PackRows(Of(data, 5, 8, 1), {.overlaps = true, .swapsRedAndBlue = true}), 8),
                 ElementsAre(3, 2, 1, 4, 0, 0, 5, 0));
+}
+
+TEST(PackedRows, RowsAreMovedBetweenDifferentPitches) {
+    const std::vector<unsigned char> from = {1, 2, 99, 3, 4};
+    std::vector<unsigned char> to(6, 77);
+    MoveRows(to.data() + 1, 3, Of(from, 3, 2, 2));
+    EXPECT_THAT(to, ElementsAre(77, 1, 2, 77, 3, 4));
+}
+
+TEST(PackedRows, RowsThatOverlapArriveAsTheyWere) {
+    std::vector<unsigned char> bytes = {1, 2, 3, 4, 5, 6};
+    MoveRows(bytes.data() + 1, 2, Of(bytes, 2, 2, 2));
+    EXPECT_THAT(bytes, ElementsAre(1, 1, 2, 3, 4, 6));
+    bytes = {1, 2, 3, 4, 5, 6};
+    MoveRows(bytes.data(), 2, {.first = bytes.data() + 1, .pitch = 2, .bytes = 2, .count = 2});
+    EXPECT_THAT(bytes, ElementsAre(2, 3, 4, 5, 5, 6));
 }
 
 TEST(PackedRows, BytesThatCannotBeCountedAreNotAllocated) {

@@ -472,7 +472,7 @@ TEST_F(ResizeFilter, SizesBeyondMemoryAreNull) {
 TEST_F(ResizeFilter, AColumnOfAnyHeightIsShrunkToOnePixel) {
     format = kL8;
     filter = kFilterMitchell;
-    srcSize = {1, 3 << 20, 1};  // more weights than the library has room for on the stack
+    srcSize = {1, 3 << 20, 1};  // more weights than the stack of the library holds
     Use(Bytes(3 << 20, 77));
     dstSize = {1, 1, 1};
     EXPECT_THAT(Result(kResizeFilter, 1), testing::Optional(ElementsAre(77)));
