@@ -147,11 +147,12 @@ public:
 
     /// Writes a block to a file; the path's extension says which kind. True when the whole file was written.
     ///
-    /// Of `desc` these are read: `width`, `height`, `format`, `rowPitch` (bytes; a pitch shorter than a row gives rows
-    /// whose ends are zero, one below 1 fails) and, for DDS, `depth` and `textureType`. All else is ignored: the file
-    /// gets no orientation, no gamma and no alpha flags. Rows are written as they lie, the first one as the top, so
-    /// hand over blocks of orientation `kTopLeft`. Alpha is written straight, as it is handed over; OpenEXR stores what
-    /// it gets, so hand over premultiplied colours for it.
+    /// Of `desc` these are read: `width`, `height`, `format`, `rowPitch` (bytes) and, for DDS, `depth` and
+    /// `textureType`. A pitch shorter than a row: in a DDS the ends of the rows are zero; in other files rows overlap,
+    /// a row running on into those below it, and what would lie beyond height x pitch is zero. One below 1 fails. All
+    /// else is ignored: the file gets no orientation, no gamma and no alpha flags. Rows are written as they lie, the
+    /// first one as the top, so hand over blocks of orientation `kTopLeft`. Alpha is written straight, as it is handed
+    /// over; OpenEXR stores what it gets, so hand over premultiplied colours for it.
     ///
     /// **".dds"** (the last four characters, in any case): all formats but `kUnknown` and the reserved ones; flat
     /// textures, cube maps (six square faces) and volumes, one level; at most 4,294,967,295 bytes unless
@@ -176,14 +177,16 @@ public:
     /// | pgm, pnm | 1 channel |
     /// | webp, gif, iff | 4 channels; gif has 256 colours, and alpha on or off |
     ///
-    /// Some files are written that the library then cannot read, or reads wrongly: FITS with 16 bits a channel, with
-    /// more than 4 channels or with several channels in a single row, zfile, RLA of width 1 or with a side beyond
-    /// 32,767, GIF with a side beyond 32,768, and Radiance HDR (which takes three channels, so only
-    /// `writeImageOneLineAtATime` writes it) with rows beyond 65,535 pixels.
+    /// Some files are written that the library then cannot read, or not as they were: FITS with 16 bits a channel, with
+    /// more than 4 channels or with several channels in a single row; zfile; RLA of width 1, with a side beyond 32,767
+    /// or a channel's row beyond some 65,000 bytes; GIF with a side beyond 32,768; IFF of 16 bits; JPEG XL of less than
+    /// 128 bytes; SGI of more than 4 channels; and Radiance HDR (which takes three channels, so only
+    /// `writeImageOneLineAtATime` writes it) with a side beyond 65,535 pixels.
     ///
     /// A missing folder is made first, with those above it, and stays after a failure. What is there under `path` must
-    /// be a regular file or nothing. **After a failure** a DDS file is whole or as it was before; any other file may be
-    /// gone, empty or torn, and is not cleaned up: write to a name of your own and rename it where that matters.
+    /// be a regular file or nothing. **After a failure** a file that was there before is as it was. Where there was
+    /// none, a part of the new one may be left, except of a DDS, and is not cleaned up. Links, files of another user,
+    /// and files in a folder that takes no new one are written over in place and may be torn.
     ///
     /// False with a warning: "format is not supported" (BC1 to BC5 and the reserved formats 16 and 17 to another file
     /// than ".dds": before anything is touched), "wrong file path" (an empty path, or a folder name of more than 259
