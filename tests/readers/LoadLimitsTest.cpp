@@ -155,6 +155,19 @@ TEST_F(LoadLimits, APictureCountsItsFileAndItsRecords) {
     ExpectCost(one, 24 + std::filesystem::file_size(one) + 512 + 3 * 6);
 }
 
+TEST_F(LoadLimits, APictureOfManyBitmapsIsGivenUpWhileItIsOpened) {
+    PictMaker maker({0, 0, 100, 100});
+    const PictMap dot = {.bounds = {0, 0, 1, 1}, .rowBytes = 1, .data = {0}};
+    for (int i = 0; i < 10'000; ++i)
+        maker.Bitmap(dot);
+    const auto path = folder.Write("many.pct", maker.End().Fill(1025, 0).Bytes());
+    EXPECT_TRUE(IsDescribed(access.handler, path));
+    SetImageLimits({.maxBytes = 5'120'000});
+    EXPECT_FALSE(IsDescribed(access.handler, path)) << "512 bytes each, and the file";
+    SetImageLimits({.maxBytes = 1'000'000});
+    EXPECT_FALSE(Loads(path));
+}
+
 TEST_F(LoadLimits, TheOthersCountTheirBlock) {
     ExpectCost(Cals(100, 100), 40'000);
     ExpectCost(Pcx(99, 99), 40'000);

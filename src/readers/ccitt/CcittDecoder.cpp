@@ -3,6 +3,7 @@
 #include <kavra/devices/Sys.h>
 
 #include <algorithm>
+#include <array>
 #include <format>
 #include <utility>
 
@@ -10,9 +11,12 @@ namespace Kavra::Devices::Ccitt {
 
 namespace {
 
+/// A drawing may have a million rows, each with one of these: no memory is asked for.
 void WarnOfBadCode(const RowDecoder& row) {
-    const std::wstring message = std::format(L"Bad code word in {} at scanline (x {})", row.Table(), row.Position());
-    Sys::Warning(message.c_str(), nullptr);
+    std::array<wchar_t, 80> message{};  // the names and numbers need less
+    std::format_to_n(message.data(), message.size() - 1, L"Bad code word in {} at scanline (x {})", row.Table(),
+                     row.Position());
+    Sys::Warning(message.data(), nullptr);
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ bool PictReader::ReadFile(const KString& path) {
     mFileBytes = 0;
     ReadResult<ByteSource> source = ByteSource::Open(path);
     if (!source || source->Size() < kLeastBytes || source->Size() > kMostBytes) return false;
-    if (source->Size() > Common::MemoryShare()) return false;
+    if (source->Size() > Common::ReaderBounds().bytes) return false;
     const auto bytes = static_cast<std::size_t>(source->Size());
     mFile = Common::NewBlock(bytes);
     if (!source->Read({mFile.get(), bytes})) return false;

@@ -107,7 +107,7 @@ private:
         mPixels += Pixels(record->covered);
         if (record->covered.IsEmpty()) return true;
         mBytes += PictPicture::BytesOf(*record);
-        if (mBytes > Common::MemoryShare()) throw std::bad_alloc();
+        if (mBytes > mMaxBytes) throw std::bad_alloc();
         mPicture.records.push_back(std::move(*record));
         return mPixels <= kMaxPictPixels;
     }
@@ -116,7 +116,8 @@ private:
     PictPicture& mPicture;
     std::uint64_t mBitmaps = 0;  // those that draw nothing included
     std::uint64_t mPixels = 0;
-    std::uint64_t mBytes = 0;
+    std::uint64_t mBytes = mFile.Size();  // and what the records take
+    const std::uint64_t mMaxBytes = Common::ReaderBounds().bytes;
     bool mIsStretched = false;
 };
 

@@ -24,8 +24,8 @@ inline constexpr std::uint64_t kMaxPictPixels = std::uint64_t{1} << 31;
 /// pictures with a bitmap that is to be stretched in its width no bitmap is kept.
 ///
 /// Nothing when the file is damaged anywhere before the last opcode, or draws more than `kMaxPictPixels`. Time is
-/// linear in the file, and no pixel is unpacked. Throws `std::bad_alloc`, also where the records of the picture would
-/// take more than `Common::MemoryShare`.
+/// linear in the file, and no pixel is unpacked. Throws `std::bad_alloc`, also where the file and its records
+/// would take more than `Common::ReaderBounds`.
 std::optional<PictPicture> ReadPictPicture(ByteSource& file);
 
 }  // namespace Kavra::Devices
