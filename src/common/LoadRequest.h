@@ -11,8 +11,8 @@ class IImageFormatHandler;
 /// The wishes of `IImageHandler::LoadTexture`, handed on as one through everything that loads. As it stands: the whole
 /// first frame as it is stored, but upright. `depth` is not among them, as no way of loading looks at it.
 struct LoadRequest {
-    int width = 0;   ///< pixels of the result at most, before it is rotated; below 1: the file's own
-    int height = 0;  ///< likewise, by itself: the sides may shrink by different factors
+    int width = 0;              ///< pixels of the result at most, before it is rotated; below 1: the file's own
+    int height = 0;             ///< likewise, by itself: the sides may shrink by different factors
     EFormat format = kUnknown;  ///< `kUnknown`: `formatHandler` chooses, or the file's own
     bool highQuality = false;   ///< whether to filter where sampling would do
     int level = 0;              ///< the mip level of a DDS, else the frame, from 0; negative ones count as 0

@@ -78,8 +78,7 @@ const Readers& AllReaders() {
 /// One file, and the library's readers that may be asked about it.
 class Candidate {
 public:
-    Candidate(const KString& path, Bytes start)
-        : mName(Common::ToUtf8(path.ToChars())), mStart(start) {
+    Candidate(const KString& path, Bytes start) : mName(Common::ToUtf8(path.ToChars())), mStart(start) {
         mConfig.attribute("oiio:UnassociatedAlpha", 1);
     }
 

@@ -128,8 +128,7 @@ void FillDescription(TextureLoad& load) {
 
 /// Whether a block of this layout can be had and described.
 bool IsPossible(const OIIO::ImageSpec& spec) {
-    return RowPitch(spec, spec.width) <= kMostRowPitch &&
-           spec.image_bytes(false) <= Common::HostBlockCeiling() &&
+    return RowPitch(spec, spec.width) <= kMostRowPitch && spec.image_bytes(false) <= Common::HostBlockCeiling() &&
            Common::HostBounds().Hold({.pixels = spec.image_pixels(), .blockBytes = spec.image_bytes(false)});
 }
 
@@ -150,8 +149,7 @@ Pixels SwapRedAndBlue(const Pixels& pixels) {
 Pixels Convert(const TextureLoad& load, const Pixels& pixels) {
     void* converted = nullptr;
     std::size_t bytes = 0;
-    FormatConversion(load.fileDesc.format, pixels.bytes, pixels.block.get(), load.format, converted,
-                                       bytes);
+    FormatConversion(load.fileDesc.format, pixels.bytes, pixels.block.get(), load.format, converted, bytes);
     return {PixelBlock(static_cast<unsigned char*>(converted)), bytes};
 }
 

@@ -1,7 +1,7 @@
 // Bringing a loaded texture to the wanted size, row and column order.
 
-#include "load/geometry/NewImage.h"
 #include "load/TextureLoader.h"
+#include "load/geometry/NewImage.h"
 
 #include "load/geometry/AdaptiveResize.h"
 #include "load/geometry/Reorientation.h"
@@ -95,8 +95,8 @@ Pixels TurnFaces(const TextureLoad& load, const Pixels& pixels, const Size& size
     const std::size_t bytes = pixels.bytes / kFaces;
     Pixels result = NewPixels(bytes * kFaces);
     for (std::size_t at = 0; at < result.bytes; at += bytes) {
-        const OIIO::ImageBuf turned =
-            Turned(WrapImage(face, pixels.block.get() + at, bytes), load.fileDesc.orientation, load.request.orientation);
+        const OIIO::ImageBuf turned = Turned(WrapImage(face, pixels.block.get() + at, bytes), load.fileDesc.orientation,
+                                             load.request.orientation);
         if (!CopyOut(turned, result.block.get() + at, bytes)) return {};
     }
     return result;
@@ -104,9 +104,7 @@ Pixels TurnFaces(const TextureLoad& load, const Pixels& pixels, const Size& size
 
 /// Whether rows of the one orientation are columns of the other.
 bool SwapsSides(EDataOrientation from, EDataOrientation to) {
-    const auto isTransposed = [](EDataOrientation orientation) {
-        return ToOIIOOrientation(orientation) >= 5;
-    };
+    const auto isTransposed = [](EDataOrientation orientation) { return ToOIIOOrientation(orientation) >= 5; };
     return isTransposed(from) != isTransposed(to);
 }
 

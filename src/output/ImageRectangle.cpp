@@ -156,8 +156,8 @@ PixelBlock Converted(const Cut& cut, EFormat to) {
     const PixelBlock packed = Packed(cut);
     void* converted = nullptr;
     std::size_t bytes = 0;
-    FormatConversion(cut.format, cut.RowBytes() * static_cast<std::size_t>(cut.height), packed.get(),
-                                       to, converted, bytes);
+    FormatConversion(cut.format, cut.RowBytes() * static_cast<std::size_t>(cut.height), packed.get(), to, converted,
+                     bytes);
     return PixelBlock(static_cast<unsigned char*>(converted));
 }
 

@@ -84,8 +84,8 @@ bool SaveTarget(IImageHandler& handler, const KString& path, ATarget* target, bo
             return false;
         }
         const bool saved = Common::AtBoundary(false, [&] {
-            return SaveAsBytes(handler, path, {target->Width(), target->Height(), format, pixels.Data(), pixels.Pitch()},
-                               stretch);
+            return SaveAsBytes(handler, path,
+                               {target->Width(), target->Height(), format, pixels.Data(), pixels.Pitch()}, stretch);
         });
         pixels.GiveBack();
         if (!saved) Sys::Warning(L"Picture save failed.", nullptr);

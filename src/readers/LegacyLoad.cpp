@@ -76,8 +76,7 @@ bool IsWithinLimits(ImageReaderInterface& reader, const ImageDescription& desc, 
 }
 
 OIIO::ImageSpec SpecOf(const ImageDescription& desc) {
-    return FormatToImageSpec(desc.format,
-                                               OIIO::ImageSpec(desc.width, desc.height, 4, OIIO::TypeDesc::UINT8));
+    return FormatToImageSpec(desc.format, OIIO::ImageSpec(desc.width, desc.height, 4, OIIO::TypeDesc::UINT8));
 }
 
 Working Wrap(PixelBlock block, const OIIO::ImageSpec& spec) {
@@ -96,8 +95,7 @@ Working Shrink(const OIIO::ImageBuf& image, int width, int height, bool highQual
 }
 
 OIIO::ImageBuf Turn(const OIIO::ImageBuf& image, EDataOrientation from, EDataOrientation to) {
-    return ReorientImage(image, ToOIIOOrientation(from),
-                                           ToOIIOOrientation(to));
+    return ReorientImage(image, ToOIIOOrientation(from), ToOIIOOrientation(to));
 }
 
 /// Null when the image holds nothing.

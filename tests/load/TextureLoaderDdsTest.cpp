@@ -23,7 +23,9 @@ using Texts = std::vector<std::wstring>;
 
 class DdsTexture : public ::testing::Test {
 protected:
-    LoadedTexture Load(const DdsFile& file, const LoadRequest& request = {}) { return LoadBytes(file.Bytes(), request); }
+    LoadedTexture Load(const DdsFile& file, const LoadRequest& request = {}) {
+        return LoadBytes(file.Bytes(), request);
+    }
     LoadedTexture LoadBytes(const Bytes& bytes, const LoadRequest& request = {}) {
         return LoadFile(folder.Write("x.dds", bytes), request, DDS);
     }

@@ -101,8 +101,7 @@ TEST_F(TextureGeometry, ACroppedPictureShrinksToItsOwnPixels) {
         pixels.insert(pixels.end(), {0.5F, 0.25F, 2, 1});
     const auto path = WritePicture(folder / "cropped.exr", spec, pixels);
     for (const bool highQuality : {false, true}) {
-        const LoadedTexture texture =
-            LoadFile(path, {.width = 20, .height = 20, .highQuality = highQuality}, OpenEXR);
+        const LoadedTexture texture = LoadFile(path, {.width = 20, .height = 20, .highQuality = highQuality}, OpenEXR);
         ASSERT_TRUE(texture);
         const Floats shrunk = texture.As<float>();
         ASSERT_EQ(shrunk.size(), 20u * 20 * 4);

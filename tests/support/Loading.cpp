@@ -10,9 +10,9 @@ using namespace Devices;
 
 std::optional<Loaded> LoadFile(IImageHandler& handler, const std::filesystem::path& path, const LoadRequest& request) {
     Loaded loaded;
-    IMemoryWrapper<void>* block = handler.LoadTexture(loaded.desc, Wide(path), request.width, request.height, 1,
-                                                      request.format, request.highQuality, request.level,
-                                                      request.orientation, request.formatHandler);
+    IMemoryWrapper<void>* block =
+        handler.LoadTexture(loaded.desc, Wide(path), request.width, request.height, 1, request.format,
+                            request.highQuality, request.level, request.orientation, request.formatHandler);
     if (block == nullptr) return std::nullopt;
     const std::size_t bytes = loaded.desc.dataSize * (loaded.desc.textureType == kTextureCube ? 6 : 1);
     const auto* data = static_cast<const unsigned char*>(block->mData);
