@@ -177,7 +177,7 @@ TEST_F(HostileFiles, TheWrongContentUnderEveryExtension) {
 }
 
 TEST_F(HostileFiles, AHeaderThatClaimsMuchCostsNothing) {
-    const long before = PeakKilobytes();
+    [[maybe_unused]] const long before = PeakKilobytes();
     const std::string hdr = "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 60000 +X 60000\n";
     const std::string ppm = "P6\n32000 32000\n255\nshort";
     EXPECT_FALSE(Try(folder.Write("bomb.png", PngBomb(16000, 16000))));
