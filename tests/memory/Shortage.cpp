@@ -47,6 +47,12 @@ void* TakeFromHeap(std::size_t bytes, std::size_t alignment) {
     return block;
 }
 
+void* TakeFromHeapOrNull(std::size_t bytes, std::size_t alignment) noexcept {
+    void* const block = Refuses() ? nullptr : Take(bytes, alignment);
+    if (block != nullptr) ++gHeapBlocks;
+    return block;
+}
+
 void GiveToHeap(void* block) noexcept {
     if (block != nullptr) --gHeapBlocks;
     std::free(block);
@@ -100,6 +106,7 @@ LiveMemory CountLiveMemory() {
 
 using Kavra::Tests::GiveToHeap;
 using Kavra::Tests::TakeFromHeap;
+using Kavra::Tests::TakeFromHeapOrNull;
 
 constexpr std::size_t kPlainAlignment = __STDCPP_DEFAULT_NEW_ALIGNMENT__;
 
@@ -114,6 +121,19 @@ void* operator new(std::size_t bytes, std::align_val_t alignment) {
 }
 void* operator new[](std::size_t bytes, std::align_val_t alignment) {
     return TakeFromHeap(bytes, static_cast<std::size_t>(alignment));
+}
+// All forms that are freed by the operators below: sanitizers bring the others with them, and tell them apart.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return TakeFromHeapOrNull(bytes, kPlainAlignment);
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+    return TakeFromHeapOrNull(bytes, kPlainAlignment);
+}
+void* operator new(std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return TakeFromHeapOrNull(bytes, static_cast<std::size_t>(alignment));
+}
+void* operator new[](std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return TakeFromHeapOrNull(bytes, static_cast<std::size_t>(alignment));
 }
 void operator delete(void* block) noexcept {
     GiveToHeap(block);
