@@ -59,6 +59,7 @@ void ForEachTile(std::size_t count, Draw draw) {
 /// The first to begin is the last.
 std::vector<const PictRecord*> InReverseOfBeginning(const std::vector<PictRecord>& records) {
     std::vector<const PictRecord*> order;
+    order.reserve(records.size());
     for (const PictRecord& record : records)
         order.push_back(&record);
     std::ranges::sort(order, std::greater(),
