@@ -1,3 +1,4 @@
+/// \file
 /// How large a picture a host wants to have loaded.
 #pragma once
 
@@ -36,6 +37,7 @@ KAVRA_DEVICES_API void SetImageLimits(const ImageLimits& limits);
 /// `SetImageLimits`. Threads: any.
 KAVRA_DEVICES_API void GetImageLimits(ImageLimits& limits);
 
+/// Returns the limits of the process.
 inline ImageLimits GetImageLimits() {
     ImageLimits limits;
     GetImageLimits(limits);
