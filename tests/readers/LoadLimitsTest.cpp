@@ -16,9 +16,13 @@
 #include <kavra/objects/ObjModel.h>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <format>
+#include <fstream>
 #include <new>
 
 namespace {
@@ -197,6 +201,33 @@ TEST_F(LoadLimits, APictureThatIsShrunkOrTurnedCountsTwice) {
     EXPECT_THROW(access.LoadSpecial(desc, Wide(Cals(13'600, 17'600)), 0, 0, false, 0, kLeftTop, CALS), std::bad_alloc)
         << "a page turned takes less than 2 GiB";
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which need more address space than this leaves
+/// Leaves the process so much address space more than it has.
+void LeaveAddressSpace(std::uint64_t bytes) {
+    std::uint64_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlim_t all = pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE)) + bytes;
+    const rlimit limit = {.rlim_cur = all, .rlim_max = all};
+    setrlimit(RLIMIT_AS, &limit);
+}
+
+TEST_F(LoadLimits, WithoutMemoryToTurnAPictureThereIsNone) {
+    const auto path = Cals(5000, 5000);  // a block of 100 MB, and another one
+    const auto load = [&](std::uint64_t bytes) {
+        ObjModel::ReleaseKeptBlock();
+        LeaveAddressSpace(bytes);
+        IImageHandler& handler = access.handler;
+        const auto* block = handler.LoadTexture(desc, Wide(path), 0, 0, 0, kUnknown, false, 0, kLeftTop, nullptr);
+        std::_Exit(block == nullptr ? 7 : 8);
+    };
+    const auto isAnswer = [](int status) { return WIFEXITED(status) && WEXITSTATUS(status) >= 7; };
+    for (std::uint64_t bytes = 20'000'000; bytes < 400'000'000; bytes += 30'000'000)
+        EXPECT_EXIT(load(bytes), isAnswer, "") << bytes;
+    EXPECT_EXIT(load(20'000'000), testing::ExitedWithCode(7), "");
+    EXPECT_EXIT(load(1'000'000'000), testing::ExitedWithCode(8), "");
+}
+#endif
 
 TEST_F(LoadLimits, WhatTheHostSetsBindsTheLibrarysPicturesToo) {
     const ImageDescription photo = LoadFile(access.handler, Sample("photo.jpg"))->desc;
