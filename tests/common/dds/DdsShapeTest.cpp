@@ -159,6 +159,7 @@ TEST(DdsShape, EachLevelIsHalfTheOneBeforeAndNeverNothing) {
     EXPECT_EQ(LevelSize({8, 5, 4}, 0), (Extent{8, 5, 4}));
     EXPECT_EQ(LevelSize({8, 5, 4}, 1), (Extent{4, 2, 2}));
     EXPECT_EQ(LevelSize({8, 5, 4}, 3), (Extent{1, 1, 1}));
+    EXPECT_EQ(LevelSize({8, 5, 4}, 32), (Extent{1, 1, 1}));
     EXPECT_EQ(LevelSize({std::numeric_limits<int>::max(), 1, 1}, 30), (Extent{1, 1, 1}));
     EXPECT_EQ(LevelSize({8, 5, 4}, std::numeric_limits<int>::max()), (Extent{1, 1, 1}));
 }
