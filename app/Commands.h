@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <string_view>
 
 namespace Kavra::App {
 
@@ -28,9 +27,6 @@ struct Session {
     Host LoadHost() const { return Host(plugin); }
 };
 
-/// Says on standard error what is wrong with the command line, and gives its exit status.
-int WrongUsage(std::string_view text);
-
 void AddInfo(CLI::App& program, Session& session);
 void AddDump(CLI::App& program, Session& session);
 void AddConvert(CLI::App& program, Session& session);
@@ -43,5 +39,6 @@ void AddTarget(CLI::App& program, Session& session);
 void AddTile(CLI::App& program, Session& session);
 void AddLight(CLI::App& program, Session& session);
 void AddFormats(CLI::App& program, Session& session);
+void AddHelp(CLI::App& program, Session& session);
 
 }  // namespace Kavra::App

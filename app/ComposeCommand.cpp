@@ -6,6 +6,7 @@
 #include "SaveImage.h"
 #include "Sizes.h"
 #include "Turns.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <kavra/devices/AFormatConvertor.h>
@@ -118,13 +119,17 @@ bool PasteAll(IImageHandler& handler, IImage& whole, const std::vector<Piece>& p
     });
 }
 
+FileContent Content(const Options& options) {
+    return {options.format, options.size.x, options.size.y};
+}
+
 /// Why there can be no such picture; empty when nothing speaks against it.
 std::string Obstacle(const Options& options) {
     if (Utilities::AFormatConvertor::BytesPerPixel(options.format) == 0) {
         return Enumerator(options.format) + " has no pixels";
     }
-    const std::string obstacle = WriteObstacle(options.out, options.format);
-    return obstacle.empty() ? SizeObstacle(options.size.x, options.size.y, options.format) : obstacle;
+    const std::string obstacle = SizeObstacle(options.size.x, options.size.y, options.format);
+    return obstacle.empty() ? WriteObstacle(options.out, Content(options)) : obstacle;
 }
 
 /// The empty picture; null, and a failure in the report, when there is none.
@@ -150,7 +155,7 @@ int Run(const Session& session, const Options& options) {
     const bool all = PasteAll(host.Handler(), *whole, options.pieces, options.jobs, pasted);
     if (pasted == 0) return kSomeFailed;
     const bool written = ForOneReport(options.out, [&](Report& report) {
-        WriteFile(report, options.out, whole->Format(), [&](const KString& name) { return whole->Save(name); });
+        WriteFile(report, options.out, Content(options), [&](const KString& name) { return whole->Save(name); });
     });
     return all && written ? kAllDone : kSomeFailed;
 }
@@ -180,8 +185,7 @@ void AddCompose(CLI::App& program, Session& session) {
         ->type_name("WxH")
         ->required();
     AddFormatOption(*command, options->format, "The pixel format written; rgba8 unless said");
-    command->add_option("--jobs", options->jobs, "Files worked on at a time; all cores unless said")
-        ->check(CLI::PositiveNumber);
+    AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

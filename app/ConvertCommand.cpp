@@ -2,6 +2,7 @@
 #include "FileNames.h"
 #include "LoadOptions.h"
 #include "SaveImage.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <memory>
@@ -17,19 +18,21 @@ struct Options {
 };
 
 int Run(const Session& session, const Options& options) {
+    if (options.files.size() < 2)
+        return WrongUsage("convert", options.files.empty() ? "IN is required" : "OUT is required");
     const std::vector<std::string> inputs(options.files.begin(), options.files.end() - 1);
     const std::filesystem::path out = options.files.back();
     const bool toFolder = IsFolder(out, inputs.size());
-    if (toFolder && options.to.empty()) return WrongUsage("--to is required when the output is a folder");
-    if (!toFolder && !options.to.empty()) return WrongUsage("--to goes with an output folder");
-    if (options.to.find('/') != std::string::npos) return WrongUsage("--to takes an extension, such as png");
+    if (toFolder && options.to.empty()) return WrongUsage("convert", "--to is required when the output is a folder");
+    if (!toFolder && !options.to.empty()) return WrongUsage("convert", "--to goes with an output folder");
+    if (options.to.find('/') != std::string::npos) return WrongUsage("convert", "--to takes an extension, such as png");
 
     std::vector<std::filesystem::path> outputs;
     outputs.reserve(inputs.size());
     for (const std::string& input : inputs)
         outputs.push_back(toFolder ? InFolder(out, input, options.to) : out);
     const std::string clash = Clash(inputs, outputs);
-    if (!clash.empty()) return WrongUsage(clash);
+    if (!clash.empty()) return WrongUsage("convert", clash);
 
     const Host host = session.LoadHost();
     std::vector<Report> reports = MakeReports(inputs);
@@ -53,12 +56,9 @@ void AddConvert(CLI::App& program, Session& session) {
         "Examples: kavra convert photo.jpg photo.dds --size 1024x1024\n"
         "          kavra convert *.tga thumbnails/ --to png --size 256x256");
     command->add_option("FILES", options->files, "The inputs, then the output: a file, or a folder for several inputs")
-        ->required()
-        ->type_name("IN... OUT")
-        ->expected(2, -1);
+        ->type_name("IN... OUT REQUIRED");
     command->add_option("--to", options->to, "The file type of the outputs in a folder, as an extension: png");
-    command->add_option("--jobs", options->jobs, "Files worked on at a time; all cores unless said")
-        ->check(CLI::PositiveNumber);
+    AddJobs(*command, options->jobs);
     options->load.AddTo(*command, true);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

@@ -5,6 +5,7 @@
 #include "PixelConversion.h"
 #include "SaveImage.h"
 #include "Sizes.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <cstdint>
@@ -106,10 +107,10 @@ void AddCrop(CLI::App& program, Session& session) {
             [options](const std::string& text) { std::tie(options->size.x, options->size.y) = ParseSize(text, 1); },
             "The size to bring the rectangle to, larger or smaller; its own unless said")
         ->type_name("WxH");
-    command->add_option("--orientation", options->orientation, "Row and column order written, 0 (as displayed) to 7")
-        ->check(CLI::Range(0, 7));
+    AddWholeNumber(*command, "--orientation", options->orientation, 0, 7,
+                   "Row and column order written, 0 (as displayed) to 7");
     AddFormatOption(*command, options->format, "The pixel format written; the picture's own unless said");
-    command->add_option("--frame", options->frame, "The frame, from 0; of a DDS the mip level");
+    AddFrame(*command, options->frame);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -3,6 +3,7 @@
 #include "FormatNames.h"
 #include "LoadOptions.h"
 #include "OutputFile.h"
+#include "Workers.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -97,7 +98,8 @@ std::optional<LoadedImage> Dump(const Host& host, Report& report, const Options&
 int Run(const Session& session, const Options& options) {
     const Host host = session.LoadHost();
     Report report(options.file);
-    const std::optional<LoadedImage> image = Dump(host, report, options);
+    std::optional<LoadedImage> image;
+    Attempt(report, [&] { image = Dump(host, report, options); });
     if (options.json) {
         report.out = JsonText(image ? BlockJson(report, *image) : FailureJson(report));
     } else if (image) {

@@ -2,6 +2,7 @@
 #include "FramePattern.h"
 #include "LoadOptions.h"
 #include "SaveImage.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <kavra/objects/OS.h>
@@ -53,15 +54,17 @@ void WriteFrames(const Host& host, Report& report, const Options& options, const
 
 int Run(const Session& session, const Options& options) {
     const auto pattern = FramePattern::Parse(options.pattern);
-    if (!pattern) return WrongUsage("the pattern needs one number, as in out/%03d.png");
+    if (!pattern) return WrongUsage("frames", "the pattern needs one number, as in out/%03d.png");
     const Host host = session.LoadHost();
     Report report(options.file);
-    const int count = FrameCount(host, report);
-    if (count == 0) {
-        FailToRead(report, 0);
-    } else {
-        WriteFrames(host, report, options, *pattern, count);
-    }
+    Attempt(report, [&] {
+        const int count = FrameCount(host, report);
+        if (count == 0) {
+            FailToRead(report, 0);
+        } else {
+            WriteFrames(host, report, options, *pattern, count);
+        }
+    });
     report.Print();
     return report.Failed() ? kSomeFailed : kAllDone;
 }

@@ -3,6 +3,7 @@
 #include "FormatNames.h"
 #include "LoadOptions.h"
 #include "StandardStreams.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <kavra/objects/OS.h>
@@ -49,13 +50,15 @@ int Run(const Session& session, const Options& options) {
         const Owned<ImageDesc> desc(host.Handler().GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
         if (desc == nullptr) {
             FailToRead(report, 0);
-            descriptions[index] = FailureJson(report);
         } else if (options.json) {
             descriptions[index] = DescriptionJson(report.File(), *desc);
         } else {
             report.out = DescriptionText(report.File(), *desc);
         }
     });
+    for (std::size_t i = 0; i < reports.size(); ++i) {
+        if (reports[i].Failed()) descriptions[i] = FailureJson(reports[i]);
+    }
     if (options.json) WriteOutput(JsonText(Json(descriptions)));
     return good ? kAllDone : kSomeFailed;
 }
@@ -68,8 +71,7 @@ void AddInfo(CLI::App& program, Session& session) {
     command->footer("Example: kavra info photo.jpg cube.dds --json");
     command->add_option("FILE", options->files, "The files")->required();
     command->add_flag("--json", options->json, "One JSON array with an object a file");
-    command->add_option("--jobs", options->jobs, "Files worked on at a time; all cores unless said")
-        ->check(CLI::PositiveNumber);
+    AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -6,10 +6,12 @@
 #include "LightPlot.h"
 #include "SaveImage.h"
 #include "StandardStreams.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <algorithm>
 #include <charconv>
+#include <format>
 #include <memory>
 #include <optional>
 
@@ -61,25 +63,37 @@ Json LightJson(const std::string& file, const LightFindings& findings) {
             {"lights", lights}};
 }
 
-bool Plot(IImageHandler& handler, Report& report, const LightFindings& findings, const std::filesystem::path& path) {
+void Plot(IImageHandler& handler, Report& report, const LightFindings& findings, const std::filesystem::path& path) {
     const SmallEnvironment map = LoadSmallEnvironment(handler, report.File(), kPlotWidth, kPlotMapHeight);
-    if (map.image.block == nullptr) {
-        report.Fail("cannot be read");
-        return false;
-    }
+    if (map.image.block == nullptr) return report.Fail("cannot be plotted: it could not be read again");
     const std::string title = std::filesystem::path(report.File()).filename().string();
-    return Save(handler, report, DrawLightPlot(title, map, findings), path);
+    Save(handler, report, DrawLightPlot(title, map, findings), path);
 }
 
-/// What was found and, where that is wanted, drawn; nothing when something failed.
-std::optional<LightFindings> Measure(IImageHandler& handler, Report& report, const Options& options,
-                                     const std::filesystem::path& plot) {
-    LoadedImage map = LoadEnvironment(handler, report);
+/// Says why the numbers may not be what they seem.
+void NoteDoubts(Report& report, const LightFindings& findings) {
+    if (findings.oddPixels > 0) {
+        report.Say("note", std::format("{} of {} pixels are NaN or infinite; means and lights are not to be trusted",
+                                       findings.oddPixels, findings.Pixels()));
+    }
+    if (findings.AreLightsBlack()) report.Say("note", "the lights are black: the search saw no light in this map");
+}
+
+/// What was found; nothing when the map cannot be measured.
+std::optional<LightFindings> Measure(IImageHandler& handler, Report& report, const Options& options) {
+    const LoadedImage map = LoadEnvironment(handler, report);
     if (map.block == nullptr) return std::nullopt;
     LightFindings findings = MeasureLight(handler, map, options.light);
-    map.block.reset();  // not needed for the plot, which loads a small one
-    if (!plot.empty() && !Plot(handler, report, findings, plot)) return std::nullopt;
+    NoteDoubts(report, findings);
     return findings;
+}
+
+/// The numbers also of a map whose plot failed, then with the reason.
+Json FileJson(const Report& report, const std::optional<LightFindings>& findings) {
+    if (!findings) return FailureJson(report);
+    Json json = LightJson(report.File(), *findings);
+    if (report.Failed()) json["error"] = report.LastText("cannot be plotted");
+    return json;
 }
 
 /// Where each file's plot goes; empty names when none is wanted.
@@ -99,30 +113,35 @@ std::size_t LongestName(const std::vector<std::string>& files) {
 int Run(const Session& session, const Options& options) {
     const std::vector<std::filesystem::path> plots = PlotNames(options);
     const std::string clash = options.plot.empty() ? std::string() : Clash(options.files, plots);
-    if (!clash.empty()) return WrongUsage(clash);
+    if (!clash.empty()) return WrongUsage("light", clash);
     const Host host = session.LoadHost();
     std::vector<Report> reports = MakeReports(options.files);
-    std::vector<Json> json(reports.size());
+    std::vector<std::optional<LightFindings>> found(reports.size());
     const std::size_t width = LongestName(options.files);
     const bool isTable = reports.size() > 1;
     if (isTable && !options.json) WriteOutput(LightTableHead(width));
     const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
-        const auto findings = Measure(host.Handler(), report, options, plots[index]);
-        if (options.json) {
-            json[index] = findings ? LightJson(report.File(), *findings) : FailureJson(report);
-        } else if (findings) {
+        const auto& findings = found[index] = Measure(host.Handler(), report, options);
+        if (!findings) return;
+        if (!options.json) {
             report.out =
                 isTable ? LightTableLine(report.File(), width, *findings) : LightText(report.File(), *findings);
         }
+        if (!plots[index].empty()) Plot(host.Handler(), report, *findings, plots[index]);
     });
-    if (options.json) WriteOutput(JsonText(Json(json)));
+    if (options.json) {
+        Json json = Json::array();
+        for (std::size_t i = 0; i < reports.size(); ++i)
+            json.push_back(FileJson(reports[i], found[i]));
+        WriteOutput(JsonText(json));
+    }
     return good ? kAllDone : kSomeFailed;
 }
 
 }  // namespace
 
 void AddLight(CLI::App& program, Session& session) {
-    constexpr int kSamples = 20000;  // the search takes no more, so there are no more lights
+    constexpr unsigned kSamples = 20000;  // the search takes no more, so there are no more lights
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("light", "Measures environment maps and finds their lights");
     command->footer(
@@ -130,15 +149,14 @@ void AddLight(CLI::App& program, Session& session) {
         "Examples: kavra light studio.hdr --plot lights.png\n"
         "          kavra light *.exr --plot plots/ --lights 3");
     command->add_option("FILE", options->files, "The maps, equirectangular; of several a table")->required();
-    command->add_option("--lights", options->light.lights, "The most lights to look for; 8 unless said")
-        ->check(CLI::Range(0, kSamples));
+    AddWholeNumber(*command, "--lights", options->light.lights, 0U, kSamples,
+                   "The most lights to look for; 8 unless said");
     command->add_flag("--upper", options->light.upperHemisphere,
                       "Intensity and weighted average of the upper hemisphere, by the cosine from the zenith");
     command->add_flag("--json", options->json, "One JSON array with an object a file");
     command->add_option("--plot", options->plot,
                         "Draws the lights, numbered, on the map: into this file, or into this folder as PNG files");
-    command->add_option("--jobs", options->jobs, "Files worked on at a time; all cores unless said")
-        ->check(CLI::PositiveNumber);
+    AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -2,10 +2,14 @@
 
 #include "FormatNames.h"
 
+#include <Imath/half.h>
+
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <format>
 #include <numbers>
+#include <span>
 
 namespace Kavra::App {
 namespace {
@@ -30,6 +34,26 @@ std::string LightLine(std::size_t number, const LightFinding& light) {
                        100 * light.share);
 }
 
+template <class Channel>
+std::size_t CountOdd(const LoadedImage& map) {
+    const ImageDescription& desc = map.desc;
+    const auto* row = static_cast<const unsigned char*>(map.block->mData);
+    std::size_t count = 0;
+    for (int y = 0; y < desc.height; ++y, row += desc.rowPitch) {
+        const std::span pixels(reinterpret_cast<const std::array<Channel, 4>*>(row),
+                               static_cast<std::size_t>(desc.width));
+        count += static_cast<std::size_t>(std::ranges::count_if(pixels, [](const auto& pixel) {
+            return !std::ranges::all_of(pixel, [](Channel c) { return std::isfinite(static_cast<float>(c)); });
+        }));
+    }
+    return count;
+}
+
+std::size_t OddPixels(const LoadedImage& map) {
+    if (map.desc.format == kR16G16B16A16F) return CountOdd<half>(map);
+    return map.desc.format == kR32G32B32A32F ? CountOdd<float>(map) : 0;
+}
+
 }  // namespace
 
 double LightFinding::Azimuth() const {
@@ -40,10 +64,21 @@ double LightFinding::Elevation() const {
     return std::asin(std::clamp(static_cast<double>(direction.y), -1.0, 1.0)) * kDegrees;
 }
 
+std::size_t LightFindings::Pixels() const {
+    return static_cast<std::size_t>(desc.width) * static_cast<std::size_t>(desc.height);
+}
+
+bool LightFindings::AreLightsBlack() const {
+    return !lights.empty() && std::ranges::all_of(lights, [](const LightFinding& light) {
+        return light.colour.x == 0 && light.colour.y == 0 && light.colour.z == 0;
+    });
+}
+
 LightFindings MeasureLight(IImageHandler& handler, const LoadedImage& map, const LightOptions& options) {
     LightFindings findings;
     const void* data = map.block->mData;
     findings.desc = map.desc;
+    findings.oddPixels = OddPixels(map);
     findings.upperHemisphere = options.upperHemisphere;
     findings.averageColor = handler.GetAverageColor(map.desc, data, false);
     findings.intensity = handler.GetIBLIntensity(map.desc, data, options.upperHemisphere, &findings.weightedAverage);

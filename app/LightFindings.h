@@ -26,6 +26,11 @@ struct LightFindings {
     vec3<float> weightedAverage;
     bool upperHemisphere = false;
     std::vector<LightFinding> lights;  ///< in the order found: by their brightest samples
+    std::size_t oddPixels = 0;         ///< that hold NaN or an infinity
+
+    std::size_t Pixels() const;
+    /// Whether there are lights, and all of them are black.
+    bool AreLightsBlack() const;
 };
 
 struct LightOptions {

@@ -2,6 +2,7 @@
 
 #include "FormatNames.h"
 #include "Sizes.h"
+#include "Usage.h"
 
 #include <kavra/devices/ImageLimits.h>
 #include <kavra/objects/OS.h>
@@ -65,10 +66,9 @@ void LoadOptions::AddTo(CLI::App& command, bool withFrame) {
         ->type_name("WxH");
     AddFormatOption(command, format,
                     "The pixel format wanted: a short name (rgba8), an enumerator (kR8G8B8A8) or its number");
-    command.add_option("--orientation", orientation, "Row and column order wanted, 0 (as displayed) to 7")
-        ->check(CLI::Range(0, 7));
+    AddWholeNumber(command, "--orientation", orientation, 0, 7, "Row and column order wanted, 0 (as displayed) to 7");
     command.add_flag("--high-quality", highQuality, "Always shrink with the better filter");
-    if (withFrame) command.add_option("--frame", frame, "The frame, from 0; of a DDS the mip level");
+    if (withFrame) AddFrame(command, frame);
 }
 
 std::uint64_t LoadedImage::BlockSize() const {

@@ -143,6 +143,16 @@ std::string FolderObstacle(const std::filesystem::path& path) {
     return {};
 }
 
+std::string GrowthObstacle(const std::filesystem::path& path, std::uint64_t bytes) {
+    constexpr std::uint64_t kMin = 1 << 20;  // the last block of the disk may have room for a few more
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (file < 0) return ErrorText(errno);
+    const int error = posix_fallocate(file, lseek(file, 0, SEEK_END), static_cast<off_t>(std::max(bytes, kMin)));
+    close(file);
+    const bool isKnown = error == ENOSPC || error == EDQUOT || error == EFBIG || error == EIO;
+    return isKnown ? ErrorText(error) : std::string();
+}
+
 void WatchForInterruption() {
     sigset_t signals;
     sigemptyset(&signals);

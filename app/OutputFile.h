@@ -1,6 +1,7 @@
 /// Output files that appear under their name only when they are whole.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -35,6 +36,10 @@ std::string NameObstacle(const std::filesystem::path& path);
 /// Why nothing could be written into the folder of `path`, as far as a look at the file system tells: it is no folder,
 /// may not be written to, or its disk is full. Empty when nothing speaks against it.
 std::string FolderObstacle(const std::filesystem::path& path);
+
+/// Why a file could not grow by so many bytes just now: its disk or its owner's share of it is full, or it may not be
+/// larger. Tried, as no question to the file system answers that. Empty when nothing speaks against it.
+std::string GrowthObstacle(const std::filesystem::path& path, std::uint64_t bytes);
 
 /// Removes the unfinished files and ends the program when it is interrupted; a broken pipe and a file that grew too
 /// large become errors of the write. To be called once, before any other thread is started.

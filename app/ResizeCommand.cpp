@@ -2,6 +2,7 @@
 #include "Picture.h"
 #include "SaveImage.h"
 #include "Sizes.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <format>
@@ -98,7 +99,7 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value, std::ma
 }
 
 int Run(const Session& session, const Options& options) {
-    if (options.size.x == 0 && options.method != kResizeCopy) return WrongUsage("--size is required");
+    if (options.size.x == 0 && options.method != kResizeCopy) return WrongUsage("resize", "--size is required");
     const Host host = session.LoadHost();
     const bool good = ForOneReport(options.in, [&](Report& report) {
         const LoadedImage result = Resized(host.Handler(), report, options);
@@ -132,7 +133,7 @@ void AddResize(CLI::App& program, Session& session) {
         *command, "--filter", options->filter,
         {{"nearest", kFilterNearest}, {"mitchell", kFilterMitchell}, {"linear", kFilterBilinear}},
         "How to resample; mitchell unless said");
-    command->add_option("--frame", options->frame, "The frame, from 0; of a DDS the mip level");
+    AddFrame(*command, options->frame);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -1,48 +1,22 @@
 #include "SaveImage.h"
 
 #include "FileNames.h"
-#include "FormatNames.h"
 #include "OutputFile.h"
 
+#include <kavra/devices/AFormatConvertor.h>
 #include <kavra/objects/OS.h>
 
-#include <array>
-#include <format>
+#include <algorithm>
 
 namespace Kavra::App {
 namespace {
 
 using namespace Devices;
 
-/// What the common picture files cannot hold, which a writer's plain "no" does not tell.
-std::string FormatObstacle(const std::string& extension, EFormat format) {
-    struct Rule {
-        std::string_view extensions;
-        std::array<bool, 5> channels;  // by channel count
-        std::string_view text;
-    };
-    static constexpr std::array kRules = {
-        Rule{" .hdr .rgbe ", {false, false, false, true, false}, "three channels"},
-        Rule{" .pbm .pgm .ppm .pnm .pfm ", {false, true, false, true, false}, "one or three channels"},
-        Rule{" .bmp ", {false, true, false, true, true}, "one, three or four channels"},
-        Rule{" .gif .webp .iff ", {false, false, false, true, true}, "three or four channels"},
-        Rule{" .dpx .jxl .jp2 .j2c .j2k .jph ", {false, true, false, true, true}, "one, three or four channels"},
-    };
-    const int channels = Channels(format);
-    for (const Rule& rule : kRules) {
-        if (rule.extensions.find(" " + extension + " ") == std::string_view::npos) continue;
-        if (!rule.channels[static_cast<std::size_t>(channels)]) {
-            return std::format("{} files hold {}, and {} has {}", extension, rule.text, Enumerator(format), channels);
-        }
-    }
-    return {};
-}
-
-std::string Reason(const std::filesystem::path& path, EFormat format) {
-    const std::string extension = LowerExtension(path);
-    if (extension.empty()) return "the name has no extension to choose a file type by";
-    std::string reason = FolderObstacle(path);
-    if (reason.empty()) reason = FormatObstacle(extension, format);
+/// What of the place speaks against it.
+std::string PlaceObstacle(const std::filesystem::path& path) {
+    std::string reason = NameObstacle(path);
+    if (reason.empty() && LowerExtension(path).empty()) reason = "the name has no extension to choose a file type by";
     return reason;
 }
 
@@ -56,37 +30,62 @@ std::string FailureText(const std::string& reason) {
     return reason.empty() ? "cannot be written" : "cannot be written: " + reason;
 }
 
+std::uint64_t FileBytes(const std::filesystem::path& path) {
+    std::error_code failed;
+    const std::uintmax_t bytes = std::filesystem::file_size(path, failed);
+    return failed ? 0 : bytes;
+}
+
+/// How much a file that could not be finished would still have had to grow, at least. The writer of DDS files removes
+/// what it has written.
+std::uint64_t BytesLeft(std::string_view extension, const FileContent& content) {
+    if (extension != ".dds") return 1;
+    const int pixel = Utilities::AFormatConvertor::BytesPerPixel(content.format);
+    return std::max<std::uint64_t>(
+        1, static_cast<std::uint64_t>(content.width * content.height) * static_cast<std::uint64_t>(pixel));
+}
+
 }  // namespace
 
-std::string WriteObstacle(const std::filesystem::path& path, EFormat format) {
-    std::string reason = NameObstacle(path);
-    return reason.empty() ? Reason(path, format) : reason;
+std::string WriteObstacle(const std::filesystem::path& path, const FileContent& content) {
+    std::string reason = PlaceObstacle(path);
+    if (reason.empty()) reason = FolderObstacle(path);
+    return reason.empty() ? TypeObstacle(LowerExtension(path), content) : reason;
 }
 
 void FailToWrite(Report& report, const std::filesystem::path& path, const std::string& reason) {
     report.Fail(FailureText(reason), path.string());
 }
 
-bool WriteFile(Report& report, const std::filesystem::path& path, EFormat format,
+bool WriteFile(Report& report, const std::filesystem::path& path, const FileContent& content,
                const std::function<bool(const KString&)>& write) {
     const std::size_t mark = report.Mark();
-    std::string reason = NameObstacle(path);
+    const std::string extension = LowerExtension(path);
+    std::string reason = PlaceObstacle(path);
+    if (reason.empty()) reason = TypeObstacle(extension, content);
     if (reason.empty()) {
         OutputFile output(path);
         const MessageScope scope(report, path.string());
         if (write(OS::FromUtf8(output.TemporaryPath().c_str()).c_str())) {
-            reason = output.Commit();
+            reason = ShortnessObstacle(extension, FileBytes(output.TemporaryPath()));
+            if (reason.empty()) reason = output.Commit();
             if (reason.empty()) return true;
         } else {
-            reason = Reason(path, format);
+            reason = FolderObstacle(path);
+            if (reason.empty()) reason = GrowthObstacle(output.TemporaryPath(), BytesLeft(extension, content));
         }
     }
-    report.FailUnlessSaid(mark, FailureText(reason), path.string());
+    if (reason.empty()) {
+        report.FailUnlessSaid(mark, FailureText(reason), path.string());
+    } else {
+        FailToWrite(report, path, reason);
+    }
     return false;
 }
 
 bool Save(IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path) {
-    const bool written = WriteFile(report, path, image.desc.format, [&](const KString& name) {
+    const FileContent content{image.desc.format, image.desc.width, image.desc.height};
+    const bool written = WriteFile(report, path, content, [&](const KString& name) {
         return handler.SaveTexture(name, image.desc, image.block->mData);
     });
     if (written) NoteWhatStaysOut(report, image.desc, path);

@@ -6,6 +6,7 @@
 #include "Picture.h"
 #include "SaveImage.h"
 #include "Sizes.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <kavra/objects/OS.h>
@@ -110,10 +111,14 @@ void Sheet::Show(std::size_t cell, Report& report) {
     if (!Put(cell, thumbnail)) report.FailUnlessSaid(mark, "cannot be shown");
 }
 
+FileContent Content(const SheetLayout& layout) {
+    return {kR8G8B8A8, layout.Width(), layout.Height()};
+}
+
 /// Why there can be no such sheet; empty when there can.
 std::string Obstacle(const Options& options, const SheetLayout& layout) {
-    const std::string obstacle = WriteObstacle(options.out, kR8G8B8A8);
-    return obstacle.empty() ? SizeObstacle(layout.Width(), layout.Height(), kR8G8B8A8) : obstacle;
+    const std::string obstacle = SizeObstacle(layout.Width(), layout.Height(), kR8G8B8A8);
+    return obstacle.empty() ? WriteObstacle(options.out, Content(layout)) : obstacle;
 }
 
 int Run(const Session& session, const Options& options) {
@@ -130,7 +135,7 @@ int Run(const Session& session, const Options& options) {
     const bool all =
         ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) { sheet->Show(index, report); });
     const bool written = ForOneReport(options.out, [&](Report& report) {
-        WriteFile(report, options.out, kR8G8B8A8, [&](const KString& name) { return sheet->Save(name); });
+        WriteFile(report, options.out, Content(layout), [&](const KString& name) { return sheet->Save(name); });
     });
     return all && written ? kAllDone : kSomeFailed;
 }
@@ -156,10 +161,8 @@ void AddSheet(CLI::App& program, Session& session) {
             "The size of a cell with its margin, a twentieth of its shorter side; 160x120 unless said. Pictures keep "
             "their proportions and are never enlarged")
         ->type_name("WxH");
-    command->add_option("--columns", options->columns, "Cells in a row; about as many as rows unless said")
-        ->check(CLI::PositiveNumber);
-    command->add_option("--jobs", options->jobs, "Files worked on at a time; all cores unless said")
-        ->check(CLI::PositiveNumber);
+    AddWholeNumber(*command, "--columns", options->columns, 1, "Cells in a row; about as many as rows unless said");
+    AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -15,10 +15,13 @@
 namespace Kavra::App {
 namespace {
 
-/// `Count` numbers with one of `separators` between each two, and nothing else.
+constexpr long long kMinInt = std::numeric_limits<int>::min();
+constexpr long long kMaxInt = std::numeric_limits<int>::max();
+
+/// `Count` numbers with one of `separators` between each two, and nothing else. What is too large stays too large.
 template <std::size_t Count>
-std::optional<std::array<int, Count>> ParseNumbers(std::string_view text, std::string_view separators) {
-    std::array<int, Count> numbers{};
+std::optional<std::array<long long, Count>> ParseNumbers(std::string_view text, std::string_view separators) {
+    std::array<long long, Count> numbers{};
     const char* at = text.data();
     const char* const end = at + text.size();
     for (std::size_t i = 0; i < Count; ++i) {
@@ -27,34 +30,61 @@ std::optional<std::array<int, Count>> ParseNumbers(std::string_view text, std::s
             ++at;
         }
         const auto [next, error] = std::from_chars(at, end, numbers[i]);
-        if (error != std::errc()) return std::nullopt;
+        if (error == std::errc::result_out_of_range) {
+            numbers[i] = *at == '-' ? kMinInt - 1 : kMaxInt + 1;
+        } else if (error != std::errc()) {
+            return std::nullopt;
+        }
         at = next;
     }
     return at == end ? std::optional(numbers) : std::nullopt;
 }
 
+bool IsTooLarge(long long number) {
+    return number < kMinInt || number > kMaxInt;
+}
+
 }  // namespace
 
-std::pair<int, int> ParseSize(const std::string& text, int smallest, const std::string& option) {
+std::pair<int, int> ParsePair(const std::string& text, const std::string& option, int smallest,
+                              const PairWords& words) {
     const auto numbers = ParseNumbers<2>(text, "xX");
-    if (!numbers || (*numbers)[0] < smallest || (*numbers)[1] < smallest) {
-        throw CLI::ValidationError(option, text + " is no size; write WIDTHxHEIGHT, as in 640x480");
+    if (!numbers) {
+        throw CLI::ValidationError(
+            option, std::format("{} is no {}; write {}, as in {}", text, words.what, words.form, words.example));
     }
-    return {(*numbers)[0], (*numbers)[1]};
+    if (std::ranges::min(*numbers) < smallest) {
+        throw CLI::ValidationError(option, std::format("{} is too small; each number is {} or more", text, smallest));
+    }
+    if (std::ranges::any_of(*numbers, IsTooLarge)) {
+        throw CLI::ValidationError(option, std::format("{} is too large; each number is at most {}", text, kMaxInt));
+    }
+    return {static_cast<int>((*numbers)[0]), static_cast<int>((*numbers)[1])};
+}
+
+std::pair<int, int> ParseSize(const std::string& text, int smallest, const std::string& option) {
+    return ParsePair(text, option, smallest, {"size", "WIDTHxHEIGHT", "640x480"});
 }
 
 Rect ParseRect(const std::string& text, const std::string& option) {
     const auto numbers = ParseNumbers<4>(text, ",");
-    if (!numbers || (*numbers)[2] < 1 || (*numbers)[3] < 1) {
+    if (!numbers) {
         throw CLI::ValidationError(option, text + " is no rectangle; write X,Y,WIDTH,HEIGHT, as in 10,20,640,480");
     }
-    return {(*numbers)[0], (*numbers)[1], (*numbers)[2], (*numbers)[3]};
+    const auto& [x, y, width, height] = *numbers;
+    if (std::ranges::any_of(*numbers, IsTooLarge)) {
+        throw CLI::ValidationError(option, std::format("{} is too large; each number is at most {}", text, kMaxInt));
+    }
+    if (width < 1 || height < 1) {
+        throw CLI::ValidationError(option, text + " is too small; width and height are 1 or more");
+    }
+    return {static_cast<int>(x), static_cast<int>(y), static_cast<int>(width), static_cast<int>(height)};
 }
 
 std::optional<std::pair<int, int>> ParsePosition(std::string_view text) {
     const auto numbers = ParseNumbers<2>(text, ",");
-    if (!numbers) return std::nullopt;
-    return std::pair((*numbers)[0], (*numbers)[1]);
+    if (!numbers || std::ranges::any_of(*numbers, IsTooLarge)) return std::nullopt;
+    return std::pair(static_cast<int>((*numbers)[0]), static_cast<int>((*numbers)[1]));
 }
 
 std::uint64_t ParseAmount(const std::string& text, std::uint64_t kilo, const std::string& option) {

@@ -19,8 +19,18 @@ struct Rect {
     int height = 0;
 };
 
-/// "640x480" as width and height, each `smallest` or more; throws `CLI::ValidationError`, said of `option`, for
-/// anything else.
+/// What two numbers with an x between them are called, how they are written, and an example.
+struct PairWords {
+    std::string_view what;
+    std::string_view form;
+    std::string_view example;
+};
+
+/// "640x480" as two numbers, each `smallest` or more; throws `CLI::ValidationError`, said of `option`, for anything
+/// else.
+std::pair<int, int> ParsePair(const std::string& text, const std::string& option, int smallest, const PairWords& words);
+
+/// The same for a width and a height.
 std::pair<int, int> ParseSize(const std::string& text, int smallest, const std::string& option = "--size");
 
 /// "10,20,640,480" as a rectangle of at least one pixel; throws `CLI::ValidationError` for anything else.

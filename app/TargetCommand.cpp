@@ -3,6 +3,7 @@
 #include "Picture.h"
 #include "PixelConversion.h"
 #include "SaveImage.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <algorithm>
@@ -36,7 +37,7 @@ void Write(IImageHandler& handler, Report& report, const Options& options) {
     LoadedImage image = LoadFlat(handler, report, options.frame);
     if (image.block == nullptr || !HasPixels(report, image, "made a target")) return;
     if (!IsTargetFormat(image.desc.format)) image = *ToFormat(image, kR32G32B32A32F);
-    const EFormat written = WrittenFormat(image.desc.format);
+    const FileContent written{WrittenFormat(image.desc.format), image.desc.width, image.desc.height};
     const std::string obstacle = WriteObstacle(options.out, written);
     if (!obstacle.empty()) return FailToWrite(report, options.out, obstacle);
     WriteFile(report, options.out, written, [&](const KString& name) {
@@ -62,7 +63,7 @@ void AddTarget(CLI::App& program, Session& session) {
     command->add_flag("--stretch", options->stretch,
                       "Map the range of each channel to 0..255; without it 0..1 is mapped, and more only where values "
                       "lie outside. 8-bit colours are written as they are");
-    command->add_option("--frame", options->frame, "The frame, from 0; of a DDS the mip level");
+    AddFrame(*command, options->frame);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -4,25 +4,24 @@
 #include "PixelConversion.h"
 #include "SaveImage.h"
 #include "Sizes.h"
+#include "Usage.h"
 #include "Workers.h"
 
 #include <kavra/devices/IWriteImageLineProvider.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <format>
-#include <limits>
 #include <memory>
+#include <string_view>
 
 namespace Kavra::App {
 namespace {
 
 using namespace Devices;
 
-constexpr double kMostDpi = 1e6;
-constexpr int kPixelBytes = 4;                               // of a line that is handed over
-constexpr long long kMostBitmapPixels = (1LL << 30) - 1024;  // the file's size is a number of 32 bits
+constexpr int kMostDpi = 1'000'000;
+constexpr PairWords kRepeat = {"number of copies", "ACROSSxDOWN", "4x3"};
 
 struct Options {
     std::string in;
@@ -32,35 +31,11 @@ struct Options {
     int frame = 0;
 };
 
-/// A file type whose writer takes a line at a time and keeps none.
-struct StreamedType {
-    std::string_view extensions;
-    long long most;  // pixels a side
-};
-
-constexpr std::array kStreamedTypes = {
-    StreamedType{" .tif .tiff .exr .bmp ", std::numeric_limits<int>::max() / kPixelBytes},
-    StreamedType{" .png ", 1'000'000},
-    StreamedType{" .jpg .jpeg .jpe ", 65'500},
-    StreamedType{" .tga .sgi .rgb .rgba ", 65'535},
-};
-
-const StreamedType* FindType(const std::string& path) {
+/// Whether the writer of the file type takes a line at a time and keeps none.
+bool IsStreamed(const std::string& path) {
+    constexpr std::string_view kExtensions = " .tif .tiff .exr .bmp .png .jpg .jpeg .jpe .tga .sgi .rgb .rgba ";
     const std::string extension = LowerExtension(path);
-    const auto found = std::ranges::find_if(kStreamedTypes, [&](const StreamedType& type) {
-        return !extension.empty() && type.extensions.contains(" " + extension + " ");
-    });
-    return found != kStreamedTypes.end() ? &*found : nullptr;
-}
-
-/// Why a file of this name cannot hold so many pixels; empty when it can.
-std::string Obstacle(const std::string& path, long long width, long long height) {
-    const std::string extension = LowerExtension(path);
-    const long long most = FindType(path)->most;
-    const std::string size = std::format("{} x {} pixels, and {} files hold ", width, height, extension);
-    if (width > most || height > most) return size + std::format("{} a side", most);
-    if (extension == ".bmp" && width * height > kMostBitmapPixels) return size + "4 GB";
-    return {};
+    return !extension.empty() && kExtensions.contains(" " + extension + " ");
 }
 
 /// The lines of a picture beside and below itself.
@@ -94,25 +69,26 @@ LoadedImage LoadBytes(IImageHandler& handler, Report& report, int frame) {
 }
 
 void Tile(IImageHandler& handler, Report& report, const Options& options) {
-    const std::string obstacle = WriteObstacle(options.out, kR8G8B8A8);
+    std::string obstacle = WriteObstacle(options.out, {kR8G8B8A8, 1, 1});
     if (!obstacle.empty()) return FailToWrite(report, options.out, obstacle);
     const LoadedImage image = LoadBytes(handler, report, options.frame);
     if (image.block == nullptr) return;
 
-    const long long width = static_cast<long long>(image.desc.width) * options.repeat.x;
-    const long long height = static_cast<long long>(image.desc.height) * options.repeat.y;
-    const std::string tooLarge = Obstacle(options.out, width, height);
-    if (!tooLarge.empty()) return FailToWrite(report, options.out, tooLarge);
+    const FileContent content{kR8G8B8A8, static_cast<long long>(image.desc.width) * options.repeat.x,
+                              static_cast<long long>(image.desc.height) * options.repeat.y};
+    obstacle = WriteObstacle(options.out, content);
+    if (!obstacle.empty()) return FailToWrite(report, options.out, obstacle);
     RepeatedLines lines(image, options.repeat);
-    WriteFile(report, options.out, kR8G8B8A8, [&](const KString& name) {
-        return handler.writeImageOneLineAtATime(name, options.dpi, &lines, static_cast<int>(width),
-                                                static_cast<int>(height), image.desc.hasAlpha ? 4 : 3);
+    WriteFile(report, options.out, content, [&](const KString& name) {
+        return handler.writeImageOneLineAtATime(name, options.dpi, &lines, static_cast<int>(content.width),
+                                                static_cast<int>(content.height), image.desc.hasAlpha ? 4 : 3);
     });
 }
 
 int Run(const Session& session, const Options& options) {
-    if (FindType(options.out) == nullptr) {
-        return WrongUsage(options.out + " cannot be written line by line; tif, png, jpg, bmp, tga, sgi and exr can");
+    if (!IsStreamed(options.out)) {
+        return WrongUsage("tile",
+                          options.out + " cannot be written line by line; tif, png, jpg, bmp, tga, sgi and exr can");
     }
     const Host host = session.LoadHost();
     const bool good = ForOneReport(options.in, [&](Report& report) { Tile(host.Handler(), report, options); });
@@ -131,7 +107,7 @@ void AddTile(CLI::App& program, Session& session) {
         ->add_option_function<std::string>(
             "--repeat",
             [options](const std::string& text) {
-                std::tie(options->repeat.x, options->repeat.y) = ParseSize(text, 1, "--repeat");
+                std::tie(options->repeat.x, options->repeat.y) = ParsePair(text, "--repeat", 1, kRepeat);
             },
             "How often, across and down")
         ->type_name("NxM")
@@ -140,9 +116,9 @@ void AddTile(CLI::App& program, Session& session) {
         ->check([](const std::string& text) {
             double dpi = 0;
             const bool good = CLI::detail::lexical_cast(text, dpi) && dpi > 0 && dpi <= kMostDpi;
-            return good ? std::string() : text + " is no resolution";
+            return good ? std::string() : std::format("{} is no number above 0 and up to {}", text, kMostDpi);
         });
-    command->add_option("--frame", options->frame, "The frame, from 0; of a DDS the mip level");
+    AddFrame(*command, options->frame);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -15,16 +15,6 @@
 namespace Kavra::App {
 namespace {
 
-void RunOne(std::size_t index, Report& report, const std::function<void(std::size_t, Report&)>& work) {
-    try {
-        work(index, report);
-    } catch (const std::bad_alloc&) {
-        report.Fail("there is not enough memory");
-    } catch (const std::exception& error) {
-        report.Fail(error.what());
-    }
-}
-
 /// Prints finished reports in order, however they finish.
 class Printer {
 public:
@@ -51,6 +41,16 @@ private:
 
 }  // namespace
 
+void Attempt(Report& report, const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const std::bad_alloc&) {
+        report.Fail("there is not enough memory");
+    } catch (const std::exception& error) {
+        report.Fail(error.what());
+    }
+}
+
 bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<void(std::size_t, Report&)>& work) {
     const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
     const std::size_t workers = std::min(jobs > 0 ? static_cast<std::size_t>(jobs) : cores, reports.size());
@@ -59,7 +59,7 @@ bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<v
         std::atomic<std::size_t> next = 0;
         const auto loop = [&] {
             for (std::size_t index = next++; index < reports.size(); index = next++) {
-                RunOne(index, reports[index], work);
+                Attempt(reports[index], [&] { work(index, reports[index]); });
                 printer.Finished(index);
             }
         };

@@ -14,7 +14,10 @@ namespace Kavra::App {
 /// bar is shown for more than one item when standard error is a terminal. True when no report failed.
 bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<void(std::size_t, Report&)>& work);
 
-/// The same for one file.
+/// Does one file's work; an exception is that file's error.
+void Attempt(Report& report, const std::function<void()>& work);
+
+/// The same as `ForEachReport` for one file.
 bool ForOneReport(const std::string& file, const std::function<void(Report&)>& work);
 
 /// A report for each name, in order.

@@ -5,12 +5,12 @@
 #include "Messages.h"
 #include "OutputFile.h"
 #include "StandardStreams.h"
+#include "Usage.h"
 
 #include <CLI/CLI.hpp>
 
 #include <exception>
 #include <format>
-#include <sstream>
 #include <string>
 
 namespace {
@@ -30,11 +30,7 @@ int Parse(CLI::App& program, int argc, char** argv) {
         program.parse(argc, argv);
         return -1;
     } catch (const CLI::ParseError& error) {
-        std::ostringstream out, err;
-        const bool isHelp = program.exit(error, out, err) == 0;
-        Kavra::App::WriteOutput(out.str());
-        Kavra::App::WriteError(err.str());
-        return isHelp ? Kavra::App::kAllDone : Kavra::App::kWrongUsage;
+        return Kavra::App::AnswerParse(program, error);
     }
 }
 
@@ -63,7 +59,9 @@ int main(int argc, char** argv) {
     Kavra::App::HoldStandardStreams();
     Kavra::App::WatchForInterruption();
     CLI::App program("Loads any image into texture memory, and what was loaded into files", "kavra");
-    program.footer("kavra COMMAND --help tells more, with an example.");
+    program.get_formatter()->enable_footer_formatting(false);  // examples stand below each other
+    program.footer("kavra help COMMAND tells more, with an example.");
+    program.set_version_flag("--version", "kavra " KAVRA_VERSION, "Print the version");
     program.require_subcommand(1);
     Kavra::App::Session session;
     program.add_option("--plugin", session.plugin, "The image-handler module to load")->type_name("PATH");
@@ -80,6 +78,7 @@ int main(int argc, char** argv) {
     Kavra::App::AddLight(program, session);
     Kavra::App::AddFormats(program, session);
     Kavra::App::AddLimitOptions(program);
+    Kavra::App::AddHelp(program, session);
     AddVerbose(program, session);
     const int status = Parse(program, argc, argv);
     return End(status >= 0 ? status : Run(session));

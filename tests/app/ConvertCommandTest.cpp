@@ -48,7 +48,7 @@ TEST(ConvertCommand, SeveralFilesWithoutToAreWrongUsage) {
     const TemporaryFolder folder;
     const ProgramResult result = RunKavra({"convert", Sample("photo.tga"), Sample("grey.png"), folder.Path()});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.error, "kavra: error: --to is required when the output is a folder\n");
+    EXPECT_EQ(result.error, "kavra: convert: error: --to is required when the output is a folder\n");
 }
 
 TEST(ConvertCommand, TwoInputsThatWouldMakeOneOutputAreRefusedBeforeAnyWork) {
@@ -99,7 +99,8 @@ TEST(ConvertCommand, AFailedWriteSaysWhyAndLeavesNothing) {
         {folder / "x.unknown", "error: cannot be written"},
         {folder / "x", "error: cannot be written: the name has no extension to choose a file type by"},
         {folder / "x.ppm", "error: cannot be written: .ppm files hold one or three channels, and kR8G8B8A8 has 4"},
-        {blocker / "sub/x.png", "warning: fail to create specified folder"},
+        {blocker / "sub/x.png", "warning: fail to create specified folder\nkavra: " + (blocker / "sub/x.png").string() +
+                                    ": error: cannot be written: Not a directory"},
     };
     for (const Case& row : cases) {
         const ProgramResult result = RunKavra({"convert", Sample("photo.tga"), row.out});

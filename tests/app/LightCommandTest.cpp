@@ -257,6 +257,56 @@ TEST(LightCommand, APlotThatCannotBeWrittenIsAFailureOfTheFile) {
     EXPECT_EQ(Json::parse(result.out)[0]["error"], "cannot be written");
 }
 
+TEST(LightCommand, APlotThatFailsLeavesTheNumbers) {
+    const TemporaryFolder folder;
+    const std::string map = Sample("studio.hdr");
+    const std::string plot = folder / "plot.unknown";
+    const ProgramResult text = RunKavra({"light", map, "--plot", plot});
+    EXPECT_EQ(text.status, 1);
+    EXPECT_EQ(text.out, RunKavra({"light", map}).out);
+    EXPECT_EQ(text.error, "kavra: " + plot + ": error: cannot be written\n");
+    Json json = Json::parse(RunKavra({"light", map, "--plot", plot, "--json"}).out);
+    EXPECT_EQ(json[0]["error"], "cannot be written");
+    json[0].erase("error");
+    EXPECT_EQ(json, LightJson({map}));
+    const ProgramResult table =
+        RunKavra({"light", map, map, "--plot", folder.Write("file", "no folder").string() + "/x/"});
+    EXPECT_EQ(table.status, 2) << "two maps that would make one plot";
+}
+
+TEST(LightCommand, PixelsThatAreNoNumbersAreSaid) {
+    const TemporaryFolder folder;
+    for (const OIIO::TypeDesc type : {OIIO::TypeDesc::FLOAT, OIIO::TypeDesc::HALF}) {
+        const auto map = WriteMap(folder / "odd.exr", 8, 4, type, [](int x, int y) {
+            return y > 0 ? Rgb{1, 1, 1} : Rgb{x == 1 ? NAN : 1, x == 3 ? INFINITY : 1, x == 5 ? -INFINITY : 1};
+        });
+        const ProgramResult result = RunKavra({"light", map});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.error, "kavra: " + map.string() +
+                                    ": note: 3 of 32 pixels are NaN or infinite; means and lights are not to be "
+                                    "trusted\n");
+    }
+}
+
+TEST(LightCommand, LightsThatAreNothingButBlackAreSaid) {
+    const TemporaryFolder folder;
+    const auto lightOf = [&](const std::function<Rgb(int, int)>& colour, const std::string& lights) {
+        const auto map = WriteMap(folder / "map.exr", 800, 400, OIIO::TypeDesc::HALF, colour);
+        ProgramResult result = RunKavra({"light", map, "--lights", lights});
+        EXPECT_EQ(result.status, 0);
+        return result.error;
+    };
+    const auto black = [](int, int) { return Rgb{}; };
+    // The first samples are acos(0.99), 8.1 degrees, from the zenith: row 18 of 400 is their own.
+    const auto cap = [](int rows) { return [rows](int, int y) { return y < rows ? Rgb{9, 9, 9} : Rgb{}; }; };
+    const std::string note = "kavra: " + (folder / "map.exr").string() +
+                             ": note: the lights are black: the search saw no light in this map\n";
+    EXPECT_EQ(lightOf(black, "8"), note);
+    EXPECT_EQ(lightOf(cap(18), "8"), note);
+    EXPECT_EQ(lightOf(cap(19), "8"), "");
+    EXPECT_EQ(lightOf(black, "0"), "") << "none were looked for";
+}
+
 TEST(LightCommand, FindsTheLightsOfTheSampleEnvironments) {
     // Towards the middles of the softboxes, the sun at (0.45, 0.13, -1), and up.
     const Json softboxes = LightJson({Sample("softboxes.exr")})[0]["lights"];

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,6 +41,22 @@ std::set<std::string> Names(const std::filesystem::path& folder) {
         names.insert(entry.path().filename());
     return names;
 }
+
+/// No file that is written may be larger, as on a disk that is full.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        getrlimit(RLIMIT_FSIZE, &mBefore);
+        const rlimit limit{bytes, mBefore.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &mBefore); }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit mBefore{};
+};
 
 /// 20 MB of DDS that read and write fast.
 std::filesystem::path LargePicture(const TemporaryFolder& folder) {
@@ -110,6 +127,49 @@ TEST(OutputFiles, PlantedLinksAreNotWrittenThrough) {
         EXPECT_FALSE(std::filesystem::is_symlink(folder / name));
     }
     EXPECT_EQ(ReadAll(victim), (std::vector<unsigned char>{'m', 'i', 'n', 'e'}));
+}
+
+TEST(OutputFiles, AWriteThatFindsNoRoomSaysWhy) {
+    const TemporaryFolder folder;
+    // Noise, which no file type makes small.
+    std::mt19937 random(1);
+    const auto in = WritePicture(folder / "in.tga", 200, 200, [&](int, int) {
+        const auto value = [&] { return static_cast<int>(random() % 256); };
+        return Colour{value(), value(), value()};
+    });
+    const std::vector<std::vector<std::string>> commands = {
+        {"convert", in, folder / "out.png"},
+        {"convert", in, folder / "out.dds"},
+        {"frames", in, folder / "%d.tif"},
+        {"resize", in, folder / "out.jp2", "--size", "300x300"},
+        {"crop", in, folder / "out.exr", "--rect", "0,0,100,100"},
+        {"compose", folder / "out.bmp", "--size", "300x300", in.string() + "@0,0"},
+        {"sheet", folder / "out.tga", in, "--cell", "400x400"},
+        {"target", in, folder / "out.png"},
+        {"target", in, folder / "out.dds"},
+        {"tile", in, folder / "out.sgi", "--repeat", "3x3"},
+        {"dump", in, "--out", folder / "block"},
+        {"light", in, "--plot", folder / "plot.png"},
+    };
+    for (const std::vector<std::string>& command : commands) {
+        const FileSizeLimit limit(20'000);
+        const ProgramResult result = RunKavra(command);
+        EXPECT_EQ(result.status, 1) << testing::PrintToString(command);
+        EXPECT_TRUE(result.error.ends_with(": error: cannot be written: File too large\n"))
+            << testing::PrintToString(command) << result.error;
+        EXPECT_EQ(Names(folder.Path()), std::set<std::string>{"in.tga"});
+    }
+}
+
+TEST(OutputFiles, ADdsFileThatWouldNotFitSaysWhyThoughItsWriterHasRemovedIt) {
+    const TemporaryFolder folder;
+    const auto in = LargePicture(folder);
+    const FileSizeLimit limit(5'000'000);
+    for (const std::string command : {"convert", "target"}) {
+        const ProgramResult result = RunKavra({command, in, folder / "out.dds"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_TRUE(result.error.ends_with("out.dds: error: cannot be written: File too large\n")) << result.error;
+    }
 }
 
 TEST(OutputFiles, TheyGetTheRightsThatTheUserGivesToNewFiles) {

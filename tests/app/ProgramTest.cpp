@@ -21,54 +21,6 @@ TEST(Program, EveryCommandHasHelpWithAnExample) {
     }
 }
 
-TEST(Program, WrongUsageIsStatusTwo) {
-    const std::vector<std::vector<std::string>> lines = {
-        {},
-        {"nonsense"},
-        {"info"},
-        {"dump", "x.png"},
-        {"dump", "x.png", "--out", "y", "--size", "12"},
-        {"dump", "x.png", "--out", "y", "--size", "-1x5"},
-        {"dump", "x.png", "--out", "y", "--size", "5x5x5"},
-        {"dump", "x.png", "--out", "y", "--format", "rgb7"},
-        {"dump", "x.png", "--out", "y", "--orientation", "8"},
-        {"info", "x.png", "--jobs", "0"},
-        {"convert", "x.png"},
-        {"crop", "x.png", "y.png"},
-        {"crop", "x.png", "y.png", "--rect", "1,2,3"},
-        {"crop", "x.png", "y.png", "--rect", "1,2,0,5"},
-        {"crop", "x.png", "y.png", "--rect", "1,2,3,4,5"},
-        {"crop", "x.png", "y.png", "--rect", "1,2,3,99999999999"},
-        {"crop", "x.png", "y.png", "--rect", "1,2,3,4", "--size", "0x5"},
-        {"compose", "y.png", "x.png@0,0"},
-        {"compose", "y.png", "--size", "5x5"},
-        {"compose", "y.png", "--size", "5x5", "x.png"},
-        {"compose", "y.png", "--size", "5x5", "x.png@1"},
-        {"compose", "y.png", "--size", "5x5", "x.png@1,2,3"},
-        {"compose", "y.png", "--size", "5x5", "@1,2"},
-        {"compose", "y.png", "--size", "0x5", "x.png@1,2"},
-        {"sheet", "y.png"},
-        {"sheet", "y.png", "x.png", "--cell", "0x5"},
-        {"sheet", "y.png", "x.png", "--columns", "0"},
-        {"target", "x.png"},
-        {"tile", "x.png", "y.png"},
-        {"tile", "x.png", "y.png", "--repeat", "0x5"},
-        {"tile", "x.png", "y.png", "--repeat", "-1x5"},
-        {"tile", "x.png", "y.png", "--repeat", "2x2", "--dpi", "0"},
-        {"tile", "x.png", "y.png", "--repeat", "2x2", "--dpi", "nan"},
-        {"tile", "x.png", "y.png", "--repeat", "2x2", "--dpi", "1e300"},
-        {"resize", "x.png", "y.png", "--size", "0x5"},
-        {"resize", "x.png", "y.png", "--size", "5x5", "--method", "other"},
-        {"resize", "x.png", "y.png", "--size", "5x5", "--filter", "other"},
-    };
-    for (const std::vector<std::string>& line : lines) {
-        const ProgramResult result = RunKavra(line);
-        EXPECT_EQ(result.status, 2) << testing::PrintToString(line);
-        EXPECT_EQ(result.out, "");
-        EXPECT_NE(result.error, "");
-    }
-}
-
 TEST(Program, AMissingModuleIsSaidAndStatusOne) {
     const ProgramResult result = RunKavra({"--plugin", "/nonexistent/module.so", "info", Sample("grey.png")});
     EXPECT_EQ(result.status, 1);

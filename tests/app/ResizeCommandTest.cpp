@@ -150,5 +150,5 @@ TEST(ResizeCommand, ASizeIsRequiredButForACopy) {
     const TemporaryFolder folder;
     const ProgramResult result = RunKavra({"resize", Sample("photo.tga"), folder / "out.png"});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.error, "kavra: error: --size is required\n");
+    EXPECT_EQ(result.error, "kavra: resize: error: --size is required\n");
 }

@@ -96,7 +96,7 @@ TEST(TileCommand, FileTypesThatAreNotWrittenLineByLineAreRefusedBeforeAnyWork) {
     for (const std::string name : {"out.gif", "out.jp2", "out.webp", "out.dds", "out.hdr", "out"}) {
         const ProgramResult result = RunKavra({"tile", "/nonexistent/in.png", folder / name, "--repeat", "2x2"});
         EXPECT_EQ(result.status, 2) << name;
-        EXPECT_EQ(result.error, "kavra: error: " + (folder / name).string() +
+        EXPECT_EQ(result.error, "kavra: tile: error: " + (folder / name).string() +
                                     " cannot be written line by line; tif, png, jpg, bmp, tga, sgi and exr can\n");
     }
     EXPECT_EQ(CountFiles(folder.Path()), 0U);

@@ -33,8 +33,10 @@ std::string TakeText(const std::filesystem::path& path) {
 
 }  // namespace
 
-RunningKavra::RunningKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out)
-    : mOut(out.empty() ? NewFile() : std::filesystem::path()), mError(NewFile()) {
+RunningKavra::RunningKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out,
+                           const std::filesystem::path& error)
+    : mOut(out.empty() ? NewFile() : std::filesystem::path()),
+      mError(error.empty() ? NewFile() : std::filesystem::path()) {
     std::vector<std::string> words = {KAVRA_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -46,10 +48,11 @@ RunningKavra::RunningKavra(const std::vector<std::string>& arguments, const std:
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, (out.empty() ? mOut : out).c_str(), O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, mError.c_str(), O_WRONLY, 0);
-    const int error = posix_spawn(&mProcess, KAVRA_PROGRAM, &actions, nullptr, pointers.data(), environ);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (error.empty() ? mError : error).c_str(),
+                                     O_WRONLY | O_NOCTTY, 0);
+    const int failure = posix_spawn(&mProcess, KAVRA_PROGRAM, &actions, nullptr, pointers.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (error != 0) throw std::runtime_error("kavra cannot be started");
+    if (failure != 0) throw std::runtime_error("kavra cannot be started");
 }
 
 RunningKavra::~RunningKavra() {
@@ -71,8 +74,9 @@ ProgramResult RunningKavra::Wait() {
     return {code, TakeText(mOut), TakeText(mError)};
 }
 
-ProgramResult RunKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out) {
-    return RunningKavra(arguments, out).Wait();
+ProgramResult RunKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out,
+                       const std::filesystem::path& error) {
+    return RunningKavra(arguments, out, error).Wait();
 }
 
 std::filesystem::path Sample(const std::string& name) {

@@ -13,14 +13,16 @@ struct ProgramResult {
     std::string error;
 };
 
-/// Runs `kavra` with these arguments and waits for its end. Standard input is empty. Standard output goes to the file
-/// or device `out`, where one is named, and is not in the result then.
-ProgramResult RunKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out = {});
+/// Runs `kavra` with these arguments and waits for its end. Standard input is empty. Standard output and standard error
+/// go to the files or devices `out` and `error`, where they are named, and are not in the result then.
+ProgramResult RunKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out = {},
+                       const std::filesystem::path& error = {});
 
 /// Starts it without waiting; `Wait` collects the rest.
 class RunningKavra {
 public:
-    explicit RunningKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out = {});
+    explicit RunningKavra(const std::vector<std::string>& arguments, const std::filesystem::path& out = {},
+                          const std::filesystem::path& error = {});
     ~RunningKavra();
     RunningKavra(const RunningKavra&) = delete;
     RunningKavra& operator=(const RunningKavra&) = delete;
