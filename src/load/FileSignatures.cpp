@@ -18,35 +18,22 @@ struct Signature {
 /// What every file that the reader accepts has one of. Left out are formats without a fixed start (Targa, RLA, camera
 /// raw, video) and readers that take more than one kind of it (WebP, HDR, PNM, ICO...).
 constexpr auto kSignatures = std::to_array<Signature>({
-    {"dds", 0, "DDS "sv},
-    {"dicom", 128, "DICM"sv},
-    {"dpx", 0, "SDPX"sv},
-    {"dpx", 0, "XPDS"sv},
-    {"fits", 0, "SIMPLE"sv},
-    {"gif", 0, "GIF"sv},
-    {"iff", 0, "FOR4"sv},
-    {"iff", 0, "FOR8"sv},
-    {"iff", 0, "FORM"sv},
-    {"iff", 0, "CAT4"sv},
-    {"iff", 0, "CAT "sv},
-    {"iff", 0, "LIS4"sv},
-    {"iff", 0, "LIST"sv},
-    {"jpeg", 0, "\xFF\xD8"sv},
-    {"jpeg2000", 0, "\xFF\x4F\xFF\x51"sv},
-    {"jpeg2000", 4, "jP  "sv},
-    {"openexr", 0, "\x76\x2F\x31\x01"sv},
-    {"png", 0, "\x89PNG"sv},
-    {"psd", 0, "8BPS"sv},
-    {"sgi", 0, "\x01\xDA"sv},
-    {"softimage", 0, "\x53\x80\xF6\x34"sv},
-    {"tiff", 0, "II\x2A\0"sv},
-    {"tiff", 0, "MM\0\x2A"sv},
-    {"tiff", 0, "II\x2B\0"sv},
-    {"tiff", 0, "MM\0\x2B"sv},
+    {"dds", 0, "DDS "sv},      {"dpx", 0, "SDPX"sv},
+    {"dpx", 0, "XPDS"sv},      {"fits", 0, "SIMPLE"sv},
+    {"gif", 0, "GIF"sv},       {"iff", 0, "FOR4"sv},
+    {"iff", 0, "FOR8"sv},      {"iff", 0, "FORM"sv},
+    {"iff", 0, "CAT4"sv},      {"iff", 0, "CAT "sv},
+    {"iff", 0, "LIS4"sv},      {"iff", 0, "LIST"sv},
+    {"jpeg", 0, "\xFF\xD8"sv}, {"jpeg2000", 0, "\xFF\x4F\xFF\x51"sv},
+    {"jpeg2000", 4, "jP  "sv}, {"openexr", 0, "\x76\x2F\x31\x01"sv},
+    {"png", 0, "\x89PNG"sv},   {"psd", 0, "8BPS"sv},
+    {"sgi", 0, "\x01\xDA"sv},  {"softimage", 0, "\x53\x80\xF6\x34"sv},
+    {"tiff", 0, "II\x2A\0"sv}, {"tiff", 0, "MM\0\x2A"sv},
+    {"tiff", 0, "II\x2B\0"sv}, {"tiff", 0, "MM\0\x2B"sv},
     {"tiff", 0, "EP\x2A\0"sv},  // as a document imaging program writes it
 });
 
-// DICOM files may also start with their first data element, whose group is one of these, in either order of bytes.
+/// The groups that the first data element of a DICOM file can be of, in either order of bytes.
 constexpr std::array<std::uint8_t, 7> kDicomGroups = {0x02, 0x04, 0x08, 0x10, 0x18, 0x20, 0x28};
 
 bool StartsWithDicomElement(std::span<const std::uint8_t> start) {
@@ -61,10 +48,17 @@ bool Has(const Signature& signature, std::span<const std::uint8_t> start) {
         [](std::uint8_t byte, char expected) { return byte == static_cast<std::uint8_t>(expected); });
 }
 
+/// Whether the first data element stands where it has to: behind a preamble of 128 bytes and its mark, or at the start.
+bool MayBeDicom(std::span<const std::uint8_t> start) {
+    constexpr Signature kMark = {"dicom", 128, "DICM"sv};
+    constexpr std::size_t kFirstElement = kMark.offset + kMark.bytes.size();
+    return StartsWithDicomElement(Has(kMark, start) ? start.subspan(kFirstElement) : start);
+}
+
 }  // namespace
 
 bool MayBeOfFormat(std::string_view format, std::span<const std::uint8_t> start) {
-    if (format == "dicom" && StartsWithDicomElement(start)) return true;
+    if (format == "dicom") return MayBeDicom(start);
     bool known = false;
     for (const Signature& signature : kSignatures) {
         if (signature.format != format) continue;

@@ -12,7 +12,7 @@
 namespace Kavra::Devices {
 
 /// As many bytes as are ever looked at.
-inline constexpr std::size_t kSignatureBytes = 132;
+inline constexpr std::size_t kSignatureBytes = 134;
 
 /// Whether the library's reader of this name may accept a file that starts so; `start` is shorter than
 /// `kSignatureBytes` only when the file is. Always true of a reader whose format starts with no fixed bytes, or that is

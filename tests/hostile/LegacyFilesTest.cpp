@@ -49,10 +49,12 @@ TEST(LegacyHostileFiles, WhatAsksForMuchAndIsAPictureLoads) {
     OIIOImageHandler handler;
     for (const auto& file : files) {
         const MessageRecorder messages;
+        const std::size_t given = ObjModel::BlockCounters().liveBytes;
         ImageDescription desc;
         auto* const block = static_cast<IImageHandler&>(handler).LoadTexture(
             desc, Kavra::Objects::KString(file.wstring().c_str()), 0, 0, 0, kUnknown, false, 0, kTopLeft, nullptr);
         ASSERT_NE(block, nullptr) << file;
+        EXPECT_LE(desc.dataSize, ObjModel::BlockCounters().liveBytes - given) << file;
         block->Delete();
     }
 }

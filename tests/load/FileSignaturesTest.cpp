@@ -22,7 +22,7 @@ TEST(FileSignatures, AFormatsFirstBytesDecide) {
     EXPECT_TRUE(MayBe("tiff", "II\x2A\0"s));
     EXPECT_TRUE(MayBe("tiff", "MM\0\x2B"s));
     EXPECT_TRUE(MayBe("jpeg2000", "\0\0\0\x0CjP  \r\n\x87\n"s));
-    EXPECT_TRUE(MayBe("dicom", std::string(128, '\0') + "DICM"));
+    EXPECT_TRUE(MayBe("dicom", std::string(128, '\0') + "DICM\x02\0"s));
     EXPECT_FALSE(MayBe("png", "II\x2A\0"s));
     for (const char* format : {"dds", "dicom", "dpx", "fits", "gif", "iff", "jpeg", "jpeg2000", "openexr", "png", "psd",
                                "sgi", "softimage", "tiff"}) {
@@ -36,6 +36,14 @@ TEST(FileSignatures, FormatsWithoutOneMayBeAnything) {
         EXPECT_TRUE(MayBe(format, "")) << format;
         EXPECT_TRUE(MayBeOfFormat(format, {})) << format;
     }
+}
+
+TEST(FileSignatures, BehindTheMarkOfADicomFileStandsItsFirstElement) {
+    const std::string preamble = std::string(128, '\0') + "DICM";
+    EXPECT_TRUE(MayBe("dicom", preamble + "\x02\0"s));
+    EXPECT_TRUE(MayBe("dicom", preamble + "\0\x08"s));
+    EXPECT_FALSE(MayBe("dicom", preamble + "\0\0"s)) << "the reader takes zeros for one empty element after another";
+    EXPECT_FALSE(MayBe("dicom", preamble));
 }
 
 TEST(FileSignatures, ADicomFileMayStartWithItsFirstElement) {
