@@ -1,6 +1,7 @@
 // What the first touch of a block costs: the same copy of 256 MB into memory that has been written before, into fresh
 // pages as the system gives them, and into blocks of the host's default allocator, fresh and kept from the one before.
-#include <benchmark/benchmark.h>
+#include "Bench.h"
+
 #include <kavra/objects/ObjModel.h>
 #include <sys/mman.h>
 
@@ -8,10 +9,9 @@
 #include <cstring>
 #include <vector>
 
-#include "common/PixelBlock.h"
-
 namespace {
 
+using Kavra::Bench::CountBytes;
 using Kavra::Common::NewBlock;
 using Kavra::Common::PixelBlock;
 using Kavra::Objects::ObjModel;
@@ -23,10 +23,6 @@ const unsigned char* Source() {
     return source.data();
 }
 
-void CountBytes(benchmark::State& state) {
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(kBytes));
-}
-
 void CopyIntoTouched(benchmark::State& state) {
     Source();
     std::vector<unsigned char> to(kBytes, 2);
@@ -34,7 +30,7 @@ void CopyIntoTouched(benchmark::State& state) {
         std::memcpy(to.data(), Source(), kBytes);
         benchmark::ClobberMemory();
     }
-    CountBytes(state);
+    CountBytes(state, kBytes);
 }
 
 void CopyIntoFreshPages(benchmark::State& state, int advice) {
@@ -46,7 +42,7 @@ void CopyIntoFreshPages(benchmark::State& state, int advice) {
         std::memcpy(to, Source(), kBytes);
         munmap(to, kBytes);
     }
-    CountBytes(state);
+    CountBytes(state, kBytes);
 }
 
 void CopyIntoFreshBlock(benchmark::State& state) {
@@ -56,7 +52,7 @@ void CopyIntoFreshBlock(benchmark::State& state) {
         const PixelBlock to = NewBlock(kBytes);
         std::memcpy(to.get(), Source(), kBytes);
     }
-    CountBytes(state);
+    CountBytes(state, kBytes);
 }
 
 void CopyIntoKeptBlock(benchmark::State& state) {
@@ -65,7 +61,7 @@ void CopyIntoKeptBlock(benchmark::State& state) {
         const PixelBlock to = NewBlock(kBytes);
         std::memcpy(to.get(), Source(), kBytes);
     }
-    CountBytes(state);
+    CountBytes(state, kBytes);
     ObjModel::ReleaseKeptBlock();
 }
 

@@ -1,56 +1,23 @@
 // Loading large band rasters of each layout, beside a plain read of the file and a plain write of the result.
 //
 // The counters are of the best of all runs; "ratio" is the time of a load over the time of both, "cpu_ms" what all
-// cores together spent on a load, which other work on the machine changes least.
+// cores together spent on a load, which other work on the machine changes least. Items are pixels, bytes those of the
+// block.
 
-#include "common/FileHandle.h"
-#include "common/PixelBlock.h"
+#include "Bench.h"
 #include "legacy/BandFile.h"
 
-#include <kavra/objects/OS.h>
-#include <kavra/oiio/OIIOImageHandler.h>
-
-#include <benchmark/benchmark.h>
 #include <sys/resource.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include <array>
 
 namespace {
 
 using namespace Kavra;
-using namespace Kavra::Devices;
+using namespace Kavra::Bench;
 
 constexpr int kSide = 8192;
-constexpr double kPixels = double{kSide} * kSide;
-
-/// The files of one raster, gone with it.
-class RasterFiles {
-public:
-    explicit RasterFiles(const Legacy::BandRaster& raster) {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kavra-bench-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-        mFolder = pattern;
-        Legacy::WriteBandFiles(mFolder / "raster", raster);
-    }
-    ~RasterFiles() {
-        std::error_code ignored;
-        std::filesystem::remove_all(mFolder, ignored);
-    }
-    RasterFiles(const RasterFiles&) = delete;
-    RasterFiles& operator=(const RasterFiles&) = delete;
-
-    std::string Path() const { return (mFolder / "raster.bil").string(); }
-
-private:
-    std::filesystem::path mFolder;
-};
+constexpr std::size_t kPixels = std::size_t{kSide} * kSide;
 
 Legacy::BandRaster Raster(const std::string& layout, int bands, int bits, char type) {
     Legacy::BandRaster raster;
@@ -75,40 +42,6 @@ std::vector<std::array<int, 3>> Ramp(int red, int green, int blue) {
     return palette;
 }
 
-double Seconds(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double TimePlainRead(const std::string& path) {
-    const auto start = std::chrono::steady_clock::now();
-    const Common::FileHandle file(std::fopen(path.c_str(), "rb"));
-    std::vector<char> buffer(std::size_t{1} << 20);
-    while (file && std::fread(buffer.data(), 1, buffer.size(), file.get()) > 0)
-        benchmark::DoNotOptimize(buffer.data());
-    return Seconds(start);
-}
-
-double TimePlainWrite(std::size_t bytes) {
-    const auto start = std::chrono::steady_clock::now();
-    Common::PixelBlock block = Common::NewZeroedBlock(bytes);  // fresh pages, as a load gets them
-    std::memset(block.get(), 255, bytes);
-    benchmark::DoNotOptimize(block.get());
-    block.reset();
-    return Seconds(start);
-}
-
-double TimeLoad(const std::string& path, std::size_t& bytes) {
-    static OIIOImageHandler handler;
-    const auto start = std::chrono::steady_clock::now();
-    ImageDescription desc;
-    IMemoryWrapper<void>* block =
-        handler.LoadTexture(desc, OS::FromUtf8(path.c_str()).c_str(), 0, 0, 1, kUnknown, 0, kTopLeft, nullptr);
-    if (block == nullptr) throw std::runtime_error("cannot load " + path);
-    block->Delete();
-    bytes = desc.dataSize;
-    return Seconds(start);
-}
-
 double ProcessorSeconds() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
@@ -119,25 +52,27 @@ double ProcessorSeconds() {
 }
 
 void LoadBands(benchmark::State& state, const Legacy::BandRaster& raster) {
-    const RasterFiles files(raster);
-    std::size_t bytes = 0;
-    TimeLoad(files.Path(), bytes);
-    double load = 1e9, read = 1e9, write = 1e9, processor = 1e9;
+    const TemporaryFolder folder;
+    Legacy::WriteBandFiles(folder / "raster", raster);
+    const std::filesystem::path path = folder / "raster.bil";
+    const std::size_t bytes = TimeLoad(path).desc.dataSize;
+    Best load, read, write, processor;
     for (auto _ : state) {
-        read = std::min(read, TimePlainRead(files.Path()));
-        write = std::min(write, TimePlainWrite(bytes));
+        read.Add(TimePlainRead(path));
+        write.Add(TimeBlockWrite(bytes, Memory::kFresh));
         const double before = ProcessorSeconds();
-        const double seconds = TimeLoad(files.Path(), bytes);
-        processor = std::min(processor, ProcessorSeconds() - before);
-        load = std::min(load, seconds);
+        const double seconds = TimeLoad(path).seconds;
+        processor.Add(ProcessorSeconds() - before);
+        load.Add(seconds);
         state.SetIterationTime(seconds);
     }
-    state.counters["Mpixel/s"] = kPixels / load / 1e6;
-    state.counters["load_ms"] = 1000 * load;
-    state.counters["cpu_ms"] = 1000 * processor;
-    state.counters["read_ms"] = 1000 * read;
-    state.counters["write_ms"] = 1000 * write;
-    state.counters["ratio"] = load / (read + write);
+    CountItems(state, kPixels);
+    CountBytes(state, bytes);
+    state.counters["load_ms"] = load.Milliseconds();
+    state.counters["cpu_ms"] = processor.Milliseconds();
+    state.counters["read_ms"] = read.Milliseconds();
+    state.counters["write_ms"] = write.Milliseconds();
+    state.counters["ratio"] = load.Seconds() / (read.Seconds() + write.Seconds());
 }
 
 void Bands(benchmark::State& state, const char* layout, int bands, int bits, char type) {

@@ -1,28 +1,26 @@
 // Every conversion of the engine beside a plain copy that moves as many bytes, on all cores: counter `of_limit` is the
 // time of the copy over the time of the conversion, 1 being the physical limit. And an icon beside a plain serial loop:
-// `of_loop` is the time of the loop over the time of the conversion, more than 1 being faster than the loop.
+// `of_loop` is the time of the loop over the time of the conversion, more than 1 being faster than the loop. Items are
+// pixels, bytes those read and written.
 
+#include "Bench.h"
 #include "common/ParallelRange.h"
-#include "common/PixelBlock.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
-#include <benchmark/benchmark.h>
 #include <half.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstring>
-#include <functional>
-#include <limits>
 #include <string>
 
 namespace {
 
 using namespace Kavra;
+using namespace Kavra::Bench;
 using namespace Kavra::Devices;
 using Kavra::Utilities::AFormatConvertor;
 
@@ -74,12 +72,6 @@ constexpr Pair kPairs[] = {
     {"RGBA32F_to_RGBA32F", kR32G32B32A32F, kR32G32B32A32F},
 };
 
-double Seconds(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
 void Convert(EFormat from, std::size_t bytes, void* source, EFormat to) {
     void* result = nullptr;
     std::size_t resultBytes = 0;
@@ -120,16 +112,14 @@ void LargeBlock(benchmark::State& state, const Pair& pair) {
     std::memset(copyTo.get(), 1, moved / 2);
     Convert(pair.from, pixels * from, source.get(), pair.to);  // touches the block that later ones are given
 
-    double copy = std::numeric_limits<double>::max(), conversion = copy;
-    for (auto _ : state) {
-        copy = std::min(copy, Seconds([&] { CopyOnAllCores(copyTo.get(), copyFrom.get(), moved / 2); }));
-        const double time = Seconds([&] { Convert(pair.from, pixels * from, source.get(), pair.to); });
-        conversion = std::min(conversion, time);
-        state.SetIterationTime(time);
-    }
-    state.counters["of_limit"] = copy / conversion;
-    state.counters["GB_s"] = static_cast<double>(moved) / conversion / 1e9;
-    state.counters["copy_GB_s"] = static_cast<double>(moved) / copy / 1e9;
+    const BestTimes best = Beside(
+        state, [&] { Convert(pair.from, pixels * from, source.get(), pair.to); },
+        [&] { CopyOnAllCores(copyTo.get(), copyFrom.get(), moved / 2); });
+    CountItems(state, pixels);
+    CountBytes(state, moved);
+    state.counters["of_limit"] = best.limit / best.work;
+    state.counters["GB_s"] = static_cast<double>(moved) / best.work / 1e9;
+    state.counters["copy_GB_s"] = static_cast<double>(moved) / best.limit / 1e9;
 }
 
 // --- The icon and its plain loops ------------------------------------------------------------------------------------
@@ -178,24 +168,29 @@ void Icon(benchmark::State& state, const Pair& pair, Loop loop) {
     const auto to = static_cast<std::size_t>(AFormatConvertor::BytesPerPixel(pair.to));
     const Common::PixelBlock source = SourcePixels(pair.from, kIconPixels * from);
     constexpr int kRepeats = 100;
-    double plain = std::numeric_limits<double>::max(), conversion = plain;
-    for (auto _ : state) {
-        plain = std::min(plain, Seconds([&] {
-                             for (int i = 0; i < kRepeats; ++i) {
-                                 const Common::PixelBlock out = Common::NewBlock(kIconPixels * to);
-                                 loop(out.get(), source.get());
-                                 benchmark::DoNotOptimize(*out);
-                                 benchmark::ClobberMemory();
-                             }
-                         }));
-        const double time = Seconds([&] {
-            for (int i = 0; i < kRepeats; ++i)
-                Convert(pair.from, kIconPixels * from, source.get(), pair.to);
+    const BestTimes best = BesideTimed(
+        state,
+        [&] {
+            return Seconds([&] {
+                       for (int i = 0; i < kRepeats; ++i)
+                           Convert(pair.from, kIconPixels * from, source.get(), pair.to);
+                   }) /
+                   kRepeats;
+        },
+        [&] {
+            return Seconds([&] {
+                       for (int i = 0; i < kRepeats; ++i) {
+                           const Common::PixelBlock out = Common::NewBlock(kIconPixels * to);
+                           loop(out.get(), source.get());
+                           benchmark::DoNotOptimize(*out);
+                           benchmark::ClobberMemory();
+                       }
+                   }) /
+                   kRepeats;
         });
-        conversion = std::min(conversion, time);
-        state.SetIterationTime(time / kRepeats);
-    }
-    state.counters["of_loop"] = plain / conversion;
+    CountItems(state, kIconPixels);
+    CountBytes(state, kIconPixels * (from + to));
+    state.counters["of_loop"] = best.limit / best.work;
 }
 
 const bool kRegistered = [] {

@@ -1,9 +1,10 @@
 // The light of environment maps beside a plain read of the same bytes: ReadOnce is the limit of the intensity. The
-// search for lights looks at 20,000 pixels at most, so its time must not grow with the map.
+// search for lights looks at 20,000 pixels at most, so its time must not grow with the map: its items are these samples.
+
+#include "Bench.h"
 #include "analysis/RowColours.h"
 
 #include <Imath/half.h>
-#include <benchmark/benchmark.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
 #include <cstdint>
@@ -14,6 +15,8 @@ namespace {
 
 using namespace Kavra::Devices;
 using Kavra::Analysis::PixelKind;
+using Kavra::Bench::CountBytes;
+using Kavra::Bench::CountItems;
 
 struct BenchMap {
     ImageDescription desc;
@@ -43,10 +46,6 @@ BenchMap MakeMap(int width, EFormat format, Look look = Look::kManyLights) {
     for (std::size_t i = 0; i < map.words.size(); ++i)
         map.words[i] = look == Look::kUniform || i % 1021 < 100 ? one : 0;
     return map;
-}
-
-void CountBytes(benchmark::State& state, std::size_t bytes) {
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(bytes));
 }
 
 /// One core adds the words up, as fast as memory gives them.
@@ -108,10 +107,12 @@ template <EFormat kFormat, Look kLook>
 void FindLights(benchmark::State& state) {
     const BenchMap map = MakeMap(static_cast<int>(state.range(0)), kFormat, kLook);
     OIIOImageHandler handler;
-    std::vector<Kavra::vec3<float>> directions(20000), colours(20000);
+    constexpr std::size_t kSamples = 20000;
+    std::vector<Kavra::vec3<float>> directions(kSamples), colours(kSamples);
     unsigned found = 0;
     for (auto _ : state)
-        found = handler.FindIBLLightDirections(map.desc, map.Data(), directions.data(), colours.data(), 20000);
+        found = handler.FindIBLLightDirections(map.desc, map.Data(), directions.data(), colours.data(), kSamples);
+    CountItems(state, kSamples);
     state.counters["lights"] = found;
 }
 

@@ -1,9 +1,9 @@
 // Pictures on their way out beside a plain copy of the same bytes, or the bare library call, in the same run: counter
 // `times_copy` or `times_library` is the best time of the operation over the best time of the other. And the memory
-// that the line writer takes on the way to pictures of different heights.
+// that the line writer takes on the way to pictures of different heights. Bytes are those of the pixels that go in.
 
+#include "Bench.h"
 #include "common/HostObject.h"
-#include "common/PixelBlock.h"
 #include "output/FloatsAsBytes.h"
 
 #include <kavra/devices/IWriteImageLineProvider.h>
@@ -14,51 +14,35 @@
 #include <kavra/oiio/OIIOImageHandler.h>
 
 #include <OpenImageIO/imagebufalgo.h>
-#include <benchmark/benchmark.h>
 #include <malloc.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 #include <string>
 #include <vector>
 
 namespace {
 
 using namespace Kavra;
+using namespace Kavra::Bench;
 using namespace Kavra::Devices;
 
 using Block = Common::HostObject<IMemoryWrapper<void>>;
 using Bytes = std::vector<unsigned char>;
 
-template <class Work>
-double Seconds(const Work& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    benchmark::ClobberMemory();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-/// Runs both in turn and reports the best of each.
-template <class Work, class Other>
-void Beside(benchmark::State& state, const char* counter, const Work& work, const Other& other) {
-    double best = std::numeric_limits<double>::max(), bestOther = best;
-    for (auto _ : state) {
-        bestOther = std::min(bestOther, Seconds(other));
-        const double time = Seconds(work);
-        best = std::min(best, time);
-        state.SetIterationTime(time);
-    }
-    state.counters[counter] = best / bestOther;
+/// Reports the best time of the work over that of the copy, and bytes a second.
+template <class Work, class Copy>
+void BesideCopy(benchmark::State& state, std::size_t bytes, const Work& work, const Copy& copy) {
+    state.counters["times_copy"] = Beside(state, work, copy).Ratio();
+    CountBytes(state, bytes);
 }
 
 // --- Image objects: a rectangle of 4 MB in images of 8 bits a channel ------------------------------------------------
 
 constexpr int kSide = 1000, kPixelBytes = 4;
+constexpr std::size_t kRectangleBytes = std::size_t{kSide} * kSide * kPixelBytes;
 
 void CopyRectangle(unsigned char* to, std::size_t toPitch, const unsigned char* from, std::size_t fromPitch) {
     for (std::size_t y = 0; y < kSide; ++y)
@@ -82,8 +66,8 @@ struct TwoImages {
 
 void ImagePaste(benchmark::State& state) {
     TwoImages images(static_cast<int>(state.range(0)));
-    Beside(
-        state, "times_copy", [&] { images.image.Paste(&images.source, 0, 0, kSide, kSide, 100, 100); },
+    BesideCopy(
+        state, kRectangleBytes, [&] { images.image.Paste(&images.source, 0, 0, kSide, kSide, 100, 100); },
         [&] {
             CopyRectangle(&images.bytes[100 * images.pitch], images.pitch, images.otherBytes.data(), images.pitch);
         });
@@ -91,8 +75,8 @@ void ImagePaste(benchmark::State& state) {
 
 void ImageLoadRect(benchmark::State& state) {
     TwoImages images(static_cast<int>(state.range(0)));
-    Beside(
-        state, "times_copy",
+    BesideCopy(
+        state, kRectangleBytes,
         [&] {
             ImageDescription desc;
             const Block block(
@@ -112,8 +96,8 @@ void ImageFromTarget(benchmark::State& state) {
     MemoryTarget target(kSide, kSide, state.range(0) != 0 ? kB8G8R8A8 : kR8G8B8A8);
     Bytes bytes(std::size_t{kSide} * kSide * kPixelBytes, 1), copy(bytes);
     constexpr std::size_t kPitch = std::size_t{kSide} * kPixelBytes;
-    Beside(
-        state, "times_copy", [&] { OIIOImage image(static_cast<ATarget*>(&target)); },
+    BesideCopy(
+        state, bytes.size(), [&] { OIIOImage image(static_cast<ATarget*>(&target)); },
         [&] { CopyRectangle(copy.data(), kPitch, bytes.data(), kPitch); });
 }
 
@@ -132,7 +116,9 @@ void SaveBlueFirst(benchmark::State& state) {
         desc.format = format;
         if (!handler.SaveTexture(name, desc, bytes.data())) state.SkipWithError("not saved");
     };
-    Beside(state, "times_red_first", [&] { save(kB8G8R8A8); }, [&] { save(kR8G8B8A8); });
+    const BestTimes best = Beside(state, [&] { save(kB8G8R8A8); }, [&] { save(kR8G8B8A8); });
+    CountBytes(state, bytes.size());
+    state.counters["times_red_first"] = best.Ratio();
     std::filesystem::remove(path);
 }
 
@@ -153,8 +139,8 @@ void FloatStaging(benchmark::State& state) {
                          .width = kWidth,
                          .height = kHeight,
                          .channels = channels};
-    Beside(
-        state, "times_copy", [&] { benchmark::DoNotOptimize(FloatsAsBytes(rows, stretch).get()); },
+    BesideCopy(
+        state, floats.size() * sizeof(float), [&] { benchmark::DoNotOptimize(FloatsAsBytes(rows, stretch).get()); },
         [&] { std::memcpy(copy.data(), floats.data(), floats.size() * sizeof(float)); });
 }
 
@@ -185,28 +171,31 @@ struct Resizing {
 
 void ResizeCopy(benchmark::State& state) {
     Resizing resizing({kWide, kHigh, 1});
-    Beside(
-        state, "times_copy", [&] { resizing.Run(kResizeCopy); },
+    BesideCopy(
+        state, resizing.source.size(), [&] { resizing.Run(kResizeCopy); },
         [&] { std::memcpy(resizing.copy.data(), resizing.source.data(), resizing.source.size()); });
 }
 
 void ResizeCrop(benchmark::State& state) {
     Resizing resizing({kWide - 100, kHigh - 100, 1});
     const std::size_t bytes = std::size_t{kWide - 100} * (kHigh - 100) * kPixelBytes;
-    Beside(
-        state, "times_copy", [&] { resizing.Run(kResizeCropOrPad); },
+    BesideCopy(
+        state, bytes, [&] { resizing.Run(kResizeCropOrPad); },
         [&] { std::memcpy(resizing.copy.data(), resizing.source.data(), bytes); });
 }
 
 void ResizeFilter(benchmark::State& state) {
     Resizing resizing({kWide / 4, kHigh / 4, 1});
-    Beside(
-        state, "times_library", [&] { resizing.Run(kResizeFilter, kFilterMitchell); },
+    const BestTimes best = Beside(
+        state, [&] { resizing.Run(kResizeFilter, kFilterMitchell); },
         [&] {
             const OIIO::ImageBuf from(OIIO::ImageSpec(kWide, kHigh, 4, OIIO::TypeUInt8), resizing.source.data());
             OIIO::ImageBuf to(OIIO::ImageSpec(kWide / 4, kHigh / 4, 4, OIIO::TypeUInt8), resizing.copy.data());
             OIIO::ImageBufAlgo::resize(to, from, {{"filtername", "mitchell"}});
         });
+    CountItems(state, std::size_t{kWide} * kHigh);
+    CountBytes(state, resizing.source.size());
+    state.counters["times_library"] = best.Ratio();
 }
 
 BENCHMARK(ResizeCopy)->UseManualTime()->Unit(benchmark::kMillisecond);
@@ -262,6 +251,7 @@ void LineWriterMemory(benchmark::State& state, const char* extension) {
         state.counters["growth_MB"] = StatusMegabytes("VmHWM") - before;
         if (!written) state.SkipWithError("not written");
     }
+    CountBytes(state, std::size_t{kWidth} * 4 * static_cast<std::size_t>(state.range(0)));
     std::filesystem::remove(path);
 }
 
@@ -272,6 +262,7 @@ const bool kRegistered = [] {
             ->Arg(4000)
             ->Arg(40000)
             ->Iterations(1)
+            ->UseRealTime()
             ->Unit(benchmark::kSecond);
     }
     return true;

@@ -1,33 +1,15 @@
-// Loading large PCX files, beside a plain write of the result into fresh memory.
+// Loading large PCX files, beside a plain write of the result.
 //
-// "pixels" are those loaded a second, "written" those that a plain write makes; both in the same turn.
+// "ratio" is the best time of a load over that of the write, both into the block kept from the one before. Items are
+// pixels, bytes those of the block.
 
-#include "common/PixelBlock.h"
+#include "Bench.h"
 #include "legacy/PcxFile.h"
-#include "readers/FileTypeDetection.h"
-#include "readers/ImageFileType.h"
-#include "readers/ImageReaderInterface.h"
-#include "readers/LegacyLoad.h"
-
-#include <kavra/objects/OS.h>
-
-#include <benchmark/benchmark.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace Kavra;
-using namespace Kavra::Devices;
+using namespace Kavra::Bench;
 
 constexpr int kSize = 8192;
 constexpr std::size_t kPixels = static_cast<std::size_t>(kSize) * kSize;
@@ -64,71 +46,24 @@ struct Layout {
     bool isCoded = true;
 };
 
-/// A file that goes when the benchmark ends.
-class File {
-public:
-    explicit File(const Layout& layout) {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kavra-bench-XXXXXX").string();
-        const int handle = mkstemp(pattern.data());
-        if (handle < 0) throw std::runtime_error("no temporary file");
-        close(handle);
-        mPath = pattern;
-        Legacy::PcxPicture picture{kSize, kSize, layout.bitsPerPlane, layout.planes, layout.isCoded, {}, {}};
-        const bool isIndexed = layout.bitsPerPlane * layout.planes <= 8;
-        const unsigned mask = (1U << (layout.bitsPerPlane * (isIndexed ? layout.planes : 1))) - 1;
-        picture.samples = Samples(layout.scene, isIndexed ? 1 : layout.planes, mask);
-        if (isIndexed) picture.palette.resize(3 * (mask + 1), 99);
-        const std::vector<unsigned char> bytes = Legacy::PcxFile(picture);
-        std::ofstream(mPath, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    }
-    ~File() {
-        std::error_code ignored;
-        std::filesystem::remove(mPath, ignored);
-    }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
-
-    Objects::KString Name() const { return Objects::KString(OS::FromUtf8(mPath.c_str()).c_str()); }
-
-private:
-    std::filesystem::path mPath;
-};
-
-double Seconds(std::chrono::steady_clock::duration duration) {
-    return std::chrono::duration<double>(duration).count();
-}
-
-double TimeLoad(const Objects::KString& name) {
-    const auto start = std::chrono::steady_clock::now();
-    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(PCX));
-    ImageDescription desc;
-    const Common::PixelBlock block = LoadThroughReader(*reader, desc, name, {});
-    if (!block || desc.dataSize != 4 * kPixels) throw std::runtime_error("not loaded");
-    return Seconds(std::chrono::steady_clock::now() - start);
-}
-
-double TimeWrite() {
-    const auto start = std::chrono::steady_clock::now();
-    const Common::PixelBlock block = Common::NewBlock(4 * kPixels);
-    std::memset(block.get(), 99, 4 * kPixels);
-    benchmark::DoNotOptimize(block.get());
-    return Seconds(std::chrono::steady_clock::now() - start);
+std::vector<unsigned char> File(const Layout& layout) {
+    Legacy::PcxPicture picture{kSize, kSize, layout.bitsPerPlane, layout.planes, layout.isCoded, {}, {}};
+    const bool isIndexed = layout.bitsPerPlane * layout.planes <= 8;
+    const unsigned mask = (1U << (layout.bitsPerPlane * (isIndexed ? layout.planes : 1))) - 1;
+    picture.samples = Samples(layout.scene, isIndexed ? 1 : layout.planes, mask);
+    if (isIndexed) picture.palette.resize(3 * (mask + 1), 99);
+    return Legacy::PcxFile(picture);
 }
 
 void LoadPcx(benchmark::State& state, const Layout& layout) {
-    const File file(layout);
-    TimeLoad(file.Name());
-    double load = 0, write = 0;
-    for (auto _ : state) {
-        write += TimeWrite();
-        const double seconds = TimeLoad(file.Name());
-        load += seconds;
-        state.SetIterationTime(seconds);
-    }
-    const auto pixels = static_cast<double>(kPixels) * static_cast<double>(state.iterations());
-    state.counters["pixels"] = benchmark::Counter(pixels / load);
-    state.counters["written"] = benchmark::Counter(pixels / write);
+    const TemporaryFolder folder;
+    const auto path = folder.Write("picture.pcx", File(layout));
+    if (TimeLoad(path).desc.dataSize != 4 * kPixels) return state.SkipWithError("loaded wrongly");
+    const BestTimes best = BesideTimed(
+        state, [&] { return TimeLoad(path).seconds; }, [] { return TimeBlockWrite(4 * kPixels, Memory::kKept); });
+    CountItems(state, kPixels);
+    CountBytes(state, 4 * kPixels);
+    state.counters["ratio"] = best.Ratio();
 }
 
 #define KAVRA_PCX_BENCH(name, ...) \

@@ -4,31 +4,16 @@
 // "over_plain" is the time of a load over that of reading the file's bytes and writing fresh memory of the block's
 // size.
 
-#include "common/PixelBlock.h"
+#include "Bench.h"
 
-#include <kavra/objects/OS.h>
-#include <kavra/oiio/OIIOImageHandler.h>
-
-#include <benchmark/benchmark.h>
-
-#include <algorithm>
-#include <chrono>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <limits>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace {
 
-using namespace Kavra;
-using namespace Kavra::Devices;
+using namespace Kavra::Bench;
+using Kavra::Devices::ImageDescription;
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 
 /// Which frame of a file is loaded, and how many frames of pixels that decodes.
 struct Case {
@@ -42,51 +27,18 @@ constexpr Case kCases[] = {{"large-8.pcx"}, {"large-24.pcx"}, {"large-32.pct"}, 
                            {"drawing.cal"}, {"rgb.bil"},      {"grey.bil"},     {"animation.flc", 18, 19},
                            {"short.bil"},   {"float.bil"}};
 
-double Seconds(Clock::duration duration) {
-    return std::chrono::duration<double>(duration).count();
-}
-
-struct LoadTime {
-    double seconds = 0;
-    double pixels = 0;
-    std::size_t blockBytes = 0;
-};
-
-LoadTime TimeLoad(const fs::path& path, int frame) {
-    static OIIOImageHandler handler;
-    const Objects::KString name(OS::FromUtf8(path.c_str()).c_str());
-    const auto start = Clock::now();
-    ImageDescription desc;
-    IMemoryWrapper<void>* block = handler.LoadTexture(desc, name, 0, 0, 1, kUnknown, frame, kTopLeft, nullptr);
-    if (block == nullptr) throw std::runtime_error("cannot load " + path.string());
-    block->Delete();
-    return {Seconds(Clock::now() - start), static_cast<double>(desc.width) * desc.height, desc.dataSize};
-}
-
-double TimePlain(const fs::path& path, std::size_t blockBytes) {
-    const auto start = Clock::now();
-    std::ifstream file(path, std::ios::binary);
-    std::vector<char> chunk(1 << 20);
-    while (file.read(chunk.data(), static_cast<std::streamsize>(chunk.size())) || file.gcount() > 0)
-        benchmark::DoNotOptimize(chunk.data());
-    const Common::PixelBlock block = Common::NewBlock(blockBytes);
-    std::memset(block.get(), 0xAB, blockBytes);
-    benchmark::DoNotOptimize(block.get());
-    return Seconds(Clock::now() - start);
-}
-
 void PeerFile(benchmark::State& state, const fs::path& path, const Case& which) {
-    double load = std::numeric_limits<double>::infinity(), plain = load, pixels = 0;
-    for (auto _ : state) {
-        const LoadTime time = TimeLoad(path, which.frame);
-        plain = std::min(plain, TimePlain(path, time.blockBytes));
-        load = std::min(load, time.seconds);
-        pixels = time.pixels * which.framesDecoded;
-        state.SetIterationTime(time.seconds);
-    }
-    state.counters["pixels"] = pixels;
-    state.counters["Mpixel/s"] = pixels / load / 1e6;
-    state.counters["over_plain"] = load / plain;
+    const ImageDescription desc = TimeLoad(path, which.frame).desc;
+    const std::size_t pixels = static_cast<std::size_t>(desc.width) * static_cast<std::size_t>(desc.height) *
+                               static_cast<std::size_t>(which.framesDecoded);
+    const BestTimes best = BesideTimed(
+        state, [&] { return TimeLoad(path, which.frame).seconds; },
+        [&] { return TimePlainRead(path) + TimeBlockWrite(desc.dataSize, Memory::kKept); });
+    CountItems(state, pixels);
+    CountBytes(state, desc.dataSize);
+    state.counters["pixels"] = static_cast<double>(pixels);
+    state.counters["Mpixel/s"] = static_cast<double>(pixels) / best.work / 1e6;
+    state.counters["over_plain"] = best.Ratio();
 }
 
 [[maybe_unused]] const bool kRegistered = [] {

@@ -1,18 +1,20 @@
 // Turning a 24-megapixel picture: into touched memory (beside a plain copy), and as a new image (beside the library's
 // own operations, which do the same).
+
+#include "Bench.h"
+#include "load/geometry/PixelGrid.h"
+
 #include <OpenImageIO/imagebufalgo.h>
-#include <benchmark/benchmark.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
 #include <cstddef>
 #include <cstring>
 #include <vector>
 
-#include "load/geometry/PixelGrid.h"
-
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Bench::CountBytes;
 
 constexpr int kWidth = 6000, kHeight = 4000;
 
@@ -32,10 +34,6 @@ struct Pictures {
     std::size_t pixelBytes;
     std::vector<unsigned char> from, to;
 };
-
-void CountBytes(benchmark::State& state, std::size_t bytes) {
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(bytes));
-}
 
 void TurnCopy(benchmark::State& state) {
     Pictures pictures(static_cast<std::size_t>(state.range(0)));
