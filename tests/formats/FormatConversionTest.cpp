@@ -1,4 +1,5 @@
 #include "frame/host/devices/EveryVectorWidth.h"
+#include "support/FailingAllocator.h"
 #include "support/MessageRecorder.h"
 
 #include <kavra/devices/AFormatConvertor.h>
@@ -295,33 +296,6 @@ TEST(FormatConversion, NoSourceIsAPairThatIsNotHandledUnlessItIsEmpty) {
     }
 }
 
-/// Counts what is alive and has no more memory after a number of blocks.
-class FailingAllocator final : public Objects::IMemoryAllocator {
-public:
-    explicit FailingAllocator(int granted) : mLeft(granted), mBehind(ObjModel::mDefaultAllocator) {
-        ObjModel::mDefaultAllocator = this;
-    }
-    ~FailingAllocator() override { ObjModel::mDefaultAllocator = mBehind; }
-
-    void* Allocate(std::size_t bytes) override {
-        if (mLeft-- == 0) throw std::bad_alloc();
-        ++alive;
-        largest = std::max(largest, bytes);
-        return mBehind->Allocate(bytes);
-    }
-    void Free(void* block, std::size_t bytes) noexcept override {
-        --alive;
-        mBehind->Free(block, bytes);
-    }
-
-    int alive = 0;
-    std::size_t largest = 0;
-
-private:
-    int mLeft;
-    Objects::IMemoryAllocator* mBehind;
-};
-
 TEST(FormatConversion, LeavesNothingBehindWhenThereIsNoMemory) {
     ByteVector source(4800, 1);
     for (const EFormat from : kSources) {
@@ -330,16 +304,16 @@ TEST(FormatConversion, LeavesNothingBehindWhenThereIsNoMemory) {
             if (!OIIOImageHandler::CanConvertTo(from, target)) continue;
             if (Utilities::AFormatConvertor::BytesPerPixel(target) == 0) continue;
             for (int granted = 0;; ++granted) {
-                FailingAllocator allocator(granted);
+                FailingAllocator allocator(ObjModel::mDefaultAllocator, granted);
                 void* dst = kGarbage;
                 std::size_t bytes = kUntouched;
                 try {
                     OIIOImageHandler::FormatConversion(from, source.size(), source.data(), target, dst, bytes);
-                    EXPECT_EQ(allocator.alive, 1) << from << " to " << to;  // the result, and no intermediate
+                    EXPECT_EQ(allocator.LiveBlocks(), 1) << from << " to " << to;  // the result, and no intermediate
                     Objects::KavraDelete(dst);
                     break;
                 } catch (const std::bad_alloc&) {
-                    EXPECT_EQ(allocator.alive, 0) << from << " to " << to;
+                    EXPECT_EQ(allocator.LiveBlocks(), 0) << from << " to " << to;
                     EXPECT_EQ(bytes, kUntouched);
                 }
             }
@@ -355,11 +329,11 @@ TEST(FormatConversion, TheBlockHoldsAllTheBytesThatAreReportedWhateverTheSourceE
             if (Utilities::AFormatConvertor::BytesPerPixel(target) == 0) continue;
             for (std::size_t size = 0; size < 40; ++size) {
                 ByteVector source(size + 1, 0x11);
-                FailingAllocator allocator(100);
+                FailingAllocator allocator(ObjModel::mDefaultAllocator, 100);
                 void* dst = kGarbage;
                 std::size_t bytes = kUntouched;
                 OIIOImageHandler::FormatConversion(from, size, source.data(), target, dst, bytes);
-                EXPECT_LE(bytes, allocator.largest) << from << " to " << to << " of " << size;
+                EXPECT_LE(bytes, allocator.LargestBlock()) << from << " to " << to << " of " << size;
                 Objects::KavraDelete(dst);
             }
         }

@@ -1,6 +1,7 @@
 // PCX files through the whole module, as a host meets them.
 
 #include "legacy/PcxFile.h"
+#include "support/FileFacts.h"
 #include "support/Loading.h"
 #include "support/MessageRecorder.h"
 #include "support/TemporaryFolder.h"
@@ -83,14 +84,7 @@ TEST_F(PcxThroughTheModule, EveryLayoutComesOutAsItWentIn) {
 TEST_F(PcxThroughTheModule, IsDescribedWithoutItsPixels) {
     ImageDesc* desc = handler.GetImageDesc(Wide(Write({21, 13, 8, 3, true, {}, SomeSamples(21 * 13 * 3, 256)})));
     ASSERT_NE(desc, nullptr);
-    EXPECT_EQ(desc->width, 21);
-    EXPECT_EQ(desc->height, 13);
-    EXPECT_EQ(desc->depth, 1);
-    EXPECT_EQ(desc->format, kR8G8B8A8);
-    EXPECT_EQ(desc->textureType, kTexture2D);
-    EXPECT_EQ(desc->frameCount, 1);
-    EXPECT_EQ(desc->orientation, kTopLeft);
-    EXPECT_EQ(desc->gamma, 2.2);
+    EXPECT_EQ(FactsOf(*desc), (FileFacts{.width = 21, .height = 13}));
     desc->Delete();
 }
 

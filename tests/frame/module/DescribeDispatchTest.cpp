@@ -1,4 +1,5 @@
 #include "frame/module/SampleFiles.h"
+#include "support/FileFacts.h"
 #include "support/MessageRecorder.h"
 
 #include <gmock/gmock.h>
@@ -38,14 +39,7 @@ TEST_F(GetImageDesc, TellsWhatTheImageLibraryTells) {
     spec.attribute("Orientation", 6);
     const auto desc = Describe(WritePicture(folder, "p.tif", spec, Counting<unsigned char>(45)));
     ASSERT_NE(desc, nullptr);
-    EXPECT_EQ(desc->width, 5);
-    EXPECT_EQ(desc->height, 3);
-    EXPECT_EQ(desc->depth, 1);
-    EXPECT_EQ(desc->format, kR8G8B8A8);
-    EXPECT_EQ(desc->textureType, kTexture2D);
-    EXPECT_EQ(desc->frameCount, 1);
-    EXPECT_EQ(desc->orientation, kRightTop);
-    EXPECT_EQ(desc->gamma, 2.2);
+    EXPECT_EQ(FactsOf(*desc), (FileFacts{.width = 5, .height = 3, .orientation = kRightTop}));
 }
 
 TEST_F(GetImageDesc, CountsTheFrames) {
@@ -99,23 +93,13 @@ TEST_F(GetImageDesc, PrefersTheImageLibraryForOtherDdsFiles) {
     const auto desc = Describe(
         WriteDds(folder, "bgra.dds", {.format = kB8G8R8A8, .width = 4, .height = 2}, Counting<unsigned char>(32)));
     ASSERT_NE(desc, nullptr);
-    EXPECT_EQ(desc->format, kR8G8B8A8);
-    EXPECT_EQ(desc->width, 4);
-    EXPECT_EQ(desc->height, 2);
-    EXPECT_EQ(desc->frameCount, 1);
+    EXPECT_EQ(FactsOf(*desc), (FileFacts{.width = 4, .height = 2}));
 }
 
 TEST_F(GetImageDesc, KeepsTheHostsValuesWhereTheImageLibraryRefusesTheDds) {
     const auto desc = Describe(FloatDds());
     ASSERT_NE(desc, nullptr);
-    EXPECT_EQ(desc->width, 4);
-    EXPECT_EQ(desc->height, 4);
-    EXPECT_EQ(desc->depth, 1);
-    EXPECT_EQ(desc->format, kR32G32B32A32F);
-    EXPECT_EQ(desc->textureType, kTexture2D);
-    EXPECT_EQ(desc->frameCount, 3);
-    EXPECT_EQ(desc->orientation, kTopLeft);
-    EXPECT_EQ(desc->gamma, 2.2);
+    EXPECT_EQ(FactsOf(*desc), (FileFacts{.width = 4, .height = 4, .format = kR32G32B32A32F, .frameCount = 3}));
 }
 
 TEST_F(GetImageDesc, TellsOneFaceOfACubeMapAndItsLevels) {
@@ -124,10 +108,7 @@ TEST_F(GetImageDesc, TellsOneFaceOfACubeMapAndItsLevels) {
         WriteDds(folder, "cube.dds", {.format = kR8G8B8A8, .width = 8, .height = 8, .levels = 4, .type = kTextureCube},
                  Counting<unsigned char>(6 * 85 * 4)));
     ASSERT_NE(desc, nullptr);
-    EXPECT_EQ(desc->textureType, kTextureCube);
-    EXPECT_EQ(desc->width, 8);
-    EXPECT_EQ(desc->height, 8);
-    EXPECT_EQ(desc->frameCount, 4);
+    EXPECT_EQ(FactsOf(*desc), (FileFacts{.width = 8, .height = 8, .textureType = kTextureCube, .frameCount = 4}));
 }
 
 TEST_F(GetImageDesc, TellsTheSlicesOfAVolume) {
@@ -157,13 +138,7 @@ TEST_F(GetImageDesc, TakesOpenExrFilesThatTheLibraryHasNoFormatForFromTheHost) {
         const auto desc = Describe(WritePicture(folder, "integers.exr", ImageSpec(3, 2, channels, OIIO::TypeUInt32),
                                                 Counting<std::uint32_t>(static_cast<std::size_t>(6 * channels))));
         ASSERT_NE(desc, nullptr);
-        EXPECT_EQ(desc->width, 3);
-        EXPECT_EQ(desc->height, 2);
-        EXPECT_EQ(desc->depth, 1);
-        EXPECT_EQ(desc->format, format);
-        EXPECT_EQ(desc->textureType, kTexture2D);
-        EXPECT_EQ(desc->frameCount, 1);
-        EXPECT_EQ(desc->gamma, 2.2);
+        EXPECT_EQ(FactsOf(*desc), (FileFacts{.width = 3, .height = 2, .format = format}));
     }
 }
 

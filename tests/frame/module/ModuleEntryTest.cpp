@@ -1,5 +1,6 @@
 // The module as a host has it: loaded at run time, started and stopped through its two entries.
 
+#include "support/FailingAllocator.h"
 #include "support/MessageRecorder.h"
 
 #include <OpenImageIO/imageio.h>
@@ -9,11 +10,10 @@
 #include <kavra/objects/ObjModel.h>
 #include <kavra/objects/Toolkit.h>
 
-#include <new>
-
 namespace {
 
 using namespace Kavra::Objects;
+using Kavra::Tests::FailingAllocator;
 using Kavra::Tests::MessageRecorder;
 
 class Module : public testing::Test {
@@ -149,21 +149,9 @@ TEST_F(Module, SilencesTheImageLibrary) {
         EXPECT_EQ(OIIO::get_int_attribute(name, -1), 0) << name;
 }
 
-/// No object can be had.
-class EmptyAllocator final : public IMemoryAllocator {
-public:
-    EmptyAllocator() { ObjModel::mHeapAllocator = this; }
-    ~EmptyAllocator() override { ObjModel::mHeapAllocator = mPrevious; }
-    void* Allocate(std::size_t) override { throw std::bad_alloc(); }
-    void Free(void*, std::size_t) noexcept override {}
-
-private:
-    IMemoryAllocator* mPrevious = ObjModel::mHeapAllocator;
-};
-
 TEST_F(Module, AnswersFalseWhenThereIsNoMemoryForTheHandler) {
     {
-        const EmptyAllocator empty;
+        const FailingAllocator none(ObjModel::mHeapAllocator, 0);
         EXPECT_FALSE(initialize());
     }
     EXPECT_FALSE(factory.Contains(key));

@@ -3,7 +3,6 @@
 #include <kavra/devices/DDSWriter.h>
 
 #include <cstdint>
-#include <new>
 #include <stdexcept>
 
 namespace Kavra::Tests {
@@ -47,38 +46,5 @@ template std::filesystem::path WriteDds(const TemporaryFolder&, std::string_view
                                         const std::vector<unsigned char>&);
 template std::filesystem::path WriteDds(const TemporaryFolder&, std::string_view, const DdsPicture&,
                                         const std::vector<float>&);
-
-FailingAllocator::FailingAllocator(Objects::IMemoryAllocator*& place, int allowed)
-    : mPlace(place), mReal(place), mAllowed(allowed) {
-    place = this;
-}
-
-FailingAllocator::~FailingAllocator() {
-    mPlace = mReal;
-}
-
-void FailingAllocator::Take() {
-    if (mAllowed == 0) {
-        mRefused = true;
-        throw std::bad_alloc();
-    }
-    --mAllowed;
-    ++mLive;
-}
-
-void* FailingAllocator::Allocate(std::size_t bytes) {
-    Take();
-    return mReal->Allocate(bytes);
-}
-
-void* FailingAllocator::AllocateZeroed(std::size_t bytes) {
-    Take();
-    return mReal->AllocateZeroed(bytes);
-}
-
-void FailingAllocator::Free(void* block, std::size_t bytes) noexcept {
-    --mLive;
-    mReal->Free(block, bytes);
-}
 
 }  // namespace Kavra::Tests

@@ -1,12 +1,12 @@
 /// Small files and owners for the tests of the whole module.
 #pragma once
 
+#include "support/FailingAllocator.h"
 #include "support/TemporaryFolder.h"
 
 #include <OpenImageIO/imageio.h>
 #include <kavra/devices/EFormat.h>
 #include <kavra/devices/ETextureType.h>
-#include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/IMemoryWrapper.h>
 #include <kavra/objects/ObjModel.h>
 
@@ -60,32 +60,6 @@ struct Live {
     std::size_t blocks = Objects::ObjModel::BlockCounters().liveBlocks;
     std::size_t objects = Objects::ObjModel::ObjectCounters().liveBlocks;
     bool operator==(const Live&) const = default;
-};
-
-/// Stands in for one of the host's allocators and refuses every request after the first `allowed` ones.
-class FailingAllocator final : public Objects::IMemoryAllocator {
-public:
-    FailingAllocator(Objects::IMemoryAllocator*& place, int allowed);
-    ~FailingAllocator() override;
-    FailingAllocator(const FailingAllocator&) = delete;
-    FailingAllocator& operator=(const FailingAllocator&) = delete;
-
-    void* Allocate(std::size_t bytes) override;
-    void* AllocateZeroed(std::size_t bytes) override;
-    void Free(void* block, std::size_t bytes) noexcept override;
-
-    bool HasRefused() const { return mRefused; }
-    /// Blocks given out and not yet given back.
-    int LiveBlocks() const { return mLive; }
-
-private:
-    void Take();
-
-    Objects::IMemoryAllocator*& mPlace;
-    Objects::IMemoryAllocator* mReal;
-    int mAllowed;
-    int mLive = 0;
-    bool mRefused = false;
 };
 
 }  // namespace Kavra::Tests
