@@ -9,7 +9,9 @@
 
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 using namespace Kavra::Devices;
 using namespace Kavra::Tests;
@@ -50,6 +52,23 @@ TEST_F(Samples, TheSameFileAlwaysGivesTheSameBlock) {
         const auto second = LoadFile(handler, path);
         ASSERT_TRUE(first && second) << path;
         EXPECT_EQ(first->bytes, second->bytes) << path;
+    }
+}
+
+TEST_F(Samples, AllEightOrientationsAreTheSamePictureUpright) {
+    const auto upright = LoadFile(handler, Sample("photo-orientation-1.jpg"));
+    ASSERT_TRUE(upright);
+    for (int orientation = 2; orientation <= 8; ++orientation) {
+        const auto path = Sample("photo-orientation-" + std::to_string(orientation) + ".jpg");
+        const auto image = LoadFile(handler, path);
+        ASSERT_TRUE(image);
+        ASSERT_EQ(image->desc.width, upright->desc.width) << orientation;
+        ASSERT_EQ(image->desc.height, upright->desc.height) << orientation;
+        // What is left is the loss of coding it in blocks that lie elsewhere.
+        double difference = 0;
+        for (std::size_t i = 0; i < image->bytes.size(); ++i)
+            difference += std::abs(image->bytes[i] - upright->bytes[i]);
+        EXPECT_LT(difference / static_cast<double>(image->bytes.size()), 2) << orientation;
     }
 }
 

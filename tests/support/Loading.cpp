@@ -32,7 +32,8 @@ std::vector<std::filesystem::path> AllSamples() {
     std::vector<std::filesystem::path> samples;
     for (const auto& entry :
          std::filesystem::directory_iterator(std::filesystem::path(KAVRA_SOURCE_DIR) / "examples")) {
-        if (entry.is_regular_file()) samples.push_back(entry.path());
+        const bool isAbout = entry.path().extension() == ".md" || entry.path().filename() == "SHA256SUMS";
+        if (entry.is_regular_file() && !isAbout) samples.push_back(entry.path());
     }
     std::ranges::sort(samples);
     return samples;

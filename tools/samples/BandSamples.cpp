@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <filesystem>
 
 namespace Kavra::Samples {
@@ -13,25 +12,9 @@ namespace {
 
 using Legacy::BandRaster;
 
-/// Metres above the sea on an island, for places from 0 to 1.
-float Altitude(float x, float y) {
-    const auto peak = [x, y](float atX, float atY, float width, float metres) {
-        const float dx = (x - atX) / width, dy = (y - atY) / width;
-        return metres * std::exp(-(dx * dx + dy * dy));
-    };
-    const float hills =
-        90 * std::sin(9 * x + 4 * y) * std::sin(11 * y - 3 * x) + 40 * std::sin(23 * x) * std::sin(19 * y);
-    const float land =
-        peak(0.42F, 0.40F, 0.22F, 1500) + peak(0.66F, 0.60F, 0.18F, 900) + peak(0.30F, 0.68F, 0.13F, 500);
-    return land + hills * std::min(1.0F, land / 300) - 160;
-}
-
 BandRaster Photo() {
-    const Picture picture = Paint(120, 80, Landscape, true);
-    BandRaster raster{.columns = picture.width, .rows = picture.height, .bands = 3};
-    for (const float value : picture.values)
-        raster.samples.push_back(static_cast<unsigned char>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F));
-    return raster;
+    const Picture picture = Paint(120, 80, Fields, true);
+    return {.columns = picture.width, .rows = picture.height, .bands = 3, .samples = ToBytes(picture)};
 }
 
 /// Calls `add(altitude)` for each pixel of the map.

@@ -1,28 +1,18 @@
 #include "BilevelSamples.h"
 
+#include "Picture.h"
 #include "legacy/CalsFile.h"
 #include "legacy/RlcFile.h"
 
 #include <array>
 #include <cmath>
-#include <fstream>
 #include <numbers>
-#include <span>
-#include <stdexcept>
-#include <vector>
 
 namespace Kavra::Samples {
 namespace {
 
 using Legacy::Bitmap;
 using Legacy::ByteBuilder;
-
-void WriteFile(const std::string& path, const ByteBuilder& file) {
-    std::ofstream stream(path, std::ios::binary);
-    const std::span<const unsigned char> bytes = file.Bytes();
-    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (!stream) throw std::runtime_error("cannot write " + path);
-}
 
 /// How far a point is from a circle.
 float FromCircle(float x, float y, float centreX, float centreY, float radius) {
@@ -94,18 +84,25 @@ Bitmap Engraving(const Picture& picture) {
     return image;
 }
 
+/// A flower before a ground that is lit from behind it.
+Colour FlowerInLight(float x, float y) {
+    const Cutout flower = Flower(x, y);
+    const float aside = std::hypot((x - 0.5F) * 1.5F, y - 0.5F);
+    return flower.coverage > 0 ? flower.colour : Scaled({1, 1, 1}, 0.62F * std::exp(-3.2F * aside * aside));
+}
+
 }  // namespace
 
-void WriteBilevelSamples(const std::string& folder, const Picture& photo) {
+void WriteBilevelSamples(const std::string& folder) {
     const Bitmap drawing = Drawing();
-    WriteFile(folder + "/drawing.cal", Legacy::CalsFile(drawing));
+    WriteBytes(folder + "/drawing.cal", Legacy::CalsFile(drawing).Bytes());
     // What is stored needs a quarter turn clockwise to be displayed.
-    WriteFile(folder + "/drawing-turned.cal", Legacy::CalsFile(Turned(drawing), {.orientation = "270,270"}));
+    WriteBytes(folder + "/drawing-turned.cal", Legacy::CalsFile(Turned(drawing), {.orientation = "270,270"}).Bytes());
 
-    ByteBuilder engraving = Legacy::RlcFile(Engraving(photo));
-    WriteFile(folder + "/engraving.rlc", engraving);
+    ByteBuilder engraving = Legacy::RlcFile(Engraving(Paint(480, 320, FlowerInLight, true)));
+    WriteBytes(folder + "/engraving.rlc", engraving.Bytes());
     Legacy::AddRlcDirectory(engraving, std::array{Legacy::RlcEntry{.type = 2}, Legacy::RlcEntry{.type = 2}});
-    WriteFile(folder + "/engraving-directory.rlc", engraving);
+    WriteBytes(folder + "/engraving-directory.rlc", engraving.Bytes());
 }
 
 }  // namespace Kavra::Samples

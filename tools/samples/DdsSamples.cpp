@@ -1,5 +1,7 @@
 #include "DdsSamples.h"
 
+#include "Picture.h"
+
 #include <kavra/devices/DDSWriter.h>
 #include <kavra/objects/OS.h>
 
@@ -14,10 +16,6 @@ namespace {
 
 using namespace Devices;
 using Bytes = std::vector<unsigned char>;
-
-unsigned char ToByte(float value) {
-    return static_cast<unsigned char>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F);
-}
 
 /// The picture at another size, each pixel the mean of the box it covers.
 Picture Shrink(const Picture& picture, int width, int height) {
@@ -43,15 +41,10 @@ Picture Shrink(const Picture& picture, int width, int height) {
 }
 
 Bytes ToRgba8(const Picture& picture) {
+    const Bytes colours = ToBytes(picture);
     Bytes bytes;
-    for (int y = 0; y < picture.height; ++y) {
-        for (int x = 0; x < picture.width; ++x) {
-            const float* p = picture.At(x, y);
-            for (int c = 0; c < 3; ++c)
-                bytes.push_back(ToByte(p[c]));
-            bytes.push_back(picture.channels == 4 ? ToByte(p[3]) : 255);
-        }
-    }
+    for (std::size_t i = 0; i < colours.size(); i += 3)
+        bytes.insert(bytes.end(), {colours[i], colours[i + 1], colours[i + 2], 255});
     return bytes;
 }
 
@@ -151,20 +144,23 @@ Bytes VolumeBytes(int size, int depth) {
 
 }  // namespace
 
-void WriteDdsSamples(const std::string& folder, const Picture& photo, const Picture& light) {
-    const Picture square = Shrink(photo, 128, 128);
-    WriteDds(folder + "/photo.dds", kTexture2D, kR8G8B8A8, 128, 128, 1, 1, ToRgba8(square));
+void WriteDdsSamples(const std::string& folder) {
+    const auto spheres = [](float x, float y) { return Spheres(x, y, 1).colour; };
+    WriteDds(folder + "/photo.dds", kTexture2D, kR8G8B8A8, 128, 128, 1, 1, ToRgba8(Paint(128, 128, spheres, true)));
 
+    const Picture tile = Paint(128, 128, Ornament, false);
     Bytes mips;
     for (int level = 0; level < 8; ++level)
-        mips.append_range(ToRgba8(Shrink(square, 128 >> level, 128 >> level)));
+        mips.append_range(ToRgba8(Shrink(tile, 128 >> level, 128 >> level)));
     WriteDds(folder + "/mips.dds", kTexture2D, kR8G8B8A8, 128, 128, 1, 8, mips);
-    WriteDds(folder + "/bc1.dds", kTexture2D, kBC1, 128, 128, 1, 1, ToBc1(square));
-    WriteDds(folder + "/dx10.dds", kTexture2D, kBC1Srgb, 128, 128, 1, 1, ToBc1(square));
 
-    const Picture lightAlpha = WithAlpha(Shrink(light, 64, 64));
-    Bytes floats(lightAlpha.values.size() * sizeof(float));
-    std::memcpy(floats.data(), lightAlpha.values.data(), floats.size());
+    const Bytes bricks = ToBc1(Paint(128, 128, Bricks, false));
+    WriteDds(folder + "/bc1.dds", kTexture2D, kBC1, 128, 128, 1, 1, bricks);
+    WriteDds(folder + "/dx10.dds", kTexture2D, kBC1Srgb, 128, 128, 1, 1, bricks);
+
+    const Picture flame = PaintCutout(64, 64, Flame, false);
+    Bytes floats(flame.values.size() * sizeof(float));
+    std::memcpy(floats.data(), flame.values.data(), floats.size());
     WriteDds(folder + "/float.dds", kTexture2D, kR32G32B32A32F, 64, 64, 1, 1, floats);
 
     WriteDds(folder + "/cube.dds", kTextureCube, kR8G8B8A8, 64, 64, 1, 1, CubeBytes(64, 1));

@@ -1,6 +1,7 @@
 #include "EnvironmentSamples.h"
 
 #include "Picture.h"
+#include "Vector.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,47 +12,14 @@ namespace {
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
-struct Vector {
-    float x, y, z;
-
-    Vector operator+(const Vector& o) const { return {x + o.x, y + o.y, z + o.z}; }
-    Vector operator-(const Vector& o) const { return {x - o.x, y - o.y, z - o.z}; }
-    Vector operator*(float f) const { return {x * f, y * f, z * f}; }
-};
-
-float Dot(const Vector& a, const Vector& b) {
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
-Vector Cross(const Vector& a, const Vector& b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-Vector Normalised(const Vector& a) {
-    return a * (1 / std::sqrt(Dot(a, a)));
-}
-
 /// +y up, +x right, -z ahead.
 Vector DirectionOf(float u, float v) {
     const float radius = std::sin(kPi * v);
     return {-radius * std::sin(2 * kPi * u), std::cos(kPi * v), radius * std::cos(2 * kPi * u)};
 }
 
-Colour Scaled(const Colour& a, float f) {
-    return {a[0] * f, a[1] * f, a[2] * f};
-}
-
 Colour Sum(const Colour& a, const Colour& b) {
     return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
-}
-
-Colour Mix(const Colour& a, const Colour& b, float t) {
-    return Sum(Scaled(a, 1 - t), Scaled(b, t));
-}
-
-float Smooth(float from, float to, float value) {
-    const float t = std::clamp((value - from) / (to - from), 0.0F, 1.0F);
-    return t * t * (3 - 2 * t);
 }
 
 /// A rectangle of light that faces the eye, which is at the origin.
@@ -163,7 +131,6 @@ Colour Overcast(float u, float v) {
 void WriteEnvironments(const std::string& folder) {
     OIIO::ImageSpec spec(OIIO::TypeDesc::HALF);
     spec.attribute("compression", "dwaa");
-    spec.attribute("DateTime", "2026:01:01 00:00:00");  // the same bytes whenever they are made
     const auto write = [&](const char* name, const Painter& painter) {
         WriteImage(folder + "/" + name, Paint(512, 256, painter, false), spec);
     };

@@ -1,8 +1,6 @@
 /// The PCX sample files.
 #pragma once
 
-#include "Picture.h"
-
 #include <string>
 
 namespace Kavra::Samples {

@@ -1,7 +1,7 @@
 #include "Picture.h"
 
 #include <algorithm>
-#include <cmath>
+#include <fstream>
 #include <stdexcept>
 
 namespace Kavra::Samples {
@@ -22,6 +22,7 @@ OIIO::ImageSpec SpecFor(const Picture& picture, OIIO::ImageSpec spec) {
         full.alpha_channel = 1;
     }
     full.attribute("oiio:UnassociatedAlpha", 1);
+    full.attribute("DateTime", "2026:01:01 00:00:00");  // the same bytes whenever they are made
     return full;
 }
 
@@ -32,36 +33,56 @@ OIIO::ImageSpec SpecFor(const Picture& picture, OIIO::ImageSpec spec) {
 }  // namespace
 
 Picture Paint(int width, int height, const Painter& painter, bool display) {
+    const Picture cutout =
+        PaintCutout(width, height, [&painter](float x, float y) { return Cutout{painter(x, y), 1}; }, display);
+    Picture picture{width, height, 3, {}};
+    for (std::size_t i = 0; i < cutout.values.size(); i += 4)
+        picture.values.insert(picture.values.end(), &cutout.values[i], &cutout.values[i] + 3);
+    return picture;
+}
+
+Picture PaintCutout(int width, int height, const CutoutPainter& painter, bool display) {
     constexpr int kSamples = 3;
-    Picture picture{width, height, 3, std::vector<float>(static_cast<std::size_t>(width) * height * 3)};
+    constexpr float kLeast = 1e-4F;  // so that a pixel without coverage has a colour too
+    Picture picture{width, height, 4, std::vector<float>(static_cast<std::size_t>(width) * height * 4)};
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             Colour sum = {0, 0, 0};
+            float weights = 0, coverage = 0;
             for (int i = 0; i < kSamples * kSamples; ++i) {
-                const float sx = (static_cast<float>(x) + (static_cast<float>(i % kSamples) + 0.5F) / kSamples);
-                const float sy = (static_cast<float>(y) + (static_cast<float>(i / kSamples) + 0.5F) / kSamples);
-                const Colour sample = painter(sx / static_cast<float>(width), sy / static_cast<float>(height));
-                for (int c = 0; c < 3; ++c)
-                    sum[c] += sample[c] / (kSamples * kSamples);
+                const auto across = (static_cast<float>(i % kSamples) + 0.5F) / kSamples;
+                const auto down = (static_cast<float>(i / kSamples) + 0.5F) / kSamples;
+                const Cutout sample = painter((static_cast<float>(x) + across) / static_cast<float>(width),
+                                              (static_cast<float>(y) + down) / static_cast<float>(height));
+                const float weight = std::max(sample.coverage, kLeast);
+                sum = Add(sum, sample.colour, weight);
+                weights += weight;
+                coverage += sample.coverage;
             }
-            std::ranges::transform(sum, picture.At(x, y), [display](float v) { return display ? ToDisplay(v) : v; });
+            std::ranges::transform(sum, picture.At(x, y),
+                                   [&](float value) { return display ? ToDisplay(value / weights) : value / weights; });
+            picture.At(x, y)[3] = coverage / (kSamples * kSamples);
         }
     }
     return picture;
 }
 
-Picture WithAlpha(const Picture& picture) {
-    Picture result{picture.width, picture.height, 4,
-                   std::vector<float>(static_cast<std::size_t>(picture.width) * picture.height * 4)};
-    for (int y = 0; y < picture.height; ++y) {
-        for (int x = 0; x < picture.width; ++x) {
-            std::copy_n(picture.At(x, y), 3, result.At(x, y));
-            const float dx = 2 * (static_cast<float>(x) + 0.5F) / static_cast<float>(picture.width) - 1;
-            const float dy = 2 * (static_cast<float>(y) + 0.5F) / static_cast<float>(picture.height) - 1;
-            result.At(x, y)[3] = std::clamp((0.95F - std::sqrt(dx * dx + dy * dy)) * 8, 0.0F, 1.0F);
+Picture Stored(const Picture& upright, int orientation) {
+    const bool turned = orientation >= 5;
+    const int width = turned ? upright.height : upright.width;
+    const int height = turned ? upright.width : upright.height;
+    // Whether a stored column or row counts from the far end of the side that it lies along when displayed.
+    const bool columnsBack = orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
+    const bool rowsBack = orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+    Picture stored{width, height, upright.channels, std::vector<float>(upright.values.size())};
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const int column = columnsBack ? width - 1 - x : x;
+            const int row = rowsBack ? height - 1 - y : y;
+            std::copy_n(turned ? upright.At(row, column) : upright.At(column, row), upright.channels, stored.At(x, y));
         }
     }
-    return result;
+    return stored;
 }
 
 Picture Brightness(const Picture& picture) {
@@ -74,6 +95,20 @@ Picture Brightness(const Picture& picture) {
         }
     }
     return result;
+}
+
+std::vector<unsigned char> ToBytes(const Picture& picture) {
+    std::vector<unsigned char> bytes(picture.values.size());
+    std::ranges::transform(picture.values, bytes.begin(), [](float value) {
+        return static_cast<unsigned char>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F);
+    });
+    return bytes;
+}
+
+void WriteBytes(const std::string& path, std::span<const unsigned char> bytes) {
+    std::ofstream stream(path, std::ios::binary);
+    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    if (!stream.flush()) Fail(path, "cannot be written");
 }
 
 void WriteImage(const std::string& path, const Picture& picture, OIIO::ImageSpec spec) {

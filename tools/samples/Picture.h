@@ -6,6 +6,7 @@
 #include <OpenImageIO/imageio.h>
 
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,15 +24,25 @@ struct Picture {
 };
 
 using Painter = std::function<Colour(float x, float y)>;
+using CutoutPainter = std::function<Cutout(float x, float y)>;
 
 /// Paints three channels, each pixel the mean of 3 x 3 samples; `display` brings them to display values.
 Picture Paint(int width, int height, const Painter& painter, bool display);
 
-/// The same picture with a fourth channel: a soft-edged disc.
-Picture WithAlpha(const Picture& picture);
+/// Paints four channels, the last one the coverage; colours are not multiplied by it.
+Picture PaintCutout(int width, int height, const CutoutPainter& painter, bool display);
+
+/// What a file stores so that the tag `orientation` (Exif: 1 to 8) brings this picture upright.
+Picture Stored(const Picture& upright, int orientation);
 
 /// One channel: the brightness (ITU-R BT.709 weights).
 Picture Brightness(const Picture& picture);
+
+/// The values as bytes, 0 to 1 becoming 0 to 255.
+std::vector<unsigned char> ToBytes(const Picture& picture);
+
+/// Writes a file. Throws `std::runtime_error`.
+void WriteBytes(const std::string& path, std::span<const unsigned char> bytes);
 
 /// Writes one image; `spec` gives attributes, the pixel type of the file and tiles, the picture the size and channels.
 /// Throws `std::runtime_error`.

@@ -2,45 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <numbers>
 
 namespace Kavra::Samples {
 namespace {
 
 constexpr float kHorizon = 0.62F;
-
-Colour Mix(const Colour& a, const Colour& b, float t) {
-    t = std::clamp(t, 0.0F, 1.0F);
-    return {a[0] + (b[0] - a[0]) * t, a[1] + (b[1] - a[1]) * t, a[2] + (b[2] - a[2]) * t};
-}
-
-Colour Add(const Colour& a, const Colour& b, float weight) {
-    return {a[0] + b[0] * weight, a[1] + b[1] * weight, a[2] + b[2] * weight};
-}
-
-float Hash(int x, int seed) {
-    auto bits = static_cast<std::uint32_t>(x * 374761393 + seed * 668265263);
-    bits = (bits ^ (bits >> 13)) * 1274126177U;
-    return static_cast<float>((bits ^ (bits >> 16)) & 0xFFFF) / 65535.0F;
-}
-
-float Noise(float x, int seed) {
-    const float cell = std::floor(x);
-    const float t = x - cell;
-    const float smooth = t * t * (3 - 2 * t);
-    const int i = static_cast<int>(cell);
-    return Hash(i, seed) * (1 - smooth) + Hash(i + 1, seed) * smooth;
-}
-
-/// Sum of octaves, 0 to about 1.
-float Ridge(float x, int seed, int octaves) {
-    float sum = 0;
-    float weight = 0.5F;
-    for (int octave = 0; octave < octaves; ++octave, x *= 2.1F, weight *= 0.5F)
-        sum += weight * Noise(x, seed + octave);
-    return sum;
-}
 
 Colour Sky(float x, float y) {
     const Colour high = {0.05F, 0.10F, 0.28F};
