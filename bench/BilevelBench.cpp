@@ -16,6 +16,7 @@ namespace {
 
 using namespace Kavra;
 using namespace Kavra::Bench;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Devices;
 using Legacy::Bitmap;
 
@@ -74,7 +75,7 @@ void DecodeFax(benchmark::State& state, Ccitt::Mode mode, std::vector<unsigned c
     for (auto _ : state) {
         ByteSource source{std::span<const unsigned char>(data)};
         Ccitt::Decoder decoder(source, image.width, mode, Ccitt::BitOrder::kMostSignificantFirst);
-        if (decoder.DecodeRows(rows) != Ccitt::Result::kDecoded) return state.SkipWithError("cannot decode");
+        if (decoder.DecodeRows(rows) != Ccitt::Outcome::kDecoded) return state.SkipWithError("cannot decode");
     }
     if (rows != image.bytes) state.SkipWithError("decoded wrongly");
     CountItems(state, static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height));

@@ -1,7 +1,7 @@
 // The byte source: the same walk over a file and over memory must see the same bytes as the input itself.
 
 #include "FuzzFile.h"
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 namespace {
 
 using namespace Kavra;
-using Devices::ByteSource;
+using Common::ByteSource;
 
 void Require(bool holds) {
     if (!holds) std::abort();

@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int width = 1 + (data[1] + 256 * data[2]) % 2600;
     const std::span<const unsigned char> bytes(data + kChoices, size - kChoices);
 
-    Devices::ByteSource source(bytes);
+    Common::ByteSource source(bytes);
     Decoder decoder(source, width, mode, order);
     Tests::CcittModel model(bytes, width, mode, order);
     std::vector<unsigned char> row((static_cast<std::size_t>(width) + 7) / 8);

@@ -1,6 +1,6 @@
 #include "readers/FileTypeDetection.h"
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/ImageFileType.h"
 #include "readers/cals/CalsReader.h"
 #include "readers/flic/FlicReader.h"
@@ -16,6 +16,10 @@
 #include <unordered_set>
 
 namespace Kavra::Devices {
+
+using Common::ByteSource;
+using Common::LittleAt;
+using Common::Result;
 
 namespace {
 
@@ -66,7 +70,7 @@ int IsCommonImageExtension(const KString& path) {
 
 int DetectImageFileType(const KString& path) {
     if (const int common = IsCommonImageExtension(path); common > 0) return common;
-    ReadResult<ByteSource> source = ByteSource::Open(path);
+    Result<ByteSource> source = ByteSource::Open(path);
     if (!source) return None;
     for (const ContentProbe& probe : kContentProbes) {
         if (probe.accepts(*source)) return probe.type;

@@ -4,7 +4,7 @@
 #include "formats/PixelFormatMapping.h"
 #include "load/geometry/AdaptiveResize.h"
 #include "load/geometry/Reorientation.h"
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageReaderInterface.h"
 

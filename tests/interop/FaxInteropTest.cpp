@@ -15,6 +15,7 @@
 namespace {
 
 using namespace Kavra::Tests;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Devices;
 
 using Bytes = std::vector<unsigned char>;
@@ -75,7 +76,7 @@ Bytes DecodeStrip(const FaxFile& file, int width, int height) {
     Ccitt::Decoder decoder(source, width, file.mode, file.order);
     Bytes row(static_cast<std::size_t>(width + 7) / 8), bits;
     for (int y = 0; y < height; ++y) {
-        EXPECT_NE(decoder.DecodeRows(row), Ccitt::Result::kBadCode) << file.name << " row " << y;
+        EXPECT_NE(decoder.DecodeRows(row), Ccitt::Outcome::kBadCode) << file.name << " row " << y;
         for (int x = 0; x < width; ++x)
             bits.push_back(row[static_cast<std::size_t>(x) / 8] >> (7 - x % 8) & 1);
     }

@@ -12,6 +12,9 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+using Common::Result;
+
 namespace {
 
 constexpr std::size_t kRecordBytes = 128;
@@ -86,7 +89,7 @@ bool IsCals(ByteSource& source) {
 bool CALSReader::Open(const KString& path) {
     mSource.reset();
     mHeader = {};
-    ReadResult<ByteSource> source = ByteSource::Open(path);
+    Result<ByteSource> source = ByteSource::Open(path);
     if (!source) return false;
     const CalsHeader header(*source);
     if (!header.IsCals()) return false;

@@ -13,7 +13,7 @@
 /// Records that are not listed are not used.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
 
 #include <kavra/devices/EDataOrientation.h>
@@ -33,7 +33,7 @@ public:
 
     CalsHeader() = default;
     /// The header at the start of a file, which may be shorter; what is missing reads as zero.
-    explicit CalsHeader(ByteSource& source);
+    explicit CalsHeader(Common::ByteSource& source);
 
     /// Whether it begins with a document identifier and its raster type is 1, in records that the file holds whole.
     bool IsCals() const;
@@ -55,7 +55,7 @@ private:
 };
 
 /// Whether the file is one that the reader opens. The position of the source does not matter and is not kept.
-bool IsCals(ByteSource& source);
+bool IsCals(Common::ByteSource& source);
 
 /// Shows the image in negative: what the coding calls white comes out opaque black, and black opaque white.
 ///
@@ -75,7 +75,7 @@ public:
     EDataOrientation GetOrientation() override { return mHeader.Orientation(); }
 
 private:
-    std::optional<ByteSource> mSource;  // nothing unless a file is open
+    std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     CalsHeader mHeader;
 };
 

@@ -21,40 +21,40 @@ void WarnOfBadCode(const RowDecoder& row) {
 
 }  // namespace
 
-Decoder::Decoder(ByteSource& source, std::int32_t width, Mode mode, BitOrder order)
+Decoder::Decoder(Common::ByteSource& source, std::int32_t width, Mode mode, BitOrder order)
     : mInput(source, order),
       mMode(mode),
       mRowBytes((static_cast<std::size_t>(std::max(width, 0)) + 7) / 8),
       mReference(std::max(width, 0)),
       mCurrent(std::max(width, 0)) {}
 
-Result Decoder::DecodeRows(std::span<unsigned char> rows) {
-    if (mRowBytes == 0) return Result::kDecoded;
+Outcome Decoder::DecodeRows(std::span<unsigned char> rows) {
+    if (mRowBytes == 0) return Outcome::kDecoded;
     for (; rows.size() >= mRowBytes; rows = rows.subspan(mRowBytes)) {
-        const Result result = DecodeRow(rows.first(mRowBytes));
-        if (result != Result::kDecoded) return result;
+        const Outcome result = DecodeRow(rows.first(mRowBytes));
+        if (result != Outcome::kDecoded) return result;
     }
-    return Result::kDecoded;
+    return Outcome::kDecoded;
 }
 
-Result Decoder::DecodeRow(std::span<unsigned char> packed) {
+Outcome Decoder::DecodeRow(std::span<unsigned char> packed) {
     RowDecoder row(mInput, mReference, mCurrent);
     const RowEnd end = DecodeRuns(row);
     if (end == RowEnd::kBadCode) {
         WarnOfBadCode(row);
         mInput.GiveUp(row.Reach());
-        return Result::kBadCode;
+        return Outcome::kBadCode;
     }
     mCurrent.Fill(packed);
     std::swap(mCurrent, mReference);
     ++mRowsDecoded;
     if (end == RowEnd::kEndOfData) {
         mInput.Finish();
-        return Result::kEndOfData;
+        return Outcome::kEndOfData;
     }
     mInput.Keep(row.Window(), row.Reach());
     mEndOfLineBegun = row.EndedOnEndOfLine();
-    return Result::kDecoded;
+    return Outcome::kDecoded;
 }
 
 RowEnd Decoder::DecodeRuns(RowDecoder& row) const {

@@ -18,7 +18,7 @@ enum class Mode {
     kGroup4 = 3,                ///< two-dimensional rows without anything between them
 };
 
-enum class Result {
+enum class Outcome {
     kDecoded,
     kEndOfData,  ///< the row at which the data end is white from there on; rows behind it are left as they are
     kBadCode,    ///< the row with the bad code and those behind it are left as they are
@@ -40,17 +40,17 @@ class Decoder {
 public:
     /// The image begins at the source's position. The source must outlive the decoder. `width` is in pixels; below 1
     /// there are no rows.
-    Decoder(ByteSource& source, std::int32_t width, Mode mode, BitOrder order);
+    Decoder(Common::ByteSource& source, std::int32_t width, Mode mode, BitOrder order);
 
     /// Decodes as many rows as `rows` has room for, at (width + 7) / 8 bytes each.
-    Result DecodeRows(std::span<unsigned char> rows);
+    Outcome DecodeRows(std::span<unsigned char> rows);
 
     /// Rows that were not lost to a bad code.
     std::uint64_t RowsDecoded() const { return mRowsDecoded; }
 
 private:
     RowEnd DecodeRuns(RowDecoder& row) const;
-    Result DecodeRow(std::span<unsigned char> packed);
+    Outcome DecodeRow(std::span<unsigned char> packed);
 
     Input mInput;
     Mode mMode;

@@ -1,7 +1,7 @@
 /// The bits of fax data.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include <array>
 #include <bit>
@@ -36,7 +36,7 @@ struct BitWindow {
 class Input {
 public:
     /// Reads on from the source's present position. The source must outlive this object.
-    Input(ByteSource& source, BitOrder order) : mSource(source), mOrder(order) {}
+    Input(Common::ByteSource& source, BitOrder order) : mSource(source), mOrder(order) {}
 
     /// The bits with which the next row begins.
     BitWindow Window() const { return mWindow; }
@@ -80,7 +80,7 @@ private:
     bool ReadBlock();
     std::uint64_t Drawn(std::uint64_t reach) const;
 
-    ByteSource& mSource;
+    Common::ByteSource& mSource;
     BitOrder mOrder;
     std::array<unsigned char, kKeptBytes + kBlockBytes> mBuffer{};  // with the first bit of each byte lowest
     std::uint64_t mStart = 0;                                       // of the buffer in the data

@@ -5,6 +5,9 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+using Common::Result;
+
 // --- The frame ------------------------------------------------------------------------------------------------------
 
 namespace {
@@ -58,7 +61,7 @@ namespace {
 
 template <class T>
 bool Take(ByteSource& source, T& number) {
-    const ReadResult<T> taken = source.Little<T>();
+    const Result<T> taken = source.Little<T>();
     if (taken) number = *taken;
     return taken.has_value();
 }

@@ -1,6 +1,6 @@
 #include "readers/flic/FlicReader.h"
 
-#include "readers/ByteOrder.h"
+#include "common/ByteOrder.h"
 #include "readers/SampleTables.h"
 
 #include <algorithm>
@@ -8,6 +8,10 @@
 #include <utility>
 
 namespace Kavra::Devices {
+
+using Common::ByteSource;
+using Common::LittleAt;
+using Common::Result;
 
 // --- The header -----------------------------------------------------------------------------------------------------
 
@@ -86,8 +90,8 @@ void PlayFlic(ByteSource& source, const FlicHeader& header, int wanted, FlicFram
     if (!source.Seek(kFirstChunk)) return;
     int reached = -1;
     for (int budget = header.frames; budget > 0 && reached <= wanted; --budget) {
-        const ReadResult<std::uint32_t> bytes = source.Little<std::uint32_t>();
-        const ReadResult<std::uint16_t> kind = source.Little<std::uint16_t>();
+        const Result<std::uint32_t> bytes = source.Little<std::uint32_t>();
+        const Result<std::uint16_t> kind = source.Little<std::uint16_t>();
         if (!bytes || !kind) return;
         if (*kind == kFrame) ++reached;
         const bool goesOn = *kind == kFrame ? source.Skip(kFrameBodyBytes).has_value()
@@ -112,7 +116,7 @@ Table256<std::uint32_t> PixelTable(const FlicPalette& palette) {
 bool FLICReader::Open(const KString& path) {
     mSource.reset();
     mHeader = {};
-    ReadResult<ByteSource> source = ByteSource::Open(path);
+    Result<ByteSource> source = ByteSource::Open(path);
     if (!source) return false;
     const std::optional<FlicHeader> header = ReadFlicHeader(*source);
     if (!header) return false;

@@ -4,7 +4,7 @@
 /// frames (2), width (2), height (2). Behind it lie chunks.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
 #include "readers/flic/FlicChunks.h"
 
@@ -21,10 +21,10 @@ struct FlicHeader {
 
 /// The header of a file that says it is FLI or FLC. Of a file that ends inside its header, but not before the kind, the
 /// missing bytes are zero. The position of the source does not matter and is not kept.
-std::optional<FlicHeader> ReadFlicHeader(ByteSource& source);
+std::optional<FlicHeader> ReadFlicHeader(Common::ByteSource& source);
 
 /// Whether the file is one that the reader opens.
-bool IsFlic(ByteSource& source);
+bool IsFlic(Common::ByteSource& source);
 
 /// Plays the chunks from the first on into `frame` and `palette`, until those of frame `wanted` are done and the next
 /// frame has begun, the file ends, or as many chunks were read as the header counts frames. The last limit means that
@@ -32,7 +32,7 @@ bool IsFlic(ByteSource& source);
 ///
 /// A chunk: its size (4 bytes, these included), its kind (2), its body. A frame is a chunk too, of which only the count
 /// of chunks inside (2) and 8 unused bytes are the body: the chunks inside follow like any other.
-void PlayFlic(ByteSource& source, const FlicHeader& header, int wanted, FlicFrame& frame, FlicPalette& palette);
+void PlayFlic(Common::ByteSource& source, const FlicHeader& header, int wanted, FlicFrame& frame, FlicPalette& palette);
 
 /// Every frame comes out as opaque `kR8G8B8A8`. A file that ends early, or whose chunks are damaged, gives the last
 /// picture that was reached: `ReadImage` fails only when no file is open. Throws `std::bad_alloc` where there is no
@@ -50,7 +50,7 @@ public:
     std::uint64_t GetWorkingBytes() override { return FlicFrame::BytesOf(mHeader.width, mHeader.height); }
 
 private:
-    std::optional<ByteSource> mSource;  // nothing unless a file is open
+    std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     FlicHeader mHeader;
 };
 

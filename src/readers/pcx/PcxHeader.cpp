@@ -1,11 +1,14 @@
 #include "readers/pcx/PcxHeader.h"
 
-#include "readers/ByteOrder.h"
+#include "common/ByteOrder.h"
 
 #include <algorithm>
 #include <span>
 
 namespace Kavra::Devices {
+
+using Common::ByteSource;
+using Common::LittleAt;
 
 namespace {
 

@@ -1,7 +1,7 @@
 /// The header of a PCX file.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include <array>
 #include <cstddef>
@@ -44,6 +44,6 @@ struct PcxHeader {
 
 /// The header of a file that is accepted as PCX, which takes a known version and encoding and 1, 4, 8 or 24 bits a
 /// pixel over all planes. The position of the source does not matter and is not kept.
-std::optional<PcxHeader> ReadPcxHeader(ByteSource& source);
+std::optional<PcxHeader> ReadPcxHeader(Common::ByteSource& source);
 
 }  // namespace Kavra::Devices

@@ -7,6 +7,8 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+
 PcxLines::PcxLines(ByteSource& source, const PcxHeader& header, std::size_t room)
     : mSource(source), mRoom(room), mLineBytes(header.bytesPerLine) {
     (void)mSource.Seek(kPcxHeaderBytes);  // which a file with a header has

@@ -15,7 +15,7 @@ class PcxLines {
 public:
     /// Lines from the end of the header on, read into `room` bytes each: what a row needs of a line, which may be more
     /// or less than the file's own length of a line. The source is this reader's alone as long as it lives.
-    PcxLines(ByteSource& source, const PcxHeader& header, std::size_t room);
+    PcxLines(Common::ByteSource& source, const PcxHeader& header, std::size_t room);
 
     std::size_t Room() const { return mRoom; }
 
@@ -29,7 +29,7 @@ public:
 private:
     std::size_t ReadRaw(std::span<unsigned char> out);
 
-    ByteSource& mSource;
+    Common::ByteSource& mSource;
     std::size_t mRoom;
     std::size_t mLineBytes;
     std::optional<PcxRuns> mRuns;  // nothing for raw lines

@@ -4,6 +4,8 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+
 namespace {
 
 constexpr std::size_t kTripleBytes = 3;

@@ -15,7 +15,7 @@ public:
     /// The palette of a file with 1, 4 or 8 bits a pixel: the 256 colours at its end where it has those, else the first
     /// 2 or all 16 colours of the header. Two equal colours of a 1-bit file are told apart by making the second darker
     /// by one (and white, if they are black). Nothing when the file is too short to hold the 256 colours.
-    static std::optional<PcxPalette> Read(ByteSource& source, const PcxHeader& header);
+    static std::optional<PcxPalette> Read(Common::ByteSource& source, const PcxHeader& header);
 
     /// Whether every colour is as grey as its index says: entry i is (i, i, i).
     bool IsGreyRamp() const;

@@ -9,6 +9,9 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+using Common::Result;
+
 namespace {
 
 constexpr std::uint16_t kGreyPalette = 2;
@@ -18,7 +21,7 @@ constexpr std::uint16_t kGreyPalette = 2;
 bool PCXReader::Open(const KString& path) {
     mSource.reset();
     mPalette.reset();
-    ReadResult<ByteSource> source = ByteSource::Open(path);
+    Result<ByteSource> source = ByteSource::Open(path);
     if (!source) return false;
     const std::optional<PcxHeader> header = ReadPcxHeader(*source);
     if (!header || header->Width() < 1 || header->Height() < 1) return false;

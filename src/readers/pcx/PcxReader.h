@@ -24,7 +24,7 @@ public:
     int GetRowPitch() override { return 4 * GetWidth(); }
 
 private:
-    std::optional<ByteSource> mSource;  // nothing unless a file is open
+    std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     PcxHeader mHeader;
     std::optional<PcxPalette> mPalette;  // nothing for 24 bits
 };

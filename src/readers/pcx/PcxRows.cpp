@@ -10,6 +10,8 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+
 namespace {
 
 constexpr std::size_t kBitsOfByte = 8;

@@ -17,7 +17,7 @@ namespace Kavra::Devices {
 /// 4 packed bits already spread, or the bits of the same plane.
 class PcxIndexRows {
 public:
-    PcxIndexRows(ByteSource& source, const PcxHeader& header);
+    PcxIndexRows(Common::ByteSource& source, const PcxHeader& header);
 
     /// The next row, as long as the picture is wide. Valid until the next call.
     std::span<const unsigned char> Next();
@@ -42,7 +42,7 @@ private:
 /// header claims. Bytes that are not there are 0.
 class PcxColourRows {
 public:
-    PcxColourRows(ByteSource& source, const PcxHeader& header);
+    PcxColourRows(Common::ByteSource& source, const PcxHeader& header);
 
     /// Writes the next row: red, green, blue and 255 a pixel.
     void Next(std::span<unsigned char> pixels);

@@ -1,6 +1,6 @@
 #include "readers/pcx/PcxRuns.h"
 
-#include "readers/ByteOrder.h"
+#include "common/ByteOrder.h"
 
 #include <algorithm>
 #include <array>
@@ -8,6 +8,9 @@
 #include <cstdint>
 
 namespace Kavra::Devices {
+
+using Common::ByteSource;
+using Common::LittleAt;
 
 namespace {
 

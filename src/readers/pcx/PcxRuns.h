@@ -1,7 +1,7 @@
 /// The run-length coding of PCX.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include <cstddef>
 #include <optional>
@@ -20,7 +20,7 @@ namespace Kavra::Devices {
 class PcxRuns {
 public:
     /// Lines from the source's position on. The source is this decoder's alone until the last line is decoded.
-    PcxRuns(ByteSource& source, std::size_t room, std::size_t lineBytes);
+    PcxRuns(Common::ByteSource& source, std::size_t room, std::size_t lineBytes);
 
     /// The next line, up to where it ends or the data do. Valid until the next call.
     std::span<const unsigned char> NextLine();
@@ -37,7 +37,7 @@ private:
     void AddRun(std::size_t length, unsigned char value);
     std::optional<unsigned char> TakeByte();
 
-    ByteSource& mSource;
+    Common::ByteSource& mSource;
     std::span<const unsigned char> mAhead;  // of the source, not yet decoded
     std::size_t mPeeked = 0;                // bytes from the source's position to the end of `mAhead`
     std::vector<unsigned char> mLine;       // as long as the room; steps write ahead in it

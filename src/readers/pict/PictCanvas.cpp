@@ -8,6 +8,8 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+
 namespace {
 
 /// Pixels that are worked on at a time, few enough to stay in the processor's nearest cache.

@@ -1,7 +1,7 @@
 /// Drawing a picture, a row at a time.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/pict/PictPalette.h"
 #include "readers/pict/PictPicture.h"
 #include "readers/pict/PictTransfer.h"
@@ -30,7 +30,7 @@ private:
     /// A record that covers a part of the row, and the rows that it still has.
     struct Drawing {
         const PictRecord* record;
-        ByteSource rows;
+        Common::ByteSource rows;
     };
 
     void StartRecords();

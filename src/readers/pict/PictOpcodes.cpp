@@ -6,6 +6,9 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+using Common::Result;
+
 namespace {
 
 /// What stands behind the bytes that are always there.
@@ -86,7 +89,7 @@ Operands OperandsOf(std::uint16_t opcode) {
 
 template <std::unsigned_integral Length>
 bool SkipCounted(ByteSource& source) {
-    const ReadResult<Length> length = source.Big<Length>();
+    const Result<Length> length = source.Big<Length>();
     return length && source.Skip(*length);
 }
 

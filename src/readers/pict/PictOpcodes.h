@@ -1,7 +1,7 @@
 /// The opcodes of a picture by name, and the lengths of those that draw no pixels.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include <cstdint>
 
@@ -24,6 +24,6 @@ inline constexpr std::uint16_t kEnd = 0xFF;
 }  // namespace PictOpcode
 
 /// Skips what follows any other opcode. False when the source ends in it, or a length is less than its own two bytes.
-bool SkipPictOperands(ByteSource& source, std::uint16_t opcode);
+bool SkipPictOperands(Common::ByteSource& source, std::uint16_t opcode);
 
 }  // namespace Kavra::Devices

@@ -1,11 +1,15 @@
 #include "readers/pict/PictPixelMap.h"
 
-#include "readers/ByteOrder.h"
+#include "common/ByteOrder.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace Kavra::Devices {
+
+using Common::BigAt;
+using Common::ByteSource;
+using Common::Result;
 
 namespace {
 
@@ -14,7 +18,7 @@ constexpr std::uint16_t kDeviceTableFlag = 0x8000;
 constexpr int kMaxColours = 256;
 
 template <std::size_t Count>
-ReadResult<std::array<unsigned char, Count>> Next(ByteSource& source) {
+Result<std::array<unsigned char, Count>> Next(ByteSource& source) {
     return source.BytesAt<Count>(source.Position());
 }
 
@@ -107,7 +111,7 @@ bool ReadIndexedPixelMap(ByteSource& source, std::uint16_t rowBytes, PictRecord&
 bool ReadHeader(ByteSource& source, PictBitmapKind kind, PictRecord& record) {
     const bool direct = kind == PictBitmapKind::kDirect;
     if (direct && !source.Skip(4)) return false;  // an address in the memory of the writer
-    const ReadResult<std::uint16_t> rowBytes = source.Big<std::uint16_t>();
+    const Result<std::uint16_t> rowBytes = source.Big<std::uint16_t>();
     if (!rowBytes) return false;
     if (direct) return ReadPixelMapHeader(source, *rowBytes, true, record);
     return (*rowBytes & kPixelMapFlag) != 0 ? ReadIndexedPixelMap(source, *rowBytes, record)
@@ -150,19 +154,19 @@ std::optional<PictColour> ReadPictColour(ByteSource& source) {
 }
 
 bool SkipPictRegion(ByteSource& source) {
-    const ReadResult<std::uint16_t> size = source.Big<std::uint16_t>();
+    const Result<std::uint16_t> size = source.Big<std::uint16_t>();
     return size && *size >= 2 && source.Skip(*size - 2U);
 }
 
 bool SkipPictPattern(ByteSource& source) {
-    const ReadResult<std::uint16_t> kind = source.Big<std::uint16_t>();
+    const Result<std::uint16_t> kind = source.Big<std::uint16_t>();
     if (!kind || !source.Skip(8)) return false;
     switch (*kind) {
         case 0:
             return true;
         case 1: {
             PictRecord pattern;
-            const ReadResult<std::uint16_t> rowBytes = source.Big<std::uint16_t>();
+            const Result<std::uint16_t> rowBytes = source.Big<std::uint16_t>();
             return rowBytes && ReadIndexedPixelMap(source, *rowBytes, pattern) && LookThroughRows(source, pattern);
         }
         case 2:

@@ -1,7 +1,7 @@
 /// Bitmaps and pixel maps inside a picture.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/pict/PictPicture.h"
 
 #include <optional>
@@ -18,16 +18,16 @@ enum class PictBitmapKind {
 // Each leaves the source behind what it read, and answers with nothing or false where that is damaged. The sources are
 // whole files in memory: offsets are counted from their start.
 
-std::optional<PictRect> ReadPictRect(ByteSource& source);
-std::optional<PictColour> ReadPictColour(ByteSource& source);
+std::optional<PictRect> ReadPictRect(Common::ByteSource& source);
+std::optional<PictColour> ReadPictColour(Common::ByteSource& source);
 
 /// Skips a region or polygon, whose size (2 bytes) counts itself.
-bool SkipPictRegion(ByteSource& source);
+bool SkipPictRegion(Common::ByteSource& source);
 
 /// Skips a pattern: its kind and 8 bytes; then a pixel map where the kind is 1, a colour where it is 2.
-bool SkipPictPattern(ByteSource& source);
+bool SkipPictPattern(Common::ByteSource& source);
 
 /// Reads a bitmap after its opcode and looks through its rows without unpacking them.
-std::optional<PictRecord> ReadPictRecord(ByteSource& source, PictBitmapKind kind, const PictRect& frame);
+std::optional<PictRecord> ReadPictRecord(Common::ByteSource& source, PictBitmapKind kind, const PictRect& frame);
 
 }  // namespace Kavra::Devices

@@ -1,6 +1,6 @@
 #include "readers/pict/PictProbe.h"
 
-#include "readers/ByteOrder.h"
+#include "common/ByteOrder.h"
 
 #include <algorithm>
 #include <array>
@@ -8,6 +8,9 @@
 #include <span>
 
 namespace Kavra::Devices {
+
+using Common::BigAt;
+using Common::ByteSource;
 
 namespace {
 

@@ -12,6 +12,9 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+using Common::Result;
+
 namespace {
 
 constexpr std::uint64_t kLeastBytes = 512;
@@ -35,7 +38,7 @@ bool PictReader::Open(const KString& path) {
 bool PictReader::ReadFile(const KString& path) {
     mFile.reset();
     mFileBytes = 0;
-    ReadResult<ByteSource> source = ByteSource::Open(path);
+    Result<ByteSource> source = ByteSource::Open(path);
     if (!source || source->Size() < kLeastBytes || source->Size() > kMostBytes) return false;
     if (source->Size() > Common::ReaderBounds().bytes) return false;
     const auto bytes = static_cast<std::size_t>(source->Size());

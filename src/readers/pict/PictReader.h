@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/PixelBlock.h"
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
 #include "readers/pict/PictPicture.h"
 

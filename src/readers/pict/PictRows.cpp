@@ -6,6 +6,9 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+using Common::Result;
+
 namespace {
 
 constexpr unsigned kMostRowBytesOfByteCounts = 250;
@@ -19,7 +22,7 @@ std::size_t UnitBytes(const PictRowLayout& layout) {
 std::optional<unsigned> ReadCount(ByteSource& source, const PictRowLayout& layout) {
     if (!layout.IsPacked()) return layout.rowBytes;
     const bool wide = layout.IsDirect() || layout.rowBytes > kMostRowBytesOfByteCounts;
-    const ReadResult<unsigned> count = wide ? source.Big<std::uint16_t>().transform([](auto n) { return unsigned{n}; })
+    const Result<unsigned> count = wide ? source.Big<std::uint16_t>().transform([](auto n) { return unsigned{n}; })
                                             : source.Big<std::uint8_t>().transform([](auto n) { return unsigned{n}; });
     if (!count || *count > layout.rowBytes + kCountSlack) return std::nullopt;
     return *count;

@@ -1,7 +1,7 @@
 /// The rows of a bitmap, as they are stored and unpacked.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -39,7 +39,7 @@ struct PictRowLayout {
 
 /// The stored bytes of the row at the source's position, without their count; the source goes past them. Nothing when
 /// the source ends before them or the count is larger than any row needs.
-std::optional<std::span<const unsigned char>> NextPictRow(ByteSource& source, const PictRowLayout& layout);
+std::optional<std::span<const unsigned char>> NextPictRow(Common::ByteSource& source, const PictRowLayout& layout);
 
 /// Whether the packets of a stored row are whole and give no more than an unpacked row.
 bool IsSoundPictRow(std::span<const unsigned char> stored, const PictRowLayout& layout);

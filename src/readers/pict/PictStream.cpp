@@ -9,6 +9,9 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+using Common::Result;
+
 namespace {
 
 constexpr std::uint64_t kPreambleBytes = 512;
@@ -16,7 +19,7 @@ constexpr std::uint64_t kPreambleBytes = 512;
 enum class Version { k1, k2 };
 
 std::optional<Version> ReadVersion(ByteSource& file) {
-    ReadResult<std::uint8_t> byte = 0;
+    Result<std::uint8_t> byte = 0;
     while (byte && *byte == 0)
         byte = file.Big<std::uint8_t>();
     if (byte != 0x11) return std::nullopt;
@@ -26,7 +29,7 @@ std::optional<Version> ReadVersion(ByteSource& file) {
     return std::nullopt;
 }
 
-ReadResult<std::uint16_t> ReadOpcode(ByteSource& file, Version version) {
+Result<std::uint16_t> ReadOpcode(ByteSource& file, Version version) {
     if (version == Version::k1) {
         return file.Big<std::uint8_t>().transform([](std::uint8_t opcode) { return std::uint16_t{opcode}; });
     }
@@ -52,7 +55,7 @@ public:
     /// False where the stream is damaged.
     bool ToTheEnd(Version version) {
         for (;;) {
-            const ReadResult<std::uint16_t> opcode = ReadOpcode(mFile, version);
+            const Result<std::uint16_t> opcode = ReadOpcode(mFile, version);
             if (!opcode) return false;
             if (*opcode == PictOpcode::kEnd) return true;
             if (!Take(*opcode)) return false;
@@ -125,7 +128,7 @@ private:
 
 std::optional<PictPicture> ReadPictPicture(ByteSource& file) {
     if (!file.Seek(kPreambleBytes)) return std::nullopt;
-    const ReadResult<std::uint16_t> size = file.Big<std::uint16_t>();
+    const Result<std::uint16_t> size = file.Big<std::uint16_t>();
     if (!size || *size > file.Size()) return std::nullopt;
     const std::optional<PictRect> frame = ReadPictRect(file);
     if (!frame || frame->IsEmpty()) return std::nullopt;

@@ -1,7 +1,7 @@
 /// The opcodes of a PICT picture.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/pict/PictPicture.h"
 
 #include <optional>
@@ -26,6 +26,6 @@ inline constexpr std::uint64_t kMaxPictPixels = std::uint64_t{1} << 31;
 /// Nothing when the file is damaged anywhere before the last opcode, or draws more than `kMaxPictPixels`. Time is
 /// linear in the file, and no pixel is unpacked. Throws `std::bad_alloc`, also where the file and its records
 /// would take more than `Common::ReaderBounds`.
-std::optional<PictPicture> ReadPictPicture(ByteSource& file);
+std::optional<PictPicture> ReadPictPicture(Common::ByteSource& file);
 
 }  // namespace Kavra::Devices

@@ -2,7 +2,7 @@
 
 #include "common/Limits.h"
 #include "readers/BilevelRow.h"
-#include "readers/ByteOrder.h"
+#include "common/ByteOrder.h"
 
 #include <kavra/devices/Sys.h>
 
@@ -10,6 +10,10 @@
 #include <string>
 
 namespace Kavra::Devices {
+
+using Common::ByteSource;
+using Common::LittleAt;
+using Common::Result;
 
 // --- The trailer and its directory ----------------------------------------------------------------------------------
 
@@ -38,7 +42,7 @@ bool RefersToImage(ByteSource& source, std::uint32_t offset) {
     const std::string name(record->begin() + kNameOffset,
                            std::find(record->begin() + kNameOffset, record->end(), '\0'));
     if (name.empty()) return false;
-    ReadResult<ByteSource> file = ByteSource::OpenNarrow(name.c_str());
+    Result<ByteSource> file = ByteSource::OpenNarrow(name.c_str());
     return file && IsRlc(*file);
 }
 
@@ -219,7 +223,7 @@ constexpr std::uint64_t kFirstRowOffset = 4;
 bool RlcReader::Open(const KString& path) {
     mSource.reset();
     mRows = mColumns = 0;
-    ReadResult<ByteSource> source = ByteSource::Open(path);
+    Result<ByteSource> source = ByteSource::Open(path);
     if (!source) return false;
     mSource = std::move(*source);
     CountFrames();

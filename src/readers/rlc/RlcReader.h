@@ -19,7 +19,7 @@
 ///     32 + 16i      4  of a reference: offset in the file of a record of 200 bytes, with the name from its byte 56
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
 
 #include <array>
@@ -34,14 +34,14 @@ namespace Kavra::Devices {
 /// Whether the file reads as rows of runs: there is no magic number, so the rows themselves are checked - all of them,
 /// or of a file with a directory the first quarter, at least 100. No file of 2 GiB or more is one. The position
 /// of the source does not matter and is not kept.
-bool IsRlc(ByteSource& source);
+bool IsRlc(Common::ByteSource& source);
 
 /// The bytes of a trailer.
 using RlcTrailer = std::array<unsigned char, 344>;
 
 /// The last 344 bytes of a longer file, when they begin with the trailer's signature. The position of the source does
 /// not matter and is not kept.
-std::optional<RlcTrailer> ReadRlcTrailer(ByteSource& source);
+std::optional<RlcTrailer> ReadRlcTrailer(Common::ByteSource& source);
 
 /// Whether the trailer's directory is valid.
 bool HasDirectory(const RlcTrailer& trailer);
@@ -49,7 +49,7 @@ bool HasDirectory(const RlcTrailer& trailer);
 /// How many images the directory of a trailer lists: those of this file, and those of other RLC files that it refers to
 /// and that exist. Such a file is looked for by the name as it is stored, from the process's own folder; what it refers
 /// to in turn is not followed.
-int CountImages(ByteSource& source, const RlcTrailer& trailer);
+int CountImages(Common::ByteSource& source, const RlcTrailer& trailer);
 
 /// The bits of one row. Runs of pixels are given by two positions counted from the right end of the row, as unsigned
 /// 16-bit numbers whose arithmetic wraps: (2, 5) of eight pixels is `...###..`.
@@ -94,7 +94,7 @@ public:
 private:
     void CountFrames();
 
-    std::optional<ByteSource> mSource;  // nothing unless a file is open
+    std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     std::int16_t mRows = 0;
     std::int16_t mColumns = 0;
     int mFrameCount = 0;

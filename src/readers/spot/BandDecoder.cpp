@@ -14,6 +14,8 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+
 namespace {
 
 using Common::Product;

@@ -1,7 +1,7 @@
 /// The pixels of a band raster.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/spot/BandHeader.h"
 
 #include <kavra/devices/EFormat.h>
@@ -19,6 +19,6 @@ int FrameCountOf(const BandHeader& header);
 /// Decodes frame `frame`, from 0 to `FrameCountOf` less 1, into `out`, which has `rows` rows without gaps of pixels in
 /// the format of the raster. False, and nothing written, for a depth or a layout that cannot be decoded. The header was
 /// parsed for the length of `file`.
-bool DecodeBands(ByteSource& file, const BandHeader& header, int frame, std::span<unsigned char> out);
+bool DecodeBands(Common::ByteSource& file, const BandHeader& header, int frame, std::span<unsigned char> out);
 
 }  // namespace Kavra::Devices

@@ -6,6 +6,9 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+using Common::Result;
+
 namespace {
 
 using Common::Product;
@@ -20,7 +23,7 @@ std::uint64_t Position(std::int64_t start, std::int64_t row, std::int64_t rowByt
 }
 
 /// A second view of a file.
-ReadResult<ByteSource> WholeOf(ByteSource& file) {
+Result<ByteSource> WholeOf(ByteSource& file) {
     return file.Seek(0).and_then([&] { return file.Slice(file.Size()); });
 }
 

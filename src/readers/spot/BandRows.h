@@ -1,7 +1,7 @@
 /// The rows of a raster as they lie in its pixel file.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,7 +20,7 @@ namespace Kavra::Devices {
 class BandRows {
 public:
     /// Rows of `slotBytes` bytes for each of `slots`, which say where in the file the first row of a slot begins.
-    BandRows(ByteSource& file, std::initializer_list<std::int64_t> slots, std::int64_t slotBytes);
+    BandRows(Common::ByteSource& file, std::initializer_list<std::int64_t> slots, std::int64_t slotBytes);
 
     /// Makes `line`, the bytes from `first` on of the row before, those of row `row`.
     void Read(std::int64_t row, std::int64_t first, std::span<unsigned char> line);
@@ -40,7 +40,7 @@ public:
 
 private:
     struct Slot {
-        ByteSource source;  // each its own, for its own buffer
+        Common::ByteSource source;  // each its own, for its own buffer
         std::int64_t start = 0;
         std::vector<unsigned char> gathered;
     };

@@ -1,6 +1,6 @@
 #include "readers/spot/SideFiles.h"
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include <kavra/objects/OS.h>
 
@@ -9,6 +9,9 @@
 #include <vector>
 
 namespace Kavra::Devices {
+
+using Common::ByteSource;
+using Common::Result;
 
 std::optional<KString> PathWithExtension(const KString& path, const wchar_t* extension) {
     std::wstring present(path.GetLen() + 1, L'\0');
@@ -24,7 +27,7 @@ bool CanOpen(const KString& path) {
 }
 
 std::optional<std::string> ReadWhole(const KString& path, std::uint64_t maximumBytes) {
-    ReadResult<ByteSource> source = ByteSource::Open(path);
+    Result<ByteSource> source = ByteSource::Open(path);
     if (!source || source->Size() > maximumBytes) return std::nullopt;
     std::vector<unsigned char> bytes(static_cast<std::size_t>(source->Size()));
     if (!source->Read(bytes)) return std::nullopt;

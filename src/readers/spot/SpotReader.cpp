@@ -12,6 +12,9 @@
 
 namespace Kavra::Devices {
 
+using Common::ByteSource;
+using Common::Result;
+
 namespace {
 
 std::int64_t RowBytes(EFormat format, std::int32_t columns) {
@@ -25,7 +28,7 @@ bool SpotReader::Open(const KString& path) {
     const std::optional<KString> dataPath = PathWithExtension(path, L".bil");
     const std::optional<KString> headerPath = PathWithExtension(path, L".hdr");
     if (!dataPath || !headerPath) return false;
-    ReadResult<ByteSource> data = ByteSource::Open(*dataPath);
+    Result<ByteSource> data = ByteSource::Open(*dataPath);
     if (!data) return false;
     std::optional<BandHeader> header = ReadBandHeader(*headerPath, data->Size());
     const std::optional<EFormat> format = header.and_then(FormatOf);

@@ -1,7 +1,7 @@
 /// Band-interleaved rasters: raw samples in a ".bil" file, described by a ".hdr" file beside it.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
 #include "readers/spot/BandHeader.h"
 
@@ -25,7 +25,7 @@ public:
     int GetFrameCount() override { return mFrameCount; }
 
 private:
-    std::optional<ByteSource> mData;  // nothing unless a raster is open
+    std::optional<Common::ByteSource> mData;  // nothing unless a raster is open
     BandHeader mHeader;
     EFormat mFormat = kUnknown;
     int mFrameCount = 1;

@@ -7,6 +7,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using Kavra::Legacy::ByteBuilder;
 using Kavra::Legacy::CalsHeaderBytes;
 

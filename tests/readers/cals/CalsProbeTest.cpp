@@ -7,6 +7,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 
 bool Accepts(const ByteBuilder& file) {

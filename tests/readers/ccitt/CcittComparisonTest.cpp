@@ -11,6 +11,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Devices::Ccitt;
 using namespace Kavra::Tests;
 using Kavra::Legacy::Bitmap;
@@ -41,10 +42,10 @@ void ExpectAgreement(const Bytes& data, int width, int height, Mode mode, BitOrd
     Bytes row(rowBytes);
     Bytes expected(rowBytes);
     for (int y = 0; y < height; ++y) {
-        const Result result = decoder.DecodeRows(row);
+        const Outcome result = decoder.DecodeRows(row);
         ASSERT_EQ(result, model.DecodeRow(expected)) << "row " << y;
         ASSERT_EQ(row, expected) << "row " << y;
-        if (result != Result::kBadCode) continue;
+        if (result != Outcome::kBadCode) continue;
         ASSERT_EQ(recorder.Texts().back(), model.Message()) << "row " << y;
     }
 }
@@ -70,7 +71,7 @@ TEST_P(CcittModes, WhatWasEncodedComesBack) {
         ByteSource source{std::span<const unsigned char>(data)};
         Decoder decoder(source, image.width, GetParam(), BitOrder::kMostSignificantFirst);
         Bytes rows(image.bytes.size(), 0xEE);
-        ASSERT_EQ(decoder.DecodeRows(rows), Result::kDecoded);
+        ASSERT_EQ(decoder.DecodeRows(rows), Outcome::kDecoded);
         ASSERT_EQ(rows, image.bytes);
         ASSERT_EQ(decoder.RowsDecoded(), static_cast<std::uint64_t>(image.height));
     }
@@ -87,7 +88,7 @@ TEST_P(CcittModes, EveryRunLengthComesBackInBothColours) {
     ByteSource source{std::span<const unsigned char>(data)};
     Decoder decoder(source, kWidth, GetParam(), BitOrder::kMostSignificantFirst);
     Bytes rows(image.bytes.size());
-    ASSERT_EQ(decoder.DecodeRows(rows), Result::kDecoded);
+    ASSERT_EQ(decoder.DecodeRows(rows), Outcome::kDecoded);
     EXPECT_EQ(rows, image.bytes);
 }
 

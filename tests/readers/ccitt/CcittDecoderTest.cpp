@@ -7,11 +7,12 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Devices::Ccitt;
 using namespace Kavra::Tests;
 
 using Rows = std::vector<std::string>;
-using Results = std::vector<Result>;
+using Outcomes = std::vector<Outcome>;
 using Texts = std::vector<std::wstring>;
 
 constexpr std::string_view kWhite0 = "00110101";
@@ -35,7 +36,7 @@ TEST(CcittBadCode, NamesTheTableAndThePixel) {
     // 3 white, then nine zeros where a black run should begin.
     const DecodedRows black = DecodeByRow(Codes("001 1000 000000001 11111111"), 16, 1);
     EXPECT_EQ(black.messages, (Texts{L"Bad code word in BlackTable at scanline (x 3)"}));
-    EXPECT_EQ(black.results[0], Result::kBadCode);
+    EXPECT_EQ(black.results[0], Outcome::kBadCode);
     const DecodedRows white = DecodeByRow(Codes("001 1000 11 001 11011 000000001 11111111"), 200, 1);
     EXPECT_EQ(white.messages, (Texts{L"Bad code word in WhiteTable at scanline (x 69)"})) << "3 + 2 + 64";
     EXPECT_EQ(DecodeByRow(Codes("001 000000000001 1111"), 8, 1).messages,
@@ -53,7 +54,7 @@ TEST(CcittBadCode, AChangeLeftOfTheLastOneIsBad) {
     const std::string first = "001 0111 010 1";
     ASSERT_EQ(DecodeByRow(Codes(first), 8, 1).rows[0], "..#.....");
     const DecodedRows decoded = DecodeByRow(Codes(first + "1 0000010 11111111"), 8, 2);
-    EXPECT_EQ(decoded.results[1], Result::kBadCode) << "3 - 3 is left of 2";
+    EXPECT_EQ(decoded.results[1], Outcome::kBadCode) << "3 - 3 is left of 2";
     EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in MainTable at scanline (x 2)"}));
     const DecodedRows empty = DecodeByRow(Codes(first + "1 010 1"), 8, 2);
     EXPECT_EQ(empty.rows[1], "........") << "3 - 1 is an empty run";
@@ -70,13 +71,13 @@ TEST(CcittBadCode, ARowHoldsAsManyRunsAsItsWidthAndFour) {
     // Pairs of empty runs, then 8 white by a vertical code. Of 8 columns 12 runs fit.
     const std::string pair = Join({"001", kWhite0, kBlack0});
     const DecodedRows fits = DecodeByRow(Codes(Repeat(pair, 5) + "1 11111111"), 8, 1);
-    EXPECT_EQ(fits.results[0], Result::kDecoded) << "11 runs";
+    EXPECT_EQ(fits.results[0], Outcome::kDecoded) << "11 runs";
     EXPECT_EQ(fits.rows[0], "........");
     const DecodedRows full = DecodeByRow(Codes(Repeat(pair, 5) + "010 1 11111111"), 8, 1);
-    EXPECT_EQ(full.results[0], Result::kDecoded) << "12 runs";
+    EXPECT_EQ(full.results[0], Outcome::kDecoded) << "12 runs";
     EXPECT_EQ(full.rows[0], ".......#");
     const DecodedRows over = DecodeByRow(Codes(Repeat(pair, 6) + "1 11111111"), 8, 1);
-    EXPECT_EQ(over.results[0], Result::kBadCode) << "13 runs";
+    EXPECT_EQ(over.results[0], Outcome::kBadCode) << "13 runs";
     EXPECT_EQ(over.messages, (Texts{L"Bad code word in MainTable at scanline (x 0)"}));
     const DecodedRows inPair = DecodeByRow(Codes(Repeat(pair, 7) + "11111111"), 8, 1);
     EXPECT_EQ(inPair.messages, (Texts{L"Bad code word in MainTable at scanline (x 0)"}))
@@ -85,7 +86,7 @@ TEST(CcittBadCode, ARowHoldsAsManyRunsAsItsWidthAndFour) {
 
 TEST(CcittBadCode, ManyMoreRunsThanAnyRowHoldsAreBadToo) {
     const DecodedRows decoded = DecodeByRow(Codes(Repeat(Join({"001", kWhite0, kBlack0}), 5000)), 3, 1);
-    EXPECT_EQ(decoded.results[0], Result::kBadCode);
+    EXPECT_EQ(decoded.results[0], Outcome::kBadCode);
 }
 
 TEST(CcittBadCode, TheNextRowBeginsWithTheBitsBeforeAndTheBytesBehind) {
@@ -98,7 +99,7 @@ TEST(CcittBadCode, TheNextRowBeginsWithTheBitsBeforeAndTheBytesBehind) {
     // The third row: seven bits 001 0111 again, then byte 3.
     //   byte 3: 11 1 10000   2 black, and a vertical code to the end
     const DecodedRows decoded = DecodeByRow(Codes("1 001 0111  00000000 10000000  11 1 10000"), 8, 3);
-    EXPECT_EQ(decoded.results, (Results{Result::kDecoded, Result::kBadCode, Result::kDecoded}));
+    EXPECT_EQ(decoded.results, (Outcomes{Outcome::kDecoded, Outcome::kBadCode, Outcome::kDecoded}));
     EXPECT_EQ(decoded.rows, (Rows{"........", "????????", "..##...."}));
     EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in BlackTable at scanline (x 2)"}));
 }
@@ -111,8 +112,8 @@ TEST(CcittBadCode, MayRepeatForEveryLaterRow) {
         codes += "001 000000001 1111";
     const DecodedRows decoded = DecodeByRow(Codes(codes), 64, 52);
     EXPECT_EQ(decoded.messages, Texts(50, L"Bad code word in WhiteTable at scanline (x 0)"));
-    EXPECT_EQ(decoded.results[49], Result::kBadCode);
-    EXPECT_EQ(decoded.results[50], Result::kEndOfData);
+    EXPECT_EQ(decoded.results[49], Outcome::kBadCode);
+    EXPECT_EQ(decoded.results[50], Outcome::kEndOfData);
 }
 
 TEST(CcittBadCode, LeavesTheReferenceRowAndTheCountAlone) {
@@ -123,13 +124,13 @@ TEST(CcittBadCode, LeavesTheReferenceRowAndTheCountAlone) {
     ByteSource source{std::span<const unsigned char>(data)};
     Decoder decoder(source, 16, Mode::kGroup4, BitOrder::kMostSignificantFirst);
     Bytes packed(2);
-    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed, (Bytes{0x0F, 0x00}));
     packed = {0x12, 0x34};
-    EXPECT_EQ(decoder.DecodeRows(packed), Result::kBadCode);
+    EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kBadCode);
     EXPECT_EQ(packed, (Bytes{0x12, 0x34})) << "the row is left as it was";
     EXPECT_EQ(recorder.Texts(), (Texts{L"Bad code word in WhiteTable at scanline (x 8)"}));
-    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed, (Bytes{0x0F, 0x00}));
     EXPECT_EQ(decoder.RowsDecoded(), 2u);
 }
@@ -140,7 +141,7 @@ TEST(CcittBadCode, EndsTheCallInWhichItStands) {
     ByteSource source{std::span<const unsigned char>(data)};
     Decoder decoder(source, 8, Mode::kGroup4, BitOrder::kMostSignificantFirst);
     Bytes packed(12, 0xEE);
-    EXPECT_EQ(decoder.DecodeRows(packed), Result::kBadCode);
+    EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kBadCode);
     EXPECT_EQ(packed, (Bytes{0, 0, 0, 0, 0, 0, 0, 0, 0xEE, 0xEE, 0xEE, 0xEE}));
     EXPECT_EQ(decoder.RowsDecoded(), 8u);
 }
@@ -148,7 +149,7 @@ TEST(CcittBadCode, EndsTheCallInWhichItStands) {
 TEST(CcittEndOfData, WithoutAnyBitTheRowIsWhite) {
     const DecodedRows decoded = DecodeByRow({}, 8, 3);
     EXPECT_EQ(decoded.rows, Rows(3, "........"));
-    EXPECT_EQ(decoded.results, Results(3, Result::kEndOfData));
+    EXPECT_EQ(decoded.results, Outcomes(3, Outcome::kEndOfData));
     EXPECT_TRUE(decoded.messages.empty());
 }
 
@@ -156,14 +157,14 @@ TEST(CcittEndOfData, TheRestOfARowIsWhiteEvenWhereBlackWasDue) {
     // Sixteen bits to the last: 3 white and 2 black, then black from 7 on, then nothing.
     const DecodedRows decoded = DecodeByRow(Codes("001 1000 11  0000010"), 10, 3);
     EXPECT_EQ(decoded.rows, (Rows{"...##.....", "..........", ".........."}));
-    EXPECT_EQ(decoded.results[0], Result::kEndOfData);
+    EXPECT_EQ(decoded.results[0], Outcome::kEndOfData);
     EXPECT_TRUE(decoded.messages.empty());
 }
 
 TEST(CcittEndOfData, ARunThatAMakeUpCodeBeganStands) {
     const DecodedRows decoded = DecodeByRow(Codes("001 00110101 0000001111 000"), 100, 1);
     EXPECT_EQ(decoded.rows[0], std::string(64, '#') + std::string(36, '.'));
-    EXPECT_EQ(decoded.results[0], Result::kEndOfData);
+    EXPECT_EQ(decoded.results[0], Outcome::kEndOfData);
     EXPECT_TRUE(decoded.messages.empty());
 }
 
@@ -173,14 +174,14 @@ TEST(CcittEndOfData, ARunThatAPassBeganStands) {
     // The same until behind the pass, which ends a byte.
     const DecodedRows decoded = DecodeByRow(Codes("1 1" + first + "1 0001"), 8, 4);
     EXPECT_EQ(decoded.rows[3], "###.....");
-    EXPECT_EQ(decoded.results[3], Result::kEndOfData);
+    EXPECT_EQ(decoded.results[3], Outcome::kEndOfData);
 }
 
 TEST(CcittEndOfData, ZerosStandInForTheBitsThatACodeLacks) {
     // Below the first change of "....####...."; then "01", which with a zero is one left of the second.
     const DecodedRows decoded = DecodeByRow(Codes("1 1 001 1011 011 1 1 01"), 12, 4);
     EXPECT_EQ(decoded.rows, (Rows{"............", "............", "....####....", "....###....."}));
-    EXPECT_EQ(decoded.results[3], Result::kEndOfData);
+    EXPECT_EQ(decoded.results[3], Outcome::kEndOfData);
     EXPECT_TRUE(decoded.messages.empty());
 }
 
@@ -195,7 +196,7 @@ TEST(CcittEndOfData, ACodeThatCannotBeDecodedThereIsNoBadCode) {
     // Horizontal, 3 white, and nine bits that begin no black run, but a look-up takes thirteen.
     const DecodedRows run = DecodeByRow(Codes("001 1000 000000001"), 16, 3);
     EXPECT_EQ(run.rows, Rows(3, "................")) << "the bits that are left are no codes of later rows";
-    EXPECT_EQ(run.results, Results(3, Result::kEndOfData));
+    EXPECT_EQ(run.results, Outcomes(3, Outcome::kEndOfData));
     EXPECT_TRUE(run.messages.empty());
     // The zeros of an end of line and, of the four bits behind them, only a one.
     EXPECT_TRUE(DecodeByRow(Codes("0000000 1"), 8, 2).messages.empty());
@@ -209,11 +210,11 @@ TEST(CcittEndOfData, ABadCodeWhoseOwnBitsAreAllThereIsBad) {
     // 4 white, 4 black; then 1 white and 2 black, whose look-up took zeros behind the end; then a code of the last
     // seven bits, three left of 4 and so left of 3.
     const DecodedRows decoded = DecodeByRow(Codes("1 1 1 1  001 1011 011  001 000111 11 0000010"), 8, 8);
-    EXPECT_EQ(decoded.results[5], Result::kBadCode);
+    EXPECT_EQ(decoded.results[5], Outcome::kBadCode);
     EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in MainTable at scanline (x 3)"}));
     // The bits that stood ready before it stand ready again, now with nothing behind them.
-    EXPECT_EQ(decoded.results[6], Result::kEndOfData);
-    EXPECT_EQ(decoded.results[7], Result::kEndOfData);
+    EXPECT_EQ(decoded.results[6], Outcome::kEndOfData);
+    EXPECT_EQ(decoded.results[7], Outcome::kEndOfData);
     EXPECT_EQ(decoded.rows[7], "........");
 }
 
@@ -221,7 +222,7 @@ TEST(CcittEndOfData, EndsTheCallInWhichItStands) {
     ByteSource source{std::span<const unsigned char>()};
     Decoder decoder(source, 8, Mode::kGroup4, BitOrder::kMostSignificantFirst);
     Bytes packed(3, 0xEE);
-    EXPECT_EQ(decoder.DecodeRows(packed), Result::kEndOfData);
+    EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kEndOfData);
     EXPECT_EQ(packed, (Bytes{0x00, 0xEE, 0xEE}));
     EXPECT_EQ(decoder.RowsDecoded(), 1u);
 }
@@ -231,7 +232,7 @@ TEST(CcittRows, AreAsManyAsHaveRoom) {
     ByteSource source{std::span<const unsigned char>(data)};
     Decoder decoder(source, 9, Mode::kGroup4, BitOrder::kMostSignificantFirst);
     Bytes packed(7, 0xEE);
-    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed, (Bytes{0, 0, 0, 0, 0, 0, 0xEE})) << "three rows of two bytes";
     EXPECT_EQ(decoder.RowsDecoded(), 3u);
 }
@@ -242,7 +243,7 @@ TEST(CcittRows, WithoutWidthThereAreNone) {
         ByteSource source{std::span<const unsigned char>(data)};
         Decoder decoder(source, width, Mode::kGroup4, BitOrder::kMostSignificantFirst);
         Bytes packed(3, 0xEE);
-        EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+        EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
         EXPECT_EQ(packed, Bytes(3, 0xEE));
         EXPECT_EQ(decoder.RowsDecoded(), 0u);
     }
@@ -254,7 +255,7 @@ TEST(CcittRows, BeginAtTheSourcesPosition) {
     ASSERT_TRUE(source.Seek(3));
     Decoder decoder(source, 8, Mode::kGroup4, BitOrder::kMostSignificantFirst);
     Bytes packed(1);
-    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed[0], 0b00000111) << "three left of the end";
 }
 

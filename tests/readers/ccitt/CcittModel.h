@@ -31,21 +31,21 @@ public:
     /// What the last bad code was called.
     const std::wstring& Message() const { return mMessage; }
 
-    Devices::Ccitt::Result DecodeRow(std::span<unsigned char> packed) {
+    Devices::Ccitt::Outcome DecodeRow(std::span<unsigned char> packed) {
         const std::uint32_t bits = mBits;
         const int count = mCount;
         const bool zerosTaken = mZerosTaken;
         mRuns.clear();
         mA0 = mPending = 0;
-        mResult = Devices::Ccitt::Result::kDecoded;
+        mResult = Devices::Ccitt::Outcome::kDecoded;
         DecodeRuns();
-        if (mResult == Devices::Ccitt::Result::kBadCode) {
+        if (mResult == Devices::Ccitt::Outcome::kBadCode) {
             mBits = bits;
             mCount = count;
             mZerosTaken = zerosTaken;
             return mResult;
         }
-        if (mResult == Devices::Ccitt::Result::kEndOfData) mBits = mCount = 0;
+        if (mResult == Devices::Ccitt::Outcome::kEndOfData) mBits = mCount = 0;
         Paint(packed);
         return mResult;
     }
@@ -61,7 +61,7 @@ private:
         while (mCount < count) {
             if (mNext == mData.size()) {
                 mCut = true;
-                if (mCount == 0) mResult = Devices::Ccitt::Result::kEndOfData;
+                if (mCount == 0) mResult = Devices::Ccitt::Outcome::kEndOfData;
                 return mCount != 0;
             }
             unsigned byte = mData[mNext++];
@@ -81,7 +81,7 @@ private:
         mCount = std::max(0, mCount - static_cast<int>(count));
     }
     bool Fail(const wchar_t* table) {
-        using enum Devices::Ccitt::Result;
+        using enum Devices::Ccitt::Outcome;
         if (mResult != kDecoded) return false;
         mResult = mCut ? kEndOfData : kBadCode;
         if (mResult == kBadCode) mMessage = std::format(L"Bad code word in {} at scanline (x {})", table, mA0);
@@ -211,7 +211,7 @@ private:
     void OneDimensional() {
         while (mA0 < mWidth) {
             if (Run()) continue;
-            mZerosTaken = mResult == Devices::Ccitt::Result::kDecoded;
+            mZerosTaken = mResult == Devices::Ccitt::Outcome::kDecoded;
             return;
         }
     }
@@ -281,7 +281,7 @@ private:
     std::vector<std::int64_t> mRuns;       // lengths
     std::int64_t mA0 = 0;
     std::int64_t mPending = 0;
-    Devices::Ccitt::Result mResult = Devices::Ccitt::Result::kDecoded;
+    Devices::Ccitt::Outcome mResult = Devices::Ccitt::Outcome::kDecoded;
     std::wstring mMessage;
 };
 

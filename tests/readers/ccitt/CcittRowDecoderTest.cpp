@@ -7,11 +7,12 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Devices::Ccitt;
 using namespace Kavra::Tests;
 
 using Rows = std::vector<std::string>;
-using Results = std::vector<Result>;
+using Outcomes = std::vector<Outcome>;
 using Texts = std::vector<std::wstring>;
 
 constexpr std::string_view kWhite0 = "00110101";
@@ -34,7 +35,7 @@ std::string Repeat(std::string_view part, int times) {
 TEST(CcittGroup4, AVerticalCodeOverAWhiteRowIsAWhiteRow) {
     const DecodedRows decoded = DecodeByRow(Codes("1 1 1 1 1 1 1 1"), 8, 8);
     EXPECT_EQ(decoded.rows, Rows(8, "........"));
-    EXPECT_EQ(decoded.results, Results(8, Result::kDecoded));
+    EXPECT_EQ(decoded.results, Outcomes(8, Outcome::kDecoded));
     EXPECT_TRUE(decoded.messages.empty());
 }
 
@@ -89,7 +90,7 @@ TEST(CcittGroup4, HorizontalModeGivesTwoRunsInTheOrderOfTheColours) {
 TEST(CcittGroup4, MakeUpCodesAddUpToATerminatingOne) {
     const DecodedRows decoded = DecodeByRow(Codes(Join({"001 11011 11011 0111", "0000001111 11"})), 200, 1);
     EXPECT_EQ(decoded.rows[0], std::string(130, '.') + std::string(66, '#') + std::string(4, '.'));
-    EXPECT_EQ(decoded.results[0], Result::kEndOfData) << "the row is not complete";
+    EXPECT_EQ(decoded.results[0], Outcome::kEndOfData) << "the row is not complete";
 }
 
 TEST(CcittGroup4, AWhiteFaxLineFillsItsBytesWithZeros) {
@@ -97,7 +98,7 @@ TEST(CcittGroup4, AWhiteFaxLineFillsItsBytesWithZeros) {
     const Bytes data = Codes(Join({"001 010011011", kWhite0, kBlack0}));
     ByteSource source{std::span<const unsigned char>(data)};
     Decoder decoder(source, 1728, Mode::kGroup4, BitOrder::kMostSignificantFirst);
-    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed, Bytes(216, 0));
     EXPECT_EQ(decoder.RowsDecoded(), 1u);
 }
@@ -112,7 +113,7 @@ TEST(CcittGroup4, ARowOfSinglePixelsHasOneRunMoreThanColumns) {
     for (int pair = 0; pair < 32; ++pair)
         expected += "#.";
     EXPECT_EQ(decoded.rows, Rows(2, expected));
-    EXPECT_EQ(decoded.results, Results(2, Result::kDecoded));
+    EXPECT_EQ(decoded.results, Outcomes(2, Outcome::kDecoded));
 }
 
 TEST(CcittGroup4, MakeUpCodesWithoutEndDoNotWrap) {
@@ -124,7 +125,7 @@ TEST(CcittGroup4, MakeUpCodesWithoutEndDoNotWrap) {
     data.insert(data.end(), rest.begin(), rest.end());
     const DecodedRows decoded = DecodeByRow(data, 2000, 6);
     EXPECT_EQ(decoded.rows[5], std::string(2000, '.'));
-    EXPECT_EQ(decoded.results[5], Result::kDecoded);
+    EXPECT_EQ(decoded.results[5], Outcome::kDecoded);
 }
 
 TEST(CcittGroup4, BitsBehindTheWidthAreCleared) {
@@ -132,7 +133,7 @@ TEST(CcittGroup4, BitsBehindTheWidthAreCleared) {
     const Bytes data = Codes(Join({"001", kWhite0, "00000100"}));  // 13 black
     ByteSource source{std::span<const unsigned char>(data)};
     Decoder decoder(source, 13, Mode::kGroup4, BitOrder::kMostSignificantFirst);
-    EXPECT_EQ(decoder.DecodeRows(packed), Result::kDecoded);
+    EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed, (Bytes{0xFF, 0xF8}));
 }
 
@@ -140,7 +141,7 @@ TEST(CcittGroup4, ARunOverTheWidthIsCutThereAndTheNextRowGoesOnFromTheCutOne) {
     // 4 white and 20 black on 8 columns, then the same again by vertical codes.
     const DecodedRows decoded = DecodeByRow(Codes("001 1011 00001101000  1 1  010 1"), 8, 3);
     EXPECT_EQ(decoded.rows, (Rows{"....####", "....####", "...#####"}));
-    EXPECT_EQ(decoded.results, Results(3, Result::kDecoded));
+    EXPECT_EQ(decoded.results, Outcomes(3, Outcome::kDecoded));
     EXPECT_TRUE(decoded.messages.empty());
 }
 
@@ -165,7 +166,7 @@ TEST(CcittGroup4, AnExtensionGivesTheRestTheCurrentColour) {
     EXPECT_EQ(DecodeByRow(Codes("0000001 1"), 8, 2).rows, (Rows{"........", "........"}));
     const DecodedRows black = DecodeByRow(Codes("0000010 0000001 1 1"), 8, 2);
     EXPECT_EQ(black.rows, (Rows{".....###", ".....###"})) << "3 left of the end, then black to the end";
-    EXPECT_EQ(black.results[0], Result::kDecoded);
+    EXPECT_EQ(black.results[0], Outcome::kDecoded);
     EXPECT_TRUE(black.messages.empty());
 }
 
@@ -184,7 +185,7 @@ TEST(CcittGroup4, AnEndOfLineGivesTheRestTheCurrentColourAndTakesElevenZeros) {
 TEST(CcittGroup4, AnEndOfLineWithAOneTooEarlyIsABadCode) {
     for (const char* zeros : {"1000", "0100", "0010", "0001"}) {
         const DecodedRows decoded = DecodeByRow(Codes(std::string("0000010 0000000") + zeros + "11111111"), 8, 1);
-        EXPECT_EQ(decoded.results[0], Result::kBadCode) << zeros;
+        EXPECT_EQ(decoded.results[0], Outcome::kBadCode) << zeros;
         EXPECT_EQ(decoded.messages, (Texts{L"Bad code word in EOL at scanline (x 5)"}));
     }
 }
@@ -206,7 +207,7 @@ TEST(CcittGroup3, RowsBeginBehindTheNextEndOfLine) {
     const DecodedRows decoded =
         DecodeByRow(Codes("1010 00000000000000001 1000 0011  000000000001 1000 11 1000"), 8, 2, Mode::kGroup3);
     EXPECT_EQ(decoded.rows, (Rows{"...#####", "...##..."}));
-    EXPECT_EQ(decoded.results, Results(2, Result::kDecoded));
+    EXPECT_EQ(decoded.results, Outcomes(2, Outcome::kDecoded));
 }
 
 TEST(CcittGroup3, ARowThatAnEndOfLineCutsIsWhiteFromThere) {
@@ -214,14 +215,14 @@ TEST(CcittGroup3, ARowThatAnEndOfLineCutsIsWhiteFromThere) {
     const DecodedRows decoded =
         DecodeByRow(Codes(end + "1000" + end + "1000 11" + end + "1100 00011"), 8, 3, Mode::kGroup3);
     EXPECT_EQ(decoded.rows, (Rows{"........", "...##...", ".....###"})) << "the last: 5 white, 7 black";
-    EXPECT_EQ(decoded.results[0], Result::kDecoded);
-    EXPECT_EQ(decoded.results[1], Result::kDecoded) << "the end of line that cuts a row begins the next";
+    EXPECT_EQ(decoded.results[0], Outcome::kDecoded);
+    EXPECT_EQ(decoded.results[1], Outcome::kDecoded) << "the end of line that cuts a row begins the next";
 }
 
 TEST(CcittGroup3, WithoutAnyEndOfLineThereIsNoRow) {
     const DecodedRows decoded = DecodeByRow(Codes("1000 11 1000 1000 11 1000"), 8, 2, Mode::kGroup3);
     EXPECT_EQ(decoded.rows, Rows(2, "........"));
-    EXPECT_EQ(decoded.results, Results(2, Result::kEndOfData));
+    EXPECT_EQ(decoded.results, Outcomes(2, Outcome::kEndOfData));
 }
 
 TEST(CcittGroup3, TheRowBehindABadCodeIsFoundByItsEndOfLine) {
@@ -235,7 +236,7 @@ TEST(CcittGroup3, TheRowBehindABadCodeIsFoundByItsEndOfLine) {
 TEST(CcittRowsWithoutEnds, EachBeginsAtAByte) {
     const DecodedRows decoded = DecodeByRow(Codes("1000 0011  1000 11 1000 111111  10011"), 8, 3, Mode::kRows);
     EXPECT_EQ(decoded.rows, (Rows{"...#####", "...##...", "........"}));
-    EXPECT_EQ(decoded.results, Results(3, Result::kDecoded));
+    EXPECT_EQ(decoded.results, Outcomes(3, Outcome::kDecoded));
 }
 
 TEST(CcittGroup3TwoDimensional, ABitBehindTheEndOfLineTellsTheCodingOfTheRow) {
@@ -243,7 +244,7 @@ TEST(CcittGroup3TwoDimensional, ABitBehindTheEndOfLineTellsTheCodingOfTheRow) {
     const DecodedRows decoded = DecodeByRow(Codes(end + "1 1000 11 1000" + end + "0 1 011 1" + end + "1 1000 0011"), 8,
                                             3, Mode::kGroup3TwoDimensional);
     EXPECT_EQ(decoded.rows, (Rows{"...##...", "...###..", "...#####"}));
-    EXPECT_EQ(decoded.results, Results(3, Result::kDecoded));
+    EXPECT_EQ(decoded.results, Outcomes(3, Outcome::kDecoded));
 }
 
 TEST(CcittGroup3TwoDimensional, AnEndOfLineThatCutsATwoDimensionalRowBeginsTheNext) {

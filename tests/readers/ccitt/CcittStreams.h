@@ -42,7 +42,7 @@ inline Bytes WithBitsReversed(Bytes bytes) {
 /// What became of each row.
 struct DecodedRows {
     std::vector<std::string> rows;  ///< one letter a pixel: '.' white, '#' black; all '?' where nothing was written
-    std::vector<Devices::Ccitt::Result> results;
+    std::vector<Devices::Ccitt::Outcome> results;
     std::vector<std::wstring> messages;
 };
 
@@ -51,14 +51,14 @@ inline DecodedRows DecodeByRow(const Bytes& data, int width, int height,
                                Devices::Ccitt::Mode mode = Devices::Ccitt::Mode::kGroup4,
                                Devices::Ccitt::BitOrder order = Devices::Ccitt::BitOrder::kMostSignificantFirst) {
     const MessageRecorder recorder;
-    Devices::ByteSource source{std::span<const unsigned char>(data)};
+    Common::ByteSource source{std::span<const unsigned char>(data)};
     Devices::Ccitt::Decoder decoder(source, width, mode, order);
     DecodedRows decoded;
     for (int y = 0; y < height; ++y) {
         Bytes packed((static_cast<std::size_t>(width) + 7) / 8, 0x5A);
         decoded.results.push_back(decoder.DecodeRows(packed));
         std::string row(static_cast<std::size_t>(width), '?');
-        for (std::size_t x = 0; decoded.results.back() != Devices::Ccitt::Result::kBadCode && x < row.size(); ++x)
+        for (std::size_t x = 0; decoded.results.back() != Devices::Ccitt::Outcome::kBadCode && x < row.size(); ++x)
             row[x] = (packed[x / 8] >> (7 - x % 8) & 1) != 0 ? '#' : '.';
         decoded.rows.push_back(row);
     }

@@ -11,6 +11,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using Kavra::Legacy::FlicCoding;
 using Kavra::Legacy::FlicMovie;
 using Kavra::Legacy::MakeFlic;

@@ -13,6 +13,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 
 using Bytes = std::vector<unsigned char>;

@@ -11,6 +11,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -10,6 +10,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 
 std::optional<PcxPalette> PaletteOf(const ByteBuilder& file, const PcxHeader& header) {

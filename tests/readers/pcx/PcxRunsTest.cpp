@@ -10,6 +10,8 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
+using Kavra::Common::Result;
 using namespace Kavra::Tests;
 
 class PcxRunsOver {
@@ -223,7 +225,7 @@ TEST(PcxRuns, LongStretchesDecodeLikeSingleCodes) {
                                           {5000L, 0L}}) {
         // More than the source has at hand at any time.
         const Bytes data = RandomCodes(random, 40'000);
-        ReadResult<ByteSource> source = ByteSource::Open(Wide(folder.Write("data", data)));
+        Result<ByteSource> source = ByteSource::Open(Wide(folder.Write("data", data)));
         ASSERT_TRUE(source);
         PcxRuns runs(*source, static_cast<std::size_t>(room), static_cast<std::size_t>(lineBytes));
         PlainRuns plain(data, room, lineBytes);

@@ -9,6 +9,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 
 /// The pixels of a picture over bytes of `filler`; none where the picture is refused, an empty block where it is larger

@@ -10,6 +10,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 
 /// How many of the bytes the opcode takes.

@@ -7,6 +7,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 
 constexpr PictRect kFrame = {0, 0, 100, 100};

@@ -8,6 +8,8 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
+using Kavra::Common::Result;
 using namespace Kavra::Tests;
 
 bool Accepts(const ByteBuilder& file) {
@@ -92,7 +94,7 @@ TEST(PictProbe, FilesOf2GiBAndMoreAreNotTaken) {
     const auto path = folder.Write("large", PictVersion2().Bytes());
     const auto accepts = [&](std::uintmax_t size) {
         std::filesystem::resize_file(path, size);
-        ReadResult<ByteSource> source = ByteSource::Open(Wide(path));
+        Result<ByteSource> source = ByteSource::Open(Wide(path));
         return source && IsPict(*source);
     };
     EXPECT_TRUE(accepts((std::uintmax_t{1} << 31) - 1));

@@ -7,6 +7,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 
 std::optional<PictPicture> Read(const ByteBuilder& file) {

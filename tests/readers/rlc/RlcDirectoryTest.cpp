@@ -10,6 +10,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 using Kavra::Legacy::AddRlcDirectory;
 using Kavra::Legacy::AddRlcReference;

@@ -8,6 +8,8 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
+using Kavra::Common::Result;
 using namespace Kavra::Tests;
 
 bool Accepts(const ByteBuilder& file) {
@@ -143,7 +145,7 @@ TEST(RlcProbe, EvenUncheckedRowsNeedTwoBytesEach) {
 TEST(RlcProbe, ReadsLargeFilesThroughToTheEnd) {
     const TemporaryFolder folder;
     const auto accepts = [&](int bad) {
-        ReadResult<ByteSource> source = ByteSource::Open(Wide(folder.Write("x", Rows(30'000, bad).Bytes())));
+        Result<ByteSource> source = ByteSource::Open(Wide(folder.Write("x", Rows(30'000, bad).Bytes())));
         return source && IsRlc(*source);
     };
     EXPECT_TRUE(accepts(-1));
@@ -154,7 +156,7 @@ TEST(RlcProbe, FilesThatLookSmallIn32BitsAreNotTaken) {
     const TemporaryFolder folder;
     const auto path = folder.Write("x", RlcFile(20, {{{0, 5}}, {}}).Bytes());
     std::filesystem::resize_file(path, (std::uintmax_t{1} << 32) + 12);
-    ReadResult<ByteSource> source = ByteSource::Open(Wide(path));
+    Result<ByteSource> source = ByteSource::Open(Wide(path));
     ASSERT_TRUE(source);
     EXPECT_FALSE(IsRlc(*source));
 }

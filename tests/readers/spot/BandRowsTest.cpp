@@ -8,6 +8,7 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
 
 using Bytes = std::vector<unsigned char>;
 

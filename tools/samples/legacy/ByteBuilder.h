@@ -1,7 +1,7 @@
 /// Writing the bytes of a file down, in the order of its format.
 #pragma once
 
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -50,7 +50,7 @@ public:
     std::size_t Size() const { return mBytes.size(); }
     std::span<const unsigned char> Bytes() const { return mBytes; }
     /// The builder must outlive the source.
-    Devices::ByteSource Source() const { return Devices::ByteSource(std::span<const unsigned char>(mBytes)); }
+    Common::ByteSource Source() const { return Common::ByteSource(std::span<const unsigned char>(mBytes)); }
 
 private:
     std::vector<unsigned char> mBytes;

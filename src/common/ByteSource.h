@@ -1,9 +1,10 @@
 /// The one door through which readers see a file.
 #pragma once
 
-#include "readers/ByteOrder.h"
+#include "common/ByteOrder.h"
+#include "common/Result.h"
 
-#include <kavra/devices/Export.h>
+#include <kavra/objects/KString.h>
 
 #include <algorithm>
 #include <array>
@@ -12,35 +13,26 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <expected>
 #include <memory>
 #include <span>
 #include <utility>
 
-namespace Kavra::Devices {
-
-/// Why bytes could not be had.
-enum class ReadError {
-    kCannotOpen,  ///< no such regular file, or no right to read it
-    kTruncated,   ///< the source ends before them
-    kUnreadable,  ///< the system did not deliver bytes that belong to the file
-};
-
-template <class T>
-using ReadResult = std::expected<T, ReadError>;
+namespace Kavra::Common {
 
 /// A sequence of bytes with a position: a file, a part of one, or memory. Nothing outside the sequence can be read or
 /// reached, whatever numbers a file holds. An exact read and a move of the position either succeed whole or change
 /// nothing.
+///
+/// What fails is one of `kCannotOpen`, `kTruncated` (the source ends before the bytes) and `kUnreadable`.
 ///
 /// Reads are buffered, so single numbers are cheap; a seek inside the buffer costs nothing. A source and its slices
 /// share one open file, which closes with the last of them. They may be used from one thread at a time.
 class ByteSource {
 public:
     /// Opens a regular file by its wide path and fixes its size as of now.
-    [[nodiscard]] static ReadResult<ByteSource> Open(const KString& path);
+    [[nodiscard]] static Result<ByteSource> Open(const Objects::KString& path);
     /// The same by a path whose bytes go to the system as they are: names that are stored inside files.
-    [[nodiscard]] static ReadResult<ByteSource> OpenNarrow(const char* path);
+    [[nodiscard]] static Result<ByteSource> OpenNarrow(const char* path);
 
     /// Memory that stays its owner's and must outlive the source.
     explicit ByteSource(std::span<const unsigned char> bytes) : mWindow(bytes), mSize(bytes.size()) {}
@@ -53,29 +45,29 @@ public:
     std::uint64_t Remaining() const { return mSize - Position(); }
 
     /// Moves to a position from 0 to `Size()`.
-    [[nodiscard]] ReadResult<void> Seek(std::uint64_t position);
+    [[nodiscard]] Result<> Seek(std::uint64_t position);
     /// Moves forward.
-    [[nodiscard]] ReadResult<void> Skip(std::uint64_t bytes);
+    [[nodiscard]] Result<> Skip(std::uint64_t bytes);
 
     /// Fills `out` whole.
-    [[nodiscard]] ReadResult<void> Read(std::span<unsigned char> out);
+    [[nodiscard]] Result<> Read(std::span<unsigned char> out);
     /// Fills `out` as far as the source goes and tells how far that was; the rest of `out` stays as it is.
     [[nodiscard]] std::size_t ReadSome(std::span<unsigned char> out);
 
     /// The `Count` bytes from a position on, which is left behind them.
     template <std::size_t Count>
-    [[nodiscard]] ReadResult<std::array<unsigned char, Count>> BytesAt(std::uint64_t position) {
+    [[nodiscard]] Result<std::array<unsigned char, Count>> BytesAt(std::uint64_t position) {
         std::array<unsigned char, Count> bytes{};
         return Seek(position).and_then([&] { return Read(bytes); }).transform([&] { return bytes; });
     }
 
     /// An integer in the given byte order: `source.Big<std::int16_t>()`.
     template <std::integral T>
-    [[nodiscard]] ReadResult<T> Little() {
+    [[nodiscard]] Result<T> Little() {
         return Number<T, std::endian::little>();
     }
     template <std::integral T>
-    [[nodiscard]] ReadResult<T> Big() {
+    [[nodiscard]] Result<T> Big() {
         return Number<T, std::endian::big>();
     }
 
@@ -84,23 +76,23 @@ public:
     [[nodiscard]] std::span<const unsigned char> Peek();
 
     /// The next `bytes` bytes as a source of their own, with its own position and buffer; this source moves past them.
-    [[nodiscard]] ReadResult<ByteSource> Slice(std::uint64_t bytes);
+    [[nodiscard]] Result<ByteSource> Slice(std::uint64_t bytes);
 
 private:
     class File;
 
-    static ReadResult<ByteSource> OverFile(std::FILE* opened);
+    static Result<ByteSource> OverFile(std::FILE* opened);
 
     ByteSource(std::shared_ptr<File> file, std::uint64_t start, std::uint64_t size)
         : mFile(std::move(file)), mStart(start), mSize(size) {}
 
     template <std::integral T, std::endian Order>
-    ReadResult<T> Number() {
+    Result<T> Number() {
         std::array<unsigned char, sizeof(T)> bytes{};
         if (Buffered() >= bytes.size()) {
             std::copy_n(mWindow.subspan(mNext).begin(), sizeof(T), bytes.begin());
             mNext += bytes.size();
-        } else if (const ReadResult<void> read = Read(bytes); !read) {
+        } else if (const Result<> read = Read(bytes); !read) {
             return std::unexpected(read.error());
         }
         return Order == std::endian::little ? LittleAt<T, 0>(bytes) : BigAt<T, 0>(bytes);
@@ -120,4 +112,4 @@ private:
     std::size_t mNext = 0;           // the position, from the window's start
 };
 
-}  // namespace Kavra::Devices
+}  // namespace Kavra::Common

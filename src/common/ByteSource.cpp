@@ -1,4 +1,4 @@
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include "common/FileHandle.h"
 
@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <optional>
 
-namespace Kavra::Devices {
+namespace Kavra::Common {
 
 namespace {
 
@@ -18,7 +18,7 @@ constexpr std::size_t kBufferBytes = std::size_t{16} << 10;
 /// The open file that a source and its slices share. It is told where to read each time, since they take turns.
 class ByteSource::File {
 public:
-    explicit File(Common::FileHandle handle) : mHandle(std::move(handle)) {
+    explicit File(FileHandle handle) : mHandle(std::move(handle)) {
         // Each source has its own buffer; a second one below it would only copy everything once more.
         (void)std::setvbuf(mHandle.get(), nullptr, _IONBF, 0);
     }
@@ -29,48 +29,48 @@ public:
     }
 
 private:
-    Common::FileHandle mHandle;
+    FileHandle mHandle;
 };
 
-ReadResult<ByteSource> ByteSource::Open(const KString& path) {
+Result<ByteSource> ByteSource::Open(const Objects::KString& path) {
     std::FILE* opened = nullptr;
     (void)OS::wfopen(&opened, path, L"rb");
     return OverFile(opened);
 }
 
-ReadResult<ByteSource> ByteSource::OpenNarrow(const char* path) {
+Result<ByteSource> ByteSource::OpenNarrow(const char* path) {
     std::FILE* opened = nullptr;
     (void)OS::fopen(&opened, path, "rb");
     return OverFile(opened);
 }
 
 /// Takes what could be opened, null when nothing could.
-ReadResult<ByteSource> ByteSource::OverFile(std::FILE* opened) {
-    Common::FileHandle handle(opened);
-    if (!handle) return std::unexpected(ReadError::kCannotOpen);
-    const std::optional<std::uint64_t> length = Common::FileLength(handle.get());
-    if (!length) return std::unexpected(ReadError::kCannotOpen);
+Result<ByteSource> ByteSource::OverFile(std::FILE* opened) {
+    FileHandle handle(opened);
+    if (!handle) return std::unexpected(Failure::kCannotOpen);
+    const std::optional<std::uint64_t> length = FileLength(handle.get());
+    if (!length) return std::unexpected(Failure::kCannotOpen);
     return ByteSource(std::make_shared<File>(std::move(handle)), 0, *length);
 }
 
-ReadResult<void> ByteSource::Seek(std::uint64_t position) {
-    if (position > mSize) return std::unexpected(ReadError::kTruncated);
+Result<> ByteSource::Seek(std::uint64_t position) {
+    if (position > mSize) return std::unexpected(Failure::kTruncated);
     MoveWindow(position);
     return {};
 }
 
-ReadResult<void> ByteSource::Skip(std::uint64_t bytes) {
-    if (bytes > Remaining()) return std::unexpected(ReadError::kTruncated);
+Result<> ByteSource::Skip(std::uint64_t bytes) {
+    if (bytes > Remaining()) return std::unexpected(Failure::kTruncated);
     MoveWindow(Position() + bytes);
     return {};
 }
 
-ReadResult<void> ByteSource::Read(std::span<unsigned char> out) {
-    if (out.size() > Remaining()) return std::unexpected(ReadError::kTruncated);
+Result<> ByteSource::Read(std::span<unsigned char> out) {
+    if (out.size() > Remaining()) return std::unexpected(Failure::kTruncated);
     const std::uint64_t start = Position();
     if (ReadSome(out) == out.size()) return {};
     MoveWindow(start);
-    return std::unexpected(ReadError::kUnreadable);
+    return std::unexpected(Failure::kUnreadable);
 }
 
 std::size_t ByteSource::ReadSome(std::span<unsigned char> out) {
@@ -97,8 +97,8 @@ std::span<const unsigned char> ByteSource::Peek() {
     return mWindow.subspan(mNext);
 }
 
-ReadResult<ByteSource> ByteSource::Slice(std::uint64_t bytes) {
-    if (bytes > Remaining()) return std::unexpected(ReadError::kTruncated);
+Result<ByteSource> ByteSource::Slice(std::uint64_t bytes) {
+    if (bytes > Remaining()) return std::unexpected(Failure::kTruncated);
     ByteSource slice = mFile ? ByteSource(mFile, mStart + Position(), bytes)
                              : ByteSource(mWindow.subspan(mNext, static_cast<std::size_t>(bytes)));
     MoveWindow(Position() + bytes);
@@ -135,4 +135,4 @@ std::size_t ByteSource::ReadUnbuffered(std::span<unsigned char> out) {
     return count;
 }
 
-}  // namespace Kavra::Devices
+}  // namespace Kavra::Common

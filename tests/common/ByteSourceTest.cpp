@@ -1,4 +1,4 @@
-#include "readers/ByteSource.h"
+#include "common/ByteSource.h"
 
 #include "readers/ByteBuilder.h"
 #include "support/TemporaryFolder.h"
@@ -12,6 +12,9 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
+using Kavra::Common::Failure;
+using Kavra::Common::Result;
 using Kavra::Tests::ByteBuilder;
 using Kavra::Tests::TemporaryFolder;
 using Kavra::Tests::Wide;
@@ -36,7 +39,7 @@ class ByteSources : public testing::TestWithParam<bool> {
 protected:
     ByteSource Open(const Bytes& bytes) {
         if (!GetParam()) return ByteSource((mMemory = bytes));
-        ReadResult<ByteSource> source = ByteSource::Open(Wide(mFolder.Write("bytes", bytes)));
+        Result<ByteSource> source = ByteSource::Open(Wide(mFolder.Write("bytes", bytes)));
         EXPECT_TRUE(source);
         return std::move(*source);
     }
@@ -71,10 +74,10 @@ TEST_P(ByteSources, ReadsIntegersOfEachWidthInBothByteOrders) {
 
 TEST_P(ByteSources, AnIntegerThatIsNotWholeIsTruncatedAndNothingMoves) {
     ByteSource source = Open({1, 2, 3});
-    EXPECT_EQ(source.Little<std::uint32_t>().error(), ReadError::kTruncated);
+    EXPECT_EQ(source.Little<std::uint32_t>().error(), Failure::kTruncated);
     EXPECT_EQ(source.Position(), 0u);
     EXPECT_EQ(source.Big<std::uint16_t>(), 0x0102);
-    EXPECT_EQ(source.Big<std::uint16_t>().error(), ReadError::kTruncated);
+    EXPECT_EQ(source.Big<std::uint16_t>().error(), Failure::kTruncated);
     EXPECT_EQ(source.Position(), 2u);
 }
 
@@ -93,7 +96,7 @@ TEST_P(ByteSources, AnExactReadPastTheEndLeavesBufferAndPositionAlone) {
     ByteSource source = Open({1, 2, 3});
     ASSERT_TRUE(source.Skip(1));
     std::array<unsigned char, 3> out = {9, 9, 9};
-    EXPECT_EQ(source.Read(out).error(), ReadError::kTruncated);
+    EXPECT_EQ(source.Read(out).error(), Failure::kTruncated);
     EXPECT_EQ(out, (std::array<unsigned char, 3>{9, 9, 9}));
     EXPECT_EQ(source.Position(), 1u);
 }
@@ -146,10 +149,10 @@ TEST_P(ByteSources, SeeksForwardAndBackToAnyPositionUpToTheEnd) {
 TEST_P(ByteSources, APositionBeyondTheEndIsRefusedAndNothingMoves) {
     ByteSource source = Open({1, 2, 3});
     ASSERT_TRUE(source.Seek(2));
-    EXPECT_EQ(source.Seek(4).error(), ReadError::kTruncated);
-    EXPECT_EQ(source.Skip(2).error(), ReadError::kTruncated);
-    EXPECT_EQ(source.Skip(~std::uint64_t{0}).error(), ReadError::kTruncated);
-    EXPECT_EQ(source.Seek(~std::uint64_t{0}).error(), ReadError::kTruncated);
+    EXPECT_EQ(source.Seek(4).error(), Failure::kTruncated);
+    EXPECT_EQ(source.Skip(2).error(), Failure::kTruncated);
+    EXPECT_EQ(source.Skip(~std::uint64_t{0}).error(), Failure::kTruncated);
+    EXPECT_EQ(source.Seek(~std::uint64_t{0}).error(), Failure::kTruncated);
     EXPECT_EQ(source.Position(), 2u);
     EXPECT_EQ(source.Little<std::uint8_t>(), 3);
 }
@@ -158,8 +161,8 @@ TEST_P(ByteSources, BytesAtAPositionComeWhole) {
     ByteSource source = Open({1, 2, 3, 4, 5});
     EXPECT_EQ(source.BytesAt<2>(3), (std::array<unsigned char, 2>{4, 5}));
     EXPECT_EQ(source.BytesAt<2>(0), (std::array<unsigned char, 2>{1, 2}));
-    EXPECT_EQ(source.BytesAt<2>(4).error(), ReadError::kTruncated);
-    EXPECT_EQ(source.BytesAt<2>(~std::uint64_t{0}).error(), ReadError::kTruncated);
+    EXPECT_EQ(source.BytesAt<2>(4).error(), Failure::kTruncated);
+    EXPECT_EQ(source.BytesAt<2>(~std::uint64_t{0}).error(), Failure::kTruncated);
 }
 
 TEST_P(ByteSources, PeekingShowsAllBytesInOrderAndMovesNothing) {
@@ -179,14 +182,14 @@ TEST_P(ByteSources, PeekingShowsAllBytesInOrderAndMovesNothing) {
 TEST_P(ByteSources, ASliceSeesItsOwnBytesOnly) {
     ByteSource source = Open({0, 1, 2, 3, 4, 5, 6, 7});
     ASSERT_TRUE(source.Skip(2));
-    ReadResult<ByteSource> slice = source.Slice(3);
+    Result<ByteSource> slice = source.Slice(3);
     ASSERT_TRUE(slice);
     EXPECT_EQ(source.Position(), 5u) << "the slice is behind its parent";
     EXPECT_EQ(slice->Size(), 3u);
     EXPECT_EQ(slice->Position(), 0u);
     EXPECT_EQ(slice->Big<std::uint16_t>(), 0x0203);
-    EXPECT_EQ(slice->Big<std::uint16_t>().error(), ReadError::kTruncated);
-    EXPECT_EQ(slice->Seek(4).error(), ReadError::kTruncated);
+    EXPECT_EQ(slice->Big<std::uint16_t>().error(), Failure::kTruncated);
+    EXPECT_EQ(slice->Seek(4).error(), Failure::kTruncated);
     ASSERT_TRUE(slice->Seek(0));
     EXPECT_EQ(slice->Peek().size(), 3u);
     EXPECT_EQ(source.Big<std::uint8_t>(), 5);
@@ -195,11 +198,11 @@ TEST_P(ByteSources, ASliceSeesItsOwnBytesOnly) {
 TEST_P(ByteSources, SlicesAndTheirParentReadInTurnWithoutDisturbingOneAnother) {
     const Bytes bytes = Pattern();
     ByteSource source = Open(bytes);
-    ReadResult<ByteSource> first = source.Slice(40'000);
-    ReadResult<ByteSource> second = source.Slice(40'000);
+    Result<ByteSource> first = source.Slice(40'000);
+    Result<ByteSource> second = source.Slice(40'000);
     ASSERT_TRUE(first && second);
     ASSERT_TRUE(second->Skip(1));
-    ReadResult<ByteSource> inner = second->Slice(20);
+    Result<ByteSource> inner = second->Slice(20);
     ASSERT_TRUE(inner);
     for (std::size_t i = 0; i < 20'000; ++i) {
         ASSERT_EQ(first->Little<std::uint8_t>(), bytes[i]);
@@ -214,12 +217,12 @@ TEST_P(ByteSources, SlicesAndTheirParentReadInTurnWithoutDisturbingOneAnother) {
 TEST_P(ByteSources, ASliceLongerThanTheRestIsRefusedAndNothingMoves) {
     ByteSource source = Open({1, 2, 3});
     ASSERT_TRUE(source.Skip(1));
-    EXPECT_EQ(source.Slice(3).error(), ReadError::kTruncated);
-    EXPECT_EQ(source.Slice(~std::uint64_t{0}).error(), ReadError::kTruncated);
+    EXPECT_EQ(source.Slice(3).error(), Failure::kTruncated);
+    EXPECT_EQ(source.Slice(~std::uint64_t{0}).error(), Failure::kTruncated);
     EXPECT_EQ(source.Position(), 1u);
-    ReadResult<ByteSource> rest = source.Slice(2);
+    Result<ByteSource> rest = source.Slice(2);
     ASSERT_TRUE(rest);
-    ReadResult<ByteSource> nothing = source.Slice(0);
+    Result<ByteSource> nothing = source.Slice(0);
     ASSERT_TRUE(nothing);
     EXPECT_TRUE(nothing->Peek().empty());
 }
@@ -230,7 +233,7 @@ TEST_P(ByteSources, AnEmptySourceIsAtItsEnd) {
     EXPECT_TRUE(source.Peek().empty());
     EXPECT_TRUE(source.Seek(0));
     EXPECT_TRUE(source.Read({}));
-    EXPECT_EQ(source.Little<std::uint8_t>().error(), ReadError::kTruncated);
+    EXPECT_EQ(source.Little<std::uint8_t>().error(), Failure::kTruncated);
 }
 
 TEST_P(ByteSources, MovingASourceKeepsItsPlaceAndBuffer) {
@@ -249,7 +252,7 @@ TEST(ByteSource, ASliceKeepsTheFileOpen) {
     const TemporaryFolder folder;
     std::optional<ByteSource> slice;
     {
-        ReadResult<ByteSource> source = ByteSource::Open(Wide(folder.Write("x", "abcdef")));
+        Result<ByteSource> source = ByteSource::Open(Wide(folder.Write("x", "abcdef")));
         ASSERT_TRUE(source);
         ASSERT_TRUE(source->Skip(3));
         slice = std::move(*source->Slice(2));
@@ -260,35 +263,35 @@ TEST(ByteSource, ASliceKeepsTheFileOpen) {
 TEST(ByteSource, WhatIsNoRegularFileCannotBeOpened) {
     const TemporaryFolder folder;
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
-    EXPECT_EQ(ByteSource::Open(Wide(folder / "pipe")).error(), ReadError::kCannotOpen);
-    EXPECT_EQ(ByteSource::Open(Wide(folder.Path())).error(), ReadError::kCannotOpen);
-    EXPECT_EQ(ByteSource::Open(Wide(folder / "missing")).error(), ReadError::kCannotOpen);
-    EXPECT_EQ(ByteSource::Open(L"/dev/zero").error(), ReadError::kCannotOpen);
-    EXPECT_EQ(ByteSource::Open(L"").error(), ReadError::kCannotOpen);
+    EXPECT_EQ(ByteSource::Open(Wide(folder / "pipe")).error(), Failure::kCannotOpen);
+    EXPECT_EQ(ByteSource::Open(Wide(folder.Path())).error(), Failure::kCannotOpen);
+    EXPECT_EQ(ByteSource::Open(Wide(folder / "missing")).error(), Failure::kCannotOpen);
+    EXPECT_EQ(ByteSource::Open(L"/dev/zero").error(), Failure::kCannotOpen);
+    EXPECT_EQ(ByteSource::Open(L"").error(), Failure::kCannotOpen);
 }
 
 TEST(ByteSource, ANarrowPathIsTakenByItsBytes) {
     const TemporaryFolder folder;
-    ReadResult<ByteSource> source = ByteSource::OpenNarrow(folder.Write("caf\xE9", "ab").c_str());
+    Result<ByteSource> source = ByteSource::OpenNarrow(folder.Write("caf\xE9", "ab").c_str());
     ASSERT_TRUE(source);
     EXPECT_EQ(source->Size(), 2u);
     EXPECT_EQ(source->Big<std::uint16_t>(), 'a' << 8 | 'b');
-    EXPECT_EQ(ByteSource::OpenNarrow(folder.Path().c_str()).error(), ReadError::kCannotOpen);
-    EXPECT_EQ(ByteSource::OpenNarrow((folder / "missing").c_str()).error(), ReadError::kCannotOpen);
+    EXPECT_EQ(ByteSource::OpenNarrow(folder.Path().c_str()).error(), Failure::kCannotOpen);
+    EXPECT_EQ(ByteSource::OpenNarrow((folder / "missing").c_str()).error(), Failure::kCannotOpen);
 }
 
 TEST(ByteSource, AFileThatShrinksIsUnreadableNotEndless) {
     const TemporaryFolder folder;
     const auto path = folder.Write("x", Pattern());
-    ReadResult<ByteSource> source = ByteSource::Open(Wide(path));
+    Result<ByteSource> source = ByteSource::Open(Wide(path));
     ASSERT_TRUE(source);
     std::filesystem::resize_file(path, 10);
     Bytes out(50);
-    EXPECT_EQ(source->Read(out).error(), ReadError::kUnreadable);
+    EXPECT_EQ(source->Read(out).error(), Failure::kUnreadable);
     EXPECT_EQ(source->Position(), 0u);
     EXPECT_EQ(source->ReadSome(out), 10u);
     EXPECT_TRUE(source->Peek().empty());
-    EXPECT_EQ(source->Little<std::uint8_t>().error(), ReadError::kUnreadable);
+    EXPECT_EQ(source->Little<std::uint8_t>().error(), Failure::kUnreadable);
 }
 
 TEST(ByteSource, ReachesPositionsBeyondFourGigabytes) {
@@ -302,7 +305,7 @@ TEST(ByteSource, ReachesPositionsBeyondFourGigabytes) {
         EXPECT_EQ(pwrite(file, "end", 3, kFar - 3), 3);
         close(file);
     }
-    ReadResult<ByteSource> source = ByteSource::Open(Wide(path));
+    Result<ByteSource> source = ByteSource::Open(Wide(path));
     ASSERT_TRUE(source);
     EXPECT_EQ(source->Size(), kFar);
     EXPECT_EQ(source->BytesAt<3>(kFar - 3), (std::array<unsigned char, 3>{'e', 'n', 'd'}));

@@ -7,7 +7,7 @@
 #include <concepts>
 #include <cstddef>
 
-namespace Kavra::Devices {
+namespace Kavra::Common {
 
 /// The integer at `Offset`: `LittleAt<std::uint16_t, 66>(header)`. An offset outside the block does not compile.
 template <std::integral T, std::size_t Offset, std::size_t Size>
@@ -24,4 +24,4 @@ constexpr T BigAt(const std::array<unsigned char, Size>& block) {
     return std::byteswap(LittleAt<T, Offset>(block));
 }
 
-}  // namespace Kavra::Devices
+}  // namespace Kavra::Common
