@@ -72,7 +72,7 @@ void LoadOptions::AddTo(CLI::App& command, bool withFrame) {
 }
 
 std::uint64_t LoadedImage::BlockSize() const {
-    return desc.dataSize * (desc.textureType == kTextureCube ? 6 : 1);
+    return desc.dataSize * static_cast<std::uint64_t>(FaceCount(desc.textureType));
 }
 
 LoadedImage Load(IImageHandler& handler, Report& report, const LoadOptions& options, int frame) {

@@ -28,13 +28,9 @@ void Require(bool condition) {
     if (!condition) std::abort();
 }
 
-std::size_t FacesOf(const ImageDescription& desc) {
-    return desc.textureType == kTextureCube ? 6 : 1;
-}
-
 /// What was read must be writable, and the same when it is read again.
 void RequireRoundTrip(const ImageDescription& desc, const void* data) {
-    const std::size_t bytes = desc.dataSize * FacesOf(desc);
+    const std::size_t bytes = desc.dataSize * static_cast<std::size_t>(FaceCount(desc.textureType));
     const std::filesystem::path path = Fuzz::FuzzFolder::OfThisProcess().Path() / "written.dds";
     const KString name(OS::FromUtf8(path.c_str()).c_str());
     DDSWriter writer;

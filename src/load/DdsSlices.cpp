@@ -52,7 +52,7 @@ OIIO::ImageSpec DdsLevelSpec(const OIIO::ImageSpec& top, int level) {
     spec.full_height = size.height;
     spec.full_depth = size.depth;
     spec.width = spec.full_width;
-    spec.height = cube ? Dds::kFaces * spec.full_height : spec.full_height;
+    spec.height = cube ? kCubeFaces * spec.full_height : spec.full_height;
     spec.depth = spec.full_depth;
     if (top.tile_width != 0) spec.tile_width = spec.full_width;
     if (cube) spec.tile_height = spec.full_height;

@@ -1,5 +1,6 @@
 #include "load/FileDescription.h"
 
+#include "common/PackedLayout.h"
 #include "common/dds/DdsShape.h"
 #include "formats/Attributes.h"
 #include "formats/PixelFormatMapping.h"
@@ -15,7 +16,7 @@ namespace Kavra::Devices {
 
 namespace {
 
-constexpr int kMostSubimages = 1 << 20;
+constexpr int kMaxSubimages = 1 << 20;
 
 EFormat FileFormat(const OIIO::ImageSpec& spec, int fileType, bool ddsAlphaVariant) {
     const EFormat format = ImageSpecToFormat(spec);
@@ -35,7 +36,8 @@ EFormat FileFormat(const OIIO::ImageSpec& spec, int fileType, bool ddsAlphaVaria
 /// Whether the pixels are six faces on one another. A file may say "cube" of any picture; but whoever is told of a cube
 /// counts on six blocks of a face's size.
 bool HoldsSixFaces(const OIIO::ImageSpec& spec) {
-    return spec.depth <= 1 && spec.full_width == spec.width && std::int64_t{6} * spec.full_height == spec.height;
+    return spec.depth <= 1 && spec.full_width == spec.width &&
+           std::int64_t{kCubeFaces} * spec.full_height == spec.height;
 }
 
 ETextureType FileTextureType(const OIIO::ImageSpec& spec) {
@@ -63,14 +65,14 @@ EDataOrientation FileOrientation(const OIIO::ImageSpec& spec, bool isRadiance) {
 double FileGamma(const OIIO::ImageSpec& spec) {
     auto encoding = FloatAttribute(spec, "oiio:Gamma");
     if (!encoding) encoding = FloatAttribute(spec, "Exif:Gamma");
-    if (!encoding) return kDefaultGamma;
+    if (!encoding) return Common::kDefaultGamma;
     const float decoding = 1.0F / *encoding;
-    return *encoding > 0 && std::isfinite(decoding) ? decoding : kDefaultGamma;
+    return *encoding > 0 && std::isfinite(decoding) ? decoding : Common::kDefaultGamma;
 }
 
 int CountSubimages(OIIO::ImageInput& input) {
     int count = 1;
-    while (count < kMostSubimages && input.seek_subimage(count, 0))
+    while (count < kMaxSubimages && input.seek_subimage(count, 0))
         ++count;
     return count;
 }
@@ -79,9 +81,9 @@ int CountSubimages(OIIO::ImageInput& input) {
 int CountMipLevels(OIIO::ImageInput& input) {
     if (!input.seek_subimage(0, 0)) return 1;
     const ImageDesc level0 = DescribeSpec(input.spec(), false, DDS, false);
-    const int most = Dds::FullMipChain({level0.width, level0.height, level0.depth});
+    const int maximum = Dds::FullMipChain({level0.width, level0.height, level0.depth});
     int count = 1;
-    while (count < most && input.seek_subimage(0, count))
+    while (count < maximum && input.seek_subimage(0, count))
         ++count;
     return count;
 }

@@ -7,9 +7,6 @@
 
 namespace Kavra::Devices {
 
-/// The decoding exponent of a file that says none.
-inline constexpr double kDefaultGamma = 2.2;
-
 /// The description of one subimage; `frameCount` stays 0, and the format `kUnknown` where no host format holds the
 /// pixels. `fileType` is an `ImageFileType`. `isRadiance` is for Radiance files, whose orientation is never asked for.
 /// `ddsAlphaVariant` is for DDS files whose host reader reports `kReserved50` or `kReserved51`.

@@ -4,6 +4,7 @@
 
 #include "common/HostExtras.h"
 #include "common/Limits.h"
+#include "common/PackedLayout.h"
 #include "common/dds/DdsShape.h"
 #include "formats/ChannelOrder.h"
 #include "formats/FormatConversion.h"
@@ -12,6 +13,7 @@
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "load/ReadSubimage.h"
+#include "load/geometry/Reshape.h"
 #include "readers/ImageFileType.h"
 
 #include <kavra/devices/DDSReader.h>
@@ -21,7 +23,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -29,9 +30,6 @@ namespace Kavra::Devices {
 namespace {
 
 using Common::PixelBlock;
-
-constexpr std::uint64_t kMostRowPitch = std::numeric_limits<std::int32_t>::max();  // what a description can hold
-constexpr int kFaces = 6;
 
 bool Fail(const wchar_t* message) {
     Sys::Warning(message, nullptr);
@@ -105,21 +103,12 @@ bool ChooseFormat(TextureLoad& load) {
     return load.targetSpec.format != OIIO::TypeUnknown || Fail(L"format is not supported");
 }
 
-std::uint64_t RowPitch(const OIIO::ImageSpec& spec, int width) {
-    return std::uint64_t{spec.pixel_bytes(false)} * static_cast<std::uint64_t>(width);
-}
-
 void FillDescription(TextureLoad& load) {
     ImageDescription& desc = load.desc;
-    desc.width = load.outWidth;
-    desc.height = load.outHeight;
+    desc = Common::DescribePacked(load.outWidth, load.outHeight, load.format);
     desc.depth = load.outDepth;
-    desc.format = load.format;
-    desc.rowPitch = static_cast<std::int32_t>(RowPitch(load.targetSpec, load.outWidth));
     desc.dataSize = load.targetSpec.image_bytes(false);
     desc.textureType = load.fileDesc.textureType;
-    desc.hasTransparentPixels = false;
-    desc.hasTranslucentPixels = false;
     desc.hasAlpha = load.fileSpec.alpha_channel >= 0;
     desc.orientation = load.request.orientation;
     desc.defaultOrientation = load.request.orientation == kTopLeft;
@@ -128,7 +117,8 @@ void FillDescription(TextureLoad& load) {
 
 /// Whether a block of this layout can be had and described.
 bool IsPossible(const OIIO::ImageSpec& spec) {
-    return RowPitch(spec, spec.width) <= kMostRowPitch && spec.image_bytes(false) <= Common::HostBlockCeiling() &&
+    const std::int64_t rowBytes = static_cast<std::int64_t>(spec.pixel_bytes(false)) * spec.width;
+    return Common::FitsPitch(rowBytes) && spec.image_bytes(false) <= Common::HostBlockCeiling() &&
            Common::HostBounds().Hold({.pixels = spec.image_pixels(), .blockBytes = spec.image_bytes(false)});
 }
 
@@ -158,6 +148,25 @@ Pixels ToChosenFormat(const TextureLoad& load, Pixels pixels) {
     if (load.Converts()) return Convert(load, pixels);
     if (IsBlueFirst(load.format) && !IsBlueFirst(load.fileDesc.format)) return SwapRedAndBlue(pixels);
     return pixels;
+}
+
+/// Brings pixels in the chosen format to the wanted size, row and column order, and updates `desc`. None when that cannot
+/// be done.
+Pixels ToWantedShape(TextureLoad& load, Pixels pixels) {
+    if (!pixels || (!load.NeedsResize() && !load.NeedsReorientation())) return pixels;
+    const ImageDesc& file = load.fileDesc;
+    Raster raster = PackedRaster(load.format, file.width, file.height, std::move(pixels.block), pixels.bytes);
+    raster.faces = FaceCount(file.textureType);
+    raster.slices = std::max(file.depth, 1);
+    raster = Reshape(std::move(raster), {.width = load.outWidth,
+                                         .height = load.outHeight,
+                                         .scaling = load.request.highQuality ? Scaling::kMitchell : Scaling::kAdaptive,
+                                         .from = file.orientation,
+                                         .to = load.request.orientation});
+    if (!raster || !Common::FitsPitch(static_cast<std::int64_t>(raster.pitch))) return {};
+    Common::SetPacked(load.desc, raster.width, raster.height, raster.format);
+    load.desc.dataSize = raster.bytes;
+    return {std::move(raster.block), raster.bytes};
 }
 
 }  // namespace
@@ -191,13 +200,13 @@ PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const 
     // before all of the block is touched.
     if (read.lacksAlpha) SetToOpaque(read.pixels.block.get(), read.pixels.bytes, as);
 
-    Pixels pixels = ReshapeTexture(load, ToChosenFormat(load, std::move(read.pixels)));
+    Pixels pixels = ToWantedShape(load, ToChosenFormat(load, std::move(read.pixels)));
     if (!pixels || desc.dataSize > pixels.bytes) return nullptr;
     if (desc.hasAlpha) {
         GetAlphaProperty(pixels.block.get(), desc.dataSize, load.targetSpec, desc.hasTransparentPixels,
                          desc.hasTranslucentPixels);
     }
-    if (load.IsCube()) desc.dataSize /= kFaces;
+    desc.dataSize /= static_cast<std::uint64_t>(FaceCount(desc.textureType));
     return std::move(pixels.block);
 }
 

@@ -90,10 +90,4 @@ struct ReadPixels {
 /// tell. Throws what the allocator throws.
 ReadPixels ReadTexturePixels(TextureLoad& load, const OIIO::ImageSpec& as);
 
-/// Brings pixels in the layout of `targetSpec` to the wanted size, row and column order, and updates `desc`. A cube map
-/// is mirrored and rotated by 180 degrees as the one picture that its faces stand on one another in, so a flip reverses
-/// their order; a quarter turn turns each face in its place. None when that cannot be done. Throws what the allocator
-/// and the library throw.
-Pixels ReshapeTexture(TextureLoad& load, Pixels pixels);
-
 }  // namespace Kavra::Devices

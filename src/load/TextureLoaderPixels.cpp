@@ -127,7 +127,7 @@ bool IsHostLuminance16(const TextureLoad& load) {
 }
 
 bool IsWholeLevel(const ImageDescription& level, const TextureLoad& load) {
-    const std::uint64_t faces = level.textureType == kTextureCube ? 6 : 1;
+    const auto faces = static_cast<std::uint64_t>(FaceCount(level.textureType));
     return level.format == load.hostFormat && level.textureType == load.fileDesc.textureType &&
            level.rowPitch == level.width * 2 && level.dataSize * faces == load.nativeSpec.image_bytes(false);
 }

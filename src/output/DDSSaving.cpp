@@ -1,6 +1,5 @@
 #include "output/DDSSaving.h"
 
-#include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/DDSWriter.h>
 #include <kavra/devices/Sys.h>
 
@@ -8,18 +7,17 @@
 #include <cstdint>
 #include <limits>
 
-#include "output/PackedRows.h"
+#include "common/PackedLayout.h"
+#include "load/geometry/PackedRows.h"
 
 namespace Kavra::Devices {
 
 namespace {
 
-using Utilities::AFormatConvertor;
-
 int FaceCount(ETextureType type, int depth) {
     switch (type) {
         case kTextureCube:
-            return 6;
+            return kCubeFaces;
         case kTextureVolume:
             return depth;
         default:
@@ -36,8 +34,7 @@ bool FitsWriter(std::uint64_t rows, std::uint64_t rowBytes) {
 
 bool SaveDDS(const KString& path, const ImageDescription& desc, const void* data) {
     const int depth = std::max(desc.depth, 1);
-    const auto rowBytes = static_cast<std::uint64_t>(AFormatConvertor::BytesPerPixel(desc.format)) *
-                          static_cast<std::uint64_t>(desc.width);
+    const auto rowBytes = static_cast<std::uint64_t>(Common::PackedRowBytes(desc.format, desc.width));
     const auto rows =
         static_cast<std::uint64_t>(FaceCount(desc.textureType, depth)) * static_cast<std::uint64_t>(desc.height);
     if (!FitsWriter(rows, rowBytes)) return false;

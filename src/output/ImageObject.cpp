@@ -1,6 +1,5 @@
 // Making image objects, and what they tell of themselves.
 
-#include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/ASimpleTexture.h>
 #include <kavra/devices/ATarget.h>
 #include <kavra/devices/Sys.h>
@@ -11,8 +10,8 @@
 #include "common/Boundary.h"
 #include "common/PixelBlock.h"
 #include "common/PixelFormats.h"
+#include "load/geometry/PackedRows.h"
 #include "output/MappedPixels.h"
-#include "output/PackedRows.h"
 #include "output/PixelSpec.h"
 
 namespace Kavra::Devices {
@@ -35,8 +34,7 @@ struct Shape {
 
     bool HasPixels() const { return width > 0 && height > 0 && Devices::HasPixels(format); }
     std::size_t RowBytes() const {
-        return static_cast<std::size_t>(width) *
-               static_cast<std::size_t>(Utilities::AFormatConvertor::BytesPerPixel(format));
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(Common::FactsOf(format).BytesPerPixel());
     }
     std::size_t Rows() const { return static_cast<std::size_t>(height); }
 };

@@ -1,4 +1,3 @@
-#include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/Sys.h>
 #include <kavra/oiio/OIIOImage.h>
 
@@ -7,7 +6,8 @@
 #include <cstdint>
 
 #include "common/Boundary.h"
-#include "output/PackedRows.h"
+#include "common/PixelFormats.h"
+#include "load/geometry/PackedRows.h"
 
 namespace Kavra::Devices {
 
@@ -43,7 +43,7 @@ bool OIIOImage::Paste(const IImage* source, int srcX, int srcY, int width, int h
             return false;
         }
         const auto size = [](int count) { return static_cast<std::size_t>(count); };
-        const std::size_t pixelBytes = size(Utilities::AFormatConvertor::BytesPerPixel(mFormat));
+        const std::size_t pixelBytes = size(Common::FactsOf(mFormat).BytesPerPixel());
         const std::size_t fromPitch = size(image->mWidth) * pixelBytes, toPitch = size(mWidth) * pixelBytes;
         const std::size_t from = size(srcY + down.Skipped()) * fromPitch + size(srcX + across.Skipped()) * pixelBytes;
         const std::size_t to =

@@ -1,13 +1,12 @@
-#include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/ASimpleTexture.h>
 #include <kavra/devices/IImageHandler.h>
 #include <kavra/devices/Sys.h>
 #include <kavra/oiio/OIIOImage.h>
 
 #include <cstdint>
-#include <limits>
 
 #include "common/Boundary.h"
+#include "common/PackedLayout.h"
 #include "output/LibrarySaving.h"
 #include "output/PathPreparation.h"
 
@@ -17,14 +16,10 @@ bool OIIOImage::Save(const KString& path) {
     return Common::AtBoundary(false, [&] {
         ASimpleTexture* const texture = mTexture.Get();
         if (texture != nullptr && !mModified) return texture->Save(path);
-        const std::int64_t rowBytes = std::int64_t{Utilities::AFormatConvertor::BytesPerPixel(mFormat)} * mWidth;
-        if (!mPixels || rowBytes > std::numeric_limits<std::int32_t>::max()) return false;
-
-        ImageDescription desc;
-        desc.width = mWidth;
-        desc.height = mHeight;
-        desc.format = mFormat;
-        desc.rowPitch = static_cast<std::int32_t>(rowBytes);
+        const std::int64_t rowBytes = Common::PackedRowBytes(mFormat, mWidth);
+        if (!mPixels || !Common::FitsPitch(rowBytes)) return false;
+        const ImageDescription desc =
+            Common::DescribeRows(mWidth, mHeight, mFormat, static_cast<std::int32_t>(rowBytes));
         if (!IsDDSPath(path)) {
             if (!PrepareFolder(path)) return false;
             if (Common::AtBoundary(false, [&] { return SaveByLibrary(path, desc, mPixels.get()); })) return true;

@@ -1,15 +1,13 @@
 #include "output/LibrarySaving.h"
 
-#include <kavra/devices/AFormatConvertor.h>
-
 #include <OpenImageIO/imageio.h>
 
 #include <cstddef>
 #include <utility>
 
 #include "common/PixelFormats.h"
+#include "load/geometry/PackedRows.h"
 #include "output/LibraryFile.h"
-#include "output/PackedRows.h"
 #include "output/PixelSpec.h"
 
 namespace Kavra::Devices {
@@ -33,7 +31,7 @@ OIIO::ImageSpec FileSpec(const ImageDescription& desc) {
 /// A copy is made where the rows are shorter than the picture's, so that nothing behind the last one is read, and where
 /// blue comes first.
 Pixels PixelsOf(const ImageDescription& desc, const void* data) {
-    const auto pixelBytes = static_cast<std::size_t>(Utilities::AFormatConvertor::BytesPerPixel(desc.format));
+    const auto pixelBytes = static_cast<std::size_t>(Common::FactsOf(desc.format).BytesPerPixel());
     const Rows rows{.first = static_cast<const unsigned char*>(data),
                     .pitch = static_cast<std::size_t>(desc.rowPitch),
                     .bytes = pixelBytes * static_cast<std::size_t>(desc.width),

@@ -1,10 +1,10 @@
-#include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/ATarget.h>
 #include <kavra/devices/Sys.h>
 
 #include <cstdint>
 
 #include "common/Boundary.h"
+#include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
 #include "output/FloatsAsBytes.h"
 #include "output/MappedPixels.h"
@@ -33,17 +33,11 @@ struct Picture {
     int pitch;
 
     bool IsEmpty() const { return width < 1 || height < 1; }
-    bool HasWholeRows() const {
-        return pitch >= std::int64_t{width} * Utilities::AFormatConvertor::BytesPerPixel(format);
-    }
+    bool HasWholeRows() const { return pitch >= Common::PackedRowBytes(format, width); }
 };
 
 bool Save(IImageHandler& handler, const KString& path, const Picture& picture) {
-    ImageDescription desc;
-    desc.width = picture.width;
-    desc.height = picture.height;
-    desc.format = picture.format;
-    desc.rowPitch = picture.pitch;
+    const ImageDescription desc = Common::DescribeRows(picture.width, picture.height, picture.format, picture.pitch);
     return handler.SaveTexture(path, desc, picture.pixels);
 }
 

@@ -1,16 +1,15 @@
 #include "readers/LegacyLoad.h"
 
 #include "common/Limits.h"
-#include "formats/PixelFormatMapping.h"
-#include "load/geometry/AdaptiveResize.h"
-#include "load/geometry/Reorientation.h"
-#include "common/ByteSource.h"
+#include "common/PackedLayout.h"
+#include "common/PixelFormats.h"
+#include "load/geometry/Reshape.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageReaderInterface.h"
 
 #include <algorithm>
 #include <memory>
-#include <optional>
+#include <utility>
 
 namespace Kavra::Devices {
 
@@ -18,29 +17,15 @@ namespace {
 
 using Common::PixelBlock;
 
-constexpr double kGamma = 2.2;
-
-/// An image over a block of the allocator. It is never the library's own memory, since the library ends the process
-/// where it gets none.
-struct Working {
-    PixelBlock block;
-    OIIO::ImageBuf image;
-};
-
 void Describe(ImageReaderInterface& reader, EDataOrientation wanted, ImageDescription& desc) {
-    desc.width = reader.GetWidth();
-    desc.height = reader.GetHeight();
-    desc.depth = 1;
-    desc.format = reader.GetFormat();
+    // In this order, one call each.
+    const int width = reader.GetWidth(), height = reader.GetHeight();
+    const EFormat format = reader.GetFormat();
+    desc = Common::DescribePacked(width, height, format);
     desc.rowPitch = reader.GetRowPitch();
-    desc.dataSize = static_cast<std::uint64_t>(std::int64_t{desc.height} * desc.rowPitch);
-    desc.textureType = kTexture2D;
-    desc.hasTransparentPixels = false;
-    desc.hasTranslucentPixels = false;
-    desc.hasAlpha = false;
+    desc.dataSize = static_cast<std::uint64_t>(std::int64_t{height} * desc.rowPitch);
     desc.defaultOrientation = wanted == kTopLeft;  // of what is asked for, not of what the file has
     desc.orientation = reader.GetOrientation();
-    desc.gamma = kGamma;
 }
 
 int Limited(int side, int limit) {
@@ -75,62 +60,22 @@ bool IsWithinLimits(ImageReaderInterface& reader, const ImageDescription& desc, 
                                             reader.GetWorkingBytes(), static_cast<std::uint64_t>(fittedBytes))});
 }
 
-OIIO::ImageSpec SpecOf(const ImageDescription& desc) {
-    return FormatToImageSpec(desc.format, OIIO::ImageSpec(desc.width, desc.height, 4, OIIO::TypeDesc::UINT8));
-}
-
-Working Wrap(PixelBlock block, const OIIO::ImageSpec& spec) {
-    OIIO::ImageBuf image(spec, block.get());
-    return {std::move(block), std::move(image)};
-}
-
-/// What cannot be shrunk stays zero.
-Working Shrink(const OIIO::ImageBuf& image, int width, int height, bool highQuality) {
-    OIIO::ImageSpec spec = image.spec();
-    spec.width = spec.full_width = width;
-    spec.height = spec.full_height = height;
-    Working shrunk = Wrap(Common::NewZeroedBlock(spec.image_bytes()), spec);
-    (void)AdaptiveResize(shrunk.image, image, highQuality);
-    return shrunk;
-}
-
-OIIO::ImageBuf Turn(const OIIO::ImageBuf& image, EDataOrientation from, EDataOrientation to) {
-    return ReorientImage(image, ToOIIOOrientation(from), ToOIIOOrientation(to));
-}
-
-/// Null when the image holds nothing.
-PixelBlock CopyPixels(const OIIO::ImageBuf& image) {
-    if (!image.initialized()) return nullptr;
-    PixelBlock block = Common::NewBlock(image.spec().image_bytes());
-    const bool copied = image.get_pixels(OIIO::ROI::All(), image.spec().format, block.get());
-    return copied ? std::move(block) : nullptr;
-}
-
-void DescribeFitted(const OIIO::ImageSpec& spec, EDataOrientation orientation, ImageDescription& desc) {
-    desc.width = spec.width;
-    desc.height = spec.height;
-    desc.rowPitch = static_cast<std::int32_t>(spec.pixel_bytes()) * spec.width;
-    desc.dataSize = spec.image_bytes();
-    desc.orientation = orientation;
-}
-
 /// Shrinks and turns the block that `desc` describes, and brings `desc` up to date.
 PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LoadRequest& request, const Fitting& fitting) {
-    const OIIO::ImageSpec spec = SpecOf(desc);
     // A format without pixels, or rows with gaps between them: no reader has those, and no image could lie over them.
-    if (spec.image_bytes() != desc.dataSize) return nullptr;
+    const bool isPacked = desc.rowPitch == Common::PackedRowBytes(desc.format, desc.width);
+    if (!Common::FactsOf(desc.format).inLibrary || !isPacked) return nullptr;
 
-    Working working = Wrap(std::move(block), spec);
-    if (fitting.shrinks) working = Shrink(working.image, fitting.width, fitting.height, request.highQuality);
-    if (!fitting.turns) {
-        DescribeFitted(working.image.spec(), request.orientation, desc);
-        return std::move(working.block);
-    }
-    const OIIO::ImageBuf turned = Turn(working.image, desc.orientation, request.orientation);
-    working = {};  // there are never more than two of them
-    PixelBlock result = CopyPixels(turned);
-    if (result) DescribeFitted(turned.spec(), request.orientation, desc);
-    return result;
+    Raster fitted = Reshape(PackedRaster(desc.format, desc.width, desc.height, std::move(block), desc.dataSize),
+                            {.width = fitting.width,
+                             .height = fitting.height,
+                             .scaling = request.highQuality ? Scaling::kMitchell : Scaling::kAdaptive,
+                             .from = desc.orientation,
+                             .to = request.orientation});
+    if (!fitted) return nullptr;
+    Common::SetPacked(desc, fitted.width, fitted.height, fitted.format);
+    desc.orientation = request.orientation;
+    return std::move(fitted.block);
 }
 
 }  // namespace

@@ -22,4 +22,12 @@ enum ETextureType : int {
     kTextureVolume = 6,
 };
 
+/// Faces of a cube map.
+inline constexpr int kCubeFaces = 6;
+
+/// Returns how many times the block of a texture holds the bytes that its description tells: 6 for a cube map, else 1.
+constexpr int FaceCount(ETextureType type) {
+    return type == kTextureCube ? kCubeFaces : 1;
+}
+
 }  // namespace Kavra::Devices

@@ -4,6 +4,8 @@
 
 #include "common/dds/DdsCodes.h"
 
+#include <kavra/devices/ETextureType.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -12,8 +14,7 @@
 
 namespace Kavra::Devices::Dds {
 
-inline constexpr int kFaces = 6;                                ///< of a cube
-inline constexpr std::uint32_t kAllFaces = (1u << kFaces) - 1;  ///< a bit a face, +x -x +y -y +z -z
+inline constexpr std::uint32_t kAllFaces = (1u << kCubeFaces) - 1;  ///< a bit a face, +x -x +y -y +z -z
 
 /// Bits of `Header::flags`: which fields are meant.
 enum : std::uint32_t {

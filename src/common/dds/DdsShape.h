@@ -30,7 +30,7 @@ struct Shape {
 
     bool operator==(const Shape&) const = default;
 
-    int FaceCount() const { return type == kTextureCube ? kFaces : 1; }
+    int FaceCount() const { return Devices::FaceCount(type); }
     bool HasFace(int face) const { return (faces >> face & 1) != 0; }
     bool HasAllFaces() const { return faces == (1u << FaceCount()) - 1; }
 };

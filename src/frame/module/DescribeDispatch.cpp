@@ -4,6 +4,7 @@
 #include "frame/module/Dispatch.h"
 
 #include "common/HostObject.h"
+#include "common/PackedLayout.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "readers/FileTypeDetection.h"
@@ -22,6 +23,18 @@ namespace {
 
 using OwnedDesc = Common::HostObject<ImageDesc>;
 
+/// Describes one flat upright picture.
+void SetFlat(ImageDesc& desc, int width, int height, EFormat format) {
+    desc.width = width;
+    desc.height = height;
+    desc.depth = 1;
+    desc.format = format;
+    desc.textureType = kTexture2D;
+    desc.frameCount = 1;
+    desc.orientation = kTopLeft;
+    desc.gamma = Common::kDefaultGamma;
+}
+
 /// Whether `CreateImageReader` has a reader for the type, so that none means that there is no memory for it.
 bool HasReader(int fileType) {
     return fileType != None && fileType != DDS && fileType != OpenEXR && fileType != Other;
@@ -32,14 +45,9 @@ bool DescribeByReader(ImageDesc& desc, const KString& path, int fileType) {
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
     if (!reader) throw std::bad_alloc();
     if (!reader->Open(path)) return false;
-    desc.width = reader->GetWidth();
-    desc.height = reader->GetHeight();
-    desc.depth = 1;
-    desc.format = reader->GetFormat();
-    desc.textureType = kTexture2D;
+    SetFlat(desc, reader->GetWidth(), reader->GetHeight(), reader->GetFormat());
     desc.frameCount = reader->GetFrameCount();
     desc.orientation = reader->GetOrientation();
-    desc.gamma = kDefaultGamma;
     return true;
 }
 
@@ -52,14 +60,10 @@ bool OnlyHostDescribes(EFormat format) {
 bool DescribeByDdsReader(ImageDesc& desc, const KString& path, bool& alphaVariant) {
     DDSReader reader;
     if (!reader.Load(path)) return false;
-    desc.width = reader.Width();
-    desc.height = reader.Height();
+    SetFlat(desc, reader.Width(), reader.Height(), reader.Format());
     desc.depth = reader.Depth();
-    desc.format = reader.Format();
     desc.textureType = reader.TextureType();
     desc.frameCount = reader.Mipmaps();
-    desc.orientation = kTopLeft;
-    desc.gamma = kDefaultGamma;
     alphaVariant = desc.format == kReserved50 || desc.format == kReserved51;
     return OnlyHostDescribes(desc.format);
 }
@@ -68,14 +72,7 @@ void DescribeByExrHandler(ImageDesc& desc, const KString& path) {
     if (!EXRHandler::IsPreferedHandler(path)) return;
     EXRHandler exr(true);
     if (!exr.ReadFromFile(path)) return;
-    desc.width = exr.width();
-    desc.height = exr.height();
-    desc.depth = 1;
-    desc.format = exr.supportsAlpha() ? kR32G32B32A32F : kR32G32B32F;
-    desc.textureType = kTexture2D;
-    desc.frameCount = 1;
-    desc.orientation = kTopLeft;
-    desc.gamma = kDefaultGamma;
+    SetFlat(desc, exr.width(), exr.height(), exr.supportsAlpha() ? kR32G32B32A32F : kR32G32B32F);
 }
 
 }  // namespace

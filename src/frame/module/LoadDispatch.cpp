@@ -6,16 +6,15 @@
 #include "common/HostExtras.h"
 #include "common/HostObject.h"
 #include "common/Limits.h"
+#include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
 #include "common/WrappedBlock.h"
 #include "formats/FormatConversion.h"
-#include "load/FileDescription.h"
 #include "load/TextureLoader.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/LegacyLoad.h"
 
-#include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/DDSReader.h>
 #include <kavra/devices/EXRHandler.h>
 #include <kavra/devices/Sys.h>
@@ -23,7 +22,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -31,10 +29,6 @@ namespace Kavra::Devices {
 namespace {
 
 using Common::PixelBlock;
-using Utilities::AFormatConvertor;
-
-constexpr int kCubeFaces = 6;
-constexpr std::int64_t kMostRowPitch = std::numeric_limits<std::int32_t>::max();  // what a description can hold
 
 using HostBlock = Common::HostObject<IMemoryWrapper<void>>;
 
@@ -70,27 +64,15 @@ int WantedSize(int wanted, int available) {
     return wanted < 1 ? available : std::min(wanted, available);
 }
 
-std::int64_t RowPitch(EFormat format, int width) {
-    return std::int64_t{AFormatConvertor::BytesPerPixel(format)} * width;
-}
-
 /// Leaves `desc.orientation` as it is: the rows come as they are stored.
 bool DescribeExr(const EXRHandler& exr, ImageDescription& desc) {
     const EFormat format = exr.supportsAlpha() ? kR32G32B32A32F : kR32G32B32F;
-    const std::int64_t rowPitch = RowPitch(format, exr.width());
-    if (rowPitch < 1 || rowPitch > kMostRowPitch || exr.height() < 1) return false;
-    desc.width = exr.width();
-    desc.height = exr.height();
-    desc.depth = 1;
-    desc.format = format;
-    desc.rowPitch = static_cast<std::int32_t>(rowPitch);
-    desc.dataSize = static_cast<std::uint64_t>(rowPitch) * static_cast<std::uint64_t>(exr.height());
-    desc.textureType = kTexture2D;
-    desc.hasTransparentPixels = false;
-    desc.hasTranslucentPixels = false;
+    const std::int64_t rowPitch = Common::PackedRowBytes(format, exr.width());
+    if (rowPitch < 1 || !Common::FitsPitch(rowPitch) || exr.height() < 1) return false;
+    const EDataOrientation orientation = desc.orientation;
+    desc = Common::DescribePacked(exr.width(), exr.height(), format);
     desc.hasAlpha = exr.supportsAlpha();
-    desc.defaultOrientation = true;
-    desc.gamma = kDefaultGamma;
+    desc.orientation = orientation;
     return true;
 }
 
@@ -129,7 +111,7 @@ HostBlock LoadDds(ImageDescription& desc, const KString& path, const LoadRequest
 }
 
 std::size_t Faces(const ImageDescription& desc) {
-    return desc.textureType == kTextureCube ? kCubeFaces : 1;
+    return static_cast<std::size_t>(FaceCount(desc.textureType));
 }
 
 std::uint64_t PixelsOf(const ImageDescription& desc) {
@@ -142,8 +124,8 @@ std::uint64_t PixelsOf(const ImageDescription& desc) {
 bool Convert(ImageDescription& desc, LoadedPixels& pixels, EFormat format, const Common::PictureBounds& bounds) {
     const bool wanted = format != kUnknown && format != desc.format;
     if (!wanted || !CanConvertTo(desc.format, format)) return true;
-    const std::int64_t rowPitch = RowPitch(format, desc.width);
-    if (rowPitch > kMostRowPitch) return true;
+    const std::int64_t rowPitch = Common::PackedRowBytes(format, desc.width);
+    if (!Common::FitsPitch(rowPitch)) return true;
 
     const std::size_t faces = Faces(desc);
     const auto rows = static_cast<std::int64_t>(faces) * desc.height * desc.depth;

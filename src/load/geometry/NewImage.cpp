@@ -1,6 +1,8 @@
 #include "load/geometry/NewImage.h"
 
 #include "common/HostExtras.h"
+#include "common/PixelFormats.h"
+#include "formats/PixelFormatMapping.h"
 
 #ifdef __linux__
 #include <sys/mman.h>
@@ -18,9 +20,9 @@ namespace {
 void PreferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
 #ifdef __linux__
     constexpr std::size_t page = std::size_t{2} << 20;
-    std::size_t room = bytes;
+    std::size_t capacity = bytes;
     void* begin = block;
-    if (std::align(page, page, begin, room) != nullptr) madvise(begin, room / page * page, MADV_HUGEPAGE);
+    if (std::align(page, page, begin, capacity) != nullptr) madvise(begin, capacity / page * page, MADV_HUGEPAGE);
 #endif
 }
 
@@ -51,10 +53,18 @@ OIIO::ImageBuf NewImage(const OIIO::ImageSpec& spec) {
     return image;
 }
 
-OIIO::ImageBuf WrapImage(const OIIO::ImageSpec& spec, void* memory, std::size_t bytes) {
-    const std::size_t needed = PixelBytes(spec);
-    if (needed == 0 || needed > bytes || memory == nullptr) return {};
-    return OIIO::ImageBuf(spec, memory);
+OIIO::ImageBuf WrapImage(const Raster& raster) {
+    if (!raster.HoldsItsRows()) return {};
+    const Common::PixelFormat& facts = Common::FactsOf(raster.format);
+    OIIO::ImageSpec spec(LibraryType(facts.element));
+    spec.nchannels = facts.channels;
+    spec.width = spec.full_width = raster.width;
+    spec.height = raster.faces * raster.height;
+    spec.full_height = raster.height;
+    spec.depth = spec.full_depth = raster.slices;
+    const auto pitch = static_cast<OIIO::stride_t>(raster.pitch);
+    // Over pixels that are not to be written to nobody makes an image but to read.
+    return OIIO::ImageBuf(spec, const_cast<unsigned char*>(raster.first), OIIO::AutoStride, pitch, pitch * spec.height);
 }
 
 }  // namespace Kavra::Devices

@@ -1,6 +1,8 @@
 /// Memory for images.
 #pragma once
 
+#include "load/geometry/Raster.h"
+
 #include <OpenImageIO/imagebuf.h>
 
 #include <cstddef>
@@ -18,8 +20,9 @@ std::size_t PixelBytes(const OIIO::ImageSpec& spec);
 /// for a large image the first touch costs more than the writing. Uninitialised when there is no memory for it.
 OIIO::ImageBuf NewImage(const OIIO::ImageSpec& spec);
 
-/// An image of `spec` over memory of `bytes` bytes that outlives it; nothing is copied. Uninitialised when the pixels
-/// of `spec` are more than that, or none: so no image ever reaches beyond the block under it.
-OIIO::ImageBuf WrapImage(const OIIO::ImageSpec& spec, void* memory, std::size_t bytes);
+/// An image over the raster's pixels, which it must not outlive; nothing is copied. Its spec says size, type and number
+/// of channels and nothing else. The faces of a cube map stand on one another, and its full height is one face's.
+/// Uninitialised when the raster's rows are more than its bytes: so no image ever reaches beyond the block under it.
+OIIO::ImageBuf WrapImage(const Raster& raster);
 
 }  // namespace Kavra::Devices

@@ -1,7 +1,6 @@
 #include "load/geometry/Reorientation.h"
 
 #include "load/geometry/NewImage.h"
-#include "load/geometry/PixelGrid.h"
 
 #include <OpenImageIO/imagebufalgo.h>
 
@@ -54,6 +53,12 @@ Turns TurnsBetween(int from, int to) {
     const TurnPair& undo = kUndo[static_cast<std::size_t>(from)];
     const TurnPair& apply = kApply[static_cast<std::size_t>(IsExifOrientation(to) ? to : 1)];
     return {undo[0], undo[1], apply[0], apply[1]};
+}
+
+PixelGrid Turned(PixelGrid grid, const Turns& turns) {
+    for (const std::optional<Turn> turn : turns)
+        grid = Devices::Turned(grid, turn.value_or(Turn::kNone));
+    return grid;
 }
 
 ImageBuf LibraryTurn(const ImageBuf& image, Turn turn) {
@@ -149,16 +154,13 @@ ImageBuf TurnedHere(const ImageBuf& image, const Turns& turns) {
     const ImageSpec& spec = image.spec();
     ImageBuf result = NewImage(TurnedSpec(spec, turns));
     if (!result.initialized()) return {};
-    PixelGrid grid{.first = static_cast<const std::byte*>(image.localpixels()),
-                   .columnStride = image.pixel_stride(),
-                   .rowStride = image.scanline_stride(),
-                   .width = static_cast<std::size_t>(spec.width),
-                   .height = static_cast<std::size_t>(spec.height),
-                   .pixelBytes = spec.pixel_bytes()};
-    for (const std::optional<Turn> turn : turns) {
-        grid = Turned(grid, turn.value_or(Turn::kNone));
-    }
-    CopyPixels(grid, static_cast<std::byte*>(result.localpixels()));
+    const PixelGrid grid{.first = static_cast<const std::byte*>(image.localpixels()),
+                         .columnStride = image.pixel_stride(),
+                         .rowStride = image.scanline_stride(),
+                         .width = static_cast<std::size_t>(spec.width),
+                         .height = static_cast<std::size_t>(spec.height),
+                         .pixelBytes = spec.pixel_bytes()};
+    CopyPixels(Turned(grid, turns), static_cast<std::byte*>(result.localpixels()));
     return result;
 }
 
@@ -195,6 +197,10 @@ ImageBuf ReorientImage(const ImageBuf& image, int from, int to) {
 
     const Turns turns = TurnsBetween(from, to);
     return IsPermutation(image) ? TurnedHere(image, turns) : TurnedByLibrary(image, turns);
+}
+
+PixelGrid Reoriented(PixelGrid grid, int from, int to) {
+    return Turned(grid, TurnsBetween(from, to));
 }
 
 }  // namespace Kavra::Devices

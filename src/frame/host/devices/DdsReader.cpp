@@ -1,4 +1,5 @@
 #include "common/FileHandle.h"
+#include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
 #include "common/dds/DdsHeader.h"
 #include "common/dds/DdsShape.h"
@@ -42,21 +43,12 @@ private:
 
 ImageDescription DDSReader::State::Describe(int level) const {
     const Dds::Extent size = Dds::LevelSize(shape.size, level);
-    ImageDescription desc;
-    desc.width = size.width;
-    desc.height = size.height;
+    ImageDescription desc = Common::DescribePacked(size.width, size.height, layout.format);
     desc.depth = size.depth;
-    desc.format = layout.format;
-    desc.rowPitch = Utilities::AFormatConvertor::BytesPerPixel(layout.format) * size.width;
-    desc.dataSize = layout.IsCompressed()
-                        ? Dds::StoredLevelBytes(layout.unit, size)
-                        : static_cast<std::uint64_t>(desc.rowPitch) * static_cast<std::uint64_t>(size.height) *
-                              static_cast<std::uint64_t>(size.depth);
+    desc.dataSize = layout.IsCompressed() ? Dds::StoredLevelBytes(layout.unit, size)
+                                          : desc.dataSize * static_cast<std::uint64_t>(size.depth);
     desc.textureType = shape.type;
     desc.hasAlpha = layout.hasAlpha;
-    desc.defaultOrientation = true;
-    desc.orientation = kTopLeft;
-    desc.gamma = 2.2;
     return desc;
 }
 
@@ -141,7 +133,7 @@ ETextureType DDSReader::TextureType() {
 }
 
 bool DDSReader::HasFace(int face) const {
-    return mState && face >= 0 && face < Dds::kFaces && mState->shape.HasFace(face);
+    return mState && face >= 0 && face < kCubeFaces && mState->shape.HasFace(face);
 }
 
 bool DDSReader::SkipMipLevel(int level) {

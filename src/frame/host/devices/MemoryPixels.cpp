@@ -1,9 +1,8 @@
 #include "frame/host/devices/MemoryPixels.h"
 
-#include <kavra/devices/AFormatConvertor.h>
+#include "common/PackedLayout.h"
 
 #include <cstdint>
-#include <limits>
 #include <stdexcept>
 
 namespace Kavra::Devices {
@@ -11,11 +10,10 @@ namespace Kavra::Devices {
 namespace {
 
 int CheckedPitch(int width, int height, EFormat format, int pitch) {
-    const std::int64_t pixel = Utilities::AFormatConvertor::BytesPerPixel(format);
+    const std::int64_t row = Common::PackedRowBytes(format, width);
     if (width < 1 || height < 1) throw std::invalid_argument("a picture needs a pixel at least");
-    if (pixel < 1) throw std::invalid_argument("a format without bytes per pixel");
-    const std::int64_t row = pixel * width;
-    if (row > std::numeric_limits<int>::max()) throw std::invalid_argument("a row beyond the pitch's range");
+    if (row < 1) throw std::invalid_argument("a format without bytes per pixel");
+    if (!Common::FitsPitch(row)) throw std::invalid_argument("a row beyond the pitch's range");
     if (pitch != 0 && pitch < row) throw std::invalid_argument("a pitch shorter than a row");
     return pitch != 0 ? pitch : static_cast<int>(row);
 }

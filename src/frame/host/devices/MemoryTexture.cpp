@@ -4,6 +4,7 @@
 
 #include <atomic>
 
+#include "common/PackedLayout.h"
 #include "frame/host/devices/MemoryPixels.h"
 
 namespace Kavra::Devices {
@@ -39,16 +40,9 @@ IMappedMemory* MemoryTexture::MemoryWrapper(int index) {
 bool MemoryTexture::Save(const KString& path) {
     IImageHandler* const handler = Sys::ImageHandler();
     if (handler == nullptr) return false;
-    ImageDescription desc;
-    desc.width = Width();
-    desc.height = Height();
-    desc.depth = 1;
-    desc.format = Format();
+    ImageDescription desc = Common::DescribePacked(Width(), Height(), Format());
     desc.rowPitch = Pitch();
     desc.dataSize = static_cast<std::uint64_t>(Pitch()) * static_cast<std::uint64_t>(Height());
-    desc.textureType = kTexture2D;
-    desc.defaultOrientation = true;
-    desc.gamma = 2.2;
     return handler->SaveTexture(path, desc, Pixels());
 }
 

@@ -28,10 +28,18 @@ struct Packing {
     bool swapsRedAndBlue = false;
 };
 
-/// A zeroed block of packed rows. Throws `std::bad_alloc`, also when their bytes cannot be counted.
-Common::PixelBlock NewRows(std::size_t count, std::size_t bytes);
+/// What a new block holds.
+enum class Contents { kZero, kUnspecified };
+
+/// A block for packed rows. Throws `std::bad_alloc`, also when their bytes cannot be counted.
+Common::PixelBlock NewRows(std::size_t count, std::size_t bytes, Contents contents = Contents::kZero);
 
 /// The rows one after another, in a block of their own. Throws `std::bad_alloc`.
 Common::PixelBlock PackRows(const Rows& rows, Packing packing = {});
+
+/// Copies rows, of which `readable` bytes are there, to places `toPitch` bytes apart in the `capacity` bytes at `to`,
+/// and makes zero what no row fills. A row goes no further than the next one's place, the last one as far as the
+/// capacity.
+void PlaceRows(unsigned char* to, std::size_t toPitch, std::size_t capacity, const Rows& rows, std::size_t readable);
 
 }  // namespace Kavra::Devices

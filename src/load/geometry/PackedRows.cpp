@@ -1,4 +1,4 @@
-#include "output/PackedRows.h"
+#include "load/geometry/PackedRows.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -30,10 +30,17 @@ std::size_t Readable(const Rows& rows, std::size_t row, bool overlaps) {
     return std::min(rows.bytes, overlaps ? (rows.count - row) * rows.pitch : rows.pitch);
 }
 
+/// Fills `bytes` bytes at `out`: with as many from `in` as are readable, then with zeros.
+void FillRow(unsigned char* out, std::size_t bytes, const unsigned char* in, std::size_t readable) {
+    std::memcpy(out, in, readable);
+    std::memset(out + readable, 0, bytes - readable);
+}
+
 }  // namespace
 
-Common::PixelBlock NewRows(std::size_t count, std::size_t bytes) {
-    return Common::NewZeroedBlock(Product(count, bytes));
+Common::PixelBlock NewRows(std::size_t count, std::size_t bytes, Contents contents) {
+    const std::size_t total = Product(count, bytes);
+    return contents == Contents::kZero ? Common::NewZeroedBlock(total) : Common::NewBlock(total);
 }
 
 void MoveRows(unsigned char* to, std::size_t toPitch, const Rows& rows) {
@@ -45,7 +52,7 @@ void MoveRows(unsigned char* to, std::size_t toPitch, const Rows& rows) {
 }
 
 Common::PixelBlock PackRows(const Rows& rows, Packing packing) {
-    Common::PixelBlock packed = Common::NewBlock(Product(rows.count, rows.bytes));
+    Common::PixelBlock packed = NewRows(rows.count, rows.bytes, Contents::kUnspecified);
     for (std::size_t row = 0; row < rows.count; ++row) {
         unsigned char* const out = packed.get() + row * rows.bytes;
         const unsigned char* const in = rows.first + row * rows.pitch;
@@ -54,11 +61,19 @@ Common::PixelBlock PackRows(const Rows& rows, Packing packing) {
             SwapRedAndBlue(out, in, rows.bytes / 4);
             continue;
         }
-        std::memcpy(out, in, readable);
-        std::memset(out + readable, 0, rows.bytes - readable);
+        FillRow(out, rows.bytes, in, readable);
         if (packing.swapsRedAndBlue) SwapRedAndBlue(out, out, rows.bytes / 4);
     }
     return packed;
+}
+
+void PlaceRows(unsigned char* to, std::size_t toPitch, std::size_t capacity, const Rows& rows, std::size_t readable) {
+    if (rows.count == 0) std::memset(to, 0, capacity);
+    for (std::size_t row = 0; row < rows.count; ++row) {
+        const std::size_t from = row * rows.pitch, at = row * toPitch;
+        const std::size_t bytes = row + 1 < rows.count ? toPitch : capacity - at;
+        FillRow(to + at, bytes, rows.first + from, std::min({rows.bytes, bytes, readable - from}));
+    }
 }
 
 }  // namespace Kavra::Devices

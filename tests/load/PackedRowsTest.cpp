@@ -1,4 +1,4 @@
-#include "output/PackedRows.h"
+#include "load/geometry/PackedRows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,6 +9,7 @@
 
 using Kavra::Devices::MoveRows;
 using Kavra::Devices::PackRows;
+using Kavra::Devices::PlaceRows;
 using Kavra::Devices::Rows;
 using testing::ElementsAre;
 
@@ -69,6 +70,19 @@ TEST(PackedRows, RowsThatOverlapArriveAsTheyWere) {
     bytes = {1, 2, 3, 4, 5, 6};
     MoveRows(bytes.data(), 2, {.first = bytes.data() + 1, .pitch = 2, .bytes = 2, .count = 2});
     EXPECT_THAT(bytes, ElementsAre(2, 3, 4, 5, 5, 6));
+}
+
+TEST(PackedRows, PlacedRowsGoNoFurtherThanTheNextOnesPlaceAndTheRestIsZero) {
+    const std::vector<unsigned char> data = {1, 2, 3, 4, 5, 6};
+    std::vector<unsigned char> to(8, 77);
+    PlaceRows(to.data(), 4, to.size(), Of(data, 3, 3, 2), data.size());
+    EXPECT_THAT(to, ElementsAre(1, 2, 3, 0, 4, 5, 6, 0)) << "gaps";
+    PlaceRows(to.data(), 2, to.size(), Of(data, 3, 3, 2), data.size());
+    EXPECT_THAT(to, ElementsAre(1, 2, 4, 5, 6, 0, 0, 0)) << "only the last row runs on";
+    PlaceRows(to.data(), 4, 6, Of(data, 3, 3, 2), 5);
+    EXPECT_THAT(to, ElementsAre(1, 2, 3, 0, 4, 5, 0, 0)) << "no further than the capacity and what is readable";
+    PlaceRows(to.data(), 4, to.size(), Of(data, 3, 3, 0), data.size());
+    EXPECT_THAT(to, testing::Each(0)) << "no rows";
 }
 
 TEST(PackedRows, BytesThatCannotBeCountedAreNotAllocated) {

@@ -1,0 +1,90 @@
+#include "load/geometry/Reshape.h"
+
+#include "load/geometry/AdaptiveResize.h"
+#include "load/geometry/NewImage.h"
+#include "load/geometry/PixelGrid.h"
+#include "load/geometry/Reorientation.h"
+
+#include <OpenImageIO/imagebufalgo.h>
+
+#include <cstring>
+#include <utility>
+
+namespace Kavra::Devices {
+
+namespace {
+
+/// An empty raster like `raster` but for its size, packed in a block with unspecified contents.
+Raster NewRaster(const Raster& raster, int width, int height) {
+    Raster result{
+        .format = raster.format, .width = width, .height = height, .faces = raster.faces, .slices = raster.slices};
+    result.pitch = result.RowBytes();
+    result.block = NewRows(result.RowCount(), result.pitch, Contents::kUnspecified);
+    result.first = result.block.get();
+    result.bytes = result.PackedBytes();
+    return result;
+}
+
+bool Scale(OIIO::ImageBuf& to, const OIIO::ImageBuf& from, Scaling scaling) {
+    switch (scaling) {
+        case Scaling::kAdaptive:
+            return AdaptiveResize(to, from, false);
+        case Scaling::kMitchell:
+            return AdaptiveResize(to, from, true);
+        case Scaling::kBilinear:
+            return OIIO::ImageBufAlgo::resample(to, from, true);
+        case Scaling::kNearest:
+            return OIIO::ImageBufAlgo::resample(to, from, false);
+    }
+    return false;
+}
+
+Raster Reordered(const Raster& raster, EDataOrientation from, EDataOrientation to) {
+    const bool swaps = SwapsSides(from, to);
+    Raster result = NewRaster(raster, swaps ? raster.height : raster.width, swaps ? raster.width : raster.height);
+    const int pictures = swaps ? raster.faces * raster.slices : raster.slices;
+    const std::size_t rows = raster.RowCount() / static_cast<std::size_t>(pictures);
+    auto* out = reinterpret_cast<std::byte*>(result.block.get());
+    const auto* in = reinterpret_cast<const std::byte*>(raster.first);
+    for (int i = 0; i < pictures; ++i) {
+        const PixelGrid grid{.first = in,
+                             .columnStride = static_cast<std::ptrdiff_t>(raster.PixelBytes()),
+                             .rowStride = static_cast<std::ptrdiff_t>(raster.pitch),
+                             .width = static_cast<std::size_t>(raster.width),
+                             .height = rows,
+                             .pixelBytes = raster.PixelBytes()};
+        CopyPixels(Reoriented(grid, ToOIIOOrientation(from), ToOIIOOrientation(to)), out);
+        in += rows * raster.pitch;
+        out += rows * raster.RowBytes();
+    }
+    return result;
+}
+
+}  // namespace
+
+Raster Scaled(const Raster& raster, int width, int height, Scaling scaling) {
+    const OIIO::ImageBuf from = WrapImage(raster);
+    if (!from.initialized()) return {};
+    Raster result = NewRaster(raster, width, height);
+    OIIO::ImageBuf to = WrapImage(result);
+    if (!Scale(to, from, scaling)) std::memset(result.block.get(), 0, result.bytes);
+    return result;
+}
+
+Raster Reshape(Raster raster, const Reshaping& wanted) {
+    if (!raster.HoldsItsRows()) return {};
+    if (raster.width != wanted.width || raster.height != wanted.height) {
+        raster = Scaled(raster, wanted.width, wanted.height, wanted.scaling);
+    }
+    if (raster && ToOIIOOrientation(wanted.from) != ToOIIOOrientation(wanted.to)) {
+        raster = Reordered(raster, wanted.from, wanted.to);
+    }
+    return raster;
+}
+
+bool SwapsSides(EDataOrientation from, EDataOrientation to) {
+    const auto isTransposed = [](EDataOrientation orientation) { return ToOIIOOrientation(orientation) >= 5; };
+    return isTransposed(from) != isTransposed(to);
+}
+
+}  // namespace Kavra::Devices
