@@ -110,7 +110,9 @@ public:
     ///   the last: the warning "Frame index out of range" and a failure; of FLI/FLC and band rasters the last one, PCX,
     ///   PICT, CALS and RLC have one frame whatever is asked. Lower levels of a volume load only when one slice is
     ///   left.
-    /// - `orientation`: the wanted row and column order; the pixels are mirrored or rotated into it.
+    /// - `orientation`: the wanted row and column order; the pixels are mirrored or rotated into it. Of a cube map a
+    ///   rotation by a quarter rotates each face in its place; mirroring and half a rotation take the six faces as one
+    ///   stack, so that their order may be reversed.
     /// - `formatHandler`: may be null; asked at most once, see `IImageFormatHandler`.
     ///
     /// **Formats.** Ordinary files are delivered in any format that the image library holds. Pairs that
@@ -203,7 +205,8 @@ public:
     /// `kR32G32F` (red, green, blue 0, opaque) and `kR32G32B32A32F` mapped to 0..255, each channel by itself, alpha
     /// too. With `stretch` the smallest value of the channel becomes 0 and the largest 255 (a constant c from 0 to 1
     /// becomes c x 255, any other constant 0). Without it 0 to 1 becomes 0 to 255, and values outside widen that range.
-    /// Fractions are cut off; NaN becomes 0.
+    /// Fractions are cut off; NaN becomes 0. 8-bit colours are handed on as they are mapped, with the mapped pitch
+    /// whatever it is; one shorter than a row is for `SaveTexture` to deal with.
     ///
     /// All other formats raise "Raster format not supported" and "Picture save failed."; the target's memory is then
     /// left mapped and not released. A save that fails raises "Picture save failed." after the messages of
@@ -327,13 +330,15 @@ public:
     /// - `resolution`: dots per inch, both ways. tif, jpg, png and exr store it.
     /// - `width`, `height`: pixels. Height 0 or less opens no file, asks for no row and returns true.
     /// - `channels`: of the file, 1 to 65,535 as far as the kind has them: 1, 3 and 4 nearly everywhere, 2 in tif, png,
-    ///   tga, sgi and exr (in jpg they become red and green), 3 only in hdr. Whatever it is, the provider fills four
-    ///   bytes a pixel, of which the first ones are taken; channels beyond the fourth hold nothing of meaning.
+    ///   tga, sgi and exr (in jpg they become red and green), 1, 3 and 4 in dpx, 3 only in hdr, none in iff, whose
+    ///   writer takes no rows. Whatever it is, the provider fills four bytes a pixel, of which the first ones are
+    ///   taken; channels beyond the fourth hold nothing of meaning.
     ///
     /// The folder is made as for `SaveTexture`, with its warnings "wrong file path" and "fail to create specified
     /// folder". False without a message: no writer for the extension, a null provider, numbers that the writer refuses,
     /// a row that could not be written, a full disk. After such a failure the provider is asked for all remaining rows
-    /// all the same, and the file may be torn.
+    /// all the same, and what is left under the name is as after a failed `SaveTexture`. Without memory for a row
+    /// nothing is touched, and the provider is not asked.
     virtual bool writeImageOneLineAtATime(const KString& path, double resolution, IWriteImageLineProvider* provider,
                                           int width, int height, int channels) const = 0;
 };
