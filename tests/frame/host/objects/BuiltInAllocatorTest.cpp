@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "frame/host/objects/Threads.h"
@@ -77,8 +78,9 @@ TEST(BlockCounters, SpeakOfTheBytesThatWereAskedFor) {
 }
 
 TEST(BlockCounters, ARefusedRequestCountsOnlyAmongTheLargest) {
+    static volatile std::size_t asked = std::numeric_limits<std::size_t>::max();  // which the compiler is not to see
+    const std::size_t bytes = asked;
     const AllocationCounters before = ObjModel::BlockCounters();
-    const std::size_t bytes = std::max(before.largestBytes, MachineMemory()) + 1;
     EXPECT_THROW(::operator new(bytes, Default()), std::bad_alloc);
     const AllocationCounters now = ObjModel::BlockCounters();
     EXPECT_EQ(now.liveBlocks, before.liveBlocks);
