@@ -11,7 +11,6 @@
 
 namespace {
 
-using namespace Kavra::Devices;
 using Kavra::Common::ByteSource;
 using Kavra::Common::Failure;
 using Kavra::Common::Result;
