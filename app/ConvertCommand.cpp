@@ -56,7 +56,8 @@ void AddConvert(CLI::App& program, Session& session) {
         "Examples: kavra convert photo.jpg photo.dds --size 1024x1024\n"
         "          kavra convert *.tga thumbnails/ --to png --size 256x256");
     command->add_option("FILES", options->files, "The inputs, then the output: a file, or a folder for several inputs")
-        ->type_name("IN... OUT REQUIRED");
+        ->option_text("IN... OUT REQUIRED");
+    command->usage("kavra convert [OPTIONS] IN... OUT");
     command->add_option("--to", options->to, "The file type of the outputs in a folder, as an extension: png");
     AddJobs(*command, options->jobs);
     options->load.AddTo(*command, true);

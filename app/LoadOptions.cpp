@@ -40,7 +40,7 @@ void AddLimitOption(CLI::App& command, const std::string& name, std::uint64_t Im
                 SetImageLimits(limits);
             },
             help)
-        ->type_name("N[K|M|G]");
+        ->type_name("N");
 }
 
 bool Loads(const CLI::App* command) {
@@ -52,9 +52,9 @@ bool Loads(const CLI::App* command) {
 void AddLimitOptions(CLI::App& program) {
     for (CLI::App* const command : program.get_subcommands([](CLI::App* candidate) { return Loads(candidate); })) {
         AddLimitOption(*command, "--max-bytes", &ImageLimits::maxBytes, 1024,
-                       "The memory that a picture may take; K, M and G count 1024, 1024 K and 1024 M");
+                       "The memory that a picture may take, as 500M or 4G; K is 1024, M 1024 K, G 1024 M");
         AddLimitOption(*command, "--max-pixels", &ImageLimits::maxPixels, 1000,
-                       "The pixels that a picture may have; K, M and G count 1000, 1000 K and 1000 M");
+                       "The pixels that a picture may have, as 100M; K is 1000, M 1000 K, G 1000 M");
     }
 }
 

@@ -73,6 +73,18 @@ std::string ErrorText(const CLI::App& app, const CLI::ParseError& error) {
     return lacksValue ? text.substr(0, text.find(':')) + " needs a value" : text;
 }
 
+/// Without spaces at the ends of lines and without empty lines at the top or after one another, which the library leaves.
+std::string Tidied(const std::string& text) {
+    std::istringstream lines(text);
+    std::string tidied;
+    bool wasEmpty = true;
+    for (std::string line; std::getline(lines, line); wasEmpty = line.empty()) {
+        line.erase(line.find_last_not_of(' ') + 1);
+        if (!line.empty() || !wasEmpty) tidied += line + "\n";
+    }
+    return tidied;
+}
+
 /// No command was recognised.
 int AnswerWithoutCommand(const CLI::App& program, const CLI::ParseError& error) {
     const std::vector<std::string> rest = program.remaining();
@@ -98,7 +110,7 @@ int AnswerParse(const CLI::App& program, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
         std::ostringstream out, ignored;
         program.exit(error, out, ignored);
-        WriteOutput(out.str());
+        WriteOutput(Tidied(out.str()));
         return kAllDone;
     }
     const std::vector<CLI::App*> commands = program.get_subcommands();
@@ -107,8 +119,8 @@ int AnswerParse(const CLI::App& program, const CLI::ParseError& error) {
 }
 
 std::string HelpText(const CLI::App& program, const CLI::App* command) {
-    if (command != nullptr) return command->help(program.get_name());
-    return program.get_formatter()->make_help(&program, program.get_name(), CLI::AppFormatMode::Normal);
+    if (command != nullptr) return Tidied(command->help(program.get_name()));
+    return Tidied(program.get_formatter()->make_help(&program, program.get_name(), CLI::AppFormatMode::Normal));
 }
 
 std::string Nearest(std::string_view word, std::span<const std::string> words) {
