@@ -1,24 +1,20 @@
 // What holds for every command, or for all of a kind.
 
+#include "app/Answers.h"
 #include "app/PictureFiles.h"
-#include "support/Program.h"
 #include "support/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <unistd.h>
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 using namespace Kavra::Tests;
-using Json = nlohmann::ordered_json;
-using Words = std::vector<std::string>;
 
 namespace {
 
@@ -53,17 +49,6 @@ Words Keys(const Json& object) {
     return keys;
 }
 
-/// The names of the files that lines on standard error are about, in order.
-Words NamesIn(const std::string& error) {
-    Words names;
-    for (std::size_t at = 0; at < error.size(); at = error.find('\n', at) + 1) {
-        const std::size_t start = error.find("kavra: ", at) + 7;
-        const std::string name = error.substr(start, error.find(": ", start) - start);
-        if (names.empty() || names.back() != name) names.push_back(name);
-    }
-    return names;
-}
-
 }  // namespace
 
 TEST(CommonRules, OneBadFileStopsNoOtherAndMessagesComeInTheOrderOfTheFiles) {
@@ -72,29 +57,28 @@ TEST(CommonRules, OneBadFileStopsNoOtherAndMessagesComeInTheOrderOfTheFiles) {
     const std::string last = folder.Write("last.png", "no picture");
     const std::string good = Sample("studio.hdr");
     const std::string out = folder / "out";
+    const std::string unreadable = UnreadableLine(first) + UnreadableLine(last);
     struct Case {
         Words line;
-        std::string made;  ///< the file that the good input gave, or a part of what was printed of it
-        bool isFile;
+        std::string said;
+        std::string made;  ///< the file that the good input gave; else something was printed of it
     };
     const std::vector<Case> cases = {
-        {{"info", first, good, last}, good + ": 256 x 128", false},
-        {{"light", first, good, last}, good + " ", false},
-        {{"convert", first, good, last, out, "--to", "exr"}, out + "/studio.exr", true},
-        {{"compose", out + ".png", "--size", "9x9", first + "@0,0", good + "@0,0", last + "@0,0"}, out + ".png", true},
-        {{"sheet", out + ".tga", first, good, last}, out + ".tga", true},
+        {{"info", first, good, last}, ErrorLine(first, "cannot be read") + ErrorLine(last, "cannot be read"), ""},
+        {{"light", first, good, last}, unreadable, ""},
+        {{"convert", first, good, last, out, "--to", "exr"}, unreadable, out + "/studio.exr"},
+        {{"compose", out + ".png", "--size", "9x9", first + "@0,0", good + "@0,0", last + "@0,0"},
+         UnreadableLine(first) + NoteLine(good, "only the 9 x 9 pixels inside the picture were pasted") +
+             UnreadableLine(last),
+         out + ".png"},
+        {{"sheet", out + ".tga", first, good, last}, unreadable, out + ".tga"},
     };
     for (const Case& row : cases) {
         for (const std::string jobs : {"1", "3"}) {
-            Words line = row.line;
-            line.insert(line.end(), {"--jobs", jobs});
-            const ProgramResult result = RunKavra(line);
-            EXPECT_EQ(result.status, 1) << row.line.front();
-            Words names = NamesIn(result.error);
-            std::erase(names, good);  // what is only noted of it
-            EXPECT_EQ(names, (Words{first, last})) << row.line.front() << result.error;
-            EXPECT_TRUE(row.isFile ? std::filesystem::exists(row.made) : result.out.contains(row.made))
-                << row.line.front() << result.out;
+            const std::string printed = ExpectFailed(Joined({row.line, {"--jobs", jobs}}), row.said);
+            EXPECT_TRUE(row.made.empty() ? printed.contains(good) : std::filesystem::exists(row.made))
+                << row.line.front() << printed;
+            std::filesystem::remove_all(row.made);
         }
     }
 }
@@ -106,7 +90,6 @@ TEST(CommonRules, AFailureLeavesTheOldFileAsItWasAndNoOther) {
     const std::vector<Words> commands = {
         {"dump", bad, "--out", out},
         {"convert", bad, out},
-        {"frames", bad, folder / "%d.tif"},
         {"resize", bad, out, "--size", "5x5"},
         {"crop", bad, out, "--rect", "0,0,1,1"},
         {"compose", out, "--size", "5x5", bad + "@0,0"},
@@ -115,30 +98,78 @@ TEST(CommonRules, AFailureLeavesTheOldFileAsItWasAndNoOther) {
         {"light", bad, "--plot", out},
     };
     for (const Words& command : commands) {
-        const ProgramResult result = RunKavra(command);
-        EXPECT_EQ(result.status, 1) << command.front();
-        EXPECT_EQ(NamesIn(result.error), Words{bad}) << command.front() << result.error;
-        EXPECT_EQ(ReadAll(out), (std::vector<unsigned char>{'o', 'l', 'd'})) << command.front();
-        EXPECT_EQ(CountFiles(folder.Path()), 2U) << command.front();
+        ExpectFailed(command, UnreadableLine(bad));
+        EXPECT_EQ(TextOf(out), "old") << command.front();
+        EXPECT_EQ(NamesIn(folder.Path()), (Words{"bad.tif", "out.tif"})) << command.front();
     }
+    ExpectFailed({"frames", bad, folder / "%d.tif"}, ErrorLine(bad, "cannot be read"));
+    EXPECT_EQ(NamesIn(folder.Path()), (Words{"bad.tif", "out.tif"}));
 }
 
 TEST(CommonRules, AFileMayBeInputAndOutput) {
-    for (const Words& words :
-         {Words{"convert"}, {"resize", "--size", "6x4"}, {"crop", "--rect", "0,0,6,4"}, {"target"}}) {
+    const auto place = [](int x, int y) { return PlaceColour(x % 6, y % 4); };
+    for (const Words& words : {Words{"convert"},
+                               {"resize", "--size", "6x4"},
+                               {"resize", "--size", "4x2", "--method", "crop"},
+                               {"crop", "--rect", "0,0,6,4"},
+                               {"target"},
+                               {"tile", "--repeat", "3x2"}}) {
         const TemporaryFolder folder;
         const std::string file = WritePicture(folder / "file.png", 6, 4, PlaceColour);
-        Words line = {words.front(), file, file};
-        line.insert(line.end(), words.begin() + 1, words.end());
-        EXPECT_EQ(RunKavra(line).status, 0) << words.front();
-        EXPECT_EQ(PictureFile(file).At(5, 3), PlaceColour(5, 3)) << words.front();
-        EXPECT_EQ(CountFiles(folder.Path()), 1U) << words.front();
+        ExpectDone(Joined({{words.front(), file, file}, {words.begin() + 1, words.end()}}));
+        const PictureFile picture(file);
+        EXPECT_EQ(picture.At(picture.Width() - 1, picture.Height() - 1),
+                  place(picture.Width() - 1, picture.Height() - 1))
+            << words.front();
+        EXPECT_EQ(NamesIn(folder.Path()), Words{"file.png"}) << words.front();
+    }
+}
+
+TEST(CommonRules, CubeMapsAndVolumesAreUsedByTheirFirstFaceOrSliceWithANote) {
+    const TemporaryFolder folder;
+    const std::vector<Words> commands = {{"resize", "--size", "16x16", "--method", "crop"},
+                                         {"crop", "--rect", "0,0,16,16"},
+                                         {"target"},
+                                         {"tile", "--repeat", "1x1"}};
+    const auto expectFirst = [&](const std::string& name, const std::string& note) {
+        const std::vector<unsigned char> block = Dumped(Sample(name));
+        for (const Words& words : commands) {
+            ExpectDone(Joined({{words.front(), Sample(name), folder / "out.tif"}, {words.begin() + 1, words.end()}}),
+                       NoteLine(Sample(name), note));
+            const PictureFile out(folder / "out.tif");
+            const Colour first(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(out.At(0, 0).size()));
+            EXPECT_EQ(out.At(0, 0), first) << words.front();
+        }
+    };
+    expectFirst("cube.dds", "a cube map; only its first face is used");
+    expectFirst("volume.dds", "a volume; only its first slice is used");
+}
+
+TEST(CommonRules, OrientedPicturesAreWorkedOnAsTheyAreDisplayed) {
+    const TemporaryFolder folder;
+    const std::string photo = Sample("photo-orientation-6.jpg");  // 40 x 60 as displayed
+    const std::vector<unsigned char> upright = Dumped(photo);
+    const std::vector<std::pair<Words, std::string>> commands = {
+        {{"convert", photo, folder / "out.png"}, "40x60"},
+        {{"resize", photo, folder / "out.png", "--size", "50x50", "--method", "crop"}, "50x50"},
+        {{"crop", photo, folder / "out.png", "--rect", "0,0,40,60"}, "40x60"},
+        {{"compose", folder / "out.png", "--size", "40x60", photo + "@0,0"}, "40x60"},
+        {{"target", photo, folder / "out.png"}, "40x60"},
+        {{"tile", photo, folder / "out.png", "--repeat", "2x1"}, "80x60"},
+    };
+    for (const auto& [line, size] : commands) {
+        ExpectDone(line);
+        const PictureFile out(folder / "out.png");
+        Colour topLeft = out.At(0, 0);
+        topLeft.resize(4, 255);
+        EXPECT_EQ(out.Size(), size) << line.front();
+        EXPECT_EQ(topLeft, Colour(upright.begin(), upright.begin() + 4)) << line.front();
     }
 }
 
 TEST(CommonRules, JsonHasTheseKeysInThisOrder) {
     const TemporaryFolder folder;
-    const auto json = [](const Words& line) { return Json::parse(RunKavra(line).out); };
+    const auto json = [](const Words& line) { return Json::parse(ExpectDone(line)); };
     const std::string photo = Sample("photo.jpg");
     EXPECT_EQ(Keys(json({"info", photo, "--json"})[0]),
               (Words{"file", "width", "height", "depth", "format", "formatName", "textureType", "frameCount",
@@ -157,52 +188,29 @@ TEST(CommonRules, JsonHasTheseKeysInThisOrder) {
 TEST(CommonRules, JsonOfAFileThatFailedHasItsNameAndTheLastMessage) {
     const TemporaryFolder folder;
     const std::string missing = folder / "missing.png";
-    for (const Words& line : {Words{"info", missing, "--json"}, {"light", missing, "--json"}}) {
-        const ProgramResult result = RunKavra(line);
-        EXPECT_EQ(result.status, 1);
-        const Json json = Json::parse(result.out);
-        ASSERT_EQ(json.size(), 1U);
-        EXPECT_EQ(Keys(json[0]), (Words{"file", "error"})) << line.front();
-        EXPECT_EQ(json[0]["file"], missing);
-        EXPECT_TRUE(result.error.ends_with(": " + json[0]["error"].get<std::string>() + "\n")) << result.error;
-    }
-    const ProgramResult dump = RunKavra({"dump", missing, "--out", folder / "block", "--json"});
-    EXPECT_EQ(dump.status, 1);
-    EXPECT_EQ(Keys(Json::parse(dump.out)), (Words{"file", "error"}));
+    const auto failed = [&](const std::string& error) { return Json{{"file", missing}, {"error", error}}; };
+    EXPECT_EQ(Json::parse(ExpectFailed({"info", missing, "--json"}, ErrorLine(missing, "cannot be read"))),
+              Json::array({failed("cannot be read")}));
+    EXPECT_EQ(Json::parse(ExpectFailed({"light", missing, "--json"}, UnreadableLine(missing))),
+              Json::array({failed("format is not supported")}));
+    EXPECT_EQ(
+        Json::parse(ExpectFailed({"dump", missing, "--out", folder / "block", "--json"}, UnreadableLine(missing))),
+        failed("format is not supported"));
 }
 
 TEST(CommonRules, LoadOptionsReachEveryLoadingCommand) {
     const TemporaryFolder folder;
     const std::string photo = Sample("photo-orientation-6.jpg");  // 40 x 60 as displayed
-    const std::map<std::string, Words> commands = {{"dump", {photo, "--out", folder / "block"}},
-                                                   {"convert", {photo, folder / "out.dds"}},
-                                                   {"frames", {photo, folder / "%d.dds"}}};
-    for (const auto& [command, words] : commands) {
-        Words line = {command};
-        line.insert(line.end(), words.begin(), words.end());
-        line.insert(line.end(), {"--size", "20x30", "--format", "rgba32f", "--orientation", "4", "--high-quality"});
-        EXPECT_EQ(RunKavra(line).status, 0) << command;
+    const Words options = {"--size", "20x30", "--format", "rgba32f", "--orientation", "4", "--high-quality"};
+    const std::vector<unsigned char> block = Dumped(photo, options);
+    ASSERT_EQ(block.size(), 20U * 30 * 16);
+    for (const Words& line : {Words{"convert", photo, folder / "out.dds"}, {"frames", photo, folder / "out%d.dds"}})
+        ExpectDone(Joined({line, options}));
+    for (const std::string name : {"out.dds", "out0.dds"}) {
+        const std::vector<unsigned char> dds = ReadAll(folder / name);
+        EXPECT_TRUE(std::equal(block.rbegin(), block.rend(), dds.rbegin())) << "the pixels are the end of the file";
+        EXPECT_EQ(Described(folder / name)["formatName"], "kR32G32B32A32F");
     }
-    const Json json = Json::parse(RunKavra({"info", folder / "out.dds", folder / "0.dds", "--json"}).out);
-    for (const Json& file : json) {
-        EXPECT_EQ(file["formatName"], "kR32G32B32A32F");
-        EXPECT_EQ(file["width"].get<int>() * file["height"].get<int>(), 600);
-    }
-    EXPECT_EQ(ReadAll(folder / "out.dds"), ReadAll(folder / "0.dds"));
-    const auto block = ReadAll(folder / "block");
-    const auto dds = ReadAll(folder / "0.dds");
-    EXPECT_TRUE(std::equal(block.rbegin(), block.rend(), dds.rbegin())) << "the pixels are the end of the file";
-}
-
-TEST(CommonRules, ThePixelFormatsHaveTheseShortNames) {
-    std::set<std::string> names;
-    for (const Json& format : Json::parse(RunKavra({"formats", "--json"}).out)["pixelFormats"])
-        names.insert(format["shortName"].get<std::string>());
-    names.erase("");
-    EXPECT_EQ(names, (std::set<std::string>{"a8",     "r8",      "l8",     "r16",     "l16",   "r16f",  "r32f",
-                                            "rg16",   "rg16f",   "rg32f",  "rgba8",   "bgra8", "bgrx8", "rgbx8",
-                                            "rgba16", "rgba16f", "rgb32f", "rgba32f", "bc1",   "bc2",   "bc3",
-                                            "bc4",    "bc5",     "bc6h",   "bc7"}));
 }
 
 TEST(CommonRules, TheBarIsDrawnOnATerminalForMoreThanOneItemOnly) {

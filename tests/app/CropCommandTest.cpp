@@ -1,8 +1,12 @@
+// A rectangle of a picture.
+
+#include "app/Answers.h"
 #include "app/PictureFiles.h"
-#include "support/Program.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+
+#include <map>
 
 using namespace Kavra::Tests;
 
@@ -23,7 +27,7 @@ TEST(CropCommand, TheRectangleIsWrittenPixelForPixel) {
     };
     for (const Case& row : {Case{"3,2,5,4", 3, 2, 5, 4}, Case{"0,0,20,10", 0, 0, 20, 10}, Case{"19,9,1,1", 19, 9, 1, 1},
                             Case{"0,9,20,1", 0, 9, 20, 1}}) {
-        ASSERT_EQ(RunKavra({"crop", in, folder / "out.png", "--rect", row.rect}).status, 0) << row.rect;
+        ExpectDone({"crop", in, folder / "out.png", "--rect", row.rect});
         const PictureFile out(folder / "out.png");
         ASSERT_EQ(out.Width(), row.width);
         ASSERT_EQ(out.Height(), row.height);
@@ -37,11 +41,7 @@ TEST(CropCommand, TheRectangleIsWrittenPixelForPixel) {
 TEST(CropCommand, ARectangleThatReachesBeyondThePictureIsRefused) {
     const TemporaryFolder folder;
     const auto in = Places(folder);
-    struct Case {
-        std::string rect;
-        std::string text;
-    };
-    const std::vector<Case> cases = {
+    const std::map<std::string, std::string> cases = {
         {"16,2,5,4", "5 x 4 from 16,2"},
         {"3,7,5,4", "5 x 4 from 3,7"},
         {"-1,0,5,5", "5 x 5 from -1,0"},
@@ -49,22 +49,18 @@ TEST(CropCommand, ARectangleThatReachesBeyondThePictureIsRefused) {
         {"20,0,1,1", "1 x 1 from 20,0"},
         {"2147483647,2147483647,2147483647,2147483647", "2147483647 x 2147483647 from 2147483647,2147483647"},
     };
-    for (const Case& row : cases) {
-        const ProgramResult result = RunKavra({"crop", in, folder / "out.png", "--rect", row.rect});
-        EXPECT_EQ(result.status, 1) << row.rect;
-        EXPECT_EQ(result.error, "kavra: " + in.string() +
-                                    ": error: cannot be cropped: the picture is 20 x 10 pixels, "
-                                    "and " +
-                                    row.text + " reach beyond it\n");
+    for (const auto& [rect, text] : cases) {
+        ExpectFailed(
+            {"crop", in, folder / "out.png", "--rect", rect},
+            ErrorLine(in, "cannot be cropped: the picture is 20 x 10 pixels, and " + text + " reach beyond it"));
     }
-    EXPECT_EQ(CountFiles(folder.Path()), 1U);
+    EXPECT_EQ(NamesIn(folder.Path()), Words{"in.png"});
 }
 
 TEST(CropCommand, TheRectangleIsOfThePictureAsItIsDisplayed) {
     const TemporaryFolder folder;
-    ASSERT_EQ(RunKavra({"convert", Sample("photo-orientation-6.jpg"), folder / "upright.png"}).status, 0);
-    ASSERT_EQ(RunKavra({"crop", Sample("photo-orientation-6.jpg"), folder / "out.png", "--rect", "5,30,30,20"}).status,
-              0);
+    ExpectDone({"convert", Sample("photo-orientation-6.jpg"), folder / "upright.png"});
+    ExpectDone({"crop", Sample("photo-orientation-6.jpg"), folder / "out.png", "--rect", "5,30,30,20"});
     const PictureFile upright(folder / "upright.png");
     const PictureFile out(folder / "out.png");
     for (int y = 0; y < 20; ++y) {
@@ -77,9 +73,9 @@ TEST(CropCommand, TheSizeShrinksAndEnlarges) {
     const TemporaryFolder folder;
     const auto in = WritePicture(folder / "in.png", 20, 10, [](int x, int) { return Colour{x < 10 ? 20 : 220, 0, 0}; });
     for (const std::string size : {"2x2", "37x120", "3x1"}) {
-        ASSERT_EQ(RunKavra({"crop", in, folder / "out.png", "--rect", "10,0,10,10", "--size", size}).status, 0) << size;
+        ExpectDone({"crop", in, folder / "out.png", "--rect", "10,0,10,10", "--size", size});
         const PictureFile out(folder / "out.png");
-        EXPECT_EQ(std::to_string(out.Width()) + "x" + std::to_string(out.Height()), size);
+        EXPECT_EQ(out.Size(), size);
         EXPECT_EQ(out.At(0, 0), (Colour{220, 0, 0, 255})) << "nothing outside the rectangle is blended in";
         EXPECT_EQ(out.At(out.Width() - 1, out.Height() - 1), (Colour{220, 0, 0, 255}));
     }
@@ -101,9 +97,7 @@ TEST(CropCommand, TheOrientationTurnsWhatIsWritten) {
         {"6", 2, 4, PlaceColour(2, 2), PlaceColour(2, 1)}, {"7", 2, 4, PlaceColour(5, 2), PlaceColour(5, 1)},
     };
     for (const Case& row : cases) {
-        const std::vector<std::string> arguments = {
-            "crop", in, folder / "out.png", "--rect", "2,1,4,2", "--orientation", row.orientation};
-        ASSERT_EQ(RunKavra(arguments).status, 0);
+        ExpectDone({"crop", in, folder / "out.png", "--rect", "2,1,4,2", "--orientation", row.orientation});
         const PictureFile out(folder / "out.png");
         EXPECT_EQ(out.Width(), row.width) << row.orientation;
         EXPECT_EQ(out.Height(), row.height) << row.orientation;
@@ -114,25 +108,20 @@ TEST(CropCommand, TheOrientationTurnsWhatIsWritten) {
 
 TEST(CropCommand, ThePictureKeepsItsFormatUnlessAnotherIsSaid) {
     const TemporaryFolder folder;
-    struct Case {
-        std::string in;
-        std::string format;
-    };
-    for (const Case& row : {Case{"grey.png", "kL8"}, Case{"photo-16bit.png", "kR16G16B16A16"},
-                            Case{"float.tif", "kR32G32B32A32F"}, Case{"depth.exr", "kR32G32B32A32F"}}) {
-        ASSERT_EQ(RunKavra({"crop", Sample(row.in), folder / "out.tif", "--rect", "1,1,9,9"}).status, 0) << row.in;
-        const ProgramResult result = RunKavra({"info", folder / "out.tif"});
-        EXPECT_NE(result.out.find("9 x 9, " + row.format), std::string::npos) << result.out;
+    for (const auto& [in, format] : {std::pair{"grey.png", "kL8"},
+                                     {"photo-16bit.png", "kR16G16B16A16"},
+                                     {"float.tif", "kR32G32B32A32F"},
+                                     {"depth.exr", "kR32G32B32A32F"}}) {
+        ExpectDone({"crop", Sample(in), folder / "out.tif", "--rect", "1,1,9,9"});
+        EXPECT_EQ(Described(folder / "out.tif")["formatName"], format) << in;
+        EXPECT_EQ(PictureFile(folder / "out.tif").Size(), "9x9") << in;
     }
 }
 
 TEST(CropCommand, GreyBecomesColoursAndColoursTheirLuminance) {
     const TemporaryFolder folder;
     const auto crop = [&](const std::filesystem::path& in, const std::string& format) {
-        const std::vector<std::string> arguments = {"crop",     in,    folder / "out.png", "--rect", "1,0,1,1",
-                                                    "--format", format};
-        const ProgramResult result = RunKavra(arguments);
-        EXPECT_EQ(result.status, 0) << result.error;
+        ExpectDone({"crop", in, folder / "out.png", "--rect", "1,0,1,1", "--format", format});
         return PictureFile(folder / "out.png").At(0, 0);
     };
     const auto grey = WritePicture(folder / "grey.png", 2, 1, [](int x, int) { return Colour{x * 123}; });
@@ -153,31 +142,18 @@ TEST(CropCommand, GreyBecomesColoursAndColoursTheirLuminance) {
 
 TEST(CropCommand, FormatsThatAreNoPixelsAreRefused) {
     const TemporaryFolder folder;
-    const ProgramResult result =
-        RunKavra({"crop", Places(folder), folder / "out.dds", "--rect", "0,0,4,4", "--format", "bc1"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, "kavra: " + (folder / "in.png").string() +
-                                ": error: cannot be cropped: kBC1 has no "
-                                "pixels\n");
-    EXPECT_EQ(CountFiles(folder.Path()), 1U);
+    const auto in = Places(folder);
+    ExpectFailed({"crop", in, folder / "out.dds", "--rect", "0,0,4,4", "--format", "bc1"},
+                 ErrorLine(in, "cannot be cropped: kBC1 has no pixels"));
+    EXPECT_EQ(NamesIn(folder.Path()), Words{"in.png"});
 }
 
 TEST(CropCommand, SizesThatNoMemoryHoldsAreRefused) {
     const TemporaryFolder folder;
     const auto in = Places(folder);
-    const ProgramResult result =
-        RunKavra({"crop", in, folder / "out.png", "--rect", "0,0,4,4", "--size", "1000000x1000000"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, "kavra: " + in.string() +
-                                ": error: cannot be cropped: 1000000 x 1000000 pixels are more "
-                                "than the memory of this machine holds\n");
-}
-
-TEST(CropCommand, OfAVolumeTheFirstSliceIsUsedWithANote) {
-    const TemporaryFolder folder;
-    const ProgramResult result = RunKavra({"crop", Sample("volume.dds"), folder / "out.dds", "--rect", "0,0,8,8"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.error,
-              "kavra: " + Sample("volume.dds").string() + ": note: a volume; only its first slice is used\n");
-    EXPECT_EQ(std::filesystem::file_size(folder / "out.dds"), 128U + 8 * 8 * 4);
+    ExpectFailed({"crop", in, folder / "out.png", "--rect", "0,0,4,4", "--size", "1000000x1000000"},
+                 ErrorLine(in,
+                           "cannot be cropped: 1000000 x 1000000 pixels are more than the memory of this machine "
+                           "holds"));
+    EXPECT_EQ(NamesIn(folder.Path()), Words{"in.png"});
 }

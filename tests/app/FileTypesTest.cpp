@@ -1,19 +1,17 @@
 // What a command writes can be read back. Where a file type's writer would make a file that its reader does not take,
 // or refuse without a word, the command refuses before it writes and says what would pass.
 
+#include "app/Answers.h"
 #include "app/PictureFiles.h"
-#include "support/Program.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <format>
 #include <string>
 #include <vector>
 
 using namespace Kavra::Tests;
-using Json = nlohmann::json;
 
 namespace {
 
@@ -22,31 +20,28 @@ struct Size {
     int height;
 };
 
-/// A picture of this size, transparent black but for one pixel, as a file with this extension.
-ProgramResult Write(const TemporaryFolder& folder, const std::string& extension, Size size, const std::string& format) {
+/// The command line that writes a picture of this size, transparent black but for one pixel, as a file with this
+/// extension.
+Words Write(const TemporaryFolder& folder, const std::string& extension, Size size, const std::string& format) {
     const auto dot = WritePicture(folder / "dot.tga", 1, 1, [](int, int) { return Colour{9, 9, 9}; });
-    return RunKavra({"compose", folder / ("out." + extension), "--size", std::format("{}x{}", size.width, size.height),
-                     "--format", format, dot.string() + "@0,0"});
+    return {
+        "compose", folder / ("out." + extension), "--size", std::format("{}x{}", size.width, size.height), "--format",
+        format,    dot.string() + "@0,0"};
 }
 
 void ExpectReadable(const std::string& extension, Size size, const std::string& format) {
     const TemporaryFolder folder;
-    const ProgramResult written = Write(folder, extension, size, format);
-    EXPECT_EQ(written.status, 0) << extension << size.width << "x" << size.height << written.error;
-    const ProgramResult info = RunKavra({"info", folder / ("out." + extension), "--json"});
-    ASSERT_EQ(info.status, 0) << extension << " " << size.width << "x" << size.height;
-    const Json json = Json::parse(info.out)[0];
+    ExpectDone(Write(folder, extension, size, format));
+    const Json json = Described(folder / ("out." + extension));
     EXPECT_EQ(json["width"], size.width) << extension;
     EXPECT_EQ(json["height"], size.height) << extension;
 }
 
 void ExpectRefused(const std::string& extension, Size size, const std::string& format, const std::string& reason) {
     const TemporaryFolder folder;
-    const ProgramResult result = Write(folder, extension, size, format);
-    EXPECT_EQ(result.status, 1) << extension;
-    EXPECT_EQ(result.error, std::format("kavra: {}: error: cannot be written: {}\n",
-                                        (folder / ("out." + extension)).string(), reason));
-    EXPECT_FALSE(std::filesystem::exists(folder / ("out." + extension)));
+    ExpectFailed(Write(folder, extension, size, format),
+                 ErrorLine(folder / ("out." + extension), "cannot be written: " + reason));
+    EXPECT_EQ(NamesIn(folder.Path()), Words{"dot.tga"});
 }
 
 }  // namespace
@@ -102,10 +97,10 @@ TEST(FileTypes, FilesThatCannotBeReadBackAtAllAreRefused) {
 TEST(FileTypes, AJpegXlFileThatIsTooShortToBeReadBackIsRefused) {
     ExpectReadable("jxl", {500, 400}, "rgba8");
     const TemporaryFolder folder;
-    const ProgramResult result = Write(folder, "jxl", {1, 1}, "rgba8");
+    const ProgramResult result = RunKavra(Write(folder, "jxl", {1, 1}, "rgba8"));
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.error.ends_with(" bytes long, and .jxl files below 128 cannot be read back\n")) << result.error;
-    EXPECT_FALSE(std::filesystem::exists(folder / "out.jxl"));
+    EXPECT_EQ(NamesIn(folder.Path()), Words{"dot.tga"});
 }
 
 TEST(FileTypes, EveryWritingCommandRefusesThem) {
@@ -113,19 +108,16 @@ TEST(FileTypes, EveryWritingCommandRefusesThem) {
     const auto column = WritePicture(folder / "column.tga", 1, 40, [](int, int) { return Colour{9, 9, 9}; });
     const std::string in = column;
     const std::string out = folder / "out.rla";
-    const std::vector<std::vector<std::string>> commands = {
+    const std::vector<Words> commands = {
         {"convert", in, out},
-        {"frames", in, folder / "%d.rla"},
         {"resize", in, out, "--size", "1x40"},
         {"crop", in, out, "--rect", "0,0,1,40"},
         {"compose", out, "--size", "1x40", in + "@0,0"},
         {"target", in, out},
     };
-    for (const std::vector<std::string>& command : commands) {
-        const ProgramResult result = RunKavra(command);
-        EXPECT_EQ(result.status, 1) << command.front();
-        EXPECT_TRUE(result.error.ends_with("cannot be written: 1 x 40 pixels, and .rla files hold 2 or more across\n"))
-            << command.front() << result.error;
-    }
-    EXPECT_EQ(CountFiles(folder.Path()), 1U);
+    const std::string reason = "cannot be written: 1 x 40 pixels, and .rla files hold 2 or more across";
+    for (const Words& command : commands)
+        ExpectFailed(command, ErrorLine(out, reason));
+    ExpectFailed({"frames", in, folder / "%d.rla"}, ErrorLine(folder / "0.rla", reason));
+    EXPECT_EQ(NamesIn(folder.Path()), Words{"column.tga"});
 }

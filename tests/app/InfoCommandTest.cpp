@@ -1,19 +1,28 @@
-#include "support/Program.h"
+// What is said of files without loading them.
+
+#include "app/Answers.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
-#include <string>
+#include <map>
 
 using namespace Kavra::Tests;
-using Json = nlohmann::json;
+
+TEST(InfoCommand, ALineTellsSizeFormatTypeFramesAndOrientation) {
+    const std::map<std::string, std::string> lines = {
+        {"photo-orientation-6.jpg", "60 x 40, kR8G8B8A8, 2-D, frames 1, turned left (5), gamma 2.2"},
+        {"float.tif", "96 x 64, kR32G32B32A32F, 2-D, frames 1, as displayed (0), gamma 2.2"},
+        {"mips.dds", "128 x 128, kR8G8B8A8, 2-D, frames 8, as displayed (0), gamma 2.2"},
+        {"cube.dds", "64 x 64, kR8G8B8A8, cube map, frames 1, as displayed (0), gamma 2.2"},
+        {"volume.dds", "32 x 32 x 8, kR8G8B8A8, volume, frames 1, as displayed (0), gamma 2.2"},
+    };
+    for (const auto& [name, line] : lines)
+        EXPECT_EQ(ExpectDone({"info", Sample(name)}), Sample(name).string() + ": " + line + "\n");
+}
 
 TEST(InfoCommand, JsonIsAnArrayWithOneObjectAFileInTheOrderGiven) {
-    const ProgramResult result = RunKavra({"info", Sample("photo.jpg"), Sample("cube.dds"), "--json"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.error, "");
-    const Json json = Json::parse(result.out);
+    const Json json = Json::parse(ExpectDone({"info", Sample("photo.jpg"), Sample("cube.dds"), "--json"}));
     ASSERT_EQ(json.size(), 2U);
     EXPECT_EQ(json[0], Json({{"file", Sample("photo.jpg").string()},
                              {"width", 480},
@@ -25,62 +34,45 @@ TEST(InfoCommand, JsonIsAnArrayWithOneObjectAFileInTheOrderGiven) {
                              {"frameCount", 1},
                              {"orientation", 0},
                              {"gamma", 2.2}}));
-    EXPECT_EQ(json[1]["file"], Sample("cube.dds").string());
-    EXPECT_EQ(json[1]["width"], 64);
-    EXPECT_EQ(json[1]["height"], 64);
-    EXPECT_EQ(json[1]["textureType"], 5);
+    EXPECT_EQ(json[1], Json({{"file", Sample("cube.dds").string()},
+                             {"width", 64},
+                             {"height", 64},
+                             {"depth", 1},
+                             {"format", 46},
+                             {"formatName", "kR8G8B8A8"},
+                             {"textureType", 5},
+                             {"frameCount", 1},
+                             {"orientation", 0},
+                             {"gamma", 2.2}}));
 }
 
-TEST(InfoCommand, OneBadFileStopsNoOtherAndGivesStatusOne) {
-    const TemporaryFolder folder;
-    const auto bad = folder.Write("bad.png", "this is no picture");
-    const ProgramResult result = RunKavra({"info", Sample("grey.png"), bad, Sample("photo.tga")});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.out.find("grey.png: 480 x 320, kL8"), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find("photo.tga: 120 x 80, kR8G8B8A8"), std::string::npos) << result.out;
-    EXPECT_EQ(result.error, "kavra: " + bad.string() + ": error: cannot be read\n");
-}
-
-TEST(InfoCommand, JsonOfAFailedFileHasItsNameAndTheError) {
-    const ProgramResult result = RunKavra({"info", "/nonexistent/x.tif", "--json"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(Json::parse(result.out), Json::array({{{"file", "/nonexistent/x.tif"}, {"error", "cannot be read"}}}));
-}
-
-TEST(InfoCommand, ReadsNamesInAnyScript) {
+TEST(InfoCommand, NamesInAnyScriptAreRead) {
     const TemporaryFolder folder;
     const std::vector<unsigned char> bytes = ReadAll(Sample("grey-alpha.png"));
     for (const std::string name : {"Höhle.png", "湖.png", "𝔎𝔞𝔳𝔯𝔞 🏔.png"}) {
         const auto path = folder.Write(name, bytes);
-        const ProgramResult result = RunKavra({"info", path, "--json"});
-        EXPECT_EQ(result.status, 0) << name << result.error;
-        EXPECT_EQ(Json::parse(result.out)[0]["file"], path.string());
+        EXPECT_EQ(Described(path)["file"], path.string());
     }
 }
 
-TEST(InfoCommand, FoldersAndOverlongPathsAreAnswered) {
+TEST(InfoCommand, FoldersAndOverlongAndEmptyPathsCannotBeRead) {
     const TemporaryFolder folder;
     const std::string longPath = "/" + std::string(5000, 'x') + ".png";
-    const ProgramResult result = RunKavra({"info", folder.Path(), longPath, ""});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.error, "kavra: " + folder.Path().string() + ": error: cannot be read\nkavra: " + longPath +
-                                ": error: cannot be read\nkavra: : error: cannot be read\n");
+    EXPECT_EQ(ExpectFailed({"info", folder.Path(), longPath, ""}, ErrorLine(folder.Path(), "cannot be read") +
+                                                                      ErrorLine(longPath, "cannot be read") +
+                                                                      ErrorLine("", "cannot be read")),
+              "");
 }
 
 TEST(InfoCommand, ManyFilesComeOutInOrderHoweverManyJobs) {
-    std::vector<std::string> arguments = {"info", "--jobs", "4"};
+    const std::string pages = ExpectDone({"info", Sample("pages.tif")});
+    const std::string photo = ExpectDone({"info", Sample("photo.dds")});
+    Words line = {"info", "--jobs", "4"};
     std::string expected;
     for (int i = 0; i < 40; ++i) {
-        const std::string file = Sample(i % 3 == 0 ? "pages.tif" : "photo.dds").string();
-        arguments.push_back(file);
-        expected += file + "\n";
+        const bool hasPages = i % 3 == 0;
+        line.push_back(Sample(hasPages ? "pages.tif" : "photo.dds"));
+        expected += hasPages ? pages : photo;
     }
-    const ProgramResult result = RunKavra(arguments);
-    EXPECT_EQ(result.status, 0);
-    std::string names;
-    for (std::size_t at = 0; at < result.out.size(); at = result.out.find('\n', at) + 1) {
-        names += result.out.substr(at, result.out.find(": ", at) - at) + "\n";
-    }
-    EXPECT_EQ(names, expected);
+    EXPECT_EQ(ExpectDone(line), expected);
 }

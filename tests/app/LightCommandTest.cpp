@@ -1,10 +1,11 @@
-#include "support/Program.h"
+// Measures of environment maps, their lights, and the plot of both.
+
+#include "app/Answers.h"
 #include "support/TemporaryFolder.h"
 
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <array>
 #include <cmath>
@@ -13,7 +14,6 @@
 #include <string>
 
 using namespace Kavra::Tests;
-using Json = nlohmann::json;
 using Rgb = std::array<float, 3>;
 
 namespace {
@@ -40,13 +40,11 @@ std::function<Rgb(int, int)> Square(int column, int row, Rgb colour) {
     };
 }
 
-Json LightJson(const std::vector<std::string>& arguments) {
-    std::vector<std::string> words = {"light", "--json"};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    const ProgramResult result = RunKavra(words);
-    EXPECT_EQ(result.status, 0) << result.error;
-    EXPECT_EQ(result.error, "");
-    return Json::parse(result.out);
+/// What is found in one map; `options` are further words for the command.
+Json LightOf(const std::string& map, const Words& options = {}) {
+    const Json json = Json::parse(ExpectDone(Joined({{"light", "--json", map}, options})));
+    EXPECT_EQ(json.size(), 1U);
+    return json[0];
 }
 
 std::array<int, 3> PixelOf(const OIIO::ImageBuf& image, int x, int y) {
@@ -54,6 +52,12 @@ std::array<int, 3> PixelOf(const OIIO::ImageBuf& image, int x, int y) {
     image.getpixel(x, y, pixel);
     return {static_cast<int>(std::lround(pixel[0] * 255)), static_cast<int>(std::lround(pixel[1] * 255)),
             static_cast<int>(std::lround(pixel[2] * 255))};
+}
+
+/// Said of a map of 32 pixels so many of which are no numbers.
+std::string NotTrusted(const std::filesystem::path& map, int pixels) {
+    return NoteLine(
+        map, std::to_string(pixels) + " of 32 pixels are NaN or infinite; means and lights are not to be trusted");
 }
 
 constexpr std::array<int, 3> kWhite = {255, 255, 255};
@@ -64,9 +68,7 @@ TEST(LightCommand, JsonIsAnArrayWithOneObjectAFile) {
     const TemporaryFolder folder;
     const auto map =
         WriteMap(folder / "uniform.exr", 2, 1, OIIO::TypeDesc::FLOAT, [](int, int) { return Rgb{0.5F, 0.25F, 0.1F}; });
-    const Json json = LightJson({map});
-    ASSERT_EQ(json.size(), 1U);
-    Json object = json[0];
+    Json object = LightOf(map);
     EXPECT_NEAR(object["intensity"]["luminance"].get<double>(), 0.212671 * 0.5 + 0.71516 * 0.25 + 0.072169 * 0.1, 1e-6);
     object["intensity"].erase("luminance");
     ASSERT_EQ(object["lights"].size(), 2U);
@@ -84,16 +86,15 @@ TEST(LightCommand, FindsALightWhereItIs) {
     const TemporaryFolder folder;
     // u = 3/4 looks right; row 50 of 200 is 45 degrees up.
     const auto map = WriteMap(folder / "spot.exr", 400, 200, OIIO::TypeDesc::HALF, Square(300, 50, {8, 4, 2}));
-    const Json lights = LightJson({map})[0]["lights"];
+    const Json lights = LightOf(map)["lights"];
     ASSERT_EQ(lights.size(), 1U);
     EXPECT_EQ(lights[0]["color"], Json({8.0, 4.0, 2.0}));
     EXPECT_NEAR(lights[0]["direction"][0].get<double>(), std::sqrt(0.5), 0.02);
     EXPECT_NEAR(lights[0]["direction"][1].get<double>(), std::sqrt(0.5), 0.02);
     EXPECT_NEAR(lights[0]["direction"][2].get<double>(), 0, 0.02);
     // The text gives the azimuth from ahead to the right, and the elevation.
-    const std::string text = RunKavra({"light", map}).out;
-    EXPECT_NE(text.find("+0.72"), std::string::npos) << text;
-    EXPECT_NE(text.find("  90.0       44."), std::string::npos) << text;
+    const std::string text = ExpectDone({"light", map});
+    EXPECT_TRUE(text.contains("  90.0       44.")) << text;
 }
 
 TEST(LightCommand, LightsAreAsManyAsWanted) {
@@ -102,36 +103,35 @@ TEST(LightCommand, LightsAreAsManyAsWanted) {
         const Rgb left = Square(100, 100, {2, 2, 2})(x, y);
         return left[0] > 0 ? left : Square(300, 100, {1.5F, 1.5F, 1.5F})(x, y);
     });
-    EXPECT_EQ(LightJson({map})[0]["lights"].size(), 2U);
-    EXPECT_EQ(LightJson({map, "--lights", "1"})[0]["lights"].size(), 1U);
-    EXPECT_EQ(LightJson({map, "--lights", "0"})[0]["lights"], Json::array());
-    EXPECT_EQ(RunKavra({"light", map, "--lights", "-1"}).status, 2);
-    EXPECT_EQ(RunKavra({"light", map, "--lights", "20001"}).status, 2);
+    EXPECT_EQ(LightOf(map)["lights"].size(), 2U);
+    EXPECT_EQ(LightOf(map, {"--lights", "1"})["lights"].size(), 1U);
+    EXPECT_EQ(LightOf(map, {"--lights", "0"})["lights"], Json::array());
 }
 
 TEST(LightCommand, UpperLooksAtTheUpperHemisphere) {
     const TemporaryFolder folder;
     const auto map = WriteMap(folder / "sky.exr", 8, 4, OIIO::TypeDesc::FLOAT,
                               [](int, int y) { return y < 2 ? Rgb{1, 1, 1} : Rgb{}; });
-    EXPECT_NEAR(LightJson({map})[0]["intensity"]["luminance"].get<double>(), 0.5, 1e-6);
-    EXPECT_EQ(LightJson({map, "--upper"})[0]["intensity"]["luminance"], 1.0);
-    EXPECT_EQ(LightJson({map, "--upper"})[0]["weightedAverage"], Json({1.0, 1.0, 1.0}));
-    EXPECT_EQ(LightJson({map, "--upper"})[0]["averageColor"], Json({0.5, 0.5, 0.5, 1.0}));
+    EXPECT_NEAR(LightOf(map)["intensity"]["luminance"].get<double>(), 0.5, 1e-6);
+    const Json upper = LightOf(map, {"--upper"});
+    EXPECT_EQ(upper["intensity"]["luminance"], 1.0);
+    EXPECT_EQ(upper["weightedAverage"], Json({1.0, 1.0, 1.0}));
+    EXPECT_EQ(upper["averageColor"], Json({0.5, 0.5, 0.5, 1.0}));
 }
 
 TEST(LightCommand, WhatHasNoMeanIsNull) {
     const TemporaryFolder folder;
     const auto map = WriteMap(folder / "row.exr", 8, 1, OIIO::TypeDesc::FLOAT, [](int, int) { return Rgb{1, 1, 1}; });
-    const Json json = LightJson({map, "--upper"});
-    EXPECT_TRUE(json[0]["intensity"]["luminance"].is_null());
-    EXPECT_TRUE(json[0]["weightedAverage"][0].is_null());
+    const Json json = LightOf(map, {"--upper"});
+    EXPECT_TRUE(json["intensity"]["luminance"].is_null());
+    EXPECT_TRUE(json["weightedAverage"][0].is_null());
 }
 
 TEST(LightCommand, OtherPixelFormatsAreLoadedAsFloats) {
     const TemporaryFolder folder;
     const auto words =
         WriteMap(folder / "words.png", 4, 2, OIIO::TypeDesc::UINT16, [](int, int) { return Rgb{1, 0.2F, 0.6F}; });
-    EXPECT_EQ(LightJson({words})[0]["averageColor"], Json({1.0, 0.2, 0.6, 1.0}));
+    EXPECT_EQ(LightOf(words)["averageColor"], Json({1.0, 0.2, 0.6, 1.0}));
 }
 
 TEST(LightCommand, AGreyMapIsGreyInEveryColour) {
@@ -140,55 +140,42 @@ TEST(LightCommand, AGreyMapIsGreyInEveryColour) {
                                      {"grey16.png", OIIO::TypeDesc::UINT16},
                                      {"grey.tif", OIIO::TypeDesc::FLOAT}}) {
         const auto map = WriteMap(folder / name, 4, 2, type, [](int, int) { return Rgb{0.2F, 0, 0}; }, 1);
-        const Json mean = LightJson({map})[0]["averageColor"];
+        const Json mean = LightOf(map)["averageColor"];
         EXPECT_NEAR(mean[0].get<double>(), 0.2, 1e-6) << name;
         EXPECT_EQ(mean, Json({mean[0], mean[0], mean[0], 1.0})) << name;
     }
 }
 
 TEST(LightCommand, AMapThatTheHostReadsAsThreeFloatsIsTaken) {
-    const Json json = LightJson({Sample("depth.exr")});
-    const Json mean = json[0]["averageColor"];
+    const Json mean = LightOf(Sample("depth.exr"))["averageColor"];
     EXPECT_GT(mean[0].get<double>(), 0.1);
     EXPECT_EQ(mean[0], mean[2]);
     EXPECT_EQ(mean[3], 1.0);
 }
 
 TEST(LightCommand, WhatIsNoFlatPictureIsRefusedAndStopsNoOther) {
-    const ProgramResult result =
-        RunKavra({"light", "--json", Sample("cube.dds"), Sample("volume.dds"), Sample("studio.hdr")});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error,
-              "kavra: " + Sample("cube.dds").string() + ": error: a cube map is no equirectangular map\n" +
-                  "kavra: " + Sample("volume.dds").string() + ": error: a volume is no equirectangular map\n");
-    const Json json = Json::parse(result.out);
-    ASSERT_EQ(json.size(), 3U);
-    EXPECT_EQ(json[0],
-              Json({{"file", Sample("cube.dds").string()}, {"error", "a cube map is no equirectangular map"}}));
-    EXPECT_EQ(json[2]["lights"].size(), 2U);
-}
-
-TEST(LightCommand, AFileThatCannotBeReadSaysSoOnce) {
-    const TemporaryFolder folder;
-    const auto bad = folder.Write("bad.hdr", "no picture");
-    const ProgramResult result = RunKavra({"light", bad, "--plot", folder / "plot.png"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, "kavra: " + bad.string() + ": warning: format is not supported\n");
-    EXPECT_FALSE(std::filesystem::exists(folder / "plot.png"));
+    const auto cube = Sample("cube.dds"), volume = Sample("volume.dds"), map = Sample("studio.hdr");
+    const Json json = Json::parse(ExpectFailed({"light", "--json", cube, volume, map},
+                                               ErrorLine(cube, "a cube map is no equirectangular map") +
+                                                   ErrorLine(volume, "a volume is no equirectangular map")));
+    EXPECT_EQ(json, Json::array({{{"file", cube.string()}, {"error", "a cube map is no equirectangular map"}},
+                                 {{"file", volume.string()}, {"error", "a volume is no equirectangular map"}},
+                                 LightOf(map)}));
 }
 
 TEST(LightCommand, SeveralFilesGiveATable) {
-    const ProgramResult result = RunKavra({"light", Sample("sunset.exr"), "missing.hdr", Sample("overcast.exr")});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(std::ranges::count(result.out, '\n'), 3) << result.out;
-    EXPECT_TRUE(result.out.starts_with("file "));
-    EXPECT_LT(result.out.find("sunset.exr"), result.out.find("overcast.exr"));
+    const std::string table = ExpectFailed({"light", Sample("sunset.exr"), "missing.hdr", Sample("overcast.exr")},
+                                           UnreadableLine("missing.hdr"));
+    EXPECT_EQ(std::ranges::count(table, '\n'), 3) << table;
+    EXPECT_TRUE(table.starts_with("file "));
+    EXPECT_LT(table.find("\n" + Sample("sunset.exr").string() + " "),
+              table.find("\n" + Sample("overcast.exr").string() + " "));
 }
 
 TEST(LightCommand, ThePlotShowsTheLightWithARingInItsPlace) {
     const TemporaryFolder folder;
     const auto map = WriteMap(folder / "spot.exr", 400, 200, OIIO::TypeDesc::FLOAT, Square(300, 100, {8, 8, 8}));
-    ASSERT_EQ(RunKavra({"light", map, "--plot", folder / "plot.png"}).status, 0);
+    ExpectDone({"light", map, "--plot", folder / "plot.png"});
     const OIIO::ImageBuf plot((folder / "plot.png").string());
     EXPECT_EQ(plot.spec().width, 1024);
     EXPECT_GT(plot.spec().height, 600);
@@ -203,7 +190,7 @@ TEST(LightCommand, ThePlotShowsTheLightWithARingInItsPlace) {
 TEST(LightCommand, ARingOnTheSeamIsDrawnOnBothSides) {
     const TemporaryFolder folder;
     const auto map = WriteMap(folder / "behind.exr", 400, 200, OIIO::TypeDesc::FLOAT, Square(0, 100, {8, 8, 8}));
-    ASSERT_EQ(RunKavra({"light", map, "--plot", folder / "plot.png"}).status, 0);
+    ExpectDone({"light", map, "--plot", folder / "plot.png"});
     const OIIO::ImageBuf plot((folder / "plot.png").string());
     EXPECT_GT(PixelOf(plot, 59, 252)[0], 200);
     EXPECT_GT(PixelOf(plot, 1023 - 59, 252)[0], 200);
@@ -215,7 +202,7 @@ TEST(LightCommand, ThePlotShowsMiddleGreyWhateverTheExposure) {
     for (const float light : {0.01F, 1.0F, 300.0F}) {
         const auto map = WriteMap(folder / "uniform.exr", 8, 4, OIIO::TypeDesc::FLOAT,
                                   [light](int, int) { return Rgb{light, light, light}; });
-        ASSERT_EQ(RunKavra({"light", map, "--lights", "0", "--plot", folder / "plot.png"}).status, 0);
+        ExpectDone({"light", map, "--lights", "0", "--plot", folder / "plot.png"});
         EXPECT_EQ(PixelOf(OIIO::ImageBuf((folder / "plot.png").string()), 20, 20), (std::array{118, 118, 118}))
             << light;
     }
@@ -225,7 +212,7 @@ TEST(LightCommand, ThePlotShowsDisplayValuesAsTheyAre) {
     const TemporaryFolder folder;
     const auto map = WriteMap(folder / "picture.png", 8, 4, OIIO::TypeDesc::UINT8,
                               [](int, int) { return Rgb{200 / 255.0F, 100 / 255.0F, 30 / 255.0F}; });
-    ASSERT_EQ(RunKavra({"light", map, "--lights", "0", "--plot", folder / "plot.png"}).status, 0);
+    ExpectDone({"light", map, "--lights", "0", "--plot", folder / "plot.png"});
     EXPECT_EQ(PixelOf(OIIO::ImageBuf((folder / "plot.png").string()), 20, 20), (std::array{200, 100, 30}));
 }
 
@@ -234,44 +221,27 @@ TEST(LightCommand, ThePlotOfNaNAndInfinitePixelsIsDrawn) {
     const auto map = WriteMap(folder / "odd.exr", 8, 4, OIIO::TypeDesc::FLOAT, [](int x, int) {
         return Rgb{x == 1 ? NAN : 1, x == 3 ? INFINITY : 1, x == 5 ? -INFINITY : 1};
     });
-    ASSERT_EQ(RunKavra({"light", map, "--plot", folder / "plot.png"}).status, 0);
+    ExpectDone({"light", map, "--plot", folder / "plot.png"}, NotTrusted(map, 12));
     EXPECT_EQ(OIIO::ImageBuf((folder / "plot.png").string()).spec().width, 1024);
 }
 
 TEST(LightCommand, PlotsOfSeveralMapsGoToAFolder) {
     const TemporaryFolder folder;
     const auto plots = folder / "plots";
-    EXPECT_EQ(RunKavra({"light", Sample("sunset.exr"), Sample("studio.hdr"), "--plot", plots}).status, 0);
-    EXPECT_TRUE(std::filesystem::exists(plots / "sunset.png"));
-    EXPECT_TRUE(std::filesystem::exists(plots / "studio.png"));
-    const ProgramResult clash = RunKavra({"light", "a/map.hdr", "b/map.exr", "--plot", plots});
-    EXPECT_EQ(clash.status, 2);
-    EXPECT_NE(clash.error.find("would both become"), std::string::npos);
-}
-
-TEST(LightCommand, APlotThatCannotBeWrittenIsAFailureOfTheFile) {
-    const TemporaryFolder folder;
-    const ProgramResult result = RunKavra({"light", "--json", Sample("studio.hdr"), "--plot", folder / "plot.unknown"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.error.find("cannot be written"), std::string::npos);
-    EXPECT_EQ(Json::parse(result.out)[0]["error"], "cannot be written");
+    ExpectDone({"light", Sample("sunset.exr"), Sample("studio.hdr"), "--plot", plots});
+    EXPECT_EQ(NamesIn(plots), (Words{"studio.png", "sunset.png"}));
 }
 
 TEST(LightCommand, APlotThatFailsLeavesTheNumbers) {
     const TemporaryFolder folder;
     const std::string map = Sample("studio.hdr");
     const std::string plot = folder / "plot.unknown";
-    const ProgramResult text = RunKavra({"light", map, "--plot", plot});
-    EXPECT_EQ(text.status, 1);
-    EXPECT_EQ(text.out, RunKavra({"light", map}).out);
-    EXPECT_EQ(text.error, "kavra: " + plot + ": error: cannot be written\n");
-    Json json = Json::parse(RunKavra({"light", map, "--plot", plot, "--json"}).out);
-    EXPECT_EQ(json[0]["error"], "cannot be written");
-    json[0].erase("error");
-    EXPECT_EQ(json, LightJson({map}));
-    const ProgramResult table =
-        RunKavra({"light", map, map, "--plot", folder.Write("file", "no folder").string() + "/x/"});
-    EXPECT_EQ(table.status, 2) << "two maps that would make one plot";
+    const std::string said = ErrorLine(plot, "cannot be written");
+    EXPECT_EQ(ExpectFailed({"light", map, "--plot", plot}, said), ExpectDone({"light", map}));
+    Json json = Json::parse(ExpectFailed({"light", map, "--plot", plot, "--json"}, said))[0];
+    EXPECT_EQ(json["error"], "cannot be written");
+    json.erase("error");
+    EXPECT_EQ(json, LightOf(map));
 }
 
 TEST(LightCommand, PixelsThatAreNoNumbersAreSaid) {
@@ -280,44 +250,38 @@ TEST(LightCommand, PixelsThatAreNoNumbersAreSaid) {
         const auto map = WriteMap(folder / "odd.exr", 8, 4, type, [](int x, int y) {
             return y > 0 ? Rgb{1, 1, 1} : Rgb{x == 1 ? NAN : 1, x == 3 ? INFINITY : 1, x == 5 ? -INFINITY : 1};
         });
-        const ProgramResult result = RunKavra({"light", map});
-        EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.error, "kavra: " + map.string() +
-                                    ": note: 3 of 32 pixels are NaN or infinite; means and lights are not to be "
-                                    "trusted\n");
+        ExpectDone({"light", map}, NotTrusted(map, 3));
     }
 }
 
 TEST(LightCommand, LightsThatAreNothingButBlackAreSaid) {
     const TemporaryFolder folder;
-    const auto lightOf = [&](const std::function<Rgb(int, int)>& colour, const std::string& lights) {
+    const auto expect = [&](const std::string& said, const std::function<Rgb(int, int)>& colour,
+                            const std::string& lights) {
         const auto map = WriteMap(folder / "map.exr", 800, 400, OIIO::TypeDesc::HALF, colour);
-        ProgramResult result = RunKavra({"light", map, "--lights", lights});
-        EXPECT_EQ(result.status, 0);
-        return result.error;
+        ExpectDone({"light", map, "--lights", lights}, said);
     };
     const auto black = [](int, int) { return Rgb{}; };
     // The first samples are acos(0.99), 8.1 degrees, from the zenith: row 18 of 400 is their own.
     const auto cap = [](int rows) { return [rows](int, int y) { return y < rows ? Rgb{9, 9, 9} : Rgb{}; }; };
-    const std::string note = "kavra: " + (folder / "map.exr").string() +
-                             ": note: the lights are black: the search saw no light in this map\n";
-    EXPECT_EQ(lightOf(black, "8"), note);
-    EXPECT_EQ(lightOf(cap(18), "8"), note);
-    EXPECT_EQ(lightOf(cap(19), "8"), "");
-    EXPECT_EQ(lightOf(black, "0"), "") << "none were looked for";
+    const std::string note = NoteLine(folder / "map.exr", "the lights are black: the search saw no light in this map");
+    expect(note, black, "8");
+    expect(note, cap(18), "8");
+    expect("", cap(19), "8");
+    expect("", black, "0");  // none were looked for
 }
 
 TEST(LightCommand, FindsTheLightsOfTheSampleEnvironments) {
     // Towards the middles of the softboxes, the sun at (0.45, 0.13, -1), and up.
-    const Json softboxes = LightJson({Sample("softboxes.exr")})[0]["lights"];
+    const Json softboxes = LightOf(Sample("softboxes.exr"))["lights"];
     ASSERT_EQ(softboxes.size(), 2U);
     EXPECT_NEAR(softboxes[0]["direction"][0].get<double>(), -2 / std::sqrt(4 + 1 + 2.56), 0.02);
     EXPECT_NEAR(softboxes[0]["direction"][1].get<double>(), 1 / std::sqrt(4 + 1 + 2.56), 0.02);
     EXPECT_NEAR(softboxes[1]["direction"][0].get<double>(), 2.1 / std::sqrt(4.41 + 0.1225 + 0.81), 0.02);
-    const Json sunset = LightJson({Sample("sunset.exr")})[0]["lights"];
+    const Json sunset = LightOf(Sample("sunset.exr"))["lights"];
     ASSERT_EQ(sunset.size(), 1U);
     EXPECT_NEAR(sunset[0]["direction"][1].get<double>(), 0.13 / std::sqrt(0.2025 + 0.0169 + 1), 0.03);
-    const Json overcast = LightJson({Sample("overcast.exr")})[0]["lights"];
+    const Json overcast = LightOf(Sample("overcast.exr"))["lights"];
     ASSERT_EQ(overcast.size(), 1U);
     EXPECT_GT(overcast[0]["direction"][1].get<double>(), 0.99);
 }

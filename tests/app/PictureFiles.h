@@ -8,9 +8,11 @@
 #include <array>
 #include <cstddef>
 #include <filesystem>
+#include <format>
 #include <functional>
 #include <iterator>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace Kavra::Tests {
@@ -36,6 +38,8 @@ public:
     const OIIO::ImageSpec& Spec() const { return mSpec; }
     int Width() const { return mSpec.width; }
     int Height() const { return mSpec.height; }
+    /// As on the command line: "640x480".
+    std::string Size() const { return std::format("{}x{}", mSpec.width, mSpec.height); }
 
     Colour At(int x, int y) const {
         const auto channels = static_cast<std::ptrdiff_t>(mSpec.nchannels);
@@ -87,10 +91,6 @@ inline std::filesystem::path WriteFloats(const std::filesystem::path& path, int 
 /// A picture whose every pixel says where it is: red x, green y, blue 7, alpha 255.
 inline Colour PlaceColour(int x, int y) {
     return {x, y, 7, 255};
-}
-
-inline std::size_t CountFiles(const std::filesystem::path& folder) {
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
 }  // namespace Kavra::Tests

@@ -1,5 +1,7 @@
+// Another size: filtered, cropped and padded, or copied as it is.
+
+#include "app/Answers.h"
 #include "app/PictureFiles.h"
-#include "support/Program.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -11,9 +13,7 @@ namespace {
 /// A 6 x 4 picture that says its places, cropped or padded.
 PictureFile Cropped(const TemporaryFolder& folder, const std::string& size) {
     const auto in = WritePicture(folder / "in.png", 6, 4, PlaceColour);
-    const ProgramResult result = RunKavra({"resize", in, folder / "out.png", "--size", size, "--method", "crop"});
-    EXPECT_EQ(result.status, 0) << result.error;
-    EXPECT_EQ(result.error, "");
+    ExpectDone({"resize", in, folder / "out.png", "--size", size, "--method", "crop"});
     return PictureFile(folder / "out.png");
 }
 
@@ -24,7 +24,7 @@ TEST(ResizeCommand, CropKeepsEveryPixelInItsPlaceAndFillsUpWithZeros) {
     // Wider and narrower, higher and lower, in every combination.
     for (const std::string size : {"9x7", "9x3", "4x7", "4x3", "6x4"}) {
         const PictureFile out = Cropped(folder, size);
-        EXPECT_EQ(std::to_string(out.Width()) + "x" + std::to_string(out.Height()), size);
+        EXPECT_EQ(out.Size(), size);
         for (int y = 0; y < out.Height(); ++y) {
             for (int x = 0; x < out.Width(); ++x)
                 EXPECT_EQ(out.At(x, y), x < 6 && y < 4 ? PlaceColour(x, y) : (Colour{0, 0, 0, 0})) << size;
@@ -35,7 +35,7 @@ TEST(ResizeCommand, CropKeepsEveryPixelInItsPlaceAndFillsUpWithZeros) {
 TEST(ResizeCommand, NearestRepeatsPixels) {
     const TemporaryFolder folder;
     const auto in = WritePicture(folder / "in.png", 2, 2, PlaceColour);
-    ASSERT_EQ(RunKavra({"resize", in, folder / "out.png", "--size", "6x4", "--filter", "nearest"}).status, 0);
+    ExpectDone({"resize", in, folder / "out.png", "--size", "6x4", "--filter", "nearest"});
     const PictureFile out(folder / "out.png");
     for (int y = 0; y < 4; ++y) {
         for (int x = 0; x < 6; ++x)
@@ -46,20 +46,16 @@ TEST(ResizeCommand, NearestRepeatsPixels) {
 TEST(ResizeCommand, EachFilterMakesTheSizeAndKeepsAnEvenColour) {
     const TemporaryFolder folder;
     const auto in = WritePicture(folder / "in.tif", 50, 40, [](int, int) { return Colour{200, 100, 50, 150}; });
-    struct Case {
-        std::string filter;
-        std::string size;
-    };
-    for (const Case& row : {Case{"nearest", "25x10"}, Case{"mitchell", "25x10"}, Case{"mitchell", "77x90"},
-                            Case{"linear", "25x10"}, Case{"Linear", "77x90"}}) {
-        const auto out = folder / "out.png";
-        const std::vector<std::string> arguments = {"resize",   in,       out,        "--size",  row.size,
-                                                    "--method", "filter", "--filter", row.filter};
-        ASSERT_EQ(RunKavra(arguments).status, 0) << row.filter;
-        const PictureFile picture(out);
-        EXPECT_EQ(std::to_string(picture.Width()) + "x" + std::to_string(picture.Height()), row.size);
+    for (const auto& [filter, size] : {std::pair{"nearest", "25x10"},
+                                       {"mitchell", "25x10"},
+                                       {"mitchell", "77x90"},
+                                       {"linear", "25x10"},
+                                       {"Linear", "77x90"}}) {
+        ExpectDone({"resize", in, folder / "out.png", "--size", size, "--method", "filter", "--filter", filter});
+        const PictureFile picture(folder / "out.png");
+        EXPECT_EQ(picture.Size(), size);
         for (const int x : {0, picture.Width() / 2, picture.Width() - 1})
-            EXPECT_EQ(picture.At(x, picture.Height() / 2), (Colour{200, 100, 50, 150})) << row.filter << row.size;
+            EXPECT_EQ(picture.At(x, picture.Height() / 2), (Colour{200, 100, 50, 150})) << filter << size;
     }
 }
 
@@ -67,7 +63,7 @@ TEST(ResizeCommand, LinearBlendsBetweenTwoPixelsWhereNearestDoesNot) {
     const TemporaryFolder folder;
     const auto in = WritePicture(folder / "in.png", 2, 1, [](int x, int) { return Colour{x * 200}; });
     const auto greys = [&](const std::string& filter) {
-        EXPECT_EQ(RunKavra({"resize", in, folder / "out.png", "--size", "8x1", "--filter", filter}).status, 0);
+        ExpectDone({"resize", in, folder / "out.png", "--size", "8x1", "--filter", filter});
         return PictureFile(folder / "out.png").Bytes();
     };
     // Pixel centres lie at 0.25 and 0.75 of the width; between them the blend is even.
@@ -79,76 +75,50 @@ TEST(ResizeCommand, CopyWritesThePictureAsItIsAndSaysSoWhenAnotherSizeWasAsked) 
     const TemporaryFolder folder;
     const auto in = WritePicture(folder / "in.png", 6, 4, PlaceColour);
     const auto out = folder / "out.png";
-    EXPECT_EQ(RunKavra({"resize", in, out, "--method", "copy"}).error, "");
+    ExpectDone({"resize", in, out, "--method", "copy"});
     EXPECT_EQ(PictureFile(out).Bytes(), PictureFile(in).Bytes());
-    const ProgramResult result = RunKavra({"resize", in, out, "--method", "copy", "--size", "3x2"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.error, "kavra: " + in.string() +
-                                ": note: copied as it is, 6 x 4 pixels; --method filter or crop changes the size\n");
+    ExpectDone({"resize", in, out, "--method", "copy", "--size", "3x2"},
+               NoteLine(in, "copied as it is, 6 x 4 pixels; --method filter or crop changes the size"));
     EXPECT_EQ(PictureFile(out).Bytes(), PictureFile(in).Bytes());
 }
 
 TEST(ResizeCommand, CopyKeepsAllFacesOfACubeMap) {
     const TemporaryFolder folder;
-    ASSERT_EQ(RunKavra({"resize", Sample("cube.dds"), folder / "copy.dds", "--method", "copy"}).status, 0);
-    RunKavra({"dump", folder / "copy.dds", "--out", folder / "copy"});
-    RunKavra({"dump", Sample("cube.dds"), "--out", folder / "original"});
-    EXPECT_EQ(ReadAll(folder / "copy").size(), 6U * 64 * 64 * 4);
-    EXPECT_EQ(ReadAll(folder / "copy"), ReadAll(folder / "original"));
+    ExpectDone({"resize", Sample("cube.dds"), folder / "copy.dds", "--method", "copy"});
+    EXPECT_EQ(Dumped(folder / "copy.dds").size(), 6U * 64 * 64 * 4);
+    EXPECT_EQ(Dumped(folder / "copy.dds"), Dumped(Sample("cube.dds")));
 }
 
 TEST(ResizeCommand, OfACubeMapTheFirstFaceIsResizedWithANote) {
     const TemporaryFolder folder;
-    const ProgramResult result = RunKavra({"resize", Sample("cube.dds"), folder / "out.dds", "--size", "16x16"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.error,
-              "kavra: " + Sample("cube.dds").string() + ": note: a cube map; only its first face is used\n");
+    ExpectDone({"resize", Sample("cube.dds"), folder / "out.dds", "--size", "16x16"},
+               NoteLine(Sample("cube.dds"), "a cube map; only its first face is used"));
     EXPECT_EQ(std::filesystem::file_size(folder / "out.dds"), 128U + 16 * 16 * 4);
 }
 
 TEST(ResizeCommand, GreyFloatAndSixteenBitPicturesKeepTheirFormat) {
     const TemporaryFolder folder;
-    struct Case {
-        std::string in;
-        std::string format;
-    };
-    for (const Case& row : {Case{"grey.png", "kL8"}, Case{"photo-16bit.png", "kR16G16B16A16"},
-                            Case{"float.tif", "kR32G32B32A32F"}, Case{"depth.exr", "kR32G32B32A32F"}}) {
-        const auto out = folder / "out.tif";
-        ASSERT_EQ(RunKavra({"resize", Sample(row.in), out, "--size", "31x17"}).status, 0) << row.in;
-        const ProgramResult result = RunKavra({"info", out});
-        EXPECT_NE(result.out.find("31 x 17, " + row.format), std::string::npos) << result.out;
+    for (const auto& [in, format] : {std::pair{"grey.png", "kL8"},
+                                     {"photo-16bit.png", "kR16G16B16A16"},
+                                     {"float.tif", "kR32G32B32A32F"},
+                                     {"depth.exr", "kR32G32B32A32F"}}) {
+        ExpectDone({"resize", Sample(in), folder / "out.tif", "--size", "31x17"});
+        EXPECT_EQ(Described(folder / "out.tif")["formatName"], format) << in;
+        EXPECT_EQ(PictureFile(folder / "out.tif").Size(), "31x17") << in;
     }
 }
 
 TEST(ResizeCommand, SizesThatNoMemoryHoldsAreRefusedBeforeTheyAreTried) {
     const TemporaryFolder folder;
+    const auto photo = Sample("photo.tga");
+    const auto out = folder / "out.png";
     for (const std::string method : {"filter", "crop"}) {
-        const ProgramResult result = RunKavra(
-            {"resize", Sample("photo.tga"), folder / "out.png", "--size", "1000000x1000000", "--method", method});
-        EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.error, "kavra: " + Sample("photo.tga").string() +
-                                    ": error: cannot be resized: 1000000 x 1000000 pixels are more than the memory of "
-                                    "this machine holds\n");
+        ExpectFailed({"resize", photo, out, "--size", "1000000x1000000", "--method", method},
+                     ErrorLine(photo,
+                               "cannot be resized: 1000000 x 1000000 pixels are more than the memory of this "
+                               "machine holds"));
     }
-    const ProgramResult result =
-        RunKavra({"resize", Sample("photo.tga"), folder / "out.png", "--size", "2147483647x1"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.error.find("2147483647 x 1 pixels are more than a picture can have"), std::string::npos);
-    EXPECT_EQ(CountFiles(folder.Path()), 0U);
-}
-
-TEST(ResizeCommand, TheSameFileMayBeInputAndOutput) {
-    const TemporaryFolder folder;
-    const auto file = WritePicture(folder / "file.png", 6, 4, PlaceColour);
-    EXPECT_EQ(RunKavra({"resize", file, file, "--size", "2x2", "--method", "crop"}).status, 0);
-    EXPECT_EQ(PictureFile(file).At(1, 1), PlaceColour(1, 1));
-    EXPECT_EQ(CountFiles(folder.Path()), 1U);
-}
-
-TEST(ResizeCommand, ASizeIsRequiredButForACopy) {
-    const TemporaryFolder folder;
-    const ProgramResult result = RunKavra({"resize", Sample("photo.tga"), folder / "out.png"});
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.error, "kavra: resize: error: --size is required\n");
+    ExpectFailed({"resize", photo, out, "--size", "2147483647x1"},
+                 ErrorLine(photo, "cannot be resized: 2147483647 x 1 pixels are more than a picture can have"));
+    EXPECT_EQ(NamesIn(folder.Path()), Words());
 }

@@ -1,5 +1,7 @@
+// Contact sheets: what stands where, and how each kind of picture is shown.
+
+#include "app/Answers.h"
 #include "app/PictureFiles.h"
-#include "support/Program.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -15,10 +17,8 @@ const Colour kCross = {224, 64, 64, 255};
 const Colour kBox = {64, 32, 32, 255};
 
 /// The sheet of some files; cells are 40 x 20, so their margins are 1 and the room for pictures is 38 x 18.
-PictureFile Sheet(const TemporaryFolder& folder, std::vector<std::string> files, int status = 0) {
-    files.insert(files.begin(), {"sheet", folder / "sheet.png", "--cell", "40x20"});
-    const ProgramResult result = RunKavra(files);
-    EXPECT_EQ(result.status, status) << result.error;
+PictureFile Sheet(const TemporaryFolder& folder, const Words& files) {
+    ExpectDone(Joined({{"sheet", folder / "sheet.png", "--cell", "40x20"}, files}));
     return PictureFile(folder / "sheet.png");
 }
 
@@ -64,13 +64,12 @@ OIIO::ImageBuf OrientedCorner(int orientation) {
 
 TEST(SheetCommand, CellsFollowEachOtherRowByRow) {
     const TemporaryFolder folder;
-    std::vector<std::string> files;
+    Words files;
     for (int i = 0; i < 5; ++i)
         files.push_back(Plain(folder, std::to_string(i) + ".png", 10, 10, {50 * i, 0, 0}));
     const PictureFile sheet = Sheet(folder, files);
     // As near to a square as it goes: three columns, two rows.
-    EXPECT_EQ(sheet.Width(), 120);
-    EXPECT_EQ(sheet.Height(), 40);
+    EXPECT_EQ(sheet.Size(), "120x40");
     for (int i = 0; i < 5; ++i)
         ExpectCentred(sheet, i % 3 * 40, i / 3 * 20, 10, 10, {50 * i, 0, 0, 255});
     EXPECT_EQ(sheet.At(100, 30), kBackground) << "the cell that is left over";
@@ -79,16 +78,15 @@ TEST(SheetCommand, CellsFollowEachOtherRowByRow) {
 TEST(SheetCommand, TheColumnsCanBeSaidAndAreNeverMoreThanTheCells) {
     const TemporaryFolder folder;
     const std::string file = Plain(folder, "a.png", 3, 3, {1, 2, 3});
-    EXPECT_EQ(Sheet(folder, {file, file, file, "--columns", "1"}).Height(), 60);
-    EXPECT_EQ(Sheet(folder, {file, file, file, "--columns", "2"}).Width(), 80);
-    EXPECT_EQ(Sheet(folder, {file, file, file, "--columns", "2147483647"}).Width(), 120);
+    EXPECT_EQ(Sheet(folder, {file, file, file, "--columns", "1"}).Size(), "40x60");
+    EXPECT_EQ(Sheet(folder, {file, file, file, "--columns", "2"}).Size(), "80x40");
+    EXPECT_EQ(Sheet(folder, {file, file, file, "--columns", "2147483647"}).Size(), "120x20");
 }
 
 TEST(SheetCommand, ACellIs160By120UnlessSaid) {
     const TemporaryFolder folder;
-    ASSERT_EQ(RunKavra({"sheet", folder / "out.png", Plain(folder, "a.png", 3, 3, {1, 2, 3})}).status, 0);
-    EXPECT_EQ(PictureFile(folder / "out.png").Width(), 160);
-    EXPECT_EQ(PictureFile(folder / "out.png").Height(), 120);
+    ExpectDone({"sheet", folder / "out.png", Plain(folder, "a.png", 3, 3, {1, 2, 3})});
+    EXPECT_EQ(PictureFile(folder / "out.png").Size(), "160x120");
 }
 
 TEST(SheetCommand, PicturesKeepTheirProportionsAndAreNeverEnlarged) {
@@ -99,7 +97,7 @@ TEST(SheetCommand, PicturesKeepTheirProportionsAndAreNeverEnlarged) {
     };
     const std::vector<Case> cases = {{10, 10, 10, 10}, {360, 360, 18, 18}, {760, 180, 38, 9},
                                      {1, 1, 1, 1},     {20000, 10, 38, 1}, {10, 20000, 1, 18}};
-    std::vector<std::string> files = {"--columns", "1"};
+    Words files = {"--columns", "1"};
     for (const Case& row : cases) {
         const std::string name = std::to_string(row.width) + "x" + std::to_string(row.height) + ".png";
         files.push_back(Plain(folder, name, row.width, row.height, {200, 100, 50}));
@@ -113,7 +111,7 @@ TEST(SheetCommand, PicturesKeepTheirProportionsAndAreNeverEnlarged) {
 
 TEST(SheetCommand, EveryOrientationIsShownUpright) {
     const TemporaryFolder folder;
-    std::vector<std::string> files = {"--columns", "1"};
+    Words files = {"--columns", "1"};
     for (int orientation = 1; orientation <= 8; ++orientation) {
         const auto file = folder / (std::to_string(orientation) + ".tif");
         ASSERT_TRUE(OrientedCorner(orientation).write(file.string()));
@@ -165,7 +163,9 @@ TEST(SheetCommand, ABadFileGetsACrossedBoxAndStatusOne) {
     const TemporaryFolder folder;
     const auto bad = folder.Write("bad.png", "no picture");
     const auto good = Plain(folder, "good.png", 10, 10, {0, 200, 0});
-    const PictureFile sheet = Sheet(folder, {bad, good, "/nonexistent/x.tif", folder.Path()}, 1);
+    ExpectFailed({"sheet", folder / "out.png", "--cell", "40x20", bad, good, "/nonexistent/x.tif", folder.Path()},
+                 UnreadableLine(bad) + UnreadableLine("/nonexistent/x.tif") + UnreadableLine(folder.Path()));
+    const PictureFile sheet(folder / "out.png");
     ExpectCentred(sheet, 40, 0, 10, 10, {0, 200, 0, 255});
     for (const int top : {0, 20}) {
         ExpectCentred(sheet, 0, top, 38, 18, kCross);
@@ -173,17 +173,6 @@ TEST(SheetCommand, ABadFileGetsACrossedBoxAndStatusOne) {
         EXPECT_EQ(sheet.At(29, top + 5), kCross) << "the other diagonal";
         EXPECT_EQ(sheet.At(20, top + 3), kBox);
     }
-}
-
-TEST(SheetCommand, EveryMessageIsSaidOfItsFileInTheOrderGiven) {
-    const TemporaryFolder folder;
-    const auto bad = folder.Write("bad.tif", "no picture");
-    const ProgramResult result = RunKavra(
-        {"sheet", folder / "out.png", bad, Sample("photo.tga"), "/nonexistent/x.tif", "--jobs", "3", "--cell", "9x9"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, "kavra: " + bad.string() + ": warning: format is not supported\n" +
-                                "kavra: /nonexistent/x.tif: warning: format is not supported\n");
-    EXPECT_EQ(result.out, "");
 }
 
 TEST(SheetCommand, FloatsUpToOneAreShownWithTheCurveOfSrgb) {
@@ -194,7 +183,7 @@ TEST(SheetCommand, FloatsUpToOneAreShownWithTheCurveOfSrgb) {
     };
     // 1.055 x 0.5 ^ (1 / 2.4) - 0.055 = 0.7354; 12.92 x 0.002 = 0.0258
     const std::vector<Case> cases = {{0.5F, 188}, {0.002F, 7}, {1, 255}, {-3, 0}};
-    std::vector<std::string> files = {"--columns", "1"};
+    Words files = {"--columns", "1"};
     for (const Case& row : cases) {
         const auto name = std::to_string(row.shown) + ".tif";
         files.push_back(WriteFloats(folder / name, 4, 4, 1, std::vector<float>(16, row.value)));
@@ -234,15 +223,14 @@ TEST(SheetCommand, ColoursOfAnOpenExrFileAreFreedOfTheirAlpha) {
 TEST(SheetCommand, CubeMapsShowTheirFirstFaceAndVolumesTheirFirstSlice) {
     const TemporaryFolder folder;
     for (const std::string name : {"cube.dds", "volume.dds", "cube-mips.dds"}) {
-        const std::vector<std::string> arguments = {"sheet", folder / "sheet.png", Sample(name), "--cell", "110x110"};
-        ASSERT_EQ(RunKavra(arguments).status, 0) << name;
-        const int side = name == "cube.dds" ? 64 : 32;
+        ExpectDone({"sheet", folder / "sheet.png", Sample(name), "--cell", "110x110"});
         const PictureFile sheet(folder / "sheet.png");
-        ASSERT_EQ(RunKavra({"convert", Sample(name), folder / "first.png"}).status, 0);
-        const PictureFile first(folder / "first.png");
-        ASSERT_EQ(first.Width(), side);
-        for (const int place : {0, side / 2, side - 1})
-            EXPECT_EQ(sheet.At((110 - side) / 2 + place, (110 - side) / 2 + place), first.At(place, place)) << name;
+        const std::vector<unsigned char> block = Dumped(Sample(name));
+        const int side = name == "cube.dds" ? 64 : 32;
+        for (const int place : {0, side / 2, side - 1}) {
+            const auto pixel = block.begin() + 4 * (place * side + place);
+            EXPECT_EQ(sheet.At((110 - side) / 2 + place, (110 - side) / 2 + place), Colour(pixel, pixel + 4)) << name;
+        }
     }
 }
 
@@ -260,7 +248,8 @@ TEST(SheetCommand, LargeVolumesAndTheHostsOwnFilesAreShrunkToo) {
 TEST(SheetCommand, TheSmallestCellsShowAPixelEach) {
     const TemporaryFolder folder;
     const auto file = Plain(folder, "in.png", 100, 100, {10, 20, 30});
-    ASSERT_EQ(RunKavra({"sheet", folder / "out.png", "--cell", "1x1", file, "/nonexistent/x", file}).status, 1);
+    ExpectFailed({"sheet", folder / "out.png", "--cell", "1x1", file, "/nonexistent/x", file},
+                 UnreadableLine("/nonexistent/x"));
     const PictureFile out(folder / "out.png");
     EXPECT_EQ(out.Bytes(), (std::vector<unsigned char>{10, 20, 30, 255, 224, 64, 64, 255,  //
                                                        10, 20, 30, 255, 48, 48, 48, 255}));
@@ -269,9 +258,7 @@ TEST(SheetCommand, TheSmallestCellsShowAPixelEach) {
 TEST(SheetCommand, SheetsThatCannotBeMadeAreSaidBeforeAnyWork) {
     const TemporaryFolder folder;
     struct Case {
-        std::string name;
-        std::string cell;
-        std::string text;
+        std::string name, cell, text;
     };
     const std::vector<Case> cases = {
         {"x.png", "1000000x1000000", "1000000 x 1000000 pixels are more than the memory of this machine holds"},
@@ -280,23 +267,22 @@ TEST(SheetCommand, SheetsThatCannotBeMadeAreSaidBeforeAnyWork) {
     };
     for (const Case& row : cases) {
         const auto out = folder / row.name;
-        const ProgramResult result = RunKavra({"sheet", out, "/nonexistent/x.png", "--cell", row.cell});
-        EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.error, "kavra: " + out.string() + ": error: cannot be written: " + row.text + "\n");
+        ExpectFailed({"sheet", out, "/nonexistent/x.png", "--cell", row.cell},
+                     ErrorLine(out, "cannot be written: " + row.text));
     }
-    EXPECT_EQ(CountFiles(folder.Path()), 0U);
+    EXPECT_EQ(NamesIn(folder.Path()), Words());
 }
 
 TEST(SheetCommand, AFormerSheetMayBeOneOfTheFiles) {
     const TemporaryFolder folder;
     const auto file = Plain(folder, "sheet.png", 10, 10, {10, 20, 30});
     ExpectCentred(Sheet(folder, {file}), 0, 0, 10, 10, {10, 20, 30, 255});
-    EXPECT_EQ(CountFiles(folder.Path()), 1U);
+    EXPECT_EQ(NamesIn(folder.Path()), Words{"sheet.png"});
 }
 
 TEST(SheetCommand, NamesInAnyScriptAreTakenAndMade) {
     const TemporaryFolder folder;
     const auto file = Plain(folder, "湖 Höhle.png", 10, 10, {10, 20, 30});
-    EXPECT_EQ(RunKavra({"sheet", folder / "übersicht 🏔.png", file}).error, "");
+    ExpectDone({"sheet", folder / "übersicht 🏔.png", file});
     EXPECT_EQ(PictureFile(folder / "übersicht 🏔.png").At(80, 60), (Colour{10, 20, 30, 255}));
 }

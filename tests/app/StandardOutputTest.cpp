@@ -1,6 +1,6 @@
 // Standard output that is lost: what a user asked to see and does not get is an error, not a success.
 
-#include "support/Program.h"
+#include "app/Answers.h"
 #include "support/TemporaryFolder.h"
 
 #include <fcntl.h>
@@ -19,10 +19,8 @@ namespace {
 constexpr int kPipeBytes = 4096;
 
 /// `info` of so many files that what it says does not fit into a pipe.
-std::vector<std::string> LongInfo() {
-    std::vector<std::string> arguments = {"info", "--jobs", "2"};
-    arguments.insert(arguments.end(), 60, Sample("grey.png").string());
-    return arguments;
+Words LongInfo() {
+    return Joined({{"info", "--jobs", "2"}, Words(60, Sample("grey.png"))});
 }
 
 }  // namespace
@@ -31,7 +29,7 @@ TEST(StandardOutput, WhatAFullDeviceLosesIsAnError) {
     const TemporaryFolder folder;
     const std::string photo = Sample("photo.jpg");
     const std::string map = Sample("studio.hdr");
-    const std::vector<std::vector<std::string>> commands = {
+    const std::vector<Words> commands = {
         {"info", photo},
         {"info", photo, "--json"},
         {"formats"},
@@ -43,8 +41,11 @@ TEST(StandardOutput, WhatAFullDeviceLosesIsAnError) {
         {"dump", photo, "--out", folder / "block", "--json"},
         {"--help"},
         {"convert", "--help"},
+        {"help"},
+        {"help", "convert"},
+        {"--version"},
     };
-    for (const std::vector<std::string>& command : commands) {
+    for (const Words& command : commands) {
         const ProgramResult result = RunKavra(command, "/dev/full");
         EXPECT_EQ(result.status, 1) << testing::PrintToString(command);
         EXPECT_EQ(result.error, "kavra: error: standard output cannot be written: No space left on device\n")

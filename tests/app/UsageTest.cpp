@@ -1,7 +1,7 @@
 // Command lines that are wrong, and those that ask how to be right. A wrong one is status 2: one line on standard error
 // says what is wanted, nothing is on standard output, and nothing has been done.
 
-#include "support/Program.h"
+#include "app/Answers.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -15,67 +15,66 @@ using namespace Kavra::Tests;
 
 namespace {
 
-using Words = std::vector<std::string>;
-
-const std::vector<std::string> kCommands = {"info",  "dump",   "convert", "frames", "resize",  "crop", "compose",
-                                            "sheet", "target", "tile",    "light",  "formats", "help"};
+const Words kCommands = {"info",  "dump",   "convert", "frames", "resize",  "crop", "compose",
+                         "sheet", "target", "tile",    "light",  "formats", "help"};
 
 struct Case {
     Words line;
-    std::string error;  ///< after "kavra: "
+    std::string said;  ///< after "kavra: "
 };
 
-void ExpectWrong(const std::vector<Case>& cases) {
-    for (const Case& row : cases) {
-        const ProgramResult result = RunKavra(row.line);
-        EXPECT_EQ(result.status, 2) << testing::PrintToString(row.line);
-        EXPECT_EQ(result.out, "") << testing::PrintToString(row.line);
-        EXPECT_EQ(result.error, "kavra: " + row.error + "\n") << testing::PrintToString(row.line);
-    }
+void ExpectAllWrong(const std::vector<Case>& cases) {
+    for (const Case& row : cases)
+        ExpectWrongUsage(row.line, row.said);
 }
 
 }  // namespace
 
 TEST(Usage, HelpOfACommandIsWhatItsHelpOptionPrints) {
     for (const std::string& command : kCommands) {
-        const ProgramResult result = RunKavra({"help", command});
-        EXPECT_EQ(result.status, 0) << command;
-        EXPECT_EQ(result.error, "") << command;
-        EXPECT_EQ(result.out, RunKavra({command, "--help"}).out) << command;
-        EXPECT_TRUE(result.out.contains("Example")) << command;
-        EXPECT_TRUE(result.out.contains("kavra " + command)) << command;
-        EXPECT_FALSE(result.out.contains("\nkavra " + command + " *")) << "examples stand below each other";
+        const std::string help = ExpectDone({"help", command});
+        EXPECT_EQ(help, ExpectDone({command, "--help"})) << command;
+        EXPECT_TRUE(help.contains("\nkavra " + command + " [OPTIONS]")) << command;
+        EXPECT_TRUE(help.contains("\nExample: kavra " + command + " ") ||
+                    help.contains("\nExamples: kavra " + command + " "))
+            << help;
     }
 }
 
 TEST(Usage, HelpListsAllCommands) {
-    const ProgramResult result = RunKavra({"help"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out, RunKavra({"--help"}).out);
+    const std::string help = ExpectDone({"help"});
+    EXPECT_EQ(help, ExpectDone({"--help"}));
     for (const std::string& command : kCommands)
-        EXPECT_TRUE(result.out.contains("\n  " + command + " ")) << command << result.out;
+        EXPECT_TRUE(help.contains("\n  " + command + " ")) << command << help;
+}
+
+TEST(Usage, HelpHasNoSpacesAtTheEndsOfLinesAndNoEmptyLinesAfterOneAnother) {
+    for (const Words& line : {Words{"help"}, {"help", "convert"}, {"sheet", "--help"}}) {
+        const std::string help = ExpectDone(line);
+        EXPECT_FALSE(help.contains(" \n")) << help;
+        EXPECT_FALSE(help.contains("\n\n\n")) << help;
+        EXPECT_FALSE(help.starts_with('\n')) << help;
+    }
+}
+
+TEST(Usage, TheHelpOfConvertSaysWhereTheOutputStands) {
+    EXPECT_TRUE(ExpectDone({"help", "convert"}).contains("\nkavra convert [OPTIONS] IN... OUT\n"));
 }
 
 TEST(Usage, TheVersionIsThatOfTheProject) {
-    const ProgramResult result = RunKavra({"--version"});
-    EXPECT_EQ(result.status, 0);
-    const std::vector<unsigned char> bytes = ReadAll(std::filesystem::path(KAVRA_SOURCE_DIR) / "CMakeLists.txt");
-    const std::string project(bytes.begin(), bytes.end());
+    const std::string project = TextOf(std::filesystem::path(KAVRA_SOURCE_DIR) / "CMakeLists.txt");
     std::smatch version;
     ASSERT_TRUE(std::regex_search(project, version, std::regex(R"(project\(Kavra VERSION ([0-9.]+))")));
-    EXPECT_EQ(result.out, "kavra " + version.str(1) + "\n");
-    EXPECT_EQ(result.error, "");
+    EXPECT_EQ(ExpectDone({"--version"}), "kavra " + version.str(1) + "\n");
 }
 
 TEST(Usage, WithoutACommandTheHelpIsOnStandardError) {
-    const ProgramResult result = RunKavra({});
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.error, "kavra: error: a command is missing\n\n" + RunKavra({"--help"}).out);
+    const std::string help = ExpectDone({"--help"});
+    ExpectWrongUsage({}, "error: a command is missing\n\n" + help.substr(0, help.size() - 1));
 }
 
 TEST(Usage, OfACommandThatDoesNotExistTheNearestIsNamed) {
-    ExpectWrong({
+    ExpectAllWrong({
         {{"inof"}, "inof: error: there is no such command; did you mean info?"},
         {{"covert", "a", "b"}, "covert: error: there is no such command; did you mean convert?"},
         {{"shet", "--json"}, "shet: error: there is no such command; did you mean sheet?"},
@@ -88,16 +87,24 @@ TEST(Usage, OfACommandThatDoesNotExistTheNearestIsNamed) {
 }
 
 TEST(Usage, OfAnOptionThatDoesNotExistTheNearestIsNamed) {
-    ExpectWrong({
+    ExpectAllWrong({
         {{"info", "x", "--jsn"}, "info: error: there is no option --jsn; did you mean --json?"},
         {{"dump", "x", "--ouf=y"}, "dump: error: there is no option --ouf; did you mean --out?"},
         {{"light", "x", "--everything"}, "light: error: there is no option --everything"},
+    });
+}
+
+TEST(Usage, AnArgumentTooManyIsNamed) {
+    ExpectAllWrong({
         {{"target", "x", "y", "z"}, "target: error: z is one argument too many"},
+        {{"dump", "x", "y", "--out", "z"}, "dump: error: y is one argument too many"},
+        {{"formats", "x"}, "formats: error: x is one argument too many"},
+        {{"help", "info", "dump"}, "help: error: dump is one argument too many"},
     });
 }
 
 TEST(Usage, AnOptionOnTheWrongSideOfTheCommandIsSentToTheOther) {
-    ExpectWrong({
+    ExpectAllWrong({
         {{"info", "x", "--plugin", "y"}, "info: error: --plugin goes before the command"},
         {{"--jobs", "3", "info", "x"}, "info: error: --jobs goes after the command"},
         {{"--frame=3", "dump", "x", "--out", "y"}, "dump: error: --frame goes after the command"},
@@ -105,7 +112,7 @@ TEST(Usage, AnOptionOnTheWrongSideOfTheCommandIsSentToTheOther) {
 }
 
 TEST(Usage, WhatIsMissingIsNamed) {
-    ExpectWrong({
+    ExpectAllWrong({
         {{"info"}, "info: error: FILE is required"},
         {{"dump", "x.png"}, "dump: error: --out is required"},
         {{"dump", "x.png", "--out"}, "dump: error: --out needs a value"},
@@ -124,7 +131,7 @@ TEST(Usage, WhatIsMissingIsNamed) {
 }
 
 TEST(Usage, WholeNumbersAreSaidWithTheirRange) {
-    ExpectWrong({
+    ExpectAllWrong({
         {{"info", "x", "--jobs", "0"}, "info: error: --jobs: 0 is no whole number, 1 or more"},
         {{"light", "x", "--jobs", "many"}, "light: error: --jobs: many is no whole number, 1 or more"},
         {{"dump", "x", "--out", "y", "--frame", "-3"}, "dump: error: --frame: -3 is no whole number, 0 or more"},
@@ -154,7 +161,7 @@ TEST(Usage, SizesPlacesAndWordsAreSaidWithTheirForm) {
         words.insert(words.end(), {option, value});
         return words;
     };
-    ExpectWrong({
+    ExpectAllWrong({
         {resize("12"), "resize: error: --size: 12" + sizeForm},
         {resize("5x5x5"), "resize: error: --size: 5x5x5" + sizeForm},
         {resize("0x5"), "resize: error: --size: 0x5 is too small; each number is 1 or more"},
@@ -184,16 +191,61 @@ TEST(Usage, SizesPlacesAndWordsAreSaidWithTheirForm) {
          "resize: error: --method: other is none of copy|crop|filter"},
         {{"resize", "x", "y", "--size", "5x5", "--filter", "other"},
          "resize: error: --filter: other is none of linear|mitchell|nearest"},
-        {{"frames", "x", "out.png"}, "frames: error: the pattern needs one number, as in out/%03d.png"},
     });
+    for (const std::string pattern : {"out.png", "%s.png", "%d-%d.png", "%", "%5.2d.png"})
+        ExpectWrongUsage({"frames", "x", pattern}, "frames: error: the pattern needs one number, as in out/%03d.png");
+}
+
+TEST(Usage, AmountsAreNumbersOf64BitsWithAUnitOfOneLetter) {
+    for (const std::string option : {"--max-bytes", "--max-pixels"}) {
+        for (const std::string amount :
+             {"", "0", "-1", "K", "1KB", "1.5G", "1 G", "1T", "99999999999999999999", "18446744074G"}) {
+            ExpectWrongUsage(
+                {"convert", "x", "y", option, amount},
+                "convert: error: " + option + ": " + amount + " is no amount; write a number, as in 500M or 4G");
+        }
+    }
+    ExpectWrongUsage({"info", "x", "--max-bytes", "1"}, "info: error: there is no option --max-bytes");
+}
+
+TEST(Usage, ConvertNeedsAFileTypeForAFolderAndForNothingElse) {
+    const TemporaryFolder folder;
+    const std::string out = folder.Path();
+    ExpectAllWrong({
+        {{"convert", "a.tga", "b.png", out}, "convert: error: --to is required when the output is a folder"},
+        {{"convert", "a.tga", out}, "convert: error: --to is required when the output is a folder"},
+        {{"convert", "a.tga", "b.png", "--to", "png"}, "convert: error: --to goes with an output folder"},
+        {{"convert", "a.tga", out, "--to", "../png"}, "convert: error: --to takes an extension, such as png"},
+    });
+}
+
+TEST(Usage, TwoInputsThatWouldMakeOneFileAreNamedBeforeAnyWork) {
+    const TemporaryFolder folder;
+    const std::string out = folder.Path();
+    ExpectAllWrong({
+        {{"convert", "a/x.tga", "b/x.jpg", out, "--to", "png"},
+         "convert: error: a/x.tga and b/x.jpg would both become " + out + "/x.png"},
+        {{"light", "a/map.hdr", "b/map.exr", "--plot", out},
+         "light: error: a/map.hdr and b/map.exr would both become " + out + "/map.png"},
+        {{"light", "map.hdr", "map.hdr", "--plot", out},
+         "light: error: map.hdr and map.hdr would both become " + out + "/map.png"},
+    });
+    EXPECT_EQ(NamesIn(folder.Path()), Words());
+}
+
+TEST(Usage, TileNamesTheFileTypesThatAreWrittenLineByLine) {
+    for (const std::string name : {"out.gif", "out.jp2", "out.webp", "out.dds", "out.hdr", "out"}) {
+        ExpectWrongUsage(
+            {"tile", "in.png", name, "--repeat", "2x2"},
+            "tile: error: " + name + " cannot be written line by line; tif, png, jpg, bmp, tga, sgi and exr can");
+    }
 }
 
 TEST(Usage, FilesMayHaveTheNamesOfCommands) {
     const TemporaryFolder folder;
     const auto file = folder / "tile";
     std::filesystem::copy(Sample("grey.png"), file);
-    const ProgramResult result = RunKavra({"info", file, "tile", "formats"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, "kavra: tile: error: cannot be read\nkavra: formats: error: cannot be read\n");
-    EXPECT_TRUE(result.out.starts_with(file.string() + ": 480 x 320"));
+    EXPECT_EQ(ExpectFailed({"info", file, "tile", "formats"},
+                           ErrorLine("tile", "cannot be read") + ErrorLine("formats", "cannot be read")),
+              file.string() + ": 480 x 320, kL8, 2-D, frames 1, as displayed (0), gamma 2.2\n");
 }
