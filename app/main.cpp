@@ -61,7 +61,6 @@ int main(int argc, char** argv) {
     CLI::App program("Loads any image into texture memory, and what was loaded into files", "kavra");
     program.get_formatter()->enable_footer_formatting(false);  // examples stand below each other
     program.get_formatter()->label("SUBCOMMAND", "COMMAND");
-    program.get_formatter()->label("SUBCOMMANDS", "COMMANDS");
     program.footer("kavra help COMMAND tells more, with an example.");
     program.set_version_flag("--version", "kavra " KAVRA_VERSION, "Print the version");
     program.require_subcommand(1);
@@ -82,6 +81,8 @@ int main(int argc, char** argv) {
     Kavra::App::AddLimitOptions(program);
     Kavra::App::AddHelp(program, session);
     AddVerbose(program, session);
+    for (CLI::App* command : program.get_subcommands(nullptr))
+        command->group("COMMANDS");
     const int status = Parse(program, argc, argv);
     return End(status >= 0 ? status : Run(session));
 }

@@ -44,6 +44,8 @@ TEST(Usage, HelpOfACommandIsWhatItsHelpOptionPrints) {
 TEST(Usage, HelpListsAllCommands) {
     const std::string help = ExpectDone({"help"});
     EXPECT_EQ(help, ExpectDone({"--help"}));
+    EXPECT_TRUE(help.contains("\nkavra [OPTIONS] COMMAND\n")) << help;
+    EXPECT_TRUE(help.contains("\nCOMMANDS:\n")) << help;
     for (const std::string& command : kCommands)
         EXPECT_TRUE(help.contains("\n  " + command + " ")) << command << help;
 }
