@@ -84,11 +84,11 @@ Bitmap Engraving(const Picture& picture) {
     return image;
 }
 
-/// A flower before a ground that is lit from behind it.
-Colour FlowerInLight(float x, float y) {
+/// A flower in its shadow, on a ground that grows brighter outwards.
+Colour FlowerOnGround(float x, float y) {
     const Cutout flower = Flower(x, y);
     const float aside = std::hypot((x - 0.5F) * 1.5F, y - 0.5F);
-    return flower.coverage > 0 ? flower.colour : Scaled({1, 1, 1}, 0.62F * std::exp(-3.2F * aside * aside));
+    return flower.coverage > 0 ? flower.colour : Scaled({1, 1, 1}, 0.02F + 0.40F * Smooth(0.46F, 0.90F, aside));
 }
 
 }  // namespace
@@ -99,7 +99,7 @@ void WriteBilevelSamples(const std::string& folder) {
     // What is stored needs a quarter turn clockwise to be displayed.
     WriteBytes(folder + "/drawing-turned.cal", Legacy::CalsFile(Turned(drawing), {.orientation = "270,270"}).Bytes());
 
-    ByteBuilder engraving = Legacy::RlcFile(Engraving(Paint(480, 320, FlowerInLight, true)));
+    ByteBuilder engraving = Legacy::RlcFile(Engraving(Paint(480, 320, FlowerOnGround, true)));
     WriteBytes(folder + "/engraving.rlc", engraving.Bytes());
     Legacy::AddRlcDirectory(engraving, std::array{Legacy::RlcEntry{.type = 2}, Legacy::RlcEntry{.type = 2}});
     WriteBytes(folder + "/engraving-directory.rlc", engraving.Bytes());
