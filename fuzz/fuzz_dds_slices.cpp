@@ -32,7 +32,7 @@ void ReadLevel(Devices::DdsSlices& slices, int level, const OIIO::ImageSpec& spe
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Fuzz::FuzzFile file(std::span(data, size), ".dds");
-    auto slices = Devices::DdsSlices::Open(file.Name());
+    auto slices = Devices::DdsSlices::Open(Common::ByteSource(std::span(data, size)));
     const auto input = OIIO::ImageInput::create("dds");
     OIIO::ImageSpec top;
     if (!slices || !input || !input->open(file.Path().string(), top)) return 0;

@@ -1,7 +1,5 @@
 #include "common/ByteSource.h"
 
-#include "common/FileHandle.h"
-
 #include <kavra/objects/OS.h>
 
 #include <cstdio>
@@ -35,22 +33,20 @@ private:
 Result<ByteSource> ByteSource::Open(const Objects::KString& path) {
     std::FILE* opened = nullptr;
     (void)OS::wfopen(&opened, path, L"rb");
-    return OverFile(opened);
+    return Over(FileHandle(opened));
 }
 
 Result<ByteSource> ByteSource::OpenNarrow(const char* path) {
     std::FILE* opened = nullptr;
     (void)OS::fopen(&opened, path, "rb");
-    return OverFile(opened);
+    return Over(FileHandle(opened));
 }
 
-/// Takes what could be opened, null when nothing could.
-Result<ByteSource> ByteSource::OverFile(std::FILE* opened) {
-    FileHandle handle(opened);
-    if (!handle) return std::unexpected(Failure::kCannotOpen);
-    const std::optional<std::uint64_t> length = FileLength(handle.get());
+Result<ByteSource> ByteSource::Over(FileHandle file) {
+    if (!file) return std::unexpected(Failure::kCannotOpen);
+    const std::optional<std::uint64_t> length = FileLength(file.get());
     if (!length) return std::unexpected(Failure::kCannotOpen);
-    return ByteSource(std::make_shared<File>(std::move(handle)), 0, *length);
+    return ByteSource(std::make_shared<File>(std::move(file)), 0, *length);
 }
 
 Result<> ByteSource::Seek(std::uint64_t position) {
@@ -95,6 +91,10 @@ std::size_t ByteSource::ReadSome(std::span<unsigned char> out) {
 std::span<const unsigned char> ByteSource::Peek() {
     if (Buffered() == 0) Fill();
     return mWindow.subspan(mNext);
+}
+
+ByteSource ByteSource::Again() const {
+    return mFile ? ByteSource(mFile, mStart, mSize) : ByteSource(mWindow);
 }
 
 Result<ByteSource> ByteSource::Slice(std::uint64_t bytes) {

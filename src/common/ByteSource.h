@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/ByteOrder.h"
+#include "common/FileHandle.h"
 #include "common/Result.h"
 
 #include <kavra/objects/KString.h>
@@ -12,7 +13,6 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <span>
 #include <utility>
@@ -33,6 +33,9 @@ public:
     [[nodiscard]] static Result<ByteSource> Open(const Objects::KString& path);
     /// The same by a path whose bytes go to the system as they are: names that are stored inside files.
     [[nodiscard]] static Result<ByteSource> OpenNarrow(const char* path);
+
+    /// Takes over an open file. Null is none.
+    [[nodiscard]] static Result<ByteSource> Over(FileHandle file);
 
     /// Memory that stays its owner's and must outlive the source.
     explicit ByteSource(std::span<const unsigned char> bytes) : mWindow(bytes), mSize(bytes.size()) {}
@@ -75,13 +78,14 @@ public:
     /// unreadable. Valid until the next operation but `Skip` within them. For decoders that eat one byte after another.
     [[nodiscard]] std::span<const unsigned char> Peek();
 
+    /// Another view of the whole source, with a position and a buffer of its own.
+    [[nodiscard]] ByteSource Again() const;
+
     /// The next `bytes` bytes as a source of their own, with its own position and buffer; this source moves past them.
     [[nodiscard]] Result<ByteSource> Slice(std::uint64_t bytes);
 
 private:
     class File;
-
-    static Result<ByteSource> OverFile(std::FILE* opened);
 
     ByteSource(std::shared_ptr<File> file, std::uint64_t start, std::uint64_t size)
         : mFile(std::move(file)), mStart(start), mSize(size) {}

@@ -3,6 +3,7 @@
 #include "common/Limits.h"
 
 #include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/EXRHandler.h>
 #include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/ObjModel.h>
 
@@ -27,6 +28,8 @@ FloatsToFormat(const float* colours, std::size_t count, Devices::EFormat format,
 [[gnu::weak]] extern const char plainWrapperType __asm__("_ZTIN5Kavra7Objects18MemoryArrayWrapperIvhEE");
 [[gnu::weak]] void GetImageLimits(Devices::ImageLimits& limits) __asm__(
     "_ZN5Kavra7Devices14GetImageLimitsERNS0_11ImageLimitsE");
+[[gnu::weak]] bool IsPreferedHandler(const unsigned char* start, std::size_t bytes) __asm__(
+    "_ZN5Kavra7Devices10EXRHandler17IsPreferedHandlerEPKhm");
 
 }  // namespace Extras
 
@@ -69,6 +72,11 @@ void* NewZeroed(std::size_t bytes) {
 
 std::size_t HostBlockCeiling() {
     return Extras::BlockCeiling != nullptr ? Extras::BlockCeiling() : static_cast<std::size_t>(MemoryShare());
+}
+
+bool PrefersExrHandler(const Objects::KString& path, std::span<const unsigned char> start) {
+    return Extras::IsPreferedHandler != nullptr ? Extras::IsPreferedHandler(start.data(), start.size())
+                                                : Devices::EXRHandler::IsPreferedHandler(path);
 }
 
 std::size_t PackFloats(const float* colours, std::size_t count, Devices::EFormat format, char* out, std::size_t size) {

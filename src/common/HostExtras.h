@@ -6,8 +6,10 @@
 #include <kavra/devices/EFormat.h>
 #include <kavra/devices/ImageLimits.h>
 #include <kavra/objects/IMemoryWrapper.h>
+#include <kavra/objects/KString.h>
 
 #include <cstddef>
+#include <span>
 
 namespace Kavra::Common {
 
@@ -24,6 +26,10 @@ bool IsPlainWrapper(const Objects::IMemoryWrapper<void>& wrapper);
 
 /// The limits that the host has set for pictures; none where it knows of no such thing.
 Devices::ImageLimits HostImageLimits();
+
+/// Whether the host's OpenEXR reader wants the file at `path`, which begins with `start`. A host that does not judge by
+/// bytes is given the path, and may open the file.
+bool PrefersExrHandler(const Objects::KString& path, std::span<const unsigned char> start);
 
 /// Packs `count` colours (four floats each, any alignment) into pixels of `format` on the caller's thread. `size` is
 /// the capacity of `out` in bytes; pixels that do not fit are left out, and the result is how many were written. A host

@@ -3,14 +3,10 @@
 #include "formats/Attributes.h"
 #include "load/DdsLibraryView.h"
 
-#include <kavra/objects/OS.h>
-
 #include <OpenImageIO/filesystem.h>
 
 #include <array>
-#include <cerrno>
 #include <cstring>
-#include <new>
 #include <utility>
 #include <vector>
 
@@ -69,29 +65,24 @@ OIIO::ImageSpec DdsLevelSpec(OIIO::ImageInput& input) {
     return DdsLevelSpec(top, level);
 }
 
-DdsSlices::DdsSlices(Common::FileHandle file, std::uint64_t fileBytes, const Dds::Header& header,
-                     const Dds::Shape& shape, const Dds::StoredUnit& unit)
-    : mFile(std::move(file)), mFileBytes(fileBytes), mHeader(header), mShape(shape), mUnit(unit) {}
+DdsSlices::DdsSlices(Common::ByteSource file, const Dds::Header& header, const Dds::Shape& shape,
+                     const Dds::StoredUnit& unit)
+    : mFile(std::move(file)), mHeader(header), mShape(shape), mUnit(unit) {}
 
-std::optional<DdsSlices> DdsSlices::Open(const KString& path) {
-    std::FILE* opened = nullptr;
-    const int error = OS::wfopen(&opened, path.ToChars(), L"rb");
-    if (error == ENOMEM) throw std::bad_alloc();
-    if (error != 0) return std::nullopt;
-    Common::FileHandle file(opened);
+std::optional<DdsSlices> DdsSlices::Open(Common::ByteSource file) {
     std::array<std::uint8_t, Dds::kMaxHeaderBytes> start{};
-    const std::size_t count = std::fread(start.data(), 1, start.size(), file.get());
+    if (!file.Seek(0)) return std::nullopt;
+    const std::size_t count = file.ReadSome(start);
     const auto header = Dds::ParseLibraryHeader(std::span(start).first(count));
-    const auto fileBytes = Common::FileLength(file.get());
-    if (!header || !fileBytes) return std::nullopt;
+    if (!header) return std::nullopt;
     const auto shape = Dds::LibraryShapeOf(*header);
     const auto unit = Dds::LibraryUnitOf(*header);
     if (!shape || !unit) return std::nullopt;
-    return DdsSlices(std::move(file), *fileBytes, *header, *shape, *unit);
+    return DdsSlices(std::move(file), *header, *shape, *unit);
 }
 
 bool DdsSlices::HasLevel(int level) const {
-    return level >= 0 && level < mShape.levels && mHeader.Bytes() + Dds::LevelEnd(mUnit, mShape, level) <= mFileBytes;
+    return level >= 0 && level < mShape.levels && mHeader.Bytes() + Dds::LevelEnd(mUnit, mShape, level) <= mFile.Size();
 }
 
 /// Where a face of a cube map or a slice of a volume lies in the file.
@@ -102,8 +93,7 @@ std::uint64_t DdsSlices::SliceOffset(int level, int slice) const {
 }
 
 bool DdsSlices::ReadBytes(std::uint64_t offset, std::span<std::uint8_t> bytes) {
-    return fseeko(mFile.get(), static_cast<off_t>(offset), SEEK_SET) == 0 &&
-           std::fread(bytes.data(), 1, bytes.size(), mFile.get()) == bytes.size();
+    return mFile.Seek(offset) && mFile.Read(bytes);
 }
 
 bool DdsSlices::ReadLevel(int level, const OIIO::ImageSpec& levelSpec, int channels, OIIO::TypeDesc type,

@@ -5,7 +5,7 @@
 /// picture it decodes right: so each face and slice is presented to it as a small DDS file of its own, in memory.
 #pragma once
 
-#include "common/FileHandle.h"
+#include "common/ByteSource.h"
 #include "common/dds/DdsHeader.h"
 #include "common/dds/DdsShape.h"
 
@@ -32,8 +32,8 @@ OIIO::ImageSpec DdsLevelSpec(OIIO::ImageInput& input);
 /// object on one at a time.
 class DdsSlices {
 public:
-    /// Nothing when the file cannot be opened, is no DDS or is none that the library decodes.
-    static std::optional<DdsSlices> Open(const KString& path);
+    /// Nothing when the file is no DDS or none that the library decodes.
+    static std::optional<DdsSlices> Open(Common::ByteSource file);
 
     /// Mip levels, 1 to the full chain of the size.
     int Levels() const { return mShape.levels; }
@@ -49,13 +49,11 @@ public:
                    std::size_t pixelStride);
 
 private:
-    DdsSlices(Common::FileHandle file, std::uint64_t fileBytes, const Dds::Header& header, const Dds::Shape& shape,
-              const Dds::StoredUnit& unit);
+    DdsSlices(Common::ByteSource file, const Dds::Header& header, const Dds::Shape& shape, const Dds::StoredUnit& unit);
     std::uint64_t SliceOffset(int level, int slice) const;
     bool ReadBytes(std::uint64_t offset, std::span<std::uint8_t> bytes);
 
-    Common::FileHandle mFile;
-    std::uint64_t mFileBytes;
+    Common::ByteSource mFile;
     Dds::Header mHeader;
     Dds::Shape mShape;
     Dds::StoredUnit mUnit;

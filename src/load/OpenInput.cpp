@@ -44,11 +44,9 @@ bool IsHighThroughputJpeg2000(Bytes start) {
 
 /// Whether the file is one over which the library's decoder would end the process: it runs past the end of a
 /// high-throughput JPEG 2000 file that was cut short.
-bool WouldCrashTheLibrary(std::FILE* file, Bytes start) {
+bool WouldCrashTheLibrary(Common::ByteSource& file, Bytes start) {
     if (!IsHighThroughputJpeg2000(start)) return false;
-    std::array<std::uint8_t, 2> end{};
-    return fseeko(file, -2, SEEK_END) != 0 || std::fread(end.data(), 1, end.size(), file) != end.size() ||
-           end != kCodestreamEnd;
+    return file.BytesAt<kCodestreamEnd.size()>(file.Size() - kCodestreamEnd.size()) != kCodestreamEnd;
 }
 
 /// The names of the library's readers by extension and by name, in the order of these words: the order in which the
@@ -122,19 +120,25 @@ private:
 
 }  // namespace
 
-Input OpenInput(const KString& path) {
+std::optional<Common::ByteSource> OpenFile(const KString& path) {
     std::FILE* opened = nullptr;
-    if (!Common::IsRegularFile(path.ToChars())) return nullptr;
-    const int error = OS::wfopen(&opened, path.ToChars(), L"rb");
-    if (error == ENOMEM) throw std::bad_alloc();
-    if (error != 0) return nullptr;
+    if (!Common::IsRegularFile(path.ToChars())) return std::nullopt;
+    if (OS::wfopen(&opened, path.ToChars(), L"rb") == ENOMEM) throw std::bad_alloc();
+    Common::Result<Common::ByteSource> file = Common::ByteSource::Over(Common::FileHandle(opened));
+    if (!file) return std::nullopt;
+    return *std::move(file);
+}
+
+Input OpenInput(const KString& path) {
+    std::optional<Common::ByteSource> file = OpenFile(path);
+    return file ? OpenInput(path, *file) : nullptr;
+}
+
+Input OpenInput(const KString& path, Common::ByteSource& file) {
+    if (!Common::IsRegularFile(path.ToChars()) || !file.Seek(0)) return nullptr;
     std::array<std::uint8_t, kStartBytes> bytes{};
-    Bytes start(bytes);
-    {
-        const Common::FileHandle file(opened);
-        start = start.first(std::fread(bytes.data(), 1, bytes.size(), file.get()));
-        if (WouldCrashTheLibrary(file.get(), start)) return nullptr;
-    }
+    const Bytes start = std::span(bytes).first(file.ReadSome(bytes));
+    if (WouldCrashTheLibrary(file, start)) return nullptr;
     Input input = Candidate(path, start).Open();
     // The library keeps every thread's unread errors, and aborts when they pass 16 MB.
     if (!input) (void)OIIO::geterror();

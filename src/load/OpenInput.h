@@ -1,13 +1,20 @@
 /// Opening files with OpenImageIO.
 #pragma once
 
+#include "common/ByteSource.h"
+
 #include <kavra/devices/Export.h>
 
 #include <OpenImageIO/imageio.h>
 
 #include <memory>
+#include <optional>
 
 namespace Kavra::Devices {
+
+/// The file that a path names, for the two below. Nothing when it is no regular file that can be opened. Throws
+/// `std::bad_alloc` when it is memory that failed.
+std::optional<Common::ByteSource> OpenFile(const KString& path);
 
 /// The file opened at its first subimage, set to deliver alpha as it is stored (no multiplication into the colours).
 ///
@@ -16,6 +23,8 @@ namespace Kavra::Devices {
 /// library cannot read it or the path names anything but a regular file: the library would wait for ever on a pipe, and
 /// describes names like "x.null" that do not exist. Throws `std::bad_alloc` when it is memory that failed.
 std::unique_ptr<OIIO::ImageInput> OpenInput(const KString& path);
+/// The same for a file that is open already: it is looked at there, and only the library opens it.
+std::unique_ptr<OIIO::ImageInput> OpenInput(const KString& path, Common::ByteSource& file);
 
 /// Takes the errors that `input` has collected, which the library would keep for ever, and throws `std::bad_alloc` when
 /// one of them is for want of memory. For after a failure: what fails for want of memory is not to be tried another

@@ -36,11 +36,11 @@ bool Fail(const wchar_t* message) {
     return false;
 }
 
-bool Open(TextureLoad& load) {
-    load.input = OpenInput(load.path);
+bool Open(TextureLoad& load, Common::ByteSource& file) {
+    load.input = OpenInput(load.path, file);
     if (!load.input) return false;
     if (load.IsDds()) {
-        load.slices = DdsSlices::Open(load.path);
+        load.slices = DdsSlices::Open(file.Again());
         DDSReader reader;
         if (reader.Load(load.path)) load.hostFormat = reader.Format();
     }
@@ -184,10 +184,14 @@ bool TextureLoad::Converts() const {
            CanConvertTo(fileDesc.format, format);
 }
 
-PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const LoadRequest& request, int fileType) {
+PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const LoadRequest& request, int fileType,
+                             Common::ByteSource* open) {
     if (fileType != DDS && fileType != OpenEXR && fileType != Other) return nullptr;
+    std::optional<Common::ByteSource> own = open == nullptr ? OpenFile(path) : std::nullopt;
+    if (own) open = &*own;
+    if (open == nullptr) return nullptr;
     TextureLoad load(desc, path, request, fileType);
-    if (!Open(load) || !Position(load) || !Describe(load)) return nullptr;
+    if (!Open(load, *open) || !Position(load) || !Describe(load)) return nullptr;
     ChooseSize(load);
     if (!ChooseFormat(load)) return nullptr;
     FillDescription(load);

@@ -1,6 +1,7 @@
 /// One load through OpenImageIO on its way: what its steps hand to each other.
 #pragma once
 
+#include "common/ByteSource.h"
 #include "common/LoadRequest.h"
 #include "common/PixelBlock.h"
 #include "load/DdsSlices.h"
@@ -17,10 +18,10 @@
 
 namespace Kavra::Devices {
 
-/// Loads one frame or mip level of a file through the image library. Null on failure, with or without a message. Throws
-/// what the allocator and the library throw.
+/// Loads one frame or mip level of a file through the image library. `open` is the file where it is open already. Null
+/// on failure, with or without a message. Throws what the allocator and the library throw.
 Common::PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const LoadRequest& request,
-                                     int fileType);
+                                     int fileType, Common::ByteSource* open = nullptr);
 
 /// What was asked for, what the file holds and what was chosen, in the order in which it becomes known.
 struct TextureLoad {

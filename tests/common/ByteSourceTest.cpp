@@ -213,6 +213,23 @@ TEST_P(ByteSources, SlicesAndTheirParentReadInTurnWithoutDisturbingOneAnother) {
     }
 }
 
+TEST_P(ByteSources, AnotherViewBeginsAtTheStartAndGoesItsOwnWay) {
+    ByteSource source = Open({0, 1, 2, 3, 4, 5, 6, 7});
+    ASSERT_TRUE(source.Skip(2));
+    Result<ByteSource> slice = source.Slice(4);
+    ASSERT_TRUE(slice && slice->Skip(1));
+    ByteSource again = slice->Again();
+    EXPECT_EQ(again.Size(), 4u) << "of what it is a view of, no more";
+    EXPECT_EQ(again.Position(), 0u);
+    EXPECT_EQ(again.Big<std::uint32_t>(), 0x02030405u);
+    EXPECT_EQ(slice->Big<std::uint8_t>(), 3) << "which stands where it stood";
+    EXPECT_EQ(source.Again().Size(), 8u);
+}
+
+TEST(ByteSourceOfAFile, NoneIsNoSource) {
+    EXPECT_EQ(ByteSource::Over(nullptr).error(), Failure::kCannotOpen);
+}
+
 TEST_P(ByteSources, ASliceLongerThanTheRestIsRefusedAndNothingMoves) {
     ByteSource source = Open({1, 2, 3});
     ASSERT_TRUE(source.Skip(1));

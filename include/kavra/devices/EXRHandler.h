@@ -4,6 +4,8 @@
 
 #include <kavra/devices/Export.h>
 
+#include <cstddef>
+
 namespace Kavra::Devices {
 
 /// Reads the first part of an OpenEXR file (https://openexr.com/en/latest/OpenEXRFileLayout.html) as 32-bit floats:
@@ -35,6 +37,9 @@ public:
     /// Whether the file begins with the OpenEXR magic number (76 2F 31 01). Cheap: reads four bytes. False for null and
     /// for what is no regular file.
     static bool IsPreferedHandler(const wchar_t* path);
+
+    /// The same of a file whose first bytes are known: `bytes` of them, of which four are looked at.
+    static bool IsPreferedHandler(const unsigned char* start, std::size_t bytes);
 
     /// Reads the whole image in place of the one before. False, and the handler is empty, when the file is not there,
     /// is damaged or cut short, holds deep data or subsampled colours, or claims a size that no file of its length

@@ -2,6 +2,7 @@
 #include <kavra/objects/OS.h>
 #include <kavra/objects/ObjModel.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -12,6 +13,8 @@
 namespace Kavra::Devices {
 
 namespace {
+
+constexpr std::array<unsigned char, 4> kMagic = {0x76, 0x2F, 0x31, 0x01};
 
 /// Open for reading, or empty. Anything but a regular file is refused without waiting for it.
 Common::FileHandle Open(const wchar_t* path) {
@@ -30,11 +33,14 @@ EXRHandler::~EXRHandler() {
 
 bool EXRHandler::IsPreferedHandler(const wchar_t* path) {
     return Common::AtBoundary(false, [&] {
-        constexpr std::array<unsigned char, 4> kMagic = {0x76, 0x2F, 0x31, 0x01};
-        std::array<unsigned char, 4> start{};
+        std::array<unsigned char, kMagic.size()> start{};
         const Common::FileHandle file = Open(path);
-        return file && std::fread(start.data(), 1, start.size(), file.get()) == start.size() && start == kMagic;
+        return file && IsPreferedHandler(start.data(), std::fread(start.data(), 1, start.size(), file.get()));
     });
+}
+
+bool EXRHandler::IsPreferedHandler(const unsigned char* start, std::size_t bytes) {
+    return start != nullptr && bytes >= kMagic.size() && std::equal(kMagic.begin(), kMagic.end(), start);
 }
 
 bool EXRHandler::ReadFromFile(const wchar_t* path) {

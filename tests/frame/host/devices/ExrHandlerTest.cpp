@@ -91,6 +91,15 @@ TEST_F(ExrHandlerTest, TheFirstFourBytesAloneMakeAFilePreferred) {
     EXPECT_FALSE(EXRHandler::IsPreferedHandler(nullptr));
 }
 
+TEST_F(ExrHandlerTest, BytesThatAreKnownAreJudgedAlike) {
+    constexpr std::array<unsigned char, 5> kStart = {0x76, 0x2F, 0x31, 0x01, 0x02};
+    EXPECT_TRUE(EXRHandler::IsPreferedHandler(kStart.data(), 5));
+    EXPECT_TRUE(EXRHandler::IsPreferedHandler(kStart.data(), 4));
+    EXPECT_FALSE(EXRHandler::IsPreferedHandler(kStart.data(), 3)) << "too few";
+    EXPECT_FALSE(EXRHandler::IsPreferedHandler(kStart.data() + 1, 4));
+    EXPECT_FALSE(EXRHandler::IsPreferedHandler(nullptr, 0));
+}
+
 TEST_F(ExrHandlerTest, ANewHandlerIsEmpty) {
     ExpectEmpty();
 }
