@@ -7,7 +7,7 @@
 #include "legacy/CalsFile.h"
 #include "legacy/CcittEncoder.h"
 #include "legacy/RlcFile.h"
-#include "readers/ccitt/CcittDecoder.h"
+#include "readers/ccitt/CcittRows.h"
 
 #include <cmath>
 #include <random>

@@ -43,7 +43,7 @@ inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const
     const std::unique_ptr<Devices::ImageReaderInterface> reader(Devices::CreateImageReader(fileType));
     if (!reader) std::abort();
     if (reader->Open(path) && std::int64_t{reader->GetHeight()} * reader->GetRowPitch() > kMaxBytes) return loaded;
-    loaded.block = Devices::LoadThroughReader(*reader, loaded.desc, path, request);
+    loaded.block = Devices::LoadThroughReader(*reader, loaded.desc, path, request).value_or(nullptr);
     return loaded;
 }
 

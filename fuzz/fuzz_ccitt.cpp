@@ -3,8 +3,7 @@
 // The first three bytes are the mode and bit order and the width; the rest is the data.
 
 #include "../tests/readers/ccitt/CcittModel.h"
-#include "LegacyLoadFuzz.h"
-#include "readers/ccitt/CcittDecoder.h"
+#include "readers/ccitt/CcittRows.h"
 
 #include <cstdlib>
 #include <span>
@@ -16,7 +15,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr std::size_t kChoices = 3;
     constexpr int kRows = 64;
     if (size < kChoices) return 0;
-    Fuzz::SilentSink::Install();
     const auto mode = static_cast<Mode>(data[0] % 4);
     const auto order = static_cast<BitOrder>(data[0] / 4 % 2);
     const int width = 1 + (data[1] + 256 * data[2]) % 2600;

@@ -1,4 +1,4 @@
-// Telling files apart by content: any bytes, as a file and as a band raster's data with a header beside it.
+// Telling files apart by content: any bytes, as a file and as a Spot raster's data with a header beside it.
 
 #include "FuzzFile.h"
 #include "readers/FileTypeDetection.h"

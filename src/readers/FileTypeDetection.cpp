@@ -1,19 +1,20 @@
 #include "readers/FileTypeDetection.h"
 
 #include "common/ByteSource.h"
-#include "readers/ImageFileType.h"
 #include "readers/cals/CalsReader.h"
 #include "readers/flic/FlicReader.h"
-#include "readers/pcx/PcxHeader.h"
-#include "readers/pict/PictProbe.h"
+#include "readers/pcx/PcxReader.h"
+#include "readers/pict/PictReader.h"
 #include "readers/rlc/RlcReader.h"
-#include "readers/spot/BandProbe.h"
+#include "readers/spot/SpotReader.h"
 
 #include <array>
 #include <cwctype>
+#include <new>
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 namespace Kavra::Devices {
 
@@ -21,25 +22,25 @@ using Common::ByteSource;
 using Common::LittleAt;
 using Common::Result;
 
+// --- Telling files apart ---------------------------------------------------------------------------------------------
+
 namespace {
 
+using Start = std::array<unsigned char, 4>;
+
 /// Reads into zeros, so that a file may be shorter than the number asked for.
-std::uint32_t FirstNumber(ByteSource& source) {
-    std::array<unsigned char, 4> bytes{};
+Start ReadStart(ByteSource& source) {
+    Start bytes{};
     if (source.Seek(0)) (void)source.ReadSome(bytes);
-    return LittleAt<std::uint32_t, 0>(bytes);
+    return bytes;
 }
 
 bool IsDds(ByteSource& source) {
-    return FirstNumber(source) == 0x20534444;  // "DDS "
+    return LittleAt<std::uint32_t, 0>(ReadStart(source)) == 0x20534444;  // "DDS "
 }
 
 bool IsOpenExr(ByteSource& source) {
-    return FirstNumber(source) == 20000630;
-}
-
-bool IsPcx(ByteSource& source) {
-    return ReadPcxHeader(source).has_value();
+    return LittleAt<std::uint32_t, 0>(ReadStart(source)) == 20000630;
 }
 
 struct ContentProbe {
@@ -68,14 +69,64 @@ int IsCommonImageExtension(const KString& path) {
     return kCommon.contains(extension) ? Other : -1;
 }
 
-int DetectImageFileType(const KString& path) {
-    if (const int common = IsCommonImageExtension(path); common > 0) return common;
+DetectedFile DetectFile(const KString& path) {
+    if (IsCommonImageExtension(path) > 0) return {.type = Other};
     Result<ByteSource> source = ByteSource::Open(path);
-    if (!source) return None;
+    if (!source) return {};
+    DetectedFile file = {.type = Other, .start = ReadStart(*source)};
     for (const ContentProbe& probe : kContentProbes) {
-        if (probe.accepts(*source)) return probe.type;
+        if (!probe.accepts(*source)) continue;
+        file.type = probe.type;
+        break;
     }
-    return IsBandRaster(path) ? Spot : Other;
+    if (file.type == Other) {
+        Result<PictureFiles> raster = OpenSpotFiles(path, &*source);
+        if (raster && IsSpot(*raster)) {
+            file.type = Spot;
+            file.files = *std::move(raster);
+            return file;
+        }
+    }
+    file.files = PictureFiles{path, *std::move(source), std::nullopt};
+    return file;
+}
+
+int DetectImageFileType(const KString& path) {
+    return DetectFile(path).type;
+}
+
+// --- Making readers --------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// A new reader, or null when there is no memory for it or for what it holds.
+template <class Reader>
+ImageReaderInterface* Make() {
+    try {
+        return new Reader;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+struct ReaderEntry {
+    int fileType;
+    ImageReaderInterface* (*make)();
+};
+
+/// One line a reader: `{PCX, Make<PCXReader>},`.
+constexpr ReaderEntry kReaders[] = {
+    {CALS, Make<CALSReader>}, {FLIC, Make<FLICReader>}, {PCX, Make<PCXReader>},
+    {PICT, Make<PictReader>}, {RLC, Make<RlcReader>},   {Spot, Make<SpotReader>},
+};
+
+}  // namespace
+
+ImageReaderInterface* CreateImageReader(int fileType) {
+    for (const ReaderEntry& entry : kReaders) {
+        if (entry.fileType == fileType) return entry.make();
+    }
+    return nullptr;
 }
 
 }  // namespace Kavra::Devices

@@ -13,7 +13,7 @@ enum ImageFileType : int {
     PCX = 5,
     PICT = 6,
     RLC = 7,
-    Spot = 8,   ///< band-interleaved raster with a `.hdr` side file
+    Spot = 8,   ///< raw bands in a `.bil` file, described by a `.hdr` file
     Other = 9,  ///< anything else: left to OpenImageIO
 };
 

@@ -4,8 +4,6 @@
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
 #include "load/geometry/Reshape.h"
-#include "readers/FileTypeDetection.h"
-#include "readers/ImageReaderInterface.h"
 
 #include <algorithm>
 #include <memory>
@@ -15,7 +13,9 @@ namespace Kavra::Devices {
 
 namespace {
 
+using Common::Failure;
 using Common::PixelBlock;
+using Common::Result;
 
 void Describe(ImageReaderInterface& reader, EDataOrientation wanted, ImageDescription& desc) {
     // In this order, one call each.
@@ -80,22 +80,39 @@ PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LoadRequest& requ
 
 }  // namespace
 
-PixelBlock LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, const KString& path,
-                             const LoadRequest& request) {
-    if (!reader.Open(path)) return nullptr;
+Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, PictureFiles files,
+                                     const LoadRequest& request) {
+    if (const Result<> opened = reader.Open(std::move(files)); !opened) return std::unexpected(opened.error());
     Describe(reader, request.orientation, desc);
     const Fitting fitting(desc, request);
-    if (!IsWithinLimits(reader, desc, fitting)) return nullptr;
+    if (!IsWithinLimits(reader, desc, fitting)) return std::unexpected(Failure::kTooLarge);
 
     PixelBlock block = Common::NewZeroedBlock(desc.dataSize);
-    if (!reader.ReadImage(block.get(), request.level)) return nullptr;
-
-    return fitting.IsNeeded() ? Fit(std::move(block), desc, request, fitting) : std::move(block);
+    if (const Result<> read = reader.ReadFrame({block.get(), desc.dataSize}, request.level); !read) {
+        return std::unexpected(read.error());
+    }
+    if (fitting.IsNeeded()) block = Fit(std::move(block), desc, request, fitting);
+    if (!block) return std::unexpected(Failure::kUnsupported);
+    return block;
 }
 
-PixelBlock LoadSpecial(ImageDescription& desc, const KString& path, const LoadRequest& request, int fileType) {
+Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, const KString& path,
+                                     const LoadRequest& request) {
+    return reader.FindFiles(path).and_then(
+        [&](PictureFiles&& files) { return LoadThroughReader(reader, desc, std::move(files), request); });
+}
+
+Result<PixelBlock> LoadSpecial(ImageDescription& desc, DetectedFile file, const LoadRequest& request) {
+    if (file.type == None) return std::unexpected(Failure::kCannotOpen);
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type));
+    if (!reader || !file.files) return std::unexpected(Failure::kUnsupported);
+    return LoadThroughReader(*reader, desc, *std::move(file.files), request);
+}
+
+Result<PixelBlock> LoadSpecial(ImageDescription& desc, const KString& path, const LoadRequest& request, int fileType) {
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
-    return reader ? LoadThroughReader(*reader, desc, path, request) : nullptr;
+    if (!reader) return std::unexpected(Failure::kUnsupported);
+    return LoadThroughReader(*reader, desc, path, request);
 }
 
 }  // namespace Kavra::Devices

@@ -42,13 +42,13 @@ std::optional<std::int32_t> TextScanner::Integer() {
     if (negative || text.starts_with('+')) text.remove_prefix(1);
     if (text.empty() || !IsDigit(text.front())) return std::nullopt;
 
-    constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
     std::int64_t number = 0;
     for (; !text.empty() && IsDigit(text.front()); text.remove_prefix(1)) {
-        number = std::min(number * 10 + (text.front() - '0'), kMost + 1);
+        number = std::min(number * 10 + (text.front() - '0'), kMax + 1);
     }
     mRest = text;
-    return static_cast<std::int32_t>(negative ? -number : std::min(number, kMost));
+    return static_cast<std::int32_t>(negative ? -number : std::min(number, kMax));
 }
 
 std::optional<double> TextScanner::Real() {

@@ -3,7 +3,7 @@
 #include "interop/PeerFiles.h"
 #include "readers/Decode.h"
 #include "readers/cals/CalsReader.h"
-#include "readers/ccitt/CcittDecoder.h"
+#include "readers/ccitt/CcittRows.h"
 
 #include <gtest/gtest.h>
 

@@ -7,12 +7,15 @@
 #include "readers/pict/PictReader.h"
 #include "readers/rlc/RlcReader.h"
 #include "readers/spot/SpotReader.h"
+#include "support/TemporaryFolder.h"
 
 #include <kavra/objects/ObjModel.h>
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -22,8 +25,9 @@ using Kavra::Objects::ObjModel;
 class PlainReader : public ImageReaderInterface {
 public:
     PlainReader() { ++mConstructed; }
-    bool Open(const KString&) override { return false; }
-    bool ReadImage(unsigned char*, int) override { return false; }
+    void Close() override {}
+    Kavra::Common::Result<> OpenFiles(PictureFiles) override { return {}; }
+    Kavra::Common::Result<> ReadFrame(std::span<unsigned char>, int) override { return {}; }
     int GetWidth() override { return 0; }
     int GetHeight() override { return 0; }
     int GetRowPitch() override { return 0; }
@@ -45,6 +49,7 @@ void ExpectMade(int fileType) {
     ASSERT_NE(dynamic_cast<Reader*>(reader.get()), nullptr) << fileType;
     EXPECT_EQ(reader->GetWidth(), 0) << fileType;
     EXPECT_EQ(reader->GetHeight(), 0) << fileType;
+    EXPECT_EQ(reader->GetRowPitch(), 0) << fileType;
     EXPECT_FALSE(reader->ReadImage(nullptr, 0)) << fileType;
 }
 
@@ -55,6 +60,22 @@ TEST(ImageReaderFactory, EveryLegacyTypeHasItsReader) {
     ExpectMade<PictReader>(PICT);
     ExpectMade<RlcReader>(RLC);
     ExpectMade<SpotReader>(Spot);
+}
+
+TEST(ImageReaderFactory, AReaderThatRefusesAFileHasForgottenTheOneBefore) {
+    for (const auto& [type, sample] :
+         {std::pair(CALS, "drawing.cal"), std::pair(FLIC, "balloon.flc"), std::pair(PCX, "photo.pcx"),
+          std::pair(PICT, "photo.pict"), std::pair(RLC, "engraving.rlc"), std::pair(Spot, "bands/photo.bil")}) {
+        const auto folder = std::filesystem::path(KAVRA_SOURCE_DIR) / "examples";
+        const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(type));
+        EXPECT_TRUE(reader->Open(Kavra::Tests::Wide(folder / sample))) << sample;
+        EXPECT_GT(reader->GetRowPitch(), 0) << sample;
+        EXPECT_FALSE(reader->Open(Kavra::Tests::Wide(folder / "missing.x"))) << sample;
+        EXPECT_EQ(reader->GetWidth(), 0) << sample;
+        EXPECT_EQ(reader->GetHeight(), 0) << sample;
+        EXPECT_EQ(reader->GetRowPitch(), 0) << sample;
+        EXPECT_FALSE(reader->ReadImage(nullptr, 0)) << sample;
+    }
 }
 
 TEST(ImageReaderInterface, DescribesOneUprightFrameOfEightBitColourUnlessAReaderSaysOtherwise) {

@@ -19,7 +19,9 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::Failure;
 using Kavra::Common::PixelBlock;
+using Kavra::Common::Result;
 using Kavra::Objects::ObjModel;
 using Kavra::Tests::TemporaryFolder;
 using Kavra::Tests::Wide;
@@ -40,20 +42,26 @@ public:
     Bytes before;  ///< what the buffer held when it came
     int frame = -1;
 
-    bool Open(const KString&) override { return calls += "Open ", opens; }
+    void Close() override {}
+    Result<> OpenFiles(PictureFiles) override {
+        calls += "Open ";
+        if (!opens) return std::unexpected(Failure::kMalformed);
+        return {};
+    }
     int GetWidth() override { return calls += "Width ", width; }
     int GetHeight() override { return calls += "Height ", height; }
     int GetRowPitch() override { return calls += "RowPitch ", rowPitch; }
     EFormat GetFormat() override { return calls += "Format ", format; }
     EDataOrientation GetOrientation() override { return calls += "Orientation ", orientation; }
 
-    bool ReadImage(unsigned char* out, int wantedFrame) override {
+    Result<> ReadFrame(std::span<unsigned char> out, int wantedFrame) override {
         calls += "ReadImage ";
-        buffer = out;
+        buffer = out.data();
         frame = wantedFrame;
-        before.assign(out, out + static_cast<std::ptrdiff_t>(rowPitch) * height);
-        std::ranges::copy(pixels, out);
-        return reads;
+        before.assign(out.begin(), out.end());
+        std::ranges::copy(pixels, out.begin());
+        if (!reads) return std::unexpected(Failure::kTruncated);
+        return {};
     }
 };
 
@@ -103,7 +111,9 @@ void ExpectMarked(const ImageDescription& desc) {
 
 class LegacyLoad : public testing::Test {
 protected:
-    PixelBlock Load(const LoadRequest& request) { return LoadThroughReader(reader, desc, path, request); }
+    PixelBlock Load(const LoadRequest& request) {
+        return LoadThroughReader(reader, desc, path, request).value_or(nullptr);
+    }
 
     /// The block's bytes as `desc` counts them.
     Bytes Pixels(const PixelBlock& block) const { return Bytes(block.get(), block.get() + desc.dataSize); }
@@ -126,6 +136,20 @@ TEST_F(LegacyLoad, WithNothingToFitTheReadersOwnBlockIsReturned) {
         EXPECT_EQ(ObjModel::BlockCounters().totalBlocks, blocks + 1);
         EXPECT_EQ(Pixels(block), Colour("abcdef"));
     }
+}
+
+TEST_F(LegacyLoad, WhatFailedIsTold) {
+    const auto reason = [&] { return LoadThroughReader(reader, desc, path, {}).error(); };
+    reader.opens = false;
+    EXPECT_EQ(reason(), Failure::kMalformed) << "as the reader said of the file";
+    reader.opens = true;
+    EXPECT_EQ(reason(), Failure::kTooLarge) << "no pixels";
+    Script(reader, 2, 3, {});
+    reader.reads = false;
+    EXPECT_EQ(reason(), Failure::kTruncated) << "as the reader said of the frame";
+    EXPECT_EQ(LoadThroughReader(reader, desc, Wide(folder / "missing"), {}).error(), Failure::kCannotOpen);
+    EXPECT_EQ(LoadSpecial(desc, path, {}, Other).error(), Failure::kUnsupported);
+    EXPECT_EQ(LoadSpecial(desc, {}, {}).error(), Failure::kCannotOpen) << "of a file that could not be opened";
 }
 
 TEST_F(LegacyLoad, TheDescriptionIsTheReaders) {

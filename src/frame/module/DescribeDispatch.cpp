@@ -8,14 +8,14 @@
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "readers/FileTypeDetection.h"
-#include "readers/ImageFileType.h"
-#include "readers/ImageReaderInterface.h"
 
 #include <kavra/devices/DDSReader.h>
 #include <kavra/devices/EXRHandler.h>
 
 #include <memory>
 #include <new>
+#include <optional>
+#include <utility>
 
 namespace Kavra::Devices {
 
@@ -40,11 +40,11 @@ bool HasReader(int fileType) {
     return fileType != None && fileType != DDS && fileType != OpenEXR && fileType != Other;
 }
 
-bool DescribeByReader(ImageDesc& desc, const KString& path, int fileType) {
-    if (!HasReader(fileType)) return false;
-    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
+bool DescribeByReader(ImageDesc& desc, DetectedFile& file) {
+    if (!HasReader(file.type)) return false;
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type));
     if (!reader) throw std::bad_alloc();
-    if (!reader->Open(path)) return false;
+    if (!reader->Open(*std::exchange(file.files, std::nullopt))) return false;
     SetFlat(desc, reader->GetWidth(), reader->GetHeight(), reader->GetFormat());
     desc.frameCount = reader->GetFrameCount();
     desc.orientation = reader->GetOrientation();
@@ -68,32 +68,37 @@ bool DescribeByDdsReader(ImageDesc& desc, const KString& path, bool& alphaVarian
     return OnlyHostDescribes(desc.format);
 }
 
-void DescribeByExrHandler(ImageDesc& desc, const KString& path) {
-    if (!EXRHandler::IsPreferedHandler(path)) return;
+void DescribeByExrHandler(ImageDesc& desc, const KString& path, const DetectedFile& file) {
+    if (!PrefersExrHandler(path, file)) return;
     EXRHandler exr(true);
     if (!exr.ReadFromFile(path)) return;
     SetFlat(desc, exr.width(), exr.height(), exr.supportsAlpha() ? kR32G32B32A32F : kR32G32B32F);
 }
 
+/// A legacy file that its reader has taken over, and then refused, is opened once more.
+std::unique_ptr<OIIO::ImageInput> OpenForLibrary(const KString& path, DetectedFile& file) {
+    return file.files ? OpenInput(path, file.files->source) : OpenInput(path);
+}
+
 }  // namespace
 
 ImageDesc* DescribeImage(const KString& path) {
-    const int fileType = DetectImageFileType(path);
+    DetectedFile file = DetectFile(path);
     OwnedDesc desc(new ImageDesc);
-    if (fileType == None || !desc) return nullptr;
+    if (file.type == None || !desc) return nullptr;
 
     bool alphaVariant = false;
     const bool found =
-        fileType == DDS ? DescribeByDdsReader(*desc, path, alphaVariant) : DescribeByReader(*desc, path, fileType);
-    if (const auto input = found ? nullptr : OpenInput(path)) {
-        const OwnedDesc described(GetImageDescByOIIO(input.get(), fileType, alphaVariant));
+        file.type == DDS ? DescribeByDdsReader(*desc, path, alphaVariant) : DescribeByReader(*desc, file);
+    if (const auto input = found ? nullptr : OpenForLibrary(path, file)) {
+        const OwnedDesc described(GetImageDescByOIIO(input.get(), file.type, alphaVariant));
         if (!described) return nullptr;
         if (described->format != kUnknown) {
             *desc = *described;
-            desc->frameCount = GetNumberOfFrames(input.get(), fileType);
+            desc->frameCount = GetNumberOfFrames(input.get(), file.type);
         }
     }
-    if (desc->format == kUnknown) DescribeByExrHandler(*desc, path);
+    if (desc->format == kUnknown) DescribeByExrHandler(*desc, path, file);
     return desc->format == kUnknown ? nullptr : desc.release();
 }
 

@@ -8,11 +8,11 @@
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
+#include "common/Result.h"
 #include "common/WrappedBlock.h"
 #include "formats/FormatConversion.h"
 #include "load/TextureLoader.h"
 #include "readers/FileTypeDetection.h"
-#include "readers/ImageFileType.h"
 #include "readers/LegacyLoad.h"
 
 #include <kavra/devices/DDSReader.h>
@@ -28,7 +28,9 @@ namespace Kavra::Devices {
 
 namespace {
 
+using Common::Failure;
 using Common::PixelBlock;
+using Common::Result;
 
 using HostBlock = Common::HostObject<IMemoryWrapper<void>>;
 
@@ -36,6 +38,7 @@ using HostBlock = Common::HostObject<IMemoryWrapper<void>>;
 struct LoadedPixels {
     PixelBlock own;
     HostBlock host;
+    bool isLegacy = false;  ///< of a format of which a few bytes can claim any size
 
     void* Data() const { return host ? host->mData : own.get(); }
 };
@@ -76,8 +79,8 @@ bool DescribeExr(const EXRHandler& exr, ImageDescription& desc) {
     return true;
 }
 
-PixelBlock LoadExr(ImageDescription& desc, const KString& path) {
-    if (!EXRHandler::IsPreferedHandler(path)) return nullptr;
+PixelBlock LoadExr(ImageDescription& desc, const KString& path, const DetectedFile& file) {
+    if (!PrefersExrHandler(path, file)) return nullptr;
     EXRHandler exr(true);
     if (!exr.ReadFromFile(path) || exr.internalBuffer() == nullptr || !DescribeExr(exr, desc)) return nullptr;
     PixelBlock block = Common::NewBlock(desc.dataSize);
@@ -139,14 +142,29 @@ bool Convert(ImageDescription& desc, LoadedPixels& pixels, EFormat format, const
     FormatConversion(desc.format, desc.dataSize * faces, pixels.Data(), format, converted, bytes);
     if (converted == nullptr) return true;
 
-    pixels = LoadedPixels{PixelBlock(static_cast<unsigned char*>(converted)), nullptr};
+    pixels = {.own = PixelBlock(static_cast<unsigned char*>(converted)), .host = nullptr};
     desc.format = format;
     desc.rowPitch = static_cast<std::int32_t>(rowPitch);
     desc.dataSize = bytes / faces;
     return true;
 }
 
-IMemoryWrapper<void>* Refuse() {
+/// What the image library does not load: the host's OpenEXR reader is asked first, then the one for the type.
+Result<LoadedPixels> LoadWithoutLibrary(ImageDescription& desc, const KString& path, const LoadRequest& request,
+                                        DetectedFile file) {
+    if (PixelBlock block = LoadExr(desc, path, file)) return LoadedPixels{.own = std::move(block), .host = nullptr};
+    if (file.type == DDS) {
+        HostBlock block = LoadDds(desc, path, request);
+        if (!block) return std::unexpected(Failure::kUnsupported);
+        return LoadedPixels{.own = nullptr, .host = std::move(block)};
+    }
+    return LoadSpecial(desc, std::move(file), request).transform([](PixelBlock&& block) {
+        return LoadedPixels{.own = std::move(block), .host = nullptr, .isLegacy = true};
+    });
+}
+
+/// Hosts are told of every failure in the same words.
+IMemoryWrapper<void>* Refuse(Failure /*reason*/) {
     Sys::Warning(L"format is not supported", nullptr);
     return nullptr;
 }
@@ -154,22 +172,20 @@ IMemoryWrapper<void>* Refuse() {
 }  // namespace
 
 IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, const LoadRequest& request) {
-    const int fileType = DetectImageFileType(path);
-    if (PixelBlock block = LoadTextureByOIIO(desc, path, request, fileType)) {
+    DetectedFile file = DetectFile(path);
+    Common::ByteSource* const open = file.files ? &file.files->source : nullptr;
+    if (PixelBlock block = LoadTextureByOIIO(desc, path, request, file.type, open)) {
         return Common::WrapBlock(std::move(block));
     }
-    LoadedPixels pixels{LoadExr(desc, path), nullptr};
-    const bool hasReader = !pixels.own && fileType != DDS;
-    if (hasReader) {
-        pixels.own = LoadSpecial(desc, path, request, fileType);
-    } else if (!pixels.own) {
-        pixels.host = LoadDds(desc, path, request);
+    Result<LoadedPixels> pixels = LoadWithoutLibrary(desc, path, request, std::move(file));
+    if (!pixels) return Refuse(pixels.error());
+    const Common::PictureBounds bounds = pixels->isLegacy ? Common::ReaderBounds() : Common::HostBounds();
+    if (!bounds.Hold({.pixels = PixelsOf(desc), .blockBytes = desc.dataSize * Faces(desc)})) {
+        return Refuse(Failure::kTooLarge);
     }
-    if (pixels.Data() == nullptr) return Refuse();
-    const Common::PictureBounds bounds = hasReader ? Common::ReaderBounds() : Common::HostBounds();
-    if (!bounds.Hold({.pixels = PixelsOf(desc), .blockBytes = desc.dataSize * Faces(desc)})) return Refuse();
-    if (pixels.host && desc.format == request.format) return pixels.host.release();
-    return Convert(desc, pixels, request.format, bounds) ? Wrap(std::move(pixels)) : Refuse();
+    if (pixels->host && desc.format == request.format) return pixels->host.release();
+    if (!Convert(desc, *pixels, request.format, bounds)) return Refuse(Failure::kTooLarge);
+    return Wrap(*std::move(pixels));
 }
 
 }  // namespace Kavra::Devices

@@ -90,7 +90,7 @@ unsigned char* OIIOImageHandler::LoadSpecial(ImageDescription& desc, const KStri
                                              bool highQualityResize, int level, EDataOrientation orientation,
                                              int fileType) {
     const LoadRequest request{width, height, kUnknown, highQualityResize, level, orientation};
-    return Devices::LoadSpecial(desc, path, request, fileType).release();
+    return Devices::LoadSpecial(desc, path, request, fileType).value_or(nullptr).release();
 }
 
 ImageDesc* OIIOImageHandler::GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlphaVariant) {

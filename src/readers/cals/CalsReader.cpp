@@ -2,17 +2,21 @@
 
 #include "readers/BilevelRow.h"
 #include "readers/TextScanner.h"
-#include "readers/ccitt/CcittDecoder.h"
+#include "readers/ccitt/CcittRows.h"
+
+#include <kavra/devices/Sys.h>
 
 #include <algorithm>
 #include <array>
 #include <limits>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace Kavra::Devices {
 
 using Common::ByteSource;
+using Common::Failure;
 using Common::Result;
 
 namespace {
@@ -31,10 +35,8 @@ std::int32_t NumberBehind(char mark, std::string_view text) {
 
 // --- The header ------------------------------------------------------------------------------------------------------
 
-CalsHeader::CalsHeader(ByteSource& source) {
-    std::array<unsigned char, kBytes> bytes{};
-    if (source.Seek(0)) mPresent = source.ReadSome(bytes);
-    std::ranges::copy(bytes, mText.begin());
+CalsHeader::CalsHeader(std::span<const unsigned char> bytes) : mPresent(std::min(bytes.size(), kBytes)) {
+    std::ranges::copy(bytes.first(mPresent), mText.begin());
 }
 
 /// A record without what a NUL ends; empty when the file does not hold all of it.
@@ -44,9 +46,12 @@ std::string_view CalsHeader::Record(std::size_t number) const {
     return record.substr(0, record.find('\0'));
 }
 
-bool CalsHeader::IsCals() const {
+bool CalsHeader::HasDocumentId() const {
+    return Record(0).starts_with("srcdocid:") || Record(1).starts_with("dstdocid:");
+}
+
+bool CalsHeader::IsOfRasterType1() const {
     constexpr std::string_view kRasterType = "rtype:";
-    if (!Record(0).starts_with("srcdocid:") && !Record(1).starts_with("dstdocid:")) return false;
     const std::string_view type = Record(kRasterTypeRecord);
     return type.starts_with(kRasterType) && TextScanner(type.substr(kRasterType.size())).Integer() == 1;
 }
@@ -80,22 +85,32 @@ EDataOrientation CalsHeader::Orientation() const {
     }
 }
 
+Result<CalsHeader> ReadCalsHeader(ByteSource& source) {
+    std::array<unsigned char, CalsHeader::kBytes> bytes{};
+    const std::size_t present = source.Seek(0) ? source.ReadSome(bytes) : 0;
+    const CalsHeader header({bytes.data(), present});
+    if (!header.HasDocumentId()) return std::unexpected(Failure::kMalformed);
+    if (!header.IsOfRasterType1()) return std::unexpected(Failure::kUnsupported);
+    return header;
+}
+
 bool IsCals(ByteSource& source) {
-    return CalsHeader(source).IsCals();
+    return ReadCalsHeader(source).has_value();
 }
 
 // --- The reader ------------------------------------------------------------------------------------------------------
 
-bool CALSReader::Open(const KString& path) {
+void CALSReader::Close() {
     mSource.reset();
     mHeader = {};
-    Result<ByteSource> source = ByteSource::Open(path);
-    if (!source) return false;
-    const CalsHeader header(*source);
-    if (!header.IsCals()) return false;
-    mSource = std::move(*source);
-    mHeader = header;
-    return true;
+}
+
+Result<> CALSReader::OpenFiles(PictureFiles files) {
+    const Result<CalsHeader> header = ReadCalsHeader(files.source);
+    if (!header) return std::unexpected(header.error());
+    mHeader = *header;
+    mSource = std::move(files.source);
+    return {};
 }
 
 int CALSReader::GetRowPitch() {
@@ -104,21 +119,22 @@ int CALSReader::GetRowPitch() {
     return static_cast<int>(std::clamp<std::int64_t>(GetWidth() * kPixelBytes, Limits::min(), Limits::max()));
 }
 
-bool CALSReader::ReadImage(unsigned char* buffer, int /*frame*/) {
-    if (!mSource) return false;
+Result<> CALSReader::ReadFrame(std::span<unsigned char> pixels, int /*frame*/) {
+    if (!mSource) return std::unexpected(Failure::kCannotOpen);
     const std::int32_t width = GetWidth();
     const std::int32_t height = GetHeight();
-    if (width < 1 || height < 1) return true;
+    if (width < 1 || height < 1) return {};
     (void)mSource->Seek(std::min<std::uint64_t>(CalsHeader::kBytes, mSource->Size()));
     Ccitt::Decoder decoder(*mSource, width, Ccitt::Mode::kGroup4, Ccitt::BitOrder::kMostSignificantFirst);
     const auto pitch = static_cast<std::size_t>(GetRowPitch());
-    const std::span<unsigned char> pixels(buffer, pitch * static_cast<std::size_t>(height));
     std::vector<unsigned char> packed((static_cast<std::size_t>(width) + 7) / 8);
     for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
-        (void)decoder.DecodeRows(packed);  // a row that fails shows what the row before left
+        if (decoder.DecodeRows(packed) == Ccitt::Outcome::kBadCode) {  // and shows what the row before left
+            Sys::Warning(decoder.LastBadCode().Message().data(), nullptr);
+        }
         ExpandBilevelRow(packed, pixels.subspan(y * pitch, pitch));
     }
-    return true;
+    return {};
 }
 
 }  // namespace Kavra::Devices

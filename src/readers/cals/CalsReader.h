@@ -21,22 +21,24 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 
 namespace Kavra::Devices {
 
+/// The records of a header. Of one without any they say 0.
 class CalsHeader {
 public:
     static constexpr std::size_t kBytes = 2048;
 
     CalsHeader() = default;
-    /// The header at the start of a file, which may be shorter; what is missing reads as zero.
-    explicit CalsHeader(Common::ByteSource& source);
+    /// The bytes at the start of a file, which may be shorter; what is missing reads as zero.
+    explicit CalsHeader(std::span<const unsigned char> bytes);
 
-    /// Whether it begins with a document identifier and its raster type is 1, in records that the file holds whole.
-    bool IsCals() const;
+    bool HasDocumentId() const;  ///< in a record that the file holds whole, as below
+    bool IsOfRasterType1() const;
 
     // Whatever the record says; 0 where it has no number. Neither is checked.
     std::int32_t Width() const { return Counts().first; }
@@ -54,19 +56,24 @@ private:
     std::size_t mPresent = 0;  // characters that the file holds
 };
 
-/// Whether the file is one that the reader opens. The position of the source does not matter and is not kept.
+/// The header of a file that begins with a document identifier and whose raster type is 1. The position of the source
+/// does not matter and is not kept.
+[[nodiscard]] Common::Result<CalsHeader> ReadCalsHeader(Common::ByteSource& source);
+
+/// Whether the file is one that the reader opens.
 bool IsCals(Common::ByteSource& source);
 
 /// Shows the image in negative: what the coding calls white comes out opaque black, and black opaque white.
 ///
 /// A row that cannot be decoded raises one warning and shows the row before it once more; decoding goes on. Rows for
-/// which there is no data are black. Nothing makes `ReadImage` fail.
+/// which there is no data are black. Nothing makes `ReadFrame` fail but that no file is open.
 class CALSReader final : public ImageReaderInterface {
 public:
+    void Close() override;
     /// The header's counts are taken as they are, even where no image can have them.
-    bool Open(const KString& path) override;
+    Common::Result<> OpenFiles(PictureFiles files) override;
     /// `frame` does not matter. Writes nothing where the header's counts are not above 0.
-    bool ReadImage(unsigned char* buffer, int frame) override;
+    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
 
     int GetWidth() override { return mHeader.Width(); }
     int GetHeight() override { return mHeader.Height(); }

@@ -1,8 +1,8 @@
 /// What the chunks of an FLI or FLC animation do to its frame and palette, and the frame they do it to.
 #pragma once
 
-#include "common/PixelBlock.h"
 #include "common/ByteSource.h"
+#include "common/PixelBlock.h"
 
 #include <array>
 #include <cstddef>
@@ -52,18 +52,18 @@ private:
 
 /// The number of packets (2 bytes); of each: entries to skip (1), entries that follow (1, 0 means 256), their red,
 /// green and blue. Each component is multiplied by `scale` modulo 256. Colours beyond entry 255 are left unread.
-bool DecodeFlicPalette(Common::ByteSource& source, FlicPalette& palette, unsigned scale);
+[[nodiscard]] bool DecodeFlicPalette(Common::ByteSource& source, FlicPalette& palette, unsigned scale);
 
 /// All indices as they are.
-bool DecodeFlicCopy(Common::ByteSource& source, FlicFrame& frame);
+[[nodiscard]] bool DecodeFlicCopy(Common::ByteSource& source, FlicFrame& frame);
 
 /// Of each row: an unused byte, then packets until it is full: `n`, then a byte to be written `n` times, or -`n` bytes
 /// where that is negative. What passes the end of the row is not written; of bytes it is not read either.
-bool DecodeFlicByteRun(Common::ByteSource& source, FlicFrame& frame);
+[[nodiscard]] bool DecodeFlicByteRun(Common::ByteSource& source, FlicFrame& frame);
 
 /// The first row and the number of rows (2 bytes each); of each row: the number of packets (1); of each packet: columns
 /// to skip since the last one (1), `n`, then `n` bytes, or one to be written -`n` times where that is negative.
-bool DecodeFlicByteDelta(Common::ByteSource& source, FlicFrame& frame);
+[[nodiscard]] bool DecodeFlicByteDelta(Common::ByteSource& source, FlicFrame& frame);
 
 /// The number of rows (2 bytes). Of each row: words (2 bytes), of which the first below 0x4000 is the number of
 /// packets. Before it, one with bit 14 moves down by its low 14 bits, one with bit 15 alone gives the row's last index.
@@ -71,6 +71,6 @@ bool DecodeFlicByteDelta(Common::ByteSource& source, FlicFrame& frame);
 ///
 /// Unlike in other programs, the column counts from the start of the row for every packet, one word is written as often
 /// as the column, taken as a signed byte, is below zero, and a move that is written as a negative number goes far down.
-bool DecodeFlicWordDelta(Common::ByteSource& source, FlicFrame& frame);
+[[nodiscard]] bool DecodeFlicWordDelta(Common::ByteSource& source, FlicFrame& frame);
 
 }  // namespace Kavra::Devices

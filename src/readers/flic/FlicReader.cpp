@@ -10,6 +10,7 @@
 namespace Kavra::Devices {
 
 using Common::ByteSource;
+using Common::Failure;
 using Common::LittleAt;
 using Common::Result;
 
@@ -23,11 +24,11 @@ constexpr std::size_t kBytesThroughKind = 6;
 
 }  // namespace
 
-std::optional<FlicHeader> ReadFlicHeader(ByteSource& source) {
+Result<FlicHeader> ReadFlicHeader(ByteSource& source) {
     std::array<unsigned char, 12> bytes{};
-    if (!source.Seek(0) || source.ReadSome(bytes) < kBytesThroughKind) return std::nullopt;
+    if (!source.Seek(0) || source.ReadSome(bytes) < kBytesThroughKind) return std::unexpected(Failure::kTruncated);
     const auto kind = LittleAt<std::uint16_t, 4>(bytes);
-    if (kind != kFli && kind != kFlc) return std::nullopt;
+    if (kind != kFli && kind != kFlc) return std::unexpected(Failure::kMalformed);
     return FlicHeader{.frames = LittleAt<std::uint16_t, 6>(bytes),
                       .width = LittleAt<std::uint16_t, 8>(bytes),
                       .height = LittleAt<std::uint16_t, 10>(bytes)};
@@ -113,25 +114,26 @@ Table256<std::uint32_t> PixelTable(const FlicPalette& palette) {
 
 }  // namespace
 
-bool FLICReader::Open(const KString& path) {
+void FLICReader::Close() {
     mSource.reset();
     mHeader = {};
-    Result<ByteSource> source = ByteSource::Open(path);
-    if (!source) return false;
-    const std::optional<FlicHeader> header = ReadFlicHeader(*source);
-    if (!header) return false;
-    mSource = std::move(*source);
-    mHeader = *header;
-    return true;
 }
 
-bool FLICReader::ReadImage(unsigned char* buffer, int frame) {
-    if (!mSource) return false;
+Result<> FLICReader::OpenFiles(PictureFiles files) {
+    const Result<FlicHeader> header = ReadFlicHeader(files.source);
+    if (!header) return std::unexpected(header.error());
+    mHeader = *header;
+    mSource = std::move(files.source);
+    return {};
+}
+
+Result<> FLICReader::ReadFrame(std::span<unsigned char> pixels, int frame) {
+    if (!mSource) return std::unexpected(Failure::kCannotOpen);
     FlicFrame indices(mHeader.width, mHeader.height);
     FlicPalette palette{};
     PlayFlic(*mSource, mHeader, std::max(frame, 0), indices, palette);
-    LookUp({buffer, 4 * indices.Indices().size()}, indices.Indices(), PixelTable(palette));
-    return true;
+    LookUp(pixels, indices.Indices(), PixelTable(palette));
+    return {};
 }
 
 }  // namespace Kavra::Devices

@@ -1,7 +1,23 @@
 /// FLI and FLC animations: recognising and playing them.
 ///
-/// All numbers are little-endian. The header has 128 bytes, of which are used: kind (2 bytes at 4, 0xAF11 or 0xAF12),
-/// frames (2), width (2), height (2). Behind it lie chunks.
+/// A header, and chunks behind it. Numbers are little-endian; what is not listed is not used.
+///
+///     offset  bytes  field
+///          4      2  kind: 0xAF11 (FLI) or 0xAF12 (FLC)
+///          6      2  frames
+///          8      2  width
+///         10      2  height
+///        128         chunks
+///
+/// A chunk:
+///
+///     offset  bytes  field
+///          0      4  size, these bytes included
+///          4      2  kind
+///          6         body
+///
+/// A frame is a chunk too, of which only the count of chunks inside (2) and 8 unused bytes are the body: the chunks
+/// inside follow like any other.
 #pragma once
 
 #include "common/ByteSource.h"
@@ -10,6 +26,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 
 namespace Kavra::Devices {
 
@@ -21,7 +38,7 @@ struct FlicHeader {
 
 /// The header of a file that says it is FLI or FLC. Of a file that ends inside its header, but not before the kind, the
 /// missing bytes are zero. The position of the source does not matter and is not kept.
-std::optional<FlicHeader> ReadFlicHeader(Common::ByteSource& source);
+[[nodiscard]] Common::Result<FlicHeader> ReadFlicHeader(Common::ByteSource& source);
 
 /// Whether the file is one that the reader opens.
 bool IsFlic(Common::ByteSource& source);
@@ -29,19 +46,17 @@ bool IsFlic(Common::ByteSource& source);
 /// Plays the chunks from the first on into `frame` and `palette`, until those of frame `wanted` are done and the next
 /// frame has begun, the file ends, or as many chunks were read as the header counts frames. The last limit means that
 /// an animation whose frames hold several chunks each is never played to its end. Chunks of other kinds are skipped.
-///
-/// A chunk: its size (4 bytes, these included), its kind (2), its body. A frame is a chunk too, of which only the count
-/// of chunks inside (2) and 8 unused bytes are the body: the chunks inside follow like any other.
 void PlayFlic(Common::ByteSource& source, const FlicHeader& header, int wanted, FlicFrame& frame, FlicPalette& palette);
 
 /// Every frame comes out as opaque `kR8G8B8A8`. A file that ends early, or whose chunks are damaged, gives the last
-/// picture that was reached: `ReadImage` fails only when no file is open. Throws `std::bad_alloc` where there is no
+/// picture that was reached: `ReadFrame` fails only when no file is open. Throws `std::bad_alloc` where there is no
 /// memory for a byte a pixel besides the block.
 class FLICReader final : public ImageReaderInterface {
 public:
-    bool Open(const KString& path) override;
+    void Close() override;
+    Common::Result<> OpenFiles(PictureFiles files) override;
     /// Negative frames are the first.
-    bool ReadImage(unsigned char* buffer, int frame) override;
+    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
 
     int GetWidth() override { return mHeader.width; }
     int GetHeight() override { return mHeader.height; }

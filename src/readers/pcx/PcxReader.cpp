@@ -1,54 +1,358 @@
 #include "readers/pcx/PcxReader.h"
 
-#include "readers/pcx/PcxNibbles.h"
-#include "readers/pcx/PcxRows.h"
+#include "common/ByteOrder.h"
+#include "readers/SampleTables.h"
 
-#include <cstddef>
-#include <span>
+#include <kavra/devices/Sys.h>
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cstring>
 #include <utility>
 
 namespace Kavra::Devices {
 
 using Common::ByteSource;
+using Common::Failure;
+using Common::LittleAt;
 using Common::Result;
+
+// --- The header ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::uint8_t kManufacturer = 10;
+
+bool IsKnown(const PcxHeader& header) {
+    constexpr std::array kVersions = {0, 2, 3, 5};
+    constexpr std::array kBits = {1, 4, 8, 24};
+    return std::ranges::contains(kVersions, header.version) && header.encoding <= 1 &&
+           std::ranges::contains(kBits, header.Bits());
+}
+
+}  // namespace
+
+Result<PcxHeader> ReadPcxHeader(ByteSource& source) {
+    const auto bytes = source.BytesAt<kPcxHeaderBytes>(0);
+    if (!bytes) return std::unexpected(bytes.error());
+    if (bytes->front() != kManufacturer) return std::unexpected(Failure::kMalformed);
+    PcxHeader header = {
+        .version = (*bytes)[1],
+        .encoding = (*bytes)[2],
+        .bitsPerPlane = (*bytes)[3],
+        .planes = (*bytes)[65],
+        .xMin = LittleAt<std::uint16_t, 4>(*bytes),
+        .yMin = LittleAt<std::uint16_t, 6>(*bytes),
+        .xMax = LittleAt<std::uint16_t, 8>(*bytes),
+        .yMax = LittleAt<std::uint16_t, 10>(*bytes),
+        .bytesPerLine = LittleAt<std::uint16_t, 66>(*bytes),
+        .paletteInfo = LittleAt<std::uint16_t, 68>(*bytes),
+    };
+    if (!IsKnown(header)) return std::unexpected(Failure::kUnsupported);
+    std::ranges::copy(std::span(*bytes).subspan<16, 48>(), header.palette.begin());
+    return header;
+}
+
+bool IsPcx(ByteSource& source) {
+    return ReadPcxHeader(source).has_value();
+}
+
+// --- Colours ---------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr unsigned char kOpaque = 255;
+constexpr std::size_t kTripleBytes = 3;
+constexpr std::size_t kTrailingBytes = 256 * kTripleBytes;
+constexpr std::size_t kMarkerBytes = 1;  // before the trailing palette, whatever its value
+
+}  // namespace
+
+PcxPalette::PcxPalette(std::span<const unsigned char> triples) : mCount(triples.size() / kTripleBytes) {
+    for (std::size_t i = 0; i < mCount; ++i) {
+        const auto triple = triples.subspan(i * kTripleBytes, kTripleBytes);
+        mEntries[i] = {triple[0], triple[1], triple[2], kOpaque};
+    }
+}
+
+Result<PcxPalette> PcxPalette::Read(ByteSource& source, const PcxHeader& header) {
+    if (header.HasTrailingPalette()) {
+        if (source.Size() < kMarkerBytes + kTrailingBytes) return std::unexpected(Failure::kTruncated);
+        const auto triples = source.BytesAt<kTrailingBytes>(source.Size() - kTrailingBytes);
+        if (!triples) return std::unexpected(triples.error());
+        return PcxPalette(*triples);
+    }
+    if (header.Bits() != 1) return PcxPalette(header.palette);
+    PcxPalette palette(std::span(header.palette).first<2 * kTripleBytes>());
+    palette.TellTwoColoursApart();
+    return palette;
+}
+
+void PcxPalette::TellTwoColoursApart() {
+    if (mEntries[0] != mEntries[1]) return;
+    for (unsigned char& component : std::span(mEntries[1]).first<kTripleBytes>())
+        --component;
+}
+
+bool PcxPalette::IsGreyRamp() const {
+    for (std::size_t i = 0; i < mCount; ++i) {
+        const auto grey = static_cast<unsigned char>(i);
+        if (mEntries[i] != Entry{grey, grey, grey, kOpaque}) return false;
+    }
+    return true;
+}
+
+void PcxPalette::Colour(std::span<const unsigned char> indices, std::span<unsigned char> pixels) const {
+    auto pixel = pixels.begin();
+    for (const unsigned char index : indices) {
+        if (index < mCount) std::ranges::copy(mEntries[index], pixel);
+        pixel += sizeof(Entry);
+    }
+}
+
+namespace {
+
+constexpr unsigned char kGreyStep = 17;  // 15 steps make 255
+
+std::array<std::atomic<unsigned char>, 16> theNibbles;
+
+}  // namespace
+
+void SetPcxNibbles(bool isGreyRamp) {
+    unsigned char value = 0;
+    for (std::atomic<unsigned char>& nibble : theNibbles) {
+        nibble.store(value, std::memory_order_relaxed);
+        value = static_cast<unsigned char>(value + (isGreyRamp ? kGreyStep : 1));
+    }
+}
+
+PcxNibbles CurrentPcxNibbles() {
+    PcxNibbles nibbles;
+    std::ranges::transform(theNibbles, nibbles.begin(),
+                           [](const auto& nibble) { return nibble.load(std::memory_order_relaxed); });
+    return nibbles;
+}
+
+// --- Lines -----------------------------------------------------------------------------------------------------------
+
+PcxLines::PcxLines(ByteSource& source, const PcxHeader& header, std::size_t capacity)
+    : mSource(source), mCapacity(capacity), mLineBytes(header.bytesPerLine) {
+    (void)mSource.Seek(kPcxHeaderBytes);  // which a file with a header has
+    if (header.encoding == 1) mRuns.emplace(source, mCapacity, mLineBytes);
+}
+
+std::size_t PcxLines::Read(std::span<unsigned char> out) {
+    if (!mRuns) return ReadRaw(out.first(mCapacity));
+    const std::span<const unsigned char> line = mRuns->NextLine();
+    std::ranges::copy(line, out.begin());
+    if (mRuns->IsOutOfData()) ++mLinesOutOfData;
+    return line.size();
+}
+
+/// Fills the line and then goes to where the next line starts, seen from where reading stopped: back when a line is
+/// shorter than that, even where the file ended before. There is nothing to go to before the file's first byte.
+std::size_t PcxLines::ReadRaw(std::span<unsigned char> out) {
+    const std::size_t count = mSource.ReadSome(out);
+    const std::uint64_t next = mSource.Position() + mLineBytes;
+    if (next >= mCapacity) (void)mSource.Seek(std::min(next - mCapacity, mSource.Size()));
+    return count;
+}
+
+void PcxLines::DropRun() {
+    if (mRuns) mRuns->DropRun();
+}
+
+int PcxLines::TakeLinesOutOfData() {
+    return std::exchange(mLinesOutOfData, 0);
+}
+
+// --- Rows ------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::size_t kBitsOfByte = 8;
+constexpr std::size_t kColours = 3;
+
+/// Eight pixels as one number, so that they are worked on together.
+using EightPixels = std::uint64_t;
+
+/// For each byte its bits, the highest first in memory, as a byte 0 or 1 each.
+constexpr auto kBits = [] {
+    std::array<EightPixels, 256> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        std::array<unsigned char, kBitsOfByte> bits{};
+        for (std::size_t bit = 0; bit < kBitsOfByte; ++bit)
+            bits[bit] = static_cast<unsigned char>(byte >> (kBitsOfByte - 1 - bit) & 1U);
+        table[byte] = std::bit_cast<EightPixels>(bits);
+    }
+    return table;
+}();
+
+constexpr std::size_t BytesOfBits(std::size_t width) {
+    return (width + kBitsOfByte - 1) / kBitsOfByte;
+}
+
+std::size_t Width(const PcxHeader& header) {
+    return static_cast<std::size_t>(header.Width());
+}
+
+/// How many bytes a row takes of a line.
+std::size_t LineCapacity(const PcxHeader& header) {
+    if (header.IsPlanar() || header.Bits() == 24) return header.bytesPerLine;
+    return header.Bits() == 1 ? BytesOfBits(Width(header)) : Width(header);
+}
+
+/// How many bytes of a plane lie ready for a row: a line, or what the width takes where that is more.
+std::size_t PlaneBytes(const PcxHeader& header) {
+    const std::size_t needed = header.Bits() == 24 ? Width(header) : BytesOfBits(Width(header));
+    return std::max(LineCapacity(header), needed);
+}
+
+/// Sets bit `plane` (0 to 7) of each index where the packed bit, after `flip`, is set.
+void AddPlane(std::span<const unsigned char> packed, unsigned flip, unsigned plane, std::span<unsigned char> indices) {
+    unsigned char* eight = indices.first(packed.size() * kBitsOfByte).data();
+    for (const unsigned char byte : packed) {
+        EightPixels pixels = 0;
+        std::memcpy(&pixels, eight, sizeof pixels);
+        pixels |= kBits[byte ^ flip] << plane;  // which stays inside each byte
+        std::memcpy(eight, &pixels, sizeof pixels);
+        eight += sizeof pixels;
+    }
+}
+
+}  // namespace
+
+PcxIndexRows::PcxIndexRows(ByteSource& source, const PcxHeader& header)
+    : mLines(source, header, LineCapacity(header)),
+      mWidth(Width(header)),
+      mPlanes(header.planes),
+      mPlaneBytes(PlaneBytes(header)),
+      mIndices(BytesOfBits(mWidth) * kBitsOfByte),
+      mNibbles(CurrentPcxNibbles()) {
+    if (header.IsPlanar()) {
+        mNext = &PcxIndexRows::NextFromPlanes;
+        mPacked.resize(mPlanes * mPlaneBytes);
+    } else if (header.Bits() == 1) {
+        mNext = &PcxIndexRows::NextFromBits;
+        mPacked.resize(mPlaneBytes);
+    } else {
+        mNext = header.Bits() == 4 ? &PcxIndexRows::NextFromNibbles : &PcxIndexRows::NextFromBytes;
+    }
+}
+
+std::span<const unsigned char> PcxIndexRows::Next() {
+    (this->*mNext)();
+    return std::span(mIndices).first(mWidth);
+}
+
+/// Every plane counts one bit a pixel, whatever the header says.
+void PcxIndexRows::NextFromPlanes() {
+    std::ranges::fill(mIndices, 0);
+    for (std::size_t plane = 0; plane < mPlanes; ++plane) {
+        const std::span<unsigned char> packed = std::span(mPacked).subspan(plane * mPlaneBytes, mPlaneBytes);
+        (void)mLines.Read(packed);
+        AddPlane(packed.first(BytesOfBits(mWidth)), 0x00, static_cast<unsigned>(plane), mIndices);
+    }
+}
+
+/// A set bit is the first colour.
+void PcxIndexRows::NextFromBits() {
+    const std::size_t count = mLines.Read(mPacked);
+    std::ranges::fill(std::span(mPacked).subspan(count), 0);
+    std::ranges::fill(mIndices, 0);
+    AddPlane(mPacked, 0xFF, 0, mIndices);
+}
+
+/// The packed bytes are read into the row and spread from its end, so that none is overwritten before its turn.
+void PcxIndexRows::NextFromNibbles() {
+    (void)mLines.Read(mIndices);
+    for (std::size_t x = mWidth; x-- > 0;) {
+        const unsigned char packed = mIndices[x / 2];
+        mIndices[x] = mNibbles[x % 2 == 0 ? packed >> 4 : packed & 0xF];
+    }
+}
+
+void PcxIndexRows::NextFromBytes() {
+    (void)mLines.Read(mIndices);
+}
+
+PcxColourRows::PcxColourRows(ByteSource& source, const PcxHeader& header)
+    : mLines(source, header, LineCapacity(header)), mPlaneBytes(PlaneBytes(header)), mPlanes(kColours * mPlaneBytes) {}
+
+void PcxColourRows::Next(std::span<unsigned char> pixels) {
+    mLines.DropRun();
+    const unsigned char* red = ReadPlane(0);
+    const unsigned char* green = ReadPlane(1);
+    const unsigned char* blue = ReadPlane(2);
+    unsigned char* out = pixels.data();
+    const std::size_t width = pixels.size() / sizeof(std::uint32_t);
+    for (std::size_t x = 0; x < width; ++x) {
+        const std::uint32_t pixel = PackedPixel(red[x], green[x], blue[x], kOpaque);
+        std::memcpy(out + sizeof pixel * x, &pixel, sizeof pixel);
+    }
+}
+
+const unsigned char* PcxColourRows::ReadPlane(std::size_t plane) {
+    const std::span<unsigned char> bytes = std::span(mPlanes).subspan(plane * mPlaneBytes, mPlaneBytes);
+    const std::size_t count = mLines.Read(bytes);
+    // What was clear stays clear: once the data have ended, a line costs its warning and no more.
+    if (mFilled[plane] > count) std::ranges::fill(bytes.first(mFilled[plane]).subspan(count), 0);
+    mFilled[plane] = count;
+    return bytes.data();
+}
+
+// --- The reader ------------------------------------------------------------------------------------------------------
 
 namespace {
 
 constexpr std::uint16_t kGreyPalette = 2;
 
-}  // namespace
-
-bool PCXReader::Open(const KString& path) {
-    mSource.reset();
-    mPalette.reset();
-    Result<ByteSource> source = ByteSource::Open(path);
-    if (!source) return false;
-    const std::optional<PcxHeader> header = ReadPcxHeader(*source);
-    if (!header || header->Width() < 1 || header->Height() < 1) return false;
-    if (header->Bits() != 24) {
-        mPalette = PcxPalette::Read(*source, *header);
-        if (!mPalette) return false;
-    }
-    if (header->Bits() == 4) SetPcxNibbles(header->paletteInfo == kGreyPalette || mPalette->IsGreyRamp());
-    mHeader = *header;
-    mSource = std::move(*source);
-    return true;
+void WarnOfLinesOutOfData(PcxLines& lines) {
+    for (int line = lines.TakeLinesOutOfData(); line > 0; --line)
+        Sys::Warning(L"PCXReader::Invalid Frame -- out of data", nullptr);
 }
 
-bool PCXReader::ReadImage(unsigned char* buffer, int /*frame*/) {
-    if (!mSource) return false;
+}  // namespace
+
+void PCXReader::Close() {
+    mSource.reset();
+    mHeader = {};
+    mPalette.reset();
+}
+
+Result<> PCXReader::OpenFiles(PictureFiles files) {
+    const Result<PcxHeader> header = ReadPcxHeader(files.source);
+    if (!header) return std::unexpected(header.error());
+    if (header->Width() < 1 || header->Height() < 1) return std::unexpected(Failure::kMalformed);
+    if (header->Bits() != 24) {
+        const Result<PcxPalette> palette = PcxPalette::Read(files.source, *header);
+        if (!palette) return std::unexpected(palette.error());
+        if (header->Bits() == 4) SetPcxNibbles(header->paletteInfo == kGreyPalette || palette->IsGreyRamp());
+        mPalette = *palette;
+    }
+    mHeader = *header;
+    mSource = std::move(files.source);
+    return {};
+}
+
+Result<> PCXReader::ReadFrame(std::span<unsigned char> pixels, int /*frame*/) {
+    if (!mSource) return std::unexpected(Failure::kCannotOpen);
     const auto pitch = static_cast<std::size_t>(GetRowPitch());
-    const std::span<unsigned char> image(buffer, pitch * static_cast<std::size_t>(GetHeight()));
     if (mPalette) {
         PcxIndexRows rows(*mSource, mHeader);
-        for (std::size_t at = 0; at < image.size(); at += pitch)
-            mPalette->Colour(rows.Next(), image.subspan(at, pitch));
+        for (std::size_t at = 0; at < pixels.size(); at += pitch) {
+            mPalette->Colour(rows.Next(), pixels.subspan(at, pitch));
+            WarnOfLinesOutOfData(rows.Lines());
+        }
     } else {
         PcxColourRows rows(*mSource, mHeader);
-        for (std::size_t at = 0; at < image.size(); at += pitch)
-            rows.Next(image.subspan(at, pitch));
+        for (std::size_t at = 0; at < pixels.size(); at += pitch) {
+            rows.Next(pixels.subspan(at, pitch));
+            WarnOfLinesOutOfData(rows.Lines());
+        }
     }
-    return true;
+    return {};
 }
 
 }  // namespace Kavra::Devices

@@ -1,27 +1,188 @@
-/// Reading PCX pictures.
+/// PCX files: recognising and reading them.
+///
+/// A header, lines of pixels, and in some files a palette at the end. Numbers are little-endian; what is not listed is
+/// not used.
+///
+///     offset  bytes  field
+///          0      1  manufacturer, 10
+///          1      1  version: 0, 2, 3 or 5
+///          2      1  encoding: 0 raw, 1 run-length coded
+///          3      1  bits a pixel, in each plane
+///          4    4x2  first column, first row, last column, last row
+///         16     48  palette of 16 colours: red, green, blue
+///         65      1  planes
+///         66      2  bytes of one row of one plane: a line
+///         68      2  kind of palette: 2 is grey
+///        128         lines, those of all planes of a row one after another
+///       -769    769  of version 5 with 8 bits a pixel: a byte of any value, and a palette of 256 colours
 #pragma once
 
+#include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
-#include "readers/pcx/PcxHeader.h"
-#include "readers/pcx/PcxPalette.h"
+#include "readers/pcx/PcxRuns.h"
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <optional>
+#include <span>
+#include <vector>
 
 namespace Kavra::Devices {
+
+inline constexpr std::size_t kPcxHeaderBytes = 128;
+
+struct PcxHeader {
+    std::uint8_t version = 0;
+    std::uint8_t encoding = 0;
+    std::uint8_t bitsPerPlane = 0;
+    std::uint8_t planes = 0;
+    std::uint16_t xMin = 1, yMin = 1, xMax = 0, yMax = 0;  ///< until they are read there are no pixels
+    std::array<unsigned char, 48> palette{};
+    std::uint16_t bytesPerLine = 0;
+    std::uint16_t paletteInfo = 0;
+
+    int Bits() const { return bitsPerPlane * planes; }
+    int Width() const { return xMax - xMin + 1; }   ///< below 1 where the columns run backwards
+    int Height() const { return yMax - yMin + 1; }  ///< likewise
+    bool IsPlanar() const { return planes >= 2 && Bits() != 24; }
+    /// Whether the colours stand at the end of the file, 256 of them.
+    bool HasTrailingPalette() const { return version == 5 && Bits() == 8; }
+};
+
+/// The header of a file that is accepted as PCX, which takes a known version and encoding and 1, 4, 8 or 24 bits a
+/// pixel over all planes. The position of the source does not matter and is not kept.
+[[nodiscard]] Common::Result<PcxHeader> ReadPcxHeader(Common::ByteSource& source);
+
+/// Whether the file is one that the reader knows: it may have no pixels all the same, or lack its palette.
+bool IsPcx(Common::ByteSource& source);
+
+class PcxPalette {
+public:
+    /// The palette of a file with 1, 4 or 8 bits a pixel: the 256 colours at its end where it has those, else the first
+    /// 2 or all 16 colours of the header. Two equal colours of a 1-bit file are told apart by making the second darker
+    /// by one (and white, if they are black). Fails when the file is too short to hold the 256 colours.
+    [[nodiscard]] static Common::Result<PcxPalette> Read(Common::ByteSource& source, const PcxHeader& header);
+
+    /// Whether every colour is as grey as its index says: entry i is (i, i, i).
+    bool IsGreyRamp() const;
+
+    /// Writes red, green, blue and 255 to the pixels whose index has a colour. The others stay as they are.
+    void Colour(std::span<const unsigned char> indices, std::span<unsigned char> pixels) const;
+
+private:
+    using Entry = std::array<unsigned char, 4>;
+
+    explicit PcxPalette(std::span<const unsigned char> triples);
+    void TellTwoColoursApart();
+
+    std::array<Entry, 256> mEntries{};
+    std::size_t mCount = 0;
+};
+
+/// The palette index that each value of four bits becomes, in files that pack two pixels into a byte.
+using PcxNibbles = std::array<unsigned char, 16>;
+
+/// There is one such table in the process, which whoever opens a 4-bit file writes and whoever reads one uses: a file's
+/// pixels follow the 4-bit file that was opened last. With a grey ramp the values are spread over 0 to 255, else they
+/// stay. Threads: any; while two open 4-bit files of different kinds, what either reads is unspecified.
+void SetPcxNibbles(bool isGreyRamp);
+PcxNibbles CurrentPcxNibbles();
+
+/// Reads lines, each the bytes of one row of one plane.
+class PcxLines {
+public:
+    /// Lines from the end of the header on, read into `capacity` bytes each: what a row needs of a line, which may be
+    /// more or less than the file's own length of a line. The source is this reader's alone as long as it lives.
+    PcxLines(Common::ByteSource& source, const PcxHeader& header, std::size_t capacity);
+
+    std::size_t Capacity() const { return mCapacity; }
+
+    /// Reads the next line into the first `Capacity()` bytes of `out` and tells how many bytes came. The others stay as
+    /// they are.
+    std::size_t Read(std::span<unsigned char> out);
+
+    /// Forgets what is left of a run that did not fit into the last line.
+    void DropRun();
+
+    /// How many lines since it was last asked the data ended in or before. Of run-length coded files: raw ones end
+    /// unnoticed.
+    int TakeLinesOutOfData();
+
+private:
+    std::size_t ReadRaw(std::span<unsigned char> out);
+
+    Common::ByteSource& mSource;
+    std::size_t mCapacity;
+    std::size_t mLineBytes;
+    std::optional<PcxRuns> mRuns;  // nothing for raw lines
+    int mLinesOutOfData = 0;
+};
+
+/// Rows of a picture with a palette: an index a pixel.
+///
+/// Bytes that are not there are 0 in rows of 1 bit. In all others they are what the row before left: its indices, of
+/// 4 packed bits already spread, or the bits of the same plane.
+class PcxIndexRows {
+public:
+    PcxIndexRows(Common::ByteSource& source, const PcxHeader& header);
+
+    /// The next row, as long as the picture is wide. Valid until the next call.
+    std::span<const unsigned char> Next();
+
+    PcxLines& Lines() { return mLines; }
+
+private:
+    void NextFromPlanes();
+    void NextFromBits();
+    void NextFromNibbles();
+    void NextFromBytes();
+
+    void (PcxIndexRows::*mNext)() = nullptr;  // for the layout of the file
+    PcxLines mLines;
+    std::size_t mWidth;
+    std::size_t mPlanes;
+    std::size_t mPlaneBytes;
+    std::vector<unsigned char> mPacked;   // one plane behind the other
+    std::vector<unsigned char> mIndices;  // the row, up to whole bytes of bits
+    PcxNibbles mNibbles;
+};
+
+/// Rows of a picture of 24 bits, which has no palette: three lines a row - red, green, blue - whatever planes the
+/// header claims. Bytes that are not there are 0.
+class PcxColourRows {
+public:
+    PcxColourRows(Common::ByteSource& source, const PcxHeader& header);
+
+    /// Writes the next row: red, green, blue and 255 a pixel.
+    void Next(std::span<unsigned char> pixels);
+
+    PcxLines& Lines() { return mLines; }
+
+private:
+    const unsigned char* ReadPlane(std::size_t plane);
+
+    PcxLines mLines;
+    std::size_t mPlaneBytes;
+    std::vector<unsigned char> mPlanes;    // one behind the other
+    std::array<std::size_t, 3> mFilled{};  // of each plane, how many bytes may be other than 0
+};
 
 /// One frame of `kR8G8B8A8`, rows from the top. Files of 1, 4 and 8 bits a pixel have a palette, in one plane or in one
 /// plane a bit; files of 24 bits have three planes of colour.
 ///
-/// Only `Open` fails: for what is no PCX file, has no pixels or lacks its palette. Pixels whose index has no colour are
-/// left alone. Where the data end early there is one warning for each line that they end in or do not reach, and the
-/// picture is finished with what `PcxIndexRows` and `PcxColourRows` say of missing bytes.
+/// Only opening fails: for what is no PCX file, has no pixels or lacks its palette. Pixels whose index has no colour
+/// are left alone. Where the data end early there is one warning for each line that they end in or do not reach, and
+/// the picture is finished with what `PcxIndexRows` and `PcxColourRows` say of missing bytes.
 class PCXReader final : public ImageReaderInterface {
 public:
-    bool Open(const KString& path) override;
-    bool ReadImage(unsigned char* buffer, int frame) override;
-    int GetWidth() override { return mSource ? mHeader.Width() : 0; }
-    int GetHeight() override { return mSource ? mHeader.Height() : 0; }
-    int GetRowPitch() override { return 4 * GetWidth(); }
+    void Close() override;
+    Common::Result<> OpenFiles(PictureFiles files) override;
+    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
+
+    int GetWidth() override { return mHeader.Width(); }
+    int GetHeight() override { return mHeader.Height(); }
+    int GetRowPitch() override { return 4 * mHeader.Width(); }
 
 private:
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open

@@ -15,14 +15,14 @@ using Common::LittleAt;
 namespace {
 
 constexpr unsigned char kCountMark = 0xC0;
-constexpr std::size_t kMostCount = 0x3F;
+constexpr std::size_t kMaxCount = 0x3F;
 
 // Long stretches are decoded in steps of some bytes that stand for themselves and the run behind them. Both are stored
 // in pieces of a fixed size, whatever their lengths; what is too much is overwritten by the next step.
 constexpr std::size_t kBlock = 64;  // bytes that are searched for counts at a time
 constexpr std::size_t kLiterals = 16;
 constexpr std::size_t kShortRun = 16;
-constexpr std::size_t kLongRun = kMostCount + 1;
+constexpr std::size_t kLongRun = kMaxCount + 1;
 constexpr std::size_t kStepOut = kLiterals + kLongRun;
 
 constexpr bool IsCount(unsigned char byte) {
@@ -44,16 +44,16 @@ std::uint64_t CountMarks(std::span<const unsigned char, kBlock> bytes) {
 
 }  // namespace
 
-PcxRuns::PcxRuns(ByteSource& source, std::size_t room, std::size_t lineBytes)
-    : mSource(source), mLine(room), mRoom(room), mLineBytes(lineBytes) {}
+PcxRuns::PcxRuns(ByteSource& source, std::size_t capacity, std::size_t lineBytes)
+    : mSource(source), mLine(capacity), mCapacity(capacity), mLineBytes(lineBytes) {}
 
 std::span<const unsigned char> PcxRuns::NextLine() {
     mIsOutOfData = false;
-    mDone = std::min(mRunLength, mRoom);
+    mDone = std::min(mRunLength, mCapacity);
     std::fill_n(mLine.begin(), mDone, mRunValue);
     mRunLength -= mDone;
 
-    const std::size_t end = std::min(mRoom, mLineBytes);
+    const std::size_t end = std::min(mCapacity, mLineBytes);
     while (mDone < end) {
         TakeCodes(end);
         if (mDone < end && !TakeCode()) break;
@@ -78,7 +78,7 @@ void PcxRuns::TakeCodes(std::size_t end) {
             done += literals;
             if (literals == kLiterals) continue;
 
-            const std::size_t count = in[literals] & kMostCount;
+            const std::size_t count = in[literals] & kMaxCount;
             const unsigned char value = in[literals + 1];
             const std::span<unsigned char> run = out.subspan(literals);
             std::ranges::fill(run.first<kShortRun>(), value);
@@ -102,17 +102,17 @@ bool PcxRuns::TakeCode() {
     }
     const std::optional<unsigned char> value = TakeByte();
     if (!value) return false;
-    AddRun(*first & kMostCount, *value);
+    AddRun(*first & kMaxCount, *value);
     return true;
 }
 
 void PcxRuns::AddRun(std::size_t length, unsigned char value) {
     const std::size_t total = mDone + length;
-    if (total > mRoom) {
+    if (total > mCapacity) {
         mRunLength = total - std::min(total, mLineBytes);
         mRunValue = value;
     }
-    const std::size_t fits = std::min(length, mRoom - mDone);
+    const std::size_t fits = std::min(length, mCapacity - mDone);
     std::fill_n(mLine.begin() + static_cast<std::ptrdiff_t>(mDone), fits, value);
     mDone += fits;
 }

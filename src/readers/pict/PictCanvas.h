@@ -1,9 +1,8 @@
-/// Drawing a picture, a row at a time.
+/// Drawing a PICT picture, a row at a time.
 #pragma once
 
 #include "common/ByteSource.h"
-#include "readers/pict/PictPalette.h"
-#include "readers/pict/PictPicture.h"
+#include "readers/pict/PictStream.h"
 #include "readers/pict/PictTransfer.h"
 
 #include <array>
@@ -13,6 +12,23 @@
 #include <vector>
 
 namespace Kavra::Devices {
+
+/// The colour table of a record, or the ramp of 256 greys where it has none.
+std::span<const PictColour> PictColourTable(const PictRecord& record);
+
+/// Looks indices up.
+class PictPalette {
+public:
+    explicit PictPalette(std::span<const PictColour> colours);
+
+    /// Writes the high bytes of a colour's channels and alpha 255 for each index. Of an index that has no colour the
+    /// four bytes of `out` stay as they are.
+    void ToRgba(std::span<const unsigned char> indices, std::span<unsigned char> out) const;
+
+private:
+    std::array<std::array<unsigned char, 4>, 256> mPixels{};
+    std::size_t mCount;
+};
 
 /// One row of the canvas, that moves down the picture. No pixel depends on its neighbours, so drawing all records into
 /// one row after another gives what drawing one record after another into a whole canvas would, in the memory of a few

@@ -1,38 +1,55 @@
-/// The reader of PICT pictures.
+/// PICT pictures: recognising and reading them.
+///
+/// A frame and a stream of opcodes, behind 512 bytes of the program that wrote the file. Numbers are big-endian.
+///
+///     offset  bytes  field
+///          0    512  not used
+///        512      2  size of the picture, its low 16 bits
+///        514    4x2  frame: top, left, bottom, right
+///        522         zero bytes, then the version: 11 01, or 11 02 FF
+///                    opcodes, 1 byte each in version 1; 2 bytes at even offsets in version 2
 #pragma once
 
-#include "common/PixelBlock.h"
 #include "common/ByteSource.h"
+#include "common/PixelBlock.h"
 #include "readers/ImageReaderInterface.h"
-#include "readers/pict/PictPicture.h"
+#include "readers/pict/PictStream.h"
 
-#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 
 namespace Kavra::Devices {
 
+/// Whether a picture follows the 512 bytes that every file begins with: a frame that is not empty, and the opcode of
+/// version 1 or 2. Needs 512 bytes after those, and takes no file of 2 GiB or more. The position of the source does not
+/// matter and is not kept.
+bool IsPict(Common::ByteSource& source);
+
 /// Reads the bitmaps and pixel maps of a picture of version 1 or 2 onto a white canvas of its frame; everything else
 /// that the picture draws is left out.
 ///
-/// Holds the file's bytes while it lives, and a few rows while it reads. A file that is damaged anywhere is refused
+/// Holds the file's bytes while it is open, and a few rows while it reads. A file that is damaged anywhere is refused
 /// with the warning "The data is corrupted."; one of less than 512 bytes, or of 2 GiB or more, silently.
 class PictReader final : public ImageReaderInterface {
 public:
-    bool Open(const KString& path) override;
-    bool ReadImage(unsigned char* buffer, int frame) override;
-    int GetWidth() override { return mPicture ? mPicture->frame.Width() : 0; }
-    int GetHeight() override { return mPicture ? mPicture->frame.Height() : 0; }
-    int GetRowPitch() override { return 4 * GetWidth(); }
-    std::uint64_t GetWorkingBytes() override { return mFileBytes + (mPicture ? mPicture->WorkingBytes() : 0); }
+    void Close() override;
+    Common::Result<> OpenFiles(PictureFiles files) override;
+    /// `frame` does not matter.
+    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
+
+    int GetWidth() override { return mHeader.frame.Width(); }
+    int GetHeight() override { return mHeader.frame.Height(); }
+    int GetRowPitch() override { return 4 * mHeader.frame.Width(); }
+    std::uint64_t GetWorkingBytes() override { return mSource ? mSource->Size() + mHeader.WorkingBytes() : 0; }
 
 private:
-    bool ReadFile(const KString& path);
-    std::span<const unsigned char> File() const { return {mFile.get(), mFileBytes}; }
+    Common::Result<> TakeFile(Common::ByteSource& file);
+    Common::Result<> TakePicture();
 
-    Common::PixelBlock mFile;
-    std::size_t mFileBytes = 0;
-    std::optional<PictPicture> mPicture;  // of a file that was accepted
+    Common::PixelBlock mFile;                   // its bytes
+    std::optional<Common::ByteSource> mSource;  // over them; nothing unless a file is open
+    PictPicture mHeader;                        // and all that follows it but the rows
 };
 
 }  // namespace Kavra::Devices

@@ -1,17 +1,19 @@
 #include "readers/rlc/RlcReader.h"
 
+#include "common/ByteOrder.h"
 #include "common/Limits.h"
 #include "readers/BilevelRow.h"
-#include "common/ByteOrder.h"
 
 #include <kavra/devices/Sys.h>
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace Kavra::Devices {
 
 using Common::ByteSource;
+using Common::Failure;
 using Common::LittleAt;
 using Common::Result;
 
@@ -74,7 +76,16 @@ int CountImages(ByteSource& source, const RlcTrailer& trailer) {
     return images;
 }
 
-// --- Recognising ----------------------------------------------------------------------------------------------------
+// --- The header, and recognising it ---------------------------------------------------------------------------------
+
+RlcHeader ReadRlcHeader(ByteSource& source) {
+    RlcHeader header;
+    if (const auto trailer = ReadRlcTrailer(source); trailer && HasDirectory(*trailer)) header.directory = trailer;
+    if (!source.Seek(0)) return header;
+    header.rows = source.Big<std::int16_t>().value_or(0);
+    header.columns = source.Big<std::int16_t>().value_or(0);
+    return header;
+}
 
 namespace {
 
@@ -118,15 +129,10 @@ bool RowsFit(ByteSource& source, int rows, std::int16_t columns) {
 bool IsRlc(ByteSource& source) {
     const auto length = static_cast<std::int64_t>(source.Size());
     if (length < kMinBytes) return false;
-    const std::optional<RlcTrailer> trailer = ReadRlcTrailer(source);
-    if (!source.Seek(0)) return false;
-    const auto rows = source.Big<std::int16_t>();
-    const auto columns = source.Big<std::int16_t>();
-    if (!rows || !columns || !LengthFits(length, *rows, *columns)) return false;
-
-    const bool limited = trailer && HasDirectory(*trailer);
-    const int checkedRows = limited ? std::min<int>(*rows, std::max(*rows / 4, 100)) : *rows;
-    return RowsFit(source, checkedRows, *columns);
+    const RlcHeader header = ReadRlcHeader(source);
+    if (!LengthFits(length, header.rows, header.columns)) return false;
+    const int checkedRows = header.directory ? std::min<int>(header.rows, std::max(header.rows / 4, 100)) : header.rows;
+    return RowsFit(source, checkedRows, header.columns);
 }
 
 // --- Rows -----------------------------------------------------------------------------------------------------------
@@ -215,51 +221,35 @@ bool RlcMask::SetRun(std::uint16_t start, std::uint16_t end) {
 
 namespace {
 
-constexpr int kPixelBytes = 4;
 constexpr std::uint64_t kFirstRowOffset = 4;
 
 }  // namespace
 
-bool RlcReader::Open(const KString& path) {
+void RlcReader::Close() {
     mSource.reset();
-    mRows = mColumns = 0;
-    Result<ByteSource> source = ByteSource::Open(path);
-    if (!source) return false;
-    mSource = std::move(*source);
-    CountFrames();
-    (void)mSource->Seek(0);
-    mRows = mSource->Big<std::int16_t>().value_or(0);
-    mColumns = mSource->Big<std::int16_t>().value_or(0);
-    return true;
+    mHeader = {};
 }
 
-void RlcReader::CountFrames() {
-    const std::optional<RlcTrailer> trailer = ReadRlcTrailer(*mSource);
-    if (trailer && HasDirectory(*trailer)) {
-        mFrameCount += CountImages(*mSource, *trailer);
-    } else {
-        mFrameCount = 1;
-    }
+Result<> RlcReader::OpenFiles(PictureFiles files) {
+    mHeader = ReadRlcHeader(files.source);
+    mFrameCount = mHeader.directory ? mFrameCount + CountImages(files.source, *mHeader.directory) : 1;
+    mSource = std::move(files.source);
+    return {};
 }
 
-int RlcReader::GetRowPitch() {
-    return mColumns * kPixelBytes;
-}
-
-bool RlcReader::ReadImage(unsigned char* buffer, int /*frame*/) {
-    if (!mSource) return false;
-    if (mRows < 1 || mColumns < 1) return true;
+Result<> RlcReader::ReadFrame(std::span<unsigned char> pixels, int /*frame*/) {
+    if (!mSource) return std::unexpected(Failure::kCannotOpen);
+    if (mHeader.rows < 1 || mHeader.columns < 1) return {};
     (void)mSource->Seek(std::min(kFirstRowOffset, mSource->Size()));
     RlcRows rows(*mSource);
-    RlcMask mask(mColumns);
+    RlcMask mask(mHeader.columns);
     const auto pitch = static_cast<std::size_t>(GetRowPitch());
-    const std::span<unsigned char> pixels(buffer, pitch * static_cast<std::size_t>(mRows));
-    for (int y = 0; y < mRows; ++y) {
+    for (int y = 0; y < mHeader.rows; ++y) {
         mask.Clear();
-        if (!rows.ReadInto(mask, y == mRows - 1)) Sys::Warning(L"Invalid Row -- out of buffer bound", nullptr);
+        if (!rows.ReadInto(mask, y == mHeader.rows - 1)) Sys::Warning(L"Invalid Row -- out of buffer bound", nullptr);
         ExpandBilevelRow(mask.Bytes(), pixels.subspan(static_cast<std::size_t>(y) * pitch, pitch));
     }
-    return true;
+    return {};
 }
 
 }  // namespace Kavra::Devices

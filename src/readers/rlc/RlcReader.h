@@ -31,11 +31,6 @@
 
 namespace Kavra::Devices {
 
-/// Whether the file reads as rows of runs: there is no magic number, so the rows themselves are checked - all of them,
-/// or of a file with a directory the first quarter, at least 100. No file of 2 GiB or more is one. The position
-/// of the source does not matter and is not kept.
-bool IsRlc(Common::ByteSource& source);
-
 /// The bytes of a trailer.
 using RlcTrailer = std::array<unsigned char, 344>;
 
@@ -50,6 +45,21 @@ bool HasDirectory(const RlcTrailer& trailer);
 /// and that exist. Such a file is looked for by the name as it is stored, from the process's own folder; what it refers
 /// to in turn is not followed.
 int CountImages(Common::ByteSource& source, const RlcTrailer& trailer);
+
+struct RlcHeader {
+    std::int16_t rows = 0;
+    std::int16_t columns = 0;
+    std::optional<RlcTrailer> directory;  ///< a trailer whose directory is valid
+};
+
+/// The sizes at the start and the directory at the end. Sizes that the file does not hold are 0. The position of the
+/// source does not matter; it is left behind the sizes.
+RlcHeader ReadRlcHeader(Common::ByteSource& source);
+
+/// Whether the file reads as rows of runs: there is no magic number, so the rows themselves are checked - all of them,
+/// or of a file with a directory the first quarter, at least 100. No file of 2 GiB or more is one. The position
+/// of the source does not matter and is not kept.
+bool IsRlc(Common::ByteSource& source);
 
 /// The bits of one row. Runs of pixels are given by two positions counted from the right end of the row, as unsigned
 /// 16-bit numbers whose arithmetic wraps: (2, 5) of eight pixels is `...###..`.
@@ -76,28 +86,26 @@ private:
 
 /// Shows set pixels in opaque white on opaque black. A row with a run that is refused (`RlcMask`) raises one warning
 /// and shows only the runs that the file has behind that one. Where the file ends the rest is black. Nothing makes
-/// `ReadImage` fail.
+/// `ReadFrame` fail but that no file is open.
 class RlcReader final : public ImageReaderInterface {
 public:
+    void Close() override;
     /// Neither the sizes nor the rows are checked.
-    bool Open(const KString& path) override;
+    Common::Result<> OpenFiles(PictureFiles files) override;
     /// Reads the first image, whatever `frame`. Writes nothing where a size is not above 0.
-    bool ReadImage(unsigned char* buffer, int frame) override;
+    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
 
-    int GetWidth() override { return mColumns; }
-    int GetHeight() override { return mRows; }
-    int GetRowPitch() override;
+    int GetWidth() override { return mHeader.columns; }
+    int GetHeight() override { return mHeader.rows; }
+    int GetRowPitch() override { return 4 * mHeader.columns; }
     /// 1, or what the directory in the trailer lists, which may be none. Opening another file with a directory adds to
     /// the count of the one before.
     int GetFrameCount() override { return mFrameCount; }
 
 private:
-    void CountFrames();
-
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
-    std::int16_t mRows = 0;
-    std::int16_t mColumns = 0;
-    int mFrameCount = 0;
+    RlcHeader mHeader;
+    int mFrameCount = 0;  // which closing leaves alone
 };
 
 }  // namespace Kavra::Devices

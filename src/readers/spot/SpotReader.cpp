@@ -1,19 +1,243 @@
 #include "readers/spot/SpotReader.h"
 
-#include "readers/spot/BandDecoder.h"
-#include "readers/spot/SideFiles.h"
+#include "common/Limits.h"
+#include "common/ParallelRange.h"
+#include "common/PixelRun.h"
+#include "readers/spot/SpotKernels.h"
+#include "readers/spot/SpotRows.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <utility>
+#include <vector>
 
 namespace Kavra::Devices {
 
 using Common::ByteSource;
+using Common::Failure;
+using Common::Product;
 using Common::Result;
+using Common::Sum;
+
+// --- Pixels ----------------------------------------------------------------------------------------------------------
+
+namespace {
+
+using Line = std::span<const unsigned char>;
+
+/// Rows in which the samples of all bands stand together.
+SpotRows WholeRows(ByteSource& file, const SpotHeader& header) {
+    return SpotRows(file, {header.skipBytes}, header.totalRowBytes);
+}
+
+/// Where a band begins that follows the band before it.
+std::int64_t BandStart(const SpotHeader& header, std::int64_t band) {
+    const std::int64_t stride = Sum(Product(header.bandRowBytes, header.rows), header.bandGapBytes);
+    return Sum(Product(stride, band), header.skipBytes);
+}
+
+/// Where in a row the samples of a band begin.
+std::int64_t FirstByte(const SpotHeader& header, std::int64_t band) {
+    return Sum(Product(header.bandRowBytes, band), header.recordSkipBytes);
+}
+
+/// The block to be filled, row by row.
+class PixelRows {
+public:
+    PixelRows(std::span<unsigned char> bytes, std::int32_t rows)
+        : mBytes(bytes), mRows(rows), mPitch(bytes.size() / static_cast<std::size_t>(rows)) {}
+
+    std::int64_t Rows() const { return mRows; }
+    std::size_t Pitch() const { return mPitch; }
+    std::span<unsigned char> Row(std::int64_t row) const {
+        return mBytes.subspan(static_cast<std::size_t>(row) * mPitch, mPitch);
+    }
+
+private:
+    std::span<unsigned char> mBytes;
+    std::int64_t mRows;
+    std::size_t mPitch;
+};
+
+/// Where in a row the lines begin of which a row of pixels is made.
+template <std::size_t Count>
+using Firsts = std::array<std::int64_t, Count>;
+
+/// Converts as many rows as can be gathered, many at the same time, and tells how many that were.
+template <std::size_t Count, class Convert>
+std::int64_t ConvertGathered(SpotRows& rows, const Firsts<Count>& firsts, std::size_t bytes, const PixelRows& out,
+                             const Convert& convert) {
+    const std::size_t serialRows = Common::kSerialBytes / (out.Pitch() + Count * bytes);
+    if (!std::ranges::all_of(firsts, [&](std::int64_t first) { return rows.IsInOneSlot(first, bytes); })) return 0;
+    std::int64_t row = 0;
+    while (row < out.Rows()) {
+        const std::int64_t gathered = std::min(rows.Gather(row), out.Rows() - row);
+        if (gathered == 0) break;
+        const auto work = [&](std::size_t begin, std::size_t end) {
+            for (std::int64_t at = row + static_cast<std::int64_t>(begin); at < row + static_cast<std::int64_t>(end);
+                 ++at) {
+                std::array<Line, Count> lines;
+                for (std::size_t i = 0; i < Count; ++i)
+                    lines[i] = rows.Gathered(at, firsts[i], bytes);
+                convert(out.Row(at), lines);
+            }
+        };
+        Common::ForEachRange(static_cast<std::size_t>(gathered), serialRows, work);
+        row += gathered;
+    }
+    return row;
+}
+
+/// Calls `convert(rowOfOut, lines)` for each row, with the lines of `bytes` bytes that begin at `firsts`.
+template <std::size_t Count, class Convert>
+void ConvertRows(SpotRows rows, const Firsts<Count>& firsts, std::size_t bytes, const PixelRows& out,
+                 const Convert& convert) {
+    std::int64_t row = ConvertGathered(rows, firsts, bytes, out, convert);
+    if (row == out.Rows()) return;
+    std::vector<SpotLine> sources;
+    for (const std::int64_t first : firsts)
+        sources.emplace_back(rows, first, bytes);
+    for (; row < out.Rows(); ++row) {
+        std::array<Line, Count> lines;
+        for (std::size_t i = 0; i < Count; ++i)
+            lines[i] = sources[i].Read(row);
+        convert(out.Row(row), lines);
+    }
+}
+
+std::size_t SampleBytes(SampleKind kind) {
+    switch (kind) {
+        case SampleKind::kUnsigned16:
+        case SampleKind::kSigned16:
+            return 2;
+        case SampleKind::kUnsigned32:
+        case SampleKind::kSigned32:
+        case SampleKind::kFloat:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+/// One band of samples that are kept as they are.
+Result<> DecodeSamples(ByteSource& file, const SpotHeader& header, int band, std::span<unsigned char> out) {
+    const std::size_t sampleBytes = SampleBytes(header.sampleKind);
+    const std::size_t lineBytes = sampleBytes * static_cast<std::size_t>(header.columns);
+    if (sampleBytes == 0) return std::unexpected(Failure::kUnsupported);
+    if (header.layout == SpotLayout::kByLine) {
+        WholeRows(file, header).ReadAll(FirstByte(header, band), lineBytes, out);
+        return {};
+    }
+    if (header.layout == SpotLayout::kSequential) {
+        SpotRows(file, {BandStart(header, band)}, header.bandRowBytes).ReadAll(0, lineBytes, out);
+        return {};
+    }
+    if (header.layout != SpotLayout::kByPixel) return std::unexpected(Failure::kUnsupported);
+    if (header.bands == 1) {
+        WholeRows(file, header).ReadAll(0, lineBytes, out);
+    } else {
+        ConvertRows<1>(WholeRows(file, header), {0}, 3 * lineBytes, PixelRows(out, header.rows),
+                       [&](std::span<unsigned char> samples, const std::array<Line, 1>& pixels) {
+                           SampleFromPixels(samples, pixels[0], sampleBytes, band);
+                       });
+    }
+    return {};
+}
+
+/// One band of 8-bit samples, which any layout leaves together.
+void DecodeBand(ByteSource& file, const SpotHeader& header, std::span<unsigned char> out) {
+    const auto columns = static_cast<std::size_t>(header.columns);
+    const auto convertRows = [&](const auto& convert) {
+        ConvertRows<1>(
+            WholeRows(file, header), {header.recordSkipBytes}, columns, PixelRows(out, header.rows),
+            [&](std::span<unsigned char> pixels, const std::array<Line, 1>& samples) { convert(pixels, samples[0]); });
+    };
+    if (header.colourEntries > 0) {
+        convertRows([table = ColourTable(header.palette)](std::span<unsigned char> pixels, Line samples) {
+            LookUp(pixels, samples, table);
+        });
+    } else if (header.greyEntries > 0) {
+        convertRows([table = RedTable(header.palette)](std::span<unsigned char> pixels, Line samples) {
+            GreyFromSamples(pixels, samples, table);
+        });
+    } else {
+        WholeRows(file, header).ReadAll(header.recordSkipBytes, columns, out);
+    }
+}
+
+/// Three bands of 8-bit samples, the colours of a pixel side by side.
+void DecodeColourPixels(ByteSource& file, const SpotHeader& header, std::span<unsigned char> out) {
+    const bool throughTables = header.greyEntries > 0;
+    const PixelTables tables = ComponentTables(header.palette);
+    ConvertRows<1>(WholeRows(file, header), {0}, 3 * static_cast<std::size_t>(header.columns),
+                   PixelRows(out, header.rows),
+                   [&](std::span<unsigned char> pixels, const std::array<Line, 1>& samples) {
+                       throughTables ? RgbaFromPixels(pixels, samples[0], header.blueFirst, tables)
+                                     : RgbaFromPixels(pixels, samples[0], header.blueFirst);
+                   });
+}
+
+/// Three bands of 8-bit samples, a line of each colour.
+void DecodeColourLines(SpotRows rows, const SpotHeader& header, std::span<unsigned char> out) {
+    const bool throughTables = header.greyEntries > 0;
+    const PixelTables tables = ComponentTables(header.palette);
+    const Firsts<3> firsts{FirstByte(header, header.blueFirst ? 2 : 0), FirstByte(header, 1),
+                           FirstByte(header, header.blueFirst ? 0 : 2)};
+    ConvertRows(std::move(rows), firsts, static_cast<std::size_t>(header.columns), PixelRows(out, header.rows),
+                [&](std::span<unsigned char> pixels, const std::array<Line, 3>& lines) {
+                    const ColourRows colours{lines[0], lines[1], lines[2]};
+                    throughTables ? RgbaFromRows(pixels, colours, tables) : RgbaFromRows(pixels, colours);
+                });
+}
+
+Result<> DecodeColours(ByteSource& file, const SpotHeader& header, std::span<unsigned char> out) {
+    switch (header.layout) {
+        case SpotLayout::kByLine:
+            DecodeColourLines(WholeRows(file, header), header, out);
+            return {};
+        case SpotLayout::kSequential:
+            DecodeColourLines(
+                SpotRows(file, {BandStart(header, 0), BandStart(header, 1), BandStart(header, 2)}, header.bandRowBytes),
+                header, out);
+            return {};
+        case SpotLayout::kByPixel:
+            DecodeColourPixels(file, header, out);
+            return {};
+        default:
+            return std::unexpected(Failure::kUnsupported);
+    }
+}
+
+/// The format in which a raster comes out.
+Result<EFormat> FormatOf(const SpotHeader& header) {
+    if (header.bits == 8) return header.bands == 3 || header.colourEntries > 0 ? kR8G8B8A8 : kL8;
+    if (header.bits > 8 && header.bits <= 16) return kL16;
+    if (header.sampleKind == SampleKind::kFloat) return kR32F;
+    return std::unexpected(Failure::kUnsupported);
+}
+
+/// How many frames it has: the bands are one picture at 8 bits a sample, otherwise each is a picture of its own.
+int FrameCountOf(const SpotHeader& header) {
+    return header.bits == 8 ? 1 : header.bands;
+}
+
+/// Decodes frame `frame`, from 0 to `FrameCountOf` less 1, into `out`, which has `rows` rows without gaps of pixels in
+/// the format of the raster. Writes nothing where it fails. The header was parsed for the length of `file`.
+Result<> DecodeSpot(ByteSource& file, const SpotHeader& header, int frame, std::span<unsigned char> out) {
+    if (header.bits != 8) return DecodeSamples(file, header, frame, out);
+    if (header.bands == 3) return DecodeColours(file, header, out);
+    DecodeBand(file, header, out);
+    return {};
+}
+
+}  // namespace
+
+// --- The reader ------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -23,21 +247,34 @@ std::int64_t RowBytes(EFormat format, std::int32_t columns) {
 
 }  // namespace
 
-bool SpotReader::Open(const KString& path) {
-    *this = {};
-    const std::optional<KString> dataPath = PathWithExtension(path, L".bil");
-    const std::optional<KString> headerPath = PathWithExtension(path, L".hdr");
-    if (!dataPath || !headerPath) return false;
-    Result<ByteSource> data = ByteSource::Open(*dataPath);
-    if (!data) return false;
-    std::optional<BandHeader> header = ReadBandHeader(*headerPath, data->Size());
-    const std::optional<EFormat> format = header.and_then(FormatOf);
-    if (!format) return false;
-    mData = *std::move(data);
-    mHeader = *std::move(header);
+bool IsSpot(PictureFiles& files) {
+    return files.header && files.source.Size() > 0 && ReadSpotHeader(*files.header, files.source.Size()).has_value();
+}
+
+Result<PictureFiles> SpotReader::FindFiles(const KString& path) {
+    return OpenSpotFiles(path);
+}
+
+void SpotReader::Close() {
+    mSource.reset();
+    mHeader = {};
+    mFormat = kUnknown;
+    mFrameCount = 1;
+}
+
+Result<> SpotReader::OpenFiles(PictureFiles files) {
+    if (!files.header) return std::unexpected(Failure::kCannotOpen);
+    Result<SpotHeader> header = ReadSpotHeader(*files.header, files.source.Size());
+    if (!header) return std::unexpected(header.error());
+    header->path = PathWithExtension(files.path, L".hdr").value_or(files.path).ToChars();
+    AddSpotPalette(files.path, *header);
+    const Result<EFormat> format = FormatOf(*header);
+    if (!format) return std::unexpected(format.error());
     mFormat = *format;
-    mFrameCount = FrameCountOf(mHeader);
-    return true;
+    mFrameCount = FrameCountOf(*header);
+    mHeader = *std::move(header);
+    mSource = std::move(files.source);
+    return {};
 }
 
 int SpotReader::GetRowPitch() {
@@ -45,12 +282,11 @@ int SpotReader::GetRowPitch() {
         std::min<std::int64_t>(RowBytes(mFormat, mHeader.columns), std::numeric_limits<int>::max()));
 }
 
-bool SpotReader::ReadImage(unsigned char* buffer, int frame) {
-    const int rowPitch = GetRowPitch();
-    // A row whose bytes an int cannot count is one that no caller has room for.
-    if (!mData || rowPitch != RowBytes(mFormat, mHeader.columns)) return false;
-    const std::size_t bytes = static_cast<std::size_t>(rowPitch) * static_cast<std::size_t>(mHeader.rows);
-    return DecodeBands(*mData, mHeader, std::clamp(frame, 0, mFrameCount - 1), {buffer, bytes});
+Result<> SpotReader::ReadFrame(std::span<unsigned char> pixels, int frame) {
+    if (!mSource) return std::unexpected(Failure::kCannotOpen);
+    // A row whose bytes an int cannot count is one that no caller has memory for.
+    if (GetRowPitch() != RowBytes(mFormat, mHeader.columns)) return std::unexpected(Failure::kTooLarge);
+    return DecodeSpot(*mSource, mHeader, std::clamp(frame, 0, mFrameCount - 1), pixels);
 }
 
 }  // namespace Kavra::Devices

@@ -1,22 +1,50 @@
-/// Band-interleaved rasters: raw samples in a ".bil" file, described by a ".hdr" file beside it.
+/// Spot rasters: raw samples of one or three bands in a ".bil" file, described by a ".hdr" file beside it.
+///
+/// The header is text: a keyword and a value on each line. Counts are in bytes unless said otherwise; what is not listed
+/// is not used.
+///
+///     keyword          value                                                        where it is absent
+///     NCOLS, NROWS     columns, rows                                                not accepted
+///     NBITS            bits of a sample                                             8
+///     NBANDS           bands: 1 or 3                                                1
+///     PIXELTYPE        S... signed, F... floats of 32 bits                          unsigned
+///     BYTEORDER        MOTOROLA is not accepted                                     little-endian
+///     LAYOUT           how bands interleave: bil by line, bip by pixel, bsq not     bil
+///     SKIPBYTES        before the first row                                         0
+///     RECORDSKIPBYTES  before the samples of a row                                  0
+///     BANDROWBYTES     one row of one band                                          what its samples and the skip take
+///     TOTALROWBYTES    one row of all bands                                         the same of them all
+///     BANDGAPBYTES     between bands that lie one after another                     0
+///     BAND_RGB         1 or 123; 3 or 321: the first of three bands is blue         1
+///
+/// XDIM, YDIM, ULXMAP, ULYMAP, MAPUNITS, Projection, Datum and Zone say where the raster lies on the map. 8-bit samples may
+/// have a palette in a ".pal" or ".clr" file: text, too.
 #pragma once
 
 #include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
-#include "readers/spot/BandHeader.h"
+#include "readers/spot/SpotHeader.h"
 
 #include <optional>
+#include <span>
 
 namespace Kavra::Devices {
+
+/// Whether open files are those of a raster: the data are not empty, and the header describes them.
+bool IsSpot(PictureFiles& files);
 
 /// 8-bit rasters of one band come out as `kL8`, or as `kR8G8B8A8` where a palette colours them; of three bands as
 /// `kR8G8B8A8`. Each band of a deeper raster is a frame of its own: `kL16`, or `kR32F` for floats. Samples are
 /// little-endian. A sample that its row does not hold is zero.
 class SpotReader final : public ImageReaderInterface {
 public:
-    /// Any file beside the ".bil" and the ".hdr" file that shares their name leads to them.
-    bool Open(const KString& path) override;
-    bool ReadImage(unsigned char* buffer, int frame) override;
+    /// Any path beside the ".bil" and the ".hdr" file that shares their name leads to them.
+    Common::Result<PictureFiles> FindFiles(const KString& path) override;
+    void Close() override;
+    Common::Result<> OpenFiles(PictureFiles files) override;
+    /// Frames beyond the last are the last, negative ones the first. Fails, and writes nothing, for a depth or a layout
+    /// that cannot be decoded.
+    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
 
     int GetWidth() override { return mHeader.columns; }
     int GetHeight() override { return mHeader.rows; }
@@ -25,8 +53,8 @@ public:
     int GetFrameCount() override { return mFrameCount; }
 
 private:
-    std::optional<Common::ByteSource> mData;  // nothing unless a raster is open
-    BandHeader mHeader;
+    std::optional<Common::ByteSource> mSource;  // nothing unless a raster is open
+    SpotHeader mHeader;
     EFormat mFormat = kUnknown;
     int mFrameCount = 1;
 };

@@ -7,13 +7,11 @@
 namespace {
 
 using namespace Kavra::Devices;
-using Kavra::Common::ByteSource;
 using Kavra::Legacy::ByteBuilder;
 using Kavra::Legacy::CalsHeaderBytes;
 
 CalsHeader Header(const ByteBuilder& file) {
-    ByteSource source = file.Source();
-    return CalsHeader(source);
+    return CalsHeader(file.Bytes());
 }
 
 CalsHeader WithCounts(const std::string& counts) {

@@ -1,4 +1,4 @@
-#include "readers/ccitt/CcittDecoder.h"
+#include "readers/ccitt/CcittRows.h"
 
 #include "readers/ccitt/CcittStreams.h"
 
@@ -120,7 +120,6 @@ TEST(CcittBadCode, LeavesTheReferenceRowAndTheCountAlone) {
     // The first row draws three bytes and leaves 13 bits: below its first change, then 4 black, then six zeros. With
     // the fourth byte they are no white run, with the fifth they are one of 29 pixels.
     const Bytes data = Codes("001 1011 011 1  1 001 011 000000  00100000  10000000");
-    const MessageRecorder recorder;
     ByteSource source{std::span<const unsigned char>(data)};
     Decoder decoder(source, 16, Mode::kGroup4, BitOrder::kMostSignificantFirst);
     Bytes packed(2);
@@ -129,7 +128,7 @@ TEST(CcittBadCode, LeavesTheReferenceRowAndTheCountAlone) {
     packed = {0x12, 0x34};
     EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kBadCode);
     EXPECT_EQ(packed, (Bytes{0x12, 0x34})) << "the row is left as it was";
-    EXPECT_EQ(recorder.Texts(), (Texts{L"Bad code word in WhiteTable at scanline (x 8)"}));
+    EXPECT_STREQ(decoder.LastBadCode().Message().data(), L"Bad code word in WhiteTable at scanline (x 8)");
     EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed, (Bytes{0x0F, 0x00}));
     EXPECT_EQ(decoder.RowsDecoded(), 2u);
@@ -137,7 +136,6 @@ TEST(CcittBadCode, LeavesTheReferenceRowAndTheCountAlone) {
 
 TEST(CcittBadCode, EndsTheCallInWhichItStands) {
     const Bytes data = Codes("1 1 1 1 1 1 1 1  001 000000001 1111  1 1 1 1 1 1 1 1");
-    const MessageRecorder recorder;
     ByteSource source{std::span<const unsigned char>(data)};
     Decoder decoder(source, 8, Mode::kGroup4, BitOrder::kMostSignificantFirst);
     Bytes packed(12, 0xEE);

@@ -1,4 +1,4 @@
-#include "readers/ccitt/CcittInput.h"
+#include "readers/ccitt/CcittBits.h"
 
 #include <gtest/gtest.h>
 

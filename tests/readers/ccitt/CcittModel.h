@@ -2,7 +2,7 @@
 #pragma once
 
 #include "readers/ccitt/CcittCodes.h"
-#include "readers/ccitt/CcittDecoder.h"
+#include "readers/ccitt/CcittRows.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "readers/ccitt/CcittRowDecoder.h"
+#include "readers/ccitt/CcittRows.h"
 
 #include "readers/ccitt/CcittStreams.h"
 

@@ -1,4 +1,4 @@
-#include "readers/ccitt/CcittRow.h"
+#include "readers/ccitt/CcittRows.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "legacy/Bitmap.h"
-#include "readers/ccitt/CcittDecoder.h"
-#include "support/MessageRecorder.h"
+#include "readers/ccitt/CcittRows.h"
 
 #include <cstdint>
 #include <random>
@@ -43,26 +42,26 @@ inline Bytes WithBitsReversed(Bytes bytes) {
 struct DecodedRows {
     std::vector<std::string> rows;  ///< one letter a pixel: '.' white, '#' black; all '?' where nothing was written
     std::vector<Devices::Ccitt::Outcome> results;
-    std::vector<std::wstring> messages;
+    std::vector<std::wstring> messages;  ///< of the bad codes
 };
 
 /// Decodes `height` rows one by one, each into a buffer of its own.
 inline DecodedRows DecodeByRow(const Bytes& data, int width, int height,
                                Devices::Ccitt::Mode mode = Devices::Ccitt::Mode::kGroup4,
                                Devices::Ccitt::BitOrder order = Devices::Ccitt::BitOrder::kMostSignificantFirst) {
-    const MessageRecorder recorder;
     Common::ByteSource source{std::span<const unsigned char>(data)};
     Devices::Ccitt::Decoder decoder(source, width, mode, order);
     DecodedRows decoded;
     for (int y = 0; y < height; ++y) {
         Bytes packed((static_cast<std::size_t>(width) + 7) / 8, 0x5A);
         decoded.results.push_back(decoder.DecodeRows(packed));
+        if (decoded.results.back() == Devices::Ccitt::Outcome::kBadCode)
+            decoded.messages.emplace_back(decoder.LastBadCode().Message().data());
         std::string row(static_cast<std::size_t>(width), '?');
         for (std::size_t x = 0; decoded.results.back() != Devices::Ccitt::Outcome::kBadCode && x < row.size(); ++x)
             row[x] = (packed[x / 8] >> (7 - x % 8) & 1) != 0 ? '#' : '.';
         decoded.rows.push_back(row);
     }
-    decoded.messages = recorder.Texts();
     return decoded;
 }
 

@@ -1,4 +1,4 @@
-#include "readers/ccitt/CcittTables.h"
+#include "readers/ccitt/CcittCodes.h"
 
 #include <gtest/gtest.h>
 

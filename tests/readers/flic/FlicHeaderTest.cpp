@@ -10,7 +10,7 @@ using namespace Kavra::Devices;
 using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 
-std::optional<FlicHeader> Read(const ByteBuilder& file) {
+Kavra::Common::Result<FlicHeader> Read(const ByteBuilder& file) {
     ByteSource source = file.Source();
     return ReadFlicHeader(source);
 }

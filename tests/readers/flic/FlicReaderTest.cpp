@@ -4,7 +4,6 @@
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/flic/FlicBytes.h"
-#include "readers/flic/FlicReader.h"
 
 #include <gtest/gtest.h>
 
@@ -240,7 +239,7 @@ TEST(FlicReader, AReaderThatDoesNotOpenIsClosed) {
 /// All indices of a frame and its palette; nothing where the file is none.
 Bytes Play(const ByteBuilder& file) {
     ByteSource source = file.Source();
-    const std::optional<FlicHeader> header = ReadFlicHeader(source);
+    const auto header = ReadFlicHeader(source);
     if (!header) return {};
     FlicFrame frame(header->width, header->height);
     FlicPalette palette{};

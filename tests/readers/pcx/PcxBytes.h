@@ -2,7 +2,7 @@
 #pragma once
 
 #include "readers/ByteBuilder.h"
-#include "readers/pcx/PcxHeader.h"
+#include "readers/pcx/PcxReader.h"
 
 #include <initializer_list>
 #include <vector>
@@ -18,6 +18,7 @@ inline Devices::PcxHeader PcxFields(int bitsPerPlane, int planes, int width, int
     header.encoding = 1;
     header.bitsPerPlane = static_cast<std::uint8_t>(bitsPerPlane);
     header.planes = static_cast<std::uint8_t>(planes);
+    header.xMin = header.yMin = 0;
     header.xMax = static_cast<std::uint16_t>(width - 1);
     header.yMax = static_cast<std::uint16_t>(height - 1);
     header.bytesPerLine = static_cast<std::uint16_t>(bytesPerLine);

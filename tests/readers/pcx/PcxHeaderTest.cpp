@@ -1,4 +1,4 @@
-#include "readers/pcx/PcxHeader.h"
+#include "readers/pcx/PcxReader.h"
 
 #include "readers/FileSamples.h"
 
@@ -80,6 +80,9 @@ TEST(PcxHeader, EveryFieldComesFromItsPlace) {
 
 TEST(PcxHeader, SidesReachFromZeroOrLessTo65536) {
     PcxHeader header;
+    EXPECT_EQ(header.Width(), 0) << "of a header that was not read";
+    EXPECT_EQ(header.Height(), 0);
+    header.xMin = header.yMin = 0;
     EXPECT_EQ(header.Width(), 1);
     EXPECT_EQ(header.Height(), 1);
     header.xMax = header.yMax = 0xFFFF;

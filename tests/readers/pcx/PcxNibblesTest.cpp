@@ -1,4 +1,4 @@
-#include "readers/pcx/PcxNibbles.h"
+#include "readers/pcx/PcxReader.h"
 
 #include <gtest/gtest.h>
 

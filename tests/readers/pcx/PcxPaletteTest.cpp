@@ -1,4 +1,4 @@
-#include "readers/pcx/PcxPalette.h"
+#include "readers/pcx/PcxReader.h"
 
 #include "readers/pcx/PcxBytes.h"
 
@@ -13,12 +13,12 @@ using namespace Kavra::Devices;
 using Kavra::Common::ByteSource;
 using namespace Kavra::Tests;
 
-std::optional<PcxPalette> PaletteOf(const ByteBuilder& file, const PcxHeader& header) {
+Kavra::Common::Result<PcxPalette> PaletteOf(const ByteBuilder& file, const PcxHeader& header) {
     ByteSource source = file.Source();
     return PcxPalette::Read(source, header);
 }
 
-std::optional<PcxPalette> PaletteOf(const PcxHeader& header) {
+Kavra::Common::Result<PcxPalette> PaletteOf(const PcxHeader& header) {
     return PaletteOf(PcxHead(header), header);
 }
 

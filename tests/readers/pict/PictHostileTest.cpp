@@ -17,7 +17,7 @@ using namespace Kavra::Tests;
 std::optional<Bytes> Drawn(const ByteBuilder& file, unsigned char filler = 0xCD) {
     constexpr std::size_t kMostBytes = 4 << 20;
     ByteSource source = file.Source();
-    const std::optional<PictPicture> picture = ReadPictPicture(source);
+    const auto picture = ReadPictPicture(source);
     if (!picture) return std::nullopt;
     const std::size_t pitch = 4 * static_cast<std::size_t>(picture->frame.Width());
     const std::size_t bytes = pitch * static_cast<std::size_t>(picture->frame.Height());

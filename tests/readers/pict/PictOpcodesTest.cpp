@@ -1,4 +1,4 @@
-#include "readers/pict/PictOpcodes.h"
+#include "readers/pict/PictStream.h"
 
 #include "readers/ByteBuilder.h"
 

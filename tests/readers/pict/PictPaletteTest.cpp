@@ -1,4 +1,4 @@
-#include "readers/pict/PictPalette.h"
+#include "readers/pict/PictCanvas.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "readers/pict/PictPixelMap.h"
+#include "readers/pict/PictBitmap.h"
 
 #include "readers/pict/PictMaker.h"
 
@@ -14,21 +14,21 @@ constexpr PictRect kFrame = {0, 0, 100, 100};
 constexpr std::size_t kStart = 526;  // what follows the version of a picture of version 2
 
 /// The record after the first opcode, if it can be read and the source ends right behind it.
-std::optional<PictRecord> Read(const PictMaker& maker, PictBitmapKind kind, const PictRect& frame = kFrame) {
+Kavra::Common::Result<PictRecord> Read(const PictMaker& maker, PictBitmapKind kind, const PictRect& frame = kFrame) {
     ByteSource source = maker.File().Source();
     EXPECT_TRUE(source.Seek(kStart + 2));
-    std::optional<PictRecord> record = ReadPictRecord(source, kind, frame);
+    Kavra::Common::Result<PictRecord> record = ReadPictRecord(source, kind, frame);
     if (record && source.Remaining() != 0) ADD_FAILURE() << source.Remaining() << " bytes are left";
     return record;
 }
 
-std::optional<PictRecord> ReadIndexed(const PictMap& map) {
+Kavra::Common::Result<PictRecord> ReadIndexed(const PictMap& map) {
     return Read(PictMaker({0, 0, 1, 1}).Indexed(map), PictBitmapKind::kIndexed);
 }
-std::optional<PictRecord> ReadDirect(const PictMap& map) {
+Kavra::Common::Result<PictRecord> ReadDirect(const PictMap& map) {
     return Read(PictMaker({0, 0, 1, 1}).Direct(map), PictBitmapKind::kDirect);
 }
-std::optional<PictRecord> ReadBitmap(const PictMap& map) {
+Kavra::Common::Result<PictRecord> ReadBitmap(const PictMap& map) {
     return Read(PictMaker({0, 0, 1, 1}).Bitmap(map), PictBitmapKind::kIndexed);
 }
 

@@ -1,4 +1,4 @@
-#include "readers/pict/PictPixels.h"
+#include "readers/pict/PictTransfer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "readers/pict/PictProbe.h"
+#include "readers/pict/PictReader.h"
 
 #include "readers/FileSamples.h"
 #include "support/TemporaryFolder.h"

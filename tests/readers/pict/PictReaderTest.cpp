@@ -88,7 +88,7 @@ TEST(PictReader, ThroughALoadAnIndexWithoutAColourIsZero) {
     ImageDescription desc;
     const auto block = LoadThroughReader(reader, desc, Wide(path), {});
     ASSERT_TRUE(block);
-    EXPECT_EQ(Bytes(block.get(), block.get() + 12), (Bytes{10, 10, 10, 255, 20, 20, 20, 255, 0, 0, 0, 0}));
+    EXPECT_EQ(Bytes(block->get(), block->get() + 12), (Bytes{10, 10, 10, 255, 20, 20, 20, 255, 0, 0, 0, 0}));
 }
 
 TEST(PictReader, ReadsTheSameTwice) {

@@ -1,4 +1,4 @@
-#include "readers/pict/PictRows.h"
+#include "readers/pict/PictBitmap.h"
 
 #include "readers/ByteBuilder.h"
 
@@ -29,7 +29,7 @@ Bytes Unpacked(const Bytes& stored, const PictRowLayout& layout) {
 }
 
 /// The first row of these bytes.
-std::optional<Bytes> FirstRow(const ByteBuilder& file, const PictRowLayout& layout) {
+Kavra::Common::Result<Bytes> FirstRow(const ByteBuilder& file, const PictRowLayout& layout) {
     ByteSource source = file.Source();
     return NextPictRow(source, layout).transform(Copy);
 }
@@ -97,18 +97,18 @@ TEST(PictRows, CountsOfDirectRowsHaveTwoBytesAtAnyWidth) {
 
 TEST(PictRows, ACountIsAtMost100MoreThanTheRowBytes) {
     EXPECT_EQ(FirstRow(ByteBuilder().Byte(108).Fill(200, 1), Indexed(8, 8, 8)), Bytes(108, 1));
-    EXPECT_EQ(FirstRow(ByteBuilder().Byte(109).Fill(200, 1), Indexed(8, 8, 8)), std::nullopt);
+    EXPECT_FALSE(FirstRow(ByteBuilder().Byte(109).Fill(200, 1), Indexed(8, 8, 8)));
     EXPECT_EQ(FirstRow(ByteBuilder().Big16(400).Fill(500, 1), Indexed(8, 8, 300)), Bytes(400, 1));
-    EXPECT_EQ(FirstRow(ByteBuilder().Big16(401).Fill(500, 1), Indexed(8, 8, 300)), std::nullopt);
+    EXPECT_FALSE(FirstRow(ByteBuilder().Big16(401).Fill(500, 1), Indexed(8, 8, 300)));
     EXPECT_EQ(FirstRow(ByteBuilder().Big16(0x8064).Fill(0x8064, 1), Direct(1, 32, 3, 0x8000)), Bytes(0x8064, 1));
-    EXPECT_EQ(FirstRow(ByteBuilder().Big16(0x8065).Fill(0x8065, 1), Direct(1, 32, 3, 0x8000)), std::nullopt);
+    EXPECT_FALSE(FirstRow(ByteBuilder().Big16(0x8065).Fill(0x8065, 1), Direct(1, 32, 3, 0x8000)));
 }
 
 TEST(PictRows, ACountStaysInsideTheFile) {
     EXPECT_EQ(FirstRow(ByteBuilder().Byte(3).Fill(3, 1), Indexed(8, 8, 8)), Bytes(3, 1));
-    EXPECT_EQ(FirstRow(ByteBuilder().Byte(4).Fill(3, 1), Indexed(8, 8, 8)), std::nullopt);
-    EXPECT_EQ(FirstRow(ByteBuilder(), Indexed(8, 8, 8)), std::nullopt);
-    EXPECT_EQ(FirstRow(ByteBuilder().Byte(0), Indexed(8, 8, 300)), std::nullopt);
+    EXPECT_FALSE(FirstRow(ByteBuilder().Byte(4).Fill(3, 1), Indexed(8, 8, 8)));
+    EXPECT_FALSE(FirstRow(ByteBuilder(), Indexed(8, 8, 8)));
+    EXPECT_FALSE(FirstRow(ByteBuilder().Byte(0), Indexed(8, 8, 300)));
 }
 
 TEST(PictRows, AFlagBelow0RepeatsAUnitAndAnyOtherCopiesSeveral) {

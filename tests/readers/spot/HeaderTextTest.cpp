@@ -1,4 +1,4 @@
-#include "readers/spot/HeaderText.h"
+#include "readers/spot/SpotHeader.h"
 
 #include <gtest/gtest.h>
 

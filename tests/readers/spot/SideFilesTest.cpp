@@ -1,5 +1,6 @@
-#include "readers/spot/SideFiles.h"
+#include "readers/spot/SpotHeader.h"
 
+#include "readers/ByteBuilder.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +10,8 @@
 namespace {
 
 using namespace Kavra::Devices;
+using Kavra::Common::ByteSource;
+using Kavra::Common::Failure;
 using Kavra::Tests::TemporaryFolder;
 using Kavra::Tests::Wide;
 
@@ -39,20 +42,53 @@ TEST(PathWithExtension, TakesPathsOfAnyLength) {
     EXPECT_EQ(Replaced((L"x." + stem).c_str()), L"x.hdr");
 }
 
-TEST(SideFiles, OnlyARegularFileCanBeOpened) {
-    const TemporaryFolder folder;
-    EXPECT_TRUE(CanOpen(Wide(folder.Write("x", ""))));
-    EXPECT_FALSE(CanOpen(Wide(folder / "y")));
-    EXPECT_FALSE(CanOpen(Wide(folder.Path())));
+TEST(SideFiles, AFileIsReadWholeUpToItsLimit) {
+    const auto bytes = Kavra::Tests::ByteBuilder().Text(std::string_view("a\0b\r\n", 5));
+    ByteSource file = bytes.Source();
+    EXPECT_EQ(ReadWhole(file, 5), std::string("a\0b\r\n", 5));
+    EXPECT_EQ(ReadWhole(file, 5), std::string("a\0b\r\n", 5)) << "wherever it stands";
+    EXPECT_EQ(ReadWhole(file, 4).error(), Failure::kTooLarge);
+    ByteSource empty{std::span<const unsigned char>()};
+    EXPECT_EQ(ReadWhole(empty, 5), "");
 }
 
-TEST(SideFiles, AFileIsReadWholeUpToItsLimit) {
-    const TemporaryFolder folder;
-    const KString path = Wide(folder.Write("x", std::string_view("a\0b\r\n", 5)));
-    EXPECT_EQ(ReadWhole(path, 5), std::string("a\0b\r\n", 5));
-    EXPECT_EQ(ReadWhole(path, 4), std::nullopt);
-    EXPECT_EQ(ReadWhole(Wide(folder / "y"), 5), std::nullopt);
-    EXPECT_EQ(ReadWhole(Wide(folder.Write("empty", "")), 5), "");
+/// "q.bil" and "q.hdr".
+class SpotFiles : public testing::Test {
+protected:
+    SpotFiles() {
+        mFolder.Write("q.bil", "data");
+        mFolder.Write("q.hdr", "header");
+    }
+
+    TemporaryFolder mFolder;
+};
+
+TEST_F(SpotFiles, AnyPathOfTheirNameLeadsToThem) {
+    for (const char* name : {"q.bil", "q.hdr", "q.not-there", "q."}) {
+        auto files = OpenSpotFiles(Wide(mFolder / name));
+        ASSERT_TRUE(files) << name;
+        EXPECT_EQ(ReadWhole(files->source, 10), "data") << name;
+        EXPECT_EQ(ReadWhole(*files->header, 10), "header") << name;
+        EXPECT_STREQ(files->path.ToChars(), Wide(mFolder / name).ToChars());
+    }
+    EXPECT_EQ(OpenSpotFiles(Wide(mFolder / "q")).error(), Failure::kCannotOpen) << "without an extension";
+}
+
+TEST_F(SpotFiles, BothMustBeThere) {
+    mFolder.Write("p.bil", "");
+    mFolder.Write("o.hdr", "");
+    EXPECT_EQ(OpenSpotFiles(Wide(mFolder / "p.bil")).error(), Failure::kCannotOpen);
+    EXPECT_EQ(OpenSpotFiles(Wide(mFolder / "o.bil")).error(), Failure::kCannotOpen);
+}
+
+TEST_F(SpotFiles, ThePathsOwnFileIsNotOpenedTwice) {
+    const KString path = Wide(mFolder / "q.bil");
+    ByteSource open = ByteSource::Open(path).value();
+    std::filesystem::remove(mFolder / "q.bil");
+    auto files = OpenSpotFiles(path, &open);
+    ASSERT_TRUE(files) << "it was there when it was opened";
+    EXPECT_EQ(ReadWhole(files->source, 10), "data");
+    EXPECT_FALSE(OpenSpotFiles(Wide(mFolder / "q.dat"), &open)) << "which is another file";
 }
 
 }  // namespace

@@ -1,0 +1,42 @@
+// The header of a Spot raster, as text and as a file with a palette beside it.
+
+#include "FuzzFile.h"
+#include "readers/spot/SpotHeader.h"
+
+#include <cstdlib>
+#include <limits>
+
+namespace {
+
+using namespace Kavra;
+
+/// What every accepted header promises to the reader.
+void Check(const Devices::SpotHeader& header) {
+    const bool shape = header.columns >= 1 && header.rows >= 1 && header.bits >= 1 &&
+                       (header.bands == 1 ? header.bits <= 32 : header.bands == 3);
+    const bool placement = header.skipBytes >= 0 && header.recordSkipBytes >= 0 && header.bandRowBytes >= 0 &&
+                           header.totalRowBytes >= 0 && header.bandGapBytes >= 0;
+    const bool palette = header.palette[0] == Devices::SpotColour{} &&
+                         (header.colourEntries == 0 || (header.greyEntries == 0 && header.bands == 1));
+    if (!shape || !placement || !palette) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(data, data + size);
+    constexpr std::uint64_t kAnyLength = std::numeric_limits<std::uint64_t>::max();
+    const auto parsed = Devices::ParseSpotHeader(text, kAnyLength);
+    if (parsed) Check(*parsed);
+    if (parsed && parsed->totalRowBytes > 0 && Devices::ParseSpotHeader(text, 0)) std::abort();
+
+    const Fuzz::FuzzFile file({data, size}, ".hdr");
+    const Fuzz::FuzzFile palette({data, size}, ".clr");
+    auto source = Common::ByteSource::Open(file.Name());
+    auto read = Devices::ReadSpotHeader(source.value(), kAnyLength);
+    if (read.has_value() != (parsed.has_value() && size <= 20480)) std::abort();
+    if (!read) return 0;
+    Devices::AddSpotPalette(file.Name(), *read);
+    Check(*read);
+    return 0;
+}
