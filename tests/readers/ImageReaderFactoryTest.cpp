@@ -7,12 +7,14 @@
 #include "readers/pict/PictReader.h"
 #include "readers/rlc/RlcReader.h"
 #include "readers/spot/SpotReader.h"
+#include "support/CallSlot.h"
 #include "support/TemporaryFolder.h"
 
 #include <kavra/objects/ObjModel.h>
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <memory>
 #include <utility>
@@ -83,6 +85,51 @@ TEST(ImageReaderInterface, DescribesOneUprightFrameOfEightBitColourUnlessAReader
     EXPECT_EQ(reader.GetFormat(), 46);
     EXPECT_EQ(reader.GetFrameCount(), 1);
     EXPECT_EQ(reader.GetOrientation(), 0);
+}
+
+/// Says a number of its own in each slot.
+class NumberedReader : public ImageReaderInterface {
+public:
+    int GetWidth() override { return 3; }
+    int GetHeight() override { return 4; }
+    int GetRowPitch() override { return 5; }
+    EFormat GetFormat() override { return kL16; }
+    int GetFrameCount() override { return 7; }
+    EDataOrientation GetOrientation() override { return kLeftTop; }
+    void Close() override { opened = 0; }
+    Kavra::Common::Result<> OpenFiles(PictureFiles files) override {
+        opened = files.source.Size();
+        return {};
+    }
+    Kavra::Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override {
+        read = pixels.size();
+        pixels[0] = static_cast<unsigned char>(frame);
+        return {};
+    }
+
+    std::uint64_t opened = 0;
+    std::size_t read = 0;
+};
+
+TEST(ImageReaderInterface, IsDrivenBySlots) {
+    const Kavra::Tests::TemporaryFolder folder;
+    const KString path = Kavra::Tests::Wide(folder.Write("file", "12345"));
+    const KString missing = Kavra::Tests::Wide(folder / "missing");
+    NumberedReader reader;
+    EXPECT_TRUE(Kavra::Tests::CallSlot<bool>(&reader, 1, &path));
+    EXPECT_EQ(reader.opened, 5u);
+    std::array<unsigned char, 20> pixels{};
+    EXPECT_TRUE(Kavra::Tests::CallSlot<bool>(&reader, 2, pixels.data(), 9));
+    EXPECT_EQ(reader.read, 20u) << "rows x pitch";
+    EXPECT_EQ(pixels[0], 9);
+    EXPECT_EQ(Kavra::Tests::CallSlot<int>(&reader, 3), 3);
+    EXPECT_EQ(Kavra::Tests::CallSlot<int>(&reader, 4), 4);
+    EXPECT_EQ(Kavra::Tests::CallSlot<int>(&reader, 5), 5);
+    EXPECT_EQ(Kavra::Tests::CallSlot<EFormat>(&reader, 6), kL16);
+    EXPECT_EQ(Kavra::Tests::CallSlot<int>(&reader, 7), 7);
+    EXPECT_EQ(Kavra::Tests::CallSlot<EDataOrientation>(&reader, 8), kLeftTop);
+    EXPECT_FALSE(Kavra::Tests::CallSlot<bool>(&reader, 1, &missing));
+    EXPECT_EQ(reader.opened, 0u) << "the file before is forgotten";
 }
 
 TEST(ImageReaderInterface, ReadersLiveInTheDefaultAllocatorsMemory) {
