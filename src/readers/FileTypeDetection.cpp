@@ -87,7 +87,7 @@ DetectedFile DetectFile(const KString& path) {
             return file;
         }
     }
-    file.files = PictureFiles{path, *std::move(source), std::nullopt};
+    file.files = PictureFiles{path.ToChars(), *std::move(source), std::nullopt};
     return file;
 }
 

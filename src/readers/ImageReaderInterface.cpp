@@ -24,7 +24,7 @@ Result<> ImageReaderInterface::Open(PictureFiles files) {
 
 Result<PictureFiles> ImageReaderInterface::FindFiles(const KString& path) {
     return ByteSource::Open(path).transform(
-        [&](ByteSource&& source) { return PictureFiles{path, std::move(source), std::nullopt}; });
+        [&](ByteSource&& source) { return PictureFiles{path.ToChars(), std::move(source), std::nullopt}; });
 }
 
 bool ImageReaderInterface::ReadImage(unsigned char* buffer, int frame) {

@@ -12,12 +12,13 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 
 namespace Kavra::Devices {
 
 /// The open files that a picture stands in.
 struct PictureFiles {
-    KString path;                              ///< that the host named
+    std::wstring path;                         ///< that the host named
     Common::ByteSource source;                 ///< of the file with the pixels
     std::optional<Common::ByteSource> header;  ///< of the file beside it that describes them, where the format has one
 };

@@ -19,25 +19,24 @@ using Common::Sum;
 
 // --- Files -----------------------------------------------------------------------------------------------------------
 
-std::optional<KString> PathWithExtension(const KString& path, const wchar_t* extension) {
+std::optional<std::wstring> PathWithExtension(const KString& path, const wchar_t* extension) {
     std::wstring present(path.GetLen() + 1, L'\0');
     OS::_wsplitpath(path, nullptr, nullptr, nullptr, present.data());
     const std::size_t length = std::wcslen(present.c_str());
     if (length == 0) return std::nullopt;
-    std::wstring replaced(path.ToChars(), path.GetLen() - length);
-    return std::optional<KString>(std::in_place, (replaced + extension).c_str());
+    return std::wstring(path.ToChars(), path.GetLen() - length) + extension;
 }
 
 Result<PictureFiles> OpenSpotFiles(const KString& path, ByteSource* open) {
-    const std::optional<KString> dataPath = PathWithExtension(path, L".bil");
-    const std::optional<KString> headerPath = PathWithExtension(path, L".hdr");
+    const std::optional<std::wstring> dataPath = PathWithExtension(path, L".bil");
+    const std::optional<std::wstring> headerPath = PathWithExtension(path, L".hdr");
     if (!dataPath || !headerPath) return std::unexpected(Failure::kCannotOpen);
-    const bool isOpen = open != nullptr && std::wcscmp(dataPath->ToChars(), path.ToChars()) == 0;
-    Result<ByteSource> data = isOpen ? Result<ByteSource>(open->Again()) : ByteSource::Open(*dataPath);
+    const bool isOpen = open != nullptr && *dataPath == path.ToChars();
+    Result<ByteSource> data = isOpen ? Result<ByteSource>(open->Again()) : ByteSource::Open(KString(dataPath->c_str()));
     if (!data) return std::unexpected(data.error());
-    Result<ByteSource> header = ByteSource::Open(*headerPath);
+    Result<ByteSource> header = ByteSource::Open(KString(headerPath->c_str()));
     if (!header) return std::unexpected(header.error());
-    return PictureFiles{path, *std::move(data), *std::move(header)};
+    return PictureFiles{path.ToChars(), *std::move(data), *std::move(header)};
 }
 
 Result<std::string> ReadWhole(ByteSource& file, std::uint64_t maxBytes) {
@@ -261,8 +260,8 @@ Georeference ReadGeoreference(const HeaderText& text, std::int32_t rows) {
 Result<SpotPalette> FindPalette(const KString& beside) {
     Result<SpotPalette> palette = std::unexpected(Failure::kCannotOpen);
     for (const wchar_t* extension : {L".pal", L".clr"}) {
-        const std::optional<KString> path = PathWithExtension(beside, extension);
-        if (path) palette = ReadSpotPalette(*path);
+        const std::optional<std::wstring> path = PathWithExtension(beside, extension);
+        if (path) palette = ReadSpotPalette(KString(path->c_str()));
         if (palette || palette.error() != Failure::kCannotOpen) break;
     }
     return palette;

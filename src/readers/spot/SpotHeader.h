@@ -18,7 +18,7 @@ namespace Kavra::Devices {
 
 /// The path with its extension - from the last "." of its last component - replaced by `extension`, which begins with a
 /// "."; nothing when it has none.
-std::optional<KString> PathWithExtension(const KString& path, const wchar_t* extension);
+std::optional<std::wstring> PathWithExtension(const KString& path, const wchar_t* extension);
 
 /// Opens the ".bil" and ".hdr" files that share the path's name; the path may have any extension, but needs one. `open`
 /// is the file at the path itself where it is open already: it is looked at once more instead of opened. Fails unless

@@ -266,8 +266,9 @@ Result<> SpotReader::OpenFiles(PictureFiles files) {
     if (!files.header) return std::unexpected(Failure::kCannotOpen);
     Result<SpotHeader> header = ReadSpotHeader(*files.header, files.source.Size());
     if (!header) return std::unexpected(header.error());
-    header->path = PathWithExtension(files.path, L".hdr").value_or(files.path).ToChars();
-    AddSpotPalette(files.path, *header);
+    const KString path(files.path.c_str());
+    header->path = PathWithExtension(path, L".hdr").value_or(files.path);
+    AddSpotPalette(path, *header);
     const Result<EFormat> format = FormatOf(*header);
     if (!format) return std::unexpected(format.error());
     mFormat = *format;

@@ -16,8 +16,7 @@ using Kavra::Tests::TemporaryFolder;
 using Kavra::Tests::Wide;
 
 std::wstring Replaced(const wchar_t* path) {
-    const std::optional<KString> result = PathWithExtension(path, L".hdr");
-    return result ? result->ToChars() : L"(none)";
+    return PathWithExtension(path, L".hdr").value_or(L"(none)");
 }
 
 TEST(PathWithExtension, ReplacesTheLastExtensionOfTheLastComponentOnly) {
