@@ -1,22 +1,21 @@
 #include "analysis/EnvironmentMap.h"
 
+#include "common/PixelFormats.h"
+
 namespace Kavra::Analysis {
 namespace {
 
 using namespace Devices;
 
 std::optional<PixelKind> PixelKindOf(EFormat format) {
-    switch (format) {
-        case kR8G8B8A8:
-        case kR8G8B8A8Alt:
-        case kR8G8B8X8:
-            return PixelKind::kRedFirstBytes;
-        case kB8G8R8A8:
-        case kB8G8R8X8:
-            return PixelKind::kBlueFirstBytes;
-        case kR16G16B16A16F:
+    const Common::PixelFormat& facts = Common::FactsOf(format);
+    if (facts.channels != 4) return std::nullopt;
+    switch (facts.element) {
+        case Common::ElementType::kUInt8:
+            return facts.blueFirst ? PixelKind::kBlueFirstBytes : PixelKind::kRedFirstBytes;
+        case Common::ElementType::kHalf:
             return PixelKind::kHalves;
-        case kR32G32B32A32F:
+        case Common::ElementType::kFloat:
             return PixelKind::kFloats;
         default:
             return std::nullopt;

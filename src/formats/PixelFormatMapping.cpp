@@ -1,7 +1,6 @@
 #include "formats/PixelFormatMapping.h"
 
 #include "formats/Attributes.h"
-#include "formats/ChannelOrder.h"
 
 namespace Kavra::Devices {
 
@@ -70,7 +69,8 @@ EFormat ImageSpecToFormat(const ImageSpec& spec) {
 
 bool NeedConvert(EFormat from, int fromKind, EFormat to, int toKind) {
     if (fromKind != toKind) return from != to;
-    return (IsRedFirst(from) && IsBlueFirst(to)) || (IsBlueFirst(from) && IsRedFirst(to));
+    const Common::PixelFormat &a = Common::FactsOf(from), &b = Common::FactsOf(to);
+    return (a.IsRedFirst() && b.blueFirst) || (a.blueFirst && b.IsRedFirst());
 }
 
 }  // namespace Kavra::Devices

@@ -5,8 +5,8 @@
 #include "common/HostExtras.h"
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
+#include "common/PixelFormats.h"
 #include "common/dds/DdsShape.h"
-#include "formats/ChannelOrder.h"
 #include "formats/FormatConversion.h"
 #include "formats/PixelFormatMapping.h"
 #include "load/AlphaAnalysis.h"
@@ -64,7 +64,7 @@ bool Position(TextureLoad& load) {
 
 bool Describe(TextureLoad& load) {
     const bool isRadiance = OIIO::string_view(load.input->format_name()) == "hdr";
-    const bool ddsAlphaVariant = load.hostFormat == kReserved50 || load.hostFormat == kReserved51;
+    const bool ddsAlphaVariant = Common::FactsOf(load.hostFormat).kind == Common::FormatKind::kAlphaVariant;
     load.fileDesc = DescribeSpec(load.fileSpec, isRadiance, load.fileType, ddsAlphaVariant);
     if (load.fileDesc.format == kUnknown) return false;
     load.nativeSpec = FormatToImageSpec(load.fileDesc.format, load.fileSpec);
@@ -146,12 +146,13 @@ Pixels Convert(const TextureLoad& load, const Pixels& pixels) {
 /// From what was read to the chosen format. The library delivers red first.
 Pixels ToChosenFormat(const TextureLoad& load, Pixels pixels) {
     if (load.Converts()) return Convert(load, pixels);
-    if (IsBlueFirst(load.format) && !IsBlueFirst(load.fileDesc.format)) return SwapRedAndBlue(pixels);
+    const auto isBlueFirst = [](EFormat format) { return Common::FactsOf(format).blueFirst; };
+    if (isBlueFirst(load.format) && !isBlueFirst(load.fileDesc.format)) return SwapRedAndBlue(pixels);
     return pixels;
 }
 
-/// Brings pixels in the chosen format to the wanted size, row and column order, and updates `desc`. None when that cannot
-/// be done.
+/// Brings pixels in the chosen format to the wanted size, row and column order, and updates `desc`. None when that
+/// cannot be done.
 Pixels ToWantedShape(TextureLoad& load, Pixels pixels) {
     if (!pixels || (!load.NeedsResize() && !load.NeedsReorientation())) return pixels;
     const ImageDesc& file = load.fileDesc;

@@ -2,6 +2,7 @@
 
 #include <kavra/devices/Sys.h>
 
+#include "common/PixelFormats.h"
 #include "output/DDSSaving.h"
 #include "output/LibrarySaving.h"
 #include "output/PathPreparation.h"
@@ -13,7 +14,7 @@ namespace {
 /// The formats that are warned about before anything is done. The newer block-compressed ones are not among them:
 /// for those a file of another kind fails silently.
 bool IsDDSOnly(EFormat format) {
-    return format >= kBC1 && format <= kReserved17;
+    return Common::FactsOf(format).kind == Common::FormatKind::kBlocks;
 }
 
 }  // namespace

@@ -55,21 +55,37 @@ TEST(PixelFormats, BlockCompressedOnesHaveBlocksAndNoPixels) {
     }
 }
 
-TEST(PixelFormats, TwoAreBlueFirstAndThreeRedFirst) {
-    std::set<EFormat> blueFirst, redFirst;
+TEST(PixelFormats, TwoAreBlueFirstAndTwoRedFirstAndOneIsNeitherThoughItsBytesAre) {
+    std::set<EFormat> blueFirst, redFirst, byteColours;
     for (const PixelFormat& format : FormatTable::kFormats) {
         if (format.blueFirst) blueFirst.insert(format.value);
-        if (format.IsByteColour() && !format.blueFirst) redFirst.insert(format.value);
+        if (format.IsRedFirst()) redFirst.insert(format.value);
+        if (format.IsByteColour()) byteColours.insert(format.value);
     }
     EXPECT_EQ(blueFirst, (std::set{kB8G8R8A8, kB8G8R8X8}));
-    EXPECT_EQ(redFirst, (std::set{kR8G8B8A8, kR8G8B8A8Alt, kR8G8B8X8}));
+    EXPECT_EQ(redFirst, (std::set{kR8G8B8A8, kR8G8B8X8}));
+    EXPECT_EQ(byteColours, (std::set{kB8G8R8A8, kB8G8R8X8, kR8G8B8A8, kR8G8B8X8, kR8G8B8A8Alt}));
 }
 
-TEST(PixelFormats, AnAlphaIsTheFourthChannelOfTheColoursThatNameIt) {
-    std::set<EFormat> found;
+TEST(PixelFormats, AnAlphaIsTheLastChannelOfThoseThatNameIt) {
+    std::set<EFormat> pixels, blocks;
     for (const PixelFormat& format : FormatTable::kFormats)
-        if (format.hasAlpha) found.insert(format.value);
-    EXPECT_EQ(found, (std::set{kR8G8B8A8, kR8G8B8A8Alt, kB8G8R8A8, kR16G16B16A16F, kR16G16B16A16, kR32G32B32A32F}));
+        if (format.hasAlpha) (format.HasPixels() ? pixels : blocks).insert(format.value);
+    EXPECT_EQ(pixels,
+              (std::set{kA8, kR8G8B8A8, kR8G8B8A8Alt, kB8G8R8A8, kR16G16B16A16F, kR16G16B16A16, kR32G32B32A32F}));
+    EXPECT_EQ(blocks, (std::set{kBC1, kBC1Srgb, kBC2, kBC2Srgb, kBC3, kBC3Srgb, kBC7, kBC7Srgb}));
+    EXPECT_TRUE(FactsOf(kA8).IsAlphaOnly());
+    EXPECT_FALSE(FactsOf(kL8).IsAlphaOnly());
+}
+
+TEST(PixelFormats, NumbersAreBlocksFrom6To17AndFrom73To78AndAlphaVariants50And51) {
+    using Kavra::Common::FormatKind;
+    for (int value = -2; value < 200; ++value) {
+        const FormatKind kind = FactsOf(static_cast<EFormat>(value)).kind;
+        EXPECT_EQ(kind == FormatKind::kBlocks, value >= 6 && value <= 17) << value;
+        EXPECT_EQ(kind == FormatKind::kLaterBlocks, value >= 73 && value <= 78) << value;
+        EXPECT_EQ(kind == FormatKind::kAlphaVariant, value == 50 || value == 51) << value;
+    }
 }
 
 TEST(PixelFormats, TheLibraryIsShownAllPixelsButThoseOfTwoFormats) {

@@ -37,8 +37,8 @@ constexpr StoredUnit BlockUnit(std::uint8_t bytes) {
 struct DxgiRow {
     Dxgi code;
     StoredUnit unit;
-    EFormat format;  ///< the one whose pixels these are byte for byte; `kUnknown` if none
-    bool hasAlpha;
+    EFormat format = kUnknown;  ///< the one whose pixels these are byte for byte; `kUnknown` if none
+    bool hasAlpha = false;
 };
 
 /// The row of a number. Null for one that is not known.

@@ -5,6 +5,7 @@
 
 #include "common/HostObject.h"
 #include "common/PackedLayout.h"
+#include "common/PixelFormats.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "readers/FileTypeDetection.h"
@@ -53,7 +54,9 @@ bool DescribeByReader(ImageDesc& desc, DetectedFile& file) {
 
 /// Formats that only the host's reader tells: OpenImageIO decodes them, or takes them for grey.
 bool OnlyHostDescribes(EFormat format) {
-    return format == kA8 || (format >= kBC1 && format <= kReserved17) || (format >= kBC6H && format <= kReserved78);
+    using Common::FormatKind;
+    const Common::PixelFormat& facts = Common::FactsOf(format);
+    return facts.IsAlphaOnly() || facts.kind == FormatKind::kBlocks || facts.kind == FormatKind::kLaterBlocks;
 }
 
 /// Fills `desc` whenever the file opens: what OpenImageIO cannot open then keeps these values.
@@ -64,7 +67,7 @@ bool DescribeByDdsReader(ImageDesc& desc, const KString& path, bool& alphaVarian
     desc.depth = reader.Depth();
     desc.textureType = reader.TextureType();
     desc.frameCount = reader.Mipmaps();
-    alphaVariant = desc.format == kReserved50 || desc.format == kReserved51;
+    alphaVariant = Common::FactsOf(desc.format).kind == Common::FormatKind::kAlphaVariant;
     return OnlyHostDescribes(desc.format);
 }
 

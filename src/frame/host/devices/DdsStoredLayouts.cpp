@@ -1,5 +1,6 @@
 #include "frame/host/devices/DdsStoredLayouts.h"
 
+#include "common/PixelFormats.h"
 #include "frame/host/devices/DdsWidening.h"
 
 #include <algorithm>
@@ -78,6 +79,10 @@ constexpr MaskRow kMaskRows[] = {
     {kB8G8R8X8, kPixelRgb, 32, {0xff0000, 0xff00, 0xff, 0}},
     {kR16G16, kPixelRgb, 32, {0xffff, 0xffff0000, 0, 0}},
 };
+
+static_assert(std::ranges::all_of(kMaskRows, [](const MaskRow& row) {
+    return row.bitCount == 8 * static_cast<unsigned>(Common::FactsOf(row.format).BytesPerPixel());
+}));
 
 std::optional<StoredLayout> LayoutOfDxgi(std::uint32_t code) {
     const DxgiRow* const row = FindDxgi(code);

@@ -1,6 +1,6 @@
 #include "frame/host/devices/DdsWidening.h"
 
-#include "frame/host/devices/PixelLayout.h"
+#include "common/PixelFormats.h"
 
 #include <Imath/half.h>
 
@@ -93,7 +93,7 @@ float Normalised(std::uint64_t pixel, std::uint64_t mask, bool isSigned) {
 
 template <class Value>
 void WidenNormalised(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
-    const auto channels = static_cast<std::size_t>(LayoutOf(layout.format).channels);
+    const auto channels = static_cast<std::size_t>(Common::FactsOf(layout.format).channels);
     ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
         for (std::size_t c = 0; c < channels; ++c) {
             const float absent = c == 3 ? 1.0f : 0.0f;

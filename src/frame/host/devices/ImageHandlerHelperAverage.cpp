@@ -1,7 +1,7 @@
 #include <kavra/devices/ImageHandlerHelper.h>
 
 #include "common/OrderedParts.h"
-#include "frame/host/devices/PixelLayout.h"
+#include "common/PixelFormats.h"
 
 #include <half.h>
 
@@ -12,8 +12,8 @@
 
 namespace Kavra::Utilities {
 
-using Devices::PixelElement;
-using Devices::PixelLayout;
+using Common::ElementType;
+using Common::PixelFormat;
 
 namespace {
 
@@ -55,25 +55,27 @@ RowFunction RowFunctionFor(int channels) {
     }
 }
 
-RowFunction RowFunctionFor(const PixelLayout& layout) {
-    switch (layout.element) {
-        case PixelElement::kByte:
-            return RowFunctionFor<std::uint8_t>(layout.channels);
-        case PixelElement::kWord:
-            return RowFunctionFor<std::uint16_t>(layout.channels);
-        case PixelElement::kHalf:
-            return RowFunctionFor<half>(layout.channels);
-        case PixelElement::kFloat:
-            return RowFunctionFor<float>(layout.channels);
+RowFunction RowFunctionFor(const PixelFormat& format) {
+    switch (format.element) {
+        case ElementType::kNone:
+            break;
+        case ElementType::kUInt8:
+            return RowFunctionFor<std::uint8_t>(format.channels);
+        case ElementType::kUInt16:
+            return RowFunctionFor<std::uint16_t>(format.channels);
+        case ElementType::kHalf:
+            return RowFunctionFor<half>(format.channels);
+        case ElementType::kFloat:
+            return RowFunctionFor<float>(format.channels);
     }
     std::unreachable();
 }
 
-double Maximum(PixelElement element) {
+double Maximum(ElementType element) {
     switch (element) {
-        case PixelElement::kByte:
+        case ElementType::kUInt8:
             return 255.0;
-        case PixelElement::kWord:
+        case ElementType::kUInt16:
             return 65535.0;
         default:
             return 1.0;
@@ -81,10 +83,10 @@ double Maximum(PixelElement element) {
 }
 
 /// The sums of all rows, added up in their order, so that the result does not depend on the number of cores.
-Sums PictureSums(const PixelLayout& layout, const unsigned char* pixels, std::size_t width, std::size_t height,
+Sums PictureSums(const PixelFormat& format, const unsigned char* pixels, std::size_t width, std::size_t height,
                  std::size_t pitch) {
     constexpr std::size_t kSerialPixels = 32768;
-    const RowFunction rowSums = RowFunctionFor(layout);
+    const RowFunction rowSums = RowFunctionFor(format);
     Sums total{};
     Common::ForEachInOrder<Sums>(
         height, kSerialPixels / width, [&](std::size_t y) { return rowSums(pixels + y * pitch, width); },
@@ -98,21 +100,21 @@ Sums PictureSums(const PixelLayout& layout, const unsigned char* pixels, std::si
 }  // namespace
 
 vec4<float> ImageHandlerHelper::GetAverageColor2D(const ImageDescription& desc, const void* data, bool) {
-    const PixelLayout layout = Devices::LayoutOf(desc.format);
-    if (data == nullptr || layout.channels == 0 || desc.width <= 0 || desc.height <= 0) return {};
+    const PixelFormat& format = Common::FactsOf(desc.format);
+    if (data == nullptr || !format.HasPixels() || desc.width <= 0 || desc.height <= 0) return {};
     const auto width = static_cast<std::size_t>(desc.width);
     const auto height = static_cast<std::size_t>(desc.height);
-    const std::size_t rowBytes = width * static_cast<std::size_t>(layout.Bytes());
+    const std::size_t rowBytes = width * static_cast<std::size_t>(format.BytesPerPixel());
     const std::size_t pitch = desc.rowPitch == 0 ? rowBytes : static_cast<std::size_t>(desc.rowPitch);
     if (desc.rowPitch < 0 || pitch < rowBytes) return {};
 
-    const Sums sums = PictureSums(layout, static_cast<const unsigned char*>(data), width, height, pitch);
-    const double scale = static_cast<double>(width) * static_cast<double>(height) * Maximum(layout.element);
+    const Sums sums = PictureSums(format, static_cast<const unsigned char*>(data), width, height, pitch);
+    const double scale = static_cast<double>(width) * static_cast<double>(height) * Maximum(format.element);
     std::array<float, 4> mean = {0.0f, 0.0f, 0.0f, 1.0f};
-    const int channels = layout.channels == 4 && !layout.hasAlpha ? 3 : layout.channels;
+    const int channels = format.channels == 4 && !format.hasAlpha ? 3 : format.channels;
     for (int c = 0; c < channels; ++c)
         mean[c] = static_cast<float>(sums[c] / scale);
-    if (layout.blueFirst) std::swap(mean[0], mean[2]);
+    if (format.blueFirst) std::swap(mean[0], mean[2]);
     return {mean[0], mean[1], mean[2], mean[3]};
 }
 

@@ -1,0 +1,46 @@
+#include <kavra/devices/FormatFacts.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "common/PixelFormats.h"
+
+namespace Kavra::Devices {
+
+namespace {
+
+/// Reserved numbers mean nothing to a host.
+bool IsNamed(const Common::PixelFormat& format) {
+    return format.HasPixels() || format.bytesPerBlock > 0 || format.value == kUnknown;
+}
+
+}  // namespace
+
+bool GetFormatFacts(EFormat format, FormatFacts& facts) {
+    const Common::PixelFormat& known = Common::FactsOf(format);
+    if (known.value != format || !IsNamed(known)) return false;
+    FormatFacts whole;
+    whole.size = facts.size;
+    whole.name = known.name.data();
+    whole.shortName = known.shortName.data();
+    whole.channels = known.channels + known.blockChannels;
+    whole.bytesPerPixel = known.BytesPerPixel();
+    whole.bytesPerBlock = known.bytesPerBlock;
+    whole.element = known.element;
+    whole.blueFirst = known.blueFirst;
+    whole.hasAlpha = known.hasAlpha;
+    whole.isInLibrary = known.inLibrary;
+    std::memcpy(&facts, &whole, std::min(std::size_t{facts.size}, sizeof(whole)));
+    return true;
+}
+
+EFormat NextFormat(EFormat format) {
+    const auto& formats = Common::FormatTable::kFormats;
+    const auto next = std::ranges::find_if(formats, [&](const Common::PixelFormat& candidate) {
+        return candidate.value > format && candidate.value != kUnknown && IsNamed(candidate);
+    });
+    return next == formats.end() ? kUnknown : next->value;
+}
+
+}  // namespace Kavra::Devices
