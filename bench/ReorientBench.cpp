@@ -46,7 +46,7 @@ void TurnCopy(benchmark::State& state) {
 
 void TurnTouched(benchmark::State& state) {
     Pictures pictures(static_cast<std::size_t>(state.range(0)));
-    const PixelGrid turned = Turned(pictures.Grid(), static_cast<Turn>(state.range(1)));
+    const PixelGrid turned = Rotated(pictures.Grid(), static_cast<Rotation>(state.range(1)));
     for (auto _ : state) {
         CopyPixels(turned, reinterpret_cast<std::byte*>(pictures.to.data()));
         benchmark::ClobberMemory();
@@ -79,7 +79,8 @@ BENCHMARK(TurnCopy)->Arg(4)->UseRealTime()->Unit(kMilliseconds);
 BENCHMARK(TurnTouched)
     ->ArgNames({"bytes", "turn"})
     ->ArgsProduct({{1, 2, 3, 4, 8, 16},
-                   {static_cast<int>(Turn::kFlip), static_cast<int>(Turn::kFlop), static_cast<int>(Turn::kRotate90)}})
+                   {static_cast<int>(Rotation::kFlip), static_cast<int>(Rotation::kFlop),
+                    static_cast<int>(Rotation::kRotate90)}})
     ->UseRealTime()
     ->Unit(kMilliseconds);
 BENCHMARK(TurnImage)->ArgName("from")->DenseRange(1, 8)->UseRealTime()->Unit(kMilliseconds);

@@ -17,11 +17,11 @@ using OIIO::ImageBuf;
 using OIIO::ImageSpec;
 
 constexpr double kSamplingLimit = 0.1;  // smaller changes of size are sampled, not filtered
-constexpr int kSmallestFiltered = 100;  // pixels a side; smaller results are never filtered in two steps
+constexpr int kMinFiltered = 100;       // pixels a side; smaller results are never filtered in two steps
 constexpr int kAllChannels = 10000;
-constexpr int kLargestSide = 1 << 30;
-constexpr double kFilterWidth = 4;     // pixels of the source or of the result, whichever are larger
-constexpr double kMostTaps = 1 << 17;  // floats that the filter may put on the stack
+constexpr int kMaxSide = 1 << 30;
+constexpr double kFilterWidth = 4;    // pixels of the source or of the result, whichever are larger
+constexpr double kMaxTaps = 1 << 17;  // floats that the filter may put on the stack
 
 bool HasFlatPixels(const ImageBuf& image) {
     if (!image.initialized()) return false;
@@ -76,7 +76,7 @@ bool IsBeyondLibrary(const ImageSpec& to, const ImageSpec& from) {
     constexpr double kFewLooks = 1 << 28, kLooksPerPixel = 512;
     const Taps taps = TapsOf(to, from);
     const double looks = Pixels(to) * taps.across * taps.down;
-    return taps.down > kMostTaps || (looks > kFewLooks && looks > kLooksPerPixel * (Pixels(to) + Pixels(from)));
+    return taps.down > kMaxTaps || (looks > kFewLooks && looks > kLooksPerPixel * (Pixels(to) + Pixels(from)));
 }
 
 bool Mitchell(ImageBuf& dst, const ImageBuf& src) {
@@ -87,18 +87,18 @@ bool Mitchell(ImageBuf& dst, const ImageBuf& src) {
 /// process over too many. What takes too long is interpolated.
 bool Filter(ImageBuf& dst, const ImageBuf& src) {
     const ImageSpec &to = dst.spec(), &from = src.spec();
-    if (kFilterWidth / Scale(to.full_height, from.full_height) > kMostTaps) return Sample(dst, src);
+    if (kFilterWidth / Scale(to.full_height, from.full_height) > kMaxTaps) return Sample(dst, src);
     if (!IsBeyondLibrary(to, from)) return Mitchell(dst, src);
     return OIIO::ImageBufAlgo::resample(dst, src, true, OIIO::ROI::All(), 0);
 }
 
 /// Samples a region as high as the filter's footprint, of the result's proportions, and filters that.
 bool SampleThenFilter(ImageBuf& dst, const ImageBuf& src, std::int64_t footprint) {
-    if (footprint > kLargestSide) return false;
+    if (footprint > kMaxSide) return false;
     const float proportion = static_cast<float>(dst.spec().width) / static_cast<float>(dst.spec().height);
     const float wantedWidth = std::trunc(proportion * static_cast<float>(footprint));
     // The library ends the process over a region without width.
-    const int width = static_cast<int>(std::clamp(wantedWidth, 1.0f, static_cast<float>(kLargestSide)));
+    const int width = static_cast<int>(std::clamp(wantedWidth, 1.0f, static_cast<float>(kMaxSide)));
     const int height = static_cast<int>(footprint);
 
     ImageSpec spec = src.spec();
@@ -126,7 +126,7 @@ bool AdaptiveResize(ImageBuf& dst, const ImageBuf& src, bool highQuality) {
     const std::int64_t footprintX = Footprint(to.full_width, from.full_width);
     const std::int64_t footprintY = Footprint(to.full_height, from.full_height);
     if (footprintX <= from.full_width && footprintY <= from.full_height) return Filter(dst, src);
-    if (to.width >= kSmallestFiltered && to.height >= kSmallestFiltered) {
+    if (to.width >= kMinFiltered && to.height >= kMinFiltered) {
         return SampleThenFilter(dst, src, footprintY);
     }
     return Sample(dst, src);

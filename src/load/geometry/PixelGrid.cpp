@@ -17,7 +17,8 @@ namespace {
 // Below this, waking a worker costs more than the copy.
 constexpr std::size_t kSerialBytes = std::size_t{1} << 18;
 
-// A quarter turn goes by tiles of so many cache lines: each is read once and each row of the result is written in runs.
+// A rotation by 90 degrees goes by tiles of so many cache lines: each is read once and each row of the result is
+// written in runs.
 constexpr std::size_t kLineBytes = 64;
 constexpr std::size_t kTileLines = 64;
 
@@ -105,7 +106,7 @@ void CopyRow(std::byte* to, const std::byte* from, std::ptrdiff_t stride, std::s
         CopyPixel(to + i * size.Bytes(), from + Signed(i) * stride, size);
 }
 
-/// A part of a quarter turn: `lines` runs of `pixels` pixels along memory, which become columns.
+/// A part of a rotation by 90 degrees: `lines` runs of `pixels` pixels along memory, which become columns.
 struct Tile {
     const std::byte* from;
     std::ptrdiff_t lineStride;
@@ -134,7 +135,7 @@ void TransposeSquare(std::byte* to, std::ptrdiff_t rowStride, const std::byte* f
 }
 
 template <std::size_t N>
-void TurnWholeTile(const Tile& tile, const std::byte* lines) {
+void RotateWholeTile(const Tile& tile, const std::byte* lines) {
     constexpr std::size_t lanes = kVectorBytes / N;
     for (std::size_t p = 0; p < kLineBytes / N; p += lanes) {
         for (std::size_t k = 0; k < kTileLines; k += lanes) {
@@ -146,13 +147,13 @@ void TurnWholeTile(const Tile& tile, const std::byte* lines) {
 
 /// Goes through a buffer, since lines that lie a power of two apart would throw each other out of the cache.
 template <std::size_t N>
-void TurnTile(const Tile& tile, PixelSize<N> size) {
+void RotateTile(const Tile& tile, PixelSize<N> size) {
     alignas(kLineBytes) std::byte lines[kTileLines * kLineBytes];
     for (std::size_t k = 0; k < tile.lines; ++k) {
         std::memcpy(lines + k * kLineBytes, tile.from + Signed(k) * tile.lineStride, tile.pixels * size.Bytes());
     }
     if constexpr (kHasLanes<N>) {
-        if (tile.lines == kTileLines && tile.pixels == kLineBytes / N) return TurnWholeTile<N>(tile, lines);
+        if (tile.lines == kTileLines && tile.pixels == kLineBytes / N) return RotateWholeTile<N>(tile, lines);
     }
     for (std::size_t p = 0; p < tile.pixels; ++p) {
         std::byte* to = tile.to + Signed(p) * tile.rowStride;
@@ -164,7 +165,7 @@ void TurnTile(const Tile& tile, PixelSize<N> size) {
 
 /// Rows [top, bottom) of a grid whose columns lie along memory, forwards or backwards.
 template <std::size_t N>
-void TurnRows(const PixelGrid& grid, std::byte* rows, std::size_t top, std::size_t bottom, PixelSize<N> size) {
+void RotateRows(const PixelGrid& grid, std::byte* rows, std::size_t top, std::size_t bottom, PixelSize<N> size) {
     const std::size_t tileRows = kLineBytes / size.Bytes();
     const std::ptrdiff_t rowBytes = Signed(grid.width * size.Bytes());
     const bool backwards = grid.rowStride < 0;
@@ -172,13 +173,13 @@ void TurnRows(const PixelGrid& grid, std::byte* rows, std::size_t top, std::size
         const std::size_t pixels = std::min(tileRows, bottom - y);
         const std::size_t lowest = backwards ? y + pixels - 1 : y;  // the row whose pixels come first in memory
         for (std::size_t x = 0; x < grid.width; x += kTileLines) {
-            TurnTile(Tile{.from = grid.first + Signed(x) * grid.columnStride + Signed(lowest) * grid.rowStride,
-                          .lineStride = grid.columnStride,
-                          .to = rows + Signed(lowest) * rowBytes + x * size.Bytes(),
-                          .rowStride = backwards ? -rowBytes : rowBytes,
-                          .lines = std::min(kTileLines, grid.width - x),
-                          .pixels = pixels},
-                     size);
+            RotateTile(Tile{.from = grid.first + Signed(x) * grid.columnStride + Signed(lowest) * grid.rowStride,
+                            .lineStride = grid.columnStride,
+                            .to = rows + Signed(lowest) * rowBytes + x * size.Bytes(),
+                            .rowStride = backwards ? -rowBytes : rowBytes,
+                            .lines = std::min(kTileLines, grid.width - x),
+                            .pixels = pixels},
+                       size);
         }
     }
 }
@@ -187,7 +188,7 @@ template <std::size_t N>
 void CopyRows(const PixelGrid& grid, std::byte* rows, std::size_t top, std::size_t bottom) {
     const PixelSize<N> size(grid.pixelBytes);
     const bool columnsAlongMemory = std::abs(grid.rowStride) == Signed(grid.pixelBytes) && grid.width > 1;
-    if (columnsAlongMemory && grid.pixelBytes <= kLineBytes) return TurnRows(grid, rows, top, bottom, size);
+    if (columnsAlongMemory && grid.pixelBytes <= kLineBytes) return RotateRows(grid, rows, top, bottom, size);
     for (std::size_t y = top; y < bottom; ++y) {
         CopyRow(rows + y * grid.width * size.Bytes(), grid.first + Signed(y) * grid.rowStride, grid.columnStride,
                 grid.width, size);
@@ -219,30 +220,30 @@ auto RowCopier(std::size_t pixelBytes) {
 
 }  // namespace
 
-PixelGrid Turned(const PixelGrid& grid, Turn turn) {
-    PixelGrid turned = grid;
+PixelGrid Rotated(const PixelGrid& grid, Rotation rotation) {
+    PixelGrid rotated = grid;
     const std::ptrdiff_t toBottom = Signed(grid.height - 1) * grid.rowStride;
     const std::ptrdiff_t toRight = Signed(grid.width - 1) * grid.columnStride;
-    switch (turn) {
-        case Turn::kNone:
+    switch (rotation) {
+        case Rotation::kNone:
             break;
-        case Turn::kFlip:
-            turned.first += toBottom;
-            turned.rowStride = -grid.rowStride;
+        case Rotation::kFlip:
+            rotated.first += toBottom;
+            rotated.rowStride = -grid.rowStride;
             break;
-        case Turn::kFlop:
-            turned.first += toRight;
-            turned.columnStride = -grid.columnStride;
+        case Rotation::kFlop:
+            rotated.first += toRight;
+            rotated.columnStride = -grid.columnStride;
             break;
-        case Turn::kRotate180:
-            return Turned(Turned(grid, Turn::kFlip), Turn::kFlop);
-        case Turn::kRotate90:
-        case Turn::kRotate270:
-            std::swap(turned.width, turned.height);
-            std::swap(turned.columnStride, turned.rowStride);
-            return Turned(turned, turn == Turn::kRotate90 ? Turn::kFlop : Turn::kFlip);
+        case Rotation::kRotate180:
+            return Rotated(Rotated(grid, Rotation::kFlip), Rotation::kFlop);
+        case Rotation::kRotate90:
+        case Rotation::kRotate270:
+            std::swap(rotated.width, rotated.height);
+            std::swap(rotated.columnStride, rotated.rowStride);
+            return Rotated(rotated, rotation == Rotation::kRotate90 ? Rotation::kFlop : Rotation::kFlip);
     }
-    return turned;
+    return rotated;
 }
 
 void CopyPixels(const PixelGrid& grid, std::byte* rows) {

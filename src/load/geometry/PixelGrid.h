@@ -1,18 +1,18 @@
-/// A grid of pixels in memory that can be mirrored and turned without moving a pixel.
+/// A grid of pixels in memory that can be mirrored and rotated without moving a pixel.
 #pragma once
 
 #include <cstddef>
 
 namespace Kavra::Devices {
 
-/// A mirroring or quarter turn, named as in `OIIO::ImageBufAlgo`.
-enum class Turn {
+/// A mirroring, or a rotation by a multiple of 90 degrees, named as in `OIIO::ImageBufAlgo`.
+enum class Rotation {
     kNone,       ///< the pixels stay where they are
     kFlip,       ///< top and bottom change places
     kFlop,       ///< left and right change places
-    kRotate90,   ///< a quarter turn clockwise
-    kRotate180,  ///< half a turn
-    kRotate270,  ///< a quarter turn anticlockwise
+    kRotate90,   ///< by 90 degrees clockwise
+    kRotate180,  ///< by 180 degrees
+    kRotate270,  ///< by 90 degrees anticlockwise
 };
 
 /// Pixels in rows, read wherever the strides lead. It does not own them.
@@ -24,8 +24,8 @@ struct PixelGrid {
     std::size_t pixelBytes;       ///< at least 1
 };
 
-/// The same pixels, seen mirrored or turned.
-PixelGrid Turned(const PixelGrid& grid, Turn turn);
+/// The same pixels, seen mirrored or rotated.
+PixelGrid Rotated(const PixelGrid& grid, Rotation rotation);
 
 /// Copies the pixels into packed rows: `width * height * pixelBytes` bytes, which the grid must not overlap. On all
 /// cores.

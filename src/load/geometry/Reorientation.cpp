@@ -14,122 +14,122 @@ namespace {
 using OIIO::ImageBuf;
 using OIIO::ImageSpec;
 
-/// Up to two turns, one after the other.
-using TurnPair = std::array<std::optional<Turn>, 2>;
+/// Up to two rotations, one after the other.
+using RotationPair = std::array<std::optional<Rotation>, 2>;
 /// What undoes the source's orientation, then what applies the wanted one.
-using Turns = std::array<std::optional<Turn>, 4>;
+using Rotations = std::array<std::optional<Rotation>, 4>;
 
 // By Exif orientation number, 1 to 8.
-constexpr std::array<TurnPair, 9> kUndo = {{
+constexpr std::array<RotationPair, 9> kUndo = {{
     {},
-    {Turn::kNone},
-    {Turn::kFlop},
-    {Turn::kRotate180},
-    {Turn::kFlip},
-    {Turn::kRotate90, Turn::kFlop},
-    {Turn::kRotate90},
-    {Turn::kFlip, Turn::kRotate270},
-    {Turn::kRotate270},
+    {Rotation::kNone},
+    {Rotation::kFlop},
+    {Rotation::kRotate180},
+    {Rotation::kFlip},
+    {Rotation::kRotate90, Rotation::kFlop},
+    {Rotation::kRotate90},
+    {Rotation::kFlip, Rotation::kRotate270},
+    {Rotation::kRotate270},
 }};
-constexpr std::array<TurnPair, 9> kApply = {{
+constexpr std::array<RotationPair, 9> kApply = {{
     {},
     {},
-    {Turn::kFlop},
-    {Turn::kRotate180},
-    {Turn::kFlip},
-    {Turn::kFlop, Turn::kRotate270},
-    {Turn::kRotate270},
-    {Turn::kRotate90, Turn::kFlip},
-    {Turn::kRotate90},
+    {Rotation::kFlop},
+    {Rotation::kRotate180},
+    {Rotation::kFlip},
+    {Rotation::kFlop, Rotation::kRotate270},
+    {Rotation::kRotate270},
+    {Rotation::kRotate90, Rotation::kFlip},
+    {Rotation::kRotate90},
 }};
 
 bool IsExifOrientation(int orientation) {
     return orientation >= 1 && orientation <= 8;
 }
 
-/// The turns from one orientation to the other, at least one.
-Turns TurnsBetween(int from, int to) {
-    if (from == to) return {Turn::kNone};
-    const TurnPair& undo = kUndo[static_cast<std::size_t>(from)];
-    const TurnPair& apply = kApply[static_cast<std::size_t>(IsExifOrientation(to) ? to : 1)];
+/// The rotations from one orientation to the other, at least one.
+Rotations RotationsBetween(int from, int to) {
+    if (from == to) return {Rotation::kNone};
+    const RotationPair& undo = kUndo[static_cast<std::size_t>(from)];
+    const RotationPair& apply = kApply[static_cast<std::size_t>(IsExifOrientation(to) ? to : 1)];
     return {undo[0], undo[1], apply[0], apply[1]};
 }
 
-PixelGrid Turned(PixelGrid grid, const Turns& turns) {
-    for (const std::optional<Turn> turn : turns)
-        grid = Devices::Turned(grid, turn.value_or(Turn::kNone));
+PixelGrid Rotated(PixelGrid grid, const Rotations& rotations) {
+    for (const std::optional<Rotation> rotation : rotations)
+        grid = Devices::Rotated(grid, rotation.value_or(Rotation::kNone));
     return grid;
 }
 
-ImageBuf LibraryTurn(const ImageBuf& image, Turn turn) {
-    switch (turn) {
-        case Turn::kNone:
+ImageBuf LibraryRotation(const ImageBuf& image, Rotation rotation) {
+    switch (rotation) {
+        case Rotation::kNone:
             break;
-        case Turn::kFlip:
+        case Rotation::kFlip:
             return OIIO::ImageBufAlgo::flip(image);
-        case Turn::kFlop:
+        case Rotation::kFlop:
             return OIIO::ImageBufAlgo::flop(image);
-        case Turn::kRotate90:
+        case Rotation::kRotate90:
             return OIIO::ImageBufAlgo::rotate90(image);
-        case Turn::kRotate180:
+        case Rotation::kRotate180:
             return OIIO::ImageBufAlgo::rotate180(image);
-        case Turn::kRotate270:
+        case Rotation::kRotate270:
             return OIIO::ImageBufAlgo::rotate270(image);
     }
     return image.copy(OIIO::TypeUnknown);
 }
 
-/// The image turned by the library; empty where one of the operations fails.
-ImageBuf TurnedByLibrary(const ImageBuf& image, const Turns& turns) {
+/// The image rotated by the library; empty where one of the operations fails.
+ImageBuf RotatedByLibrary(const ImageBuf& image, const Rotations& rotations) {
     ImageBuf result;
-    for (const std::optional<Turn> turn : turns) {
-        if (!turn) continue;
-        result = LibraryTurn(result.initialized() ? result : image, *turn);
+    for (const std::optional<Rotation> rotation : rotations) {
+        if (!rotation) continue;
+        result = LibraryRotation(result.initialized() ? result : image, *rotation);
         if (result.has_error()) return {};
     }
     return result;
 }
 
-/// Moves the data window and the full window of `spec` as a turn of its pixels does: the data window keeps its place in
-/// the picture. Only for windows as `HasPlainWindows` wants them.
-void TurnWindows(ImageSpec& spec, Turn turn) {
-    switch (turn) {
-        case Turn::kNone:
+/// Moves the data window and the full window of `spec` as a rotation of its pixels does: the data window keeps its
+/// place in the picture. Only for windows as `HasPlainWindows` wants them.
+void RotateWindows(ImageSpec& spec, Rotation rotation) {
+    switch (rotation) {
+        case Rotation::kNone:
             break;
-        case Turn::kFlip:
+        case Rotation::kFlip:
             spec.y = spec.full_height - (spec.y + spec.height);
             break;
-        case Turn::kFlop:
+        case Rotation::kFlop:
             spec.x = spec.full_width - (spec.x + spec.width);
             break;
-        case Turn::kRotate180:
-            TurnWindows(spec, Turn::kFlip);
-            TurnWindows(spec, Turn::kFlop);
+        case Rotation::kRotate180:
+            RotateWindows(spec, Rotation::kFlip);
+            RotateWindows(spec, Rotation::kFlop);
             break;
-        case Turn::kRotate90:
-        case Turn::kRotate270:
+        case Rotation::kRotate90:
+        case Rotation::kRotate270:
             std::swap(spec.x, spec.y);
             std::swap(spec.width, spec.height);
             std::swap(spec.full_width, spec.full_height);
-            TurnWindows(spec, turn == Turn::kRotate90 ? Turn::kFlop : Turn::kFlip);
+            RotateWindows(spec, rotation == Rotation::kRotate90 ? Rotation::kFlop : Rotation::kFlip);
             break;
     }
 }
 
-/// The spec of the turned image. Everything but the windows is what the library's own operations make of it: they are
+/// The spec of the rotated image. Everything but the windows is what the library's own operations make of it: they are
 /// asked, with one pixel.
-ImageSpec TurnedSpec(const ImageSpec& spec, const Turns& turns) {
+ImageSpec RotatedSpec(const ImageSpec& spec, const Rotations& rotations) {
     ImageSpec onePixel = spec;
     onePixel.x = onePixel.y = 0;
     onePixel.width = onePixel.height = onePixel.full_width = onePixel.full_height = 1;
-    ImageSpec turned = TurnedByLibrary(ImageBuf(onePixel, OIIO::InitializePixels::Yes), turns).spec();
-    turned.x = spec.x, turned.y = spec.y;
-    turned.width = spec.width, turned.height = spec.height;
-    turned.full_width = spec.full_width, turned.full_height = spec.full_height;
-    for (const std::optional<Turn> turn : turns) {
-        TurnWindows(turned, turn.value_or(Turn::kNone));
+    ImageSpec rotated = RotatedByLibrary(ImageBuf(onePixel, OIIO::InitializePixels::Yes), rotations).spec();
+    rotated.x = spec.x, rotated.y = spec.y;
+    rotated.width = spec.width, rotated.height = spec.height;
+    rotated.full_width = spec.full_width, rotated.full_height = spec.full_height;
+    for (const std::optional<Rotation> rotation : rotations) {
+        RotateWindows(rotated, rotation.value_or(Rotation::kNone));
     }
-    return turned;
+    return rotated;
 }
 
 /// Whether the full window starts at the origin and no window is so large that its borders cannot be added up.
@@ -140,7 +140,7 @@ bool HasPlainWindows(const ImageSpec& spec) {
            fits(spec.y) && fits(spec.width) && fits(spec.height) && fits(spec.full_width) && fits(spec.full_height);
 }
 
-/// Whether turning is a mere permutation of the pixels here. Other element types go through float in the library.
+/// Whether rotating is a mere permutation of the pixels here. Other element types go through float in the library.
 bool IsPermutation(const ImageBuf& image) {
     const ImageSpec& spec = image.spec();
     const bool isFlat = spec.z == 0 && spec.full_z == 0 && spec.depth == 1 && spec.full_depth == 1;
@@ -150,9 +150,9 @@ bool IsPermutation(const ImageBuf& image) {
            image.localpixels();
 }
 
-ImageBuf TurnedHere(const ImageBuf& image, const Turns& turns) {
+ImageBuf RotatedHere(const ImageBuf& image, const Rotations& rotations) {
     const ImageSpec& spec = image.spec();
-    ImageBuf result = NewImage(TurnedSpec(spec, turns));
+    ImageBuf result = NewImage(RotatedSpec(spec, rotations));
     if (!result.initialized()) return {};
     const PixelGrid grid{.first = static_cast<const std::byte*>(image.localpixels()),
                          .columnStride = image.pixel_stride(),
@@ -160,7 +160,7 @@ ImageBuf TurnedHere(const ImageBuf& image, const Turns& turns) {
                          .width = static_cast<std::size_t>(spec.width),
                          .height = static_cast<std::size_t>(spec.height),
                          .pixelBytes = spec.pixel_bytes()};
-    CopyPixels(Turned(grid, turns), static_cast<std::byte*>(result.localpixels()));
+    CopyPixels(Rotated(grid, rotations), static_cast<std::byte*>(result.localpixels()));
     return result;
 }
 
@@ -195,12 +195,12 @@ ImageBuf ReorientImage(const ImageBuf& image, int from, int to) {
     const std::size_t bytes = PixelBytes(image.spec());
     if (bytes == 0 || !CanAllocate(bytes)) return {};
 
-    const Turns turns = TurnsBetween(from, to);
-    return IsPermutation(image) ? TurnedHere(image, turns) : TurnedByLibrary(image, turns);
+    const Rotations rotations = RotationsBetween(from, to);
+    return IsPermutation(image) ? RotatedHere(image, rotations) : RotatedByLibrary(image, rotations);
 }
 
 PixelGrid Reoriented(PixelGrid grid, int from, int to) {
-    return Turned(grid, TurnsBetween(from, to));
+    return Rotated(grid, RotationsBetween(from, to));
 }
 
 }  // namespace Kavra::Devices

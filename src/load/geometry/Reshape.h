@@ -28,8 +28,8 @@ Raster Scaled(const Raster& raster, int width, int height, Scaling scaling);
 
 /// The raster scaled, where its size is another, and then reordered, where that moves a pixel; without work the raster
 /// itself. Cube maps are mirrored and rotated by 180 degrees as the one picture that their faces stand on one another
-/// in, so a flip reverses their order; a quarter turn turns each face in its place, since six faces side by side would
-/// be no cube map. Slices are each turned in their place.
+/// in, so a flip reverses their order; by 90 degrees each face is rotated in its place, since six faces side by side
+/// would be no cube map. Slices are always reordered each in its place.
 ///
 /// What is passed on is packed in a block of its own; blocks before it are freed as soon as the next is filled, so that
 /// there are never more than two. Empty and throws as `Scaled`.

@@ -27,7 +27,7 @@ namespace {
 /// A picture this large must be backed by a file of a size that could hold it: no compression of the format gains
 /// more than a few thousandfold.
 constexpr std::uint64_t kTrustedBytes = std::uint64_t{1} << 30;
-constexpr std::uint64_t kMostGain = 10000;
+constexpr std::uint64_t kMaxGain = 10000;
 
 enum class ColourLayout { kRgb, kGrey, kLuminanceChroma };
 
@@ -106,7 +106,7 @@ ExrPicture NewPicture(const Imf::Header& header, bool alpha, std::uint64_t fileB
 
     const std::uint64_t pixels = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
     const std::uint64_t declared = SaturatingProduct(pixels, BytesPerFilePixel(header.channels()));
-    if (declared >= kTrustedBytes && declared / kMostGain > fileBytes)
+    if (declared >= kTrustedBytes && declared / kMaxGain > fileBytes)
         throw std::runtime_error("more than the file can hold");
     const std::uint64_t bytes = SaturatingProduct(pixels, (alpha ? 4 : 3) * sizeof(float));
     if (bytes > Objects::ObjModel::BlockCeiling()) throw std::bad_alloc();
