@@ -14,12 +14,12 @@ namespace {
 
 using namespace Devices;
 
-using Pixel = std::array<std::uint8_t, 4>;
+using Pixel = std::array<unsigned char, 4>;
 
 constexpr Pixel kBackground = {48, 48, 48, 255};
 constexpr Pixel kBoxColour = {64, 32, 32, 255};
 constexpr Pixel kCrossColour = {224, 64, 64, 255};
-constexpr std::array<std::uint8_t, 2> kSquares = {160, 112};
+constexpr std::array<unsigned char, 2> kSquares = {160, 112};
 constexpr int kSquareSize = 8;
 
 constexpr int kMarginPart = 20;  // of the shorter side

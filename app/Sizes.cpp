@@ -105,10 +105,10 @@ std::uint64_t ParseAmount(const std::string& text, std::uint64_t kilo, const std
 }
 
 std::string SizeObstacle(long long width, long long height, Devices::EFormat format) {
-    constexpr long long kMost = std::numeric_limits<std::int32_t>::max();
+    constexpr long long kMax = std::numeric_limits<std::int32_t>::max();
     const int bytes = Utilities::AFormatConvertor::BytesPerPixel(format);
     const std::string size = std::format("{} x {} pixels", width, height);
-    if (width > kMost / std::max(bytes, 1) || height > kMost) return size + " are more than a picture can have";
+    if (width > kMax / std::max(bytes, 1) || height > kMax) return size + " are more than a picture can have";
     const auto total = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);  // below 2^62
     if (total > Objects::ObjModel::BlockCeiling() / static_cast<std::uint64_t>(std::max(bytes, 1))) {
         return size + " are more than the memory of this machine holds";

@@ -20,7 +20,7 @@ namespace {
 
 using namespace Devices;
 
-constexpr int kMostDpi = 1'000'000;
+constexpr int kMaxDpi = 1'000'000;
 constexpr PairWords kRepeat = {"number of copies", "ACROSSxDOWN", "4x3"};
 
 struct Options {
@@ -115,8 +115,8 @@ void AddTile(CLI::App& program, Session& session) {
     command->add_option("--dpi", options->dpi, "Dots per inch recorded in the file; 72 unless said")
         ->check([](const std::string& text) {
             double dpi = 0;
-            const bool good = CLI::detail::lexical_cast(text, dpi) && dpi > 0 && dpi <= kMostDpi;
-            return good ? std::string() : std::format("{} is no number above 0 and up to {}", text, kMostDpi);
+            const bool good = CLI::detail::lexical_cast(text, dpi) && dpi > 0 && dpi <= kMaxDpi;
+            return good ? std::string() : std::format("{} is no number above 0 and up to {}", text, kMaxDpi);
         });
     AddFrame(*command, options->frame);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });

@@ -93,8 +93,8 @@ Progress::~Progress() {
 void Progress::Show(std::size_t done) {
     if (!mActive) return;
     constexpr std::size_t kWidth = 40;
-    constexpr std::size_t kMostSteps = 500;  // a bar of many thousands of lines is not drawn for each of them
-    const std::size_t step = mTotal > kMostSteps ? kMostSteps * done / mTotal : done;
+    constexpr std::size_t kMaxSteps = 500;  // a bar of many thousands of lines is not drawn for each of them
+    const std::size_t step = mTotal > kMaxSteps ? kMaxSteps * done / mTotal : done;
     if (mDrawn && step == mShown) return;
     mShown = step;
     const std::size_t filled = kWidth * done / mTotal;

@@ -3,6 +3,7 @@
 #include "Bench.h"
 
 #include <kavra/objects/ObjModel.h>
+
 #include <sys/mman.h>
 
 #include <cstddef>

@@ -19,7 +19,7 @@ constexpr std::size_t kLargeBytes = std::size_t{256} << 20;
 
 template <class T>
 T Opaque() {
-    return T(1.0f);
+    return T(1.0F);
 }
 template <>
 unsigned char Opaque() {

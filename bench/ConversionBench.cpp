@@ -10,7 +10,7 @@
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
-#include <half.h>
+#include <Imath/half.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -91,11 +91,11 @@ Common::PixelBlock SourcePixels(EFormat format, std::size_t bytes) {
     const bool isFloat = format == kR32F || format == kR32G32B32A32F;
     const bool isHalf = format == kR16F || format == kR16G16B16A16F;
     for (std::size_t i = 0; i + 4 <= bytes; i += 4) {
-        const auto noise = static_cast<std::uint32_t>(i * 2654435761u);
-        const float unit = static_cast<float>(noise >> 8) / 16777216.0f;
+        const auto noise = static_cast<std::uint32_t>(i * 2654435761U);
+        const float unit = static_cast<float>(noise >> 8) / 16777216.0F;
         std::uint32_t word = noise;
         if (isFloat) std::memcpy(&word, &unit, 4);
-        if (isHalf) word = half(unit).bits() * 0x10001u;
+        if (isHalf) word = half(unit).bits() * 0x10001U;
         std::memcpy(block.get() + i, &word, 4);
     }
     return block;
@@ -144,13 +144,13 @@ void SpreadLoop(unsigned char* out, const unsigned char* in) {
 
 void FloatLoop(unsigned char* out, const unsigned char* in) {
     for (std::size_t i = 0; i < 4 * kIconPixels; ++i)
-        reinterpret_cast<float*>(out)[i] = in[i] * (1.0f / 255.0f);
+        reinterpret_cast<float*>(out)[i] = in[i] * (1.0F / 255.0F);
 }
 
 void GreyLoop(unsigned char* out, const unsigned char* in) {
     for (std::size_t i = 0; i < kIconPixels; ++i) {
         const unsigned char* pixel = in + 4 * i;
-        const float sum = (pixel[1] * 0.587f + pixel[0] * 0.299f) + pixel[2] * 0.114f;
+        const float sum = (pixel[1] * 0.587F + pixel[0] * 0.299F) + pixel[2] * 0.114F;
         out[i] = static_cast<unsigned char>(static_cast<double>(sum) + 0.5);
     }
 }
@@ -158,8 +158,8 @@ void GreyLoop(unsigned char* out, const unsigned char* in) {
 void PackLoop(unsigned char* out, const unsigned char* in) {
     const auto* floats = reinterpret_cast<const float*>(in);
     for (std::size_t i = 0; i < 4 * kIconPixels; ++i) {
-        const float limited = floats[i] > 0.0f ? std::min(floats[i], 1.0f) : 0.0f;
-        out[i] = static_cast<unsigned char>(limited * 255.0f + 0.5f);
+        const float limited = floats[i] > 0.0F ? std::min(floats[i], 1.0F) : 0.0F;
+        out[i] = static_cast<unsigned char>(limited * 255.0F + 0.5F);
     }
 }
 

@@ -6,10 +6,9 @@
 
 #include <OpenImageIO/imageio.h>
 
-#include <sys/wait.h>
-
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>

@@ -4,8 +4,9 @@
 #include "Bench.h"
 #include "analysis/RowColours.h"
 
-#include <Imath/half.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <Imath/half.h>
 
 #include <cstdint>
 #include <cstring>
@@ -22,7 +23,7 @@ struct BenchMap {
     ImageDescription desc;
     std::vector<std::uint64_t> words;
 
-    const std::byte* Data() const { return reinterpret_cast<const std::byte*>(words.data()); }
+    const unsigned char* Data() const { return reinterpret_cast<const unsigned char*>(words.data()); }
     std::size_t Bytes() const { return words.size() * sizeof(std::uint64_t); }
 };
 

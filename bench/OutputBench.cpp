@@ -14,6 +14,7 @@
 #include <kavra/oiio/OIIOImageHandler.h>
 
 #include <OpenImageIO/imagebufalgo.h>
+
 #include <malloc.h>
 
 #include <cstdlib>

@@ -4,8 +4,9 @@
 #include "Bench.h"
 #include "load/geometry/PixelGrid.h"
 
-#include <OpenImageIO/imagebufalgo.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <OpenImageIO/imagebufalgo.h>
 
 #include <cstddef>
 #include <cstring>
@@ -23,7 +24,7 @@ struct Pictures {
     explicit Pictures(std::size_t pixelBytes) : pixelBytes(pixelBytes), from(Bytes(), 1), to(Bytes(), 2) {}
     std::size_t Bytes() const { return pixelBytes * kWidth * kHeight; }
     PixelGrid Grid() const {
-        return {.first = reinterpret_cast<const std::byte*>(from.data()),
+        return {.first = reinterpret_cast<const unsigned char*>(from.data()),
                 .columnStride = static_cast<std::ptrdiff_t>(pixelBytes),
                 .rowStride = static_cast<std::ptrdiff_t>(pixelBytes * kWidth),
                 .width = kWidth,
@@ -48,7 +49,7 @@ void TurnTouched(benchmark::State& state) {
     Pictures pictures(static_cast<std::size_t>(state.range(0)));
     const PixelGrid turned = Rotated(pictures.Grid(), static_cast<Rotation>(state.range(1)));
     for (auto _ : state) {
-        CopyPixels(turned, reinterpret_cast<std::byte*>(pictures.to.data()));
+        CopyPixels(turned, reinterpret_cast<unsigned char*>(pictures.to.data()));
         benchmark::ClobberMemory();
     }
     CountBytes(state, pictures.Bytes());

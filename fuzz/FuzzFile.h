@@ -53,7 +53,7 @@ private:
 /// extensions may live side by side, which makes a picture and its side file.
 class FuzzFile {
 public:
-    FuzzFile(std::span<const std::uint8_t> bytes, std::string_view extension)
+    FuzzFile(std::span<const unsigned char> bytes, std::string_view extension)
         : mPath(FuzzFolder::OfThisProcess().Path() / ("input" + std::string(extension))) {
         std::ofstream stream(mPath, std::ios::binary | std::ios::trunc);
         stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));

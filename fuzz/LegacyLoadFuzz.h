@@ -61,7 +61,7 @@ inline void CheckLegacyLoad(const Objects::KString& path, int fileType, int fram
 }
 
 /// The input as a file with the extension (with its dot). The last byte also says which frame.
-inline void CheckLegacyFile(const std::uint8_t* data, std::size_t size, std::string_view extension, int fileType) {
+inline void CheckLegacyFile(const unsigned char* data, std::size_t size, std::string_view extension, int fileType) {
     const FuzzFile file({data, size}, extension);
     CheckLegacyLoad(file.Name(), fileType, size == 0 ? 0 : data[size - 1] % 8);
 }

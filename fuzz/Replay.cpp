@@ -33,7 +33,7 @@ std::vector<fs::path> FilesOf(const fs::path& place) {
 bool RunFile(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     if (!stream) return false;
-    std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(stream), {}};
+    std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(stream), {}};
     bytes.shrink_to_fit();
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
     return true;

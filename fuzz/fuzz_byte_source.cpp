@@ -83,7 +83,7 @@ void Step(Walked& walked, unsigned step, std::uint64_t number) {
     }
 }
 
-void Walk(Walked walked, std::span<const std::uint8_t> steps) {
+void Walk(Walked walked, std::span<const unsigned char> steps) {
     constexpr std::size_t kScale[] = {1, 16, 257, 4096};
     for (; steps.size() >= 2; steps = steps.subspan(2)) {
         const std::uint64_t number =

@@ -1,7 +1,6 @@
 // Every level of a DDS file, face by face and slice by slice, into a buffer of exactly its size.
 
 #include "FuzzFile.h"
-
 #include "load/DdsSlices.h"
 
 #include <algorithm>

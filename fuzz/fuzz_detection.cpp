@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::string_view kHeader = "NCOLS 2\nNROWS 2\n";
 
-std::span<const std::uint8_t> Bytes(std::string_view text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+std::span<const unsigned char> Bytes(std::string_view text) {
+    return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
 }  // namespace

@@ -1,4 +1,6 @@
 /// Any bytes as an OpenEXR file: read whole or refused, never anything else.
+#include "FuzzFile.h"
+
 #include <kavra/devices/EXRHandler.h>
 #include <kavra/objects/ObjModel.h>
 
@@ -6,8 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <span>
-
-#include "FuzzFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using Kavra::Devices::EXRHandler;

@@ -43,7 +43,7 @@ int PixelBytes(EFormat format) {
 /// What is left of the input; zeros once it has ended.
 class Numbers {
 public:
-    explicit Numbers(std::span<const std::uint8_t> bytes) : mBytes(bytes) {}
+    explicit Numbers(std::span<const unsigned char> bytes) : mBytes(bytes) {}
 
     bool HasEnded() const { return mBytes.empty(); }
     unsigned Byte() {
@@ -77,7 +77,7 @@ public:
     }
 
 private:
-    std::span<const std::uint8_t> mBytes;
+    std::span<const unsigned char> mBytes;
 };
 
 /// A target that holds as much as its size and pitch promise, and not a byte more. Where they promise too much it holds
@@ -172,7 +172,7 @@ struct Shown {
 
 class Session {
 public:
-    explicit Session(std::span<const std::uint8_t> input) : mNumbers(input) {}
+    explicit Session(std::span<const unsigned char> input) : mNumbers(input) {}
 
     void Step() {
         switch (mNumbers.Byte() % 8) {

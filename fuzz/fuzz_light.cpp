@@ -21,24 +21,24 @@ using namespace Kavra::Devices;
 using Vectors = std::vector<Kavra::vec3<float>>;
 
 constexpr std::size_t kHeaderBytes = 17;
-constexpr std::int64_t kMostPixels = 1 << 18, kMostBytes = 1 << 20;
+constexpr std::int64_t kMaxPixels = 1 << 18, kMaxBytes = 1 << 20;
 
 struct Input {
     ImageDescription desc;
     std::size_t offset = 0;
     std::uint16_t lights = 0;
-    std::span<const std::uint8_t> pattern;
+    std::span<const unsigned char> pattern;
 };
 
 template <class T>
-T Take(std::span<const std::uint8_t>& data) {
+T Take(std::span<const unsigned char>& data) {
     T value;
     std::memcpy(&value, data.data(), sizeof value);
     data = data.subspan(sizeof value);
     return value;
 }
 
-Input Parse(std::span<const std::uint8_t> data) {
+Input Parse(std::span<const unsigned char> data) {
     Input input;
     input.desc.format = static_cast<EFormat>(Take<std::uint8_t>(data));
     input.desc.textureType = static_cast<ETextureType>(Take<std::uint8_t>(data));
@@ -57,8 +57,8 @@ std::int64_t PixelBytes(EFormat format) {
 
 /// The rows of a description, in a block of their own.
 struct Rows {
-    std::vector<std::uint8_t> block;
-    const std::uint8_t* first = nullptr;
+    std::vector<unsigned char> block;
+    const unsigned char* first = nullptr;
 };
 
 /// False where the rows would be more than a fuzzer's patience or memory.
@@ -66,7 +66,7 @@ bool MakeRows(const Input& input, Rows& rows) {
     const std::int64_t width = std::max(input.desc.width, 0), height = std::max(input.desc.height, 0);
     const std::int64_t pitch = input.desc.rowPitch;
     const std::int64_t between = height > 1 ? std::abs(pitch) * (height - 1) : 0;
-    if (width * height > kMostPixels || between > kMostBytes) return false;
+    if (width * height > kMaxPixels || between > kMaxBytes) return false;
     const bool isEmpty = width == 0 || height == 0;
     const std::int64_t bytes = isEmpty ? 0 : between + width * PixelBytes(input.desc.format);
     rows.block.resize(input.offset + static_cast<std::size_t>(bytes));

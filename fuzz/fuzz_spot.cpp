@@ -9,10 +9,10 @@
 namespace {
 
 /// Takes the length of a part (two bytes, little-endian) and the part itself, as far as the input goes.
-std::span<const std::uint8_t> TakePart(std::span<const std::uint8_t>& input) {
+std::span<const unsigned char> TakePart(std::span<const unsigned char>& input) {
     if (input.size() < 2) return {};
     const std::size_t length = std::min<std::size_t>(input[0] + 256U * input[1], input.size() - 2);
-    const std::span<const std::uint8_t> part = input.subspan(2, length);
+    const std::span<const unsigned char> part = input.subspan(2, length);
     input = input.subspan(2 + length);
     return part;
 }
@@ -22,9 +22,9 @@ std::span<const std::uint8_t> TakePart(std::span<const std::uint8_t>& input) {
 /// The header, the palette, and the samples. The last byte also says which band.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace Kavra;
-    std::span<const std::uint8_t> input(data, size);
+    std::span<const unsigned char> input(data, size);
     const Fuzz::FuzzFile header(TakePart(input), ".hdr");
-    const std::span<const std::uint8_t> colours = TakePart(input);
+    const std::span<const unsigned char> colours = TakePart(input);
     std::optional<Fuzz::FuzzFile> palette;
     if (!colours.empty()) palette.emplace(colours, ".clr");
     const Fuzz::FuzzFile samples(input, ".bil");

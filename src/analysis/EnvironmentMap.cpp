@@ -27,7 +27,7 @@ std::optional<PixelKind> PixelKindOf(EFormat format) {
 std::optional<EnvironmentMap> EnvironmentMapOf(const ImageDescription& desc, const void* data) {
     const std::optional<PixelKind> kind = PixelKindOf(desc.format);
     if (data == nullptr || desc.textureType != kTexture2D || !kind) return std::nullopt;
-    return EnvironmentMap{*kind, desc.width, desc.height, desc.rowPitch, static_cast<const std::byte*>(data)};
+    return EnvironmentMap{*kind, desc.width, desc.height, desc.rowPitch, static_cast<const unsigned char*>(data)};
 }
 
 }  // namespace Kavra::Analysis

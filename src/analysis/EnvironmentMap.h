@@ -48,9 +48,9 @@ struct EnvironmentMap {
     std::int32_t width;    ///< pixels per row; a size below 1 is an empty map
     std::int32_t height;   ///< rows
     std::ptrdiff_t pitch;  ///< bytes from one row to the next: may be anything, also negative
-    const std::byte* firstRow;
+    const unsigned char* firstRow;
 
-    const std::byte* Row(std::size_t y) const { return firstRow + static_cast<std::ptrdiff_t>(y) * pitch; }
+    const unsigned char* Row(std::size_t y) const { return firstRow + static_cast<std::ptrdiff_t>(y) * pitch; }
 };
 
 /// The map that `desc` describes at `data`; nothing when there is no data, the texture is not a two-dimensional one, or

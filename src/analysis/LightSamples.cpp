@@ -10,7 +10,7 @@
 namespace Kavra::Analysis {
 namespace {
 
-constexpr int kMostColumns = 200;
+constexpr int kMaxColumns = 200;
 
 // 2 pi, 1 / pi and 1 / (2 pi), rounded to single precision.
 constexpr float kTwoPi = 6.2831855F, kInversePi = 0.31830987F, kInverseTwoPi = 0.15915494F;
@@ -25,33 +25,33 @@ float Luminance(const vec3<float>& colour) {
 // The fetches: the first three channels of one pixel as floats.
 
 template <class T>
-std::array<float, 3> FetchElements(const std::byte* pixel) {
+std::array<float, 3> FetchElements(const unsigned char* pixel) {
     T elements[3];
     std::memcpy(elements, pixel, sizeof elements);
     return {static_cast<float>(elements[0]), static_cast<float>(elements[1]), static_cast<float>(elements[2])};
 }
 
-vec3<float> FetchFloats(const std::byte* pixel) {
+vec3<float> FetchFloats(const unsigned char* pixel) {
     const auto [red, green, blue] = FetchElements<float>(pixel);
     return {red, green, blue};
 }
 
-vec3<float> FetchHalves(const std::byte* pixel) {
+vec3<float> FetchHalves(const unsigned char* pixel) {
     const auto [red, green, blue] = FetchElements<half>(pixel);
     return {red, green, blue};
 }
 
-vec3<float> FetchRedFirst(const std::byte* pixel) {
+vec3<float> FetchRedFirst(const unsigned char* pixel) {
     const auto [red, green, blue] = FetchElements<std::uint8_t>(pixel);
     return {red * kByteScale, green * kByteScale, blue * kByteScale};
 }
 
-vec3<float> FetchBlueFirst(const std::byte* pixel) {
+vec3<float> FetchBlueFirst(const unsigned char* pixel) {
     const vec3<float> swapped = FetchRedFirst(pixel);
     return {swapped.z, swapped.y, swapped.x};
 }
 
-using Fetch = vec3<float> (*)(const std::byte* pixel);
+using Fetch = vec3<float> (*)(const unsigned char* pixel);
 
 Fetch FetchFor(PixelKind kind) {
     switch (kind) {
@@ -99,7 +99,7 @@ private:
     const EnvironmentMap& mMap;
     float mY;
     float mRadius;
-    const std::byte* mRow;
+    const unsigned char* mRow;
 };
 
 bool AllEquallyBright(const std::vector<LightSample>& samples) {
@@ -112,7 +112,7 @@ bool AllEquallyBright(const std::vector<LightSample>& samples) {
 
 std::vector<LightSample> SampleMap(const EnvironmentMap& map) {
     std::vector<LightSample> samples;
-    const int columns = std::min(map.width, kMostColumns);
+    const int columns = std::min(map.width, kMaxColumns);
     const int rings = columns / 2;
     if (map.height < 1 || rings < 1) return samples;
     samples.reserve(static_cast<std::size_t>(columns + 1) * static_cast<std::size_t>(rings + 1));

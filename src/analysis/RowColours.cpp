@@ -3,7 +3,9 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "analysis/RowColours.cpp"
+// clang-format off: before what includes highway.h
 #include <hwy/foreach_target.h>  // compiles this file once per vector width
+// clang-format on
 
 #include "analysis/RowColours.h"
 
@@ -22,21 +24,21 @@ using Doubles = hn::VFromD<TagF64>;
 // The fetches: a vector of whole pixels as floats, red first.
 
 struct FloatFetch {
-    static HWY_INLINE Floats Load(const std::byte* in) { return LoadBytes(TagF32(), in); }
+    static HWY_INLINE Floats Load(const unsigned char* in) { return LoadBytes(TagF32(), in); }
 };
 
 struct HalfFetch {
-    static HWY_INLINE Floats Load(const std::byte* in) { return LoadHalves(in); }
+    static HWY_INLINE Floats Load(const unsigned char* in) { return LoadHalves(in); }
 };
 
 struct RedFirstFetch {
-    static HWY_INLINE Floats Load(const std::byte* in) {
+    static HWY_INLINE Floats Load(const unsigned char* in) {
         return hn::Mul(LoadFloats<std::uint8_t>(in), hn::Set(TagF32(), kByteScale));
     }
 };
 
 struct BlueFirstFetch {
-    static HWY_INLINE Floats Load(const std::byte* in) {
+    static HWY_INLINE Floats Load(const unsigned char* in) {
         return hn::Per4LaneBlockShuffle<3, 0, 1, 2>(RedFirstFetch::Load(in));
     }
 };
@@ -66,7 +68,7 @@ public:
     static constexpr std::size_t kPixels = 4;
     static constexpr std::size_t kBytes = kPixels * kPixelBytes;
 
-    HWY_INLINE void Add(const std::byte* group) {
+    HWY_INLINE void Add(const unsigned char* group) {
         const TagF64 dd;
         HWY_UNROLL(4)
         for (std::size_t i = 0; i < kVectors; ++i) {
@@ -95,23 +97,23 @@ private:
 };
 
 template <class Fetch, std::size_t kPixelBytes>
-ColourSums Sum(const std::byte* row, std::size_t width) {
+ColourSums Sum(const unsigned char* row, std::size_t width) {
     using Group = GroupSums<Fetch, kPixelBytes>;
     Group sums;
-    const std::byte* const end = row + width / Group::kPixels * Group::kBytes;
+    const unsigned char* const end = row + width / Group::kPixels * Group::kBytes;
     for (; row != end; row += Group::kBytes) {
         ReadAhead(row, Group::kBytes);
         sums.Add(row);
     }
     if (const std::size_t rest = width % Group::kPixels; rest != 0) {
-        std::byte last[Group::kBytes] = {};  // black pixels add nothing
+        unsigned char last[Group::kBytes] = {};  // black pixels add nothing
         std::memcpy(last, row, rest * kPixelBytes);
         sums.Add(last);
     }
     return sums.Total();
 }
 
-ColourSums SumPixels(const std::byte* row, std::size_t width, PixelKind kind) {
+ColourSums SumPixels(const unsigned char* row, std::size_t width, PixelKind kind) {
     switch (kind) {
         case PixelKind::kRedFirstBytes:
             return Sum<RedFirstFetch, 4>(row, width);
@@ -132,7 +134,7 @@ namespace Kavra::Analysis {
 
 HWY_EXPORT(SumPixels);
 
-ColourSums SumRow(const std::byte* row, std::size_t width, PixelKind kind) {
+ColourSums SumRow(const unsigned char* row, std::size_t width, PixelKind kind) {
     return HWY_DYNAMIC_DISPATCH(SumPixels)(row, width, kind);
 }
 

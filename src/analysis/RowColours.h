@@ -15,6 +15,6 @@ struct ColourSums {
 /// is the same on every processor. Sums of bytes are exact up to 4 million pixels, sums of halves up to 8192, whatever
 /// their order. The brightest of r, g, b is max(max(r, g), b) with max(a, b) = a < b ? b : a, so a NaN counts where it
 /// is red and is passed over elsewhere. One thread.
-ColourSums SumRow(const std::byte* row, std::size_t width, PixelKind kind);
+ColourSums SumRow(const unsigned char* row, std::size_t width, PixelKind kind);
 
 }  // namespace Kavra::Analysis

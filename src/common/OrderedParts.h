@@ -14,8 +14,8 @@ namespace Kavra::Common {
 /// threads. A few thousand parts are held at a time, however many there are. Exceptions as in `ForEachRange`.
 template <class Part, class Make, class Take>
 void ForEachInOrder(std::size_t count, std::size_t serialCount, const Make& make, const Take& take) {
-    constexpr std::size_t kMostParts = 8192;
-    std::vector<Part> parts(std::min(count, kMostParts));
+    constexpr std::size_t kMaxParts = 8192;
+    std::vector<Part> parts(std::min(count, kMaxParts));
     for (std::size_t first = 0; first < count; first += parts.size()) {
         const std::size_t size = std::min(parts.size(), count - first);
         ForEachRange(size, serialCount, [&](std::size_t begin, std::size_t end) {

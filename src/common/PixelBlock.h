@@ -1,13 +1,13 @@
 /// A pixel block that frees itself unless it is handed on.
 #pragma once
 
+#include "common/HostExtras.h"
+
 #include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/ObjModel.h>
 
 #include <cstddef>
 #include <memory>
-
-#include "common/HostExtras.h"
 
 namespace Kavra::Common {
 

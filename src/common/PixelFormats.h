@@ -150,7 +150,7 @@ inline constexpr int kMaxValue = kReserved78;
 
 /// The place in `kFormats` of each value up to the largest; that of `kUnknown` for values that are no format.
 inline constexpr auto kPlaces = [] {
-    std::array<std::uint8_t, kMaxValue + 1> places{};
+    std::array<unsigned char, kMaxValue + 1> places{};
     for (std::size_t i = 0; i < kFormats.size(); ++i)
         places[static_cast<std::size_t>(kFormats[i].value)] = static_cast<std::uint8_t>(i);
     return places;

@@ -28,7 +28,7 @@ using Ints = hn::VFromD<TagI32>;
 /// floor(v + 0.5) limited to 0..`limit`, NaN giving 0.
 HWY_INLINE Ints RoundHalfUp(Floats v, float limit) {
     const TagF32 df;
-    const Floats sum = hn::Add(v, hn::Set(df, 0.5f));
+    const Floats sum = hn::Add(v, hn::Set(df, 0.5F));
     const Floats positive = hn::IfThenElseZero(hn::Gt(sum, hn::Zero(df)), sum);
     return hn::ConvertInRangeTo(TagI32(), hn::Min(positive, hn::Set(df, limit)));
 }
@@ -38,10 +38,10 @@ HWY_INLINE Ints RoundHalfUp(Floats v, float limit) {
 HWY_INLINE hn::VFromD<HalfTagU16> HalfBitsWithNaN(Floats v, hn::VFromD<HalfTagU16> converted) {
     const TagU32 du;
     const auto bits = hn::BitCast(du, v);
-    const auto sign = hn::And(hn::ShiftRight<16>(bits), hn::Set(du, 0x8000u));
-    const auto payload = hn::And(hn::ShiftRight<13>(bits), hn::Set(du, 0x3ffu));
-    const auto kept = hn::Max(payload, hn::Set(du, 1u));
-    const auto nan = hn::Or(hn::Or(sign, kept), hn::Set(du, 0x7c00u));
+    const auto sign = hn::And(hn::ShiftRight<16>(bits), hn::Set(du, 0x8000U));
+    const auto payload = hn::And(hn::ShiftRight<13>(bits), hn::Set(du, 0x3FFU));
+    const auto kept = hn::Max(payload, hn::Set(du, 1U));
+    const auto nan = hn::Or(hn::Or(sign, kept), hn::Set(du, 0x7C00U));
     const auto isNaN = hn::RebindMask(du, hn::IsNaN(v));
     return hn::DemoteTo(HalfTagU16(), hn::IfThenElse(isNaN, nan, hn::PromoteTo(du, converted)));
 }

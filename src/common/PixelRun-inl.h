@@ -24,20 +24,20 @@ namespace hn = hwy::HWY_NAMESPACE;
 /// The two ways to write a vector of results.
 struct ThroughCache {
     template <class D, class V>
-    HWY_INLINE void operator()(D d, V v, std::byte* out) const {
+    HWY_INLINE void operator()(D d, V v, unsigned char* out) const {
         hn::StoreU(v, d, reinterpret_cast<hn::TFromD<D>*>(out));
     }
 };
 struct AroundCache {
     template <class D, class V>
-    HWY_INLINE void operator()(D d, V v, std::byte* out) const {
+    HWY_INLINE void operator()(D d, V v, unsigned char* out) const {
         hn::Stream(v, d, reinterpret_cast<hn::TFromD<D>*>(out));
     }
 };
 
 /// Loads a vector from bytes of any alignment.
 template <class D>
-HWY_INLINE hn::VFromD<D> LoadBytes(D d, const std::byte* in) {
+HWY_INLINE hn::VFromD<D> LoadBytes(D d, const unsigned char* in) {
     return hn::LoadU(d, reinterpret_cast<const hn::TFromD<D>*>(in));
 }
 
@@ -45,16 +45,16 @@ constexpr std::size_t kVectorBytes = HWY_MAX_BYTES;
 
 /// Asks for `bytes` bytes one memory page further on: the processor's own reading ahead stops at the end of a page,
 /// which slows down most the kernels that write little. Asking for what lies past the end of the source is harmless.
-HWY_INLINE void ReadAhead(const std::byte* in, std::size_t bytes) {
+HWY_INLINE void ReadAhead(const unsigned char* in, std::size_t bytes) {
     // By number: a pointer must not leave its block, not even one that is only a hint.
     const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(in) + 4096;
     for (std::size_t line = 0; line < bytes; line += 64)
-        hwy::Prefetch(reinterpret_cast<const std::byte*>(ahead + line));  // NOLINT(performance-no-int-to-ptr)
+        hwy::Prefetch(reinterpret_cast<const unsigned char*>(ahead + line));  // NOLINT(performance-no-int-to-ptr)
 }
 
 /// Units that lie before the first vector boundary of `out`, or `count` when no unit starts at one.
 template <class Kernel>
-std::size_t UnitsBeforeAlignment(const std::byte* out, std::size_t vectorBytes, std::size_t count) {
+std::size_t UnitsBeforeAlignment(const unsigned char* out, std::size_t vectorBytes, std::size_t count) {
     const std::size_t offset = reinterpret_cast<std::uintptr_t>(out) % vectorBytes;
     for (std::size_t units = 0; units < std::min(count, vectorBytes); ++units) {
         if ((offset + units * Kernel::kOutBytes) % vectorBytes == 0) return units;
@@ -64,16 +64,16 @@ std::size_t UnitsBeforeAlignment(const std::byte* out, std::size_t vectorBytes, 
 
 /// Fewer units than a step, by way of buffers that hold a whole one.
 template <class Kernel>
-void RunPart(const Kernel& kernel, std::byte* out, const std::byte* in, std::size_t count) {
-    HWY_ALIGN std::byte from[Kernel::kMaxStep * Kernel::kInBytes] = {};
-    HWY_ALIGN std::byte to[Kernel::kMaxStep * Kernel::kOutBytes];
+void RunPart(const Kernel& kernel, unsigned char* out, const unsigned char* in, std::size_t count) {
+    HWY_ALIGN unsigned char from[Kernel::kMaxStep * Kernel::kInBytes] = {};
+    HWY_ALIGN unsigned char to[Kernel::kMaxStep * Kernel::kOutBytes];
     std::memcpy(from, in, count * Kernel::kInBytes);
     kernel.Step(from, to, ThroughCache{});
     std::memcpy(out, to, count * Kernel::kOutBytes);
 }
 
 template <class Kernel, class Store>
-void RunSteps(const Kernel& kernel, std::byte* out, const std::byte* in, std::size_t steps, Store store) {
+void RunSteps(const Kernel& kernel, unsigned char* out, const unsigned char* in, std::size_t steps, Store store) {
     for (const std::size_t units = kernel.StepUnits(); steps > 0; --steps) {
         if constexpr (std::is_same_v<Store, AroundCache>) ReadAhead(in, units * Kernel::kInBytes);
         kernel.Step(in, out, store);

@@ -8,9 +8,9 @@ namespace Kavra::Common {
 
 /// Any alignment on both sides; `out` and `in` do not overlap.
 struct PixelRun {
-    std::span<std::byte> out;       ///< exactly what the pixels of `in` become
-    std::span<const std::byte> in;  ///< whole source elements or pixels
-    bool bypassCache = false;       ///< writes around the caches: right for blocks that no cache can hold
+    std::span<unsigned char> out;       ///< exactly what the pixels of `in` become
+    std::span<const unsigned char> in;  ///< whole source elements or pixels
+    bool bypassCache = false;           ///< writes around the caches: right for blocks that no cache can hold
 };
 
 /// Source and destination bytes up to which one core is done before a second one has woken up.

@@ -1,9 +1,9 @@
 /// What a path names.
 #pragma once
 
-#include <sys/stat.h>
-
 #include "common/Utf8.h"
+
+#include <sys/stat.h>
 
 namespace Kavra::Common {
 

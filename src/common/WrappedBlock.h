@@ -1,9 +1,9 @@
 /// Pixel blocks on their way to the host.
 #pragma once
 
-#include <kavra/objects/IMemoryWrapper.h>
-
 #include "common/PixelBlock.h"
+
+#include <kavra/objects/IMemoryWrapper.h>
 
 namespace Kavra::Common {
 

@@ -3,7 +3,9 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "formats/BlueFirst.cpp"
+// clang-format off: before what includes highway.h
 #include <hwy/foreach_target.h>  // compiles this file once per vector width
+// clang-format on
 
 #include "formats/BlueFirst.h"
 
@@ -19,7 +21,7 @@ struct WordKernel {
     static constexpr std::size_t kInBytes = 4, kOutBytes = 8, kMaxStep = kVectorBytes / 8;
     static std::size_t StepUnits() { return hn::Lanes(TagU16()) / 4; }
     template <class Store>
-    void Step(const std::byte* in, std::byte* out, Store store) const {
+    void Step(const unsigned char* in, unsigned char* out, Store store) const {
         const auto v = hn::PromoteTo(TagU16(), LoadBytes(hn::Rebind<std::uint8_t, TagU16>(), in));
         const auto redFirst = hn::Per4LaneBlockShuffle<3, 0, 1, 2>(v);
         store(TagU16(), hn::Or(redFirst, hn::ShiftLeft<8>(redFirst)), out);
@@ -29,16 +31,16 @@ struct WordKernel {
 constexpr auto kSwapped = ChannelOrder::kRedBlueSwapped;
 
 void Halves(const PixelRun& run) {
-    Convert(HalfKernel<std::uint8_t, kSwapped>{{1.0f / 255.0f}}, run);
+    Convert(HalfKernel<std::uint8_t, kSwapped>{{1.0F / 255.0F}}, run);
 }
 void Words(const PixelRun& run) {
     Convert(WordKernel{}, run);
 }
 void Floats(const PixelRun& run) {
-    Convert(FloatKernel<std::uint8_t, kSwapped>{{1.0f / 255.0f}}, run);
+    Convert(FloatKernel<std::uint8_t, kSwapped>{{1.0F / 255.0F}}, run);
 }
 void Bytes(const PixelRun& run) {
-    Convert(ByteFromWordKernel<kSwapped>{{1.0f / 257.0f}}, run);
+    Convert(ByteFromWordKernel<kSwapped>{{1.0F / 257.0F}}, run);
 }
 
 }  // namespace Kavra::Formats::HWY_NAMESPACE

@@ -1,9 +1,5 @@
 #include "formats/FormatConversion.h"
 
-#include <kavra/devices/AFormatConvertor.h>
-#include <kavra/devices/ImageHandlerHelper.h>
-#include <kavra/devices/Sys.h>
-
 #include "common/HostExtras.h"
 #include "common/ParallelRange.h"
 #include "common/PixelBlock.h"
@@ -11,7 +7,11 @@
 #include "formats/BlueFirst.h"
 #include "formats/Luminance.h"
 
-#include <half.h>
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/ImageHandlerHelper.h>
+#include <kavra/devices/Sys.h>
+
+#include <Imath/half.h>
 
 #include <algorithm>
 #include <cstring>
@@ -57,8 +57,8 @@ Pixels InOnePass(const Source& source, std::size_t inUnit, std::size_t outUnit, 
     const std::size_t count = source.bytes / inUnit;
     Pixels result(Common::NewBlock(bytes).release(), bytes);
     std::memset(result.block.get() + count * outUnit, 0, bytes - count * outUnit);
-    const std::span out(reinterpret_cast<std::byte*>(result.block.get()), count * outUnit);
-    const std::span in(reinterpret_cast<const std::byte*>(source.data), count * inUnit);
+    const std::span out(reinterpret_cast<unsigned char*>(result.block.get()), count * outUnit);
+    const std::span in(reinterpret_cast<const unsigned char*>(source.data), count * inUnit);
     Common::ForEachRange(count, Common::kSerialBytes / (inUnit + outUnit), [&](std::size_t begin, std::size_t end) {
         kernel(Common::PixelRun{.out = out.subspan(begin * outUnit, (end - begin) * outUnit),
                                 .in = in.subspan(begin * inUnit, (end - begin) * inUnit),

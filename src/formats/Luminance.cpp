@@ -3,7 +3,9 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "formats/Luminance.cpp"
+// clang-format off: before what includes highway.h
 #include <hwy/foreach_target.h>  // compiles this file once per vector width
+// clang-format on
 
 #include "formats/Luminance.h"
 
@@ -21,7 +23,7 @@ struct GreyKernel {
 
     static std::size_t StepUnits() { return hn::Lanes(TagU8()); }
     template <class Store>
-    void Step(const std::byte* in, std::byte* out, Store store) const {
+    void Step(const unsigned char* in, unsigned char* out, Store store) const {
         const std::size_t bytes = hn::Lanes(TagU8());
         const Ints a = Greys(in);
         const Ints b = Greys(in + bytes);
@@ -39,22 +41,22 @@ private:
     }
 
     /// The greys of one vector of pixels. The sum is rounded without double precision: it and its fraction are exact.
-    HWY_INLINE Ints Greys(const std::byte* in) const {
+    HWY_INLINE Ints Greys(const unsigned char* in) const {
         const TagI32 di;
         const TagF32 df;
         const Ints pixels = hn::BitCast(di, LoadBytes(TagU8(), in));
-        const Floats green = hn::Mul(Channel<8>(pixels), hn::Set(df, 0.587f));
+        const Floats green = hn::Mul(Channel<8>(pixels), hn::Set(df, 0.587F));
         const Floats first = hn::Mul(Channel<0>(pixels), hn::Set(df, firstWeight));
         const Floats third = hn::Mul(Channel<16>(pixels), hn::Set(df, thirdWeight));
         const Floats sum = hn::Add(hn::Add(green, first), third);
         const Ints whole = hn::ConvertInRangeTo(di, sum);
-        const auto isUp = hn::Ge(hn::Sub(sum, hn::ConvertTo(df, whole)), hn::Set(df, 0.5f));
+        const auto isUp = hn::Ge(hn::Sub(sum, hn::ConvertTo(df, whole)), hn::Set(df, 0.5F));
         return hn::Sub(whole, hn::VecFromMask(di, hn::RebindMask(di, isUp)));
     }
 };
 
 void Grey(const Common::PixelRun& run, ColourOrder order) {
-    Convert(order == ColourOrder::kRedFirst ? GreyKernel{0.299f, 0.114f} : GreyKernel{0.114f, 0.299f}, run);
+    Convert(order == ColourOrder::kRedFirst ? GreyKernel{0.299F, 0.114F} : GreyKernel{0.114F, 0.299F}, run);
 }
 
 }  // namespace Kavra::Formats::HWY_NAMESPACE

@@ -28,7 +28,7 @@ namespace Kavra::Devices::Dds {
 inline constexpr std::uint32_t kMaxLibrarySide = 32768;
 
 /// The header at the start of `file`, whose extension the library reads by the code alone.
-inline std::optional<Header> ParseLibraryHeader(std::span<const std::uint8_t> file) {
+inline std::optional<Header> ParseLibraryHeader(std::span<const unsigned char> file) {
     return ParseHeader(file, ExtensionRule::kAnyCode);
 }
 

@@ -19,7 +19,7 @@ bool HasText(const OIIO::ImageSpec& spec, const char* word) {
 }
 
 /// Reads the one picture of a DDS file in memory, which must have this size and number of channels.
-bool DecodeFlat(std::span<const std::uint8_t> file, int width, int height, int fileChannels, int channels,
+bool DecodeFlat(std::span<const unsigned char> file, int width, int height, int fileChannels, int channels,
                 OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride) {
     OIIO::Filesystem::IOMemReader memory(file.data(), file.size());
     OIIO::Filesystem::IOProxy* proxy = &memory;
@@ -70,7 +70,7 @@ DdsSlices::DdsSlices(Common::ByteSource file, const Dds::Header& header, const D
     : mFile(std::move(file)), mHeader(header), mShape(shape), mUnit(unit) {}
 
 std::optional<DdsSlices> DdsSlices::Open(Common::ByteSource file) {
-    std::array<std::uint8_t, Dds::kMaxHeaderBytes> start{};
+    std::array<unsigned char, Dds::kMaxHeaderBytes> start{};
     if (!file.Seek(0)) return std::nullopt;
     const std::size_t count = file.ReadSome(start);
     const auto header = Dds::ParseLibraryHeader(std::span(start).first(count));
@@ -92,7 +92,7 @@ std::uint64_t DdsSlices::SliceOffset(int level, int slice) const {
     return mHeader.Bytes() + Dds::LevelOffset(mUnit, mShape, 0, level) + static_cast<unsigned>(slice) * sliceBytes;
 }
 
-bool DdsSlices::ReadBytes(std::uint64_t offset, std::span<std::uint8_t> bytes) {
+bool DdsSlices::ReadBytes(std::uint64_t offset, std::span<unsigned char> bytes) {
     return mFile.Seek(offset) && mFile.Read(bytes);
 }
 
@@ -106,7 +106,7 @@ bool DdsSlices::ReadLevel(int level, const OIIO::ImageSpec& levelSpec, int chann
         return false;
     }
 
-    std::vector<std::uint8_t> flat = Dds::ComposeHeader(Dds::FlatHeader(mHeader, {width, height, 1}));
+    std::vector<unsigned char> flat = Dds::ComposeHeader(Dds::FlatHeader(mHeader, {width, height, 1}));
     const std::size_t headerBytes = flat.size();
     flat.resize(headerBytes + Dds::StoredSliceBytes(mUnit, {width, height, 1}));
     const std::size_t sliceStride = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * pixelStride;

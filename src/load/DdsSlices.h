@@ -43,7 +43,7 @@ public:
 
     /// Decodes channels 0 to `channels` - 1 of all faces or slices of a level into `out`, one after another in tight
     /// rows of pixels that are `pixelStride` bytes apart; faces that the file leaves out become zero bytes. `levelSpec`
-    /// is the level's spec as from `DdsLevelSpec`, and `out` has room for width x height x depth x `pixelStride` bytes
+    /// is the level's spec as from `DdsLevelSpec`, and `out` holds width x height x depth x `pixelStride` bytes
     /// of it. False when the file ends early, the library refuses a slice, or file and spec disagree.
     bool ReadLevel(int level, const OIIO::ImageSpec& levelSpec, int channels, OIIO::TypeDesc type, unsigned char* out,
                    std::size_t pixelStride);
@@ -51,7 +51,7 @@ public:
 private:
     DdsSlices(Common::ByteSource file, const Dds::Header& header, const Dds::Shape& shape, const Dds::StoredUnit& unit);
     std::uint64_t SliceOffset(int level, int slice) const;
-    bool ReadBytes(std::uint64_t offset, std::span<std::uint8_t> bytes);
+    bool ReadBytes(std::uint64_t offset, std::span<unsigned char> bytes);
 
     Common::ByteSource mFile;
     Dds::Header mHeader;

@@ -34,14 +34,14 @@ constexpr auto kSignatures = std::to_array<Signature>({
 });
 
 /// The groups that the first data element of a DICOM file can be of, in either order of bytes.
-constexpr std::array<std::uint8_t, 7> kDicomGroups = {0x02, 0x04, 0x08, 0x10, 0x18, 0x20, 0x28};
+constexpr std::array<unsigned char, 7> kDicomGroups = {0x02, 0x04, 0x08, 0x10, 0x18, 0x20, 0x28};
 
-bool StartsWithDicomElement(std::span<const std::uint8_t> start) {
+bool StartsWithDicomElement(std::span<const unsigned char> start) {
     if (start.size() < 2 || (start[0] == 0) == (start[1] == 0)) return false;
     return std::ranges::find(kDicomGroups, start[0] | start[1]) != kDicomGroups.end();
 }
 
-bool Has(const Signature& signature, std::span<const std::uint8_t> start) {
+bool Has(const Signature& signature, std::span<const unsigned char> start) {
     if (start.size() < signature.offset + signature.bytes.size()) return false;
     return std::ranges::equal(
         start.subspan(signature.offset, signature.bytes.size()), signature.bytes,
@@ -49,7 +49,7 @@ bool Has(const Signature& signature, std::span<const std::uint8_t> start) {
 }
 
 /// Whether the first data element stands where it has to: behind a preamble of 128 bytes and its mark, or at the start.
-bool MayBeDicom(std::span<const std::uint8_t> start) {
+bool MayBeDicom(std::span<const unsigned char> start) {
     constexpr Signature kMark = {"dicom", 128, "DICM"sv};
     constexpr std::size_t kFirstElement = kMark.offset + kMark.bytes.size();
     return StartsWithDicomElement(Has(kMark, start) ? start.subspan(kFirstElement) : start);
@@ -57,7 +57,7 @@ bool MayBeDicom(std::span<const std::uint8_t> start) {
 
 }  // namespace
 
-bool MayBeOfFormat(std::string_view format, std::span<const std::uint8_t> start) {
+bool MayBeOfFormat(std::string_view format, std::span<const unsigned char> start) {
     if (format == "dicom") return MayBeDicom(start);
     bool known = false;
     for (const Signature& signature : kSignatures) {

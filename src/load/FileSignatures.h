@@ -17,6 +17,6 @@ inline constexpr std::size_t kSignatureBytes = 134;
 /// Whether the library's reader of this name may accept a file that starts so; `start` is shorter than
 /// `kSignatureBytes` only when the file is. Always true of a reader whose format starts with no fixed bytes, or that is
 /// not known here: they refuse soon enough.
-bool MayBeOfFormat(std::string_view format, std::span<const std::uint8_t> start);
+bool MayBeOfFormat(std::string_view format, std::span<const unsigned char> start);
 
 }  // namespace Kavra::Devices

@@ -1,11 +1,11 @@
 #include "load/OpenInput.h"
 
-#include <kavra/objects/OS.h>
-
 #include "common/FileHandle.h"
 #include "common/RegularFile.h"
 #include "common/Utf8.h"
 #include "load/FileSignatures.h"
+
+#include <kavra/objects/OS.h>
 
 #include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/strutil.h>
@@ -26,15 +26,15 @@ namespace Kavra::Devices {
 namespace {
 
 using Input = std::unique_ptr<OIIO::ImageInput>;
-using Bytes = std::span<const std::uint8_t>;
+using Bytes = std::span<const unsigned char>;
 
 constexpr std::size_t kStartBytes = 1024;
 static_assert(kStartBytes >= kSignatureBytes);
 
 // JPEG 2000 (ISO/IEC 15444-1, annexes A and I) with the high-throughput coder (15444-15).
-constexpr std::array<std::uint8_t, 2> kHighThroughput = {0xFF, 0x50};
-constexpr std::array<std::uint8_t, 2> kTileStart = {0xFF, 0x90};
-constexpr std::array<std::uint8_t, 2> kCodestreamEnd = {0xFF, 0xD9};
+constexpr std::array<unsigned char, 2> kHighThroughput = {0xFF, 0x50};
+constexpr std::array<unsigned char, 2> kTileStart = {0xFF, 0x90};
+constexpr std::array<unsigned char, 2> kCodestreamEnd = {0xFF, 0xD9};
 
 bool IsHighThroughputJpeg2000(Bytes start) {
     if (!MayBeOfFormat("jpeg2000", start)) return false;
@@ -136,7 +136,7 @@ Input OpenInput(const KString& path) {
 
 Input OpenInput(const KString& path, Common::ByteSource& file) {
     if (!Common::IsRegularFile(path.ToChars()) || !file.Seek(0)) return nullptr;
-    std::array<std::uint8_t, kStartBytes> bytes{};
+    std::array<unsigned char, kStartBytes> bytes{};
     const Bytes start = std::span(bytes).first(file.ReadSome(bytes));
     if (WouldCrashTheLibrary(file, start)) return nullptr;
     Input input = Candidate(path, start).Open();

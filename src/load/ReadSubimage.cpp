@@ -60,7 +60,7 @@ struct RowReader {
     }
 
     /// Packed rows as the file has them to rows of the result; channels of equal types together.
-    bool Convert(const std::byte* rows, int count, unsigned char* out) const {
+    bool Convert(const unsigned char* rows, int count, unsigned char* out) const {
         const auto from = static_cast<OIIO::stride_t>(StoredPixelBytes());
         const auto to = static_cast<OIIO::stride_t>(pixelStride);
         for (int channel = 0, group = 0; channel < channels; channel += group) {
@@ -82,9 +82,10 @@ struct RowReader {
 bool ReadRows(const RowReader& reader, unsigned char* out) {
     const OIIO::ImageSpec& spec = reader.spec;
     const std::int64_t chunk = std::min<std::int64_t>(ChunkRows(spec, reader.StoredRowBytes()), spec.height);
-    std::unique_ptr<std::byte[]> stored;
+    std::unique_ptr<unsigned char[]> stored;
     if (!reader.IsAsStored()) {
-        stored = std::make_unique_for_overwrite<std::byte[]>(static_cast<std::size_t>(chunk) * reader.StoredRowBytes());
+        stored =
+            std::make_unique_for_overwrite<unsigned char[]>(static_cast<std::size_t>(chunk) * reader.StoredRowBytes());
     }
     for (int z = spec.z; z < spec.z + std::max(spec.depth, 1); ++z) {
         for (int done = 0; done < spec.height;) {

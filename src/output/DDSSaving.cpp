@@ -1,14 +1,14 @@
 #include "output/DDSSaving.h"
 
+#include "common/PackedLayout.h"
+#include "load/geometry/PackedRows.h"
+
 #include <kavra/devices/DDSWriter.h>
 #include <kavra/devices/Sys.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-
-#include "common/PackedLayout.h"
-#include "load/geometry/PackedRows.h"
 
 namespace Kavra::Devices {
 

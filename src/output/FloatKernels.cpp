@@ -3,7 +3,9 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "output/FloatKernels.cpp"
+// clang-format off: before what includes highway.h
 #include <hwy/foreach_target.h>  // compiles this file once per vector width
+// clang-format on
 
 #include "output/FloatKernels.h"
 

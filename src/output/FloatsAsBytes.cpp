@@ -1,15 +1,15 @@
 #include "output/FloatsAsBytes.h"
 
+#include "common/ParallelRange.h"
+#include "common/PixelRun.h"
+#include "output/FloatKernels.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <new>
-
-#include "common/ParallelRange.h"
-#include "common/PixelRun.h"
-#include "output/FloatKernels.h"
 
 namespace Kavra::Devices {
 

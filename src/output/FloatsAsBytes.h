@@ -1,9 +1,9 @@
 /// Showing floating-point pixels with 8 bits a channel.
 #pragma once
 
-#include <cstddef>
-
 #include "common/PixelBlock.h"
+
+#include <cstddef>
 
 namespace Kavra::Devices {
 

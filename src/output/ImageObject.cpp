@@ -1,18 +1,18 @@
 // Making image objects, and what they tell of themselves.
 
-#include <kavra/devices/ASimpleTexture.h>
-#include <kavra/devices/ATarget.h>
-#include <kavra/devices/Sys.h>
-#include <kavra/oiio/OIIOImage.h>
-
-#include <cstddef>
-
 #include "common/Boundary.h"
 #include "common/PixelBlock.h"
 #include "common/PixelFormats.h"
 #include "load/geometry/PackedRows.h"
 #include "output/MappedPixels.h"
 #include "output/PixelSpec.h"
+
+#include <kavra/devices/ASimpleTexture.h>
+#include <kavra/devices/ATarget.h>
+#include <kavra/devices/Sys.h>
+#include <kavra/oiio/OIIOImage.h>
+
+#include <cstddef>
 
 namespace Kavra::Devices {
 

@@ -1,13 +1,13 @@
+#include "common/Boundary.h"
+#include "common/PixelFormats.h"
+#include "load/geometry/PackedRows.h"
+
 #include <kavra/devices/Sys.h>
 #include <kavra/oiio/OIIOImage.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-
-#include "common/Boundary.h"
-#include "common/PixelFormats.h"
-#include "load/geometry/PackedRows.h"
 
 namespace Kavra::Devices {
 

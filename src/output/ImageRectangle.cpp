@@ -1,15 +1,5 @@
 // Reading a rectangle of an image object back.
 
-#include <kavra/devices/Sys.h>
-#include <kavra/oiio/OIIOImage.h>
-
-#include <OpenImageIO/imagebuf.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <limits>
-#include <utility>
-
 #include "common/Boundary.h"
 #include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
@@ -21,6 +11,16 @@
 #include "load/geometry/NewImage.h"
 #include "load/geometry/Reshape.h"
 #include "output/PixelSpec.h"
+
+#include <kavra/devices/Sys.h>
+#include <kavra/oiio/OIIOImage.h>
+
+#include <OpenImageIO/imagebuf.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <utility>
 
 namespace Kavra::Devices {
 

@@ -1,14 +1,14 @@
+#include "common/Boundary.h"
+#include "common/PackedLayout.h"
+#include "output/LibrarySaving.h"
+#include "output/PathPreparation.h"
+
 #include <kavra/devices/ASimpleTexture.h>
 #include <kavra/devices/IImageHandler.h>
 #include <kavra/devices/Sys.h>
 #include <kavra/oiio/OIIOImage.h>
 
 #include <cstdint>
-
-#include "common/Boundary.h"
-#include "common/PackedLayout.h"
-#include "output/LibrarySaving.h"
-#include "output/PathPreparation.h"
 
 namespace Kavra::Devices {
 

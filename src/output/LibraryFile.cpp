@@ -1,12 +1,12 @@
 #include "output/LibraryFile.h"
 
-#include <filesystem>
-#include <string>
-#include <system_error>
-
 #include "common/Boundary.h"
 #include "common/Utf8.h"
 #include "output/LibraryWriters.h"
+
+#include <filesystem>
+#include <string>
+#include <system_error>
 
 namespace Kavra::Devices {
 

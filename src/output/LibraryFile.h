@@ -1,16 +1,16 @@
 /// A file that one of OpenImageIO's writers fills.
 #pragma once
 
+#include "output/FilePlace.h"
+#include "output/WatchedFile.h"
+#include "output/WatchedStream.h"
+
 #include <kavra/devices/Export.h>
 
 #include <OpenImageIO/imageio.h>
 
 #include <memory>
 #include <optional>
-
-#include "output/FilePlace.h"
-#include "output/WatchedFile.h"
-#include "output/WatchedStream.h"
 
 namespace Kavra::Devices {
 

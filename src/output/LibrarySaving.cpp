@@ -1,14 +1,14 @@
 #include "output/LibrarySaving.h"
 
-#include <OpenImageIO/imageio.h>
-
-#include <cstddef>
-#include <utility>
-
 #include "common/PixelFormats.h"
 #include "load/geometry/PackedRows.h"
 #include "output/LibraryFile.h"
 #include "output/PixelSpec.h"
+
+#include <OpenImageIO/imageio.h>
+
+#include <cstddef>
+#include <utility>
 
 namespace Kavra::Devices {
 

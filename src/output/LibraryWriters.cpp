@@ -1,13 +1,13 @@
 #include "output/LibraryWriters.h"
 
+#include "common/FileHandle.h"
+
 #include <kavra/objects/OS.h>
 
 #include <array>
 #include <cstdint>
 #include <cstdio>
 #include <string_view>
-
-#include "common/FileHandle.h"
 
 namespace Kavra::Devices {
 

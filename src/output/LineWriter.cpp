@@ -1,16 +1,17 @@
+#include "output/LineWriter.h"
+
+#include "common/Boundary.h"
+#include "common/PixelBlock.h"
+#include "output/LibraryFile.h"
+#include "output/PathPreparation.h"
+#include "output/PixelSpec.h"
+
 #include <kavra/devices/IWriteImageLineProvider.h>
 
 #include <OpenImageIO/imageio.h>
 
 #include <algorithm>
 #include <cstdint>
-
-#include "common/Boundary.h"
-#include "common/PixelBlock.h"
-#include "output/LibraryFile.h"
-#include "output/LineWriter.h"
-#include "output/PathPreparation.h"
-#include "output/PixelSpec.h"
 
 namespace Kavra::Devices {
 

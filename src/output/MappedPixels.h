@@ -1,11 +1,11 @@
 /// Reading the pixels of a target or texture.
 #pragma once
 
+#include "common/Boundary.h"
+
 #include <kavra/devices/IMappedMemory.h>
 
 #include <utility>
-
-#include "common/Boundary.h"
 
 namespace Kavra::Devices {
 

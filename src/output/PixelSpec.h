@@ -1,11 +1,11 @@
 /// How OpenImageIO is told of packed host pixels.
 #pragma once
 
+#include "common/PixelFormats.h"
+
 #include <kavra/devices/EFormat.h>
 
 #include <OpenImageIO/imageio.h>
-
-#include "common/PixelFormats.h"
 
 namespace Kavra::Devices {
 

@@ -1,16 +1,17 @@
-#include <kavra/devices/Sys.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <cstring>
-#include <optional>
+#include "output/ResizeService.h"
 
 #include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
 #include "common/WrappedBlock.h"
 #include "load/geometry/Reshape.h"
 #include "output/PixelSpec.h"
-#include "output/ResizeService.h"
+
+#include <kavra/devices/Sys.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <optional>
 
 namespace Kavra::Devices {
 

@@ -1,14 +1,15 @@
-#include <kavra/devices/ATarget.h>
-#include <kavra/devices/Sys.h>
-
-#include <cstdint>
+#include "output/TargetSaving.h"
 
 #include "common/Boundary.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
 #include "output/FloatsAsBytes.h"
 #include "output/MappedPixels.h"
-#include "output/TargetSaving.h"
+
+#include <kavra/devices/ATarget.h>
+#include <kavra/devices/Sys.h>
+
+#include <cstdint>
 
 namespace Kavra::Devices {
 

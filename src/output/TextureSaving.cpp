@@ -1,11 +1,11 @@
 #include "output/TextureSaving.h"
 
-#include <kavra/devices/Sys.h>
-
 #include "common/PixelFormats.h"
 #include "output/DDSSaving.h"
 #include "output/LibrarySaving.h"
 #include "output/PathPreparation.h"
+
+#include <kavra/devices/Sys.h>
 
 namespace Kavra::Devices {
 

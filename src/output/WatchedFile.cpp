@@ -1,11 +1,11 @@
 #include "output/WatchedFile.h"
 
+#include "common/Boundary.h"
+#include "common/Utf8.h"
+
 #include <kavra/objects/OS.h>
 
 #include <algorithm>
-
-#include "common/Boundary.h"
-#include "common/Utf8.h"
 
 namespace Kavra::Devices {
 

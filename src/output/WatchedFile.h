@@ -1,6 +1,8 @@
 /// The file under a library's writer, watched for what the writer does not notice.
 #pragma once
 
+#include "common/FileHandle.h"
+
 #include <kavra/devices/Export.h>
 
 #include <OpenImageIO/filesystem.h>
@@ -9,8 +11,6 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
-
-#include "common/FileHandle.h"
 
 namespace Kavra::Devices {
 

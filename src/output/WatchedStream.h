@@ -1,10 +1,10 @@
 /// A watched file for writers that want a C stream.
 #pragma once
 
-#include <OpenImageIO/filesystem.h>
-
 #include "common/FileHandle.h"
 #include "output/WatchedFile.h"
+
+#include <OpenImageIO/filesystem.h>
 
 namespace Kavra::Devices {
 

@@ -47,7 +47,7 @@ struct Fitting {
 };
 
 /// Asked before the block is, since memory that was given out and is not there when it is touched ends the process. A
-/// picture that is shrunk or turned stands in memory twice, as it was and as it becomes.
+/// picture that is shrunk or reordered stands in memory twice, as it was and as it becomes.
 bool IsWithinLimits(ImageReaderInterface& reader, const ImageDescription& desc, const Fitting& fitting) {
     const auto isSide = [](int side) { return side >= 1 && side <= Common::kMaxSide; };
     if (!isSide(desc.width) || !isSide(desc.height) || desc.rowPitch < 1) return false;
@@ -60,7 +60,7 @@ bool IsWithinLimits(ImageReaderInterface& reader, const ImageDescription& desc, 
                                             reader.GetWorkingBytes(), static_cast<std::uint64_t>(fittedBytes))});
 }
 
-/// Shrinks and turns the block that `desc` describes, and brings `desc` up to date.
+/// Shrinks and reorders the block that `desc` describes, and brings `desc` up to date.
 PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LoadRequest& request, const Fitting& fitting) {
     // A format without pixels, or rows with gaps between them: no reader has those, and no image could lie over them.
     const bool isPacked = desc.rowPitch == Common::PackedRowBytes(desc.format, desc.width);

@@ -12,7 +12,7 @@
 
 namespace Kavra::Devices {
 
-/// Decodes one frame of open files, shrinks it to the limits (never enlarging it) and turns it to the orientation
+/// Decodes one frame of open files, shrinks it to the limits (never enlarging it) and brings it to the orientation
 /// wanted; where neither is needed, the block is the one that the reader decoded into. Pixels that the reader leaves
 /// alone are zero.
 ///

@@ -39,7 +39,7 @@ void StoreAll(std::span<unsigned char> out, const EntryOf& entryOf) {
     }
 }
 
-/// Writes the entry of each sample of `in`, one after another. `out` has room for exactly these and does not overlap
+/// Writes the entry of each sample of `in`, one after another. `out` holds exactly these and does not overlap
 /// `in`.
 template <class Entry>
 void LookUp(std::span<unsigned char> out, std::span<const unsigned char> in, const Table256<Entry>& table) {

@@ -1,7 +1,8 @@
 #include "support/MessageRecorder.h"
 
-#include <gtest/gtest.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <gtest/gtest.h>
 
 namespace {
 

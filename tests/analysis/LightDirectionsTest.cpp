@@ -1,8 +1,9 @@
 #include "analysis/TestMap.h"
 #include "support/MessageRecorder.h"
 
-#include <gtest/gtest.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>

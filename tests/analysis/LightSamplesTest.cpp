@@ -1,5 +1,4 @@
 #include "analysis/LightSamples.h"
-
 #include "analysis/TestMap.h"
 
 #include <gtest/gtest.h>

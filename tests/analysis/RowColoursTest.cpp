@@ -1,5 +1,4 @@
 #include "analysis/RowColours.h"
-
 #include "analysis/TestMap.h"
 #include "frame/host/devices/EveryVectorWidth.h"
 
@@ -28,7 +27,7 @@ PixelKind KindOf(EFormat format) {
 }
 
 ColourSums Sum(const TestMap& row) {
-    return SumRow(static_cast<const std::byte*>(row.Data()), static_cast<std::size_t>(row.desc.width),
+    return SumRow(static_cast<const unsigned char*>(row.Data()), static_cast<std::size_t>(row.desc.width),
                   KindOf(row.desc.format));
 }
 
@@ -64,7 +63,7 @@ TEST(RowColours, AddUpTheThreeColoursAndTheBrightestOfEachPixel) {
 }
 
 TEST(RowColours, OfNoPixelsAreZero) {
-    const std::byte nothing{};
+    const unsigned char nothing{};
     const ColourSums sums = SumRow(&nothing, 0, PixelKind::kFloats);
     EXPECT_EQ(Bits(sums), Bits(ColourSums{}));
 }
@@ -89,7 +88,7 @@ TEST(RowColours, EveryByteIsTimesTheSinglePrecisionScale) {
             const unsigned char pixel[4] = {static_cast<unsigned char>(v), 1, 2, 255};
             const float first = static_cast<float>(v) * scale;
             ForEveryVectorWidth([&] {
-                const ColourSums sums = SumRow(reinterpret_cast<const std::byte*>(pixel), 1, KindOf(format));
+                const ColourSums sums = SumRow(reinterpret_cast<const unsigned char*>(pixel), 1, KindOf(format));
                 EXPECT_EQ(format == kR8G8B8A8 ? sums.red : sums.blue, static_cast<double>(first)) << v;
                 EXPECT_EQ(sums.green, static_cast<double>(1 * scale));
                 EXPECT_EQ(format == kR8G8B8A8 ? sums.blue : sums.red, static_cast<double>(2 * scale));
@@ -104,7 +103,7 @@ TEST(RowColours, EveryHalfIsItsValue) {
         half pixel[4] = {half(0.5F), half(0.0F), half(-1.0F), half(0.0F)};
         pixel[1].setBits(static_cast<std::uint16_t>(bits));
         const auto value = static_cast<double>(static_cast<float>(pixel[1]));
-        const ColourSums sums = SumRow(reinterpret_cast<const std::byte*>(pixel), 1, PixelKind::kHalves);
+        const ColourSums sums = SumRow(reinterpret_cast<const unsigned char*>(pixel), 1, PixelKind::kHalves);
         if (std::isnan(value)) {
             ASSERT_TRUE(std::isnan(sums.green)) << bits;
         } else {
@@ -166,7 +165,7 @@ TEST(RowColours, OfBytesAreExactWhateverTheirOrder) {
     for (std::size_t i = pixels.size(); i > 0; i -= 4)
         expected += static_cast<float>(pixels[i - 4]) * kByteScale;
     const ColourSums sums =
-        SumRow(reinterpret_cast<const std::byte*>(pixels.data()), pixels.size() / 4, PixelKind::kRedFirstBytes);
+        SumRow(reinterpret_cast<const unsigned char*>(pixels.data()), pixels.size() / 4, PixelKind::kRedFirstBytes);
     EXPECT_EQ(static_cast<long double>(sums.red), expected);
 }
 

@@ -1,7 +1,8 @@
 #include "analysis/TestMap.h"
 
-#include <Imath/half.h>
 #include <kavra/devices/AFormatConvertor.h>
+
+#include <Imath/half.h>
 
 #include <algorithm>
 #include <cmath>

@@ -4,8 +4,9 @@
 #include "app/PictureFiles.h"
 #include "support/TemporaryFolder.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>
 

@@ -5,6 +5,7 @@
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+
 #include <signal.h>
 
 #include <chrono>

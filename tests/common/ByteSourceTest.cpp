@@ -1,5 +1,4 @@
 #include "common/ByteSource.h"
-
 #include "readers/ByteBuilder.h"
 #include "support/TemporaryFolder.h"
 
@@ -7,6 +6,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+
 #include <array>
 
 namespace {
@@ -53,9 +53,9 @@ INSTANTIATE_TEST_SUITE_P(, ByteSources, testing::Bool(),
 
 TEST_P(ByteSources, AFreshSourceStandsAtItsStart) {
     const ByteSource source = Open({1, 2, 3});
-    EXPECT_EQ(source.Size(), 3u);
-    EXPECT_EQ(source.Position(), 0u);
-    EXPECT_EQ(source.Remaining(), 3u);
+    EXPECT_EQ(source.Size(), 3U);
+    EXPECT_EQ(source.Position(), 0U);
+    EXPECT_EQ(source.Remaining(), 3U);
 }
 
 TEST_P(ByteSources, ReadsIntegersOfEachWidthInBothByteOrders) {
@@ -63,21 +63,21 @@ TEST_P(ByteSources, ReadsIntegersOfEachWidthInBothByteOrders) {
                               1,    2,    3,    4,    5,    6,    7,    8,    0x9A});
     EXPECT_EQ(source.Little<std::uint16_t>(), 0x3412);
     EXPECT_EQ(source.Big<std::uint16_t>(), 0x1234);
-    EXPECT_EQ(source.Little<std::uint32_t>(), 0x84030201u);
-    EXPECT_EQ(source.Big<std::uint32_t>(), 0x01020384u);
+    EXPECT_EQ(source.Little<std::uint32_t>(), 0x84030201U);
+    EXPECT_EQ(source.Big<std::uint32_t>(), 0x01020384U);
     EXPECT_EQ(source.Little<std::int16_t>(), -2);
-    EXPECT_EQ(source.Big<std::uint64_t>(), 0x0102030405060708u);
+    EXPECT_EQ(source.Big<std::uint64_t>(), 0x0102030405060708U);
     EXPECT_EQ(source.Big<std::uint8_t>(), 0x9A);
-    EXPECT_EQ(source.Remaining(), 0u);
+    EXPECT_EQ(source.Remaining(), 0U);
 }
 
 TEST_P(ByteSources, AnIntegerThatIsNotWholeIsTruncatedAndNothingMoves) {
     ByteSource source = Open({1, 2, 3});
     EXPECT_EQ(source.Little<std::uint32_t>().error(), Failure::kTruncated);
-    EXPECT_EQ(source.Position(), 0u);
+    EXPECT_EQ(source.Position(), 0U);
     EXPECT_EQ(source.Big<std::uint16_t>(), 0x0102);
     EXPECT_EQ(source.Big<std::uint16_t>().error(), Failure::kTruncated);
-    EXPECT_EQ(source.Position(), 2u);
+    EXPECT_EQ(source.Position(), 2U);
 }
 
 TEST_P(ByteSources, ReadsIntegersAcrossTheEdgeOfItsBuffer) {
@@ -97,16 +97,16 @@ TEST_P(ByteSources, AnExactReadPastTheEndLeavesBufferAndPositionAlone) {
     std::array<unsigned char, 3> out = {9, 9, 9};
     EXPECT_EQ(source.Read(out).error(), Failure::kTruncated);
     EXPECT_EQ(out, (std::array<unsigned char, 3>{9, 9, 9}));
-    EXPECT_EQ(source.Position(), 1u);
+    EXPECT_EQ(source.Position(), 1U);
 }
 
 TEST_P(ByteSources, APartialReadTellsHowFarItCame) {
     ByteSource source = Open({1, 2, 3});
     std::array<unsigned char, 5> out = {9, 9, 9, 9, 9};
-    EXPECT_EQ(source.ReadSome(out), 3u);
+    EXPECT_EQ(source.ReadSome(out), 3U);
     EXPECT_EQ(out, (std::array<unsigned char, 5>{1, 2, 3, 9, 9}));
-    EXPECT_EQ(source.Position(), 3u);
-    EXPECT_EQ(source.ReadSome(out), 0u);
+    EXPECT_EQ(source.Position(), 3U);
+    EXPECT_EQ(source.ReadSome(out), 0U);
 }
 
 TEST_P(ByteSources, LargeAndSmallReadsInterleaveWithoutLosingAByte) {
@@ -141,7 +141,7 @@ TEST_P(ByteSources, SeeksForwardAndBackToAnyPositionUpToTheEnd) {
         ASSERT_EQ(source.Little<std::uint8_t>(), bytes[at]) << at;
     }
     ASSERT_TRUE(source.Seek(bytes.size()));
-    EXPECT_EQ(source.Remaining(), 0u);
+    EXPECT_EQ(source.Remaining(), 0U);
     EXPECT_TRUE(source.Peek().empty());
 }
 
@@ -152,7 +152,7 @@ TEST_P(ByteSources, APositionBeyondTheEndIsRefusedAndNothingMoves) {
     EXPECT_EQ(source.Skip(2).error(), Failure::kTruncated);
     EXPECT_EQ(source.Skip(~std::uint64_t{0}).error(), Failure::kTruncated);
     EXPECT_EQ(source.Seek(~std::uint64_t{0}).error(), Failure::kTruncated);
-    EXPECT_EQ(source.Position(), 2u);
+    EXPECT_EQ(source.Position(), 2U);
     EXPECT_EQ(source.Little<std::uint8_t>(), 3);
 }
 
@@ -183,14 +183,14 @@ TEST_P(ByteSources, ASliceSeesItsOwnBytesOnly) {
     ASSERT_TRUE(source.Skip(2));
     Result<ByteSource> slice = source.Slice(3);
     ASSERT_TRUE(slice);
-    EXPECT_EQ(source.Position(), 5u) << "the slice is behind its parent";
-    EXPECT_EQ(slice->Size(), 3u);
-    EXPECT_EQ(slice->Position(), 0u);
+    EXPECT_EQ(source.Position(), 5U) << "the slice is behind its parent";
+    EXPECT_EQ(slice->Size(), 3U);
+    EXPECT_EQ(slice->Position(), 0U);
     EXPECT_EQ(slice->Big<std::uint16_t>(), 0x0203);
     EXPECT_EQ(slice->Big<std::uint16_t>().error(), Failure::kTruncated);
     EXPECT_EQ(slice->Seek(4).error(), Failure::kTruncated);
     ASSERT_TRUE(slice->Seek(0));
-    EXPECT_EQ(slice->Peek().size(), 3u);
+    EXPECT_EQ(slice->Peek().size(), 3U);
     EXPECT_EQ(source.Big<std::uint8_t>(), 5);
 }
 
@@ -219,11 +219,11 @@ TEST_P(ByteSources, AnotherViewBeginsAtTheStartAndGoesItsOwnWay) {
     Result<ByteSource> slice = source.Slice(4);
     ASSERT_TRUE(slice && slice->Skip(1));
     ByteSource again = slice->Again();
-    EXPECT_EQ(again.Size(), 4u) << "of what it is a view of, no more";
-    EXPECT_EQ(again.Position(), 0u);
-    EXPECT_EQ(again.Big<std::uint32_t>(), 0x02030405u);
+    EXPECT_EQ(again.Size(), 4U) << "of what it is a view of, no more";
+    EXPECT_EQ(again.Position(), 0U);
+    EXPECT_EQ(again.Big<std::uint32_t>(), 0x02030405U);
     EXPECT_EQ(slice->Big<std::uint8_t>(), 3) << "which stands where it stood";
-    EXPECT_EQ(source.Again().Size(), 8u);
+    EXPECT_EQ(source.Again().Size(), 8U);
 }
 
 TEST(ByteSourceOfAFile, NoneIsNoSource) {
@@ -235,7 +235,7 @@ TEST_P(ByteSources, ASliceLongerThanTheRestIsRefusedAndNothingMoves) {
     ASSERT_TRUE(source.Skip(1));
     EXPECT_EQ(source.Slice(3).error(), Failure::kTruncated);
     EXPECT_EQ(source.Slice(~std::uint64_t{0}).error(), Failure::kTruncated);
-    EXPECT_EQ(source.Position(), 1u);
+    EXPECT_EQ(source.Position(), 1U);
     Result<ByteSource> rest = source.Slice(2);
     ASSERT_TRUE(rest);
     Result<ByteSource> nothing = source.Slice(0);
@@ -245,7 +245,7 @@ TEST_P(ByteSources, ASliceLongerThanTheRestIsRefusedAndNothingMoves) {
 
 TEST_P(ByteSources, AnEmptySourceIsAtItsEnd) {
     ByteSource source = Open({});
-    EXPECT_EQ(source.Size(), 0u);
+    EXPECT_EQ(source.Size(), 0U);
     EXPECT_TRUE(source.Peek().empty());
     EXPECT_TRUE(source.Seek(0));
     EXPECT_TRUE(source.Read({}));
@@ -261,7 +261,7 @@ TEST_P(ByteSources, MovingASourceKeepsItsPlaceAndBuffer) {
     ByteSource other = ByteSource(std::span<const unsigned char>());
     other = std::move(moved);
     EXPECT_EQ(other.Little<std::uint8_t>(), bytes[2]);
-    EXPECT_EQ(other.Position(), 3u);
+    EXPECT_EQ(other.Position(), 3U);
 }
 
 TEST(ByteSource, ASliceKeepsTheFileOpen) {
@@ -290,7 +290,7 @@ TEST(ByteSource, ANarrowPathIsTakenByItsBytes) {
     const TemporaryFolder folder;
     Result<ByteSource> source = ByteSource::OpenNarrow(folder.Write("caf\xE9", "ab").c_str());
     ASSERT_TRUE(source);
-    EXPECT_EQ(source->Size(), 2u);
+    EXPECT_EQ(source->Size(), 2U);
     EXPECT_EQ(source->Big<std::uint16_t>(), 'a' << 8 | 'b');
     EXPECT_EQ(ByteSource::OpenNarrow(folder.Path().c_str()).error(), Failure::kCannotOpen);
     EXPECT_EQ(ByteSource::OpenNarrow((folder / "missing").c_str()).error(), Failure::kCannotOpen);
@@ -304,8 +304,8 @@ TEST(ByteSource, AFileThatShrinksIsUnreadableNotEndless) {
     std::filesystem::resize_file(path, 10);
     Bytes out(50);
     EXPECT_EQ(source->Read(out).error(), Failure::kUnreadable);
-    EXPECT_EQ(source->Position(), 0u);
-    EXPECT_EQ(source->ReadSome(out), 10u);
+    EXPECT_EQ(source->Position(), 0U);
+    EXPECT_EQ(source->ReadSome(out), 10U);
     EXPECT_TRUE(source->Peek().empty());
     EXPECT_EQ(source->Little<std::uint8_t>().error(), Failure::kUnreadable);
 }
@@ -325,7 +325,7 @@ TEST(ByteSource, ReachesPositionsBeyondFourGigabytes) {
     ASSERT_TRUE(source);
     EXPECT_EQ(source->Size(), kFar);
     EXPECT_EQ(source->BytesAt<3>(kFar - 3), (std::array<unsigned char, 3>{'e', 'n', 'd'}));
-    EXPECT_EQ(source->Remaining(), 0u);
+    EXPECT_EQ(source->Remaining(), 0U);
     EXPECT_EQ(source->BytesAt<3>(0), (std::array<unsigned char, 3>{'s', 't', 'a'}));
 }
 

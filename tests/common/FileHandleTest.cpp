@@ -1,12 +1,12 @@
 #include "common/FileHandle.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cerrno>
-
-#include "support/TemporaryFolder.h"
 
 namespace Kavra::Common {
 namespace {
@@ -30,9 +30,9 @@ TEST_F(FileHandleTest, ClosesItsStream) {
 TEST_F(FileHandleTest, TheLengthIsInBytesFromWhereverTheStreamStands) {
     const FileHandle file = Open(folder.Write("f", std::string_view("twelve bytes")));
     EXPECT_EQ(std::fgetc(file.get()), 't');
-    EXPECT_EQ(FileLength(file.get()), 12u);
+    EXPECT_EQ(FileLength(file.get()), 12U);
     EXPECT_EQ(ftello(file.get()), 12);
-    EXPECT_EQ(FileLength(Open(folder.Write("empty", std::string_view())).get()), 0u);
+    EXPECT_EQ(FileLength(Open(folder.Write("empty", std::string_view())).get()), 0U);
 }
 
 TEST_F(FileHandleTest, TheLengthMayBeMoreThanThirtyTwoBitsHold) {

@@ -1,11 +1,10 @@
 #include "common/Limits.h"
+#include "support/TemporaryFolder.h"
 
 #include <kavra/devices/ImageLimits.h>
 #include <kavra/objects/ObjModel.h>
 
 #include <gtest/gtest.h>
-
-#include "support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <fstream>
@@ -87,10 +86,10 @@ TEST_F(Bounds, AReaderHas2GiBUnlessTheHostSaysOtherwise) {
     Set(3 * kGiB, 0);
     EXPECT_EQ(ReaderBounds().bytes, std::min(3 * kGiB, MemoryShare()));
     Set(1000, 0);
-    EXPECT_EQ(ReaderBounds().bytes, 1000u);
+    EXPECT_EQ(ReaderBounds().bytes, 1000U);
     Set(0, 1'000'000'000'000);
     EXPECT_EQ(ReaderBounds().bytes, MemoryShare()) << "the host counts pixels instead";
-    EXPECT_EQ(ReaderBounds().pixels, 1'000'000'000'000u);
+    EXPECT_EQ(ReaderBounds().pixels, 1'000'000'000'000U);
 }
 
 TEST_F(Bounds, NobodyHasMoreThanHalfTheMemory) {
@@ -129,34 +128,34 @@ TEST_F(ControlGroups, TheUnifiedHierarchyIsBoundByTheTightestGroupOnTheWayUp) {
     Write("sys/fs/cgroup/system.slice/host.service/memory.max", "max\n");
     EXPECT_EQ(Memory(), std::nullopt);
     Write("sys/fs/cgroup/system.slice/memory.max", "3000000000\n");
-    EXPECT_EQ(Memory(), 3'000'000'000u);
+    EXPECT_EQ(Memory(), 3'000'000'000U);
     Write("sys/fs/cgroup/system.slice/host.service/memory.max", "5000000000\n");
-    EXPECT_EQ(Memory(), 3'000'000'000u);
+    EXPECT_EQ(Memory(), 3'000'000'000U);
     Write("sys/fs/cgroup/system.slice/host.service/memory.max", "1000000\n");
-    EXPECT_EQ(Memory(), 1'000'000u);
+    EXPECT_EQ(Memory(), 1'000'000U);
 }
 
 TEST_F(ControlGroups, TheOlderHierarchyOfTheMemoryControllerCounts) {
     Write("proc/self/cgroup", "9:name=systemd:/\n8:cpu,memory:/box/inner\n7:memory2:/other\n");
     Write("sys/fs/cgroup/memory/box/memory.limit_in_bytes", "2000000\n");
     Write("sys/fs/cgroup/memory/other/memory.limit_in_bytes", "5\n");
-    EXPECT_EQ(Memory(), 2'000'000u);
+    EXPECT_EQ(Memory(), 2'000'000U);
     Write("sys/fs/cgroup/memory/memory.limit_in_bytes", "9223372036854771712\n");
-    EXPECT_EQ(Memory(), 2'000'000u);
+    EXPECT_EQ(Memory(), 2'000'000U);
 }
 
 TEST_F(ControlGroups, InsideAContainerTheMountItselfIsTheGroup) {
     Write("proc/self/cgroup", "4:memory:/outer/path/of/the/machine\n0::/another\n");
     Write("sys/fs/cgroup/memory/memory.limit_in_bytes", "4000000\n");
-    EXPECT_EQ(Memory(), 4'000'000u);
+    EXPECT_EQ(Memory(), 4'000'000U);
     Write("sys/fs/cgroup/memory.max", "3000000\n");
-    EXPECT_EQ(Memory(), 3'000'000u);
+    EXPECT_EQ(Memory(), 3'000'000U);
 }
 
 TEST_F(ControlGroups, WhatCannotBeReadBindsNothing) {
     Write("proc/self/cgroup", "nonsense\n0:\n::\n0::/a\n4:memory\n4:memory:../../b\n\n");
     Write("sys/fs/cgroup/a/memory.max", "12 monkeys");
-    EXPECT_EQ(Memory(), 12u) << "the first word counts";
+    EXPECT_EQ(Memory(), 12U) << "the first word counts";
     for (const char* text : {"", "max", "-1", "0", "0x10", "1e9", "99999999999999999999999", "\n\n", "12monkeys"}) {
         Write("sys/fs/cgroup/a/memory.max", text);
         EXPECT_EQ(Memory(), std::nullopt) << text;

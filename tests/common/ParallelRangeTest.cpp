@@ -21,12 +21,12 @@ std::size_t HardwareThreads() {
 
 TEST(Grain, IsOneThreadsShareRoundedUpAndAtLeastOne) {
     const std::size_t threads = HardwareThreads();
-    EXPECT_EQ(Grain(0), 1u);
-    EXPECT_EQ(Grain(1), 1u);
-    EXPECT_EQ(Grain(threads), 1u);
-    EXPECT_EQ(Grain(threads + 1), 2u);
-    EXPECT_EQ(Grain(1000 * threads), 1000u);
-    EXPECT_EQ(Grain(1000 * threads + 1), 1001u);
+    EXPECT_EQ(Grain(0), 1U);
+    EXPECT_EQ(Grain(1), 1U);
+    EXPECT_EQ(Grain(threads), 1U);
+    EXPECT_EQ(Grain(threads + 1), 2U);
+    EXPECT_EQ(Grain(1000 * threads), 1000U);
+    EXPECT_EQ(Grain(1000 * threads + 1), 1001U);
 }
 
 TEST(Grain, IsTakenInSinglePrecision) {
@@ -75,7 +75,7 @@ TEST(ForEachRange, BeyondTheSerialCountNoPartIsLargerThanAThreadsShare) {
         }
     });
     EXPECT_EQ(sum, count);
-    EXPECT_LE(largest, 100u);
+    EXPECT_LE(largest, 100U);
 }
 
 TEST(ForEachRange, AnExceptionReachesTheCallerAfterTheOthersHaveEnded) {
@@ -148,7 +148,7 @@ TEST(ReduceRange, PartsAreJoinedInTheirOrder) {
             a.insert(a.end(), b.begin(), b.end());
             return a;
         });
-    ASSERT_EQ(all.size(), 10000u);
+    ASSERT_EQ(all.size(), 10000U);
     for (std::size_t i = 0; i < all.size(); ++i)
         ASSERT_EQ(all[i], i);
 }

@@ -6,8 +6,8 @@
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
+#include <Imath/half.h>
 #include <gtest/gtest.h>
-#include <half.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -37,8 +37,8 @@ ByteVector Floats(std::initializer_list<float> values) {
     return BytesOf(values);
 }
 
-void* const kGarbage = reinterpret_cast<void*>(std::uintptr_t{0xdeadbeef});
-constexpr std::size_t kUntouched = 0xabcdef;
+void* const kGarbage = reinterpret_cast<void*>(std::uintptr_t{0xDEADBEEF});
+constexpr std::size_t kUntouched = 0xABCDEF;
 
 /// What the engine makes of packed pixels. `dst` holds garbage before, which must never be looked at.
 ByteVector Convert(EFormat from, ByteVector source, EFormat to) {
@@ -80,16 +80,16 @@ TEST(FormatConversion, SixteenBitGreySpreadsOrIsRounded) {
 TEST(FormatConversion, SixteenBitGreyToHalfColourIsOpaqueBlackWhateverItHolds) {
     for (const EFormat grey : {kR16, kL16}) {
         EXPECT_EQ(Convert(grey, Words({65535, 1, 30000}), kR16G16B16A16F),
-                  Words({0, 0, 0, 0x3c00, 0, 0, 0, 0x3c00, 0, 0, 0, 0x3c00}));
+                  Words({0, 0, 0, 0x3C00, 0, 0, 0, 0x3C00, 0, 0, 0, 0x3C00}));
     }
 }
 
 TEST(FormatConversion, FloatGreysSpread) {
-    EXPECT_EQ(Convert(kR16F, Words({0x7c01, 0x8000}), kR16G16B16A16F),
-              Words({0x7c01, 0x7c01, 0x7c01, 0x3c00, 0x8000, 0x8000, 0x8000, 0x3c00}));
-    EXPECT_EQ(Convert(kR32F, Floats({0.25f, -9.0f}), kR32G32B32A32F),
-              Floats({0.25f, 0.25f, 0.25f, 1.0f, -9.0f, -9.0f, -9.0f, 1.0f}));
-    EXPECT_EQ(Convert(kR32F, Floats({0.25f, -9.0f}), kR32G32B32F), Floats({0.25f, 0.25f, 0.25f, -9.0f, -9.0f, -9.0f}));
+    EXPECT_EQ(Convert(kR16F, Words({0x7C01, 0x8000}), kR16G16B16A16F),
+              Words({0x7C01, 0x7C01, 0x7C01, 0x3C00, 0x8000, 0x8000, 0x8000, 0x3C00}));
+    EXPECT_EQ(Convert(kR32F, Floats({0.25F, -9.0F}), kR32G32B32A32F),
+              Floats({0.25F, 0.25F, 0.25F, 1.0F, -9.0F, -9.0F, -9.0F, 1.0F}));
+    EXPECT_EQ(Convert(kR32F, Floats({0.25F, -9.0F}), kR32G32B32F), Floats({0.25F, 0.25F, 0.25F, -9.0F, -9.0F, -9.0F}));
 }
 
 TEST(FormatConversion, EightBitColourBecomesGrey) {
@@ -111,8 +111,8 @@ TEST(FormatConversion, EightBitColourChangesItsOrder) {
 TEST(FormatConversion, EightBitColourWidens) {
     const ByteVector colour = {0, 51, 255, 1};
     EXPECT_EQ(Convert(kR8G8B8A8, colour, kR16G16B16A16), Words({0, 13107, 65535, 257}));
-    EXPECT_EQ(Convert(kR8G8B8A8, colour, kR32G32B32A32F), Floats({0.0f, 51.0f * (1.0f / 255.0f), 1.0f, 1.0f / 255.0f}));
-    EXPECT_EQ(Convert(kR8G8B8A8, colour, kR16G16B16A16F), Words({0, 0x3266, 0x3c00, 0x1c04}));
+    EXPECT_EQ(Convert(kR8G8B8A8, colour, kR32G32B32A32F), Floats({0.0F, 51.0F * (1.0F / 255.0F), 1.0F, 1.0F / 255.0F}));
+    EXPECT_EQ(Convert(kR8G8B8A8, colour, kR16G16B16A16F), Words({0, 0x3266, 0x3C00, 0x1C04}));
 }
 
 TEST(FormatConversion, BlueFirstColourWidensToRedFirst) {
@@ -120,7 +120,7 @@ TEST(FormatConversion, BlueFirstColourWidensToRedFirst) {
     for (const EFormat to : {kR16G16B16A16F, kR16G16B16A16, kR32G32B32A32F}) {
         EXPECT_EQ(Convert(kB8G8R8A8, blueFirst, to), Convert(kR8G8B8A8, redFirst, to));
     }
-    EXPECT_EQ(Convert(kB8G8R8A8, blueFirst, kR32G32B32A32F).size(), 32u);
+    EXPECT_EQ(Convert(kB8G8R8A8, blueFirst, kR32G32B32A32F).size(), 32U);
 }
 
 /// Exchanges the first and third of every four elements.
@@ -152,8 +152,8 @@ TEST(FormatConversion, EveryValueOfABlueFirstConversionEqualsSwappingAndThenConv
 }
 
 TEST(FormatConversion, WideColoursChangeTheirType) {
-    EXPECT_EQ(Convert(kR16G16B16A16F, Words({0x3c00, 0xc000, 0x0001, 0x7c00}), kR32G32B32A32F),
-              Floats({1.0f, -2.0f, 0x1p-24f, std::numeric_limits<float>::infinity()}));
+    EXPECT_EQ(Convert(kR16G16B16A16F, Words({0x3C00, 0xC000, 0x0001, 0x7C00}), kR32G32B32A32F),
+              Floats({1.0F, -2.0F, 0x1p-24F, std::numeric_limits<float>::infinity()}));
     const ByteVector words = Words({0, 65535, 128, 129});
     for (const EFormat red : {kR8G8B8A8, kR8G8B8X8}) {
         EXPECT_EQ(Convert(kR16G16B16A16, words, red), (ByteVector{0, 255, 0, 1}));
@@ -163,23 +163,23 @@ TEST(FormatConversion, WideColoursChangeTheirType) {
         EXPECT_EQ(Convert(kR16G16B16A16, Words({0, 257, 514, 771}), blue), (ByteVector{2, 1, 0, 3}));
     }
     EXPECT_EQ(Convert(kR16G16B16A16, words, kR32G32B32A32F),
-              Floats({0.0f, 1.0f, 128 * (1.0f / 65535), 129 * (1.0f / 65535)}));
-    EXPECT_EQ(Convert(kR16G16B16A16, Words({0, 65535, 32768, 1}), kR16G16B16A16F), Words({0, 0x3c00, 0x3800, 0x0100}));
+              Floats({0.0F, 1.0F, 128 * (1.0F / 65535), 129 * (1.0F / 65535)}));
+    EXPECT_EQ(Convert(kR16G16B16A16, Words({0, 65535, 32768, 1}), kR16G16B16A16F), Words({0, 0x3C00, 0x3800, 0x0100}));
 }
 
 TEST(FormatConversion, FloatColourPacksIntoEveryFormat) {
-    const ByteVector colours = Floats({0.0f, 0.5f, 1.0f, 0.2f, 2.0f, -1.0f, 0.6f, 1.0f});
+    const ByteVector colours = Floats({0.0F, 0.5F, 1.0F, 0.2F, 2.0F, -1.0F, 0.6F, 1.0F});
     EXPECT_EQ(Convert(kR32G32B32A32F, colours, kR8G8B8A8), (ByteVector{0, 128, 255, 51, 255, 0, 153, 255}));
     EXPECT_EQ(Convert(kR32G32B32A32F, colours, kB8G8R8X8), (ByteVector{255, 128, 0, 51, 153, 0, 255, 255}));
     EXPECT_EQ(Convert(kR32G32B32A32F, colours, kA8), (ByteVector{0, 255}));
     EXPECT_EQ(Convert(kR32G32B32A32F, colours, kR16G16), Words({0, 32768, 65535, 0}));
-    EXPECT_EQ(Convert(kR32G32B32A32F, colours, kR32G32F), Floats({0.0f, 0.5f, 2.0f, -1.0f}));
+    EXPECT_EQ(Convert(kR32G32B32A32F, colours, kR32G32F), Floats({0.0F, 0.5F, 2.0F, -1.0F}));
     EXPECT_EQ(Convert(kR32G32B32A32F, colours, kR32G32B32A32F), colours);
 }
 
 TEST(FormatConversion, FloatColourWithoutAlphaKeepsTheSizeOfItsSource) {
     const ByteVector packed = Convert(kR32G32B32A32F, Floats({1, 2, 3, 4, 5, 6, 7, 8}), kR32G32B32F);
-    ASSERT_EQ(packed.size(), 32u);
+    ASSERT_EQ(packed.size(), 32U);
     EXPECT_EQ(packed, Floats({1, 2, 3, 5, 6, 7, 0, 0}));
 }
 
@@ -291,7 +291,7 @@ TEST(FormatConversion, NoSourceIsAPairThatIsNotHandledUnlessItIsEmpty) {
 
         EXPECT_TRUE(OIIOImageHandler::FormatConversion(from, 0, nullptr, target, dst, bytes));
         EXPECT_NE(dst, nullptr) << from;
-        EXPECT_EQ(bytes, 0u);
+        EXPECT_EQ(bytes, 0U);
         Objects::KavraDelete(dst);
     }
 }
@@ -354,7 +354,7 @@ TEST(FormatConversion, BlocksThatAreSplitOverAllCoresAreWhole) {
     EXPECT_TRUE(Convert(kR16G16B16A16, words, kB8G8R8A8) == colours);
     for (std::size_t i = 0; i < pixels; i += 997) {
         const unsigned char* pixel = colours.data() + 4 * i;
-        const float sum = (pixel[1] * 0.587f + pixel[0] * 0.299f) + pixel[2] * 0.114f;
+        const float sum = (pixel[1] * 0.587F + pixel[0] * 0.299F) + pixel[2] * 0.114F;
         ASSERT_EQ(grey[i], static_cast<unsigned char>(static_cast<double>(sum) + 0.5)) << i;
     }
 }

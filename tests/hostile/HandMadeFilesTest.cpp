@@ -4,9 +4,10 @@
 #include "support/MessageRecorder.h"
 #include "support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
@@ -114,7 +115,7 @@ TEST_F(HandMade, AnyNumberOfRowsAStripGivesTheSamePixels) {
             const auto file = File("rows-per-strip-" + rows + "-" + compression + ".tif");
             const auto loaded = LoadFile(handler, file);
             ASSERT_TRUE(loaded) << file;
-            ASSERT_EQ(loaded->bytes.size(), 5u * 70 * 4) << file;
+            ASSERT_EQ(loaded->bytes.size(), 5U * 70 * 4) << file;
             for (std::size_t i = 0; i < 5 * 70; ++i) {
                 ASSERT_EQ(loaded->bytes[4 * i], Sample(3 * i)) << file << i;
                 ASSERT_EQ(loaded->bytes[4 * i + 2], Sample(3 * i + 2)) << file << i;
@@ -122,7 +123,7 @@ TEST_F(HandMade, AnyNumberOfRowsAStripGivesTheSamePixels) {
         }
         const auto grey = LoadFile(handler, File("rows-per-strip-" + rows + "-grey.tif"));
         ASSERT_TRUE(grey) << rows;
-        ASSERT_EQ(grey->bytes.size(), 5u * 70) << rows;
+        ASSERT_EQ(grey->bytes.size(), 5U * 70) << rows;
         for (std::size_t i = 0; i < 5 * 70; ++i)
             ASSERT_EQ(grey->bytes[i], Sample(i)) << rows << i;
         const auto flat = LoadFile(handler, File("rows-per-strip-" + rows + "-two-rows.tif"));

@@ -6,9 +6,11 @@
 #include "support/Program.h"
 #include "support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <gtest/gtest.h>
+
 #include <sys/resource.h>
 #include <sys/stat.h>
 

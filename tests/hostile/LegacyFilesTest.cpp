@@ -3,9 +3,10 @@
 #include "support/Loading.h"
 #include "support/MessageRecorder.h"
 
-#include <gtest/gtest.h>
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
@@ -30,7 +31,7 @@ std::vector<std::filesystem::path> FilesThatAre(const std::string& answer) {
 
 TEST(LegacyHostileFiles, WhatAsksForTooMuchGetsNoMemoryForIt) {
     const std::vector<std::filesystem::path> files = FilesThatAre("refused");
-    ASSERT_GE(files.size(), 10u);
+    ASSERT_GE(files.size(), 10U);
     OIIOImageHandler handler;
     for (const auto& file : files) {
         MessageRecorder messages;
@@ -45,7 +46,7 @@ TEST(LegacyHostileFiles, WhatAsksForTooMuchGetsNoMemoryForIt) {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // a page takes a gigabyte
 TEST(LegacyHostileFiles, WhatAsksForMuchAndIsAPictureLoads) {
     const std::vector<std::filesystem::path> files = FilesThatAre("loaded");
-    ASSERT_GE(files.size(), 10u);
+    ASSERT_GE(files.size(), 10U);
     OIIOImageHandler handler;
     for (const auto& file : files) {
         const MessageRecorder messages;

@@ -1,7 +1,9 @@
 #include "load/AlphaAnalysis.h"
+#include "support/HandlerAccess.h"
 
 #include <Imath/half.h>
 #include <gtest/gtest.h>
+
 #include <sys/mman.h>
 
 #include <cmath>
@@ -11,8 +13,6 @@
 #include <random>
 #include <utility>
 #include <vector>
-
-#include "support/HandlerAccess.h"
 
 namespace Kavra::Devices {
 namespace {
@@ -60,10 +60,10 @@ Flags ScanShorts(const std::vector<unsigned short>& alphas) {
     return ScanAlphas<unsigned short>(TypeDesc::UINT16, alphas, 7);
 }
 Flags ScanFloats(const std::vector<float>& alphas) {
-    return ScanAlphas<float>(TypeDesc::FLOAT, alphas, 0.5f);
+    return ScanAlphas<float>(TypeDesc::FLOAT, alphas, 0.5F);
 }
 Flags ScanHalves(const std::vector<half>& alphas) {
-    return ScanAlphas<half>(TypeDesc::HALF, alphas, half(0.5f));
+    return ScanAlphas<half>(TypeDesc::HALF, alphas, half(0.5F));
 }
 
 TEST(AlphaProperty, OpaqueBytesSetNeitherFlag) {
@@ -100,28 +100,28 @@ TEST(AlphaProperty, ShortsAreComparedAsSixteenBits) {
 }
 
 TEST(AlphaProperty, FloatAboveOneIsOpaque) {
-    EXPECT_EQ(ScanFloats({1.5f, 1.0f, INFINITY}), kNeither);
+    EXPECT_EQ(ScanFloats({1.5F, 1.0F, INFINITY}), kNeither);
 }
 
 TEST(AlphaProperty, NegativeFloatIsTranslucent) {
-    EXPECT_EQ(ScanFloats({1.0f, -0.25f}), kTranslucent);
+    EXPECT_EQ(ScanFloats({1.0F, -0.25F}), kTranslucent);
     EXPECT_EQ(ScanFloats({-INFINITY}), kTranslucent);
 }
 
 TEST(AlphaProperty, NaNSetsNeitherFlag) {
     EXPECT_EQ(ScanFloats({NAN, -NAN, NAN}), kNeither);
-    EXPECT_EQ(ScanFloats({NAN, 0.5f}), kTranslucent);
+    EXPECT_EQ(ScanFloats({NAN, 0.5F}), kTranslucent);
 }
 
 TEST(AlphaProperty, BothFloatZerosAreTransparent) {
-    EXPECT_EQ(ScanFloats({-0.0f}), kTransparent);
-    EXPECT_EQ(ScanFloats({0.0f}), kTransparent);
+    EXPECT_EQ(ScanFloats({-0.0F}), kTransparent);
+    EXPECT_EQ(ScanFloats({0.0F}), kTransparent);
     EXPECT_EQ(ScanFloats({std::numeric_limits<float>::denorm_min()}), kTranslucent);
-    EXPECT_EQ(ScanFloats({std::nextafter(1.0f, 0.0f)}), kTranslucent);
+    EXPECT_EQ(ScanFloats({std::nextafter(1.0F, 0.0F)}), kTranslucent);
 }
 
 TEST(AlphaProperty, NegativeHalfZeroIsTransparent) {
-    EXPECT_EQ(ScanHalves(std::vector<half>(9, half(-0.0f))), kTransparent);
+    EXPECT_EQ(ScanHalves(std::vector<half>(9, half(-0.0F))), kTransparent);
 }
 
 TEST(AlphaProperty, EveryHalfIsJudgedByItsValueAsFloat) {
@@ -129,14 +129,14 @@ TEST(AlphaProperty, EveryHalfIsJudgedByItsValueAsFloat) {
         half alpha;
         alpha.setBits(static_cast<std::uint16_t>(bits));
         const float value = alpha;
-        EXPECT_EQ(ScanHalves({alpha, half(1.0f)}), Flags(value == 0, value != 0 && value < 1.0f)) << bits;
+        EXPECT_EQ(ScanHalves({alpha, half(1.0F)}), Flags(value == 0, value != 0 && value < 1.0F)) << bits;
     }
 }
 
 TEST(AlphaProperty, TheBoundOfHalvesMayBeAnyHalf) {
-    for (const float bound : {2.0f, 0.25f, 0.0f, -0.0f, -3.0f, INFINITY, -INFINITY, NAN}) {
+    for (const float bound : {2.0F, 0.25F, 0.0F, -0.0F, -3.0F, INFINITY, -INFINITY, NAN}) {
         for (unsigned bits = 0; bits < 65536; bits += 37) {
-            std::vector<half> pixel(4, half(0.5f));
+            std::vector<half> pixel(4, half(0.5F));
             pixel[3].setBits(static_cast<std::uint16_t>(bits));
             const float value = pixel[3];
             Flags flags;
@@ -179,8 +179,8 @@ TEST(AlphaProperty, BytesBehindTheLastWholePixelAreIgnored) {
     EXPECT_EQ(Scan(pixels.data(), 7, SpecOf(TypeDesc::UINT8, 0)), kTranslucent);
     EXPECT_EQ(Scan(pixels.data(), 7, SpecOf(TypeDesc::UINT8)), kNeither);
     EXPECT_EQ(Scan(pixels.data(), 3, SpecOf(TypeDesc::UINT8)), kNeither);
-    std::vector<float> halfAPixel(7, 1.0f);
-    halfAPixel[6] = 0.0f;
+    std::vector<float> halfAPixel(7, 1.0F);
+    halfAPixel[6] = 0.0F;
     EXPECT_EQ(Scan(halfAPixel.data(), 28, SpecOf(TypeDesc::FLOAT, 2)), kNeither);
 }
 
@@ -192,8 +192,8 @@ TEST(AlphaProperty, NothingToScanSetsNeitherFlag) {
 
 TEST(AlphaProperty, DataNeedNotBeAligned) {
     std::vector<unsigned char> memory(16 * 11 + 1);
-    const std::vector<float> alphas = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0.5f};
-    const auto pixels = PixelsWith(alphas, 3, 0.5f);
+    const std::vector<float> alphas = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0.5F};
+    const auto pixels = PixelsWith(alphas, 3, 0.5F);
     std::memcpy(memory.data() + 1, pixels.data(), 16 * 11);
     EXPECT_EQ(Scan(memory.data() + 1, 16 * 11, SpecOf(TypeDesc::FLOAT)), kTranslucent);
 }
@@ -274,7 +274,7 @@ TEST(AlphaFill, OnlyTheAlphaOfWholePixelsBecomesOpaque) {
             ExpectFilled<std::uint8_t>(TypeDesc::UINT8, 255, count, channel);
             ExpectFilled<std::uint16_t>(TypeDesc::UINT16, 65535, count, channel);
             ExpectFilled<std::uint16_t>(TypeDesc::HALF, one, count, channel);
-            ExpectFilled<float>(TypeDesc::FLOAT, 1.0f, count, channel);
+            ExpectFilled<float>(TypeDesc::FLOAT, 1.0F, count, channel);
         }
     }
 }

@@ -20,10 +20,10 @@ Header Flat() {
     header.height = 4;
     header.pixelFlags = 0x41;
     header.bitCount = 32;
-    header.redMask = 0xff;
-    header.greenMask = 0xff00;
-    header.blueMask = 0xff0000;
-    header.alphaMask = 0xff000000;
+    header.redMask = 0xFF;
+    header.greenMask = 0xFF00;
+    header.blueMask = 0xFF0000;
+    header.alphaMask = 0xFF000000;
     header.caps1 = 0x1000;
     return header;
 }
@@ -106,19 +106,19 @@ TEST(DdsLibraryView, ACubeWithoutFacesIsNone) {
 }
 
 TEST(DdsLibraryView, ACubeNeedNotBeSquare) {
-    EXPECT_EQ(LibraryShapeOf(Caps2(0xfe00)), (Shape{{8, 4, 1}, 1, kTextureCube, 0x3f}));
-    EXPECT_FALSE(ShapeOf(Caps2(0xfe00)));
+    EXPECT_EQ(LibraryShapeOf(Caps2(0xFE00)), (Shape{{8, 4, 1}, 1, kTextureCube, 0x3F}));
+    EXPECT_FALSE(ShapeOf(Caps2(0xFE00)));
 }
 
 TEST(DdsLibraryView, CubeAndVolumeAtOnceIsNone) {
-    EXPECT_FALSE(LibraryShapeOf(Caps2(0x20fe00, 1)));
-    EXPECT_TRUE(ShapeOf(Caps2(0x20fe00, 1)));
+    EXPECT_FALSE(LibraryShapeOf(Caps2(0x20FE00, 1)));
+    EXPECT_TRUE(ShapeOf(Caps2(0x20FE00, 1)));
 }
 
 TEST(DdsLibraryView, SidesReach32768InEveryDirection) {
     for (std::uint32_t Header::* const side : {&Header::width, &Header::height, &Header::depth}) {
         for (const auto& [size, possible] : std::initializer_list<std::pair<std::uint32_t, bool>>{
-                 {0, false}, {1, true}, {32768, true}, {32769, false}, {0x80000000, false}, {0xffffffff, false}}) {
+                 {0, false}, {1, true}, {32768, true}, {32769, false}, {0x80000000, false}, {0xFFFFFFFF, false}}) {
             Header header = Caps2(0x200000, 1);
             header.*side = size;
             EXPECT_EQ(LibraryShapeOf(header).has_value(), possible) << size;
@@ -143,7 +143,7 @@ TEST(DdsLibraryView, LevelsNeverPassTheFullChain) {
     Header header = Caps2(0x200000, 16);
     header.flags |= 0x20000;
     for (const auto& [claimed, levels] : std::initializer_list<std::pair<std::uint32_t, int>>{
-             {0, 1}, {1, 1}, {4, 4}, {5, 5}, {6, 5}, {0x7fffffff, 5}, {0xffffffff, 5}}) {
+             {0, 1}, {1, 1}, {4, 4}, {5, 5}, {6, 5}, {0x7FFFFFFF, 5}, {0xFFFFFFFF, 5}}) {
         header.mipCount = claimed;
         EXPECT_EQ(LibraryShapeOf(header)->levels, levels) << claimed;
     }
@@ -151,20 +151,20 @@ TEST(DdsLibraryView, LevelsNeverPassTheFullChain) {
 
 TEST(DdsLibraryView, EveryLayoutThatTheLibraryDecodesHasASize) {
     for (const char* code : {"DXT1", "ATI1", "BC4U"})
-        EXPECT_EQ(StoredBytes(Coded(code)), 16u) << code;
+        EXPECT_EQ(StoredBytes(Coded(code)), 16U) << code;
     for (const char* code : {"DXT2", "DXT3", "DXT4", "DXT5", "RXGB", "ATI2", "BC5U"})
-        EXPECT_EQ(StoredBytes(Coded(code)), 32u) << code;
-    for (const std::uint32_t format : {71u, 72u, 80u})
-        EXPECT_EQ(StoredBytes(Extended(format)), 16u) << format;
-    for (const std::uint32_t format : {74u, 75u, 77u, 78u, 83u, 95u, 96u, 98u, 99u})
-        EXPECT_EQ(StoredBytes(Extended(format)), 32u) << format;
-    for (const std::uint32_t format : {24u, 28u, 29u, 87u, 88u, 91u, 93u})
-        EXPECT_EQ(StoredBytes(Extended(format)), 128u) << format;
-    EXPECT_EQ(StoredBytes(Extended(56)), 64u);
-    for (const std::uint32_t count : {8u, 16u, 24u, 32u}) {
+        EXPECT_EQ(StoredBytes(Coded(code)), 32U) << code;
+    for (const std::uint32_t format : {71U, 72U, 80U})
+        EXPECT_EQ(StoredBytes(Extended(format)), 16U) << format;
+    for (const std::uint32_t format : {74U, 75U, 77U, 78U, 83U, 95U, 96U, 98U, 99U})
+        EXPECT_EQ(StoredBytes(Extended(format)), 32U) << format;
+    for (const std::uint32_t format : {24U, 28U, 29U, 87U, 88U, 91U, 93U})
+        EXPECT_EQ(StoredBytes(Extended(format)), 128U) << format;
+    EXPECT_EQ(StoredBytes(Extended(56)), 64U);
+    for (const std::uint32_t count : {8U, 16U, 24U, 32U}) {
         Header header = Flat();
         header.bitCount = count;
-        EXPECT_EQ(StoredBytes(header), 4u * count);
+        EXPECT_EQ(StoredBytes(header), 4U * count);
     }
 }
 
@@ -175,9 +175,9 @@ TEST(DdsLibraryView, WhatTheLibraryDoesNotDecodeIsNone) {
     EXPECT_EQ(decoded, 20) << "and no other number";
     for (const char* code : {"YUY2", "UYVY", "BC4S", "BC5S", "RGBG", "GRGB", "ABCD"})
         EXPECT_FALSE(LibraryUnitOf(Coded(code))) << code;
-    for (const std::uint32_t code : {0u, 28u, 36u, 110u, 111u, 112u, 113u, 114u, 115u, 116u, 117u})
+    for (const std::uint32_t code : {0U, 28U, 36U, 110U, 111U, 112U, 113U, 114U, 115U, 116U, 117U})
         EXPECT_FALSE(LibraryUnitOf(Coded(code))) << code;
-    for (const std::uint32_t bits : {0u, 1u, 12u, 40u, 64u}) {
+    for (const std::uint32_t bits : {0U, 1U, 12U, 40U, 64U}) {
         Header header = Flat();
         header.bitCount = bits;
         EXPECT_FALSE(LibraryUnitOf(header)) << bits;
@@ -187,15 +187,15 @@ TEST(DdsLibraryView, WhatTheLibraryDoesNotDecodeIsNone) {
 TEST(DdsLibraryView, TheExtensionsPixelsCountWithoutTheFlagButItsBlocksDoNot) {
     Header header = Extended(28);
     header.pixelFlags = 0x41;
-    EXPECT_EQ(StoredBytes(header), 128u);
+    EXPECT_EQ(StoredBytes(header), 128U);
     header.dxgiFormat = 56;
-    EXPECT_EQ(StoredBytes(header), 64u) << "whatever the bit count says";
+    EXPECT_EQ(StoredBytes(header), 64U) << "whatever the bit count says";
     header.dxgiFormat = 71;
     EXPECT_FALSE(LibraryUnitOf(header));
 }
 
 TEST(DdsLibraryView, AFlatHeaderSaysOneSliceAndNothingElse) {
-    Header header = Caps2(0x20fe00, 4);
+    Header header = Caps2(0x20FE00, 4);
     header.flags |= 0x820008;
     header.mipCount = 4;
     header.pitch = 32;

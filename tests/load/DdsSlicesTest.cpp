@@ -1,6 +1,5 @@
-#include "load/DdsSlices.h"
-
 #include "load/DdsFile.h"
+#include "load/DdsSlices.h"
 #include "load/OpenInput.h"
 #include "support/TemporaryFolder.h"
 
@@ -38,7 +37,7 @@ TEST_F(DdsSlicesFile, EveryFaceOfEveryLevelIsItsOwn) {
     DdsFile file{.width = 4, .height = 4, .mips = 3, .faces = 0x3F};
     for (unsigned char face = 0; face < 6; ++face) {
         for (const unsigned char level : {0, 1, 2}) {
-            AppendPixels(file.data, 16u >> 2 * level, {face, level, 7, 255});
+            AppendPixels(file.data, 16U >> 2 * level, {face, level, 7, 255});
         }
     }
     auto slices = Open(file);
@@ -131,7 +130,7 @@ TEST_F(DdsSlicesFile, ALevelIsThereWhenTheFileIsLongEnoughForIt) {
     AppendPixels(file.data, 10, {1, 2, 3, 4});
     const Bytes whole = file.Bytes();
     // Level 1 of the last face is the last thing in the file.
-    for (const std::size_t missing : {0u, 1u, 4u, 5u, 40u}) {
+    for (const std::size_t missing : {0U, 1U, 4U, 5U, 40U}) {
         const auto slices = OpenBytes(Bytes(whole.begin(), whole.end() - static_cast<std::ptrdiff_t>(missing)));
         ASSERT_TRUE(slices);
         EXPECT_EQ(slices->HasLevel(1), missing == 0) << missing;

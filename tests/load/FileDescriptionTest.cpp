@@ -1,13 +1,13 @@
 #include "load/FileDescription.h"
-
 #include "load/OpenInput.h"
 #include "readers/ImageFileType.h"
 #include "support/HandlerAccess.h"
 #include "support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
 #include <kavra/devices/DDSWriter.h>
 #include <kavra/objects/ObjModel.h>
+
+#include <gtest/gtest.h>
 
 #include <limits>
 #include <memory>

@@ -12,7 +12,7 @@ using namespace Devices;
 using namespace std::string_literals;
 
 bool MayBe(std::string_view format, const std::string& start) {
-    std::vector<std::uint8_t> bytes(start.begin(), start.end());
+    std::vector<unsigned char> bytes(start.begin(), start.end());
     bytes.resize(kSignatureBytes);
     return MayBeOfFormat(format, bytes);
 }

@@ -1,10 +1,11 @@
 #include "load/OpenInput.h"
-
 #include "support/Loading.h"
 #include "support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
 #include <kavra/objects/OS.h>
+
+#include <gtest/gtest.h>
+
 #include <sys/stat.h>
 
 #include <array>
@@ -74,7 +75,7 @@ std::vector<std::filesystem::path> FilesOfManyFormats(const TemporaryFolder& fol
 TEST(OpenInput, FindsTheReaderThatTheLibraryFindsUnderAnyName) {
     const TemporaryFolder folder;
     const auto files = FilesOfManyFormats(folder);
-    EXPECT_GT(files.size(), 25u);
+    EXPECT_GT(files.size(), 25U);
     for (const auto& file : files) {
         for (const std::string extension :
              {file.extension().string().c_str(), ".unknown", "", ".png", ".tga", ".dcm", ".CR2"}) {

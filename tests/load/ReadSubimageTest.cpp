@@ -1,6 +1,5 @@
-#include "load/ReadSubimage.h"
-
 #include "load/OpenInput.h"
+#include "load/ReadSubimage.h"
 #include "load/TextureFiles.h"
 
 #include <gtest/gtest.h>

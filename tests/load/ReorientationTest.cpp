@@ -1,7 +1,8 @@
-#include <OpenImageIO/imagebufalgo.h>
-#include <gtest/gtest.h>
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <OpenImageIO/imagebufalgo.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>

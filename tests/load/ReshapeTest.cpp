@@ -1,7 +1,6 @@
-#include "load/geometry/Reshape.h"
-
 #include "load/geometry/NewImage.h"
 #include "load/geometry/Reorientation.h"
+#include "load/geometry/Reshape.h"
 
 #include <OpenImageIO/imagebuf.h>
 #include <gmock/gmock.h>
@@ -37,8 +36,8 @@ TEST(Raster, ARectangleInsideIsAViewOfThePicture) {
     const Bytes bytes = Counting(12);
     const Raster cut = CutOut(Grey(bytes, 4, 3), {1, 1}, {2, 2});
     EXPECT_EQ(cut.first, bytes.data() + 5);
-    EXPECT_EQ(cut.pitch, 4u);
-    EXPECT_EQ(cut.bytes, 7u);
+    EXPECT_EQ(cut.pitch, 4U);
+    EXPECT_EQ(cut.bytes, 7U);
     EXPECT_FALSE(cut.block);
     EXPECT_TRUE(cut.HoldsItsRows());
     const Common::PixelBlock packed = Pack(CutOut(Grey(bytes, 4, 3), {1, 1}, {2, 2}));

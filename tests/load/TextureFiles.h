@@ -1,11 +1,10 @@
 /// Picture files of known pixels, and loading them: what the loader's tests share.
 #pragma once
 
-#include "support/HandlerAccess.h"
-#include "support/TemporaryFolder.h"
-
 #include "common/LoadRequest.h"
 #include "readers/ImageFileType.h"
+#include "support/HandlerAccess.h"
+#include "support/TemporaryFolder.h"
 
 #include <kavra/oiio/OIIOImageHandler.h>
 

@@ -71,7 +71,7 @@ TEST_F(DdsTexture, EveryLevelOfAFlatTextureIsItsOwn) {
     EXPECT_EQ(second.desc.textureType, kTexture2D);
     EXPECT_EQ(second.bytes, (Bytes{5, 6, 7, 8, 5, 6, 7, 8}));
     EXPECT_EQ(Load(file, {.level = 2}).bytes, (Bytes{9, 10, 11, 12}));
-    EXPECT_EQ(Load(file, {.level = -1}).bytes.size(), 32u);
+    EXPECT_EQ(Load(file, {.level = -1}).bytes.size(), 32U);
     EXPECT_EQ(messages.Texts(), Texts{});
 }
 
@@ -203,7 +203,7 @@ TEST_F(DdsTexture, ACubeMapShrinksFaceByFace) {
     EXPECT_EQ(texture.bytes, CubeLevel(4, 0));
     EXPECT_EQ(texture.desc.width, 4);
     EXPECT_EQ(texture.desc.height, 4);
-    EXPECT_EQ(texture.desc.dataSize, 64u);
+    EXPECT_EQ(texture.desc.dataSize, 64U);
     EXPECT_EQ(texture.desc.rowPitch, 16);
 }
 
@@ -234,7 +234,7 @@ TEST_F(DdsTexture, AQuarterTurnTurnsEveryFaceOfACubeMapInItsPlace) {
         EXPECT_EQ(texture.desc.width, 2);
         EXPECT_EQ(texture.desc.height, 2);
         EXPECT_EQ(texture.desc.rowPitch, 8);
-        EXPECT_EQ(texture.desc.dataSize, 16u);
+        EXPECT_EQ(texture.desc.dataSize, 16U);
         Bytes expected;
         for (unsigned char face = 0; face < 6; ++face) {
             for (const unsigned char pixel : order)
@@ -246,7 +246,7 @@ TEST_F(DdsTexture, AQuarterTurnTurnsEveryFaceOfACubeMapInItsPlace) {
     ASSERT_TRUE(small);
     EXPECT_EQ(small.desc.width, 2) << "the sides are limited before the turn";
     EXPECT_EQ(small.desc.height, 1);
-    EXPECT_EQ(small.desc.dataSize, 8u);
+    EXPECT_EQ(small.desc.dataSize, 8U);
 }
 
 TEST_F(DdsTexture, ACubeMapIsConvertedWhole) {
@@ -254,10 +254,10 @@ TEST_F(DdsTexture, ACubeMapIsConvertedWhole) {
     ASSERT_TRUE(texture);
     EXPECT_EQ(texture.bytes,
               (Bytes{7, 0, 0, 255, 7, 0, 10, 255, 7, 0, 20, 255, 7, 0, 30, 255, 7, 0, 40, 255, 7, 0, 50, 255}));
-    EXPECT_EQ(texture.desc.dataSize, 4u);
+    EXPECT_EQ(texture.desc.dataSize, 4U);
     const LoadedTexture grey = Load(Cube(2, 1), {.format = kL8});
-    EXPECT_EQ(grey.bytes.size(), 24u);
-    EXPECT_EQ(grey.desc.dataSize, 4u);
+    EXPECT_EQ(grey.bytes.size(), 24U);
+    EXPECT_EQ(grey.desc.dataSize, 4U);
 }
 
 TEST_F(DdsTexture, FacesDoNotMixBetweenThreads) {
@@ -288,7 +288,7 @@ TEST_F(DdsTexture, EverySliceOfAVolumeIsItsOwn) {
     EXPECT_EQ(texture.bytes, rgba.data);
     EXPECT_EQ(texture.desc.textureType, kTextureVolume);
     EXPECT_EQ(texture.desc.depth, 3);
-    EXPECT_EQ(texture.desc.dataSize, 24u);
+    EXPECT_EQ(texture.desc.dataSize, 24U);
 
     DdsFile grey{.width = 2, .height = 2, .depth = 2, .data = {1, 2, 3, 4, 5, 6, 7, 8}};
     EXPECT_EQ(Load(grey.Luminance8()).bytes, grey.data);
@@ -371,7 +371,7 @@ TEST_F(DdsTexture, SixteenBitLuminanceGoesIntoOtherTypesAsItsFirstChannel) {
     DdsFile file{.data = {0x34, 0x12}};
     file.Luminance16();
     const Floats colour = Load(file, {.format = kR32G32B32A32F}).As<float>();
-    ASSERT_EQ(colour.size(), 4u);
+    ASSERT_EQ(colour.size(), 4U);
     EXPECT_FLOAT_EQ(colour[0], 0x1234 / 65535.0F);
     EXPECT_EQ((Floats{colour[1], colour[2], colour[3]}), (Floats{0, 0, 1}));
     EXPECT_EQ(Load(file, {.format = kL8}).bytes, Bytes{0x12});  // 4660 / 257 = 18.13
@@ -387,7 +387,7 @@ TEST_F(DdsTexture, SixteenBitLuminanceIsRightInEveryLevelFaceAndSlice) {
     const LoadedTexture level = Load(cube, {.level = 1});
     ASSERT_TRUE(level);
     EXPECT_EQ(level.As<std::uint16_t>(), (Words{0xB001, 0, 0, 0, 0, 0xB002}));
-    EXPECT_EQ(level.desc.dataSize, 2u);
+    EXPECT_EQ(level.desc.dataSize, 2U);
     EXPECT_EQ(Load(cube).As<std::uint16_t>()[23], 0xA002);
 
     DdsFile volume{.width = 1, .height = 1, .depth = 3, .data = {1, 0x10, 2, 0x20, 3, 0x30}};
@@ -397,7 +397,7 @@ TEST_F(DdsTexture, SixteenBitLuminanceIsRightInEveryLevelFaceAndSlice) {
 TEST_F(DdsTexture, SixteenBitLuminanceShrinksAndTurnsLikeTheRest) {
     DdsFile file{.width = 2, .height = 1, .data = {0x34, 0x12, 0x78, 0x56}};
     EXPECT_EQ(Load(file.Luminance16(), {.orientation = kTopRight}).As<std::uint16_t>(), (Words{0x5678, 0x1234}));
-    EXPECT_EQ(Load(file, {.width = 1}).bytes.size(), 2u);
+    EXPECT_EQ(Load(file, {.width = 1}).bytes.size(), 2U);
 }
 
 // --- Damaged files ---------------------------------------------------------------------------------------------------

@@ -36,7 +36,7 @@ TEST_F(TextureGeometry, SizesBelowOneMeanTheFilesOwn) {
         ASSERT_TRUE(texture);
         EXPECT_EQ(texture.desc.width, 4);
         EXPECT_EQ(texture.desc.height, 3);
-        EXPECT_EQ(texture.desc.dataSize, 12u);
+        EXPECT_EQ(texture.desc.dataSize, 12U);
     }
 }
 
@@ -61,7 +61,7 @@ TEST_F(TextureGeometry, AShrunkImageIsDescribedAsItIs) {
     EXPECT_EQ(texture.desc.width, 10);
     EXPECT_EQ(texture.desc.height, 5);
     EXPECT_EQ(texture.desc.rowPitch, 40);
-    EXPECT_EQ(texture.desc.dataSize, 200u);
+    EXPECT_EQ(texture.desc.dataSize, 200U);
     Bytes expected;
     for (unsigned char i = 0; i < 50; ++i)
         expected.insert(expected.end(), {i, i, i, 255});
@@ -74,7 +74,7 @@ TEST_F(TextureGeometry, OneSideMayShrinkAlone) {
     EXPECT_EQ(texture.desc.width, 2);
     EXPECT_EQ(texture.desc.height, 8);
     EXPECT_EQ(texture.desc.rowPitch, 2);
-    EXPECT_EQ(texture.bytes.size(), 16u);
+    EXPECT_EQ(texture.bytes.size(), 16U);
 }
 
 TEST_F(TextureGeometry, HighQualityFiltersEvenASmallChange) {
@@ -104,7 +104,7 @@ TEST_F(TextureGeometry, ACroppedPictureShrinksToItsOwnPixels) {
         const LoadedTexture texture = LoadFile(path, {.width = 20, .height = 20, .highQuality = highQuality}, OpenEXR);
         ASSERT_TRUE(texture);
         const Floats shrunk = texture.As<float>();
-        ASSERT_EQ(shrunk.size(), 20u * 20 * 4);
+        ASSERT_EQ(shrunk.size(), 20U * 20 * 4);
         for (const std::size_t pixel : {0, 19, 210, 399}) {
             EXPECT_FLOAT_EQ(shrunk[4 * pixel], 0.5F) << pixel;
             EXPECT_FLOAT_EQ(shrunk[4 * pixel + 2], 2) << pixel;
@@ -187,7 +187,7 @@ TEST_F(TextureGeometry, SizesAreLimitedBeforeTheTurn) {
     EXPECT_EQ(texture.desc.width, 30);
     EXPECT_EQ(texture.desc.height, 20);
     EXPECT_EQ(texture.desc.rowPitch, 30);
-    EXPECT_EQ(texture.desc.dataSize, 600u);
+    EXPECT_EQ(texture.desc.dataSize, 600U);
 }
 
 TEST_F(TextureGeometry, TurnsWholePixelsOfEveryFormat) {
@@ -218,7 +218,7 @@ TEST_F(TextureGeometry, RadianceRowsComeAsTheyAreStored) {
     const LoadedTexture texture = LoadFile(folder.Write("a.hdr", file));
     ASSERT_TRUE(texture);
     const Floats values = texture.As<float>();
-    ASSERT_EQ(values.size(), 8u);
+    ASSERT_EQ(values.size(), 8U);
     EXPECT_GT(values[0], values[1]);
     EXPECT_GT(values[5], values[4]);
     EXPECT_EQ(values[3], 1);

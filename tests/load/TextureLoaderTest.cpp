@@ -1,9 +1,8 @@
 // Choosing what to load and in which format, and what the caller is told: files, frames, formats, sizes.
 
+#include "common/PixelBlock.h"
 #include "load/TextureFiles.h"
 #include "support/MessageRecorder.h"
-
-#include "common/PixelBlock.h"
 
 #include <kavra/devices/IImageFormatHandler.h>
 #include <kavra/objects/ObjModel.h>
@@ -185,7 +184,7 @@ TEST_F(TextureLoader, DescribesTheBlock) {
     EXPECT_EQ(texture.desc.height, 1);
     EXPECT_EQ(texture.desc.depth, 1);
     EXPECT_EQ(texture.desc.rowPitch, 8);
-    EXPECT_EQ(texture.desc.dataSize, 8u);
+    EXPECT_EQ(texture.desc.dataSize, 8U);
     EXPECT_EQ(texture.desc.textureType, kTexture2D);
     EXPECT_FALSE(texture.desc.hasAlpha);
     EXPECT_FALSE(texture.desc.hasTransparentPixels);

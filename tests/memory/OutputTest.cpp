@@ -1,5 +1,11 @@
 // Images, blocks and files when memory fails: the no-answer, no message beyond those of a failure, and nothing lost.
 
+#include "common/HostObject.h"
+#include "memory/ShortMemory.h"
+#include "output/ImageFixture.h"
+#include "output/SavingFixture.h"
+#include "support/TemporaryFolder.h"
+
 #include <kavra/devices/ASimpleTexture.h>
 #include <kavra/devices/ATarget.h>
 #include <kavra/devices/IWriteImageLineProvider.h>
@@ -14,12 +20,6 @@
 #include <functional>
 #include <iterator>
 #include <vector>
-
-#include "common/HostObject.h"
-#include "memory/ShortMemory.h"
-#include "output/ImageFixture.h"
-#include "output/SavingFixture.h"
-#include "support/TemporaryFolder.h"
 
 using namespace Kavra::Devices;
 using Kavra::vec2;

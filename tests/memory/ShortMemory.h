@@ -1,6 +1,8 @@
 /// Operations of a host whose memory runs out.
 #pragma once
 
+#include "memory/Shortage.h"
+
 #include <kavra/objects/IMessageSink.h>
 
 #include <array>
@@ -8,8 +10,6 @@
 #include <functional>
 #include <string>
 #include <vector>
-
-#include "memory/Shortage.h"
 
 namespace Kavra::Tests {
 

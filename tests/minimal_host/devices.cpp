@@ -15,7 +15,7 @@
 #include <kavra/devices/Sys.h>
 #include <kavra/objects/ObjModel.h>
 
-#include <half.h>
+#include <Imath/half.h>
 
 #include <algorithm>
 #include <atomic>

@@ -6,9 +6,10 @@
 #include "support/MessageRecorder.h"
 #include "support/TemporaryFolder.h"
 
+#include <kavra/oiio/OIIOImageHandler.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <thread>
 

@@ -4,8 +4,9 @@
 #include "support/Program.h"
 #include "support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>

@@ -3,8 +3,9 @@
 #include "support/Loading.h"
 #include "support/Program.h"
 
-#include <gtest/gtest.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <gtest/gtest.h>
 
 #include <thread>
 

@@ -1,4 +1,6 @@
 #include "output/DDSSaving.h"
+#include "output/SavingFixture.h"
+#include "output/SmallDisk.h"
 
 #include <kavra/devices/DDSReader.h>
 #include <kavra/objects/IMemoryWrapper.h>
@@ -11,9 +13,6 @@
 #include <memory>
 #include <span>
 #include <vector>
-
-#include "output/SavingFixture.h"
-#include "output/SmallDisk.h"
 
 using namespace Kavra::Devices;
 using Kavra::Tests::ReadAll;

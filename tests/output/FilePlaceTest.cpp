@@ -1,4 +1,5 @@
 #include "output/FilePlace.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +9,6 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-
-#include "support/TemporaryFolder.h"
 
 using Kavra::Devices::FilePlace;
 using Kavra::Tests::ReadAll;

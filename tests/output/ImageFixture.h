@@ -1,6 +1,10 @@
 /// Making image objects through the handler, and looking at their pixels.
 #pragma once
 
+#include "common/HostObject.h"
+#include "output/RecordingPictures.h"
+#include "support/MessageRecorder.h"
+
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/oiio/OIIOImage.h>
 #include <kavra/oiio/OIIOImageHandler.h>
@@ -11,10 +15,6 @@
 #include <memory>
 #include <optional>
 #include <vector>
-
-#include "common/HostObject.h"
-#include "output/RecordingPictures.h"
-#include "support/MessageRecorder.h"
 
 namespace Kavra::Tests {
 

@@ -1,3 +1,6 @@
+#include "output/CountingAllocator.h"
+#include "output/ImageFixture.h"
+
 #include <kavra/objects/ObjModel.h>
 
 #include <gmock/gmock.h>
@@ -6,9 +9,6 @@
 #include <functional>
 #include <string>
 #include <vector>
-
-#include "output/CountingAllocator.h"
-#include "output/ImageFixture.h"
 
 using namespace Kavra::Devices;
 using Kavra::Objects::EMessageKind;

@@ -1,9 +1,9 @@
+#include "output/ImageFixture.h"
+
 #include <gmock/gmock.h>
 
 #include <climits>
 #include <vector>
-
-#include "output/ImageFixture.h"
 
 using namespace Kavra::Devices;
 using Kavra::Objects::EMessageKind;

@@ -1,3 +1,6 @@
+#include "output/CountingAllocator.h"
+#include "output/ImageFixture.h"
+
 #include <kavra/objects/ObjModel.h>
 
 #include <OpenImageIO/imagebufalgo.h>
@@ -7,9 +10,6 @@
 #include <cstdint>
 #include <limits>
 #include <vector>
-
-#include "output/CountingAllocator.h"
-#include "output/ImageFixture.h"
 
 using namespace Kavra::Devices;
 using Kavra::Objects::EMessageKind;

@@ -1,3 +1,8 @@
+#include "output/CountingAllocator.h"
+#include "output/ImageFixture.h"
+#include "output/SavingFixture.h"
+#include "output/SmallDisk.h"
+
 #include <kavra/devices/Sys.h>
 #include <kavra/objects/ObjModel.h>
 
@@ -9,11 +14,6 @@
 #include <filesystem>
 #include <string>
 #include <vector>
-
-#include "output/CountingAllocator.h"
-#include "output/ImageFixture.h"
-#include "output/SavingFixture.h"
-#include "output/SmallDisk.h"
 
 using namespace Kavra::Devices;
 using Kavra::Objects::ObjModel;

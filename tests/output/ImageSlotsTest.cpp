@@ -1,10 +1,10 @@
 // A host calls images by slot. These tests take the function out of the table and call it.
 
-#include <gtest/gtest.h>
-
 #include "output/ImageFixture.h"
 #include "support/CallSlot.h"
 #include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
 
 using namespace Kavra::Devices;
 using Kavra::Tests::CallSlot;

@@ -1,12 +1,11 @@
 #include "output/LibraryFile.h"
+#include "output/SavingFixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <vector>
-
-#include "output/SavingFixture.h"
 
 using Kavra::Devices::KString;
 using Kavra::Devices::LibraryFile;

@@ -1,7 +1,9 @@
 #include "output/LibrarySaving.h"
+#include "output/SavingFixture.h"
+#include "output/SmallDisk.h"
 
+#include <Imath/half.h>
 #include <gmock/gmock.h>
-#include <half.h>
 
 #include <sys/stat.h>
 
@@ -10,9 +12,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "output/SavingFixture.h"
-#include "output/SmallDisk.h"
 
 using namespace Kavra::Devices;
 using Kavra::Tests::FilePicture;

@@ -1,3 +1,7 @@
+#include "output/CountingAllocator.h"
+#include "output/SavingFixture.h"
+#include "output/SmallDisk.h"
+
 #include <kavra/devices/IWriteImageLineProvider.h>
 #include <kavra/objects/ObjModel.h>
 
@@ -15,10 +19,6 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-#include "output/CountingAllocator.h"
-#include "output/SavingFixture.h"
-#include "output/SmallDisk.h"
 
 using namespace Kavra::Devices;
 using Kavra::Objects::ObjModel;

@@ -1,4 +1,6 @@
 #include "output/PathPreparation.h"
+#include "support/MessageRecorder.h"
+#include "support/TemporaryFolder.h"
 
 #include <kavra/devices/IFileHandler.h>
 #include <kavra/devices/Sys.h>
@@ -9,9 +11,6 @@
 #include <filesystem>
 #include <string>
 #include <vector>
-
-#include "support/MessageRecorder.h"
-#include "support/TemporaryFolder.h"
 
 using Kavra::Devices::IsDDSPath;
 using Kavra::Devices::KString;

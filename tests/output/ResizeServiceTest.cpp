@@ -1,12 +1,15 @@
+#include "common/HostObject.h"
+#include "output/CountingAllocator.h"
+#include "support/MessageRecorder.h"
+
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
+#include <Imath/half.h>
 #include <OpenImageIO/imagebufalgo.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <half.h>
 
 #include <climits>
 #include <cstdint>
@@ -14,10 +17,6 @@
 #include <numeric>
 #include <optional>
 #include <vector>
-
-#include "common/HostObject.h"
-#include "output/CountingAllocator.h"
-#include "support/MessageRecorder.h"
 
 using namespace Kavra::Devices;
 using Kavra::Common::HostObject;

@@ -1,6 +1,9 @@
 /// Saving a texture and looking at the file that came of it.
 #pragma once
 
+#include "support/MessageRecorder.h"
+#include "support/TemporaryFolder.h"
+
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
@@ -10,9 +13,6 @@
 #include <filesystem>
 #include <string>
 #include <vector>
-
-#include "support/MessageRecorder.h"
-#include "support/TemporaryFolder.h"
 
 namespace Kavra::Tests {
 

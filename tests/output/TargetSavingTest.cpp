@@ -1,3 +1,7 @@
+#include "output/CountingAllocator.h"
+#include "output/RecordingPictures.h"
+#include "output/SavingFixture.h"
+
 #include <kavra/devices/Sys.h>
 #include <kavra/objects/ObjModel.h>
 
@@ -7,10 +11,6 @@
 #include <limits>
 #include <string>
 #include <vector>
-
-#include "output/CountingAllocator.h"
-#include "output/RecordingPictures.h"
-#include "output/SavingFixture.h"
 
 using namespace Kavra::Devices;
 using Kavra::Objects::ObjModel;

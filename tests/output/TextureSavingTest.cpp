@@ -1,3 +1,5 @@
+#include "output/SavingFixture.h"
+
 #include <kavra/devices/IFileHandler.h>
 #include <kavra/devices/Sys.h>
 #include <kavra/objects/ObjModel.h>
@@ -7,8 +9,6 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
-
-#include "output/SavingFixture.h"
 
 using namespace Kavra::Devices;
 using Kavra::Tests::MessageRecorder;

@@ -1,4 +1,6 @@
+#include "output/SmallDisk.h"
 #include "output/WatchedFile.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,9 +10,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "output/SmallDisk.h"
-#include "support/TemporaryFolder.h"
 
 using Kavra::Devices::WatchedFile;
 using Kavra::Tests::ReadAll;

@@ -1,13 +1,12 @@
+#include "output/SmallDisk.h"
 #include "output/WatchedStream.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
-
-#include "output/SmallDisk.h"
-#include "support/TemporaryFolder.h"
 
 using Kavra::Devices::WatchedFile;
 using Kavra::Devices::WatchedStream;

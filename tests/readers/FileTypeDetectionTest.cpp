@@ -1,10 +1,10 @@
-#include "readers/FileTypeDetection.h"
-
 #include "readers/FileSamples.h"
+#include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
 
 #include <algorithm>

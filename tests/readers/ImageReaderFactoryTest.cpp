@@ -117,10 +117,10 @@ TEST(ImageReaderInterface, IsDrivenBySlots) {
     const KString missing = Kavra::Tests::Wide(folder / "missing");
     NumberedReader reader;
     EXPECT_TRUE(Kavra::Tests::CallSlot<bool>(&reader, 1, &path));
-    EXPECT_EQ(reader.opened, 5u);
+    EXPECT_EQ(reader.opened, 5U);
     std::array<unsigned char, 20> pixels{};
     EXPECT_TRUE(Kavra::Tests::CallSlot<bool>(&reader, 2, pixels.data(), 9));
-    EXPECT_EQ(reader.read, 20u) << "rows x pitch";
+    EXPECT_EQ(reader.read, 20U) << "rows x pitch";
     EXPECT_EQ(pixels[0], 9);
     EXPECT_EQ(Kavra::Tests::CallSlot<int>(&reader, 3), 3);
     EXPECT_EQ(Kavra::Tests::CallSlot<int>(&reader, 4), 4);
@@ -129,7 +129,7 @@ TEST(ImageReaderInterface, IsDrivenBySlots) {
     EXPECT_EQ(Kavra::Tests::CallSlot<int>(&reader, 7), 7);
     EXPECT_EQ(Kavra::Tests::CallSlot<EDataOrientation>(&reader, 8), kLeftTop);
     EXPECT_FALSE(Kavra::Tests::CallSlot<bool>(&reader, 1, &missing));
-    EXPECT_EQ(reader.opened, 0u) << "the file before is forgotten";
+    EXPECT_EQ(reader.opened, 0U) << "the file before is forgotten";
 }
 
 TEST(ImageReaderInterface, ReadersLiveInTheDefaultAllocatorsMemory) {

@@ -1,6 +1,5 @@
-#include "readers/LegacyLoad.h"
-
 #include "readers/ImageReaderInterface.h"
+#include "readers/LegacyLoad.h"
 #include "support/HandlerAccess.h"
 #include "support/TemporaryFolder.h"
 
@@ -102,7 +101,7 @@ void ExpectMarked(const ImageDescription& desc) {
     EXPECT_EQ(desc.depth, 73);
     EXPECT_EQ(desc.format, kL16);
     EXPECT_EQ(desc.rowPitch, 74);
-    EXPECT_EQ(desc.dataSize, 75u);
+    EXPECT_EQ(desc.dataSize, 75U);
     EXPECT_EQ(desc.textureType, kTextureCube);
     EXPECT_TRUE(desc.hasAlpha && desc.defaultOrientation);
     EXPECT_EQ(desc.orientation, kLeftTop);
@@ -160,7 +159,7 @@ TEST_F(LegacyLoad, TheDescriptionIsTheReaders) {
     EXPECT_EQ(desc.depth, 1);
     EXPECT_EQ(desc.format, kR8G8B8A8);
     EXPECT_EQ(desc.rowPitch, 8);
-    EXPECT_EQ(desc.dataSize, 24u);
+    EXPECT_EQ(desc.dataSize, 24U);
     EXPECT_EQ(desc.textureType, kTexture2D);
     EXPECT_FALSE(desc.hasTransparentPixels);
     EXPECT_FALSE(desc.hasTranslucentPixels);
@@ -183,7 +182,7 @@ TEST_F(LegacyLoad, ThePitchOfAReaderIsKeptWhereNothingIsFitted) {
     const PixelBlock block = Load({});
     ASSERT_TRUE(block);
     EXPECT_EQ(desc.rowPitch, 8);
-    EXPECT_EQ(desc.dataSize, 16u);
+    EXPECT_EQ(desc.dataSize, 16U);
     EXPECT_EQ(Pixels(block), Colour("abcd"));
 }
 
@@ -234,17 +233,17 @@ TEST_F(LegacyLoad, AFrameThatDoesNotDecodeLeavesTheDescriptionFilledAndNothingEl
     EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, blocks);
     EXPECT_EQ(desc.width, 2);
     EXPECT_EQ(desc.height, 3);
-    EXPECT_EQ(desc.dataSize, 24u);
+    EXPECT_EQ(desc.dataSize, 24U);
     EXPECT_FALSE(desc.defaultOrientation);
     EXPECT_EQ(desc.orientation, kTopLeft) << "the reader's";
     EXPECT_EQ(desc.gamma, 2.2);
 }
 
 TEST_F(LegacyLoad, SizesThatNoPictureHasAreRefusedBeforeAnyAllocation) {
-    constexpr int kMost = std::numeric_limits<int>::max();
+    constexpr int kMax = std::numeric_limits<int>::max();
     const std::vector<std::array<int, 3>> sizes = {
-        {0, 5, 0},   {5, 0, 20},        {-3, 5, -12},      {5, -3, 20},           {5, 5, 0},
-        {5, 5, -20}, {1'000'001, 1, 4}, {1, 1'000'001, 4}, {kMost, kMost, kMost}, {32767, 32767, 131068}};
+        {0, 5, 0},   {5, 0, 20},        {-3, 5, -12},      {5, -3, 20},        {5, 5, 0},
+        {5, 5, -20}, {1'000'001, 1, 4}, {1, 1'000'001, 4}, {kMax, kMax, kMax}, {32767, 32767, 131068}};
     for (const auto& [width, height, rowPitch] : sizes) {
         reader = {};
         reader.width = width;
@@ -276,7 +275,7 @@ TEST_F(LegacyLoad, ALimitShrinksItsOwnSideOnly) {
     EXPECT_EQ(desc.width, 10);
     EXPECT_EQ(desc.height, 30);
     EXPECT_EQ(desc.rowPitch, 40);
-    EXPECT_EQ(desc.dataSize, 1200u);
+    EXPECT_EQ(desc.dataSize, 1200U);
     EXPECT_EQ(Pixels(narrow), Bytes(1200, 77));
 
     const PixelBlock low = Load({.width = 100, .height = 7});
@@ -323,7 +322,7 @@ TEST_F(LegacyLoad, OtherFormatsKeepTheirChannelsAndType) {
     ASSERT_TRUE(block);
     EXPECT_EQ(desc.format, kL16);
     EXPECT_EQ(desc.rowPitch, 40);
-    ASSERT_EQ(desc.dataSize, 400u);
+    ASSERT_EQ(desc.dataSize, 400U);
     for (std::size_t i = 0; i < 400; i += 2) {
         ASSERT_EQ(block.get()[i], 0x34);
         ASSERT_EQ(block.get()[i + 1], 0x12);

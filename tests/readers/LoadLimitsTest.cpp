@@ -16,6 +16,7 @@
 #include <kavra/objects/ObjModel.h>
 
 #include <gtest/gtest.h>
+
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -116,8 +117,8 @@ protected:
 TEST_F(LoadLimits, ADrawingOfAFewKilobytesMayBeAnyPageThatIsScanned) {
     if (Kavra::Common::MemoryShare() < Kavra::Common::kDefaultMaxBytes) GTEST_SKIP() << "too little memory";
     // Group 4 needs one bit for a row that is like the one above it: 17,600 rows are 2,200 bytes.
-    EXPECT_TRUE(AsksFor(Cals(13'600, 17'600, Bytes(2200, 0xFF)), CALS, 13'600u * 17'600 * 4));
-    EXPECT_TRUE(AsksFor(Cals(23'170, 23'170), CALS, 23'170u * 23'170 * 4)) << "2,147,395,600 bytes";
+    EXPECT_TRUE(AsksFor(Cals(13'600, 17'600, Bytes(2200, 0xFF)), CALS, 13'600U * 17'600 * 4));
+    EXPECT_TRUE(AsksFor(Cals(23'170, 23'170), CALS, 23'170U * 23'170 * 4)) << "2,147,395,600 bytes";
 }
 
 TEST_F(LoadLimits, AFewBytesNeverCostMoreThanTwoGibibytes) {
@@ -133,7 +134,7 @@ TEST_F(LoadLimits, AFewBytesNeverCostMoreThanTwoGibibytes) {
 }
 
 TEST_F(LoadLimits, TheHostMayAllowMoreThanThat) {
-    constexpr std::uint64_t kBlock = 23'171u * 23'171u * std::uint64_t{4};
+    constexpr std::uint64_t kBlock = 23'171U * 23'171U * std::uint64_t{4};
     if (Kavra::Common::MemoryShare() < kBlock) GTEST_SKIP() << "too little memory";
     SetImageLimits({.maxBytes = kBlock});
     EXPECT_TRUE(AsksFor(Cals(23'171, 23'171), CALS, kBlock));

@@ -11,8 +11,8 @@ namespace {
 
 using namespace Kavra::Devices;
 
-constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
 
 std::optional<std::int32_t> Integer(std::string_view text) {
     return TextScanner(text).Integer();
@@ -36,13 +36,13 @@ TEST(TextScanner, WithoutDigitsThereIsNoInteger) {
 }
 
 TEST(TextScanner, IntegersBeyond32BitsBecomeTheNearestThatFits) {
-    EXPECT_EQ(Integer("2147483647"), kMost);
-    EXPECT_EQ(Integer("2147483648"), kMost);
-    EXPECT_EQ(Integer("-2147483648"), kLeast);
-    EXPECT_EQ(Integer("-2147483649"), kLeast);
-    EXPECT_EQ(Integer("4294967297"), kMost);
-    EXPECT_EQ(Integer(std::string(5000, '9')), kMost);
-    EXPECT_EQ(Integer("-" + std::string(5000, '9')), kLeast);
+    EXPECT_EQ(Integer("2147483647"), kMax);
+    EXPECT_EQ(Integer("2147483648"), kMax);
+    EXPECT_EQ(Integer("-2147483648"), kMin);
+    EXPECT_EQ(Integer("-2147483649"), kMin);
+    EXPECT_EQ(Integer("4294967297"), kMax);
+    EXPECT_EQ(Integer(std::string(5000, '9')), kMax);
+    EXPECT_EQ(Integer("-" + std::string(5000, '9')), kMin);
 }
 
 TEST(TextScanner, GoesOnBehindWhatItTook) {

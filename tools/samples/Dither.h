@@ -9,7 +9,7 @@
 
 namespace Kavra::Samples {
 
-using PaletteColour = std::array<std::uint8_t, 3>;  ///< red green blue, display values
+using PaletteColour = std::array<unsigned char, 3>;  ///< red green blue, display values
 
 /// Red, green and blue in so many steps each, blue the fastest.
 std::vector<PaletteColour> ColourCube(const std::array<int, 3>& steps);

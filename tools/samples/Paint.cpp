@@ -11,7 +11,7 @@ namespace {
 /// A letter of 5 x 7 squares, rows from the top, the leftmost square the highest of five bits.
 struct Letter {
     char character;
-    std::array<std::uint8_t, 7> rows;
+    std::array<unsigned char, 7> rows;
 };
 
 constexpr std::array<Letter, 36> kLetters = {{

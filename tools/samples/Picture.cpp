@@ -43,7 +43,7 @@ Picture Paint(int width, int height, const Painter& painter, bool display) {
 
 Picture PaintCutout(int width, int height, const CutoutPainter& painter, bool display) {
     constexpr int kSamples = 3;
-    constexpr float kLeast = 1e-4F;  // so that a pixel without coverage has a colour too
+    constexpr float kMin = 1e-4F;  // so that a pixel without coverage has a colour too
     Picture picture{width, height, 4, std::vector<float>(static_cast<std::size_t>(width) * height * 4)};
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
@@ -54,7 +54,7 @@ Picture PaintCutout(int width, int height, const CutoutPainter& painter, bool di
                 const auto down = (static_cast<float>(i / kSamples) + 0.5F) / kSamples;
                 const Cutout sample = painter((static_cast<float>(x) + across) / static_cast<float>(width),
                                               (static_cast<float>(y) + down) / static_cast<float>(height));
-                const float weight = std::max(sample.coverage, kLeast);
+                const float weight = std::max(sample.coverage, kMin);
                 sum = Add(sum, sample.colour, weight);
                 weights += weight;
                 coverage += sample.coverage;

@@ -34,14 +34,14 @@ struct Constant {
 /// What every file has: the magic number and the sizes of the header and of the pixel format within it.
 constexpr Constant kConstants[] = {{0, FourCC("DDS ")}, {4, 124}, {76, 32}};
 
-std::uint32_t Get(std::span<const std::uint8_t> bytes, std::size_t offset) {
+std::uint32_t Get(std::span<const unsigned char> bytes, std::size_t offset) {
     std::uint32_t value = 0;
     for (std::size_t i = 4; i-- > 0;)
         value = value << 8 | bytes[offset + i];
     return value;
 }
 
-void Put(std::vector<std::uint8_t>& bytes, std::size_t offset, std::uint32_t value) {
+void Put(std::vector<unsigned char>& bytes, std::size_t offset, std::uint32_t value) {
     for (std::size_t i = 0; i < 4; ++i)
         bytes[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
 }
@@ -52,7 +52,7 @@ std::size_t Header::Bytes() const {
     return isExtended ? kMaxHeaderBytes : kPlainHeaderBytes;
 }
 
-std::optional<Header> ParseHeader(std::span<const std::uint8_t> file, ExtensionRule rule) {
+std::optional<Header> ParseHeader(std::span<const unsigned char> file, ExtensionRule rule) {
     if (file.size() < kPlainHeaderBytes) return std::nullopt;
     const auto holds = [&](const Constant& constant) { return Get(file, constant.offset) == constant.value; };
     if (!std::ranges::all_of(kConstants, holds)) return std::nullopt;
@@ -70,8 +70,8 @@ std::optional<Header> ParseHeader(std::span<const std::uint8_t> file, ExtensionR
     return header;
 }
 
-std::vector<std::uint8_t> ComposeHeader(const Header& header) {
-    std::vector<std::uint8_t> bytes(header.Bytes());
+std::vector<unsigned char> ComposeHeader(const Header& header) {
+    std::vector<unsigned char> bytes(header.Bytes());
     for (const Constant& constant : kConstants)
         Put(bytes, constant.offset, constant.value);
     for (const Field& field : kPlainFields)

@@ -14,7 +14,7 @@
 
 namespace Kavra::Devices::Dds {
 
-inline constexpr std::uint32_t kAllFaces = (1u << kCubeFaces) - 1;  ///< a bit a face, +x -x +y -y +z -z
+inline constexpr std::uint32_t kAllFaces = (1U << kCubeFaces) - 1;  ///< a bit a face, +x -x +y -y +z -z
 
 /// Bits of `Header::flags`: which fields are meant.
 enum : std::uint32_t {
@@ -100,9 +100,10 @@ enum class ExtensionRule : std::uint8_t { kFlaggedCode, kAnyCode };
 
 /// Reads the header at the start of `file` (all of it, or its first `kMaxHeaderBytes` bytes). Nothing when the magic
 /// number or one of the two structure sizes is wrong, or it ends early. No other field is judged.
-std::optional<Header> ParseHeader(std::span<const std::uint8_t> file, ExtensionRule rule = ExtensionRule::kFlaggedCode);
+std::optional<Header> ParseHeader(std::span<const unsigned char> file,
+                                  ExtensionRule rule = ExtensionRule::kFlaggedCode);
 
 /// The bytes of a header, with the extension where it has one. Reserved fields are 0.
-std::vector<std::uint8_t> ComposeHeader(const Header& header);
+std::vector<unsigned char> ComposeHeader(const Header& header);
 
 }  // namespace Kavra::Devices::Dds

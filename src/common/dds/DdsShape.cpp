@@ -50,7 +50,7 @@ Extent LevelSize(const Extent& size, int level) {
 
 std::optional<Shape> ShapeOf(const Header& header) {
     const bool volume = IsVolume(header);
-    const std::uint32_t depth = volume ? std::max(header.depth, 1u) : 1;
+    const std::uint32_t depth = volume ? std::max(header.depth, 1U) : 1;
     if (!IsSane(header.width, header.height, depth)) return std::nullopt;
     const std::uint32_t faces = volume ? 0 : FacesOf(header);
     if (faces != 0 && header.width != header.height) return std::nullopt;
@@ -63,7 +63,7 @@ std::optional<Shape> ShapeOf(const Header& header) {
 }
 
 int ClampLevels(std::uint32_t claimed, const Extent& size) {
-    return static_cast<int>(std::clamp(claimed, 1u, static_cast<std::uint32_t>(FullMipChain(size))));
+    return static_cast<int>(std::clamp(claimed, 1U, static_cast<std::uint32_t>(FullMipChain(size))));
 }
 
 std::uint64_t StoredRowBytes(const StoredUnit& unit, int width) {
@@ -83,7 +83,7 @@ std::uint64_t StoredChainBytes(const StoredUnit& unit, const Shape& shape) {
 }
 
 std::uint64_t LevelOffset(const StoredUnit& unit, const Shape& shape, int face, int level) {
-    const std::uint32_t before = shape.faces & ((1u << face) - 1);
+    const std::uint32_t before = shape.faces & ((1U << face) - 1);
     return static_cast<unsigned>(std::popcount(before)) * StoredChainBytes(unit, shape) +
            LevelsBytes(unit, shape.size, level);
 }

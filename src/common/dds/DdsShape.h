@@ -12,8 +12,8 @@
 namespace Kavra::Devices::Dds {
 
 /// Bounds that keep every product of sizes within 64 bits and a row's bytes within 31.
-inline constexpr std::uint32_t kMaxSide = 1u << 20;
-inline constexpr std::uint32_t kMaxDepth = 1u << 16;
+inline constexpr std::uint32_t kMaxSide = 1U << 20;
+inline constexpr std::uint32_t kMaxDepth = 1U << 16;
 
 struct Extent {
     int width;
@@ -32,7 +32,7 @@ struct Shape {
 
     int FaceCount() const { return Devices::FaceCount(type); }
     bool HasFace(int face) const { return (faces >> face & 1) != 0; }
-    bool HasAllFaces() const { return faces == (1u << FaceCount()) - 1; }
+    bool HasAllFaces() const { return faces == (1U << FaceCount()) - 1; }
 };
 
 /// Whether the sides are at least 1 and within the bounds.
@@ -62,7 +62,7 @@ std::uint64_t StoredLevelBytes(const StoredUnit& unit, const Extent& levelSize);
 std::uint64_t StoredChainBytes(const StoredUnit& unit, const Shape& shape);
 
 /// Where a level of a face begins, counted from the first pixel. A face's levels lie together, absent faces take no
-/// room.
+/// bytes.
 std::uint64_t LevelOffset(const StoredUnit& unit, const Shape& shape, int face, int level);
 
 /// Where the last face of a level ends, counted from the first pixel: a file that is shorter does not hold the level.

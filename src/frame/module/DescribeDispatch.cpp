@@ -1,11 +1,10 @@
 // Describing a file: readers of legacy formats or the host's DDS reader first, then OpenImageIO, then the host's
 // OpenEXR reader. Where memory fails, nothing further is asked: another way would describe the file differently.
 
-#include "frame/module/Dispatch.h"
-
 #include "common/HostObject.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
+#include "frame/module/Dispatch.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "readers/FileTypeDetection.h"

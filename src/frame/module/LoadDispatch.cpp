@@ -1,8 +1,6 @@
 // Loading a texture: OpenImageIO first, then the host's OpenEXR reader, the readers of legacy formats, and the host's
 // DDS reader.
 
-#include "frame/module/Dispatch.h"
-
 #include "common/HostExtras.h"
 #include "common/HostObject.h"
 #include "common/Limits.h"
@@ -11,6 +9,7 @@
 #include "common/Result.h"
 #include "common/WrappedBlock.h"
 #include "formats/FormatConversion.h"
+#include "frame/module/Dispatch.h"
 #include "load/TextureLoader.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/LegacyLoad.h"

@@ -1,6 +1,4 @@
-// The exported handler: a thin shell, whose operations each end exceptions and hand on to their room.
-
-#include <kavra/oiio/OIIOImageHandler.h>
+// The exported handler: a thin shell, whose operations each end exceptions and hand on to their folder.
 
 #include "analysis/AverageColor.h"
 #include "analysis/LightDirections.h"
@@ -21,6 +19,7 @@
 #include "readers/LegacyLoad.h"
 
 #include <kavra/oiio/OIIOImage.h>
+#include <kavra/oiio/OIIOImageHandler.h>
 
 namespace Kavra::Devices {
 

@@ -44,7 +44,7 @@ bool IsSmallChange(int to, int from) {
 /// to 12 pixels the footprint is 63 (with a double 4.0 it were 60), from 42 to 12 it is 42 (all in double it were 45).
 std::int64_t Footprint(int to, int from) {
     const float scale = static_cast<float>(to) / static_cast<float>(from);
-    return 3 * static_cast<std::int64_t>(std::trunc(4.0f / scale + 1.0f));
+    return 3 * static_cast<std::int64_t>(std::trunc(4.0F / scale + 1.0F));
 }
 
 bool Sample(ImageBuf& dst, const ImageBuf& src) {
@@ -98,7 +98,7 @@ bool SampleThenFilter(ImageBuf& dst, const ImageBuf& src, std::int64_t footprint
     const float proportion = static_cast<float>(dst.spec().width) / static_cast<float>(dst.spec().height);
     const float wantedWidth = std::trunc(proportion * static_cast<float>(footprint));
     // The library ends the process over a region without width.
-    const int width = static_cast<int>(std::clamp(wantedWidth, 1.0f, static_cast<float>(kMaxSide)));
+    const int width = static_cast<int>(std::clamp(wantedWidth, 1.0F, static_cast<float>(kMaxSide)));
     const int height = static_cast<int>(footprint);
 
     ImageSpec spec = src.spec();

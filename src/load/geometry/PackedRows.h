@@ -1,9 +1,9 @@
 /// Rows of pixels, copied.
 #pragma once
 
-#include <cstddef>
-
 #include "common/PixelBlock.h"
+
+#include <cstddef>
 
 namespace Kavra::Devices {
 

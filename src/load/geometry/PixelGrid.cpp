@@ -72,7 +72,7 @@ struct PixelSize<0> {
 };
 
 template <std::size_t N>
-void CopyPixel(std::byte* to, const std::byte* from, PixelSize<N> size) {
+void CopyPixel(unsigned char* to, const unsigned char* from, PixelSize<N> size) {
     std::memcpy(to, from, size.Bytes());
 }
 
@@ -87,7 +87,8 @@ std::uint64_t Reversed(std::uint64_t word) {
 
 /// `count` pixels whose first lies at `from` and whose next ones follow at `stride`.
 template <std::size_t N>
-void CopyRow(std::byte* to, const std::byte* from, std::ptrdiff_t stride, std::size_t count, PixelSize<N> size) {
+void CopyRow(unsigned char* to, const unsigned char* from, std::ptrdiff_t stride, std::size_t count,
+             PixelSize<N> size) {
     if (stride == Signed(size.Bytes())) {
         std::memcpy(to, from, count * size.Bytes());
         return;
@@ -108,16 +109,16 @@ void CopyRow(std::byte* to, const std::byte* from, std::ptrdiff_t stride, std::s
 
 /// A part of a rotation by 90 degrees: `lines` runs of `pixels` pixels along memory, which become columns.
 struct Tile {
-    const std::byte* from;
+    const unsigned char* from;
     std::ptrdiff_t lineStride;
-    std::byte* to;
+    unsigned char* to;
     std::ptrdiff_t rowStride;
     std::size_t lines, pixels;
 };
 
 /// Transposes a square of one vector's width: after log2(lanes) rounds of interleaving, rows have become columns.
 template <std::size_t N>
-void TransposeSquare(std::byte* to, std::ptrdiff_t rowStride, const std::byte* from) {
+void TransposeSquare(unsigned char* to, std::ptrdiff_t rowStride, const unsigned char* from) {
     constexpr std::size_t lanes = kVectorBytes / N;
     const Tag<N> tag;
     hn::Vec<Tag<N>> rows[lanes], next[lanes];
@@ -135,7 +136,7 @@ void TransposeSquare(std::byte* to, std::ptrdiff_t rowStride, const std::byte* f
 }
 
 template <std::size_t N>
-void RotateWholeTile(const Tile& tile, const std::byte* lines) {
+void RotateWholeTile(const Tile& tile, const unsigned char* lines) {
     constexpr std::size_t lanes = kVectorBytes / N;
     for (std::size_t p = 0; p < kLineBytes / N; p += lanes) {
         for (std::size_t k = 0; k < kTileLines; k += lanes) {
@@ -148,7 +149,7 @@ void RotateWholeTile(const Tile& tile, const std::byte* lines) {
 /// Goes through a buffer, since lines that lie a power of two apart would throw each other out of the cache.
 template <std::size_t N>
 void RotateTile(const Tile& tile, PixelSize<N> size) {
-    alignas(kLineBytes) std::byte lines[kTileLines * kLineBytes];
+    alignas(kLineBytes) unsigned char lines[kTileLines * kLineBytes];
     for (std::size_t k = 0; k < tile.lines; ++k) {
         std::memcpy(lines + k * kLineBytes, tile.from + Signed(k) * tile.lineStride, tile.pixels * size.Bytes());
     }
@@ -156,7 +157,7 @@ void RotateTile(const Tile& tile, PixelSize<N> size) {
         if (tile.lines == kTileLines && tile.pixels == kLineBytes / N) return RotateWholeTile<N>(tile, lines);
     }
     for (std::size_t p = 0; p < tile.pixels; ++p) {
-        std::byte* to = tile.to + Signed(p) * tile.rowStride;
+        unsigned char* to = tile.to + Signed(p) * tile.rowStride;
         for (std::size_t k = 0; k < tile.lines; ++k) {
             CopyPixel(to + k * size.Bytes(), lines + k * kLineBytes + p * size.Bytes(), size);
         }
@@ -165,7 +166,7 @@ void RotateTile(const Tile& tile, PixelSize<N> size) {
 
 /// Rows [top, bottom) of a grid whose columns lie along memory, forwards or backwards.
 template <std::size_t N>
-void RotateRows(const PixelGrid& grid, std::byte* rows, std::size_t top, std::size_t bottom, PixelSize<N> size) {
+void RotateRows(const PixelGrid& grid, unsigned char* rows, std::size_t top, std::size_t bottom, PixelSize<N> size) {
     const std::size_t tileRows = kLineBytes / size.Bytes();
     const std::ptrdiff_t rowBytes = Signed(grid.width * size.Bytes());
     const bool backwards = grid.rowStride < 0;
@@ -185,7 +186,7 @@ void RotateRows(const PixelGrid& grid, std::byte* rows, std::size_t top, std::si
 }
 
 template <std::size_t N>
-void CopyRows(const PixelGrid& grid, std::byte* rows, std::size_t top, std::size_t bottom) {
+void CopyRows(const PixelGrid& grid, unsigned char* rows, std::size_t top, std::size_t bottom) {
     const PixelSize<N> size(grid.pixelBytes);
     const bool columnsAlongMemory = std::abs(grid.rowStride) == Signed(grid.pixelBytes) && grid.width > 1;
     if (columnsAlongMemory && grid.pixelBytes <= kLineBytes) return RotateRows(grid, rows, top, bottom, size);
@@ -246,7 +247,7 @@ PixelGrid Rotated(const PixelGrid& grid, Rotation rotation) {
     return rotated;
 }
 
-void CopyPixels(const PixelGrid& grid, std::byte* rows) {
+void CopyPixels(const PixelGrid& grid, unsigned char* rows) {
     const auto copyRows = RowCopier(grid.pixelBytes);
     Common::ForEachRange(grid.height, kSerialBytes / (grid.width * grid.pixelBytes),
                          [&](std::size_t top, std::size_t bottom) { copyRows(grid, rows, top, bottom); });

@@ -17,7 +17,7 @@ enum class Rotation {
 
 /// Pixels in rows, read wherever the strides lead. It does not own them.
 struct PixelGrid {
-    const std::byte* first;       ///< the upper left pixel
+    const unsigned char* first;   ///< the upper left pixel
     std::ptrdiff_t columnStride;  ///< bytes from a pixel to its right neighbour, of either sign
     std::ptrdiff_t rowStride;     ///< bytes from a pixel to the one below, of either sign
     std::size_t width, height;    ///< pixels, at least 1
@@ -29,6 +29,6 @@ PixelGrid Rotated(const PixelGrid& grid, Rotation rotation);
 
 /// Copies the pixels into packed rows: `width * height * pixelBytes` bytes, which the grid must not overlap. On all
 /// cores.
-void CopyPixels(const PixelGrid& grid, std::byte* rows);
+void CopyPixels(const PixelGrid& grid, unsigned char* rows);
 
 }  // namespace Kavra::Devices

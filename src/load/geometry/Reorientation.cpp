@@ -154,13 +154,13 @@ ImageBuf RotatedHere(const ImageBuf& image, const Rotations& rotations) {
     const ImageSpec& spec = image.spec();
     ImageBuf result = NewImage(RotatedSpec(spec, rotations));
     if (!result.initialized()) return {};
-    const PixelGrid grid{.first = static_cast<const std::byte*>(image.localpixels()),
+    const PixelGrid grid{.first = static_cast<const unsigned char*>(image.localpixels()),
                          .columnStride = image.pixel_stride(),
                          .rowStride = image.scanline_stride(),
                          .width = static_cast<std::size_t>(spec.width),
                          .height = static_cast<std::size_t>(spec.height),
                          .pixelBytes = spec.pixel_bytes()};
-    CopyPixels(Rotated(grid, rotations), static_cast<std::byte*>(result.localpixels()));
+    CopyPixels(Rotated(grid, rotations), static_cast<unsigned char*>(result.localpixels()));
     return result;
 }
 

@@ -44,8 +44,8 @@ Raster Reordered(const Raster& raster, EDataOrientation from, EDataOrientation t
     Raster result = NewRaster(raster, swaps ? raster.height : raster.width, swaps ? raster.width : raster.height);
     const int pictures = swaps ? raster.faces * raster.slices : raster.slices;
     const std::size_t rows = raster.RowCount() / static_cast<std::size_t>(pictures);
-    auto* out = reinterpret_cast<std::byte*>(result.block.get());
-    const auto* in = reinterpret_cast<const std::byte*>(raster.first);
+    auto* out = reinterpret_cast<unsigned char*>(result.block.get());
+    const auto* in = reinterpret_cast<const unsigned char*>(raster.first);
     for (int i = 0; i < pictures; ++i) {
         const PixelGrid grid{.first = in,
                              .columnStride = static_cast<std::ptrdiff_t>(raster.PixelBytes()),

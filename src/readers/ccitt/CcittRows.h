@@ -48,7 +48,7 @@ public:
     /// Runs that a row may hold. Pairs of empty runs could go on for ever.
     std::size_t Capacity() const { return static_cast<std::size_t>(mWidth) + 4; }
 
-    /// Room for `Capacity()` ends and two more.
+    /// Memory for `Capacity()` ends and two more.
     std::int32_t* Ends() { return mEnds.data() + 1; }
     /// The ends; the place before the first one may be read too and is 0.
     const std::int32_t* Ends() const { return mEnds.data() + 1; }

@@ -70,7 +70,7 @@ bool TakeBytes(ByteSource& source, std::span<unsigned char> bytes) {
     return source.ReadSome(bytes) == bytes.size();
 }
 
-/// Takes `count` indices, of which the frame may have no room for the last ones.
+/// Takes `count` indices, of which the last ones may lie beyond the frame.
 bool TakeIndices(ByteSource& source, FlicFrame& frame, std::uint64_t offset, std::uint64_t count) {
     const std::span<unsigned char> indices = frame.At(offset, count);
     return TakeBytes(source, indices) && source.Skip(count - indices.size());

@@ -1,6 +1,8 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "readers/spot/SpotKernels.cpp"
+// clang-format off: before what includes highway.h
 #include <hwy/foreach_target.h>  // compiles this file once per vector width
+// clang-format on
 
 #include "readers/spot/SpotKernels.h"
 

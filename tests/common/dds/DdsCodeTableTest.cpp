@@ -19,8 +19,8 @@ std::uint32_t NumberOf(const char (&code)[5]) {
 }
 
 TEST(DdsCodes, AFourCCHasItsFirstLetterLowest) {
-    EXPECT_EQ(FourCC("DDS "), 0x20534444u);
-    EXPECT_EQ(FourCC("DX10"), 0x30315844u);
+    EXPECT_EQ(FourCC("DDS "), 0x20534444U);
+    EXPECT_EQ(FourCC("DX10"), 0x30315844U);
 }
 
 TEST(DdsCodes, PixelsThatAreAFormatHaveItsSize) {
@@ -71,7 +71,7 @@ TEST(DdsCodes, NumbersWithoutAFormatAreNotKnown) {
     EXPECT_EQ(FindDxgi(3), nullptr) << "32-bit integers";
     EXPECT_EQ(FindDxgi(45), nullptr) << "depth with stencil";
     EXPECT_EQ(FindDxgi(103), nullptr) << "planes";
-    EXPECT_EQ(FindDxgi(0xffffffff), nullptr);
+    EXPECT_EQ(FindDxgi(0xFFFFFFFF), nullptr);
 }
 
 TEST(DdsCodes, AFormatIsWrittenAsItsNormalisedOrFloatNumber) {
@@ -94,21 +94,21 @@ TEST(DdsCodes, AFormatIsWrittenAsItsNormalisedOrFloatNumber) {
 }
 
 TEST(DdsCodes, LegacyCodesMeanNumbers) {
-    EXPECT_EQ(NumberOf("DXT1"), 71u);
-    EXPECT_EQ(NumberOf("DXT2"), 74u);
-    EXPECT_EQ(NumberOf("DXT3"), 74u);
-    EXPECT_EQ(NumberOf("DXT4"), 77u);
-    EXPECT_EQ(NumberOf("DXT5"), 77u);
-    EXPECT_EQ(NumberOf("RXGB"), 77u);
-    EXPECT_EQ(NumberOf("ATI1"), 80u);
-    EXPECT_EQ(NumberOf("BC4U"), 80u);
-    EXPECT_EQ(NumberOf("BC4S"), 81u);
-    EXPECT_EQ(NumberOf("ATI2"), 83u);
-    EXPECT_EQ(NumberOf("BC5U"), 83u);
-    EXPECT_EQ(NumberOf("BC5S"), 84u);
-    EXPECT_EQ(NumberOf("RGBG"), 68u);
-    EXPECT_EQ(NumberOf("GRGB"), 69u);
-    EXPECT_EQ(NumberOf("YUY2"), 107u);
+    EXPECT_EQ(NumberOf("DXT1"), 71U);
+    EXPECT_EQ(NumberOf("DXT2"), 74U);
+    EXPECT_EQ(NumberOf("DXT3"), 74U);
+    EXPECT_EQ(NumberOf("DXT4"), 77U);
+    EXPECT_EQ(NumberOf("DXT5"), 77U);
+    EXPECT_EQ(NumberOf("RXGB"), 77U);
+    EXPECT_EQ(NumberOf("ATI1"), 80U);
+    EXPECT_EQ(NumberOf("BC4U"), 80U);
+    EXPECT_EQ(NumberOf("BC4S"), 81U);
+    EXPECT_EQ(NumberOf("ATI2"), 83U);
+    EXPECT_EQ(NumberOf("BC5U"), 83U);
+    EXPECT_EQ(NumberOf("BC5S"), 84U);
+    EXPECT_EQ(NumberOf("RGBG"), 68U);
+    EXPECT_EQ(NumberOf("GRGB"), 69U);
+    EXPECT_EQ(NumberOf("YUY2"), 107U);
     const std::pair<std::uint32_t, std::uint32_t> older[] = {{36, 11},  {110, 13}, {111, 54}, {112, 34}, {113, 10},
                                                              {114, 41}, {115, 16}, {116, 2},  {117, 51}};
     for (const auto& [code, number] : older)
@@ -126,7 +126,7 @@ TEST(DdsCodes, ANumberIsWrittenAsTheLegacyCodeThatEveryReaderKnows) {
     EXPECT_EQ(LegacyOfDxgi(kDxgiBC3Unorm), FourCC("DXT5"));
     EXPECT_EQ(LegacyOfDxgi(kDxgiBC4Unorm), FourCC("ATI1"));
     EXPECT_EQ(LegacyOfDxgi(kDxgiBC5Unorm), FourCC("ATI2"));
-    EXPECT_EQ(LegacyOfDxgi(kDxgiR16G16B16A16Float), 113u);
+    EXPECT_EQ(LegacyOfDxgi(kDxgiR16G16B16A16Float), 113U);
     EXPECT_FALSE(LegacyOfDxgi(kDxgiBC7Unorm));
     EXPECT_FALSE(LegacyOfDxgi(kDxgiBC1UnormSrgb));
     EXPECT_FALSE(LegacyOfDxgi(kDxgiUnknown));
@@ -140,7 +140,7 @@ TEST(DdsCodes, MaskedPixelsAreOneToFourBytes) {
             << bits;
     }
     EXPECT_FALSE(UnitOfBits(0x80000008));
-    EXPECT_FALSE(UnitOfBits(0xffffffff));
+    EXPECT_FALSE(UnitOfBits(0xFFFFFFFF));
 }
 
 }  // namespace

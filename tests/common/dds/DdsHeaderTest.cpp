@@ -10,7 +10,7 @@ namespace Kavra::Tests {
 namespace {
 
 using namespace Devices::Dds;
-using Bytes = std::vector<std::uint8_t>;
+using Bytes = std::vector<unsigned char>;
 
 void Set(Bytes& bytes, std::size_t offset, std::uint32_t value) {
     for (std::size_t i = 0; i < 4; ++i)
@@ -46,22 +46,22 @@ constexpr std::pair<std::size_t, std::uint32_t Header::*> kPlaces[] = {
 TEST(DdsHeader, EveryFieldHasItsPlace) {
     Bytes bytes = Dx10(true);
     for (const auto& [offset, field] : kPlaces)
-        Set(bytes, offset, 0x89ab0000 + static_cast<std::uint32_t>(offset));
+        Set(bytes, offset, 0x89AB0000 + static_cast<std::uint32_t>(offset));
     const std::optional<Header> header = ParseHeader(bytes);
     ASSERT_TRUE(header);
     for (const auto& [offset, field] : kPlaces)
-        EXPECT_EQ((*header).*field, 0x89ab0000 + offset) << offset;
-    EXPECT_EQ(header->pixelFlags, 4u);
-    EXPECT_EQ(header->fourCC, 0x30315844u) << "DX10, its first letter lowest";
+        EXPECT_EQ((*header).*field, 0x89AB0000 + offset) << offset;
+    EXPECT_EQ(header->pixelFlags, 4U);
+    EXPECT_EQ(header->fourCC, 0x30315844U) << "DX10, its first letter lowest";
     EXPECT_EQ(ComposeHeader(*header), bytes);
 }
 
 TEST(DdsHeader, ReservedFieldsAreNotKept) {
     Bytes bytes = Blank(128);
     for (std::size_t reserved = 32; reserved < 76; reserved += 4)
-        Set(bytes, reserved, 0xffffffff);
+        Set(bytes, reserved, 0xFFFFFFFF);
     for (std::size_t reserved = 116; reserved < 128; reserved += 4)
-        Set(bytes, reserved, 0xffffffff);
+        Set(bytes, reserved, 0xFFFFFFFF);
     const std::optional<Header> header = ParseHeader(bytes);
     ASSERT_TRUE(header);
     EXPECT_EQ(*header, Header());
@@ -71,7 +71,7 @@ TEST(DdsHeader, ReservedFieldsAreNotKept) {
 TEST(DdsHeader, AWrongMagicNumberOrStructureSizeIsNoDds) {
     ASSERT_TRUE(ParseHeader(Blank(128)));
     for (const auto& [offset, value] : std::initializer_list<std::pair<std::size_t, std::uint32_t>>{
-             {0, 0x20534445}, {4, 0}, {4, 128}, {76, 0}, {76, 0xffffffff}}) {
+             {0, 0x20534445}, {4, 0}, {4, 128}, {76, 0}, {76, 0xFFFFFFFF}}) {
         Bytes bytes = Blank(128);
         Set(bytes, offset, value);
         EXPECT_FALSE(ParseHeader(bytes)) << offset << " " << value;
@@ -85,13 +85,13 @@ TEST(DdsHeader, OneThatIsCutOffIsNone) {
         EXPECT_FALSE(ParseHeader(std::span(plain).first(size))) << size;
     for (std::size_t size = 0; size < extended.size(); ++size)
         EXPECT_FALSE(ParseHeader(std::span(extended).first(size))) << size;
-    EXPECT_EQ(ParseHeader(plain)->Bytes(), 128u);
-    EXPECT_EQ(ParseHeader(extended)->Bytes(), 148u);
+    EXPECT_EQ(ParseHeader(plain)->Bytes(), 128U);
+    EXPECT_EQ(ParseHeader(extended)->Bytes(), 148U);
 }
 
 TEST(DdsHeader, PixelsBehindAPlainHeaderAreNoExtension) {
     Bytes bytes = Blank(128);
-    bytes.resize(148, 0xff);
+    bytes.resize(148, 0xFF);
     EXPECT_EQ(ParseHeader(bytes), Header());
 }
 
@@ -109,7 +109,7 @@ TEST(DdsHeader, ByTheOtherRuleTheCodeAloneSaysThatTheExtensionFollows) {
     const std::optional<Header> header = ParseHeader(bytes, ExtensionRule::kAnyCode);
     ASSERT_TRUE(header);
     EXPECT_TRUE(header->isExtended);
-    EXPECT_EQ(header->dxgiFormat, 28u);
+    EXPECT_EQ(header->dxgiFormat, 28U);
     EXPECT_EQ(ComposeHeader(*header), bytes);
 
     EXPECT_TRUE(ParseHeader(Dx10(true), ExtensionRule::kAnyCode)->isExtended);
@@ -121,13 +121,13 @@ TEST(DdsHeader, ByTheOtherRuleTheCodeAloneSaysThatTheExtensionFollows) {
 TEST(DdsHeader, TheCapsNameAFaceABit) {
     for (int face = 0; face < 6; ++face) {
         Header header;
-        header.caps2 = 0x400u << face;
-        EXPECT_EQ(header.NamedFaces(), 1u << face);
+        header.caps2 = 0x400U << face;
+        EXPECT_EQ(header.NamedFaces(), 1U << face);
     }
     Header header;
-    header.caps2 = 0xffff03ff;
-    EXPECT_EQ(header.NamedFaces(), 0u);
-    header.caps2 = 0xfc00;
+    header.caps2 = 0xFFFF03FF;
+    EXPECT_EQ(header.NamedFaces(), 0U);
+    header.caps2 = 0xFC00;
     EXPECT_EQ(header.NamedFaces(), kAllFaces);
 }
 

@@ -66,18 +66,18 @@ TEST(DdsShape, AFlatTextureHasOneFaceAndOneLevel) {
 TEST(DdsShape, SizesOfZeroAreNone) {
     EXPECT_FALSE(ShapeOf(Flat(0, 1)));
     EXPECT_FALSE(ShapeOf(Flat(1, 0)));
-    EXPECT_FALSE(ShapeOf(Cube(0, 0x3f)));
+    EXPECT_FALSE(ShapeOf(Cube(0, 0x3F)));
 }
 
 TEST(DdsShape, SidesReachTheBoundsAndNoFurther) {
-    EXPECT_TRUE(ShapeOf(Flat(1u << 20, 1u << 20)));
-    EXPECT_TRUE(ShapeOf(Volume(1, 1, 1u << 16)));
-    for (const std::uint32_t side : {(1u << 20) + 1, 0x7fffffffu, 0x80000000u, 0xffffffffu}) {
+    EXPECT_TRUE(ShapeOf(Flat(1U << 20, 1U << 20)));
+    EXPECT_TRUE(ShapeOf(Volume(1, 1, 1U << 16)));
+    for (const std::uint32_t side : {(1U << 20) + 1, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         EXPECT_FALSE(ShapeOf(Flat(side, 1))) << side;
         EXPECT_FALSE(ShapeOf(Flat(1, side))) << side;
         EXPECT_FALSE(ShapeOf(Volume(1, 1, side))) << side;
     }
-    EXPECT_FALSE(ShapeOf(Volume(1, 1, (1u << 16) + 1)));
+    EXPECT_FALSE(ShapeOf(Volume(1, 1, (1U << 16) + 1)));
     EXPECT_FALSE(IsSane(-1, 1, 1));
     EXPECT_FALSE(IsSane(1, 1, 0));
 }
@@ -103,7 +103,7 @@ TEST(DdsShape, AVolumeIsKnownByItsCapsItsDepthOrItsDimension) {
 
 TEST(DdsShape, ACubeHasNoDepthAndAVolumeNeedNotBeSquare) {
     Header both = Volume(1, 2, 2);
-    both.caps2 |= 0xfe00;
+    both.caps2 |= 0xFE00;
     EXPECT_EQ(TypeOf(both), kTextureVolume);
 }
 
@@ -119,7 +119,7 @@ TEST(DdsShape, TheExtensionsCubeFlagMeansAllFacesWhateverTheCapsSay) {
 }
 
 TEST(DdsShape, ACubeMustBeSquare) {
-    Header header = Cube(2, 0x3f);
+    Header header = Cube(2, 0x3F);
     header.height = 3;
     EXPECT_FALSE(ShapeOf(header));
 }
@@ -127,7 +127,7 @@ TEST(DdsShape, ACubeMustBeSquare) {
 TEST(DdsShape, TheNumberOfLevelsIsAtLeastOneAndAtMostTheFullChain) {
     EXPECT_EQ(LevelsOf(WithLevels(Flat(16, 16), 100)), 5);
     EXPECT_EQ(LevelsOf(WithLevels(Flat(16, 16), 2147483647)), 5);
-    EXPECT_EQ(LevelsOf(WithLevels(Flat(16, 16), 0xffffffff)), 5);
+    EXPECT_EQ(LevelsOf(WithLevels(Flat(16, 16), 0xFFFFFFFF)), 5);
     EXPECT_EQ(LevelsOf(WithLevels(Flat(16, 16), 3)), 3);
     EXPECT_EQ(LevelsOf(WithLevels(Flat(16, 16), 0)), 1);
     EXPECT_EQ(LevelsOf(WithLevels(Flat(17, 1), 9)), 5);
@@ -165,25 +165,25 @@ TEST(DdsShape, EachLevelIsHalfTheOneBeforeAndNeverNothing) {
 }
 
 TEST(DdsShape, BlocksAndPairsAreRoundedUp) {
-    EXPECT_EQ(StoredRowBytes(kBC1Block, 5), 2u * 8);
-    EXPECT_EQ(StoredSliceBytes(kBC1Block, {5, 9, 1}), 2u * 3 * 8);
-    EXPECT_EQ(StoredLevelBytes(kBC3Block, {1, 1, 3}), 3u * 16);
-    EXPECT_EQ(StoredRowBytes(PairUnit(), 3), 2u * 4);
-    EXPECT_EQ(StoredSliceBytes(PairUnit(), {3, 5, 1}), 2u * 4 * 5);
-    EXPECT_EQ(StoredSliceBytes(PixelUnit(3), {5, 9, 1}), 3u * 5 * 9);
+    EXPECT_EQ(StoredRowBytes(kBC1Block, 5), 2U * 8);
+    EXPECT_EQ(StoredSliceBytes(kBC1Block, {5, 9, 1}), 2U * 3 * 8);
+    EXPECT_EQ(StoredLevelBytes(kBC3Block, {1, 1, 3}), 3U * 16);
+    EXPECT_EQ(StoredRowBytes(PairUnit(), 3), 2U * 4);
+    EXPECT_EQ(StoredSliceBytes(PairUnit(), {3, 5, 1}), 2U * 4 * 5);
+    EXPECT_EQ(StoredSliceBytes(PixelUnit(3), {5, 9, 1}), 3U * 5 * 9);
 }
 
 TEST(DdsShape, FacesLieLevelByLevelOneFaceAfterAnother) {
     // A face: 16 + 4 + 1 pixels of 4 bytes.
-    const Shape shape{{4, 4, 1}, 3, kTextureCube, 0x3f};
+    const Shape shape{{4, 4, 1}, 3, kTextureCube, 0x3F};
     const StoredUnit unit = PixelUnit(4);
     EXPECT_EQ(shape.FaceCount(), 6);
     EXPECT_TRUE(shape.HasAllFaces());
-    EXPECT_EQ(StoredChainBytes(unit, shape), 84u);
-    EXPECT_EQ(LevelOffset(unit, shape, 0, 0), 0u);
-    EXPECT_EQ(LevelOffset(unit, shape, 5, 0), 5u * 84);
-    EXPECT_EQ(LevelOffset(unit, shape, 1, 1), 84u + 64);
-    EXPECT_EQ(LevelOffset(unit, shape, 2, 2), 2u * 84 + 64 + 16);
+    EXPECT_EQ(StoredChainBytes(unit, shape), 84U);
+    EXPECT_EQ(LevelOffset(unit, shape, 0, 0), 0U);
+    EXPECT_EQ(LevelOffset(unit, shape, 5, 0), 5U * 84);
+    EXPECT_EQ(LevelOffset(unit, shape, 1, 1), 84U + 64);
+    EXPECT_EQ(LevelOffset(unit, shape, 2, 2), 2U * 84 + 64 + 16);
 }
 
 TEST(DdsShape, FacesThatAreLeftOutTakeNoRoom) {
@@ -193,34 +193,34 @@ TEST(DdsShape, FacesThatAreLeftOutTakeNoRoom) {
     EXPECT_TRUE(shape.HasFace(4));
     EXPECT_FALSE(shape.HasFace(5));
     EXPECT_FALSE(shape.HasAllFaces());
-    EXPECT_EQ(LevelOffset(PixelUnit(4), shape, 2, 0), 16u);
-    EXPECT_EQ(LevelOffset(PixelUnit(4), shape, 4, 0), 32u);
+    EXPECT_EQ(LevelOffset(PixelUnit(4), shape, 2, 0), 16U);
+    EXPECT_EQ(LevelOffset(PixelUnit(4), shape, 4, 0), 32U);
 }
 
 TEST(DdsShape, LevelsOfAVolumeHalveInEveryDirection) {
     const Shape shape{{8, 4, 4}, 4, kTextureVolume, 1};
     EXPECT_EQ(shape.FaceCount(), 1);
     EXPECT_TRUE(shape.HasAllFaces());
-    EXPECT_EQ(LevelOffset(kByte, shape, 0, 1), 4u * 32);
-    EXPECT_EQ(LevelOffset(kByte, shape, 0, 2), 4u * 32 + 2 * 8);
-    EXPECT_EQ(StoredChainBytes(kByte, shape), 4u * 32 + 2 * 8 + 2 + 1);
+    EXPECT_EQ(LevelOffset(kByte, shape, 0, 1), 4U * 32);
+    EXPECT_EQ(LevelOffset(kByte, shape, 0, 2), 4U * 32 + 2 * 8);
+    EXPECT_EQ(StoredChainBytes(kByte, shape), 4U * 32 + 2 * 8 + 2 + 1);
     const Shape blocks{{8, 8, 2}, 4, kTextureVolume, 1};
-    EXPECT_EQ(LevelOffset(kBC3Block, blocks, 0, 1), 2u * 4 * 16);
-    EXPECT_EQ(StoredLevelBytes(kBC3Block, LevelSize(blocks.size, 3)), 16u);
+    EXPECT_EQ(LevelOffset(kBC3Block, blocks, 0, 1), 2U * 4 * 16);
+    EXPECT_EQ(StoredLevelBytes(kBC3Block, LevelSize(blocks.size, 3)), 16U);
 }
 
 TEST(DdsShape, ALevelEndsWithItsLastFace) {
-    EXPECT_EQ(LevelEnd(kByte, {{4, 2, 1}, 3, kTexture2D, 1}, 0), 8u);
-    EXPECT_EQ(LevelEnd(kByte, {{4, 2, 1}, 3, kTexture2D, 1}, 2), 8u + 2 + 1);
-    EXPECT_EQ(LevelEnd(kByte, {{2, 2, 3}, 1, kTextureVolume, 1}, 0), 12u) << "all slices";
-    EXPECT_EQ(LevelEnd(kByte, {{2, 2, 1}, 2, kTextureCube, 0x3f}, 0), 5u * 5 + 4);
-    EXPECT_EQ(LevelEnd(kByte, {{2, 2, 1}, 2, kTextureCube, 0b000101}, 1), 2u * 5) << "what is left out has no end";
+    EXPECT_EQ(LevelEnd(kByte, {{4, 2, 1}, 3, kTexture2D, 1}, 0), 8U);
+    EXPECT_EQ(LevelEnd(kByte, {{4, 2, 1}, 3, kTexture2D, 1}, 2), 8U + 2 + 1);
+    EXPECT_EQ(LevelEnd(kByte, {{2, 2, 3}, 1, kTextureVolume, 1}, 0), 12U) << "all slices";
+    EXPECT_EQ(LevelEnd(kByte, {{2, 2, 1}, 2, kTextureCube, 0x3F}, 0), 5U * 5 + 4);
+    EXPECT_EQ(LevelEnd(kByte, {{2, 2, 1}, 2, kTextureCube, 0b000101}, 1), 2U * 5) << "what is left out has no end";
 }
 
 TEST(DdsShape, OffsetsOfTheLargestTextureFit) {
     const Shape largest{{1 << 20, 1 << 20, 1 << 16}, 21, kTextureVolume, 1};
     EXPECT_EQ(LevelOffset(PixelUnit(16), largest, 0, 1), std::uint64_t{1} << 60);
-    EXPECT_EQ(LevelEnd(PixelUnit(16), {{1 << 20, 1 << 20, 1}, 1, kTextureCube, 0x3f}, 0), 6 * (std::uint64_t{1} << 44));
+    EXPECT_EQ(LevelEnd(PixelUnit(16), {{1 << 20, 1 << 20, 1}, 1, kTextureCube, 0x3F}, 0), 6 * (std::uint64_t{1} << 44));
 }
 
 }  // namespace

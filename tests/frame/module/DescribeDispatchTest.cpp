@@ -2,9 +2,10 @@
 #include "support/FileFacts.h"
 #include "support/MessageRecorder.h"
 
+#include <kavra/oiio/OIIOImageHandler.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <cstdint>
 #include <span>

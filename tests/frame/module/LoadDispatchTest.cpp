@@ -1,9 +1,10 @@
 #include "frame/module/SampleFiles.h"
 #include "support/MessageRecorder.h"
 
+#include <kavra/oiio/OIIOImageHandler.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <kavra/oiio/OIIOImageHandler.h>
 
 #include <cstdint>
 #include <cstring>

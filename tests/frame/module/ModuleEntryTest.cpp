@@ -3,12 +3,14 @@
 #include "support/FailingAllocator.h"
 #include "support/MessageRecorder.h"
 
-#include <OpenImageIO/imageio.h>
-#include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <kavra/devices/IImageHandler.h>
 #include <kavra/objects/ObjModel.h>
 #include <kavra/objects/Toolkit.h>
+
+#include <OpenImageIO/imageio.h>
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
 
 namespace {
 

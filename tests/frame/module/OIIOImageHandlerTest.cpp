@@ -1,7 +1,7 @@
+#include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
 #include <gtest/gtest.h>
-#include <kavra/objects/ObjModel.h>
 
 #include <type_traits>
 

@@ -2,8 +2,10 @@
 
 #include "frame/module/SampleFiles.h"
 
-#include <gtest/gtest.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <gtest/gtest.h>
+
 #include <sys/inotify.h>
 #include <unistd.h>
 

@@ -4,11 +4,12 @@
 #include "support/FailingAllocator.h"
 #include "support/TemporaryFolder.h"
 
-#include <OpenImageIO/imageio.h>
 #include <kavra/devices/EFormat.h>
 #include <kavra/devices/ETextureType.h>
 #include <kavra/objects/IMemoryWrapper.h>
 #include <kavra/objects/ObjModel.h>
+
+#include <OpenImageIO/imageio.h>
 
 #include <cstddef>
 #include <filesystem>

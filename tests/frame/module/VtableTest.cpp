@@ -5,8 +5,9 @@
 #include "support/MessageRecorder.h"
 #include "support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
 #include <kavra/oiio/OIIOImageHandler.h>
+
+#include <gtest/gtest.h>
 
 #include <string>
 

@@ -1,6 +1,5 @@
-#include "readers/cals/CalsReader.h"
-
 #include "legacy/CalsFile.h"
+#include "readers/cals/CalsReader.h"
 
 #include <gtest/gtest.h>
 

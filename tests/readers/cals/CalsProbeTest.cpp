@@ -1,6 +1,5 @@
-#include "readers/cals/CalsReader.h"
-
 #include "readers/FileSamples.h"
+#include "readers/cals/CalsReader.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +21,7 @@ ByteBuilder WithType(std::string_view text) {
 
 TEST(CalsProbe, NeedsTheRasterTypeRecordWholeAndNoMore) {
     EXPECT_TRUE(Accepts(CalsStart()));
-    EXPECT_EQ(CalsStart().Size(), 896u);
+    EXPECT_EQ(CalsStart().Size(), 896U);
     EXPECT_FALSE(Accepts(CalsStart().CutTo(895)));
 }
 

@@ -1,9 +1,8 @@
-#include "readers/cals/CalsReader.h"
-
 #include "common/PixelBlock.h"
 #include "legacy/CalsFile.h"
 #include "readers/BilevelPicture.h"
 #include "readers/ImageFileType.h"
+#include "readers/cals/CalsReader.h"
 #include "readers/ccitt/CcittStreams.h"
 #include "support/HandlerAccess.h"
 
@@ -91,7 +90,7 @@ TEST(CALSReader, EachRowThatFailsWarnsOnce) {
     for (int row = 0; row < 30; ++row)
         codes += "001 000000001 1111";
     const Decoded decoded = Decode<CALSReader>(FileOf(8, 40, codes));
-    EXPECT_EQ(decoded.messages.size(), 30u) << "and none where there is no more data";
+    EXPECT_EQ(decoded.messages.size(), 30U) << "and none where there is no more data";
     EXPECT_TRUE(decoded.read);
 }
 
@@ -169,7 +168,7 @@ TEST(CALSReader, AFileOfManyBuffersIsReadWhole) {
     for (int speck = 0; speck < 80'000; ++speck)
         image.Set(static_cast<int>(random() % 2000), static_cast<int>(random() % 200));
     const ByteBuilder file = CalsFile(image);
-    ASSERT_GT(file.Size(), 60'000u);
+    ASSERT_GT(file.Size(), 60'000U);
     const Decoded decoded = Decode<CALSReader>(file);
     int different = 0;
     for (int y = 0; y < image.height; ++y) {
@@ -196,7 +195,7 @@ TEST(CALSReader, HostileHeaderBytesGiveTheSameEachTime) {
     std::mt19937 random(9);
     const ByteBuilder whole = CalsFile(RandomBitmap(random, 20, 5));
     for (std::size_t at = 896; at < 1060; ++at) {
-        for (const unsigned value : {0x00u, 0x01u, 0x7Fu, 0x80u, 0xFFu, unsigned{'9'}, unsigned{','}, unsigned{'-'}}) {
+        for (const unsigned value : {0x00U, 0x01U, 0x7FU, 0x80U, 0xFFU, unsigned{'9'}, unsigned{','}, unsigned{'-'}}) {
             const Decoded first = twice.Decode(ByteBuilder(whole).At(at).Byte(value));
             EXPECT_TRUE(first.opened);
         }

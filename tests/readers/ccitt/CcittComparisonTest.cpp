@@ -150,7 +150,7 @@ TEST_P(CcittModes, AgreesWithTheModelAcrossBufferEdges) {
     for (int speck = 0; speck < 60'000; ++speck)
         noisy.Set(Below(noisy.width), Below(noisy.height));
     Bytes data = Encode(noisy, GetParam());
-    ASSERT_GT(data.size(), 20'000u) << "several buffers";
+    ASSERT_GT(data.size(), 20'000U) << "several buffers";
     ExpectAgreement(data, noisy.width, noisy.height + 2, GetParam(), BitOrder::kMostSignificantFirst);
     for (int damage = 0; damage < 60; ++damage)
         data[static_cast<std::size_t>(Below(static_cast<int>(data.size())))] ^= 0x10;

@@ -1,5 +1,4 @@
 #include "readers/ccitt/CcittRows.h"
-
 #include "readers/ccitt/CcittStreams.h"
 
 #include <gtest/gtest.h>
@@ -131,7 +130,7 @@ TEST(CcittBadCode, LeavesTheReferenceRowAndTheCountAlone) {
     EXPECT_STREQ(decoder.LastBadCode().Message().data(), L"Bad code word in WhiteTable at scanline (x 8)");
     EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed, (Bytes{0x0F, 0x00}));
-    EXPECT_EQ(decoder.RowsDecoded(), 2u);
+    EXPECT_EQ(decoder.RowsDecoded(), 2U);
 }
 
 TEST(CcittBadCode, EndsTheCallInWhichItStands) {
@@ -141,7 +140,7 @@ TEST(CcittBadCode, EndsTheCallInWhichItStands) {
     Bytes packed(12, 0xEE);
     EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kBadCode);
     EXPECT_EQ(packed, (Bytes{0, 0, 0, 0, 0, 0, 0, 0, 0xEE, 0xEE, 0xEE, 0xEE}));
-    EXPECT_EQ(decoder.RowsDecoded(), 8u);
+    EXPECT_EQ(decoder.RowsDecoded(), 8U);
 }
 
 TEST(CcittEndOfData, WithoutAnyBitTheRowIsWhite) {
@@ -222,7 +221,7 @@ TEST(CcittEndOfData, EndsTheCallInWhichItStands) {
     Bytes packed(3, 0xEE);
     EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kEndOfData);
     EXPECT_EQ(packed, (Bytes{0x00, 0xEE, 0xEE}));
-    EXPECT_EQ(decoder.RowsDecoded(), 1u);
+    EXPECT_EQ(decoder.RowsDecoded(), 1U);
 }
 
 TEST(CcittRows, AreAsManyAsHaveRoom) {
@@ -232,7 +231,7 @@ TEST(CcittRows, AreAsManyAsHaveRoom) {
     Bytes packed(7, 0xEE);
     EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed, (Bytes{0, 0, 0, 0, 0, 0, 0xEE})) << "three rows of two bytes";
-    EXPECT_EQ(decoder.RowsDecoded(), 3u);
+    EXPECT_EQ(decoder.RowsDecoded(), 3U);
 }
 
 TEST(CcittRows, WithoutWidthThereAreNone) {
@@ -243,7 +242,7 @@ TEST(CcittRows, WithoutWidthThereAreNone) {
         Bytes packed(3, 0xEE);
         EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
         EXPECT_EQ(packed, Bytes(3, 0xEE));
-        EXPECT_EQ(decoder.RowsDecoded(), 0u);
+        EXPECT_EQ(decoder.RowsDecoded(), 0U);
     }
 }
 

@@ -44,7 +44,7 @@ TEST(CcittInput, TurnsTheBitsOfBytesThatBeginAtTheHighest) {
     ByteSource source{std::span<const unsigned char>(bytes)};
     Input input(source, BitOrder::kMostSignificantFirst);
     BitWindow window = input.Window();
-    for (const unsigned expected : {0x01u, 0x80u, 0b00001011u, 0xFFu, 0x00u})
+    for (const unsigned expected : {0x01U, 0x80U, 0b00001011u, 0xFFU, 0x00U})
         EXPECT_EQ(TakeByte(input, window), expected);
 }
 
@@ -54,12 +54,12 @@ TEST(CcittInput, BitsBehindTheLastOneAreZeros) {
     Input input(source, BitOrder::kLeastSignificantFirst);
     BitWindow window = input.Refill(input.Window());
     EXPECT_EQ(window.count, 16);
-    EXPECT_EQ(window.bits, 0xFFFFu);
+    EXPECT_EQ(window.bits, 0xFFFFU);
     EXPECT_FALSE(input.IsBeyondEnd(16));
     EXPECT_TRUE(input.IsBeyondEnd(17));
     window.Drop(20);
     EXPECT_EQ(input.Refill(window).count, 0);
-    EXPECT_EQ(input.Refill(window).bits, 0u);
+    EXPECT_EQ(input.Refill(window).bits, 0U);
 }
 
 TEST(CcittInput, ARowThatIsGivenUpLeavesItsBitsAndTakesItsBytes) {
@@ -73,10 +73,10 @@ TEST(CcittInput, ARowThatIsGivenUpLeavesItsBitsAndTakesItsBytes) {
     // The next one took look-ups up to bit 17: two more bytes are drawn.
     input.GiveUp(17);
     window = input.Refill(input.Window());
-    EXPECT_EQ(window.bits & 0xF, 0x1u) << "the upper half of the first byte";
+    EXPECT_EQ(window.bits & 0xF, 0x1U) << "the upper half of the first byte";
     window.Drop(4);
-    EXPECT_EQ(TakeByte(input, window), 0x44u) << "behind the second and third";
-    EXPECT_EQ(input.Position(window), 32u);
+    EXPECT_EQ(TakeByte(input, window), 0x44U) << "behind the second and third";
+    EXPECT_EQ(input.Position(window), 32U);
 }
 
 TEST(CcittInput, GivingUpTwiceDrawsFurtherBytesAndKeepsTheSameBits) {
@@ -90,10 +90,10 @@ TEST(CcittInput, GivingUpTwiceDrawsFurtherBytesAndKeepsTheSameBits) {
     input.GiveUp(9);
     // 4 bits stand ready again; the byte behind them is the third.
     window = input.Refill(input.Window());
-    EXPECT_EQ(window.bits & 0xFFF, 0xC3Au);
+    EXPECT_EQ(window.bits & 0xFFF, 0xC3AU);
     input.GiveUp(input.Position(window) + 5);
     window = input.Refill(input.Window());
-    EXPECT_EQ(window.bits, 0xD4Au);
+    EXPECT_EQ(window.bits, 0xD4AU);
     EXPECT_EQ(window.count, 12);
 }
 

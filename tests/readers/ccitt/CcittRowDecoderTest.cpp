@@ -1,5 +1,4 @@
 #include "readers/ccitt/CcittRows.h"
-
 #include "readers/ccitt/CcittStreams.h"
 
 #include <gtest/gtest.h>
@@ -100,7 +99,7 @@ TEST(CcittGroup4, AWhiteFaxLineFillsItsBytesWithZeros) {
     Decoder decoder(source, 1728, Mode::kGroup4, BitOrder::kMostSignificantFirst);
     EXPECT_EQ(decoder.DecodeRows(packed), Outcome::kDecoded);
     EXPECT_EQ(packed, Bytes(216, 0));
-    EXPECT_EQ(decoder.RowsDecoded(), 1u);
+    EXPECT_EQ(decoder.RowsDecoded(), 1U);
 }
 
 TEST(CcittGroup4, ARowOfSinglePixelsHasOneRunMoreThanColumns) {

@@ -62,7 +62,7 @@ TEST(CcittTables, TheMainTableHoldsTheTwoDimensionalCodesAndIsComplete) {
     AddRuns(words, State::kVerticalLeft, kVerticalLeft, 1, 1);
     Add(words, State::kExtension, "0000001", 0);
     Add(words, State::kEndOfLine, "0000000", 0);
-    EXPECT_EQ(words.size(), 11u);
+    EXPECT_EQ(words.size(), 11U);
     ExpectTable(kMainTable, words, 7);
     for (const TableEntry& entry : kMainTable)
         EXPECT_NE(entry.state, State::kInvalid);
@@ -87,7 +87,7 @@ TEST(CcittTables, OnlyEightToTenZerosAndAOneAreNoRunLength) {
     // The words leave nothing else open: 1/2^9 + 1/2^10 + 1/2^11 of all indices.
     EXPECT_EQ(std::ranges::count(kWhiteTable, State::kInvalid, &TableEntry::state), 8 + 4 + 2);
     EXPECT_EQ(std::ranges::count(kBlackTable, State::kInvalid, &TableEntry::state), 16 + 8 + 4);
-    for (const std::size_t index : {0x100u, 0x200u, 0x400u, 0xF00u}) {
+    for (const std::size_t index : {0x100U, 0x200U, 0x400U, 0xF00U}) {
         EXPECT_EQ(kWhiteTable[index].state, State::kInvalid) << index;
         EXPECT_EQ(kBlackTable[index].state, State::kInvalid) << index;
     }

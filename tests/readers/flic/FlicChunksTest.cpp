@@ -1,6 +1,5 @@
-#include "readers/flic/FlicChunks.h"
-
 #include "readers/flic/FlicBytes.h"
+#include "readers/flic/FlicChunks.h"
 
 #include <gtest/gtest.h>
 
@@ -83,7 +82,7 @@ TEST(FlicPalette, PacketsSkipEntriesFromWhereTheLastOneEnded) {
 TEST(FlicPalette, ACountOfZeroIsAllEntries) {
     const Coloured coloured = Colour(CountingPalette());
     EXPECT_TRUE(coloured.whole);
-    EXPECT_EQ(coloured.left, 0u);
+    EXPECT_EQ(coloured.left, 0U);
     EXPECT_EQ(Entry(coloured, 0), (Bytes{0, 1, 2}));
     EXPECT_EQ(Entry(coloured, 255), (Bytes{255, 0, 1}));
 }
@@ -98,7 +97,7 @@ TEST(FlicPalette, ColoursBeyondTheLastEntryStayInTheFile) {
     const Coloured coloured = Colour(BytesOf({1, 0, 255, 2, 1, 2, 3, 4, 5, 6}));
     EXPECT_TRUE(coloured.whole);
     EXPECT_EQ(Entry(coloured, 255), (Bytes{1, 2, 3}));
-    EXPECT_EQ(coloured.left, 3u);
+    EXPECT_EQ(coloured.left, 3U);
 }
 
 TEST(FlicPalette, TheIndexMovesOnByColoursThatDidNotFitToo) {
@@ -106,7 +105,7 @@ TEST(FlicPalette, TheIndexMovesOnByColoursThatDidNotFitToo) {
     const Coloured coloured = Colour(BytesOf({3, 0, 255, 2, 1, 2, 3, 0, 1, 255, 0, 90, 91}));
     EXPECT_TRUE(coloured.whole);
     EXPECT_EQ(Entry(coloured, 255), (Bytes{1, 2, 3}));
-    EXPECT_EQ(coloured.left, 2u);
+    EXPECT_EQ(coloured.left, 2U);
 }
 
 TEST(FlicPalette, AFileThatEndsLeavesTheColoursThatItHad) {
@@ -125,7 +124,7 @@ TEST(FlicCopy, IndicesComeAsTheyAre) {
     const Played played = Copy(BytesOf({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
     EXPECT_TRUE(played.whole);
     EXPECT_EQ(played.indices, (Bytes{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
-    EXPECT_EQ(played.left, 1u);
+    EXPECT_EQ(played.left, 1U);
 }
 
 TEST(FlicCopy, AFileThatEndsLeavesTheIndicesThatItHad) {
@@ -138,7 +137,7 @@ TEST(FlicByteRun, PositiveCountsRepeatAndNegativeOnesCopy) {
     const Played played = ByteRun(BytesOf({9, 4, 1, 99, 0xFC, 2, 3, 4, 5, 0, 1, 6, 0xFF, 8, 2, 9}));
     EXPECT_TRUE(played.whole);
     EXPECT_EQ(played.indices, (Bytes{1, 1, 1, 1, 2, 3, 4, 5, 6, 8, 9, 9}));
-    EXPECT_EQ(played.left, 0u);
+    EXPECT_EQ(played.left, 0U);
 }
 
 TEST(FlicByteRun, ARepeatEndsWithItsRow) {
@@ -187,7 +186,7 @@ TEST(FlicByteDelta, PacketsSkipColumnsFromWhereTheLastOneEnded) {
     const Played played = ByteDelta(BytesOf({1, 0, 2, 0, 2, 1, 1, 10, 1, 0xFF, 11, 1, 0, 2, 12, 13}));
     EXPECT_TRUE(played.whole);
     EXPECT_EQ(played.indices, (Bytes{7, 7, 7, 7, 7, 10, 7, 11, 12, 13, 7, 7}));
-    EXPECT_EQ(played.left, 0u);
+    EXPECT_EQ(played.left, 0U);
 }
 
 TEST(FlicByteDelta, NegativeCountsRepeatAndPositiveOnesCopy) {
@@ -204,7 +203,7 @@ TEST(FlicByteDelta, WhatPassesTheEndOfTheFrameIsReadAndDropped) {
     const Played copy = ByteDelta(BytesOf({2, 0, 2, 0, 1, 2, 4, 1, 2, 3, 4, 1, 0, 0xFF, 9, 99}));
     EXPECT_TRUE(copy.whole);
     EXPECT_EQ(copy.indices, (Bytes{7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 1, 2}));
-    EXPECT_EQ(copy.left, 1u);
+    EXPECT_EQ(copy.left, 1U);
     const Played repeat = ByteDelta(BytesOf({0xFF, 0xFF, 1, 0, 1, 0, 0x80, 5}));
     EXPECT_TRUE(repeat.whole);
     EXPECT_EQ(repeat.indices, Bytes(12, 7));
@@ -228,7 +227,7 @@ TEST(FlicWordDelta, PositiveCountsCopyWords) {
     const Played played = WordDelta(BytesOf({2, 0, 1, 0, 0, 2, 1, 2, 3, 4, 1, 0, 2, 1, 5, 6}));
     EXPECT_TRUE(played.whole);
     EXPECT_EQ(played.indices, (Bytes{1, 2, 3, 4, 7, 7, 5, 6, 7, 7, 7, 7}));
-    EXPECT_EQ(played.left, 0u);
+    EXPECT_EQ(played.left, 0U);
 }
 
 TEST(FlicWordDelta, ColumnsCountFromTheStartOfTheRowForEachPacket) {
@@ -252,14 +251,14 @@ TEST(FlicWordDelta, ARepeatAtAColumnBelow128WritesNothingButTakesItsWord) {
     const Played played = WordDelta(BytesOf({1, 0, 2, 0, 1, 0xFE, 50, 51, 0, 0xFF, 52, 53, 99}));
     EXPECT_TRUE(played.whole);
     EXPECT_EQ(played.indices, Bytes(12, 7));
-    EXPECT_EQ(played.left, 1u);
+    EXPECT_EQ(played.left, 1U);
 }
 
 TEST(FlicWordDelta, ACountOfZeroIsARepeat) {
     const Played played = WordDelta(BytesOf({1, 0, 1, 0, 0, 0, 50, 51, 99}));
     EXPECT_TRUE(played.whole);
     EXPECT_EQ(played.indices, Bytes(12, 7));
-    EXPECT_EQ(played.left, 1u);
+    EXPECT_EQ(played.left, 1U);
     const Played wide = Play(BytesOf({1, 0, 1, 0, 0xFF, 0, 8, 9}), DecodeFlicWordDelta, 300, 1);
     EXPECT_EQ(wide.indices[255], 8);
     EXPECT_EQ(wide.indices[256], 9);
@@ -282,7 +281,7 @@ TEST(FlicWordDelta, AMoveWrittenAsANegativeNumberLeavesTheFrame) {
     const Played played = WordDelta(BytesOf({2, 0, 0xFE, 0xFF, 1, 0, 0, 1, 1, 2, 1, 0, 0, 1, 3, 4, 99}));
     EXPECT_TRUE(played.whole);
     EXPECT_EQ(played.indices, Bytes(12, 7));
-    EXPECT_EQ(played.left, 1u);
+    EXPECT_EQ(played.left, 1U);
 }
 
 TEST(FlicWordDelta, AWordWithBit15AloneIsTheLastIndexOfTheRow) {
@@ -296,7 +295,7 @@ TEST(FlicWordDelta, AWordWithBit15AloneIsTheLastIndexOfTheRow) {
 TEST(FlicWordDelta, WhatPassesTheEndOfTheFrameIsDroppedByteByByte) {
     const Played copy = Play(BytesOf({1, 0, 1, 0, 3, 2, 1, 2, 3, 4, 99}), DecodeFlicWordDelta, 4, 1);
     EXPECT_EQ(copy.indices, (Bytes{7, 7, 7, 1}));
-    EXPECT_EQ(copy.left, 1u);
+    EXPECT_EQ(copy.left, 1U);
     const Played repeat = Play(BytesOf({1, 0, 1, 0, 0xFE, 0, 8, 9}), DecodeFlicWordDelta, 257, 1);
     EXPECT_EQ(repeat.indices[254], 8);
     EXPECT_EQ(repeat.indices[255], 9);

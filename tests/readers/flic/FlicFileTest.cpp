@@ -1,7 +1,6 @@
 // The writer of animations against the reader: what goes in comes out, frame by frame.
 
 #include "legacy/FlicFile.h"
-
 #include "readers/flic/FlicReader.h"
 
 #include <gtest/gtest.h>

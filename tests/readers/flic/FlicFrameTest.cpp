@@ -15,18 +15,18 @@ bool IsBlack(const FlicFrame& frame) {
 
 TEST(FlicFrame, BeginsBlack) {
     const FlicFrame frame(300, 200);
-    EXPECT_EQ(frame.Indices().size(), 60'000u);
+    EXPECT_EQ(frame.Indices().size(), 60'000U);
     EXPECT_TRUE(IsBlack(frame));
 }
 
 TEST(FlicFrame, OnlyWhatLiesInTheFrameCanBeWritten) {
     FlicFrame frame(4, 3);
-    EXPECT_EQ(frame.At(0, 12).size(), 12u);
-    EXPECT_EQ(frame.At(3, 100).size(), 9u);
+    EXPECT_EQ(frame.At(0, 12).size(), 12U);
+    EXPECT_EQ(frame.At(3, 100).size(), 9U);
     EXPECT_EQ(frame.At(11, 1).data(), frame.Indices().data() + 11);
     EXPECT_TRUE(frame.At(12, 1).empty());
     EXPECT_TRUE(frame.At(~0ULL, ~0ULL).empty());
-    EXPECT_EQ(frame.At(1, ~0ULL).size(), 11u);
+    EXPECT_EQ(frame.At(1, ~0ULL).size(), 11U);
     EXPECT_TRUE(frame.At(5, 0).empty());
 }
 
@@ -45,7 +45,7 @@ TEST(FlicFrame, ClearingFindsWhateverWasWritten) {
 }
 
 TEST(FlicFrame, OfNoPixelsTakesNothing) {
-    for (const auto& [width, height] : {std::pair{0u, 5u}, {5u, 0u}, {0u, 0u}}) {
+    for (const auto& [width, height] : {std::pair{0U, 5U}, {5U, 0U}, {0U, 0U}}) {
         FlicFrame frame(width, height);
         EXPECT_TRUE(frame.Indices().empty());
         EXPECT_TRUE(frame.At(0, 1).empty());

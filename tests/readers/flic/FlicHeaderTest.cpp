@@ -1,6 +1,5 @@
-#include "readers/flic/FlicReader.h"
-
 #include "readers/FileSamples.h"
+#include "readers/flic/FlicReader.h"
 
 #include <gtest/gtest.h>
 

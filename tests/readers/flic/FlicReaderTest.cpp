@@ -1,9 +1,8 @@
-#include "readers/flic/FlicReader.h"
-
 #include "readers/Decode.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/flic/FlicBytes.h"
+#include "readers/flic/FlicReader.h"
 
 #include <gtest/gtest.h>
 

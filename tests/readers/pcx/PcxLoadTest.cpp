@@ -1,12 +1,11 @@
 // Loading PCX pictures through the handler's own steps: limits, turning, and pixels that no colour was found for.
 
+#include "common/PixelBlock.h"
 #include "readers/ImageFileType.h"
 #include "readers/pcx/PcxBytes.h"
 #include "support/HandlerAccess.h"
 #include "support/MessageRecorder.h"
 #include "support/TemporaryFolder.h"
-
-#include "common/PixelBlock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,5 @@
-#include "readers/pcx/PcxReader.h"
-
 #include "readers/pcx/PcxBytes.h"
+#include "readers/pcx/PcxReader.h"
 
 #include <gtest/gtest.h>
 

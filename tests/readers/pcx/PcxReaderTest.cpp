@@ -1,7 +1,6 @@
-#include "readers/pcx/PcxReader.h"
-
 #include "readers/Decode.h"
 #include "readers/pcx/PcxBytes.h"
+#include "readers/pcx/PcxReader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

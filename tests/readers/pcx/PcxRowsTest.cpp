@@ -1,9 +1,8 @@
 // The layouts, each through the reader and with bytes made by hand.
 
-#include "readers/pcx/PcxReader.h"
-
 #include "readers/Decode.h"
 #include "readers/pcx/PcxBytes.h"
+#include "readers/pcx/PcxReader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

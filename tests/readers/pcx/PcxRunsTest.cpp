@@ -1,6 +1,5 @@
-#include "readers/pcx/PcxRuns.h"
-
 #include "readers/pcx/PcxBytes.h"
+#include "readers/pcx/PcxRuns.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

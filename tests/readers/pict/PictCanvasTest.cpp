@@ -1,6 +1,5 @@
-#include "readers/pict/PictCanvas.h"
-
 #include "readers/Decode.h"
+#include "readers/pict/PictCanvas.h"
 #include "readers/pict/PictMaker.h"
 #include "readers/pict/PictReader.h"
 
@@ -40,7 +39,7 @@ TEST(PictCanvas, IndicesAreLookedUp) {
 }
 
 TEST(PictCanvas, IndicesAreCopiedWhateverTheMode) {
-    for (const unsigned mode : {0u, 1u, 2u, 4u, 8u, 32u, 34u, 36u, 39u, 64u}) {
+    for (const unsigned mode : {0U, 1U, 2U, 4U, 8U, 32U, 34U, 36U, 39U, 64U}) {
         PictMap map = SixPixels();
         map.mode = mode;
         PictMaker maker({0, 0, 2, 3});
@@ -130,7 +129,7 @@ TEST(PictCanvas, ADirectPictureInModeCopyShowsTwoColours) {
 }
 
 TEST(PictCanvas, ADirectPictureInModesThatTakeTheSourceShowsItself) {
-    for (const unsigned mode : {2u, 36u, 39u}) {
+    for (const unsigned mode : {2U, 36U, 39U}) {
         const Decoded decoded = DecodePict(
             PictMaker({0, 0, 3, 1}).Direct(Column(0, 0, {{1, 2, 3}, {255, 255, 255}, {0, 0, 0}}, mode)).End());
         EXPECT_EQ(PixelAt(decoded, 0, 0), (Bytes{1, 2, 3, 255})) << mode;

@@ -1,7 +1,6 @@
 // The writer of sample pictures, read back.
 
 #include "legacy/PictFile.h"
-
 #include "readers/Decode.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
@@ -37,7 +36,7 @@ TEST(PictFile, NoPacketHasMoreThan128Units) {
     for (unsigned i = 0; i < 130; ++i)
         different.push_back(static_cast<unsigned char>(i));
     const Bytes packed = PackPictRow(different, 1);
-    ASSERT_EQ(packed.size(), 132u);
+    ASSERT_EQ(packed.size(), 132U);
     EXPECT_EQ(packed[0], 0x7F);
     EXPECT_EQ(packed[129], 0x01);
 }

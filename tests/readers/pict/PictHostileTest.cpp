@@ -15,13 +15,13 @@ using namespace Kavra::Tests;
 /// The pixels of a picture over bytes of `filler`; none where the picture is refused, an empty block where it is larger
 /// than the test has time for.
 std::optional<Bytes> Drawn(const ByteBuilder& file, unsigned char filler = 0xCD) {
-    constexpr std::size_t kMostBytes = 4 << 20;
+    constexpr std::size_t kMaxBytes = 4 << 20;
     ByteSource source = file.Source();
     const auto picture = ReadPictPicture(source);
     if (!picture) return std::nullopt;
     const std::size_t pitch = 4 * static_cast<std::size_t>(picture->frame.Width());
     const std::size_t bytes = pitch * static_cast<std::size_t>(picture->frame.Height());
-    if (bytes > kMostBytes) return Bytes();
+    if (bytes > kMaxBytes) return Bytes();
     Bytes block(bytes, filler);
     PictCanvas canvas(*picture, file.Bytes());
     for (std::size_t at = 0; at < bytes; at += pitch)
@@ -69,7 +69,7 @@ TEST(PictHostile, CutAtEveryLengthAPictureIsRefused) {
 TEST(PictHostile, AnyByteMayBeAnything) {
     for (const ByteBuilder& whole : Wholes()) {
         for (std::size_t at = 512; at < whole.Size(); ++at) {
-            for (const unsigned value : {0x00u, 0x01u, 0x7Fu, 0x80u, 0xFFu}) {
+            for (const unsigned value : {0x00U, 0x01U, 0x7FU, 0x80U, 0xFFU}) {
                 const ByteBuilder changed = ByteBuilder(whole).At(at).Byte(value);
                 EXPECT_EQ(Drawn(changed), Drawn(changed)) << at << " " << value;
             }

@@ -1,6 +1,5 @@
-#include "readers/pict/PictStream.h"
-
 #include "readers/ByteBuilder.h"
+#include "readers/pict/PictStream.h"
 
 #include <gtest/gtest.h>
 
@@ -63,60 +62,60 @@ TEST(PictOpcodes, EveryOpcodeOfOneByteHasItsLength) {
         EXPECT_EQ(TakenOfOnes(opcode), expected(opcode)) << std::hex << opcode;
     for (unsigned opcode = 0xD0; opcode < 0xFF; ++opcode) {
         EXPECT_EQ(TakenOfOnes(opcode), std::nullopt) << std::hex << opcode << ": 0x01010101 bytes are not there";
-        EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(0).Big16(7).Fill(20, 1)), 11u) << std::hex << opcode;
+        EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(0).Big16(7).Fill(20, 1)), 11U) << std::hex << opcode;
     }
 }
 
 TEST(PictOpcodes, ReservedOpcodesBelow0x8000SkipTwiceTheirHighByteAndOneMoreForBit7) {
-    for (const auto& [opcode, bytes] : {std::pair{0x0100u, 2u},
-                                        {0x017Fu, 2u},
-                                        {0x0180u, 3u},
-                                        {0x01FFu, 3u},
-                                        {0x0200u, 4u},
-                                        {0x0C00u, 24u},
-                                        {0x7F00u, 254u},
-                                        {0x7FFFu, 255u}}) {
+    for (const auto& [opcode, bytes] : {std::pair{0x0100U, 2U},
+                                        {0x017FU, 2U},
+                                        {0x0180U, 3U},
+                                        {0x01FFU, 3U},
+                                        {0x0200U, 4U},
+                                        {0x0C00U, 24U},
+                                        {0x7F00U, 254U},
+                                        {0x7FFFU, 255U}}) {
         EXPECT_EQ(TakenOfOnes(opcode), bytes) << std::hex << opcode;
     }
 }
 
 TEST(PictOpcodes, ReservedOpcodesFrom0x8000HaveNoDataAndFrom0x8100ALongLength) {
-    EXPECT_EQ(TakenOfOnes(0x8000), 0u);
-    EXPECT_EQ(TakenOfOnes(0x80FF), 0u);
-    for (const unsigned opcode : {0x8100u, 0x8200u, 0xFFFFu}) {
-        EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(0).Big16(300).Fill(400, 1)), 304u) << std::hex << opcode;
+    EXPECT_EQ(TakenOfOnes(0x8000), 0U);
+    EXPECT_EQ(TakenOfOnes(0x80FF), 0U);
+    for (const unsigned opcode : {0x8100U, 0x8200U, 0xFFFFU}) {
+        EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(0).Big16(300).Fill(400, 1)), 304U) << std::hex << opcode;
         EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(0xFFFF).Big16(0xFFFF).Fill(400, 1)), std::nullopt);
     }
 }
 
 TEST(PictOpcodes, TextHasALengthOfOneByteBehindItsPlace) {
-    EXPECT_EQ(Taken(0x28, ByteBuilder().Fill(4, 0xFF).Byte(200).Fill(300, 1)), 205u);
-    EXPECT_EQ(Taken(0x29, ByteBuilder().Fill(1, 0xFF).Byte(0).Fill(300, 1)), 2u);
-    EXPECT_EQ(Taken(0x2A, ByteBuilder().Fill(1, 0xFF).Byte(255).Fill(300, 1)), 257u);
-    EXPECT_EQ(Taken(0x2B, ByteBuilder().Fill(2, 0xFF).Byte(9).Fill(300, 1)), 12u);
+    EXPECT_EQ(Taken(0x28, ByteBuilder().Fill(4, 0xFF).Byte(200).Fill(300, 1)), 205U);
+    EXPECT_EQ(Taken(0x29, ByteBuilder().Fill(1, 0xFF).Byte(0).Fill(300, 1)), 2U);
+    EXPECT_EQ(Taken(0x2A, ByteBuilder().Fill(1, 0xFF).Byte(255).Fill(300, 1)), 257U);
+    EXPECT_EQ(Taken(0x2B, ByteBuilder().Fill(2, 0xFF).Byte(9).Fill(300, 1)), 12U);
 }
 
 TEST(PictOpcodes, TheDataOfACommentIsSkippedWholeWhateverItsKind) {
-    for (const unsigned kind : {150u, 151u, 154u, 7u}) {
-        for (const unsigned size : {0u, 1u, 5u, 6u, 7u, 8u, 9u, 60u})
+    for (const unsigned kind : {150U, 151U, 154U, 7U}) {
+        for (const unsigned size : {0U, 1U, 5U, 6U, 7U, 8U, 9U, 60U})
             EXPECT_EQ(Taken(0xA1, ByteBuilder().Big16(kind).Big16(size).Fill(100, 1)), 4 + size) << kind << " " << size;
     }
-    EXPECT_EQ(Taken(0xA0, ByteBuilder().Big16(150).Fill(100, 1)), 2u);
+    EXPECT_EQ(Taken(0xA0, ByteBuilder().Big16(150).Fill(100, 1)), 2U);
 }
 
 TEST(PictOpcodes, ARegionThatIsSmallerThanItsOwnSizeIsDamage) {
-    for (const unsigned opcode : {0x01u, 0x70u, 0x77u, 0x80u, 0x87u}) {
+    for (const unsigned opcode : {0x01U, 0x70U, 0x77U, 0x80U, 0x87U}) {
         EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(0).Fill(9, 1)), std::nullopt);
         EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(1).Fill(9, 1)), std::nullopt);
-        EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(2).Fill(9, 1)), 2u);
-        EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(10).Fill(9, 1)), 10u);
+        EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(2).Fill(9, 1)), 2U);
+        EXPECT_EQ(Taken(opcode, ByteBuilder().Big16(10).Fill(9, 1)), 10U);
     }
 }
 
 TEST(PictOpcodes, OperandsThatEndWithTheSourceAreWholeAndOneByteLessIsDamage) {
-    EXPECT_EQ(Taken(0x60, ByteBuilder().Fill(12, 1)), 12u);
+    EXPECT_EQ(Taken(0x60, ByteBuilder().Fill(12, 1)), 12U);
     EXPECT_EQ(Taken(0x60, ByteBuilder().Fill(11, 1)), std::nullopt);
-    EXPECT_EQ(Taken(0x24, ByteBuilder().Big16(5).Fill(5, 1)), 7u);
+    EXPECT_EQ(Taken(0x24, ByteBuilder().Big16(5).Fill(5, 1)), 7U);
     EXPECT_EQ(Taken(0x24, ByteBuilder().Big16(5).Fill(4, 1)), std::nullopt);
     EXPECT_EQ(Taken(0x24, ByteBuilder().Byte(0)), std::nullopt);
     EXPECT_EQ(Taken(0xD0, ByteBuilder().Big16(0).Byte(0)), std::nullopt);

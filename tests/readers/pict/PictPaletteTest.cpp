@@ -13,7 +13,7 @@ using Bytes = std::vector<unsigned char>;
 TEST(PictPalette, ARecordWithoutColoursHasARampOf256Greys) {
     const PictRecord record;
     const auto table = PictColourTable(record);
-    ASSERT_EQ(table.size(), 256u);
+    ASSERT_EQ(table.size(), 256U);
     for (unsigned i = 0; i < 256; ++i) {
         const auto grey = static_cast<std::uint16_t>(i << 8 | i);
         EXPECT_EQ(table[i], (PictColour{grey, grey, grey}));
@@ -23,7 +23,7 @@ TEST(PictPalette, ARecordWithoutColoursHasARampOf256Greys) {
 TEST(PictPalette, ARecordWithColoursHasThese) {
     PictRecord record;
     record.colours = {{1, 2, 3}};
-    ASSERT_EQ(PictColourTable(record).size(), 1u);
+    ASSERT_EQ(PictColourTable(record).size(), 1U);
     EXPECT_EQ(PictColourTable(record)[0], (PictColour{1, 2, 3}));
 }
 

@@ -1,5 +1,4 @@
 #include "readers/pict/PictBitmap.h"
-
 #include "readers/pict/PictMaker.h"
 
 #include <gtest/gtest.h>
@@ -61,7 +60,7 @@ TEST(PictPixelMap, ReadsTheFieldsOfAPixelMap) {
     EXPECT_EQ(record->layout.width, 4);
     EXPECT_EQ(record->layout.pixelSize, 8);
     EXPECT_EQ(record->layout.components, 2);
-    EXPECT_EQ(record->layout.rowBytes, 4u) << "without the high bit";
+    EXPECT_EQ(record->layout.rowBytes, 4U) << "without the high bit";
 }
 
 TEST(PictPixelMap, WithoutTheHighBitItIsABitmapOfWhiteAndBlack) {
@@ -129,7 +128,7 @@ TEST(PictPixelMap, DirectRowBytesKeepTheirHighBit) {
     map.data = {0, 2, 0xFE, 7};
     const auto record = ReadDirect(map);
     ASSERT_TRUE(record);
-    EXPECT_EQ(record->layout.rowBytes, 0x8004u);
+    EXPECT_EQ(record->layout.rowBytes, 0x8004U);
     EXPECT_TRUE(record->layout.IsPacked());
 }
 
@@ -168,7 +167,7 @@ TEST(PictPixelMap, EntriesBeyond256AreReadAndDropped) {
         map.colours.push_back({0, i, 0, 0});
     const auto record = ReadIndexed(map);
     ASSERT_TRUE(record) << "rows begin behind all entries";
-    ASSERT_EQ(record->colours.size(), 256u);
+    ASSERT_EQ(record->colours.size(), 256U);
     EXPECT_EQ(record->colours[0][0], 0);
     EXPECT_EQ(record->colours[255][0], 253) << "two entries stand before the hundreds";
 }
@@ -184,7 +183,7 @@ TEST(PictPixelMap, ATableMayHave32768Entries) {
 TEST(PictPixelMap, WhereTheLastEntryIsBelowTheFirstThereIsNoTable) {
     PictMap map = FourPixels();
     map.mode = 36;
-    for (const unsigned last : {0xFFFFu, 0xFFFEu, 0x8000u}) {  // -1, -2, -32768
+    for (const unsigned last : {0xFFFFU, 0xFFFEU, 0x8000U}) {  // -1, -2, -32768
         PictMaker maker({0, 0, 1, 1});
         maker.Op(0x98).Header(map).Add({1, 2, 3, 4}).Word(0).Word(last).Placement(map).Add(map.data);
         const auto record = Read(maker, PictBitmapKind::kIndexed);
@@ -239,9 +238,9 @@ TEST(PictPattern, HasAKindAndEightBytesAndWhatTheKindSays) {
     Bytes plain(30, 0x11);
     plain[0] = 0;
     plain[1] = 0;
-    EXPECT_EQ(AfterPattern(plain), 10u);
+    EXPECT_EQ(AfterPattern(plain), 10U);
     plain[1] = 2;
-    EXPECT_EQ(AfterPattern(plain), 16u) << "a colour";
+    EXPECT_EQ(AfterPattern(plain), 16U) << "a colour";
     plain[1] = 3;
     EXPECT_EQ(AfterPattern(plain), std::nullopt) << "of no known length";
     plain.resize(15);

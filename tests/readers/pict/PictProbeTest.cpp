@@ -1,6 +1,5 @@
-#include "readers/pict/PictReader.h"
-
 #include "readers/FileSamples.h"
+#include "readers/pict/PictReader.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +34,7 @@ ByteBuilder WithOpcodeAt(std::size_t offset) {
 
 TEST(PictProbe, NeedsMoreThan1024Bytes) {
     EXPECT_TRUE(Accepts(PictVersion2()));
-    EXPECT_EQ(PictVersion2().Size(), 1025u);
+    EXPECT_EQ(PictVersion2().Size(), 1025U);
     EXPECT_FALSE(Accepts(PictVersion2().CutTo(1024)));
 }
 

@@ -1,8 +1,7 @@
-#include "readers/pict/PictReader.h"
-
 #include "readers/Decode.h"
 #include "readers/LegacyLoad.h"
 #include "readers/pict/PictMaker.h"
+#include "readers/pict/PictReader.h"
 
 #include <gtest/gtest.h>
 
@@ -117,7 +116,7 @@ TEST(PictReader, WithoutAPictureThereIsNothingToRead) {
 }
 
 TEST(PictReader, FilesBelow512BytesAndThoseThatDoNotOpenAreRefusedSilently) {
-    for (const std::size_t size : {0u, 1u, 511u}) {
+    for (const std::size_t size : {0U, 1U, 511U}) {
         const Decoded decoded = DecodePict(ByteBuilder(size));
         EXPECT_FALSE(decoded.opened);
         EXPECT_TRUE(decoded.messages.empty()) << size;

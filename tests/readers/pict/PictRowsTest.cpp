@@ -1,6 +1,5 @@
-#include "readers/pict/PictBitmap.h"
-
 #include "readers/ByteBuilder.h"
+#include "readers/pict/PictBitmap.h"
 
 #include <gtest/gtest.h>
 
@@ -62,14 +61,14 @@ TEST(PictRowLayout, ADirectRowHoldsItsPixelsWhenItIsPackedOrLongEnough) {
 }
 
 TEST(PictRowLayout, KnowsTheBytesOfAnUnpackedRow) {
-    EXPECT_EQ(Indexed(9, 8, 10).UnpackedBytes(), 10u);
-    EXPECT_EQ(Indexed(262136, 1, 32767).UnpackedBytes(), 32767u);
-    EXPECT_EQ(Direct(100, 16, 3, 0x80C8).UnpackedBytes(), 200u);
-    EXPECT_EQ(Direct(100, 16, 3, 0x80D0).UnpackedBytes(), 208u) << "padded to 208 bytes";
-    EXPECT_EQ(Direct(100, 16, 3, 0x8000).UnpackedBytes(), 200u);
-    EXPECT_EQ(Direct(100, 32, 3, 0x8190).UnpackedBytes(), 300u);
-    EXPECT_EQ(Direct(100, 32, 4, 0x8190).UnpackedBytes(), 400u);
-    EXPECT_EQ(Direct(1, 32, 3, 4).UnpackedBytes(), 4u);
+    EXPECT_EQ(Indexed(9, 8, 10).UnpackedBytes(), 10U);
+    EXPECT_EQ(Indexed(262136, 1, 32767).UnpackedBytes(), 32767U);
+    EXPECT_EQ(Direct(100, 16, 3, 0x80C8).UnpackedBytes(), 200U);
+    EXPECT_EQ(Direct(100, 16, 3, 0x80D0).UnpackedBytes(), 208U) << "padded to 208 bytes";
+    EXPECT_EQ(Direct(100, 16, 3, 0x8000).UnpackedBytes(), 200U);
+    EXPECT_EQ(Direct(100, 32, 3, 0x8190).UnpackedBytes(), 300U);
+    EXPECT_EQ(Direct(100, 32, 4, 0x8190).UnpackedBytes(), 400U);
+    EXPECT_EQ(Direct(1, 32, 3, 4).UnpackedBytes(), 4U);
 }
 
 TEST(PictRows, RowsThatAreNotPackedHaveNoCount) {

@@ -1,6 +1,5 @@
-#include "readers/pict/PictStream.h"
-
 #include "readers/pict/PictMaker.h"
+#include "readers/pict/PictStream.h"
 
 #include <gtest/gtest.h>
 
@@ -79,14 +78,14 @@ TEST(PictStream, Version2OpcodesBeginAtEvenOffsetsOfTheFile) {
 TEST(PictStream, AVersionOpcodeInTheStreamTakesOneByteAndThePadTakesTheOther) {
     const auto picture = Read(PictMaker({0, 0, 1, 1}).Op(0x11).Add({0x02, 0xFF}).Indexed(Dot(0)).End());
     ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->records.size(), 1u);
+    EXPECT_EQ(picture->records.size(), 1U);
 }
 
 TEST(PictStream, Version1OpcodesFollowOneAnotherWithoutPads) {
     const auto picture = Read(
         PictMaker({0, 0, 1, 1}, 1).Op(0x04).Add({0xEE}).Indexed(Dot(0)).Op(0x04).Add({0xEE}).Indexed(Dot(0)).End());
     ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->records.size(), 2u);
+    EXPECT_EQ(picture->records.size(), 2U);
 }
 
 TEST(PictStream, APictureWithoutAnEndIsDamaged) {
@@ -99,7 +98,7 @@ TEST(PictStream, APictureWithoutAnEndIsDamaged) {
 TEST(PictStream, InVersion2TheEndIsAWord) {
     const auto picture = Read(PictMaker({0, 0, 1, 1}).Op(0xFF00).Add({0, 0, 0, 0}).Indexed(Dot(0)).End());
     ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->records.size(), 1u);
+    EXPECT_EQ(picture->records.size(), 1U);
 }
 
 TEST(PictStream, WhatDrawsNoPixelsIsSkipped) {
@@ -115,7 +114,7 @@ TEST(PictStream, WhatDrawsNoPixelsIsSkipped) {
     maker.Op(0x8200).Add({0, 0, 0, 2, 0xFF, 0xFF});
     const auto picture = Read(maker.Indexed(Dot(0)).End());
     ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->records.size(), 1u);
+    EXPECT_EQ(picture->records.size(), 1U);
 }
 
 TEST(PictStream, AllBitmapOpcodesGiveRecords) {
@@ -127,7 +126,7 @@ TEST(PictStream, AllBitmapOpcodesGiveRecords) {
     maker.Direct(Column(0, 0, {{1, 2, 3}}));
     const auto picture = Read(maker.End());
     ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->records.size(), 9u);
+    EXPECT_EQ(picture->records.size(), 9U);
     EXPECT_FALSE(picture->indexed);
 }
 
@@ -170,11 +169,11 @@ TEST(PictStream, OneRecordThatIsStretchedInItsWidthTakesAllAlong) {
         EXPECT_TRUE(picture);
         return picture->records.size();
     };
-    EXPECT_EQ(count({0, 0, 1, 1}, {0, 0, 1, 1}), 3u);
-    EXPECT_EQ(count({0, 0, 1, 1}, {0, 0, 1, 2}), 0u) << "right";
-    EXPECT_EQ(count({0, 0, 1, 2}, {0, 1, 1, 2}), 0u) << "left";
-    EXPECT_EQ(count({0, 0, 1, 1}, {0, 1, 1, 2}), 0u) << "moved aside";
-    EXPECT_EQ(count({0, 0, 1, 1}, {0, 0, 9, 1}), 3u) << "top and bottom do not count";
+    EXPECT_EQ(count({0, 0, 1, 1}, {0, 0, 1, 1}), 3U);
+    EXPECT_EQ(count({0, 0, 1, 1}, {0, 0, 1, 2}), 0U) << "right";
+    EXPECT_EQ(count({0, 0, 1, 2}, {0, 1, 1, 2}), 0U) << "left";
+    EXPECT_EQ(count({0, 0, 1, 1}, {0, 1, 1, 2}), 0U) << "moved aside";
+    EXPECT_EQ(count({0, 0, 1, 1}, {0, 0, 9, 1}), 3U) << "top and bottom do not count";
 }
 
 TEST(PictStream, WhatDrawsNothingIsCountedAndNotKept) {
@@ -185,7 +184,7 @@ TEST(PictStream, WhatDrawsNothingIsCountedAndNotKept) {
     EXPECT_TRUE(alone->records.empty());
     const auto beside = Read(PictMaker({0, 0, 1, 4}).Indexed(Dot(0)).Indexed(below).End());
     ASSERT_TRUE(beside);
-    EXPECT_EQ(beside->records.size(), 1u);
+    EXPECT_EQ(beside->records.size(), 1U);
     EXPECT_FALSE(beside->indexed) << "of two bitmaps";
     below.destination = {5, 0, 6, 2};
     EXPECT_TRUE(Read(PictMaker({0, 0, 1, 4}).Indexed(Dot(0)).Indexed(below).End())->records.empty())

@@ -40,7 +40,7 @@ TEST(PictTransfer, CopyGivesTwoColours) {
 TEST(PictTransfer, PatternModesAndUnknownModesCopy) {
     for (unsigned mode = 8; mode < 32; ++mode)
         ExpectByColour(mode, kFore, kBack, kBack);
-    for (const unsigned mode : {40u, 41u, 49u, 50u, 64u, 72u, 255u, 256u, 292u, 32768u, 65535u})
+    for (const unsigned mode : {40U, 41U, 49U, 50U, 64U, 72U, 255U, 256U, 292U, 32768U, 65535U})
         ExpectByColour(mode, kFore, kBack, kBack);
 }
 
@@ -104,7 +104,7 @@ TEST(PictTransfer, MaximumAndMinimumTakeEachChannelForItself) {
 TEST(PictTransfer, OnAWhiteCanvasThreeModesGiveTheSourceAndOneTurnsItByOne) {
     const PictColours initial;
     for (const PictColour& source : {kPictBlack, kPictWhite, kGrey, PictColour{1, 2, 3}}) {
-        for (const unsigned mode : {2u, 36u, 39u})
+        for (const unsigned mode : {2U, 36U, 39U})
             EXPECT_EQ(Transferred(mode, source, kPictWhite, initial), source) << mode;
     }
     EXPECT_EQ(Transferred(34, {0, 1, 65535}, kPictWhite, initial), (PictColour{65535, 0, 65534}));

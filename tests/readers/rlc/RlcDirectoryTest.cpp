@@ -1,6 +1,5 @@
-#include "readers/rlc/RlcReader.h"
-
 #include "legacy/RlcFile.h"
+#include "readers/rlc/RlcReader.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -62,7 +61,7 @@ TEST(RlcDirectory, CountsImagesOfThisFile) {
 TEST(RlcDirectory, HoldsTwentyEntriesAtMost) {
     const std::vector<RlcEntry> full(20, RlcEntry{.type = 2});
     EXPECT_EQ(Count(full), 20);
-    for (const unsigned claim : {21u, 1000u, 0x7FFFu})
+    for (const unsigned claim : {21U, 1000U, 0x7FFFU})
         EXPECT_EQ(Count(WithClaim(full, claim)), 20) << claim;
 }
 

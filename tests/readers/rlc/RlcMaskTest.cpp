@@ -81,7 +81,7 @@ TEST(RlcMask, PositionsWrapLikeSixteenBits) {
 TEST(RlcMask, BitsBehindTheLastColumnStayInTheLastByte) {
     RlcMask mask(20);
     EXPECT_TRUE(mask.SetRun(0xFFFC, 4)) << "8 pixels from column 16 on";
-    EXPECT_EQ(mask.Bytes().size(), 3u);
+    EXPECT_EQ(mask.Bytes().size(), 3U);
     EXPECT_EQ(mask.Bytes()[2], 0xF0 | 0x0F);
 }
 

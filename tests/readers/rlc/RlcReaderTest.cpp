@@ -1,11 +1,10 @@
-#include "readers/rlc/RlcReader.h"
-
 #include "common/PixelBlock.h"
 #include "legacy/RlcFile.h"
 #include "readers/BilevelPicture.h"
 #include "readers/FileSamples.h"
 #include "readers/ImageFileType.h"
 #include "readers/ccitt/CcittStreams.h"
+#include "readers/rlc/RlcReader.h"
 #include "support/HandlerAccess.h"
 
 #include <gtest/gtest.h>
@@ -225,7 +224,7 @@ TEST(RlcReader, EveryByteMayBeHostile) {
     ByteBuilder whole = RlcFile(20, {{{0, 1}, {2, 9}}, {}, {{5, 6}, {10, 20}}, {{0, 20}}});
     AddRlcDirectory(whole, std::vector{RlcEntry{.type = 2}, RlcEntry{.type = 4, .reference = 10}});
     for (std::size_t at = 0; at < whole.Size(); ++at) {
-        for (const unsigned value : {0x00u, 0x01u, 0x7Fu, 0x80u, 0xFFu}) {
+        for (const unsigned value : {0x00U, 0x01U, 0x7FU, 0x80U, 0xFFU}) {
             const Decoded first = twice.Decode(ByteBuilder(whole).At(at).Byte(value));
             EXPECT_TRUE(first.opened);
             EXPECT_TRUE(IsBilevel(first)) << at;

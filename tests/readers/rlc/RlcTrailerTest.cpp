@@ -1,6 +1,5 @@
-#include "readers/rlc/RlcReader.h"
-
 #include "readers/FileSamples.h"
+#include "readers/rlc/RlcReader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,5 @@
-#include "readers/spot/SpotHeader.h"
-
 #include "readers/ByteBuilder.h"
+#include "readers/spot/SpotHeader.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -68,7 +67,7 @@ TEST_F(SpotFiles, AnyPathOfTheirNameLeadsToThem) {
         ASSERT_TRUE(files) << name;
         EXPECT_EQ(ReadWhole(files->source, 10), "data") << name;
         EXPECT_EQ(ReadWhole(*files->header, 10), "header") << name;
-        EXPECT_STREQ(files->path.ToChars(), Wide(mFolder / name).ToChars());
+        EXPECT_EQ(files->path, Wide(mFolder / name).ToChars());
     }
     EXPECT_EQ(OpenSpotFiles(Wide(mFolder / "q")).error(), Failure::kCannotOpen) << "without an extension";
 }

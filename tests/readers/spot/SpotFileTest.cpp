@@ -1,7 +1,6 @@
 // The writer of Spot rasters, and the sample rasters, against the reader.
 
 #include "legacy/BandFile.h"
-
 #include "readers/Decode.h"
 #include "readers/spot/SpotReader.h"
 #include "support/Program.h"

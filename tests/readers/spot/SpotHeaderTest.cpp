@@ -1,5 +1,4 @@
 #include "readers/spot/SpotHeader.h"
-
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +38,7 @@ TEST(SpotHeader, NothingButTheSizeIsRequired) {
     EXPECT_EQ(header->colourEntries, 0);
     EXPECT_EQ(header->greyEntries, 0);
     EXPECT_EQ(header->palette, GreyRamp());
-    EXPECT_EQ(header->headerBytes, 16u);
+    EXPECT_EQ(header->headerBytes, 16U);
     EXPECT_EQ(header->georeference.units, MapUnits::kNone);
 }
 
@@ -147,7 +146,7 @@ TEST(SpotHeader, ProductsDoNotWrapAround) {
     EXPECT_TRUE(Parse("TOTALROWBYTES " + most + "\n", (std::uint64_t{1} << 33) - 4));
     const auto wide = ParseSpotHeader("NCOLS " + most + "\nNROWS 1\nNBITS 32\n", kAnyLength);
     ASSERT_TRUE(wide);
-    EXPECT_EQ(wide->bandRowBytes, 2147483647ll * 4) << "more than 32 bits hold";
+    EXPECT_EQ(wide->bandRowBytes, 2147483647LL * 4) << "more than 32 bits hold";
     const auto widest =
         ParseSpotHeader("NCOLS " + most + "\nNROWS 1\nLAYOUT BIP\nNBANDS 3\nNBITS " + most + "\n", kAnyLength);
     ASSERT_TRUE(widest);
@@ -258,7 +257,7 @@ TEST_F(SpotHeaderFile, IsReadAsItIsWhateverItsLineEnds) {
     const auto header = Read("NBITS 16\r\nPIXELTYPE SIGNEDINT\r\n");
     ASSERT_TRUE(header);
     EXPECT_EQ(header->sampleKind, SampleKind::kSigned16);
-    EXPECT_EQ(header->headerBytes, 16u + 31u);
+    EXPECT_EQ(header->headerBytes, 16U + 31U);
 }
 
 TEST_F(SpotHeaderFile, AGreyPaletteMapsValues) {

@@ -1,5 +1,4 @@
 #include "readers/spot/SpotHeader.h"
-
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "readers/spot/SpotReader.h"
-
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
 
 #include <string>

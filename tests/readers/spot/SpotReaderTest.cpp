@@ -1,8 +1,7 @@
-#include "readers/spot/SpotReader.h"
-
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/spot/RasterFiles.h"
+#include "readers/spot/SpotReader.h"
 
 #include <gtest/gtest.h>
 

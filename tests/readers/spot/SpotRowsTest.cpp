@@ -12,7 +12,7 @@ using Kavra::Common::ByteSource;
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
 
 /// Bytes without a period that a row length could hide.
 Bytes File(std::size_t size) {
@@ -67,10 +67,10 @@ TEST(SpotRows, SlotsStandSideBySide) {
 TEST(SpotRows, PlacesBeyondAnyFileHoldNothing) {
     const Bytes file = File(60);
     ByteSource source(file);
-    for (const std::int64_t slotBytes : {std::int64_t{0}, std::int64_t{3}, kMost}) {
-        for (const std::int64_t start : {std::int64_t{60}, kMost}) {
-            SpotRows rows(source, {start, kMost, start}, slotBytes);
-            for (const std::int64_t first : {std::int64_t{0}, std::int64_t{7}, kMost - 1, kMost}) {
+    for (const std::int64_t slotBytes : {std::int64_t{0}, std::int64_t{3}, kMax}) {
+        for (const std::int64_t start : {std::int64_t{60}, kMax}) {
+            SpotRows rows(source, {start, kMax, start}, slotBytes);
+            for (const std::int64_t first : {std::int64_t{0}, std::int64_t{7}, kMax - 1, kMax}) {
                 Bytes line = {1, 2, 3};
                 rows.Read(2'000'000'000, first, line);
                 EXPECT_EQ(line, (Bytes{1, 2, 3}));
@@ -116,7 +116,7 @@ TEST(SpotRows, ALineInOneSlotNeitherCrossesNorPassesThem) {
     EXPECT_FALSE(rows.IsInOneSlot(0, 6));
     EXPECT_FALSE(rows.IsInOneSlot(4, 2));
     EXPECT_FALSE(rows.IsInOneSlot(10, 1));
-    EXPECT_FALSE(rows.IsInOneSlot(kMost, 1));
+    EXPECT_FALSE(rows.IsInOneSlot(kMax, 1));
     EXPECT_FALSE(SpotRows(source, {0}, 0).IsInOneSlot(0, 1));
 }
 

@@ -11,8 +11,8 @@ using Indices = std::span<const unsigned char>;
 
 constexpr std::size_t kHeaderBytes = 128;
 constexpr unsigned kFlc = 0xAF12, kFrame = 0xF1FA, kColour256 = 4, kDeltaFlc = 7, kByteRun = 15, kCopy = 16;
-constexpr std::size_t kMostCount = 127;
-constexpr std::size_t kMostSkip = 255;
+constexpr std::size_t kMaxCount = 127;
+constexpr std::size_t kMaxSkip = 255;
 
 ByteBuilder Chunk(unsigned kind, const ByteBuilder& body) {
     ByteBuilder chunk;
@@ -43,8 +43,8 @@ std::size_t CopyLength(Indices row) {
 void AddRuns(ByteBuilder& body, Indices row) {
     body.Byte(0);  // once the number of packets, unused since rows can have more than 255
     while (!row.empty()) {
-        const std::size_t copy = std::min(CopyLength(row.first(std::min(row.size(), kMostCount + 2))), kMostCount);
-        const std::size_t length = copy > 0 ? copy : std::min(EqualAtStart(row), kMostCount);
+        const std::size_t copy = std::min(CopyLength(row.first(std::min(row.size(), kMaxCount + 2))), kMaxCount);
+        const std::size_t length = copy > 0 ? copy : std::min(EqualAtStart(row), kMaxCount);
         if (copy > 0) {
             body.Byte(static_cast<unsigned>(256 - copy)).Append(row.first(copy));
         } else {
@@ -83,7 +83,7 @@ Stretch Changed(Indices before, Indices after) {
 /// Whether one packet says it: a row of one column has no whole word.
 bool FitsPacket(const Stretch& stretch, Indices before, Indices after) {
     if (std::ranges::equal(before, after)) return true;
-    return stretch.words > 0 && stretch.words <= kMostCount && stretch.first <= kMostSkip;
+    return stretch.words > 0 && stretch.words <= kMaxCount && stretch.first <= kMaxSkip;
 }
 
 /// An empty builder where the frame cannot be written as changes.

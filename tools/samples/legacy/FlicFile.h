@@ -14,7 +14,7 @@ struct FlicMovie {
     int width = 0;
     int height = 0;
     int milliseconds = 100;  ///< of a frame
-    std::array<std::array<std::uint8_t, 3>, 256> palette{};
+    std::array<std::array<unsigned char, 3>, 256> palette{};
     std::vector<std::vector<unsigned char>> frames{};
 };
 

@@ -11,7 +11,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr std::size_t kMostRun = 63;
+constexpr std::size_t kMaxRun = 63;
 constexpr unsigned kCountMark = 0xC0;
 constexpr std::size_t kHeaderBytes = 128;
 constexpr std::size_t kHeaderPaletteBytes = 48;
@@ -66,7 +66,7 @@ void AppendRun(Bytes& out, std::size_t length, unsigned char value) {
 void AppendRuns(Bytes& out, std::span<const unsigned char> bytes) {
     while (!bytes.empty()) {
         const auto last = std::ranges::find_if(bytes, [&](unsigned char byte) { return byte != bytes.front(); });
-        const std::size_t length = std::min(static_cast<std::size_t>(last - bytes.begin()), kMostRun);
+        const std::size_t length = std::min(static_cast<std::size_t>(last - bytes.begin()), kMaxRun);
         AppendRun(out, length, bytes.front());
         bytes = bytes.subspan(length);
     }

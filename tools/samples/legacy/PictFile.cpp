@@ -7,7 +7,7 @@ namespace Kavra::Legacy {
 namespace {
 
 constexpr std::size_t kPreambleBytes = 512;
-constexpr std::size_t kMostUnits = 128;  // of a packet that every program reads alike
+constexpr std::size_t kMaxUnits = 128;  // of a packet that every program reads alike
 constexpr unsigned kPixelMapFlag = 0x8000;
 
 void AddRect(ByteBuilder& file, int width, int height) {
@@ -67,7 +67,7 @@ void AddRow(ByteBuilder& file, std::span<const unsigned char> row, std::size_t u
 std::size_t RunLength(std::span<const unsigned char> row, std::size_t unit) {
     const auto first = row.first(unit);
     std::size_t units = 1;
-    while (units < kMostUnits && (units + 1) * unit <= row.size() &&
+    while (units < kMaxUnits && (units + 1) * unit <= row.size() &&
            std::ranges::equal(row.subspan(units * unit, unit), first))
         ++units;
     return units;
@@ -76,7 +76,7 @@ std::size_t RunLength(std::span<const unsigned char> row, std::size_t unit) {
 /// Units from the start up to a run that is worth a packet.
 std::size_t CopyLength(std::span<const unsigned char> row, std::size_t unit) {
     std::size_t units = 0;
-    while (units < kMostUnits && units * unit < row.size() && RunLength(row.subspan(units * unit), unit) < 3)
+    while (units < kMaxUnits && units * unit < row.size() && RunLength(row.subspan(units * unit), unit) < 3)
         ++units;
     return units;
 }

@@ -10,7 +10,7 @@
 
 namespace Kavra::Legacy {
 
-using PictEntry = std::array<std::uint8_t, 3>;  ///< red, green, blue
+using PictEntry = std::array<unsigned char, 3>;  ///< red, green, blue
 
 /// How an image is combined with what is under it. Most programs do not look at it.
 enum class PictMode : std::uint16_t {

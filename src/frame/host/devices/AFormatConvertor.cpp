@@ -1,9 +1,9 @@
-#include <kavra/devices/AFormatConvertor.h>
-
 #include "common/PixelFormats.h"
 #include "frame/host/devices/PixelKernels.h"
 
-#include <half.h>
+#include <kavra/devices/AFormatConvertor.h>
+
+#include <Imath/half.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -25,8 +25,8 @@ void Store(T value, char* out) {
 
 /// `maximum` times a channel that is limited to 0..1, NaN giving 0; rounded half up in single precision.
 float Quantised(float channel, float maximum) {
-    const float limited = channel > 0.0f ? std::min(channel, 1.0f) : 0.0f;
-    return limited * maximum + 0.5f;
+    const float limited = channel > 0.0F ? std::min(channel, 1.0F) : 0.0F;
+    return limited * maximum + 0.5F;
 }
 
 void StoreElement(float channel, ElementType element, char* out) {
@@ -34,9 +34,9 @@ void StoreElement(float channel, ElementType element, char* out) {
         case ElementType::kNone:
             return;
         case ElementType::kUInt8:
-            return Store(static_cast<std::uint8_t>(Quantised(channel, 255.0f)), out);
+            return Store(static_cast<std::uint8_t>(Quantised(channel, 255.0F)), out);
         case ElementType::kUInt16:
-            return Store(static_cast<std::uint16_t>(Quantised(channel, 65535.0f)), out);
+            return Store(static_cast<std::uint16_t>(Quantised(channel, 65535.0F)), out);
         case ElementType::kHalf:
             return Store(half(channel).bits(), out);
         case ElementType::kFloat:
@@ -98,8 +98,8 @@ std::size_t AFormatConvertor::FloatsToFormat(const float* colours, std::size_t c
     const std::size_t fitting = std::min(count, size / pixelBytes);
     if (fitting == 0) return 0;
     // Callers that work piece by piece pass the capacity of the whole block, which is what the caches see in the end.
-    PackingKernel(facts)({.out = {reinterpret_cast<std::byte*>(out), fitting * pixelBytes},
-                          .in = {reinterpret_cast<const std::byte*>(colours), fitting * 4 * sizeof(float)},
+    PackingKernel(facts)({.out = {reinterpret_cast<unsigned char*>(out), fitting * pixelBytes},
+                          .in = {reinterpret_cast<const unsigned char*>(colours), fitting * 4 * sizeof(float)},
                           .bypassCache = Common::OutgrowsCaches(size)});
     return fitting;
 }

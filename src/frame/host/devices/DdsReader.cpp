@@ -75,7 +75,7 @@ bool DDSReader::State::ReadFace(int face, int level, unsigned char* out) const {
 
 /// Row by row, slices included, from where the file stands.
 bool DDSReader::State::ReadWidened(const Dds::Extent& size, unsigned char* out) const {
-    std::vector<std::uint8_t> row(Dds::StoredRowBytes(layout.unit, size.width));
+    std::vector<unsigned char> row(Dds::StoredRowBytes(layout.unit, size.width));
     const auto width = static_cast<std::size_t>(size.width);
     const std::size_t pitch = width * static_cast<unsigned>(Utilities::AFormatConvertor::BytesPerPixel(layout.format));
     const std::int64_t rows = std::int64_t{size.height} * size.depth;
@@ -97,7 +97,7 @@ bool DDSReader::Load(const KString& path) {
     const std::optional<std::uint64_t> bytes = Common::FileLength(file.get());
     if (!bytes || fseeko(file.get(), 0, SEEK_SET) != 0) return false;
 
-    std::array<std::uint8_t, Dds::kMaxHeaderBytes> start;
+    std::array<unsigned char, Dds::kMaxHeaderBytes> start;
     const std::size_t count = std::fread(start.data(), 1, start.size(), file.get());
     const std::optional<Dds::Header> header = Dds::ParseHeader(std::span(start).first(count));
     if (!header) return false;

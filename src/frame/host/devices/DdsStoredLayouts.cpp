@@ -20,7 +20,7 @@ constexpr StoredLayout Signed(EFormat format, int channels, int bits) {
     for (int c = 0; c < channels; ++c)
         masks[c] = ((std::uint64_t{1} << bits) - 1) << (c * bits);
     StoredLayout layout = Widened(format, bits > 11 ? WidenToFloats : WidenToHalfs, masks);
-    layout.signedChannels = 0xf;
+    layout.signedChannels = 0xF;
     return layout;
 }
 
@@ -29,8 +29,8 @@ struct WidenedRow {
     StoredLayout layout;
 };
 
-constexpr Masks kMasksR10G10B10A2 = {0x3ff, 0xffc00, 0x3ff00000, 0xc0000000};
-constexpr Masks kMasksR8G8 = {0xff, 0xff00, 0, 0};
+constexpr Masks kMasksR10G10B10A2 = {0x3FF, 0xFFC00, 0x3FF00000, 0xC0000000};
+constexpr Masks kMasksR8G8 = {0xFF, 0xFF00, 0, 0};
 
 /// The DXGI numbers whose pixels are no format of their own.
 constexpr WidenedRow kWidenedRows[] = {
@@ -49,13 +49,13 @@ constexpr WidenedRow kWidenedRows[] = {
     {kDxgiR9G9B9E5SharedExp, Widened(kR16G16B16A16F, WidenSharedExponent)},
     {kDxgiR8G8B8G8Unorm, Widened(kR8G8B8A8, WidenRgbg)},
     {kDxgiG8R8G8B8Unorm, Widened(kR8G8B8A8, WidenGrgb)},
-    {kDxgiB5G6R5Unorm, Widened(kR8G8B8A8, WidenToBytes, {0xf800, 0x7e0, 0x1f, 0})},
-    {kDxgiB5G5R5A1Unorm, Widened(kR8G8B8A8, WidenToBytes, {0x7c00, 0x3e0, 0x1f, 0x8000})},
+    {kDxgiB5G6R5Unorm, Widened(kR8G8B8A8, WidenToBytes, {0xF800, 0x7E0, 0x1F, 0})},
+    {kDxgiB5G5R5A1Unorm, Widened(kR8G8B8A8, WidenToBytes, {0x7C00, 0x3E0, 0x1F, 0x8000})},
     {kDxgiR10G10B10XrBiasA2Unorm, Widened(kR16G16B16A16F, WidenExtendedRange)},
-    {kDxgiAYUV, Widened(kR8G8B8A8, WidenYuv, {0xff0000, 0xff00, 0xff, 0xff000000})},
+    {kDxgiAYUV, Widened(kR8G8B8A8, WidenYuv, {0xFF0000, 0xFF00, 0xFF, 0xFF000000})},
     {kDxgiYUY2, Widened(kR8G8B8A8, WidenYuy2)},
-    {kDxgiB4G4R4A4Unorm, Widened(kR8G8B8A8, WidenToBytes, {0xf00, 0xf0, 0xf, 0xf000})},
-    {kDxgiA4B4G4R4Unorm, Widened(kR8G8B8A8, WidenToBytes, {0xf000, 0xf00, 0xf0, 0xf})},
+    {kDxgiB4G4R4A4Unorm, Widened(kR8G8B8A8, WidenToBytes, {0xF00, 0xF0, 0xF, 0xF000})},
+    {kDxgiA4B4G4R4Unorm, Widened(kR8G8B8A8, WidenToBytes, {0xF000, 0xF00, 0xF0, 0xF})},
 };
 
 /// What a header without a code says of its pixels.
@@ -70,14 +70,14 @@ constexpr std::uint32_t kRgba = kPixelRgb | kPixelAlpha;
 
 /// Masks that are exactly a format.
 constexpr MaskRow kMaskRows[] = {
-    {kL8, kPixelLuminance, 8, {0xff, 0, 0, 0}},
-    {kL16, kPixelLuminance, 16, {0xffff, 0, 0, 0}},
-    {kA8, kPixelAlphaOnly, 8, {0, 0, 0, 0xff}},
-    {kR8G8B8A8, kRgba, 32, {0xff, 0xff00, 0xff0000, 0xff000000}},
-    {kR8G8B8X8, kPixelRgb, 32, {0xff, 0xff00, 0xff0000, 0}},
-    {kB8G8R8A8, kRgba, 32, {0xff0000, 0xff00, 0xff, 0xff000000}},
-    {kB8G8R8X8, kPixelRgb, 32, {0xff0000, 0xff00, 0xff, 0}},
-    {kR16G16, kPixelRgb, 32, {0xffff, 0xffff0000, 0, 0}},
+    {kL8, kPixelLuminance, 8, {0xFF, 0, 0, 0}},
+    {kL16, kPixelLuminance, 16, {0xFFFF, 0, 0, 0}},
+    {kA8, kPixelAlphaOnly, 8, {0, 0, 0, 0xFF}},
+    {kR8G8B8A8, kRgba, 32, {0xFF, 0xFF00, 0xFF0000, 0xFF000000}},
+    {kR8G8B8X8, kPixelRgb, 32, {0xFF, 0xFF00, 0xFF0000, 0}},
+    {kB8G8R8A8, kRgba, 32, {0xFF0000, 0xFF00, 0xFF, 0xFF000000}},
+    {kB8G8R8X8, kPixelRgb, 32, {0xFF0000, 0xFF00, 0xFF, 0}},
+    {kR16G16, kPixelRgb, 32, {0xFFFF, 0xFFFF0000, 0, 0}},
 };
 
 static_assert(std::ranges::all_of(kMaskRows, [](const MaskRow& row) {
@@ -112,12 +112,12 @@ constexpr std::uint32_t kKinds[] = {kPixelLuminance, kPixelBumpLuminance, kPixel
 std::uint32_t KindOf(std::uint32_t pixelFlags) {
     const auto kind = std::ranges::find_if(kKinds, [&](std::uint32_t flag) { return (pixelFlags & flag) != 0; });
     if (kind != std::end(kKinds)) return *kind;
-    return (pixelFlags & kPixelAlpha) != 0 ? kPixelRgb : 0u;
+    return (pixelFlags & kPixelAlpha) != 0 ? kPixelRgb : 0U;
 }
 
 /// The masks that are meant, cut to the pixel's bits. The alpha mask is meant where a flag says so, and in bump maps.
 std::array<std::uint32_t, 4> MeantMasks(const Header& header, std::uint32_t kind) {
-    const std::uint32_t bits = header.bitCount >= 32 ? ~0u : (1u << header.bitCount) - 1;
+    const std::uint32_t bits = header.bitCount >= 32 ? ~0U : (1U << header.bitCount) - 1;
     const bool hasAlpha = (header.pixelFlags & (kPixelAlpha | kPixelAlphaOnly)) != 0 || kind == kPixelBump;
     std::array<std::uint32_t, 4> masks{header.redMask & bits, header.greenMask & bits, header.blueMask & bits,
                                        hasAlpha ? header.alphaMask & bits : 0};
@@ -142,7 +142,7 @@ int WidestOf(const Masks& masks) {
 std::optional<StoredLayout> BumpLayout(StoredLayout layout, std::uint32_t kind) {
     const Masks& masks = layout.masks;
     const bool signedQ = BitsOf(masks[3]) == BitsOf(masks[0]);
-    layout.signedChannels = kind == kPixelBumpLuminance ? 0x3 : signedQ ? 0xf : 0x7;
+    layout.signedChannels = kind == kPixelBumpLuminance ? 0x3 : signedQ ? 0xF : 0x7;
     for (int c = 0; c < 4; ++c) {
         // One bit has no sign and a value besides.
         if ((layout.signedChannels >> c & 1) != 0 && BitsOf(masks[c]) == 1) return std::nullopt;

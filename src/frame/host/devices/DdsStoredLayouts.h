@@ -17,7 +17,7 @@ namespace Kavra::Devices::Dds {
 struct StoredLayout;
 
 /// Turns the stored bytes of one row into `width` pixels of the layout's format at `out`.
-using WidenRow = void (*)(const StoredLayout& layout, std::span<const std::uint8_t> row, std::uint8_t* out,
+using WidenRow = void (*)(const StoredLayout& layout, std::span<const unsigned char> row, unsigned char* out,
                           std::size_t width);
 
 /// The bits of each channel within a stored pixel, red first; 0 for a channel that is not stored.

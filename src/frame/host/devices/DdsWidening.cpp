@@ -15,7 +15,7 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "pixels are copied as they are stored");
 
-using Row = std::span<const std::uint8_t>;
+using Row = std::span<const unsigned char>;
 
 template <std::size_t Bytes, class Body>
 void ForEachPixelOf(Row row, std::size_t width, const Body& body) {
@@ -71,7 +71,7 @@ std::array<Scale, 4> ScalesTo(const Masks& masks, std::uint32_t top) {
 }
 
 template <class Value>
-void WidenUnsigned(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenUnsigned(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
     const std::array<Scale, 4> scales = ScalesTo(layout.masks, std::numeric_limits<Value>::max());
     ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
         Value values[4];
@@ -85,18 +85,18 @@ void WidenUnsigned(const StoredLayout& layout, Row row, std::uint8_t* out, std::
 float Normalised(std::uint64_t pixel, std::uint64_t mask, bool isSigned) {
     const int bits = std::bit_width(mask) - std::countr_zero(mask);
     const std::uint64_t stored = (pixel & mask) >> std::countr_zero(mask);
-    if (!isSigned) return static_cast<float>(stored) / static_cast<float>((1u << bits) - 1);
+    if (!isSigned) return static_cast<float>(stored) / static_cast<float>((1U << bits) - 1);
     const int unused = 64 - bits;
     const std::int64_t value = static_cast<std::int64_t>(stored << unused) >> unused;
-    return std::max(static_cast<float>(value) / static_cast<float>((1u << (bits - 1)) - 1), -1.0f);
+    return std::max(static_cast<float>(value) / static_cast<float>((1U << (bits - 1)) - 1), -1.0F);
 }
 
 template <class Value>
-void WidenNormalised(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenNormalised(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
     const auto channels = static_cast<std::size_t>(Common::FactsOf(layout.format).channels);
     ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
         for (std::size_t c = 0; c < channels; ++c) {
-            const float absent = c == 3 ? 1.0f : 0.0f;
+            const float absent = c == 3 ? 1.0F : 0.0F;
             const std::uint64_t mask = layout.masks[c];
             const bool isSigned = (layout.signedChannels >> c & 1) != 0;
             const Value value(mask == 0 ? absent : Normalised(pixel, mask, isSigned));
@@ -107,11 +107,11 @@ void WidenNormalised(const StoredLayout& layout, Row row, std::uint8_t* out, std
 
 using Halfs = std::array<std::uint16_t, 4>;
 
-constexpr std::uint16_t kHalfOne = 0x3c00;
+constexpr std::uint16_t kHalfOne = 0x3C00;
 
 /// Runs `convert`, from a 32-bit pixel to four halfs, over a row.
 template <class Convert>
-void WidenWordsToHalfs(Row row, std::uint8_t* out, std::size_t width, const Convert& convert) {
+void WidenWordsToHalfs(Row row, unsigned char* out, std::size_t width, const Convert& convert) {
     ForEachPixelOf<4>(row, width, [&](std::size_t x, std::uint64_t pixel) {
         const Halfs halfs = convert(static_cast<std::uint32_t>(pixel));
         std::memcpy(out + x * sizeof halfs, halfs.data(), sizeof halfs);
@@ -146,9 +146,9 @@ Colour FromRgb(int green, int red, int blue, std::uint8_t alpha) {
 
 /// Pairs of four bytes: each pixel's own channel at `First` or `Second`, the shared two at `ShareA` and `ShareB`.
 template <int First, int ShareA, int Second, int ShareB, class Convert>
-void WidenPairs(Row row, std::uint8_t* out, std::size_t width, const Convert& convert) {
+void WidenPairs(Row row, unsigned char* out, std::size_t width, const Convert& convert) {
     for (std::size_t x = 0; x < width; ++x) {
-        const std::uint8_t* pair = row.data() + x / 2 * 4;
+        const unsigned char* pair = row.data() + x / 2 * 4;
         const Colour colour = convert(pair[x % 2 == 0 ? First : Second], pair[ShareA], pair[ShareB], 255);
         std::memcpy(out + x * sizeof colour, &colour, sizeof colour);
     }
@@ -156,65 +156,65 @@ void WidenPairs(Row row, std::uint8_t* out, std::size_t width, const Convert& co
 
 }  // namespace
 
-void WidenToBytes(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenToBytes(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
     WidenUnsigned<std::uint8_t>(layout, row, out, width);
 }
 
-void WidenToShorts(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenToShorts(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
     WidenUnsigned<std::uint16_t>(layout, row, out, width);
 }
 
-void WidenToHalfs(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenToHalfs(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
     WidenNormalised<Imath::half>(layout, row, out, width);
 }
 
-void WidenToFloats(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenToFloats(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
     WidenNormalised<float>(layout, row, out, width);
 }
 
-void WidenPackedFloats(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenPackedFloats(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {
     // The exponents are a half's own, and there is no sign: only the mantissas' missing bits are added.
     WidenWordsToHalfs(row, out, width, [](std::uint32_t pixel) {
-        return Halfs{static_cast<std::uint16_t>((pixel & 0x7ff) << 4),
-                     static_cast<std::uint16_t>((pixel >> 11 & 0x7ff) << 4),
+        return Halfs{static_cast<std::uint16_t>((pixel & 0x7FF) << 4),
+                     static_cast<std::uint16_t>((pixel >> 11 & 0x7FF) << 4),
                      static_cast<std::uint16_t>((pixel >> 22) << 5), kHalfOne};
     });
 }
 
-void WidenSharedExponent(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenSharedExponent(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {
     WidenWordsToHalfs(row, out, width, [](std::uint32_t pixel) {
-        const float unit = std::ldexp(1.0f, static_cast<int>(pixel >> 27) - 24);
-        const auto channel = [&](int shift) { return HalfBits(static_cast<float>(pixel >> shift & 0x1ff) * unit); };
+        const float unit = std::ldexp(1.0F, static_cast<int>(pixel >> 27) - 24);
+        const auto channel = [&](int shift) { return HalfBits(static_cast<float>(pixel >> shift & 0x1FF) * unit); };
         return Halfs{channel(0), channel(9), channel(18), kHalfOne};
     });
 }
 
-void WidenExtendedRange(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenExtendedRange(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {
     WidenWordsToHalfs(row, out, width, [](std::uint32_t pixel) {
         const auto channel = [&](int shift) {
-            return HalfBits((static_cast<float>(pixel >> shift & 0x3ff) - 384.0f) / 510.0f);
+            return HalfBits((static_cast<float>(pixel >> shift & 0x3FF) - 384.0F) / 510.0F);
         };
-        return Halfs{channel(0), channel(10), channel(20), HalfBits(static_cast<float>(pixel >> 30) / 3.0f)};
+        return Halfs{channel(0), channel(10), channel(20), HalfBits(static_cast<float>(pixel >> 30) / 3.0F)};
     });
 }
 
-void WidenRgbg(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenRgbg(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {
     WidenPairs<1, 0, 3, 2>(row, out, width, FromRgb);
 }
 
-void WidenGrgb(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenGrgb(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {
     WidenPairs<0, 1, 2, 3>(row, out, width, FromRgb);
 }
 
-void WidenYuy2(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenYuy2(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {
     WidenPairs<0, 1, 2, 3>(row, out, width, FromYuv);
 }
 
-void WidenUyvy(const StoredLayout&, Row row, std::uint8_t* out, std::size_t width) {
+void WidenUyvy(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {
     WidenPairs<1, 0, 3, 2>(row, out, width, FromYuv);
 }
 
-void WidenYuv(const StoredLayout& layout, Row row, std::uint8_t* out, std::size_t width) {
+void WidenYuv(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
     const std::array<Scale, 4> scales = ScalesTo(layout.masks, 255);
     ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
         const auto channel = [&](int c) { return static_cast<int>(scales[c](pixel)); };

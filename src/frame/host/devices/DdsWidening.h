@@ -9,32 +9,33 @@
 namespace Kavra::Devices::Dds {
 
 /// Channels of up to 8 bits to red, green, blue, alpha of 8 bits; of up to 16 bits to four of 16 bits.
-void WidenToBytes(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
-void WidenToShorts(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
+void WidenToBytes(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
+void WidenToShorts(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
 
 /// Signed and unsigned channels to as many floats as the format has: v / max, the lowest signed value being -1 as its
 /// neighbour is. A half tells up to 11 bits apart, a single all 16.
-void WidenToHalfs(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
-void WidenToFloats(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
+void WidenToHalfs(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
+void WidenToFloats(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
 
 /// `kDxgiR11G11B10Float`: floats of 5 bits of exponent and 6, 6, 5 of mantissa; to halfs, exactly, alpha 1.
-void WidenPackedFloats(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
+void WidenPackedFloats(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
 
 /// `kDxgiR9G9B9E5SharedExp`: three mantissas of 9 bits and one exponent; to halfs, exactly, alpha 1.
-void WidenSharedExponent(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
+void WidenSharedExponent(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out,
+                         std::size_t width);
 
 /// `kDxgiR10G10B10XrBiasA2Unorm`, of extended range: (v - 384) / 510; to halfs.
-void WidenExtendedRange(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
+void WidenExtendedRange(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
 
 /// Pairs of pixels that share two of three channels, in four bytes: R G0 B G1, G0 R G1 B and, as BT.601 colour of
 /// limited range, Y0 U Y1 V, U Y0 V Y1. To red, green, blue, 255 of 8 bits. The second of the last pair of an odd row
 /// is left out.
-void WidenRgbg(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
-void WidenGrgb(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
-void WidenYuy2(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
-void WidenUyvy(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
+void WidenRgbg(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
+void WidenGrgb(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
+void WidenYuy2(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
+void WidenUyvy(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
 
 /// Masked Y, U, V and alpha, each brought to 8 bits, to red, green, blue, alpha.
-void WidenYuv(const StoredLayout&, std::span<const std::uint8_t> row, std::uint8_t* out, std::size_t width);
+void WidenYuv(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
 
 }  // namespace Kavra::Devices::Dds

@@ -135,7 +135,7 @@ bool IsWritable(const fs::path& path) {
     return status.type() == fs::file_type::not_found || fs::is_regular_file(status);
 }
 
-bool WriteFile(const fs::path& path, const std::vector<std::uint8_t>& header, const void* data, std::uint64_t bytes) {
+bool WriteFile(const fs::path& path, const std::vector<unsigned char>& header, const void* data, std::uint64_t bytes) {
     if (!IsWritable(path)) return false;
     UnfinishedFile file(path);
     return file.Write(header.data(), header.size()) && file.Write(data, bytes) && file.Commit();

@@ -1,3 +1,7 @@
+#include "common/Boundary.h"
+#include "common/FileHandle.h"
+#include "frame/host/devices/ExrPicture.h"
+
 #include <kavra/devices/EXRHandler.h>
 #include <kavra/objects/OS.h>
 #include <kavra/objects/ObjModel.h>
@@ -5,10 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <utility>
-
-#include "common/Boundary.h"
-#include "common/FileHandle.h"
-#include "frame/host/devices/ExrPicture.h"
 
 namespace Kavra::Devices {
 

@@ -1,9 +1,9 @@
 /// Colours out of luminance and chroma.
 #pragma once
 
-#include <ImfInputPart.h>
-
 #include "frame/host/devices/ExrPicture.h"
+
+#include <ImfInputPart.h>
 
 namespace Kavra::Devices {
 

@@ -1,5 +1,10 @@
 #include "frame/host/devices/ExrPicture.h"
 
+#include "frame/host/devices/ExrLuminanceChroma.h"
+#include "frame/host/devices/ExrStream.h"
+
+#include <kavra/objects/ObjModel.h>
+
 #include <ImfChannelList.h>
 #include <ImfContextInit.h>
 #include <ImfFrameBuffer.h>
@@ -7,7 +12,6 @@
 #include <ImfInputPart.h>
 #include <ImfMultiPartInputFile.h>
 #include <ImfPartType.h>
-#include <kavra/objects/ObjModel.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -16,9 +20,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-
-#include "frame/host/devices/ExrLuminanceChroma.h"
-#include "frame/host/devices/ExrStream.h"
 
 namespace Kavra::Devices {
 

@@ -1,11 +1,11 @@
 /// An open file as the OpenEXR library wants to see it.
 #pragma once
 
+#include "common/FileHandle.h"
+
 #include <ImfIO.h>
 
 #include <cstdint>
-
-#include "common/FileHandle.h"
 
 namespace Kavra::Devices {
 

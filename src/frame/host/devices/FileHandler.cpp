@@ -1,11 +1,11 @@
 #include "frame/host/devices/FileHandler.h"
 
+#include "common/Boundary.h"
+
 #include <kavra/objects/OS.h>
 
 #include <filesystem>
 #include <system_error>
-
-#include "common/Boundary.h"
 
 namespace Kavra::Devices {
 

@@ -1,10 +1,10 @@
+#include "common/PixelFormats.h"
+
 #include <kavra/devices/FormatFacts.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-
-#include "common/PixelFormats.h"
 
 namespace Kavra::Devices {
 

@@ -1,10 +1,10 @@
-#include <kavra/devices/ImageHandlerHelper.h>
-
 #include "common/ParallelRange.h"
 #include "common/PixelBlock.h"
 #include "frame/host/devices/PixelKernels.h"
 
-#include <half.h>
+#include <kavra/devices/ImageHandlerHelper.h>
+
+#include <Imath/half.h>
 
 #include <bit>
 #include <cstring>
@@ -43,8 +43,8 @@ void* Converted(const void* source, std::size_t bytes, std::size_t inUnit, std::
 
     Common::PixelBlock block = Common::NewBlock(size.blockBytes);
     std::memset(block.get() + size.unitBytes, 0, size.blockBytes - size.unitBytes);
-    auto* const out = reinterpret_cast<std::byte*>(block.get());
-    const auto* const in = static_cast<const std::byte*>(source);
+    auto* const out = reinterpret_cast<unsigned char*>(block.get());
+    const auto* const in = static_cast<const unsigned char*>(source);
     const bool bypassCache = Common::OutgrowsCaches(size.unitBytes);
     Common::ForEachRange(size.units, Common::kSerialBytes / (inUnit + outUnit),
                          [&](std::size_t begin, std::size_t end) {

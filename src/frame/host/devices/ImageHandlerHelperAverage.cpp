@@ -1,9 +1,9 @@
-#include <kavra/devices/ImageHandlerHelper.h>
-
 #include "common/OrderedParts.h"
 #include "common/PixelFormats.h"
 
-#include <half.h>
+#include <kavra/devices/ImageHandlerHelper.h>
+
+#include <Imath/half.h>
 
 #include <array>
 #include <cstdint>
@@ -110,7 +110,7 @@ vec4<float> ImageHandlerHelper::GetAverageColor2D(const ImageDescription& desc, 
 
     const Sums sums = PictureSums(format, static_cast<const unsigned char*>(data), width, height, pitch);
     const double scale = static_cast<double>(width) * static_cast<double>(height) * Maximum(format.element);
-    std::array<float, 4> mean = {0.0f, 0.0f, 0.0f, 1.0f};
+    std::array<float, 4> mean = {0.0F, 0.0F, 0.0F, 1.0F};
     const int channels = format.channels == 4 && !format.hasAlpha ? 3 : format.channels;
     for (int c = 0; c < channels; ++c)
         mean[c] = static_cast<float>(sums[c] / scale);

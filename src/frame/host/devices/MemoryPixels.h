@@ -1,12 +1,12 @@
 /// The block behind a target or texture in memory, and the window through which others see it.
 #pragma once
 
+#include "common/PixelBlock.h"
+
 #include <kavra/devices/EFormat.h>
 #include <kavra/devices/IMappedMemory.h>
 
 #include <atomic>
-
-#include "common/PixelBlock.h"
 
 namespace Kavra::Devices {
 

@@ -1,6 +1,6 @@
-#include <kavra/devices/MemoryTarget.h>
-
 #include "frame/host/devices/MemoryPixels.h"
+
+#include <kavra/devices/MemoryTarget.h>
 
 namespace Kavra::Devices {
 

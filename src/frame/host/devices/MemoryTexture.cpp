@@ -1,11 +1,11 @@
+#include "common/PackedLayout.h"
+#include "frame/host/devices/MemoryPixels.h"
+
 #include <kavra/devices/IImageHandler.h>
 #include <kavra/devices/MemoryTexture.h>
 #include <kavra/devices/Sys.h>
 
 #include <atomic>
-
-#include "common/PackedLayout.h"
-#include "frame/host/devices/MemoryPixels.h"
 
 namespace Kavra::Devices {
 

@@ -18,7 +18,7 @@ struct SwapRedBlueKernel {
     static constexpr std::size_t kInBytes = 4, kOutBytes = 4, kMaxStep = kVectorBytes / 4;
     static std::size_t StepUnits() { return hn::Lanes(TagU32()); }
     template <class Store>
-    void Step(const std::byte* in, std::byte* out, Store store) const {
+    void Step(const unsigned char* in, unsigned char* out, Store store) const {
         store(TagU8(), SwapRedBlue(LoadBytes(TagU8(), in)), out);
     }
 };
@@ -31,7 +31,7 @@ struct LaneKernel {
 
     static std::size_t StepUnits() { return hn::Lanes(hn::ScalableTag<To>()); }
     template <class Store>
-    void Step(const std::byte* in, std::byte* out, Store store) const {
+    void Step(const unsigned char* in, unsigned char* out, Store store) const {
         const hn::ScalableTag<To> d;
         store(d, widen(d, hn::PromoteTo(d, LoadBytes(hn::Rebind<From, decltype(d)>(), in))), out);
     }
@@ -57,7 +57,7 @@ struct OpaqueGrey {
     template <class D, class V>
     HWY_INLINE V operator()(D d, V v) const {
         const V pair = hn::Or(v, hn::ShiftLeft<8>(v));
-        return hn::Or(hn::Or(pair, hn::ShiftLeft<16>(v)), hn::Set(d, 0xff000000u));
+        return hn::Or(hn::Or(pair, hn::ShiftLeft<16>(v)), hn::Set(d, 0xFF000000U));
     }
 };
 /// round(v / 257) as an opaque grey: (255 v + 32895) >> 16 is exact for every 16-bit v.
@@ -65,7 +65,7 @@ struct OpaqueGreyOf16 {
     template <class D, class V>
     HWY_INLINE V operator()(D d, V v) const {
         const V scaled = hn::Sub(hn::ShiftLeft<8>(v), v);
-        return OpaqueGrey()(d, hn::ShiftRight<16>(hn::Add(scaled, hn::Set(d, 32895u))));
+        return OpaqueGrey()(d, hn::ShiftRight<16>(hn::Add(scaled, hn::Set(d, 32895U))));
     }
 };
 /// v, v, v, alpha.
@@ -83,7 +83,7 @@ struct Three16Kernel {
     static constexpr std::size_t kInBytes = 2, kOutBytes = 6, kMaxStep = kVectorBytes / 2;
     static std::size_t StepUnits() { return hn::Lanes(TagU16()); }
     template <class Store>
-    void Step(const std::byte* in, std::byte* out, Store) const {
+    void Step(const unsigned char* in, unsigned char* out, Store) const {
         const auto v = LoadBytes(TagU16(), in);
         hn::StoreInterleaved3(v, v, v, TagU16(), reinterpret_cast<std::uint16_t*>(out));
     }
@@ -99,16 +99,16 @@ struct Repeat32Kernel {
     static std::size_t StepUnits() { return hn::Lanes(TagU32()); }
 
     template <class Store>
-    HWY_INLINE void Step(const std::byte* in, std::byte* out, Store store) const {
+    HWY_INLINE void Step(const unsigned char* in, unsigned char* out, Store store) const {
         const TagU32 d;
         const auto v = LoadBytes(d, in);
         const std::size_t lanes = hn::Lanes(d);
-        const auto lane = hn::Iota(d, 0u);
+        const auto lane = hn::Iota(d, 0U);
         for (std::size_t k = 0; k < kChannels; ++k) {
             const auto source = Source(hn::Add(lane, hn::Set(d, static_cast<std::uint32_t>(k * lanes))));
             auto repeated = hn::TableLookupLanes(v, hn::IndicesFromVec(d, source));
             if constexpr (kChannels == 4) {
-                const auto isAlpha = hn::Eq(hn::And(lane, hn::Set(d, 3u)), hn::Set(d, 3u));
+                const auto isAlpha = hn::Eq(hn::And(lane, hn::Set(d, 3U)), hn::Set(d, 3U));
                 repeated = hn::IfThenElse(isAlpha, alpha, repeated);
             }
             store(d, repeated, out + k * lanes * 4);
@@ -121,7 +121,7 @@ private:
         if constexpr (kChannels == 4)
             return hn::ShiftRight<2>(i);
         else
-            return hn::ShiftRight<16>(hn::Mul(i, hn::Set(TagU32(), 21846u)));
+            return hn::ShiftRight<16>(hn::Mul(i, hn::Set(TagU32(), 21846U)));
     }
 };
 

@@ -17,11 +17,11 @@ using namespace Kavra::Common::HWY_NAMESPACE;
 /// The first `kChannels` of every pixel, packed, one vector after another.
 template <std::size_t kChannels>
 struct Channels {
-    const std::byte* in;
+    const unsigned char* in;
 
     HWY_INLINE Floats operator[](std::size_t k) const {
         const std::size_t vectors = 4 / kChannels;
-        const std::byte* from = in + k * vectors * hn::Lanes(TagF32()) * 4;
+        const unsigned char* from = in + k * vectors * hn::Lanes(TagF32()) * 4;
         if constexpr (kChannels == 4) return Vector(from, 0);
         if constexpr (kChannels == 2) return Pairs(Vector(from, 0), Vector(from, 1));
         if constexpr (kChannels == 1) {
@@ -32,7 +32,7 @@ struct Channels {
     }
 
 private:
-    static HWY_INLINE Floats Vector(const std::byte* from, std::size_t i) {
+    static HWY_INLINE Floats Vector(const unsigned char* from, std::size_t i) {
         return LoadBytes(TagF32(), from + i * hn::Lanes(TagF32()) * 4);
     }
     static HWY_INLINE Floats Evens(Floats low, Floats high) { return hn::ConcatEven(TagF32(), high, low); }
@@ -46,8 +46,8 @@ private:
 HWY_INLINE Ints Quantised(Floats v, float maximum) {
     const TagF32 df;
     const Floats positive = hn::IfThenElseZero(hn::Gt(v, hn::Zero(df)), v);
-    const Floats scaled = hn::Mul(hn::Min(positive, hn::Set(df, 1.0f)), hn::Set(df, maximum));
-    return hn::ConvertInRangeTo(TagI32(), hn::Add(scaled, hn::Set(df, 0.5f)));
+    const Floats scaled = hn::Mul(hn::Min(positive, hn::Set(df, 1.0F)), hn::Set(df, maximum));
+    return hn::ConvertInRangeTo(TagI32(), hn::Add(scaled, hn::Set(df, 0.5F)));
 }
 
 template <class Element, std::size_t kChannels>
@@ -60,12 +60,12 @@ struct PackingKernel {
 template <std::size_t kChannels, bool kBlueFirst = false>
 struct PackBytes : PackingKernel<std::uint8_t, kChannels> {
     template <class Store>
-    void Step(const std::byte* in, std::byte* out, Store store) const {
+    void Step(const unsigned char* in, unsigned char* out, Store store) const {
         const Channels<kChannels> v{in};
-        const Ints a = Quantised(v[0], 255.0f);
-        const Ints b = Quantised(v[1], 255.0f);
-        const Ints c = Quantised(v[2], 255.0f);
-        const Ints d = Quantised(v[3], 255.0f);
+        const Ints a = Quantised(v[0], 255.0F);
+        const Ints b = Quantised(v[1], 255.0F);
+        const Ints c = Quantised(v[2], 255.0F);
+        const Ints d = Quantised(v[3], 255.0F);
         auto bytes = Bytes(a, b, c, d);
         if constexpr (kBlueFirst) bytes = SwapRedBlue(bytes);
         store(TagU8(), bytes, out);
@@ -75,17 +75,17 @@ struct PackBytes : PackingKernel<std::uint8_t, kChannels> {
 template <std::size_t kChannels>
 struct PackWords : PackingKernel<std::uint16_t, kChannels> {
     template <class Store>
-    void Step(const std::byte* in, std::byte* out, Store store) const {
+    void Step(const unsigned char* in, unsigned char* out, Store store) const {
         const Channels<kChannels> v{in};
-        const Ints low = Quantised(v[0], 65535.0f);
-        store(TagU16(), Words(low, Quantised(v[1], 65535.0f)), out);
+        const Ints low = Quantised(v[0], 65535.0F);
+        store(TagU16(), Words(low, Quantised(v[1], 65535.0F)), out);
     }
 };
 
 template <std::size_t kChannels>
 struct PackHalves : PackingKernel<std::uint16_t, kChannels> {
     template <class Store>
-    void Step(const std::byte* in, std::byte* out, Store store) const {
+    void Step(const unsigned char* in, unsigned char* out, Store store) const {
         const Channels<kChannels> v{in};
         const Floats low = v[0];
         store(TagU16(), Halves(low, v[1]), out);
@@ -95,7 +95,7 @@ struct PackHalves : PackingKernel<std::uint16_t, kChannels> {
 template <std::size_t kChannels>
 struct PackFloats : PackingKernel<float, kChannels> {
     template <class Store>
-    void Step(const std::byte* in, std::byte* out, Store store) const {
+    void Step(const unsigned char* in, unsigned char* out, Store store) const {
         store(TagF32(), Channels<kChannels>{in}[0], out);
     }
 };
@@ -109,17 +109,17 @@ struct DropAlpha {
     static HWY_INLINE auto Indices(std::size_t k) {
         const TagU32 du;
         const auto first = hn::Set(du, static_cast<std::uint32_t>(k * hn::Lanes(du)));
-        const auto i = hn::Add(hn::Iota(du, 0u), first);
-        const auto third = hn::ShiftRight<16>(hn::Mul(i, hn::Set(du, 21846u)));
+        const auto i = hn::Add(hn::Iota(du, 0U), first);
+        const auto third = hn::ShiftRight<16>(hn::Mul(i, hn::Set(du, 21846U)));
         return hn::IndicesFromVec(TagF32(), hn::Sub(hn::Add(i, third), first));
     }
 
     template <class Store>
-    HWY_INLINE void Step(const std::byte* in, std::byte* out, Store store) const {
+    HWY_INLINE void Step(const unsigned char* in, unsigned char* out, Store store) const {
         const TagF32 df;
         const std::size_t lanes = hn::Lanes(df);
         for (std::size_t k = 0; k < 3; ++k) {
-            const std::byte* from = in + k * lanes * 4;
+            const unsigned char* from = in + k * lanes * 4;
             store(df, hn::TwoTablesLookupLanes(df, LoadBytes(df, from), LoadBytes(df, from + lanes * 4), Indices(k)),
                   out + k * lanes * 4);
         }

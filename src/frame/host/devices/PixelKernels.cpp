@@ -3,12 +3,15 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frame/host/devices/PixelKernels.cpp"
+// clang-format off: before what includes highway.h
 #include <hwy/foreach_target.h>  // compiles this file once per vector width
+// clang-format on
+
+#include "frame/host/devices/PixelKernels.h"
 
 #include "common/PixelScaling-inl.h"
 #include "frame/host/devices/PixelKernelExpand-inl.h"
 #include "frame/host/devices/PixelKernelPack-inl.h"
-#include "frame/host/devices/PixelKernels.h"
 
 #include <bit>
 

@@ -1,11 +1,11 @@
+#include "frame/host/devices/FileHandler.h"
+
 #include <kavra/devices/IFileHandler.h>
 #include <kavra/devices/Sys.h>
 #include <kavra/objects/IMessageSink.h>
 #include <kavra/objects/ObjModel.h>
 
 #include <atomic>
-
-#include "frame/host/devices/FileHandler.h"
 
 namespace Kavra::Devices {
 

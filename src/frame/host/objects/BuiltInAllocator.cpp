@@ -1,5 +1,7 @@
 #include "frame/host/objects/BuiltInAllocator.h"
 
+#include "frame/host/objects/Immortal.h"
+
 #include <kavra/objects/ObjModel.h>
 
 #include <sys/mman.h>
@@ -10,8 +12,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-
-#include "frame/host/objects/Immortal.h"
 
 // AddressSanitizer watches the ends of what it allocates itself, and cannot see those of a mapping: under it the large
 // blocks come from the C library too.

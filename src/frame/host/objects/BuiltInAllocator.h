@@ -1,12 +1,12 @@
 /// The allocators that are there unless a host puts its own in their place.
 #pragma once
 
+#include "frame/host/objects/LargeBlocks.h"
+
 #include <kavra/objects/IMemoryAllocator.h>
 
 #include <atomic>
 #include <cstddef>
-
-#include "frame/host/objects/LargeBlocks.h"
 
 namespace Kavra::Objects {
 

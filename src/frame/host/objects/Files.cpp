@@ -1,3 +1,5 @@
+#include "common/RegularFile.h"
+
 #include <kavra/objects/OS.h>
 
 #include <fcntl.h>
@@ -9,8 +11,6 @@
 #include <optional>
 #include <string_view>
 #include <utility>
-
-#include "common/RegularFile.h"
 
 namespace Kavra::OS {
 namespace {

@@ -1,5 +1,7 @@
 #include "frame/host/objects/LargeBlocks.h"
 
+#include "frame/host/objects/Immortal.h"
+
 #include <kavra/objects/ObjModel.h>
 
 #include <sys/mman.h>
@@ -8,8 +10,6 @@
 #include <cstdint>
 #include <mutex>
 #include <utility>
-
-#include "frame/host/objects/Immortal.h"
 
 namespace Kavra::Objects {
 namespace {

@@ -1,3 +1,5 @@
+#include "frame/host/objects/BuiltInAllocator.h"
+
 #include <kavra/objects/HeapOperators.h>
 #include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/ObjModel.h>
@@ -9,8 +11,6 @@
 #include <cstring>
 #include <new>
 #include <string_view>
-
-#include "frame/host/objects/BuiltInAllocator.h"
 
 namespace Kavra::Objects {
 namespace {
@@ -25,13 +25,13 @@ struct alignas(64) Header {
 };
 static_assert(sizeof(Header) == 64);
 
-constexpr std::uint64_t kLive = 0x4b61767261426c6b;   // "KavraBlk"
-constexpr std::uint64_t kFreed = 0x6b6c424172766147;  // nothing like it
+constexpr std::uint64_t kLive = 0x4B61767261426C6B;   // "KavraBlk"
+constexpr std::uint64_t kFreed = 0x6B6C424172766147;  // nothing like it
 
 /// A value that a header has only where it was made, and only while nobody has written over it.
 std::uint64_t CheckOf(const Header& header) {
     return kLive ^ reinterpret_cast<std::uintptr_t>(&header) ^ reinterpret_cast<std::uintptr_t>(header.owner) ^
-           (header.bytes * 0x9e3779b97f4a7c15);
+           (header.bytes * 0x9E3779B97F4A7C15);
 }
 
 /// Freeing what is no block, or twice, means that the heap cannot be trusted any more.

@@ -1,11 +1,11 @@
-#include <kavra/objects/ObjModel.h>
-
-#include <atomic>
-
 #include "frame/host/objects/BuiltInAllocator.h"
 #include "frame/host/objects/Immortal.h"
 #include "frame/host/objects/LargeBlocks.h"
 #include "frame/host/objects/MessageSink.h"
+
+#include <kavra/objects/ObjModel.h>
+
+#include <atomic>
 
 namespace Kavra::Objects {
 namespace {

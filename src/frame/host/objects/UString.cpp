@@ -1,3 +1,5 @@
+#include "frame/host/objects/Immortal.h"
+
 #include <kavra/objects/UString.h>
 
 #include <memory>
@@ -5,8 +7,6 @@
 #include <string_view>
 #include <unordered_map>
 #include <utility>
-
-#include "frame/host/objects/Immortal.h"
 
 namespace Kavra::Objects {
 namespace {

@@ -1,6 +1,6 @@
-#include <kavra/objects/OS.h>
-
 #include "common/Utf8.h"
+
+#include <kavra/objects/OS.h>
 
 namespace Kavra::OS {
 

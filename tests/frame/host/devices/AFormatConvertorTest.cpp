@@ -3,8 +3,8 @@
 
 #include <kavra/devices/AFormatConvertor.h>
 
+#include <Imath/half.h>
 #include <gtest/gtest.h>
-#include <half.h>
 
 #include <algorithm>
 #include <bit>
@@ -72,7 +72,7 @@ ByteVector Packed(vec4<float> colour, EFormat format) {
 }
 
 TEST(FloatToFormat, BytesAreRoundedHalfUpInTheFormatsOrder) {
-    const vec4<float> colour = {0.0f, 0.5f, 1.0f, 0.2f};  // 0.5 x 255 = 127.5
+    const vec4<float> colour = {0.0F, 0.5F, 1.0F, 0.2F};  // 0.5 x 255 = 127.5
     EXPECT_EQ(Packed(colour, kR8G8B8A8), (ByteVector{0, 128, 255, 51}));
     EXPECT_EQ(Packed(colour, kR8G8B8A8Alt), (ByteVector{0, 128, 255, 51}));
     EXPECT_EQ(Packed(colour, kR8G8B8X8), (ByteVector{0, 128, 255, 51}));
@@ -81,45 +81,45 @@ TEST(FloatToFormat, BytesAreRoundedHalfUpInTheFormatsOrder) {
 }
 
 TEST(FloatToFormat, OneChannelFormatsTakeRed) {
-    const vec4<float> colour = {0.2f, 1.0f, 1.0f, 0.6f};
+    const vec4<float> colour = {0.2F, 1.0F, 1.0F, 0.6F};
     for (const EFormat format : {kA8, kR8, kL8})
         EXPECT_EQ(Packed(colour, format), (ByteVector{51}));
     for (const EFormat format : {kR16, kL16})
         EXPECT_EQ(Packed(colour, format), (ByteVector{0x33, 0x33}));
-    EXPECT_EQ(Packed({1.0f, 2.0f, 2.0f, 2.0f}, kR16F), (ByteVector{0x00, 0x3c}));
-    EXPECT_EQ(Packed({1.0f, 2.0f, 2.0f, 2.0f}, kR32F), (ByteVector{0, 0, 0x80, 0x3f}));
+    EXPECT_EQ(Packed({1.0F, 2.0F, 2.0F, 2.0F}, kR16F), (ByteVector{0x00, 0x3C}));
+    EXPECT_EQ(Packed({1.0F, 2.0F, 2.0F, 2.0F}, kR32F), (ByteVector{0, 0, 0x80, 0x3F}));
 }
 
 TEST(FloatToFormat, TwoChannelFormatsTakeRedAndGreen) {
-    const vec4<float> colour = {1.0f, -2.0f, 7.0f, 7.0f};
-    EXPECT_EQ(Packed(colour, kR16G16), (ByteVector{0xff, 0xff, 0, 0}));
-    EXPECT_EQ(Packed(colour, kR16G16F), (ByteVector{0x00, 0x3c, 0x00, 0xc0}));
-    EXPECT_EQ(Packed(colour, kR32G32F), BytesOf(std::vector{1.0f, -2.0f}));
+    const vec4<float> colour = {1.0F, -2.0F, 7.0F, 7.0F};
+    EXPECT_EQ(Packed(colour, kR16G16), (ByteVector{0xFF, 0xFF, 0, 0}));
+    EXPECT_EQ(Packed(colour, kR16G16F), (ByteVector{0x00, 0x3C, 0x00, 0xC0}));
+    EXPECT_EQ(Packed(colour, kR32G32F), BytesOf(std::vector{1.0F, -2.0F}));
 }
 
 TEST(FloatToFormat, WideFormatsKeepAllChannelsAndThreeDropAlpha) {
-    const vec4<float> colour = {0.2f, 1.0f, 0.0f, 0.8f};
+    const vec4<float> colour = {0.2F, 1.0F, 0.0F, 0.8F};
     EXPECT_EQ(Packed(colour, kR16G16B16A16), BytesOf(std::vector<std::uint16_t>{13107, 65535, 0, 52428}));
-    EXPECT_EQ(Packed({1.0f, 0.5f, -2.0f, 65504.0f}, kR16G16B16A16F),
-              BytesOf(std::vector<std::uint16_t>{0x3c00, 0x3800, 0xc000, 0x7bff}));
-    EXPECT_EQ(Packed(colour, kR32G32B32F), BytesOf(std::vector{0.2f, 1.0f, 0.0f}));
-    EXPECT_EQ(Packed(colour, kR32G32B32A32F), BytesOf(std::vector{0.2f, 1.0f, 0.0f, 0.8f}));
+    EXPECT_EQ(Packed({1.0F, 0.5F, -2.0F, 65504.0F}, kR16G16B16A16F),
+              BytesOf(std::vector<std::uint16_t>{0x3C00, 0x3800, 0xC000, 0x7BFF}));
+    EXPECT_EQ(Packed(colour, kR32G32B32F), BytesOf(std::vector{0.2F, 1.0F, 0.0F}));
+    EXPECT_EQ(Packed(colour, kR32G32B32A32F), BytesOf(std::vector{0.2F, 1.0F, 0.0F, 0.8F}));
 }
 
 TEST(FloatToFormat, IntegersLimitWhatIsOutOfRangeAndTakeNaNAsZero) {
     const float infinity = std::numeric_limits<float>::infinity();
-    EXPECT_EQ(Packed({-1.0f, 1.5f, infinity, -infinity}, kR8G8B8A8), (ByteVector{0, 255, 255, 0}));
+    EXPECT_EQ(Packed({-1.0F, 1.5F, infinity, -infinity}, kR8G8B8A8), (ByteVector{0, 255, 255, 0}));
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_EQ(Packed({nan, -nan, 1e-40f, -0.0f}, kR8G8B8A8), (ByteVector{0, 0, 0, 0}));
-    EXPECT_EQ(Packed({nan, 3.0f, -3.0f, infinity}, kR16G16B16A16),
+    EXPECT_EQ(Packed({nan, -nan, 1e-40F, -0.0F}, kR8G8B8A8), (ByteVector{0, 0, 0, 0}));
+    EXPECT_EQ(Packed({nan, 3.0F, -3.0F, infinity}, kR16G16B16A16),
               BytesOf(std::vector<std::uint16_t>{0, 65535, 0, 65535}));
 }
 
 TEST(FloatToFormat, RefusesTooLittleRoomAndWritesNothing) {
     for (const auto& [format, bytes] : kPixelBytes) {
-        ByteVector out(static_cast<std::size_t>(bytes), 0xcc);
+        ByteVector out(static_cast<std::size_t>(bytes), 0xCC);
         const ByteVector untouched = out;
-        vec4<float> colour = {1.0f, 1.0f, 1.0f, 1.0f};
+        vec4<float> colour = {1.0F, 1.0F, 1.0F, 1.0F};
         auto* const room = reinterpret_cast<char*>(out.data());
         EXPECT_FALSE(AFormatConvertor::FloatToFormat(colour, format, room, static_cast<unsigned>(bytes) - 1));
         EXPECT_FALSE(AFormatConvertor::FloatToFormat(colour, format, room, 0));
@@ -131,10 +131,10 @@ TEST(FloatToFormat, RefusesTooLittleRoomAndWritesNothing) {
 
 TEST(FloatToFormat, RefusesFormatsWithoutPixels) {
     char out[64] = {};
-    vec4<float> colour = {1.0f, 1.0f, 1.0f, 1.0f};
+    vec4<float> colour = {1.0F, 1.0F, 1.0F, 1.0F};
     for (const int value : {0, 6, 15, 16, 17, 50, 51, 73, 76, 77, 78, -1, 12345}) {
         EXPECT_FALSE(AFormatConvertor::FloatToFormat(colour, static_cast<EFormat>(value), out, sizeof out)) << value;
-        EXPECT_EQ(AFormatConvertor::FloatsToFormat(&colour.x, 1, static_cast<EFormat>(value), out, sizeof out), 0u);
+        EXPECT_EQ(AFormatConvertor::FloatsToFormat(&colour.x, 1, static_cast<EFormat>(value), out, sizeof out), 0U);
     }
     EXPECT_TRUE(std::ranges::all_of(out, [](char byte) { return byte == 0; }));
 }
@@ -146,19 +146,19 @@ std::vector<float> Assortment(std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         std::uint32_t bits;
         std::memcpy(&bits, &random[i * 4], 4);
-        const float step = (static_cast<float>(bits % 65536) + 0.5f) / (bits & 1 ? 65535.0f : 255.0f);
+        const float step = (static_cast<float>(bits % 65536) + 0.5F) / (bits & 1 ? 65535.0F : 255.0F);
         switch (i % 4) {
             case 0:
                 values[i] = std::bit_cast<float>(bits);
                 break;
             case 1:
-                values[i] = static_cast<float>(bits) / 4294967296.0f;
+                values[i] = static_cast<float>(bits) / 4294967296.0F;
                 break;
             case 2:
                 values[i] = std::bit_cast<float>(std::bit_cast<std::uint32_t>(step) + bits % 3 - 1);
                 break;
             default:
-                values[i] = std::bit_cast<float>(bits | 0x7f800000u);
+                values[i] = std::bit_cast<float>(bits | 0x7F800000U);
                 break;
         }
     }
@@ -182,7 +182,7 @@ TEST(FloatsToFormat, PacksAsSoManySingleCallsWould) {
             ByteVector out(expected.size());
             EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 20000, format,
                                                        reinterpret_cast<char*>(out.data()), out.size()),
-                      20000u);
+                      20000U);
             EXPECT_TRUE(out == expected) << format;
         });
     }
@@ -197,7 +197,7 @@ TEST(FloatsToFormat, AnyLengthAndAlignmentWritesItsPixelsAndNothingElse) {
         const ByteVector expected = PackedOneByOne(values, format);
         for (std::size_t count = 0; count <= 150; ++count) {
             const std::size_t size = count * static_cast<std::size_t>(bytes), offset = count % 5;
-            ByteVector out(offset + size + 64, 0xcc);
+            ByteVector out(offset + size + 64, 0xCC);
             ByteVector whole = out;
             std::copy_n(expected.begin(), size, whole.begin() + static_cast<std::ptrdiff_t>(offset));
             AFormatConvertor::FloatsToFormat(reinterpret_cast<const float*>(shifted.data() + 1), count, format,
@@ -226,16 +226,16 @@ TEST(FloatsToFormat, LargeBlocksAtAnyAlignmentAreTheSame) {
 }
 
 TEST(FloatsToFormat, LeavesOutThePixelsThatDoNotFit) {
-    const std::vector<float> values(4 * 10, 1.0f);
+    const std::vector<float> values(4 * 10, 1.0F);
     for (const auto& [format, bytes] : kPixelBytes) {
         const auto pixel = static_cast<std::size_t>(bytes);
         ByteVector out(10 * pixel, 0);
         auto* const room = reinterpret_cast<char*>(out.data());
-        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 10, format, room, 4 * pixel - 1), 3u);
+        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 10, format, room, 4 * pixel - 1), 3U);
         EXPECT_TRUE(std::all_of(out.begin() + static_cast<std::ptrdiff_t>(3 * pixel), out.end(),
                                 [](unsigned char byte) { return byte == 0; }));
-        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 10, format, room, 0), 0u);
-        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 0, format, room, out.size()), 0u);
+        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 10, format, room, 0), 0U);
+        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 0, format, room, out.size()), 0U);
     }
 }
 
@@ -250,18 +250,18 @@ std::vector<std::uint16_t> Halves(const std::vector<float>& values) {
 /// The value of a finite half, or where it would lie if the exponent went on: 2^16 for infinity.
 float HalfValue(unsigned bits) {
     const int exponent = static_cast<int>(bits >> 10);
-    const float mantissa = static_cast<float>(bits & 1023) + (exponent == 0 ? 0.0f : 1024.0f);
+    const float mantissa = static_cast<float>(bits & 1023) + (exponent == 0 ? 0.0F : 1024.0F);
     return std::ldexp(mantissa, std::max(exponent, 1) - 25);
 }
 
 TEST(FloatsToFormat, HalvesAreRoundedToNearestAndTiesToEven) {
     std::vector<float> values;
     std::vector<std::uint16_t> expected;
-    for (unsigned bits = 0; bits < 0x7c00; ++bits) {
+    for (unsigned bits = 0; bits < 0x7C00; ++bits) {
         const float middle = (HalfValue(bits) + HalfValue(bits + 1)) / 2;
         const auto even = static_cast<std::uint16_t>(bits + (bits & 1));
         values.insert(values.end(),
-                      {HalfValue(bits), std::nextafter(middle, 0.0f), middle, std::nextafter(middle, 1e9f)});
+                      {HalfValue(bits), std::nextafter(middle, 0.0F), middle, std::nextafter(middle, 1e9F)});
         expected.insert(expected.end(), {static_cast<std::uint16_t>(bits), static_cast<std::uint16_t>(bits), even,
                                          static_cast<std::uint16_t>(bits + 1)});
     }
@@ -274,12 +274,12 @@ TEST(FloatsToFormat, HalvesAreRoundedToNearestAndTiesToEven) {
 }
 
 TEST(FloatsToFormat, HalvesKeepInfinityAndWhatFitsOfANaN) {
-    const std::vector<std::uint32_t> bits = {0x7f800000, 0xff800000, 0x7fc00000, 0xffc00000,
-                                             0x7f800001, 0xffa02000, 0x7fffffff, 0x477ff000};
+    const std::vector<std::uint32_t> bits = {0x7F800000, 0xFF800000, 0x7FC00000, 0xFFC00000,
+                                             0x7F800001, 0xFFA02000, 0x7FFFFFFF, 0x477FF000};
     std::vector<float> values;
     for (const std::uint32_t value : bits)
         values.push_back(std::bit_cast<float>(value));
-    const std::vector<std::uint16_t> expected = {0x7c00, 0xfc00, 0x7e00, 0xfe00, 0x7c01, 0xfd01, 0x7fff, 0x7c00};
+    const std::vector<std::uint16_t> expected = {0x7C00, 0xFC00, 0x7E00, 0xFE00, 0x7C01, 0xFD01, 0x7FFF, 0x7C00};
     ForEveryVectorWidth([&] { EXPECT_EQ(Halves(values), expected); });
 }
 

@@ -47,7 +47,7 @@ void CutEverywhere(const Bytes& whole, std::size_t headerBytes, int levels) {
 }
 
 TEST(DdsHostile, ATruncatedFlatFileGivesWholeLevelsOrNone) {
-    CutEverywhere(DdsFile(4, 4).Masks(0x20000, 8, 0xff).Mips(3).Counting(21).All(), 128, 3);
+    CutEverywhere(DdsFile(4, 4).Masks(0x20000, 8, 0xFF).Mips(3).Counting(21).All(), 128, 3);
 }
 
 TEST(DdsHostile, ATruncatedExtendedFileGivesWholeLevelsOrNone) {
@@ -55,19 +55,19 @@ TEST(DdsHostile, ATruncatedExtendedFileGivesWholeLevelsOrNone) {
 }
 
 TEST(DdsHostile, ATruncatedWidenedFileGivesWholeLevelsOrNone) {
-    CutEverywhere(DdsFile(2, 2).Masks(0x40, 24, 0xff0000, 0xff00, 0xff).Mips(2).Counting(15).All(), 128, 2);
+    CutEverywhere(DdsFile(2, 2).Masks(0x40, 24, 0xFF0000, 0xFF00, 0xFF).Mips(2).Counting(15).All(), 128, 2);
 }
 
 TEST(DdsHostile, ATruncatedCubeGivesWholeLevelsOrNone) {
-    CutEverywhere(DdsFile(2, 2).Masks(0x20000, 8, 0xff).Cube(0b110101).Mips(2).Counting(20).All(), 128, 2);
+    CutEverywhere(DdsFile(2, 2).Masks(0x20000, 8, 0xFF).Cube(0b110101).Mips(2).Counting(20).All(), 128, 2);
 }
 
 TEST(DdsHostile, ATruncatedVolumeGivesWholeLevelsOrNone) {
-    CutEverywhere(DdsFile(2, 2).Masks(0x20000, 8, 0xff).Volume(2).Mips(2).Counting(9).All(), 128, 2);
+    CutEverywhere(DdsFile(2, 2).Masks(0x20000, 8, 0xFF).Volume(2).Mips(2).Counting(9).All(), 128, 2);
 }
 
 TEST(DdsHostile, WhatHasNoHeaderOrNoPossibleShapeIsRefused) {
-    const DdsFile good = DdsFile(1, 1).Masks(0x20000, 8, 0xff).Counting(64);
+    const DdsFile good = DdsFile(1, 1).Masks(0x20000, 8, 0xFF).Counting(64);
     ASSERT_TRUE(Opens(good));
     EXPECT_FALSE(Opens(DdsFile(good).Set(4, 128))) << "structure size";
     EXPECT_FALSE(Opens(DdsFile(good).Set(16, 0))) << "width";
@@ -85,18 +85,18 @@ TEST(DdsHostile, NothingIsAllocatedForPixelsThatTheFileCannotHold) {
         EXPECT_EQ(reader.Load(desc, reader.Width(), reader.Height(), reader.Depth()), nullptr);
         return Objects::ObjModel::BlockCounters().totalBlocks - before;
     };
-    EXPECT_EQ(blocksFor(DdsFile(1u << 20, 1u << 20).Code(116).Counting(64)), 0u);
-    EXPECT_EQ(blocksFor(DdsFile(1u << 20, 1u << 20).Code(116).Volume(1u << 16).Mips(99).Counting(64)), 0u);
-    EXPECT_EQ(blocksFor(DdsFile(1u << 20, 1u << 20).Code("DXT5").Cube().Mips(99).Counting(64)), 0u);
-    EXPECT_EQ(blocksFor(DdsFile(65536, 65536).Masks(0x20000, 8, 0xff).Counting(64)), 0u);
-    EXPECT_EQ(blocksFor(DdsFile(1u << 20, 4).Masks(0x40, 24, 0xff0000, 0xff00, 0xff).Counting(64)), 0u);
+    EXPECT_EQ(blocksFor(DdsFile(1U << 20, 1U << 20).Code(116).Counting(64)), 0U);
+    EXPECT_EQ(blocksFor(DdsFile(1U << 20, 1U << 20).Code(116).Volume(1U << 16).Mips(99).Counting(64)), 0U);
+    EXPECT_EQ(blocksFor(DdsFile(1U << 20, 1U << 20).Code("DXT5").Cube().Mips(99).Counting(64)), 0U);
+    EXPECT_EQ(blocksFor(DdsFile(65536, 65536).Masks(0x20000, 8, 0xFF).Counting(64)), 0U);
+    EXPECT_EQ(blocksFor(DdsFile(1U << 20, 4).Masks(0x40, 24, 0xFF0000, 0xFF00, 0xFF).Counting(64)), 0U);
 }
 
 TEST(DdsHostile, MoreThanTheCeilingOfOneBlockGivesNull) {
     const TemporaryFolder folder;
     DDSReader reader;
     ASSERT_TRUE(
-        reader.Load(Wide(folder.Write("large.dds", DdsFile(64, 64).Masks(0x20000, 8, 0xff).Counting(4096).All()))));
+        reader.Load(Wide(folder.Write("large.dds", DdsFile(64, 64).Masks(0x20000, 8, 0xFF).Counting(4096).All()))));
     Objects::ObjModel::SetBlockCeiling(4095);
     EXPECT_FALSE(LoadNext(reader, 0));
     Objects::ObjModel::SetBlockCeiling(0);
@@ -108,7 +108,7 @@ TEST(DdsHostile, RowsBeyond32BitsOfDataAreFoundWhereTheyLie) {
     const TemporaryFolder folder;
     // Six faces of 32768 x 32768 bytes; only the last level of the last face is asked for.
     const std::filesystem::path path =
-        folder.Write("huge.dds", DdsFile(32768, 32768).Masks(0x20000, 8, 0xff).Cube().Mips(16).All());
+        folder.Write("huge.dds", DdsFile(32768, 32768).Masks(0x20000, 8, 0xFF).Cube().Mips(16).All());
     std::uint64_t chain = 0;
     for (std::uint64_t side = 32768; side > 0; side /= 2)
         chain += side * side;
@@ -141,13 +141,13 @@ TEST(DdsHostile, NamesOutsideAsciiAreOpened) {
     const TemporaryFolder folder;
     DDSReader reader;
     EXPECT_TRUE(reader.Load(
-        Wide(folder.Write("\xc3\xa9\xf0\x9f\x8e\xa8.dds", DdsFile(1, 1).Masks(0x20000, 8, 0xff).Counting(1).All()))));
+        Wide(folder.Write("\xc3\xa9\xf0\x9f\x8e\xa8.dds", DdsFile(1, 1).Masks(0x20000, 8, 0xFF).Counting(1).All()))));
 }
 
 TEST(DdsHostile, EveryBlockIsGivenBack) {
     const std::size_t before = Objects::ObjModel::BlockCounters().liveBlocks;
-    EXPECT_TRUE(LoadLevel(DdsFile(1, 1).Masks(0x20000, 8, 0xff).Cube(1).Counting(1)));
-    EXPECT_FALSE(LoadLevel(DdsFile(2, 2).Masks(0x20000, 8, 0xff).Counting(3)));
+    EXPECT_TRUE(LoadLevel(DdsFile(1, 1).Masks(0x20000, 8, 0xFF).Cube(1).Counting(1)));
+    EXPECT_FALSE(LoadLevel(DdsFile(2, 2).Masks(0x20000, 8, 0xFF).Counting(3)));
     EXPECT_EQ(Objects::ObjModel::BlockCounters().liveBlocks, before);
 }
 

@@ -9,7 +9,7 @@ using namespace Devices;
 
 /// One byte a pixel, so that a pixel's value says where in the file it lay.
 DdsFile Grey(std::uint32_t width, std::uint32_t height) {
-    return DdsFile(width, height).Masks(0x20000, 8, 0xff);
+    return DdsFile(width, height).Masks(0x20000, 8, 0xFF);
 }
 
 /// `count` bytes from `first` on.
@@ -118,7 +118,7 @@ TEST(DdsShapes, ACubeStacksItsSixFacesInTheOrderOfTheFile) {
     ASSERT_TRUE(loaded);
     EXPECT_EQ(loaded->desc.textureType, kTextureCube);
     EXPECT_EQ(loaded->desc.height, 2);
-    EXPECT_EQ(loaded->desc.dataSize, 4u) << "of one face";
+    EXPECT_EQ(loaded->desc.dataSize, 4U) << "of one face";
     EXPECT_EQ(loaded->bytes, Counted(0, 24));
 }
 
@@ -132,7 +132,7 @@ TEST(DdsShapes, AFaceHasAllItsLevelsBeforeTheNextFaceBegins) {
               Joined({Counted(0, 4), Counted(5, 4), Counted(10, 4), Counted(15, 4), Counted(20, 4), Counted(25, 4)}));
     EXPECT_EQ(second->bytes, (Bytes{4, 9, 14, 19, 24, 29}));
     EXPECT_EQ(second->desc.width, 1);
-    EXPECT_EQ(second->desc.dataSize, 1u);
+    EXPECT_EQ(second->desc.dataSize, 1U);
 }
 
 TEST(DdsShapes, AbsentFacesAreZeroAndTakeNoRoomInTheFile) {
@@ -172,11 +172,11 @@ TEST(DdsShapes, CompressedCubesKeepTheirBlocks) {
     ASSERT_TRUE(loaded);
     const Bytes none(8, 0);
     EXPECT_EQ(loaded->bytes, Joined({Counted(16, 8), none, Counted(40, 8), none, none, none}));
-    EXPECT_EQ(loaded->desc.dataSize, 8u);
+    EXPECT_EQ(loaded->desc.dataSize, 8U);
 }
 
 TEST(DdsShapes, WidenedFacesGoToTheirPlaces) {
-    const DdsFile file = DdsFile(1, 1).Masks(0x40, 24, 0xff0000, 0xff00, 0xff).Cube(0b000101).Counting(6, 1);
+    const DdsFile file = DdsFile(1, 1).Masks(0x40, 24, 0xFF0000, 0xFF00, 0xFF).Cube(0b000101).Counting(6, 1);
     const std::optional<DdsLevel> loaded = LoadLevel(file);
     ASSERT_TRUE(loaded);
     EXPECT_EQ(loaded->bytes, (Bytes{3, 2, 1, 255, 0, 0, 0, 0, 6, 5, 4, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
@@ -223,7 +223,7 @@ TEST(DdsShapes, AVolumeHalvesItsDepthToo) {
 
 TEST(DdsShapes, EverySliceOfAWidenedOrCompressedVolumeIsRead) {
     const std::optional<DdsLevel> wide =
-        LoadLevel(DdsFile(1, 1).Masks(0x40, 24, 0xff0000, 0xff00, 0xff).Volume(2).Counting(6, 1));
+        LoadLevel(DdsFile(1, 1).Masks(0x40, 24, 0xFF0000, 0xFF00, 0xFF).Volume(2).Counting(6, 1));
     ASSERT_TRUE(wide);
     EXPECT_EQ(wide->bytes, (Bytes{3, 2, 1, 255, 6, 5, 4, 255}));
     const std::optional<DdsLevel> blocks = LoadLevel(DdsFile(4, 4).Code("DXT1").Volume(3).Counting(24));

@@ -31,15 +31,15 @@ void PrintTo(const ExactCase& test, std::ostream* stream) {
 std::vector<ExactCase> ExactCases() {
     const auto masks = [](auto... values) { return DdsFile(3, 2).Masks(values...); };
     std::vector<ExactCase> cases{
-        {"L8", masks(0x20000, 8, 0xff), kL8, false},
-        {"L16", masks(0x20000, 16, 0xffff), kL16, false},
-        {"A8", masks(0x2, 8, 0, 0, 0, 0xff), kA8, true},
-        {"RGBA", masks(0x41, 32, 0xff, 0xff00, 0xff0000, 0xff000000), kR8G8B8A8, true},
-        {"RGBX", masks(0x40, 32, 0xff, 0xff00, 0xff0000), kR8G8B8X8, false},
-        {"BGRA", masks(0x41, 32, 0xff0000, 0xff00, 0xff, 0xff000000), kB8G8R8A8, true},
-        {"BGRX", masks(0x40, 32, 0xff0000, 0xff00, 0xff), kB8G8R8X8, false},
-        {"AlphaMaskWithoutItsFlag", masks(0x40, 32, 0xff0000, 0xff00, 0xff, 0xff000000), kB8G8R8X8, false},
-        {"G16R16", masks(0x40, 32, 0xffff, 0xffff0000), kR16G16, false},
+        {"L8", masks(0x20000, 8, 0xFF), kL8, false},
+        {"L16", masks(0x20000, 16, 0xFFFF), kL16, false},
+        {"A8", masks(0x2, 8, 0, 0, 0, 0xFF), kA8, true},
+        {"RGBA", masks(0x41, 32, 0xFF, 0xFF00, 0xFF0000, 0xFF000000), kR8G8B8A8, true},
+        {"RGBX", masks(0x40, 32, 0xFF, 0xFF00, 0xFF0000), kR8G8B8X8, false},
+        {"BGRA", masks(0x41, 32, 0xFF0000, 0xFF00, 0xFF, 0xFF000000), kB8G8R8A8, true},
+        {"BGRX", masks(0x40, 32, 0xFF0000, 0xFF00, 0xFF), kB8G8R8X8, false},
+        {"AlphaMaskWithoutItsFlag", masks(0x40, 32, 0xFF0000, 0xFF00, 0xFF, 0xFF000000), kB8G8R8X8, false},
+        {"G16R16", masks(0x40, 32, 0xFFFF, 0xFFFF0000), kR16G16, false},
     };
     const auto add = [&](bool legacy, std::uint32_t code, EFormat format, bool alpha) {
         const DdsFile header = legacy ? DdsFile(3, 2).Code(code) : DdsFile(3, 2).Dxgi(code);
@@ -90,7 +90,7 @@ TEST_P(ExactLayout, IsDeliveredAsStoredAndFullyDescribed) {
     EXPECT_EQ(level->desc.depth, 1);
     EXPECT_EQ(level->desc.format, test.format);
     EXPECT_EQ(level->desc.rowPitch, 3 * pixelBytes);
-    EXPECT_EQ(level->desc.dataSize, 6u * pixelBytes);
+    EXPECT_EQ(level->desc.dataSize, 6U * pixelBytes);
     EXPECT_EQ(level->desc.textureType, kTexture2D);
     EXPECT_EQ(level->desc.hasAlpha, test.hasAlpha);
     EXPECT_FALSE(level->desc.hasTransparentPixels);
@@ -199,7 +199,7 @@ TEST(DdsLayouts, TypelessNumbersAreDeliveredAsTheFirstTypedOne) {
 }
 
 TEST(DdsLayouts, ACodeThatIsNotMeantIsPassedOver) {
-    const DdsFile file = DdsFile(1, 1).Masks(0x20000, 8, 0xff).Set(84, 0x30315844).Counting(1, 9);
+    const DdsFile file = DdsFile(1, 1).Masks(0x20000, 8, 0xFF).Set(84, 0x30315844).Counting(1, 9);
     const std::optional<DdsLevel> level = LoadLevel(file);
     ASSERT_TRUE(level) << "no extension follows, whatever the code says";
     EXPECT_EQ(level->desc.format, kL8);
@@ -218,17 +218,17 @@ TEST(DdsLayouts, TheReservedFormatsAreNeverReported) {
 TEST(DdsLayouts, WhatHasNoMeaningIsRefused) {
     const auto opens = [](const DdsFile& file) { return FormatOf(file) != kUnknown; };
     EXPECT_FALSE(opens(DdsFile(1, 1).Code("ABCD").Counting(64)));
-    EXPECT_FALSE(opens(DdsFile(1, 1).Code(0u).Counting(64)));
+    EXPECT_FALSE(opens(DdsFile(1, 1).Code(0U).Counting(64)));
     EXPECT_FALSE(opens(DdsFile(1, 1).Dxgi(0).Counting(64)));
     EXPECT_FALSE(opens(DdsFile(1, 1).Dxgi(45).Counting(64))) << "depth with stencil";
     EXPECT_FALSE(opens(DdsFile(1, 1).Dxgi(3).Counting(64))) << "32-bit integers";
     EXPECT_FALSE(opens(DdsFile(1, 1).Counting(64))) << "no pixel format";
     EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x40, 32, 0).Counting(64))) << "no channel";
-    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x40, 0, 0xff).Counting(64))) << "no bits";
-    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x40, 12, 0xfff).Counting(64))) << "no whole bytes";
-    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x40, 64, 0xff).Counting(64))) << "more than 32 bits";
-    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x40, 32, 0xffffffff).Counting(64))) << "more than 16 bits a channel";
-    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x80000, 16, 0x1, 0xff00).Counting(64))) << "a signed bit";
+    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x40, 0, 0xFF).Counting(64))) << "no bits";
+    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x40, 12, 0xFFF).Counting(64))) << "no whole bytes";
+    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x40, 64, 0xFF).Counting(64))) << "more than 32 bits";
+    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x40, 32, 0xFFFFFFFF).Counting(64))) << "more than 16 bits a channel";
+    EXPECT_FALSE(opens(DdsFile(1, 1).Masks(0x80000, 16, 0x1, 0xFF00).Counting(64))) << "a signed bit";
 }
 
 }  // namespace

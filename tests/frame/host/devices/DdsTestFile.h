@@ -60,7 +60,7 @@ public:
     }
     DdsFile& Mips(std::uint32_t count) { return Or(8, 0x20000).Set(28, count).Or(108, 0x400008); }
     /// Bit i of `faces`: face i is in the file.
-    DdsFile& Cube(std::uint32_t faces = 0x3f) { return Or(108, 0x8).Or(112, 0x200 | faces << 10); }
+    DdsFile& Cube(std::uint32_t faces = 0x3F) { return Or(108, 0x8).Or(112, 0x200 | faces << 10); }
     DdsFile& Volume(std::uint32_t depth) { return Or(8, 0x800000).Set(24, depth).Or(108, 0x8).Or(112, 0x200000); }
 
     DdsFile& Pixels(const Bytes& pixels) {

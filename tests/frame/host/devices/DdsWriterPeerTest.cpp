@@ -5,7 +5,6 @@
 #include <kavra/devices/AFormatConvertor.h>
 
 #include <OpenImageIO/imageio.h>
-
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -91,7 +90,7 @@ TEST_P(LibraryDecodes, OurBlocks) {
 /// Both end points of the colour are pure red (5-6-5: f800), all indices 0; alpha end point 77, or all 4-bit alphas 5.
 /// BC7: mode 5 (bit 5), red end points 127 of 7 bits, alpha end points 77 of 8 bits, all indices 0.
 std::vector<ColourCase> ColourCases() {
-    const Bytes red{0, 0xf8, 0, 0xf8, 0, 0, 0, 0};
+    const Bytes red{0, 0xF8, 0, 0xF8, 0, 0, 0, 0};
     const Bytes grey{77, 77, 0, 0, 0, 0, 0, 0};
     const Bytes fives(8, 0x55);
     const auto join = [](Bytes a, const Bytes& b) {
@@ -104,7 +103,7 @@ std::vector<ColourCase> ColourCases() {
             bc7[bit / 8] |= static_cast<unsigned char>((value >> i & 1) << bit % 8);
     };
     put(5, 1, 1);
-    put(8, 14, 0x3fff);
+    put(8, 14, 0x3FFF);
     put(50, 8, 77);
     put(58, 8, 77);
     return {

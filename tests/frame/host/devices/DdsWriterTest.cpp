@@ -3,6 +3,7 @@
 #include <kavra/devices/AFormatConvertor.h>
 
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -123,41 +124,41 @@ Bytes Written(ETextureType type, EFormat format, int width, int height, int dept
 
 TEST(DdsWriter, TheHeaderOfAFlatTextureIsComplete) {
     const Bytes file = Written(kTexture2D, kB8G8R8A8, 3, 2, 1, 1);
-    ASSERT_EQ(file.size(), 128u + 24);
-    const std::uint32_t expected[] = {0x20534444, 124, 0x100f, 2, 3, 12, 0, 0};
+    ASSERT_EQ(file.size(), 128U + 24);
+    const std::uint32_t expected[] = {0x20534444, 124, 0x100F, 2, 3, 12, 0, 0};
     for (std::size_t i = 0; i < std::size(expected); ++i)
         EXPECT_EQ(Field(file, 4 * i), expected[i]) << 4 * i;
     for (std::size_t reserved = 32; reserved < 76; reserved += 4)
-        EXPECT_EQ(Field(file, reserved), 0u);
-    const std::uint32_t pixel[] = {32, 0x41, 0, 32, 0xff0000, 0xff00, 0xff, 0xff000000, 0x1000, 0, 0, 0, 0};
+        EXPECT_EQ(Field(file, reserved), 0U);
+    const std::uint32_t pixel[] = {32, 0x41, 0, 32, 0xFF0000, 0xFF00, 0xFF, 0xFF000000, 0x1000, 0, 0, 0, 0};
     for (std::size_t i = 0; i < std::size(pixel); ++i)
         EXPECT_EQ(Field(file, 76 + 4 * i), pixel[i]) << 76 + 4 * i;
 }
 
 TEST(DdsWriter, LevelsFacesAndSlicesAreFlagged) {
     const Bytes mips = Written(kTexture2D, kBC1, 8, 8, 1, 4);
-    EXPECT_EQ(Field(mips, 8), 0x1007u | 0x20000 | 0x80000);
-    EXPECT_EQ(Field(mips, 20), 32u) << "bytes of level 0";
-    EXPECT_EQ(Field(mips, 28), 4u);
-    EXPECT_EQ(Field(mips, 108), 0x401008u);
+    EXPECT_EQ(Field(mips, 8), 0x1007U | 0x20000 | 0x80000);
+    EXPECT_EQ(Field(mips, 20), 32U) << "bytes of level 0";
+    EXPECT_EQ(Field(mips, 28), 4U);
+    EXPECT_EQ(Field(mips, 108), 0x401008U);
     const Bytes cube = Written(kTextureCube, kL8, 2, 2, 1, 1);
-    EXPECT_EQ(Field(cube, 108), 0x1008u);
-    EXPECT_EQ(Field(cube, 112), 0xfe00u);
+    EXPECT_EQ(Field(cube, 108), 0x1008U);
+    EXPECT_EQ(Field(cube, 112), 0xFE00U);
     const Bytes volume = Written(kTextureVolume, kL8, 2, 2, 5, 1);
-    EXPECT_EQ(Field(volume, 8), 0x1007u | 0x8 | 0x800000);
-    EXPECT_EQ(Field(volume, 24), 5u);
-    EXPECT_EQ(Field(volume, 112), 0x200000u);
+    EXPECT_EQ(Field(volume, 8), 0x1007U | 0x8 | 0x800000);
+    EXPECT_EQ(Field(volume, 24), 5U);
+    EXPECT_EQ(Field(volume, 112), 0x200000U);
 }
 
 TEST(DdsWriter, TheExtensionSaysFormatAndKind) {
     const Bytes flat = Written(kTexture2D, kBC7, 4, 4, 1, 1);
-    ASSERT_EQ(flat.size(), 148u + 16);
+    ASSERT_EQ(flat.size(), 148U + 16);
     EXPECT_EQ(std::string(flat.begin() + 84, flat.begin() + 88), "DX10");
     const std::uint32_t expected[] = {98, 3, 0, 1, 0};
     for (std::size_t i = 0; i < 5; ++i)
         EXPECT_EQ(Field(flat, 128 + 4 * i), expected[i]);
-    EXPECT_EQ(Field(Written(kTextureCube, kBC7, 4, 4, 1, 1), 136), 4u);
-    EXPECT_EQ(Field(Written(kTextureVolume, kBC7, 4, 4, 2, 1), 132), 4u);
+    EXPECT_EQ(Field(Written(kTextureCube, kBC7, 4, 4, 1, 1), 136), 4U);
+    EXPECT_EQ(Field(Written(kTextureVolume, kBC7, 4, 4, 2, 1), 132), 4U);
 }
 
 TEST(DdsWriter, OldProgramsGetOldHeadersWhereThereAreSome) {
@@ -212,7 +213,7 @@ TEST(DdsWriter, ADepthThatAFlatTextureOrCubeDoesNotHaveIsIgnored) {
 
 TEST(DdsWriter, ThirtyTwoBitsOfSizeMayBeMeantUnsigned) {
     // 3 GiB does not fit an int; the same 32 bits do.
-    EXPECT_TRUE(Constructs(kTexture2D, kL8, 65536, 49152, 1, 1, static_cast<int>(0xc0000000u)));
+    EXPECT_TRUE(Constructs(kTexture2D, kL8, 65536, 49152, 1, 1, static_cast<int>(0xC0000000U)));
     EXPECT_FALSE(Constructs(kTexture2D, kL8, 65536, 65536, 1, 1, 0)) << "4 GiB are not 0";
     EXPECT_FALSE(Constructs(kTexture2D, kL8, 65537, 65536, 1, 1, 65536)) << "nor is the rest the whole";
 }
@@ -258,7 +259,7 @@ TEST(DdsWriter, NothingIsWrittenWithoutASuccessfulConstruct) {
     EXPECT_FALSE(writer.Write(Wide(folder / "a.dds"), nullptr));
     ASSERT_FALSE(writer.Construct(kTexture2D, kL8, 1, 1, 1, 1, 2, 0));
     EXPECT_FALSE(writer.Write(Wide(folder / "a.dds"), &pixel)) << "the failed call undid the one before";
-    EXPECT_EQ(FilesIn(folder), 0u);
+    EXPECT_EQ(FilesIn(folder), 0U);
 }
 
 TEST(DdsWriter, OneWriterWritesAsOftenAsAsked) {
@@ -269,7 +270,7 @@ TEST(DdsWriter, OneWriterWritesAsOftenAsAsked) {
     EXPECT_TRUE(writer.Write(Wide(folder / "a.dds"), pixels.data()));
     EXPECT_TRUE(writer.Write(Wide(folder / "\xc3\xa9\xf0\x9f\x8e\xa8.dds"), pixels.data()));
     EXPECT_EQ(ReadAll(folder / "a.dds"), ReadAll(folder / "\xc3\xa9\xf0\x9f\x8e\xa8.dds"));
-    EXPECT_EQ(FilesIn(folder), 2u) << "nothing else is left behind";
+    EXPECT_EQ(FilesIn(folder), 2U) << "nothing else is left behind";
 }
 
 TEST(DdsWriter, AnOlderFileIsReplacedWhole) {
@@ -279,7 +280,7 @@ TEST(DdsWriter, AnOlderFileIsReplacedWhole) {
     const std::optional<DdsLevel> loaded = LoadLevel(ReadAll(path));
     ASSERT_TRUE(loaded);
     EXPECT_EQ(loaded->bytes, (Bytes{3, 4}));
-    EXPECT_EQ(std::filesystem::file_size(path), 130u);
+    EXPECT_EQ(std::filesystem::file_size(path), 130U);
 }
 
 TEST(DdsWriter, AFailureLeavesNothingAndTheOldFileAsItWas) {
@@ -288,7 +289,7 @@ TEST(DdsWriter, AFailureLeavesNothingAndTheOldFileAsItWas) {
     EXPECT_FALSE(Save(folder.Path(), kTexture2D, kL8, 1, 1, 1, 1, {1})) << "a folder";
     EXPECT_FALSE(Save("", kTexture2D, kL8, 1, 1, 1, 1, {1}));
     EXPECT_FALSE(Save(folder / (std::string(5000, 'n') + ".dds"), kTexture2D, kL8, 1, 1, 1, 1, {1}));
-    EXPECT_EQ(FilesIn(folder), 0u);
+    EXPECT_EQ(FilesIn(folder), 0U);
 }
 
 TEST(DdsWriter, PlantedLinksAreNotWrittenThrough) {

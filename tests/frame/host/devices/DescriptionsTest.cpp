@@ -16,7 +16,7 @@ using Kavra::Objects::ObjModel;
 namespace {
 
 TEST(ImageDescription, EveryFieldStartsAtZeroWhateverWasThereBefore) {
-    alignas(ImageDescription) std::byte place[sizeof(ImageDescription)];
+    alignas(ImageDescription) unsigned char place[sizeof(ImageDescription)];
     std::memset(place, 0xA5, sizeof place);
     const auto* desc = new (place) ImageDescription;
     EXPECT_EQ(desc->width, 0);
@@ -52,7 +52,7 @@ TEST(ImageDescription, TheFieldsLieInTheContractsOrder) {
 }
 
 TEST(ImageDesc, EveryFieldStartsAtZeroWhateverWasThereBefore) {
-    alignas(ImageDesc) std::byte place[sizeof(ImageDesc)];
+    alignas(ImageDesc) unsigned char place[sizeof(ImageDesc)];
     std::memset(place, 0xA5, sizeof place);
     auto* desc = ::new (static_cast<void*>(place)) ImageDesc;
     EXPECT_EQ(desc->width, 0);

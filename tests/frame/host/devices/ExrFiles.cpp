@@ -1,5 +1,6 @@
 #include "frame/host/devices/ExrFiles.h"
 
+#include <Imath/half.h>
 #include <ImfChannelList.h>
 #include <ImfDeepFrameBuffer.h>
 #include <ImfDeepScanLineOutputFile.h>
@@ -10,7 +11,6 @@
 #include <ImfOutputPart.h>
 #include <ImfPartType.h>
 #include <ImfTiledOutputFile.h>
-#include <half.h>
 
 #include <bit>
 #include <cstdint>

@@ -1,9 +1,13 @@
+#include "frame/host/devices/ExrFiles.h"
+#include "support/TemporaryFolder.h"
+
 #include <kavra/devices/EXRHandler.h>
 #include <kavra/objects/ObjModel.h>
 
 #include <ImfRgbaFile.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -15,9 +19,6 @@
 #include <numeric>
 #include <thread>
 #include <vector>
-
-#include "frame/host/devices/ExrFiles.h"
-#include "support/TemporaryFolder.h"
 
 using Kavra::Devices::EXRHandler;
 using Kavra::Objects::ObjModel;
@@ -381,15 +382,15 @@ void DeclareWindow(std::vector<unsigned char>& bytes, std::array<std::int32_t, 4
 }
 
 TEST_F(ExrHandlerTest, SizesThatTheFileCannotHoldAllocateNothing) {
-    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
-    constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
     WriteExr(folder / "whole.exr", RampPart(Imf::HALF));
     const std::vector<unsigned char> whole = ReadAll(folder / "whole.exr");
     const std::size_t blocks = ObjModel::BlockCounters().totalBlocks;
     for (const std::array<std::int32_t, 4> window :
-         {std::array{0, 0, (1 << 30) - 1, (1 << 30) - 1}, std::array{0, 0, kMost, kMost},
-          std::array{kLeast, kLeast, kMost, kMost}, std::array{0, 0, 65535, 65535}, std::array{5, 5, 0, 0},
-          std::array{kMost, kMost, kLeast, kLeast}}) {
+         {std::array{0, 0, (1 << 30) - 1, (1 << 30) - 1}, std::array{0, 0, kMax, kMax},
+          std::array{kMin, kMin, kMax, kMax}, std::array{0, 0, 65535, 65535}, std::array{5, 5, 0, 0},
+          std::array{kMax, kMax, kMin, kMin}}) {
         std::vector<unsigned char> bytes = whole;
         DeclareWindow(bytes, window);
         folder.Write("x.exr", bytes);

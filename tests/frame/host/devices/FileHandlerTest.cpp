@@ -1,3 +1,5 @@
+#include "support/TemporaryFolder.h"
+
 #include <kavra/devices/IFileHandler.h>
 #include <kavra/devices/Sys.h>
 
@@ -7,8 +9,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "support/TemporaryFolder.h"
 
 using Kavra::Devices::IFileHandler;
 using Kavra::Devices::Sys;

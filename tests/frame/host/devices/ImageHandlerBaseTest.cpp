@@ -1,12 +1,12 @@
+#include "common/PixelBlock.h"
+#include "frame/host/devices/HandlerDouble.h"
+
 #include <kavra/devices/IImageHandler.h>
 #include <kavra/objects/ObjModel.h>
 
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "common/PixelBlock.h"
-#include "frame/host/devices/HandlerDouble.h"
 
 using namespace Kavra::Devices;
 using Kavra::vec4;

@@ -3,8 +3,8 @@
 
 #include <kavra/devices/ImageHandlerHelper.h>
 
+#include <Imath/half.h>
 #include <gtest/gtest.h>
-#include <half.h>
 
 #include <bit>
 #include <cmath>
@@ -65,8 +65,8 @@ Converter Expanding(std::string name, T alpha, bool withAlpha) {
 
 unsigned char RoundedToByte(std::uint16_t v, float factor) {
     const float product = static_cast<float>(v) * factor;
-    const float sum = product + 0.5f;
-    return static_cast<unsigned char>(std::fmin(std::fmax(std::floor(sum), 0.0f), 255.0f));
+    const float sum = product + 0.5F;
+    return static_cast<unsigned char>(std::fmin(std::fmax(std::floor(sum), 0.0F), 255.0F));
 }
 
 unsigned short* Words(unsigned char* bytes) {
@@ -107,23 +107,23 @@ std::vector<Converter> Converters() {
     std::vector<Converter> all = Reorderings();
     all.push_back(Expanding<unsigned short>("words with alpha", 65535, true));
     all.push_back(Expanding<unsigned short>("words without alpha", 0, false));
-    all.push_back(Expanding<half>("halves with alpha", half(1.0f), true));
-    all.push_back(Expanding<half>("halves without alpha", half(0.0f), false));
-    all.push_back(Expanding<float>("floats with alpha", 1.0f, true));
-    all.push_back(Expanding<float>("floats without alpha", 0.0f, false));
+    all.push_back(Expanding<half>("halves with alpha", half(1.0F), true));
+    all.push_back(Expanding<half>("halves without alpha", half(0.0F), false));
+    all.push_back(Expanding<float>("floats with alpha", 1.0F, true));
+    all.push_back(Expanding<float>("floats without alpha", 0.0F, false));
 
     const auto product = [](auto v, float factor) { return static_cast<float>(v) * factor; };
     const auto halfProduct = [](auto v, float factor) { return half(static_cast<float>(v) * factor); };
-    all.push_back(Scaling<unsigned char, float>("bytes to floats", 1.0f / 255.0f, product));
-    all.push_back(Scaling<unsigned short, float>("words to floats", 1.0f / 65535.0f, product));
-    all.push_back(Scaling<half, float>("halves to floats", 1.0f, product));
-    all.push_back(Scaling<half, float>("halves to scaled floats", -3.7f, product));
-    all.push_back(Scaling<unsigned char, half>("bytes to halves", 1.0f / 255.0f, halfProduct));
-    all.push_back(Scaling<unsigned char, half>("bytes to negative halves", -1e-7f, halfProduct));
-    all.push_back(Scaling<unsigned short, half>("words to halves", 1.0f / 65535.0f, halfProduct));
-    all.push_back(Scaling<unsigned short, half>("words to large halves", 1.0f, halfProduct));
-    all.push_back(Scaling<unsigned short, half>("words to tiny halves", 1e-9f, halfProduct));
-    for (const float factor : {1.0f / 257.0f, 1.0f, -1.0f, 1e-3f}) {
+    all.push_back(Scaling<unsigned char, float>("bytes to floats", 1.0F / 255.0F, product));
+    all.push_back(Scaling<unsigned short, float>("words to floats", 1.0F / 65535.0F, product));
+    all.push_back(Scaling<half, float>("halves to floats", 1.0F, product));
+    all.push_back(Scaling<half, float>("halves to scaled floats", -3.7F, product));
+    all.push_back(Scaling<unsigned char, half>("bytes to halves", 1.0F / 255.0F, halfProduct));
+    all.push_back(Scaling<unsigned char, half>("bytes to negative halves", -1e-7F, halfProduct));
+    all.push_back(Scaling<unsigned short, half>("words to halves", 1.0F / 65535.0F, halfProduct));
+    all.push_back(Scaling<unsigned short, half>("words to large halves", 1.0F, halfProduct));
+    all.push_back(Scaling<unsigned short, half>("words to tiny halves", 1e-9F, halfProduct));
+    for (const float factor : {1.0F / 257.0F, 1.0F, -1.0F, 1e-3F}) {
         const std::function<unsigned char(unsigned short, float)> rule = RoundedToByte;
         all.push_back(
             Scaling<unsigned short, unsigned char>("words to bytes x " + std::to_string(factor), factor, rule));
@@ -195,7 +195,7 @@ TEST(ImageHandlerHelper, BlocksThatAreSplitOverAllCoresFollowTheRule) {
 TEST(ImageHandlerHelper, WordsAreRoundedToTheNearestByteAsTheExactQuotientIs) {
     ByteVector words = EveryWord();
     const ByteVector bytes = TakeBlock(ImageHandlerHelper().TypeInToTypeOut<unsigned short, unsigned char>(
-                                           Words(words.data()), words.size(), 1.0f / 257.0f),
+                                           Words(words.data()), words.size(), 1.0F / 257.0F),
                                        65536);
     for (unsigned v = 0; v < 65536; ++v)
         ASSERT_EQ(bytes[v], (v + 128) / 257) << v;
@@ -204,8 +204,8 @@ TEST(ImageHandlerHelper, WordsAreRoundedToTheNearestByteAsTheExactQuotientIs) {
 TEST(ImageHandlerHelper, ByteToHalfOfFullIntensityIsExactlyOne) {
     unsigned char full = 255;
     const ByteVector bytes =
-        TakeBlock(ImageHandlerHelper().TypeInToTypeOut<unsigned char, half>(&full, 1, 1.0f / 255.0f), 2);
-    EXPECT_EQ(bytes, (ByteVector{0x00, 0x3c}));
+        TakeBlock(ImageHandlerHelper().TypeInToTypeOut<unsigned char, half>(&full, 1, 1.0F / 255.0F), 2);
+    EXPECT_EQ(bytes, (ByteVector{0x00, 0x3C}));
 }
 
 TEST(ImageHandlerHelper, AFactorThatIsNoNumberGivesNoByte) {
@@ -238,11 +238,11 @@ TEST(ImageHandlerHelper, NoBytesGiveABlockThatCanBeFreed) {
 }
 
 TEST(ImageHandlerHelper, OddBytesBehindTheLastElementAreIgnoredAndWhatTheyWouldNeedIsZero) {
-    ByteVector source(7, 0xee);
+    ByteVector source(7, 0xEE);
     const ByteVector swapped = TakeBlock(ImageHandlerHelper().BGRAToRGBA(source.data(), 7), 7);
-    EXPECT_EQ(swapped, (ByteVector{0xee, 0xee, 0xee, 0xee, 0, 0, 0}));
+    EXPECT_EQ(swapped, (ByteVector{0xEE, 0xEE, 0xEE, 0xEE, 0, 0, 0}));
     const ByteVector pairs = TakeBlock(ImageHandlerHelper().R16ToR16G16(Words(source.data()), 3), 6);
-    EXPECT_EQ(pairs, (ByteVector{0xee, 0xee, 0xee, 0xee, 0, 0}));
+    EXPECT_EQ(pairs, (ByteVector{0xEE, 0xEE, 0xEE, 0xEE, 0, 0}));
 }
 
 TEST(ImageHandlerHelper, SizesWhoseResultCannotBeAddressedAreRefused) {

@@ -1,3 +1,5 @@
+#include "frame/host/devices/HandlerDouble.h"
+
 #include <kavra/devices/MemoryTexture.h>
 #include <kavra/devices/Sys.h>
 #include <kavra/objects/ObjModel.h>
@@ -6,8 +8,6 @@
 
 #include <stdexcept>
 #include <string>
-
-#include "frame/host/devices/HandlerDouble.h"
 
 using namespace Kavra::Devices;
 using Kavra::Objects::ObjModel;

@@ -1,10 +1,10 @@
+#include "support/MessageRecorder.h"
+
 #include <kavra/devices/IFileHandler.h>
 #include <kavra/devices/Sys.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "support/MessageRecorder.h"
 
 using Kavra::Devices::IFileHandler;
 using Kavra::Devices::IImageHandler;

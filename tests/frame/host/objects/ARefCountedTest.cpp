@@ -1,3 +1,5 @@
+#include "frame/host/objects/Threads.h"
+
 #include <kavra/objects/ARefCounted.h>
 #include <kavra/objects/NetObjectCountImpl.h>
 #include <kavra/objects/ObjModel.h>
@@ -6,8 +8,6 @@
 
 #include <cstring>
 #include <string>
-
-#include "frame/host/objects/Threads.h"
 
 namespace Kavra::Objects {
 namespace {

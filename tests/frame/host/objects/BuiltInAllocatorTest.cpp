@@ -1,15 +1,16 @@
+#include "frame/host/objects/Threads.h"
+
 #include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/ObjModel.h>
 
 #include <gtest/gtest.h>
+
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 #include <vector>
-
-#include "frame/host/objects/Threads.h"
 
 namespace Kavra::Objects {
 namespace {
@@ -30,7 +31,7 @@ protected:
 TEST_F(BlockCeiling, IsTheMachinesMemoryUntilItIsSet) {
     EXPECT_EQ(ObjModel::BlockCeiling(), MachineMemory());
     ObjModel::SetBlockCeiling(12345);
-    EXPECT_EQ(ObjModel::BlockCeiling(), 12345u);
+    EXPECT_EQ(ObjModel::BlockCeiling(), 12345U);
     ObjModel::SetBlockCeiling(0);
     EXPECT_EQ(ObjModel::BlockCeiling(), MachineMemory());
 }
@@ -94,7 +95,7 @@ TEST(BlockCounters, ARefusedRequestCountsOnlyAmongTheLargest) {
 TEST(BlockCounters, ABlockTakenFromTheAllocatorItselfCountsTheSame) {
     const AllocationCounters before = ObjModel::BlockCounters();
     void* const block = Default()->Allocate(77);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 64, 0u);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 64, 0U);
     EXPECT_EQ(ObjModel::BlockCounters().liveBytes, before.liveBytes + 77);
     Default()->Free(block, 77);
     void* const none = Default()->Allocate(0);

@@ -1,3 +1,5 @@
+#include "frame/host/objects/Threads.h"
+
 #include <kavra/objects/ClassFactory.h>
 #include <kavra/objects/IDelete.h>
 #include <kavra/objects/ObjModel.h>
@@ -8,8 +10,6 @@
 #include <functional>
 #include <stdexcept>
 #include <thread>
-
-#include "frame/host/objects/Threads.h"
 
 namespace Kavra::Objects {
 namespace {

@@ -1,7 +1,11 @@
+#include "common/FileHandle.h"
+#include "support/TemporaryFolder.h"
+
 #include <kavra/objects/OS.h>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -11,9 +15,6 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
-
-#include "common/FileHandle.h"
-#include "support/TemporaryFolder.h"
 
 namespace Kavra::OS {
 namespace {
@@ -72,7 +73,7 @@ TEST_F(Files, AFileIsReadFromItsStart) {
     const Opened opened = Open(path, "rb");
     ASSERT_EQ(opened.error, 0);
     char bytes[10] = {};
-    EXPECT_EQ(std::fread(bytes, 1, sizeof(bytes), opened.file.get()), 5u);
+    EXPECT_EQ(std::fread(bytes, 1, sizeof(bytes), opened.file.get()), 5U);
     EXPECT_STREQ(bytes, "hello");
     EXPECT_TRUE(IsRegularFile(Wide(path)));
 }

@@ -42,7 +42,7 @@ TEST(Format, WidthAndPrecisionApplyToStrings) {
 }
 
 TEST(Format, NumbersArePassedThrough) {
-    EXPECT_EQ(Formatted(L"%d %i %u %x", -1, 2, 3u, 255), L"-1 2 3 ff");
+    EXPECT_EQ(Formatted(L"%d %i %u %x", -1, 2, 3U, 255), L"-1 2 3 ff");
     EXPECT_EQ(Formatted(L"%05.2f|%+d|%lld|%zu", 1.5, 7, 1LL << 40, std::size_t{9}), L"01.50|+7|1099511627776|9");
     EXPECT_EQ(Formatted(L"%hd%%%hhd", 1, 2), L"1%2");
     EXPECT_EQ(Formatted(L"%2$s%1$s", L"a", L"b"), L"ba");

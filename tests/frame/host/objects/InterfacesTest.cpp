@@ -1,3 +1,5 @@
+#include "frame/host/objects/RecordingAllocator.h"
+
 #include <kavra/objects/IClone.h>
 #include <kavra/objects/IDelete.h>
 #include <kavra/objects/IMemoryWrapper.h>
@@ -8,8 +10,6 @@
 
 #include <cstring>
 #include <functional>
-
-#include "frame/host/objects/RecordingAllocator.h"
 
 namespace Kavra::Objects {
 namespace {
@@ -36,7 +36,7 @@ void ExpectWholeDestruction(const std::function<void(TwoViews*)>& destroy) {
     ASSERT_NE(static_cast<void*>(static_cast<IClone*>(object)), static_cast<void*>(object));
     destroy(object);
     EXPECT_EQ(destroyed, 1);
-    EXPECT_EQ(heap.given.size(), 1u);
+    EXPECT_EQ(heap.given.size(), 1U);
     EXPECT_EQ(heap.returned, heap.given);
 }
 
@@ -102,10 +102,10 @@ TEST(MemoryArrayWrapper, MayBeEmptyOrHaveItsDataTakenAway) {
 
 TEST(Vec, StartsAtZeroAndIsPlain) {
     EXPECT_EQ((vec2<int>{}.x), 0);
-    EXPECT_EQ((vec3<float>{}.z), 0.0f);
-    EXPECT_EQ((vec4<float>{}.w), 0.0f);
+    EXPECT_EQ((vec3<float>{}.z), 0.0F);
+    EXPECT_EQ((vec4<float>{}.w), 0.0F);
     const vec4<float> colour{1, 2, 3, 4};
-    EXPECT_EQ(colour.x + 10 * colour.y + 100 * colour.z + 1000 * colour.w, 4321.0f);
+    EXPECT_EQ(colour.x + 10 * colour.y + 100 * colour.z + 1000 * colour.w, 4321.0F);
     static_assert(sizeof(vec2<int>) == 8 && sizeof(vec3<float>) == 12 && sizeof(vec4<float>) == 16);
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 TEST(KString, NothingAndNullAreTheEmptyString) {
     for (const KString& text : {KString(), KString(nullptr), KString(L"")}) {
-        EXPECT_EQ(text.GetLen(), 0u);
+        EXPECT_EQ(text.GetLen(), 0U);
         ASSERT_NE(text.ToChars(), nullptr);
         EXPECT_STREQ(text.ToChars(), L"");
     }
@@ -21,11 +21,11 @@ TEST(KString, OwnsACopyOfItsCharacters) {
     source[0] = L'X';
     EXPECT_STREQ(text.ToChars(), L"picture.png");
     EXPECT_STREQ(static_cast<const wchar_t*>(text), L"picture.png");
-    EXPECT_EQ(text.GetLen(), 11u);
+    EXPECT_EQ(text.GetLen(), 11U);
 }
 
 TEST(KString, CountsCodePointsBeyondTheBasicPlaneOnce) {
-    EXPECT_EQ(KString(L"\x1F600x").GetLen(), 2u);
+    EXPECT_EQ(KString(L"\x1F600x").GetLen(), 2U);
 }
 
 TEST(KString, CopiesAreIndependent) {

@@ -1,13 +1,14 @@
+#include "common/PixelBlock.h"
+
 #include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/ObjModel.h>
 
 #include <gtest/gtest.h>
+
 #include <unistd.h>
 
 #include <cstdint>
 #include <fstream>
-
-#include "common/PixelBlock.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define KAVRA_ASAN 1
@@ -169,8 +170,8 @@ TEST(LargeBlocks, StartWhereAHugePageDoes) {
     GTEST_SKIP() << "AddressSanitizer makes the blocks itself";
 #endif
     const PixelBlock a = NewBlock(5 * kMiB), b = NewBlock(7 * kMiB);
-    EXPECT_LT(reinterpret_cast<std::uintptr_t>(a.get()) % (2 * kMiB), 4096u);
-    EXPECT_LT(reinterpret_cast<std::uintptr_t>(b.get()) % (2 * kMiB), 4096u);
+    EXPECT_LT(reinterpret_cast<std::uintptr_t>(a.get()) % (2 * kMiB), 4096U);
+    EXPECT_LT(reinterpret_cast<std::uintptr_t>(b.get()) % (2 * kMiB), 4096U);
 }
 
 }  // namespace

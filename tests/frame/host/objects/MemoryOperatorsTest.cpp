@@ -1,3 +1,5 @@
+#include "frame/host/objects/RecordingAllocator.h"
+
 #include <kavra/objects/HeapOperators.h>
 #include <kavra/objects/IMemoryAllocator.h>
 #include <kavra/objects/ObjModel.h>
@@ -8,8 +10,6 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-
-#include "frame/host/objects/RecordingAllocator.h"
 
 namespace Kavra::Objects {
 namespace {
@@ -66,7 +66,7 @@ TEST(MemoryOperators, ANullAllocatorMeansTheDefaultOne) {
     const Instead<IMemoryAllocator*> instead(ObjModel::mDefaultAllocator, &host);
     KavraDelete(::operator new(10, static_cast<IMemoryAllocator*>(nullptr)));
     KavraDelete(NewZeroed(10, nullptr));
-    EXPECT_EQ(host.given.size(), 2u);
+    EXPECT_EQ(host.given.size(), 2U);
     EXPECT_EQ(host.returned, host.given);
 }
 
@@ -83,7 +83,7 @@ TEST(MemoryOperators, ABlockGoesBackToTheAllocatorThatMadeItWhoeverIsDefaultByTh
     EXPECT_EQ(ObjModel::BlockCounters().liveBlocks, before);
     const Instead<IMemoryAllocator*> instead(ObjModel::mDefaultAllocator, &second);
     KavraDelete(block);
-    EXPECT_EQ(first.given.size(), 1u);
+    EXPECT_EQ(first.given.size(), 1U);
     EXPECT_EQ(first.returned, first.given);
     EXPECT_TRUE(second.given.empty());
     EXPECT_TRUE(second.returned.empty());
@@ -93,7 +93,7 @@ TEST(MemoryOperators, AHostsAllocatorIsAskedForRoomForAllTheData) {
     RecordingAllocator host;
     auto* const block = static_cast<unsigned char*>(::operator new(1000, &host));
     EXPECT_TRUE(IsAligned(block));
-    ASSERT_EQ(host.given.size(), 1u);
+    ASSERT_EQ(host.given.size(), 1U);
     const auto* const start = static_cast<unsigned char*>(host.given[0].block);
     EXPECT_GE(block, start);
     EXPECT_GE(start + host.given[0].bytes, block + 1000);
@@ -214,7 +214,7 @@ TEST(HeapOperators, AnObjectGoesBackToTheHeapThatMadeIt) {
         object = new Counted;
     }
     delete object;
-    EXPECT_EQ(host.given.size(), 1u);
+    EXPECT_EQ(host.given.size(), 1U);
     EXPECT_EQ(host.returned, host.given);
 }
 

@@ -1,13 +1,14 @@
+#include "frame/host/objects/Threads.h"
+#include "support/MessageRecorder.h"
+
 #include <kavra/objects/ObjModel.h>
 
 #include <gtest/gtest.h>
+
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <string>
-
-#include "frame/host/objects/Threads.h"
-#include "support/MessageRecorder.h"
 
 namespace Kavra::Objects {
 namespace {
@@ -89,7 +90,7 @@ TEST(MessageSink, MessagesOfManyThreadsAllArrive) {
         for (int i = 0; i < 100; ++i)
             ObjModel::Error(L"message", nullptr, nullptr, nullptr, 0);
     });
-    EXPECT_EQ(recorder.Entries().size(), 800u);
+    EXPECT_EQ(recorder.Entries().size(), 800U);
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
+#include "frame/host/objects/Threads.h"
+
 #include <kavra/objects/UString.h>
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
-
-#include "frame/host/objects/Threads.h"
 
 namespace Kavra::Objects {
 namespace {

@@ -44,7 +44,7 @@ TEST(Utf8, EveryCodePointSurvivesTheWayThereAndBack) {
     }
     const std::string narrow = ToUtf8(all.c_str());
     // 127 of one byte, 1920 of two, 61440 of three, 2^20 of four.
-    EXPECT_EQ(narrow.size(), 127u + 2 * 1920 + 3 * 61440 + 4 * 1048576);
+    EXPECT_EQ(narrow.size(), 127U + 2 * 1920 + 3 * 61440 + 4 * 1048576);
     EXPECT_EQ(FromUtf8(narrow.c_str()), all);
 }
 
