@@ -1,6 +1,7 @@
 #include "Display.h"
 
 #include "Exposure.h"
+#include "FormatNames.h"
 #include "PixelConversion.h"
 
 #include <algorithm>
@@ -17,9 +18,8 @@ using Pixel = std::array<float, 4>;
 static_assert(sizeof(Pixel) == 16);
 
 bool IsLinear(EFormat format) {
-    static constexpr std::array kFormats = {kR16F,          kR32F,       kR16G16F,      kR32G32F,
-                                            kR16G16B16A16F, kR32G32B32F, kR32G32B32A32F};
-    return std::ranges::contains(kFormats, format);
+    const ElementType element = Facts(format).element;
+    return element == ElementType::kHalf || element == ElementType::kFloat;
 }
 
 std::span<Pixel> Pixels(LoadedImage& image) {

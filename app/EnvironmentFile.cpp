@@ -6,8 +6,6 @@
 
 #include <kavra/objects/OS.h>
 
-#include <algorithm>
-#include <array>
 #include <format>
 
 namespace Kavra::App {
@@ -15,10 +13,14 @@ namespace {
 
 using namespace Devices;
 
+bool IsFloatingPoint(const FormatFacts& facts) {
+    return facts.element == ElementType::kHalf || facts.element == ElementType::kFloat;
+}
+
+/// Four channels of bytes, halves or floats.
 bool IsAnalysed(EFormat format) {
-    constexpr std::array kFormats = {kR8G8B8A8, kR8G8B8A8Alt,   kR8G8B8X8,     kB8G8R8A8,
-                                     kB8G8R8X8, kR16G16B16A16F, kR32G32B32A32F};
-    return std::ranges::find(kFormats, format) != kFormats.end();
+    const FormatFacts facts = Facts(format);
+    return facts.channels == 4 && (facts.element == ElementType::kUInt8 || IsFloatingPoint(facts));
 }
 
 /// The format of the file itself. In silence: what is wrong with the file is said when it is loaded.
@@ -42,7 +44,7 @@ LoadedImage LoadAsFloats(IImageHandler& handler, Report& report, EFormat fileFor
     LoadedImage image = Load(handler, report, options, 0);
     if (image.block == nullptr || image.desc.textureType != kTexture2D) return image;
     if (image.desc.format == kR32G32B32F) image = *ToFormat(image, kR32G32B32A32F);  // of the host's OpenEXR reader
-    if (image.desc.format == kR32G32B32A32F && Channels(fileFormat) == 1) SpreadRed(image);
+    if (image.desc.format == kR32G32B32A32F && Facts(fileFormat).channels == 1) SpreadRed(image);
     return image;
 }
 
@@ -77,9 +79,7 @@ SmallEnvironment LoadSmallEnvironment(IImageHandler& handler, const std::string&
     options.highQuality = true;
     SmallEnvironment small{LoadAsFloats(handler, silent, format, options), false};
     if (small.image.block != nullptr && small.image.desc.format != kR32G32B32A32F) small.image.block.reset();
-    constexpr std::array kLight = {kR16F,          kR16G16F,    kR16G16B16A16F, kR32F,      kR32G32F,
-                                   kR32G32B32A32F, kR32G32B32F, kBC6H,          kBC6HSigned};
-    small.isLight = std::ranges::find(kLight, format) != kLight.end();
+    small.isLight = IsFloatingPoint(Facts(format)) || format == kBC6H || format == kBC6HSigned;
     return small;
 }
 

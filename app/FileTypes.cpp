@@ -62,7 +62,7 @@ const Rule* Find(std::span<const Rule> rules, std::string_view extension) {
 
 std::string ChannelObstacle(std::string_view extension, EFormat format) {
     const auto* rule = Find<ChannelRule>(kChannels, extension);
-    const int channels = Channels(format);
+    const int channels = Facts(format).channels;
     if (rule == nullptr || rule->channels[static_cast<std::size_t>(channels)]) return {};
     return std::format("{} files hold {}, and {} has {}", extension, rule->text, Enumerator(format), channels);
 }
@@ -88,7 +88,7 @@ std::string BitmapObstacle(std::string_view extension, const FileContent& conten
 /// Samples of 16 bits are written in a way that is not read, and a single row of several channels is read as a picture
 /// of one channel that stands on its side.
 std::string FitsObstacle(std::string_view extension, const FileContent& content) {
-    const int channels = Channels(content.format);
+    const int channels = Facts(content.format).channels;
     if (extension != ".fits" || channels == 0) return {};
     const int bits = 8 * Utilities::AFormatConvertor::BytesPerPixel(content.format) / channels;
     if (bits == 16)

@@ -3,8 +3,6 @@
 #include "FormatNames.h"
 #include "StandardStreams.h"
 
-#include <kavra/devices/AFormatConvertor.h>
-
 #include <array>
 #include <format>
 #include <memory>
@@ -33,22 +31,22 @@ constexpr std::array kFileTypes = {
 
 constexpr std::string_view kTheRest = "and whatever the image library has";
 
-std::string BytesText(Devices::EFormat format) {
-    const int block = Utilities::AFormatConvertor::BytesPerBlock(format);
-    if (block > 0) return std::format("{} a block of 4 x 4", block);
-    return std::to_string(Utilities::AFormatConvertor::BytesPerPixel(format));
+std::string BytesText(const Devices::FormatFacts& facts) {
+    if (facts.bytesPerBlock > 0) return std::format("{} a block of 4 x 4", facts.bytesPerBlock);
+    return std::to_string(facts.bytesPerPixel);
 }
 
 Json FormatsJson() {
     Json pixelFormats = Json::array();
-    for (const FormatName& name : AllFormats()) {
-        if (name.format == Devices::kUnknown) continue;
-        pixelFormats.push_back({{"number", static_cast<int>(name.format)},
-                                {"name", name.enumerator},
-                                {"shortName", name.shortName},
-                                {"channels", name.channels},
-                                {"bytes", Utilities::AFormatConvertor::BytesPerPixel(name.format)},
-                                {"blockBytes", Utilities::AFormatConvertor::BytesPerBlock(name.format)}});
+    for (const Devices::EFormat format : AllFormats()) {
+        if (format == Devices::kUnknown) continue;
+        const Devices::FormatFacts facts = Facts(format);
+        pixelFormats.push_back({{"number", static_cast<int>(format)},
+                                {"name", facts.name},
+                                {"shortName", facts.shortName},
+                                {"channels", facts.channels},
+                                {"bytes", facts.bytesPerPixel},
+                                {"blockBytes", facts.bytesPerBlock}});
     }
     Json fileTypes = Json::array();
     for (const FileType& type : kFileTypes) {
@@ -61,10 +59,11 @@ Json FormatsJson() {
 std::string FormatsText() {
     std::string text = "Pixel formats\n";
     text += std::format("  {:>6}  {:<16} {:<8} {:>8}  {}\n", "number", "name", "short", "channels", "bytes");
-    for (const FormatName& name : AllFormats()) {
-        if (name.format == Devices::kUnknown) continue;
-        text += std::format("  {:>6}  {:<16} {:<8} {:>8}  {}\n", static_cast<int>(name.format), name.enumerator,
-                            name.shortName, name.channels, BytesText(name.format));
+    for (const Devices::EFormat format : AllFormats()) {
+        if (format == Devices::kUnknown) continue;
+        const Devices::FormatFacts facts = Facts(format);
+        text += std::format("  {:>6}  {:<16} {:<8} {:>8}  {}\n", static_cast<int>(format), facts.name, facts.shortName,
+                            facts.channels, BytesText(facts));
     }
     text += "\nFile types of the module and the host\n";
     for (const FileType& type : kFileTypes) {

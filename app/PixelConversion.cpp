@@ -7,7 +7,6 @@
 
 #include <Imath/half.h>
 
-#include <algorithm>
 #include <array>
 #include <concepts>
 #include <cstdint>
@@ -23,41 +22,21 @@ using Utilities::AFormatConvertor;
 
 constexpr int kColours = 4;  // red, green, blue, alpha
 
-enum class Element { kByte, kWord, kHalf, kFloat };
-
 /// Where in a pixel red, green, blue and alpha are; -1 where they are not.
-struct Layout {
-    EFormat format;
-    Element element;
-    std::array<int, kColours> place;
-};
+using Places = std::array<int, kColours>;
 
-constexpr std::array kGrey = {0, 0, 0, -1};
-constexpr std::array kTwo = {0, 1, -1, -1};
-constexpr std::array kRgb = {0, 1, 2, -1};
-constexpr std::array kRgba = {0, 1, 2, 3};
-
-constexpr std::array kLayouts = {
-    Layout{kA8, Element::kByte, kGrey},
-    Layout{kR8, Element::kByte, kGrey},
-    Layout{kL8, Element::kByte, kGrey},
-    Layout{kR16F, Element::kHalf, kGrey},
-    Layout{kR16, Element::kWord, kGrey},
-    Layout{kL16, Element::kWord, kGrey},
-    Layout{kR32F, Element::kFloat, kGrey},
-    Layout{kR16G16F, Element::kHalf, kTwo},
-    Layout{kR16G16, Element::kWord, kTwo},
-    Layout{kR8G8B8A8, Element::kByte, kRgba},
-    Layout{kR8G8B8A8Alt, Element::kByte, kRgba},
-    Layout{kB8G8R8A8, Element::kByte, {2, 1, 0, 3}},
-    Layout{kB8G8R8X8, Element::kByte, {2, 1, 0, -1}},
-    Layout{kR8G8B8X8, Element::kByte, kRgb},
-    Layout{kR32G32F, Element::kFloat, kTwo},
-    Layout{kR16G16B16A16F, Element::kHalf, kRgba},
-    Layout{kR16G16B16A16, Element::kWord, kRgba},
-    Layout{kR32G32B32F, Element::kFloat, kRgb},
-    Layout{kR32G32B32A32F, Element::kFloat, kRgba},
-};
+Places PlacesOf(const FormatFacts& facts) {
+    switch (facts.channels) {
+        case 1:
+            return {0, 0, 0, -1};
+        case 2:
+            return {0, 1, -1, -1};
+        default: {
+            const int alpha = facts.hasAlpha ? 3 : -1;
+            return facts.blueFirst ? Places{2, 1, 0, alpha} : Places{0, 1, 2, alpha};
+        }
+    }
+}
 
 float Value(float value) {
     return value;
@@ -73,38 +52,41 @@ float Value(T value) {
 }
 
 template <class T>
-void UnpackRow(const Layout& layout, int pixelBytes, const unsigned char* row, std::vector<float>& colours) {
+void UnpackRow(const FormatFacts& facts, const unsigned char* row, std::vector<float>& colours) {
+    const Places places = PlacesOf(facts);
     for (std::size_t i = 0; i < colours.size(); ++i) {
-        const int place = layout.place[i % kColours];
+        const int place = places[i % kColours];
         if (place < 0) {
             colours[i] = i % kColours == 3 ? 1.0F : 0.0F;
             continue;
         }
         T element;
-        std::memcpy(&element, row + i / kColours * static_cast<std::size_t>(pixelBytes) + place * sizeof(T), sizeof(T));
+        std::memcpy(&element, row + i / kColours * static_cast<std::size_t>(facts.bytesPerPixel) + place * sizeof(T),
+                    sizeof(T));
         colours[i] = Value(element);
     }
 }
 
-void Unpack(const Layout& layout, const unsigned char* row, std::vector<float>& colours) {
-    const int pixelBytes = AFormatConvertor::BytesPerPixel(layout.format);
-    switch (layout.element) {
-        case Element::kByte:
-            return UnpackRow<std::uint8_t>(layout, pixelBytes, row, colours);
-        case Element::kWord:
-            return UnpackRow<std::uint16_t>(layout, pixelBytes, row, colours);
-        case Element::kHalf:
-            return UnpackRow<Imath::half>(layout, pixelBytes, row, colours);
-        case Element::kFloat:
-            return UnpackRow<float>(layout, pixelBytes, row, colours);
+void Unpack(const FormatFacts& facts, const unsigned char* row, std::vector<float>& colours) {
+    switch (facts.element) {
+        case ElementType::kUInt8:
+            return UnpackRow<std::uint8_t>(facts, row, colours);
+        case ElementType::kUInt16:
+            return UnpackRow<std::uint16_t>(facts, row, colours);
+        case ElementType::kHalf:
+            return UnpackRow<Imath::half>(facts, row, colours);
+        case ElementType::kFloat:
+            return UnpackRow<float>(facts, row, colours);
+        case ElementType::kNone:
+            return;
     }
 }
 
 /// Puts into red what a one-channel format is to hold.
-void GatherInRed(EFormat format, std::vector<float>& colours) {
+void GatherInRed(const FormatFacts& format, std::vector<float>& colours) {
     for (std::size_t i = 0; i < colours.size(); i += kColours) {
         const bool isGrey = colours[i] == colours[i + 1] && colours[i] == colours[i + 2];
-        if (format == kA8) {
+        if (format.hasAlpha) {
             colours[i] = colours[i + 3];
         } else if (!isGrey) {  // the sum would round
             colours[i] = 0.299F * colours[i] + 0.587F * colours[i + 1] + 0.114F * colours[i + 2];
@@ -116,8 +98,8 @@ void GatherInRed(EFormat format, std::vector<float>& colours) {
 
 std::optional<LoadedImage> ToFormat(const LoadedImage& image, EFormat format) {
     const ImageDescription& from = image.desc;
-    const auto layout = std::ranges::find(kLayouts, from.format, &Layout::format);
-    if (layout == kLayouts.end() || AFormatConvertor::BytesPerPixel(format) == 0) return std::nullopt;
+    const FormatFacts stored = Facts(from.format), wanted = Facts(format);
+    if (stored.bytesPerPixel == 0 || wanted.bytesPerPixel == 0) return std::nullopt;
 
     LoadedImage result = NewPicture(from.width, from.height, format);
     result.desc.hasAlpha = from.hasAlpha;
@@ -125,8 +107,8 @@ std::optional<LoadedImage> ToFormat(const LoadedImage& image, EFormat format) {
     auto* out = static_cast<char*>(result.block->mData);
     std::vector<float> colours(static_cast<std::size_t>(from.width) * kColours);
     for (int y = 0; y < from.height; ++y, row += from.rowPitch, out += result.desc.rowPitch) {
-        Unpack(*layout, row, colours);
-        if (Channels(format) == 1) GatherInRed(format, colours);
+        Unpack(stored, row, colours);
+        if (wanted.channels == 1) GatherInRed(wanted, colours);
         AFormatConvertor::FloatsToFormat(colours.data(), static_cast<std::size_t>(from.width), format, out,
                                          static_cast<std::size_t>(result.desc.rowPitch));
     }

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "FormatNames.h"
 #include "ImageObject.h"
 #include "Picture.h"
 #include "PixelConversion.h"
@@ -6,8 +7,6 @@
 #include "Usage.h"
 #include "Workers.h"
 
-#include <algorithm>
-#include <array>
 #include <memory>
 
 namespace Kavra::App {
@@ -22,10 +21,11 @@ struct Options {
     int frame = 0;
 };
 
+/// Floats and 8-bit colours.
 bool IsTargetFormat(EFormat format) {
-    static constexpr std::array kFormats = {kR32F,     kR8G8B8A8, kB8G8R8A8,     kB8G8R8X8,
-                                            kR8G8B8X8, kR32G32F,  kR32G32B32A32F};
-    return std::ranges::contains(kFormats, format);
+    const FormatFacts facts = Facts(format);
+    const bool isByteColour = facts.element == ElementType::kUInt8 && facts.channels == 4;
+    return facts.isInLibrary && (isByteColour || facts.element == ElementType::kFloat);
 }
 
 /// The format of the file that a target of `format` becomes.

@@ -23,7 +23,7 @@ bool GetFormatFacts(EFormat format, FormatFacts& facts) {
     FormatFacts whole;
     whole.size = facts.size;
     whole.name = known.name.data();
-    whole.shortName = known.shortName.data();
+    if (!known.shortName.empty()) whole.shortName = known.shortName.data();  // an empty view may point nowhere
     whole.channels = known.channels + known.blockChannels;
     whole.bytesPerPixel = known.BytesPerPixel();
     whole.bytesPerBlock = known.bytesPerBlock;

@@ -47,6 +47,7 @@ TEST(FormatFacts, ABlockIsDescribedByItsBytesAndChannels) {
 TEST(FormatFacts, UnknownIsAFormatWithoutAnything) {
     const FormatFacts facts = Facts(kUnknown);
     EXPECT_EQ(std::string(facts.name), "kUnknown");
+    EXPECT_STREQ(facts.shortName, "");
     EXPECT_EQ(facts.channels, 0);
     EXPECT_EQ(facts.bytesPerPixel, 0);
 }
