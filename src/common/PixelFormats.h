@@ -39,8 +39,8 @@ enum class FormatKind : std::uint8_t {
 /// One format. Only those of pixels have an element type, channels and bytes a pixel.
 struct PixelFormat {
     Devices::EFormat value = Devices::kUnknown;
-    std::string_view name = {};       ///< of the enumerator
-    std::string_view shortName = {};  ///< for people; empty where there is none
+    std::string_view name;       ///< of the enumerator
+    std::string_view shortName;  ///< for people; empty where there is none
     FormatKind kind = FormatKind::kNone;
     ElementType element = ElementType::kNone;
     int channels = 0;
@@ -99,7 +99,7 @@ constexpr PixelFormat Blocks(Devices::EFormat value, std::string_view name, std:
             .hasAlpha = channels == 4};
 }
 constexpr PixelFormat Reserved(Devices::EFormat value, std::string_view name, FormatKind kind) {
-    return {.value = value, .name = name, .kind = kind};
+    return {.value = value, .name = name, .shortName = {}, .kind = kind};
 }
 
 /// Every enumerator of `EFormat`, in the order of their values.

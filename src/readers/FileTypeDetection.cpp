@@ -70,10 +70,15 @@ int IsCommonImageExtension(const KString& path) {
 }
 
 DetectedFile DetectFile(const KString& path) {
-    if (IsCommonImageExtension(path) > 0) return {.type = Other};
+    DetectedFile file;
+    if (IsCommonImageExtension(path) > 0) {
+        file.type = Other;
+        return file;
+    }
     Result<ByteSource> source = ByteSource::Open(path);
-    if (!source) return {};
-    DetectedFile file = {.type = Other, .start = ReadStart(*source)};
+    if (!source) return file;
+    file.type = Other;
+    file.start = ReadStart(*source);
     for (const ContentProbe& probe : kContentProbes) {
         if (!probe.accepts(*source)) continue;
         file.type = probe.type;

@@ -14,8 +14,8 @@ namespace Kavra::Devices {
 /// What a file is, and the file itself as detection opened it: whoever reads it need not open it again.
 struct DetectedFile {
     ImageFileType type = None;
-    std::optional<PictureFiles> files = {};  ///< nothing of type `None`, nor where the extension decided
-    std::optional<std::array<unsigned char, 4>> start = {};  ///< its first bytes, zero where it has fewer; likewise
+    std::optional<PictureFiles> files;                  ///< nothing of type `None`, nor where the extension decided
+    std::optional<std::array<unsigned char, 4>> start;  ///< its first bytes, zero where it has fewer; likewise
 };
 
 /// Opens a file and tells what it is: by its extension where that is a common one, else by its first bytes. Never

@@ -88,7 +88,7 @@ EDataOrientation CalsHeader::Orientation() const {
 Result<CalsHeader> ReadCalsHeader(ByteSource& source) {
     std::array<unsigned char, CalsHeader::kBytes> bytes{};
     const std::size_t present = source.Seek(0) ? source.ReadSome(bytes) : 0;
-    const CalsHeader header({bytes.data(), present});
+    CalsHeader header({bytes.data(), present});
     if (!header.HasDocumentId()) return std::unexpected(Failure::kMalformed);
     if (!header.IsOfRasterType1()) return std::unexpected(Failure::kUnsupported);
     return header;

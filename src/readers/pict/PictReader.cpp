@@ -79,11 +79,12 @@ void PictReader::Close() {
 }
 
 Result<> PictReader::OpenFiles(PictureFiles files) {
-    Result<> opened = std::unexpected(Failure::kTooLarge);
+    Result<> opened;
     try {
         opened = TakeFile(files.source).and_then([&] { return TakePicture(); });
     } catch (const std::bad_alloc&) {
         // No memory for the file's bytes or its records: it is refused like one that is too large.
+        opened = std::unexpected(Failure::kTooLarge);
     }
     if (!opened) Close();
     return opened;
