@@ -3,6 +3,7 @@
 
 #include <kavra/devices/EDataOrientation.h>
 #include <kavra/devices/EFormat.h>
+#include <kavra/devices/LoadPreferences.h>
 
 namespace Kavra::Devices {
 
@@ -18,6 +19,7 @@ struct LoadRequest {
     int level = 0;              ///< the mip level of a DDS, else the frame, from 0; negative ones count as 0
     EDataOrientation orientation = kTopLeft;
     IImageFormatHandler* formatHandler = nullptr;  ///< may be null
+    LoadPreferences preferences = {};              ///< of the thread that asked
 };
 
 }  // namespace Kavra::Devices

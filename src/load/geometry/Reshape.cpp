@@ -30,6 +30,7 @@ bool Scale(OIIO::ImageBuf& to, const OIIO::ImageBuf& from, Scaling scaling) {
         case Scaling::kAdaptive:
             return AdaptiveResize(to, from, false);
         case Scaling::kMitchell:
+        case Scaling::kChosen:
             return AdaptiveResize(to, from, true);
         case Scaling::kBilinear:
             return OIIO::ImageBufAlgo::resample(to, from, true);

@@ -4,6 +4,8 @@
 
 #include "load/geometry/Raster.h"
 
+#include <kavra/devices/Resampler.h>
+
 namespace Kavra::Devices {
 
 /// How pixels become those of another size.
@@ -12,6 +14,7 @@ enum class Scaling {
     kMitchell,  ///< filtered
     kBilinear,  ///< interpolated
     kNearest,   ///< sampled
+    kChosen,    ///< resampled with the filter of the options
 };
 
 /// What is wanted of a raster.
@@ -19,6 +22,7 @@ struct Reshaping {
     int width, height;  ///< of one face or slice, at least 1, and before rows and columns are reordered
     Scaling scaling = Scaling::kAdaptive;
     EDataOrientation from = kTopLeft, to = kTopLeft;
+    ResampleOptions options = {};  ///< their filter counts for `Scaling::kChosen` only
 };
 
 /// The raster at another size, or filtered at its own, packed in a block of its own; what the library cannot scale is
