@@ -71,6 +71,40 @@ TEST(Raster, NoImageReachesBeyondTheBytesUnderIt) {
     EXPECT_FALSE(WrapImage(PackedRaster(kBC1, 2, 3, bytes.data(), 6)).initialized());
 }
 
+TEST(Reshape, ARequestSaysHowPicturesOfALoadChange) {
+    const Reshaping plain = ReshapingFor({.orientation = kLeftTop}, 30, 20, kBottomRight);
+    EXPECT_EQ(plain.width, 30);
+    EXPECT_EQ(plain.height, 20);
+    EXPECT_EQ(plain.scaling, Scaling::kAdaptive);
+    EXPECT_EQ(plain.from, kBottomRight);
+    EXPECT_EQ(plain.to, kLeftTop);
+    EXPECT_FALSE(plain.options.alphaWeighted || plain.options.bounded || plain.options.linearLight);
+    EXPECT_EQ(ReshapingFor({.highQuality = true}, 1, 1, kTopLeft).scaling, Scaling::kMitchell);
+}
+
+TEST(Reshape, PreferencesChooseTheFilterAndWhatItLooksAt) {
+    LoadPreferences preferences;
+    preferences.alphaWeighted = true;
+    preferences.filter = kResampleBox;
+    const Reshaping unchosen = ReshapingFor({.preferences = preferences}, 1, 1, kTopLeft);
+    EXPECT_EQ(unchosen.scaling, Scaling::kAdaptive) << "a filter that is not chosen does not count";
+    EXPECT_TRUE(unchosen.options.alphaWeighted);
+    EXPECT_FALSE(unchosen.options.bounded || unchosen.options.linearLight);
+
+    preferences = {};
+    preferences.bounded = preferences.choosesFilter = true;
+    preferences.filter = kResampleBox;
+    const Reshaping chosen = ReshapingFor({.highQuality = true, .preferences = preferences}, 1, 1, kTopLeft);
+    EXPECT_EQ(chosen.scaling, Scaling::kChosen);
+    EXPECT_EQ(chosen.options.filter, kResampleBox);
+    EXPECT_TRUE(chosen.options.bounded);
+    EXPECT_FALSE(chosen.options.alphaWeighted || chosen.options.linearLight);
+
+    preferences = {};
+    preferences.linearLight = true;
+    EXPECT_TRUE(ReshapingFor({.preferences = preferences}, 1, 1, kTopLeft).options.linearLight);
+}
+
 TEST(Reshape, WithoutWorkTheBlockIsHandedOn) {
     Common::PixelBlock block = Common::NewZeroedBlock(6);
     const unsigned char* const before = block.get();

@@ -61,7 +61,25 @@ Raster Reordered(const Raster& raster, EDataOrientation from, EDataOrientation t
     return result;
 }
 
+Scaling ScalingFor(const LoadRequest& request) {
+    if (request.preferences.choosesFilter) return Scaling::kChosen;
+    return request.highQuality ? Scaling::kMitchell : Scaling::kAdaptive;
+}
+
 }  // namespace
+
+Reshaping ReshapingFor(const LoadRequest& request, int width, int height, EDataOrientation from) {
+    const LoadPreferences& preferences = request.preferences;
+    return {.width = width,
+            .height = height,
+            .scaling = ScalingFor(request),
+            .from = from,
+            .to = request.orientation,
+            .options = {.filter = preferences.filter,
+                        .alphaWeighted = preferences.alphaWeighted,
+                        .bounded = preferences.bounded,
+                        .linearLight = preferences.linearLight}};
+}
 
 Raster Scaled(const Raster& raster, int width, int height, Scaling scaling) {
     const OIIO::ImageBuf from = WrapImage(raster);

@@ -2,6 +2,7 @@
 /// resize service share.
 #pragma once
 
+#include "common/LoadRequest.h"
 #include "load/geometry/Raster.h"
 
 #include <kavra/devices/Resampler.h>
@@ -24,6 +25,10 @@ struct Reshaping {
     EDataOrientation from = kTopLeft, to = kTopLeft;
     ResampleOptions options = {};  ///< their filter counts for `Scaling::kChosen` only
 };
+
+/// What a load makes of a picture of rows and columns in the order `from`: `width` x `height` pixels before they are
+/// reordered, scaled as the request says, or with the filter that the preferences choose.
+Reshaping ReshapingFor(const LoadRequest& request, int width, int height, EDataOrientation from);
 
 /// The raster at another size, or filtered at its own, packed in a block of its own; what the library cannot scale is
 /// zero. Slices cannot be scaled. Empty where the raster holds fewer bytes than pixels. Throws `std::bad_alloc`, and
