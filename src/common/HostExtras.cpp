@@ -28,6 +28,8 @@ FloatsToFormat(const float* colours, std::size_t count, Devices::EFormat format,
 [[gnu::weak]] extern const char plainWrapperType __asm__("_ZTIN5Kavra7Objects18MemoryArrayWrapperIvhEE");
 [[gnu::weak]] void GetImageLimits(Devices::ImageLimits& limits) __asm__(
     "_ZN5Kavra7Devices14GetImageLimitsERNS0_11ImageLimitsE");
+[[gnu::weak]] void GetLoadPreferences(Devices::LoadPreferences& preferences) __asm__(
+    "_ZN5Kavra7Devices18GetLoadPreferencesERNS0_15LoadPreferencesE");
 [[gnu::weak]] bool IsPreferedHandler(const unsigned char* start, std::size_t bytes) __asm__(
     "_ZN5Kavra7Devices10EXRHandler17IsPreferedHandlerEPKhm");
 
@@ -62,6 +64,15 @@ Devices::ImageLimits HostImageLimits() {
     Devices::ImageLimits limits;
     if (Extras::GetImageLimits != nullptr) Extras::GetImageLimits(limits);
     return limits;
+}
+
+Devices::LoadPreferences HostLoadPreferences() {
+    Devices::LoadPreferences preferences;
+    if (Extras::GetLoadPreferences != nullptr) Extras::GetLoadPreferences(preferences);
+    const bool isKnown =
+        preferences.filter >= Devices::kResampleNearest && preferences.filter <= Devices::kResampleLanczos3;
+    if (!isKnown) preferences.choosesFilter = false;
+    return preferences;
 }
 
 void* NewZeroed(std::size_t bytes) {

@@ -5,6 +5,7 @@
 
 #include <kavra/devices/EFormat.h>
 #include <kavra/devices/ImageLimits.h>
+#include <kavra/devices/LoadPreferences.h>
 #include <kavra/objects/IMemoryWrapper.h>
 #include <kavra/objects/KString.h>
 
@@ -26,6 +27,10 @@ bool IsPlainWrapper(const Objects::IMemoryWrapper<void>& wrapper);
 
 /// The limits that the host has set for pictures; none where it knows of no such thing.
 Devices::ImageLimits HostImageLimits();
+
+/// The calling thread's preferences; the defaults where the host knows of no such thing. A filter that is none of those
+/// known here counts as none chosen.
+Devices::LoadPreferences HostLoadPreferences();
 
 /// Whether the host's OpenEXR reader wants the file at `path`, which begins with `start`. A host that does not judge by
 /// bytes is given the path, and may open the file.

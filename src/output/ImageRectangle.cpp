@@ -1,6 +1,7 @@
 // Reading a rectangle of an image object back.
 
 #include "common/Boundary.h"
+#include "common/HostExtras.h"
 #include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
 #include "common/PixelFormats.h"
@@ -99,7 +100,8 @@ IMemoryWrapper<void>* OIIOImage::LoadRect(ImageDescription& desc, vec2<int> orig
 
         Raster whole = PackedRaster(mFormat, mWidth, mHeight, mPixels.get(), 0);
         whole.bytes = whole.PackedBytes();
-        Raster cut = Reshape(CutOut(whole, origin, size), {.width = outSize.x, .height = outSize.y, .to = orientation});
+        const LoadRequest request{.orientation = orientation, .preferences = Common::HostLoadPreferences()};
+        Raster cut = Reshape(CutOut(whole, origin, size), ReshapingFor(request, outSize.x, outSize.y, kTopLeft));
         if (!cut) return nullptr;
 
         Common::SetPacked(desc, cut.width, cut.height, format);

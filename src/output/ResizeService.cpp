@@ -1,5 +1,6 @@
 #include "output/ResizeService.h"
 
+#include "common/HostExtras.h"
 #include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
 #include "common/WrappedBlock.h"
@@ -106,7 +107,9 @@ PixelBlock Filtered(const Source& source, EFormat format, ETextureType type, con
         Sys::Warning(L"invalid input parameter", nullptr);
         return nullptr;
     }
-    return Pack(Scaled(from, dstSize.x, dstSize.y, *scaling));
+    const LoadPreferences preferences = Common::HostLoadPreferences();
+    return Pack(Scaled(from, dstSize.x, dstSize.y, preferences.choosesFilter ? Scaling::kChosen : *scaling,
+                       OptionsOf(preferences)));
 }
 
 PixelBlock Resized(EResizeMethod method, const Source& source, EFormat format, ETextureType type,

@@ -1,6 +1,7 @@
 #include "output/CountingAllocator.h"
 #include "output/ImageFixture.h"
 
+#include <kavra/devices/LoadPreferences.h>
 #include <kavra/objects/ObjModel.h>
 
 #include <OpenImageIO/imagebufalgo.h>
@@ -175,6 +176,20 @@ TEST_F(ImageRectangle, IsScaledAsTexturesAre) {
         ASSERT_TRUE(OIIOImageHandler::AdaptiveResize(to, from, false));
         EXPECT_EQ(Load(image, {10, 20}, {40, 40}, size, kR8G8B8A8)->bytes, expected) << size.x;
     }
+}
+
+TEST_F(ImageRectangle, IsFilteredAsTheHostPrefersWhereSamplingWouldDo) {
+    std::vector<unsigned char> stripes(400);
+    for (std::size_t i = 0; i < stripes.size(); ++i)
+        stripes[i] = i % 2 == 0 ? 0 : 200;
+    const Image image = Filled(20, 20, kL8, stripes);
+    const auto sampled = Load(image, {0, 0}, {20, 20}, {4, 4}, kL8);
+    ASSERT_THAT(sampled->bytes, Each(testing::AnyOf(0, 200)));
+    LoadPreferences preferences;
+    preferences.choosesFilter = true;
+    const LoadPreferencesScope scope(preferences);
+    const auto filtered = Load(image, {0, 0}, {20, 20}, {4, 4}, kL8);
+    EXPECT_NEAR(filtered->bytes[5], 100, 5) << "stripes of 0 and 200 are narrower than the filter by far";
 }
 
 TEST_F(ImageRectangle, IsZeroWhereTheImageEndsAlsoWhenScaled) {

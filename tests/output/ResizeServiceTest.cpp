@@ -3,6 +3,7 @@
 #include "support/MessageRecorder.h"
 
 #include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/LoadPreferences.h>
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
@@ -389,6 +390,39 @@ TEST_F(ResizeFilter, OneIsTheMitchellFilter) {
             sum += Mitchell((i + 0.5 - (2 * x + 1)) / 2);
         EXPECT_NEAR(result[x], Mitchell((16.5 - (2 * x + 1)) / 2) / sum, 1e-5) << x;
     }
+}
+
+TEST_F(ResizeFilter, AFilterThatTheHostPrefersHoldsOverTheArgument) {
+    format = kR32F;
+    srcSize = {8, 1, 1};
+    UseElements<float>({0, 0, 0, 0, 1, 0, 0, 0});
+    dstSize = {4, 1, 1};
+    filter = kFilterMitchell;
+    const auto mitchell = Result(kResizeFilter, 16);
+    filter = kFilterNearest;
+    const auto nearest = Result(kResizeFilter, 16);
+    ASSERT_NE(nearest, mitchell);
+
+    LoadPreferences preferences;
+    preferences.choosesFilter = true;
+    const LoadPreferencesScope scope(preferences);
+    EXPECT_EQ(Result(kResizeFilter, 16), mitchell);
+    filter = static_cast<EImageFilterType>(3);
+    EXPECT_FALSE(Run(kResizeFilter)) << "what is no filter is refused all the same";
+    EXPECT_THAT(messages.Texts(), ElementsAre(L"invalid input parameter"));
+}
+
+TEST_F(ResizeFilter, AFilterThatIsNotChosenOrNotKnownLeavesTheArgumentsOwn) {
+    format = kL8;
+    Use(Counting(16));
+    LoadPreferences preferences;
+    preferences.filter = kResampleBox;
+    const LoadPreferencesScope unchosen(preferences);
+    EXPECT_THAT(Result(kResizeFilter, 4), testing::Optional(ElementsAre(6, 8, 14, 16)));
+    preferences.choosesFilter = true;
+    preferences.filter = static_cast<EResampleFilter>(99);
+    const LoadPreferencesScope unknown(preferences);
+    EXPECT_THAT(Result(kResizeFilter, 4), testing::Optional(ElementsAre(6, 8, 14, 16)));
 }
 
 TEST_F(ResizeFilter, ALargeFloatPictureIsHalved) {

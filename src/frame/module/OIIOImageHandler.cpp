@@ -4,6 +4,7 @@
 #include "analysis/LightDirections.h"
 #include "analysis/LightIntensity.h"
 #include "common/Boundary.h"
+#include "common/HostExtras.h"
 #include "formats/FormatConversion.h"
 #include "formats/PixelFormatMapping.h"
 #include "frame/module/Dispatch.h"
@@ -62,7 +63,8 @@ IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, cons
                                                     EDataOrientation orientation, IImageFormatHandler* formatHandler) {
     return AtBoundary<IMemoryWrapper<void>*>(nullptr, [&] {
         return Devices::LoadTexture(desc, path,
-                                    {width, height, format, highQualityResize, level, orientation, formatHandler});
+                                    {width, height, format, highQualityResize, level, orientation, formatHandler,
+                                     Common::HostLoadPreferences()});
     });
 }
 
@@ -81,14 +83,16 @@ unsigned char* OIIOImageHandler::LoadTextureByOIIO(ImageDescription& desc, const
                                                    int /*depth*/, EFormat format, bool highQualityResize, int level,
                                                    EDataOrientation orientation, IImageFormatHandler* formatHandler,
                                                    int fileType) {
-    const LoadRequest request{width, height, format, highQualityResize, level, orientation, formatHandler};
+    const LoadRequest request{width, height,      format,        highQualityResize,
+                              level, orientation, formatHandler, Common::HostLoadPreferences()};
     return Devices::LoadTextureByOIIO(desc, path, request, fileType).release();
 }
 
 unsigned char* OIIOImageHandler::LoadSpecial(ImageDescription& desc, const KString& path, int width, int height,
                                              bool highQualityResize, int level, EDataOrientation orientation,
                                              int fileType) {
-    const LoadRequest request{width, height, kUnknown, highQualityResize, level, orientation};
+    const LoadRequest request{width, height,      kUnknown, highQualityResize,
+                              level, orientation, nullptr,  Common::HostLoadPreferences()};
     return Devices::LoadSpecial(desc, path, request, fileType).value_or(nullptr).release();
 }
 

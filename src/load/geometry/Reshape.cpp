@@ -68,20 +68,23 @@ Scaling ScalingFor(const LoadRequest& request) {
 
 }  // namespace
 
+ResampleOptions OptionsOf(const LoadPreferences& preferences) {
+    return {.filter = preferences.filter,
+            .alphaWeighted = preferences.alphaWeighted,
+            .bounded = preferences.bounded,
+            .linearLight = preferences.linearLight};
+}
+
 Reshaping ReshapingFor(const LoadRequest& request, int width, int height, EDataOrientation from) {
-    const LoadPreferences& preferences = request.preferences;
     return {.width = width,
             .height = height,
             .scaling = ScalingFor(request),
             .from = from,
             .to = request.orientation,
-            .options = {.filter = preferences.filter,
-                        .alphaWeighted = preferences.alphaWeighted,
-                        .bounded = preferences.bounded,
-                        .linearLight = preferences.linearLight}};
+            .options = OptionsOf(request.preferences)};
 }
 
-Raster Scaled(const Raster& raster, int width, int height, Scaling scaling) {
+Raster Scaled(const Raster& raster, int width, int height, Scaling scaling, const ResampleOptions& /*options*/) {
     const OIIO::ImageBuf from = WrapImage(raster);
     if (!from.initialized()) return {};
     Raster result = NewRaster(raster, width, height);
@@ -93,7 +96,7 @@ Raster Scaled(const Raster& raster, int width, int height, Scaling scaling) {
 Raster Reshape(Raster raster, const Reshaping& wanted) {
     if (!raster.HoldsItsRows()) return {};
     if (raster.width != wanted.width || raster.height != wanted.height) {
-        raster = Scaled(raster, wanted.width, wanted.height, wanted.scaling);
+        raster = Scaled(raster, wanted.width, wanted.height, wanted.scaling, wanted.options);
     }
     if (raster && ToOIIOOrientation(wanted.from) != ToOIIOOrientation(wanted.to)) {
         raster = Reordered(raster, wanted.from, wanted.to);

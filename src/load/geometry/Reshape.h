@@ -26,6 +26,9 @@ struct Reshaping {
     ResampleOptions options = {};  ///< their filter counts for `Scaling::kChosen` only
 };
 
+/// What preferences say of resampling.
+ResampleOptions OptionsOf(const LoadPreferences& preferences);
+
 /// What a load makes of a picture of rows and columns in the order `from`: `width` x `height` pixels before they are
 /// reordered, scaled as the request says, or with the filter that the preferences choose.
 Reshaping ReshapingFor(const LoadRequest& request, int width, int height, EDataOrientation from);
@@ -33,7 +36,7 @@ Reshaping ReshapingFor(const LoadRequest& request, int width, int height, EDataO
 /// The raster at another size, or filtered at its own, packed in a block of its own; what the library cannot scale is
 /// zero. Slices cannot be scaled. Empty where the raster holds fewer bytes than pixels. Throws `std::bad_alloc`, and
 /// what the library throws.
-Raster Scaled(const Raster& raster, int width, int height, Scaling scaling);
+Raster Scaled(const Raster& raster, int width, int height, Scaling scaling, const ResampleOptions& options = {});
 
 /// The raster scaled, where its size is another, and then reordered, where that moves a pixel; without work the raster
 /// itself. Cube maps are mirrored and rotated by 180 degrees as the one picture that their faces stand on one another

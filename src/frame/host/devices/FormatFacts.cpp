@@ -1,10 +1,9 @@
+#include "common/KnownFields.h"
 #include "common/PixelFormats.h"
 
 #include <kavra/devices/FormatFacts.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <cstring>
 
 namespace Kavra::Devices {
 
@@ -21,7 +20,6 @@ bool GetFormatFacts(EFormat format, FormatFacts& facts) {
     const Common::PixelFormat& known = Common::FactsOf(format);
     if (known.value != format || !IsNamed(known)) return false;
     FormatFacts whole;
-    whole.size = facts.size;
     whole.name = known.name.data();
     if (!known.shortName.empty()) whole.shortName = known.shortName.data();  // an empty view may point nowhere
     whole.channels = known.channels + known.blockChannels;
@@ -31,7 +29,7 @@ bool GetFormatFacts(EFormat format, FormatFacts& facts) {
     whole.blueFirst = known.blueFirst;
     whole.hasAlpha = known.hasAlpha;
     whole.isInLibrary = known.inLibrary;
-    std::memcpy(&facts, &whole, std::min(std::size_t{facts.size}, sizeof(whole)));
+    Common::CopyKnownFields(whole, facts);
     return true;
 }
 
