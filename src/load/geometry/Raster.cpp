@@ -64,6 +64,15 @@ Raster PackedRaster(EFormat format, int width, int height, Common::PixelBlock bl
     return raster;
 }
 
+Raster NewRaster(EFormat format, int width, int height, int faces, int slices) {
+    Raster raster{.format = format, .width = width, .height = height, .faces = faces, .slices = slices};
+    raster.pitch = raster.RowBytes();
+    raster.block = NewRows(raster.RowCount(), raster.pitch, Contents::kUnspecified);
+    raster.first = raster.block.get();
+    raster.bytes = raster.PackedBytes();
+    return raster;
+}
+
 Raster CutOut(const Raster& whole, vec2<int> origin, vec2<int> size) {
     if (Contains(whole, origin, size)) {
         const std::size_t offset = OffsetOf(whole, origin.x, origin.y);

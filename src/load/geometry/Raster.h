@@ -40,6 +40,9 @@ Raster PackedRaster(EFormat format, int width, int height, const void* pixels, s
 /// The same in a block of their own.
 Raster PackedRaster(EFormat format, int width, int height, Common::PixelBlock block, std::size_t bytes);
 
+/// Packed pixels with unspecified contents in a block of their own. Throws `std::bad_alloc`.
+Raster NewRaster(EFormat format, int width, int height, int faces = 1, int slices = 1);
+
 /// A rectangle of a flat raster: a view of it where it lies inside, else a raster of its own, zero where it lies outside.
 /// `size` is at least 1 x 1, and the sums of the two fit an int. Throws `std::bad_alloc`.
 Raster CutOut(const Raster& whole, vec2<int> origin, vec2<int> size);

@@ -1,11 +1,8 @@
 #include "load/geometry/Reshape.h"
 
-#include "load/geometry/AdaptiveResize.h"
-#include "load/geometry/NewImage.h"
 #include "load/geometry/PixelGrid.h"
 #include "load/geometry/Reorientation.h"
-
-#include <OpenImageIO/imagebufalgo.h>
+#include "load/geometry/ResizeSteps.h"
 
 #include <cstring>
 #include <utility>
@@ -14,35 +11,10 @@ namespace Kavra::Devices {
 
 namespace {
 
-/// An empty raster like `raster` but for its size, packed in a block with unspecified contents.
-Raster NewRaster(const Raster& raster, int width, int height) {
-    Raster result{
-        .format = raster.format, .width = width, .height = height, .faces = raster.faces, .slices = raster.slices};
-    result.pitch = result.RowBytes();
-    result.block = NewRows(result.RowCount(), result.pitch, Contents::kUnspecified);
-    result.first = result.block.get();
-    result.bytes = result.PackedBytes();
-    return result;
-}
-
-bool Scale(OIIO::ImageBuf& to, const OIIO::ImageBuf& from, Scaling scaling) {
-    switch (scaling) {
-        case Scaling::kAdaptive:
-            return AdaptiveResize(to, from, false);
-        case Scaling::kMitchell:
-        case Scaling::kChosen:
-            return AdaptiveResize(to, from, true);
-        case Scaling::kBilinear:
-            return OIIO::ImageBufAlgo::resample(to, from, true);
-        case Scaling::kNearest:
-            return OIIO::ImageBufAlgo::resample(to, from, false);
-    }
-    return false;
-}
-
 Raster Reordered(const Raster& raster, EDataOrientation from, EDataOrientation to) {
     const bool swaps = SwapsSides(from, to);
-    Raster result = NewRaster(raster, swaps ? raster.height : raster.width, swaps ? raster.width : raster.height);
+    Raster result = NewRaster(raster.format, swaps ? raster.height : raster.width, swaps ? raster.width : raster.height,
+                              raster.faces, raster.slices);
     const int pictures = swaps ? raster.faces * raster.slices : raster.slices;
     const std::size_t rows = raster.RowCount() / static_cast<std::size_t>(pictures);
     auto* out = reinterpret_cast<unsigned char*>(result.block.get());
@@ -84,12 +56,14 @@ Reshaping ReshapingFor(const LoadRequest& request, int width, int height, EDataO
             .options = OptionsOf(request.preferences)};
 }
 
-Raster Scaled(const Raster& raster, int width, int height, Scaling scaling, const ResampleOptions& /*options*/) {
-    const OIIO::ImageBuf from = WrapImage(raster);
-    if (!from.initialized()) return {};
-    Raster result = NewRaster(raster, width, height);
-    OIIO::ImageBuf to = WrapImage(result);
-    if (!Scale(to, from, scaling)) std::memset(result.block.get(), 0, result.bytes);
+Raster Scaled(const Raster& raster, int width, int height, Scaling scaling, const ResampleOptions& options) {
+    if (!raster.HoldsItsRows()) return {};
+    Raster result = NewRaster(raster.format, width, height, raster.faces, raster.slices);
+    const auto steps = raster.slices == 1 ? PlanResize(ChangeOf(raster, width, height), scaling, options) : std::nullopt;
+    if (steps)
+        RunSteps(*steps, raster.first, raster.pitch, result.block.get());
+    else
+        std::memset(result.block.get(), 0, result.bytes);
     return result;
 }
 

@@ -1,0 +1,309 @@
+#include "common/resample/FilterMethod.h"
+
+#include "common/PixelFormats.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace Kavra::Common {
+
+namespace {
+
+using Devices::ElementType;
+
+constexpr std::size_t kBlockFloats = 256;  // across: these and the sums above them stay in the nearest cache
+constexpr std::size_t kBlockRows = 16;
+constexpr std::size_t kGroupBytes = 1 << 20;  // of sums: they stay in the next one
+constexpr std::size_t kRowsAtOnce = 4;
+
+bool IsInteger(ElementType element) {
+    return element == ElementType::kUInt8 || element == ElementType::kUInt16;
+}
+
+ResampleFilter FilterAlong(const Resampling& resampling, const ResampleAxis& axis) {
+    return {resampling.options.filter, axis.Ratio()};
+}
+
+/// Half of the width of the filter across, which the library takes for both directions.
+float RadiusOf(const Resampling& resampling) {
+    return FilterAlong(resampling, resampling.x).width / 2.0F;
+}
+
+float BoundOfTies(const AxisPlan::Sums& across, const AxisPlan::Sums& down) {
+    constexpr double kUnit = 1.0 / (1 << 24), kQuarter = 0.25;
+    const double a = across.total, b = down.total;
+    const double library = 4 * a * b + across.count * a * down.before + b * across.cumulative + 1;
+    const double here = a * (down.cumulative + b) + b * (across.cumulative + a);
+    const double bound = 1.01 * kUnit * (255 * (library + here) + 2 * 256);
+    return bound < kQuarter ? static_cast<float>(bound) : 0.0F;
+}
+
+}  // namespace
+
+// --- What is known before a row is -----------------------------------------------------------------------------------
+
+FilterMethod::FilterMethod(const Resampling& resampling)
+    : mPixels(resampling.pixels),
+      mColours(resampling.pixels, resampling.options),
+      mColumns(resampling.x, FilterAlong(resampling, resampling.x), RadiusOf(resampling),
+               !IsInteger(resampling.pixels.element)),
+      mRows(resampling.y, FilterAlong(resampling, resampling.y), RadiusOf(resampling), false),
+      mFromColumns(resampling.x.fromCount),
+      mFromRows(resampling.y.fromCount),
+      mChannels(static_cast<std::size_t>(resampling.pixels.channels)),
+      mFromElements(static_cast<std::size_t>(resampling.x.fromCount) * mChannels),
+      mToElements(static_cast<std::size_t>(resampling.x.toCount) * mChannels),
+      mElementBytes(resampling.PixelBytes() / mChannels),
+      mLeft(static_cast<std::size_t>(std::max<std::int64_t>(-mColumns.First(), 0))),
+      mRight(static_cast<std::size_t>(std::max<std::int64_t>(mColumns.End() - mFromColumns, 0))),
+      mStride((mLeft + mRight) * mChannels + mFromElements + kSlack),
+      mBounds(resampling.options.bounded && !IsInteger(resampling.pixels.element)) {
+    for (std::size_t x = 0; x < mColumns.Size(); ++x) {
+        const Reach& reach = mColumns.ReachOf(x);
+        const std::int64_t begin = reach.count > 0 ? reach.first + static_cast<std::int64_t>(mLeft) : 0;
+        mBegins.push_back(static_cast<std::uint32_t>(begin) * static_cast<std::uint32_t>(mChannels));
+        mCounts.push_back(static_cast<std::uint32_t>(reach.count));
+    }
+    const bool isExact = mPixels.element == ElementType::kUInt8 && mColours.IsPlain();
+    if (isExact) mTieBound = BoundOfTies(mColumns.LargestSums(), mRows.LargestSums());
+    mGroup = static_cast<int>(std::clamp<std::size_t>(kGroupBytes / (mStride * sizeof(float)), 1, 4) * kRowsAtOnce);
+}
+
+/// Reaches within the picture, at its edge where they lie beyond it.
+int FilterMethod::RowWithin(std::int64_t row) const {
+    return static_cast<int>(std::clamp<std::int64_t>(row, 0, mFromRows - 1));
+}
+
+RowSpan FilterMethod::Needs(int y) const {
+    const Reach& reach = mRows.ReachOf(static_cast<std::size_t>(y));
+    if (reach.count == 0) return {0, 0};
+    return {RowWithin(reach.first), RowWithin(reach.first + reach.count - 1) + 1};
+}
+
+// --- What a thread works in ------------------------------------------------------------------------------------------
+
+struct FilterMethod::Scratch {
+    Scratch(const FilterMethod& method, std::size_t group)
+        : loaded(kBlockRows * kLoadedStride),
+          weighted(method.mColours.IsWeighted() ? loaded.size() : 0),
+          sums(group * method.mStride),
+          low(method.mBounds ? sums.size() : 0),
+          high(low.size()),
+          across(kRowsAtOnce * (method.mToElements + kSlack)),
+          ties(method.mTieBound > 0 ? method.mColumns.Size() : 0) {}
+
+    static constexpr std::size_t kLoadedStride = kBlockFloats + kSlack;
+
+    std::vector<float> loaded, weighted;  ///< a block of the source
+    std::vector<float> sums, low, high;   ///< rows of the source's width and of the result's height
+    std::vector<float> across;            ///< rows of the result
+    std::vector<std::uint32_t> ties;
+    std::vector<const unsigned char*> rows;
+};
+
+// --- Down ------------------------------------------------------------------------------------------------------------
+
+/// Rows of the source from `row` on, which may lie beyond its ends, to the scratch.
+void FilterMethod::LoadBlock(const SourceRows& source, std::int64_t row, std::size_t rows, std::size_t begin,
+                             std::size_t width, Scratch& scratch) const {
+    const std::size_t offset = begin * mElementBytes;
+    for (std::size_t i = 0; i < rows; ++i) {
+        float* const loaded = scratch.loaded.data() + i * Scratch::kLoadedStride;
+        const auto from = static_cast<std::size_t>(RowWithin(row + static_cast<std::int64_t>(i)));
+        mColours.Decode(source.Row(from) + offset, width, loaded);
+        if (!mColours.IsWeighted()) continue;
+        float* const weighted = scratch.weighted.data() + i * Scratch::kLoadedStride;
+        std::copy_n(loaded, width, weighted);
+        mColours.Weight(weighted, width);
+    }
+}
+
+void FilterMethod::SumBlock(const SourceRows& source, int y, int count, std::size_t begin, std::size_t width,
+                            Scratch& scratch) const {
+    const ResampleKernels& kernels = GetResampleKernels();
+    const auto reachOf = [&](int i) { return mRows.ReachOf(static_cast<std::size_t>(y + i)); };
+    std::int64_t first = std::numeric_limits<std::int64_t>::max(), end = std::numeric_limits<std::int64_t>::min();
+    for (int i = 0; i < count; ++i) {
+        if (reachOf(i).count == 0) continue;
+        first = std::min(first, reachOf(i).first);
+        end = std::max(end, reachOf(i).first + reachOf(i).count);
+    }
+    std::vector<float>& values = mColours.IsWeighted() ? scratch.weighted : scratch.loaded;
+    for (std::int64_t row = first; row < end; row += kBlockRows) {
+        const auto rows = static_cast<std::size_t>(std::min<std::int64_t>(kBlockRows, end - row));
+        LoadBlock(source, row, rows, begin, width, scratch);
+        for (int i = 0; i < count; ++i) {
+            const Reach reach = reachOf(i);
+            const std::int64_t from = std::max(row, reach.first);
+            const std::int64_t to = std::min(row + static_cast<std::int64_t>(rows), reach.first + reach.count);
+            if (from >= to) continue;
+            const auto skipped = static_cast<std::size_t>(from - row), used = static_cast<std::size_t>(to - from);
+            const float* const weights = mRows.WeightsOf(static_cast<std::size_t>(y + i)) + (from - reach.first);
+            const std::size_t at = static_cast<std::size_t>(i) * mStride + mLeft * mChannels + begin;
+            const bool begins = from == reach.first;
+            const auto block = [&](std::vector<float>& floats) {
+                return FloatRows{floats.data() + skipped * Scratch::kLoadedStride, Scratch::kLoadedStride};
+            };
+            kernels.addRows(block(values), weights, used, width, scratch.sums.data() + at, begins);
+            if (mBounds) {
+                kernels.rangeRows(block(scratch.loaded), weights, used, width, scratch.low.data() + at,
+                                  scratch.high.data() + at, begins);
+            }
+        }
+    }
+}
+
+/// Blocks from left to right: what a block writes behind its end is the beginning of the next.
+void FilterMethod::SumDown(const SourceRows& source, int y, int count, Scratch& scratch) const {
+    const std::size_t blockFloats = kBlockFloats / mChannels * mChannels;
+    for (std::size_t begin = 0; begin < mFromElements; begin += blockFloats)
+        SumBlock(source, y, count, begin, std::min(blockFloats, mFromElements - begin), scratch);
+    for (int i = 0; i < count; ++i) {
+        const std::size_t at = static_cast<std::size_t>(i) * mStride;
+        if (mRows.ReachOf(static_cast<std::size_t>(y + i)).count == 0) {
+            std::fill_n(scratch.sums.begin() + static_cast<std::ptrdiff_t>(at), mStride, 0.0F);
+            if (mBounds) std::fill_n(scratch.low.begin() + static_cast<std::ptrdiff_t>(at), mStride, 0.0F);
+            if (mBounds) std::fill_n(scratch.high.begin() + static_cast<std::ptrdiff_t>(at), mStride, 0.0F);
+        }
+        ExtendEdges(scratch.sums.data() + at);
+        if (mBounds) ExtendEdges(scratch.low.data() + at);
+        if (mBounds) ExtendEdges(scratch.high.data() + at);
+    }
+}
+
+/// The first and the last pixel of a row again, as far as any reach goes beyond them.
+void FilterMethod::ExtendEdges(float* row) const {
+    float* const first = row + mLeft * mChannels;
+    for (float* pixel = row; pixel < first; pixel += mChannels)
+        std::copy_n(first, mChannels, pixel);
+    float* const end = first + mFromElements;
+    for (std::size_t i = 0; i < mRight; ++i)
+        std::copy_n(end - mChannels, mChannels, end + i * mChannels);
+}
+
+// --- Across ----------------------------------------------------------------------------------------------------------
+
+/// Brings a row of the result into the range of what lies under the filter. A value that is no number stays one.
+void FilterMethod::Bound(const float* low, const float* high, float* row) const {
+    for (std::size_t x = 0; x < mColumns.Size(); ++x) {
+        const float* const weights = mColumns.WeightsOf(x);
+        for (std::size_t c = 0; c < mChannels; ++c) {
+            float least = std::numeric_limits<float>::infinity(), most = -least;
+            for (std::size_t tap = 0; tap < mCounts[x]; ++tap) {
+                if (weights[tap] == 0.0F) continue;
+                const std::size_t at = mBegins[x] + tap * mChannels + c;
+                least = std::min(least, low[at]);
+                most = std::max(most, high[at]);
+            }
+            float& value = row[x * mChannels + c];
+            if (least > most) continue;
+            if (value < least) value = least;
+            if (value > most) value = most;
+        }
+    }
+}
+
+bool FilterMethod::IsInside(std::size_t x) const {
+    const std::int64_t first = mColumns.ReachOf(x).first;
+    return mCounts[x] > 0 && first >= 0 && first + mColumns.MaxCount() <= mFromColumns;
+}
+
+/// One pixel in the library's order of operations, in single precision: row by row, rows that weigh nothing left out.
+void FilterMethod::SumAgain(const std::vector<const unsigned char*>& rows, int y, std::size_t x,
+                            unsigned char* out) const {
+    const Reach& reach = mColumns.ReachOf(x);
+    const float* const rowWeights = mRows.WeightsOf(static_cast<std::size_t>(y));
+    const float* const weights = mColumns.WeightsOf(x);
+    std::array<float, 4> totals{};
+    for (std::size_t j = 0; j < rows.size(); ++j) {
+        if (rowWeights[j] == 0.0F) continue;
+        for (int i = 0; i < reach.count; ++i) {
+            const std::int64_t column = std::clamp<std::int64_t>(reach.first + i, 0, mFromColumns - 1);
+            const unsigned char* const pixel = rows[j] + static_cast<std::size_t>(column) * mChannels;
+            const float weight = rowWeights[j] * weights[i];
+            for (std::size_t c = 0; c < mChannels; ++c)
+                totals[c] += weight * (static_cast<float>(pixel[c]) * (1.0F / 255.0F));
+        }
+    }
+    for (std::size_t c = 0; c < mChannels; ++c)
+        out[c] = static_cast<unsigned char>(std::clamp(totals[c] * 255.0F + 0.5F, 0.0F, 255.0F));
+}
+
+void FilterMethod::SumTiesAgain(const SourceRows& source, int y, const Scratch& scratch, std::size_t ties,
+                                unsigned char* out) const {
+    const Reach& reach = mRows.ReachOf(static_cast<std::size_t>(y));
+    std::vector<const unsigned char*> rows(static_cast<std::size_t>(reach.count));
+    for (std::size_t j = 0; j < rows.size(); ++j)
+        rows[j] = source.Row(static_cast<std::size_t>(RowWithin(reach.first + static_cast<std::int64_t>(j))));
+
+    std::array<ExactSum, 4> sums{};
+    std::array<unsigned char*, 4> results{};
+    std::array<std::vector<const unsigned char*>, 4> starts;
+    for (auto& list : starts)
+        list.resize(rows.size());
+    std::size_t waiting = 0;
+    for (std::size_t i = 0; i < ties; ++i) {
+        const std::size_t x = scratch.ties[i];
+        if (mChannels != 4 || !IsInside(x)) {
+            SumAgain(rows, y, x, out + x * mChannels);
+            continue;
+        }
+        const std::size_t offset = static_cast<std::size_t>(mColumns.ReachOf(x).first) * mChannels;
+        for (std::size_t j = 0; j < rows.size(); ++j)
+            starts[waiting][j] = rows[j] + offset;
+        sums[waiting] = {.rows = starts[waiting].data(),
+                         .rowWeights = mRows.WeightsOf(static_cast<std::size_t>(y)),
+                         .rowCount = rows.size(),
+                         .weights = mColumns.WeightsOf(x),
+                         .count = static_cast<std::size_t>(mColumns.MaxCount())};
+        results[waiting] = out + x * mChannels;
+        if (++waiting < sums.size()) continue;
+        GetResampleKernels().exactFour(sums.data(), waiting, results.data());
+        waiting = 0;
+    }
+    if (waiting > 0) GetResampleKernels().exactFour(sums.data(), waiting, results.data());
+}
+
+/// From floats across to elements.
+void FilterMethod::Finish(const SourceRows& source, int y, Scratch& scratch, std::size_t row,
+                          unsigned char* out) const {
+    const ResampleKernels& kernels = GetResampleKernels();
+    float* const values = scratch.across.data() + row % kRowsAtOnce * (mToElements + kSlack);
+    if (mColours.IsWeighted()) mColours.Unweight(values, mToElements);
+    if (mBounds) Bound(scratch.low.data() + row * mStride, scratch.high.data() + row * mStride, values);
+    mColours.Encode(values, mToElements);
+    kernels.store(mPixels.element, values, mToElements, out);
+    if (mTieBound <= 0.0F) return;
+    const std::size_t ties =
+        kernels.findTies(values, mToElements, static_cast<int>(mChannels), mTieBound, scratch.ties.data());
+    if (ties > 0) SumTiesAgain(source, y, scratch, ties, out);
+}
+
+void FilterMethod::Make(const SourceRows& source, int y, int count, unsigned char* out) const {
+    const ResampleKernels& kernels = GetResampleKernels();
+    Scratch scratch(*this, static_cast<std::size_t>(std::min(count, mGroup)));
+    const RowWeights across{.begins = mBegins.data(),
+                            .counts = mCounts.data(),
+                            .weights = mColumns.WeightsOf(0),
+                            .stride = static_cast<std::size_t>(mColumns.MaxCount()),
+                            .size = mColumns.Size()};
+    for (int group = y; group < y + count; group += mGroup) {
+        const int rows = std::min(mGroup, y + count - group);
+        SumDown(source, group, rows, scratch);
+        for (int four = 0; four < rows; four += static_cast<int>(kRowsAtOnce)) {
+            const auto together = std::min(kRowsAtOnce, static_cast<std::size_t>(rows - four));
+            float* const sums = scratch.sums.data() + static_cast<std::size_t>(four) * mStride;
+            kernels.filterRows(static_cast<int>(mChannels),
+                               {{sums, mStride}, {scratch.across.data(), mToElements + kSlack}, together}, across);
+            for (std::size_t i = 0; i < together; ++i) {
+                Finish(source, group + four + static_cast<int>(i), scratch, static_cast<std::size_t>(four) + i, out);
+                out += mToElements * mElementBytes;
+            }
+        }
+    }
+}
+
+}  // namespace Kavra::Common

@@ -1,0 +1,71 @@
+/// Resampling with a separable filter: down first, which takes the most values and goes along memory, then across.
+///
+/// The library sums all pixels under the filter in one go, row by row. Two passes give the same sums but for their last
+/// bits, and an 8-bit value differs where the true one lies within those of a tie. Values so near to a tie are summed
+/// again in the library's own order, so that the bytes are the same.
+///
+/// The bound on the difference, in steps of 8 bits, with u = 2^-24 and all sums over absolute weights, A and B those of
+/// a row and a column, n the weights of a row, and C(...) the sum of partial sums, of which each addition can lose a
+/// u-th part:
+///   the library: four roundings a product, the additions, the scaling:  u 255 (4 A B + n A C(B without its last) +
+///                                                                       B C(A) + 1)
+///   here: products and additions of either pass:                        u 255 (A (C(B) + B) + B (C(A) + A))
+///   the half that is added before both round down:                      2 u 256
+/// Where that reaches a quarter, as in shrinking thirtyfold, nearly every value would be summed again; there the
+/// promise is to differ by 1 at most, and none is.
+///
+/// Physical limit: reading the source once. Each value of it is turned into a float once or a little more, and is
+/// multiplied and added as often as filters overlap along a column: four times for the cubics.
+#pragma once
+
+#include "common/resample/ResampleKernels.h"
+#include "common/resample/ResampleMethod.h"
+#include "common/resample/WorkingColours.h"
+
+#include <vector>
+
+namespace Kavra::Common {
+
+class FilterMethod final : public ResampleMethod {
+public:
+    explicit FilterMethod(const Resampling& resampling);
+
+    RowSpan Needs(int y) const override;
+    void Make(const SourceRows& source, int y, int count, unsigned char* out) const override;
+    int GroupRows() const override { return mGroup; }
+
+    /// How far, in steps of 8 bits, the two ways may be apart; 0 where nothing is summed again.
+    float TieBound() const { return mTieBound; }
+
+private:
+    struct Scratch;
+
+    void SumDown(const SourceRows& source, int y, int count, Scratch& scratch) const;
+    void SumBlock(const SourceRows& source, int y, int count, std::size_t begin, std::size_t width,
+                  Scratch& scratch) const;
+    void LoadBlock(const SourceRows& source, std::int64_t row, std::size_t rows, std::size_t begin, std::size_t width,
+                   Scratch& scratch) const;
+    void ExtendEdges(float* row) const;
+    void Bound(const float* low, const float* high, float* row) const;
+    void Finish(const SourceRows& source, int y, Scratch& scratch, std::size_t row, unsigned char* out) const;
+    void SumTiesAgain(const SourceRows& source, int y, const Scratch& scratch, std::size_t ties,
+                      unsigned char* out) const;
+    void SumAgain(const std::vector<const unsigned char*>& rows, int y, std::size_t x, unsigned char* out) const;
+    bool IsInside(std::size_t x) const;
+    int RowWithin(std::int64_t row) const;
+
+    ResamplePixels mPixels;
+    WorkingColours mColours;
+    AxisPlan mColumns, mRows;
+    int mFromColumns, mFromRows;
+    std::size_t mChannels, mFromElements, mToElements, mElementBytes;
+    std::size_t mLeft;    ///< pixels of the edge that stand again before the first one
+    std::size_t mRight;   ///< and behind the last one
+    std::size_t mStride;  ///< floats of a row with both
+    bool mBounds;
+    std::vector<std::uint32_t> mBegins, mCounts;
+    float mTieBound = 0.0F;
+    int mGroup = 4;
+};
+
+}  // namespace Kavra::Common

@@ -1,0 +1,53 @@
+#include "common/resample/ResampleMethod.h"
+
+#include "common/PixelFormats.h"
+#include "common/resample/FilterMethod.h"
+#include "common/resample/PointMethods.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Kavra::Common {
+
+namespace {
+
+constexpr int kMaxPosition = 1 << 30;
+constexpr double kMaxRowFloats = 1 << 29;
+
+bool IsPossible(const ResampleAxis& axis) {
+    const auto isSize = [](int size) { return size >= 1 && size <= kMaxPosition; };
+    const auto isStart = [](int start) { return start >= -kMaxPosition && start <= kMaxPosition; };
+    if (!isSize(axis.fromFull) || !isSize(axis.fromCount) || !isSize(axis.toFull) || !isSize(axis.toCount)) return false;
+    if (!isStart(axis.fromFullStart) || !isStart(axis.fromStart)) return false;
+    if (!isStart(axis.toFullStart) || !isStart(axis.toStart)) return false;
+    // Windows that lie far apart would be pixels made of an edge that is clamped for ever.
+    constexpr std::int64_t kSpare = 1 << 20;
+    const std::int64_t first = axis.At(0).pixel, last = axis.At(axis.toCount - 1).pixel;
+    return first >= -axis.fromCount - kSpare && last <= std::int64_t{2} * axis.fromCount + kSpare;
+}
+
+}  // namespace
+
+std::size_t Resampling::PixelBytes() const {
+    return static_cast<std::size_t>(pixels.channels * BytesOf(pixels.element));
+}
+
+bool Resampling::IsPossible() const {
+    if (pixels.channels < 1 || pixels.channels > 4 || BytesOf(pixels.element) == 0) return false;
+    if (pixels.alphaChannel >= pixels.channels) return false;
+    if (options.filter < Devices::kResampleNearest || options.filter > Devices::kResampleLanczos3) return false;
+    if (!Common::IsPossible(x) || !Common::IsPossible(y)) return false;
+    // The reach of the widest filter lies on either side of the row.
+    const double reach = 6.0 * std::max(1.0, 1.0 / static_cast<double>(x.Ratio()));
+    return (x.fromCount + 2 * reach) * pixels.channels < kMaxRowFloats;
+}
+
+std::unique_ptr<ResampleMethod> NewResampleMethod(const Resampling& resampling) {
+    const ResampleOptions& options = resampling.options;
+    if (options.filter == Devices::kResampleNearest) return std::make_unique<NearestMethod>(resampling);
+    const bool isPlain = !options.alphaWeighted && !options.linearLight;
+    if (options.filter == Devices::kResampleBilinear && isPlain) return std::make_unique<BilinearMethod>(resampling);
+    return std::make_unique<FilterMethod>(resampling);
+}
+
+}  // namespace Kavra::Common

@@ -1,0 +1,62 @@
+/// How rows of the result are made of rows of the source: one class a kind of filter.
+#pragma once
+
+#include "common/resample/AxisPlan.h"
+
+#include <kavra/devices/Resampler.h>
+
+#include <cstddef>
+#include <memory>
+
+namespace Kavra::Common {
+
+using Devices::ResampleOptions;
+using Devices::ResamplePixels;
+
+/// What is resampled: pixels, the two sides, and how.
+struct Resampling {
+    ResamplePixels pixels;
+    ResampleAxis x, y;
+    ResampleOptions options;
+
+    std::size_t PixelBytes() const;
+    std::size_t FromRowBytes() const { return static_cast<std::size_t>(x.fromCount) * PixelBytes(); }
+    std::size_t ToRowBytes() const { return static_cast<std::size_t>(x.toCount) * PixelBytes(); }
+    /// Whether there are pixels, on sides that can be computed with.
+    bool IsPossible() const;
+};
+
+/// Rows of the source in memory, `pitch` bytes apart: the picture, or a ring of `capacity` rows in which row y stands
+/// in place y modulo capacity. Somebody else's.
+struct SourceRows {
+    const unsigned char* first;
+    std::size_t pitch;
+    std::size_t capacity;
+
+    const unsigned char* Row(std::size_t y) const { return first + y % capacity * pitch; }
+};
+
+/// Rows of the source, from `first` to `end - 1`.
+struct RowSpan {
+    int first, end;
+};
+
+class ResampleMethod {
+public:
+    virtual ~ResampleMethod() = default;
+
+    /// The rows of the source that row `y` of the result is made of; none where it is 0 whatever they are.
+    virtual RowSpan Needs(int y) const = 0;
+
+    /// Makes rows `y` to `y + count - 1` of the result, packed, at `out`, on the caller's thread. Any number of threads
+    /// may do so side by side. Throws `std::bad_alloc`.
+    virtual void Make(const SourceRows& source, int y, int count, unsigned char* out) const = 0;
+
+    /// As many rows as `Make` does best at a time.
+    virtual int GroupRows() const { return 1; }
+};
+
+/// `resampling` is possible. Throws `std::bad_alloc`.
+std::unique_ptr<ResampleMethod> NewResampleMethod(const Resampling& resampling);
+
+}  // namespace Kavra::Common

@@ -1,0 +1,164 @@
+#include "common/resample/RowResampler.h"
+
+#include "common/Limits.h"
+#include "common/ParallelRange.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Kavra::Common {
+
+namespace {
+
+constexpr std::size_t kBandRows = 64;  // handed out at a time: enough for every core to have rows to decode
+constexpr std::size_t kBandBytes = std::size_t{8} << 20;
+constexpr std::size_t kSerialBytes = 1 << 16;  // of the result: less is not worth waking a worker
+
+/// Rows of the result, packed at `out`, split over all cores.
+void MakeRows(const ResampleMethod& method, const Resampling& resampling, const SourceRows& source, int y, int count,
+              unsigned char* out) {
+    const std::size_t rowBytes = resampling.ToRowBytes();
+    // A row costs as much as the longer side of it.
+    const std::size_t work = std::max(rowBytes, resampling.FromRowBytes());
+    ForEachRange(static_cast<std::size_t>(count), kSerialBytes / work, [&](std::size_t begin, std::size_t end) {
+        method.Make(source, y + static_cast<int>(begin), static_cast<int>(end - begin), out + begin * rowBytes);
+    });
+}
+
+}  // namespace
+
+// --- Whole -----------------------------------------------------------------------------------------------------------
+
+void Resample(const Resampling& resampling, const unsigned char* from, std::size_t pitch, unsigned char* to,
+              std::size_t toPitch) {
+    const std::unique_ptr<ResampleMethod> method = NewResampleMethod(resampling);
+    const SourceRows source{from, pitch, static_cast<std::size_t>(resampling.y.fromCount)};
+    const std::size_t rowBytes = resampling.ToRowBytes();
+    if (toPitch == rowBytes) return MakeRows(*method, resampling, source, 0, resampling.y.toCount, to);
+    const int group = method->GroupRows();
+    const auto groups = static_cast<std::size_t>((resampling.y.toCount + group - 1) / group);
+    ForEachRange(groups, 0, [&](std::size_t begin, std::size_t end) {
+        std::vector<unsigned char> rows(static_cast<std::size_t>(group) * rowBytes);
+        for (std::size_t i = begin; i < end; ++i) {
+            const int y = static_cast<int>(i) * group, count = std::min(group, resampling.y.toCount - y);
+            method->Make(source, y, count, rows.data());
+            for (int row = 0; row < count; ++row)
+                std::memcpy(to + static_cast<std::size_t>(y + row) * toPitch,
+                            rows.data() + static_cast<std::size_t>(row) * rowBytes, rowBytes);
+        }
+    });
+}
+
+void ResampleInto(const Resampling& resampling, const unsigned char* from, std::size_t pitch, RowSink& out) {
+    const std::unique_ptr<ResampleMethod> method = NewResampleMethod(resampling);
+    const SourceRows source{from, pitch, static_cast<std::size_t>(resampling.y.fromCount)};
+    for (int y = 0; y < resampling.y.toCount;) {
+        const std::span<unsigned char> rows = out.NextRows(static_cast<std::size_t>(resampling.y.toCount - y));
+        const int count = static_cast<int>(rows.size() / resampling.ToRowBytes());
+        if (count == 0) return;
+        MakeRows(*method, resampling, source, y, count, rows.data());
+        y += count;
+    }
+}
+
+// --- Row by row ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Rows of a ring for rows of the result that need `longest` rows each: as many again, so that a good many can be made
+/// side by side, and a band to decode into.
+std::size_t RingRows(const Resampling& resampling, std::size_t longest) {
+    const std::size_t rowBytes = std::max<std::size_t>(resampling.FromRowBytes(), 1);
+    const std::size_t band = std::clamp<std::size_t>(kBandBytes / rowBytes, 1, kBandRows);
+    return std::min(static_cast<std::size_t>(resampling.y.fromCount), longest + std::max(band, longest));
+}
+
+}  // namespace
+
+RowResampler::RowResampler(const Resampling& resampling, RowSink& out)
+    : mResampling(resampling),
+      mOut(out),
+      mMethod(NewResampleMethod(resampling)),
+      mFirst(static_cast<std::size_t>(resampling.y.toCount)),
+      mRowBytes(resampling.FromRowBytes()) {
+    int first = resampling.y.fromCount;
+    std::size_t longest = 1;
+    for (int y = resampling.y.toCount; y-- > 0;) {
+        const RowSpan needs = mMethod->Needs(y);
+        if (needs.end > needs.first) first = std::min(first, needs.first);
+        mFirst[static_cast<std::size_t>(y)] = first;
+        longest = std::max(longest, static_cast<std::size_t>(std::max(needs.end - first, 1)));
+    }
+    mCapacity = RingRows(resampling, longest);
+    const std::size_t spare = mCapacity - std::min(longest, mCapacity);
+    mMinReady = std::max<std::size_t>(
+        spare * static_cast<std::size_t>(resampling.y.toCount) / static_cast<std::size_t>(resampling.y.fromCount), 1);
+    mRing.resize(mCapacity * mRowBytes);
+}
+
+std::uint64_t RowResampler::BytesFor(const Resampling& resampling) {
+    const auto taps = [&](const ResampleAxis& axis) {
+        const double ratio = static_cast<double>(axis.Ratio());
+        const ResampleFilter filter(resampling.options.filter, axis.Ratio());
+        return static_cast<std::uint64_t>(static_cast<double>(filter.width) / ratio) + 8;
+    };
+    const auto weights = [&](const ResampleAxis& axis) {
+        return Product<std::uint64_t>(static_cast<std::uint64_t>(axis.toCount), taps(axis) * sizeof(float));
+    };
+    const std::size_t rows = RingRows(resampling, static_cast<std::size_t>(taps(resampling.y)));
+    const std::uint64_t ring = Product<std::uint64_t>(rows, resampling.FromRowBytes());
+    return Sum<std::uint64_t>(ring, Sum<std::uint64_t>(weights(resampling.x), weights(resampling.y)));
+}
+
+std::size_t RowResampler::FirstNeeded() const {
+    return mGiven < mResampling.y.toCount ? static_cast<std::size_t>(mFirst[static_cast<std::size_t>(mGiven)]) : mTaken;
+}
+
+/// Rows of the result, behind those that are given, whose rows of the source are complete.
+int RowResampler::RowsReady() const {
+    int ready = 0;
+    while (mGiven + ready < mResampling.y.toCount &&
+           static_cast<std::size_t>(mMethod->Needs(mGiven + ready).end) <= mTaken)
+        ++ready;
+    return ready;
+}
+
+void RowResampler::Give(int count) {
+    const SourceRows source{mRing.data(), mRowBytes, mCapacity};
+    while (count > 0) {
+        const std::span<unsigned char> rows = mOut.NextRows(static_cast<std::size_t>(count));
+        const int given = static_cast<int>(rows.size() / mResampling.ToRowBytes());
+        if (given == 0) return;
+        MakeRows(*mMethod, mResampling, source, mGiven, given, rows.data());
+        mGiven += given;
+        count -= given;
+    }
+}
+
+/// Rows that may be written before another row of the result is made.
+std::size_t RowResampler::FreeRows() const {
+    return mCapacity - (mTaken - std::min(FirstNeeded(), mTaken));
+}
+
+std::span<unsigned char> RowResampler::NextRows(std::size_t most) {
+    mTaken = mHanded;
+    const std::size_t left = static_cast<std::size_t>(mResampling.y.fromCount) - mTaken;
+    if (left == 0) return {};
+    const int ready = RowsReady();
+    const bool isWorth = static_cast<std::size_t>(ready) >= mMinReady;
+    if (ready > 0 && (isWorth || FreeRows() == 0)) Give(ready);
+    const std::size_t place = mTaken % mCapacity;
+    const std::size_t count = std::min({most, FreeRows(), left, mCapacity - place});
+    const std::span<unsigned char> rows(mRing.data() + place * mRowBytes, count * mRowBytes);
+    std::ranges::fill(rows, static_cast<unsigned char>(0));
+    mHanded = mTaken + count;
+    return rows;
+}
+
+void RowResampler::Finish() {
+    while (!NextRows(kBandRows).empty()) {
+    }
+    Give(mResampling.y.toCount - mGiven);
+}
+
+}  // namespace Kavra::Common

@@ -1,0 +1,111 @@
+#include "common/resample/WorkingColours.h"
+
+#include "common/resample/ResampleKernels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+namespace Kavra::Common {
+
+namespace {
+
+using Devices::ElementType;
+
+/// IEC 61966-2-1, from what is stored to light and back, both 0 to 1.
+float LightOfSrgb(float v) {
+    return v <= 0.04045F ? v / 12.92F : std::pow((v + 0.055F) / 1.055F, 2.4F);
+}
+float SrgbOfLight(float v) {
+    return v <= 0.0031308F ? v * 12.92F : 1.055F * std::pow(v, 1.0F / 2.4F) - 0.055F;
+}
+
+float LargestOf(ElementType element) {
+    switch (element) {
+        case ElementType::kUInt8:
+            return 255.0F;
+        case ElementType::kUInt16:
+            return 65535.0F;
+        default:
+            return 1.0F;
+    }
+}
+
+/// Of the whole: small enough to be seen in no pixel that anything opaque lies near, and large enough to leave colours
+/// their digits where nothing does.
+constexpr float kTransparentWeight = 1.0F / (1 << 20);
+
+}  // namespace
+
+WorkingColours::WorkingColours(const ResamplePixels& pixels, const ResampleOptions& options)
+    : mElement(pixels.element),
+      mChannels(static_cast<std::size_t>(pixels.channels)),
+      mAlpha(pixels.alphaChannel < 0 ? mChannels : static_cast<std::size_t>(pixels.alphaChannel)),
+      mIsWeighted(options.alphaWeighted && mAlpha < mChannels && mChannels > 1),
+      mFull(LargestOf(pixels.element)),
+      mNothing(mFull * kTransparentWeight) {
+    const bool isInteger = mElement == ElementType::kUInt8 || mElement == ElementType::kUInt16;
+    if (!options.linearLight || !isInteger) return;
+    mDecoded.resize(static_cast<std::size_t>(mFull) + 1);
+    for (std::size_t v = 0; v < mDecoded.size(); ++v)
+        mDecoded[v] = LightOfSrgb(static_cast<float>(v) / mFull) * mFull;
+}
+
+template <class T>
+void WorkingColours::DecodeCurve(const unsigned char* in, std::size_t count, float* out) const {
+    for (std::size_t pixel = 0; pixel < count; pixel += mChannels) {
+        for (std::size_t c = 0; c < mChannels; ++c) {
+            T value;
+            std::memcpy(&value, in + (pixel + c) * sizeof(T), sizeof(T));
+            out[pixel + c] = c == mAlpha ? static_cast<float>(value) : mDecoded[value];
+        }
+    }
+}
+
+void WorkingColours::Decode(const unsigned char* in, std::size_t count, float* out) const {
+    if (mDecoded.empty()) return GetResampleKernels().toFloats(mElement, in, count, out);
+    if (mElement == ElementType::kUInt8) return DecodeCurve<std::uint8_t>(in, count, out);
+    DecodeCurve<std::uint16_t>(in, count, out);
+}
+
+void WorkingColours::Weight(float* values, std::size_t count) const {
+    if (mChannels == 4 && mAlpha == 3) {  // the usual one, so that the compiler knows its shape
+        for (float* pixel = values; pixel < values + count; pixel += 4) {
+            const float weight = pixel[3] + mNothing;
+            pixel[0] *= weight;
+            pixel[1] *= weight;
+            pixel[2] *= weight;
+        }
+        return;
+    }
+    for (float* pixel = values; pixel < values + count; pixel += mChannels) {
+        const float weight = pixel[mAlpha] + mNothing;
+        for (std::size_t c = 0; c < mChannels; ++c)
+            if (c != mAlpha) pixel[c] *= weight;
+    }
+}
+
+void WorkingColours::Unweight(float* values, std::size_t count) const {
+    for (float* pixel = values; pixel < values + count; pixel += mChannels) {
+        const float weight = pixel[mAlpha] + mNothing;
+        // Below nothing there is only overshoot, whose colours mean nothing.
+        const bool hasColour = weight > mNothing / 4;
+        for (std::size_t c = 0; c < mChannels; ++c)
+            if (c != mAlpha) pixel[c] = hasColour ? pixel[c] / weight : 0.0F;
+    }
+}
+
+float WorkingColours::EncodedColour(float value) const {
+    return SrgbOfLight(std::clamp(value / mFull, 0.0F, 1.0F)) * mFull;
+}
+
+void WorkingColours::Encode(float* values, std::size_t count) const {
+    if (mDecoded.empty()) return;
+    for (std::size_t pixel = 0; pixel < count; pixel += mChannels) {
+        for (std::size_t c = 0; c < mChannels; ++c)
+            if (c != mAlpha) values[pixel + c] = EncodedColour(values[pixel + c]);
+    }
+}
+
+}  // namespace Kavra::Common

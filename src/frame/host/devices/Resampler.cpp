@@ -1,0 +1,82 @@
+#include <kavra/devices/Resampler.h>
+
+#include "common/resample/RowResampler.h"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+#include <vector>
+
+namespace Kavra::Devices {
+
+namespace {
+
+using Common::Resampling;
+
+Resampling Between(const ResamplePixels& pixels, int fromWidth, int fromHeight, int toWidth, int toHeight,
+                   const ResampleOptions& options) {
+    return {pixels, Common::ResampleAxis::Whole(fromWidth, toWidth), Common::ResampleAxis::Whole(fromHeight, toHeight),
+            options};
+}
+
+/// Rows of the result on their way to whoever takes them: those that were handed out before are complete as soon as
+/// more are asked for.
+class RowsToSink final : public Common::RowSink {
+public:
+    RowsToSink(IRowSink& sink, std::size_t rowBytes) : mSink(sink), mRowBytes(rowBytes) {}
+
+    std::span<unsigned char> NextRows(std::size_t most) override {
+        if (!Deliver()) return {};
+        mRows.resize(std::min(most, kRows) * mRowBytes);
+        return mRows;
+    }
+
+    /// Hands on what is complete. False where the sink said so once.
+    bool Deliver() {
+        if (!mRows.empty() && mIsWanted) {
+            mIsWanted = mSink.WriteRows(mRows.data(), static_cast<int>(mRows.size() / mRowBytes));
+            mRows.clear();
+        }
+        return mIsWanted;
+    }
+
+private:
+    static constexpr std::size_t kRows = 64;
+
+    IRowSink& mSink;
+    std::size_t mRowBytes;
+    std::vector<unsigned char> mRows;
+    bool mIsWanted = true;
+};
+
+}  // namespace
+
+bool ResamplePicture(const ResamplePixels& pixels, const void* from, std::size_t fromPitch, int fromWidth,
+                     int fromHeight, void* to, std::size_t toPitch, int toWidth, int toHeight,
+                     const ResampleOptions& options) {
+    const Resampling resampling = Between(pixels, fromWidth, fromHeight, toWidth, toHeight, options);
+    if (from == nullptr || to == nullptr || !resampling.IsPossible()) return false;
+    if (fromPitch < resampling.FromRowBytes() || toPitch < resampling.ToRowBytes()) return false;
+    Common::Resample(resampling, static_cast<const unsigned char*>(from), fromPitch, static_cast<unsigned char*>(to),
+                     toPitch);
+    return true;
+}
+
+bool ResampleRows(const ResamplePixels& pixels, IRowSource& source, int fromWidth, int fromHeight, IRowSink& sink,
+                  int toWidth, int toHeight, const ResampleOptions& options) {
+    const Resampling resampling = Between(pixels, fromWidth, fromHeight, toWidth, toHeight, options);
+    if (!resampling.IsPossible()) return false;
+    RowsToSink out(sink, resampling.ToRowBytes());
+    Common::RowResampler resampler(resampling, out);
+    constexpr std::size_t kRows = 64;
+    for (int done = 0; done < fromHeight;) {
+        const std::span<unsigned char> rows = resampler.NextRows(kRows);
+        const int count = static_cast<int>(rows.size() / resampling.FromRowBytes());
+        if (count == 0 || !source.ReadRows(rows.data(), count)) return false;
+        done += count;
+    }
+    resampler.Finish();
+    return out.Deliver();
+}
+
+}  // namespace Kavra::Devices
