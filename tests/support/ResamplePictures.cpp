@@ -58,8 +58,8 @@ void Picture::Set(std::size_t i, float value) {
     } else if (element == ElementType::kFloat) {
         std::memcpy(at, &value, sizeof(value));
     } else {
-        const std::uint16_t bits = element == ElementType::kUInt16 ? static_cast<std::uint16_t>(scaled(65535))
-                                                                   : Imath::half(value).bits();
+        const std::uint16_t bits =
+            element == ElementType::kUInt16 ? static_cast<std::uint16_t>(scaled(65535)) : Imath::half(value).bits();
         std::memcpy(at, &bits, sizeof(bits));
     }
 }

@@ -21,9 +21,9 @@ struct Picture {
     std::size_t ElementBytes() const;
     std::size_t RowBytes() const;
     std::size_t Values() const { return bytes.size() / ElementBytes(); }
-    float Value(std::size_t i) const;          ///< the number itself
-    int Step(std::size_t i) const;             ///< numbers next to each other are one step apart; not for floats
-    void Set(std::size_t i, float value);      ///< 0 to 1 for integers
+    float Value(std::size_t i) const;      ///< the number itself
+    int Step(std::size_t i) const;         ///< numbers next to each other are one step apart; not for floats
+    void Set(std::size_t i, float value);  ///< 0 to 1 for integers
     float At(int x, int y, int channel) const;
 };
 

@@ -2,11 +2,14 @@
 
 #include "common/PixelFormats.h"
 
+#include <hwy/cache_control.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <optional>
 
 namespace Kavra::Common {
 
@@ -14,13 +17,21 @@ namespace {
 
 using Devices::ElementType;
 
-constexpr std::size_t kBlockFloats = 256;  // across: these and the sums above them stay in the nearest cache
+constexpr std::size_t kBlockFloats = 512;  // across: these and the sums above them stay in the nearest cache
 constexpr std::size_t kBlockRows = 16;
 constexpr std::size_t kGroupBytes = 1 << 20;  // of sums: they stay in the next one
 constexpr std::size_t kRowsAtOnce = 4;
 
 bool IsInteger(ElementType element) {
     return element == ElementType::kUInt8 || element == ElementType::kUInt16;
+}
+
+/// Asks for the next block of a row: the processor's own reading ahead loses a row over all the others in between.
+/// Asking for what lies behind the source is harmless.
+void ReadAhead(const unsigned char* next, std::size_t bytes) {
+    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(next);
+    for (std::size_t line = 0; line < bytes; line += 64)
+        hwy::Prefetch(reinterpret_cast<const unsigned char*>(ahead + line));  // NOLINT(performance-no-int-to-ptr)
 }
 
 ResampleFilter FilterAlong(const Resampling& resampling, const ResampleAxis& axis) {
@@ -69,7 +80,8 @@ FilterMethod::FilterMethod(const Resampling& resampling)
     }
     const bool isExact = mPixels.element == ElementType::kUInt8 && mColours.IsPlain();
     if (isExact) mTieBound = BoundOfTies(mColumns.LargestSums(), mRows.LargestSums());
-    mGroup = static_cast<int>(std::clamp<std::size_t>(kGroupBytes / (mStride * sizeof(float)), 1, 4) * kRowsAtOnce);
+    mGroup = static_cast<int>(std::clamp<std::size_t>(kGroupBytes / (mStride * sizeof(float)) / kRowsAtOnce, 1, 8) *
+                              kRowsAtOnce);
 }
 
 /// Reaches within the picture, at its edge where they lie beyond it.
@@ -78,9 +90,7 @@ int FilterMethod::RowWithin(std::int64_t row) const {
 }
 
 RowSpan FilterMethod::Needs(int y) const {
-    const Reach& reach = mRows.ReachOf(static_cast<std::size_t>(y));
-    if (reach.count == 0) return {0, 0};
-    return {RowWithin(reach.first), RowWithin(reach.first + reach.count - 1) + 1};
+    return ClampedSpan(mRows.ReachOf(static_cast<std::size_t>(y)), mFromRows);
 }
 
 // --- What a thread works in ------------------------------------------------------------------------------------------
@@ -106,51 +116,72 @@ struct FilterMethod::Scratch {
 
 // --- Down ------------------------------------------------------------------------------------------------------------
 
-/// Rows of the source from `row` on, which may lie beyond its ends, to the scratch.
-void FilterMethod::LoadBlock(const SourceRows& source, std::int64_t row, std::size_t rows, std::size_t begin,
-                             std::size_t width, Scratch& scratch) const {
-    const std::size_t offset = begin * mElementBytes;
+/// Floats that can be summed where they lie: whole vectors of them are read, so not at the end of a row.
+std::optional<FloatRows> FilterMethod::BlockInPlace(const SourceRows& source, std::int64_t row, std::size_t rows,
+                                                    const Block& block) const {
+    if (mPixels.element != ElementType::kFloat || !mColours.IsPlain()) return std::nullopt;
+    if (row < 0 || row + static_cast<std::int64_t>(rows) > mFromRows) return std::nullopt;
+    if (block.begin + block.width + kSlack > mFromElements) return std::nullopt;
+    if (static_cast<std::size_t>(row) % source.capacity + rows > source.capacity) return std::nullopt;
+    const unsigned char* const first = source.Row(static_cast<std::size_t>(row)) + block.begin * mElementBytes;
+    const bool isAligned = reinterpret_cast<std::uintptr_t>(first) % sizeof(float) == 0;
+    if (!isAligned || source.pitch % sizeof(float) != 0) return std::nullopt;
+    for (std::size_t i = 0; i < rows; ++i)
+        ReadAhead(first + i * source.pitch + block.width * mElementBytes, block.width * mElementBytes);
+    return FloatRows{const_cast<float*>(reinterpret_cast<const float*>(first)), source.pitch / sizeof(float)};
+}
+
+/// Rows of the source from `row` on, which may lie beyond its ends, as floats in the scratch.
+FloatRows FilterMethod::LoadBlock(const SourceRows& source, std::int64_t row, std::size_t rows, const Block& block,
+                                  Scratch& scratch) const {
+    const std::size_t bytes = block.width * mElementBytes;
     for (std::size_t i = 0; i < rows; ++i) {
         float* const loaded = scratch.loaded.data() + i * Scratch::kLoadedStride;
         const auto from = static_cast<std::size_t>(RowWithin(row + static_cast<std::int64_t>(i)));
-        mColours.Decode(source.Row(from) + offset, width, loaded);
+        const unsigned char* const in = source.Row(from) + block.begin * mElementBytes;
+        ReadAhead(in + bytes, bytes);
+        mColours.Decode(in, block.width, loaded);
         if (!mColours.IsWeighted()) continue;
         float* const weighted = scratch.weighted.data() + i * Scratch::kLoadedStride;
-        std::copy_n(loaded, width, weighted);
-        mColours.Weight(weighted, width);
+        std::copy_n(loaded, block.width, weighted);
+        mColours.Weight(weighted, block.width);
     }
+    return {mColours.IsWeighted() ? scratch.weighted.data() : scratch.loaded.data(), Scratch::kLoadedStride};
 }
 
-void FilterMethod::SumBlock(const SourceRows& source, int y, int count, std::size_t begin, std::size_t width,
-                            Scratch& scratch) const {
-    const ResampleKernels& kernels = GetResampleKernels();
-    const auto reachOf = [&](int i) { return mRows.ReachOf(static_cast<std::size_t>(y + i)); };
-    std::int64_t first = std::numeric_limits<std::int64_t>::max(), end = std::numeric_limits<std::int64_t>::min();
-    for (int i = 0; i < count; ++i) {
-        if (reachOf(i).count == 0) continue;
-        first = std::min(first, reachOf(i).first);
-        end = std::max(end, reachOf(i).first + reachOf(i).count);
+/// The rows of the source that rows `y` to `y + count - 1` of the result are made of.
+FilterMethod::Rows FilterMethod::ReachOf(int y, int count) const {
+    Rows all{std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()};
+    for (int i = y; i < y + count; ++i) {
+        const Reach& reach = mRows.ReachOf(static_cast<std::size_t>(i));
+        if (reach.count == 0) continue;
+        all = {std::min(all.first, reach.first), std::max(all.end, reach.first + reach.count)};
     }
-    std::vector<float>& values = mColours.IsWeighted() ? scratch.weighted : scratch.loaded;
-    for (std::int64_t row = first; row < end; row += kBlockRows) {
-        const auto rows = static_cast<std::size_t>(std::min<std::int64_t>(kBlockRows, end - row));
-        LoadBlock(source, row, rows, begin, width, scratch);
+    return all;
+}
+
+void FilterMethod::SumBlock(const SourceRows& source, int y, int count, const Block& block, Scratch& scratch) const {
+    const ResampleKernels& kernels = GetResampleKernels();
+    const Rows all = ReachOf(y, count);
+    for (std::int64_t row = all.first; row < all.end; row += kBlockRows) {
+        const auto rows = static_cast<std::size_t>(std::min<std::int64_t>(kBlockRows, all.end - row));
+        const std::optional<FloatRows> inPlace = BlockInPlace(source, row, rows, block);
+        const FloatRows values = inPlace ? *inPlace : LoadBlock(source, row, rows, block, scratch);
+        const FloatRows colours = inPlace ? *inPlace : FloatRows{scratch.loaded.data(), Scratch::kLoadedStride};
         for (int i = 0; i < count; ++i) {
-            const Reach reach = reachOf(i);
+            const Reach& reach = mRows.ReachOf(static_cast<std::size_t>(y + i));
             const std::int64_t from = std::max(row, reach.first);
             const std::int64_t to = std::min(row + static_cast<std::int64_t>(rows), reach.first + reach.count);
             if (from >= to) continue;
             const auto skipped = static_cast<std::size_t>(from - row), used = static_cast<std::size_t>(to - from);
             const float* const weights = mRows.WeightsOf(static_cast<std::size_t>(y + i)) + (from - reach.first);
-            const std::size_t at = static_cast<std::size_t>(i) * mStride + mLeft * mChannels + begin;
+            const std::size_t at = static_cast<std::size_t>(i) * mStride + mLeft * mChannels + block.begin;
             const bool begins = from == reach.first;
-            const auto block = [&](std::vector<float>& floats) {
-                return FloatRows{floats.data() + skipped * Scratch::kLoadedStride, Scratch::kLoadedStride};
-            };
-            kernels.addRows(block(values), weights, used, width, scratch.sums.data() + at, begins);
+            kernels.addRows({values.Row(skipped), values.stride}, weights, used, block.width, scratch.sums.data() + at,
+                            begins);
             if (mBounds) {
-                kernels.rangeRows(block(scratch.loaded), weights, used, width, scratch.low.data() + at,
-                                  scratch.high.data() + at, begins);
+                kernels.rangeRows({colours.Row(skipped), colours.stride}, weights, used, block.width,
+                                  scratch.low.data() + at, scratch.high.data() + at, begins);
             }
         }
     }
@@ -160,7 +191,7 @@ void FilterMethod::SumBlock(const SourceRows& source, int y, int count, std::siz
 void FilterMethod::SumDown(const SourceRows& source, int y, int count, Scratch& scratch) const {
     const std::size_t blockFloats = kBlockFloats / mChannels * mChannels;
     for (std::size_t begin = 0; begin < mFromElements; begin += blockFloats)
-        SumBlock(source, y, count, begin, std::min(blockFloats, mFromElements - begin), scratch);
+        SumBlock(source, y, count, {begin, std::min(blockFloats, mFromElements - begin)}, scratch);
     for (int i = 0; i < count; ++i) {
         const std::size_t at = static_cast<std::size_t>(i) * mStride;
         if (mRows.ReachOf(static_cast<std::size_t>(y + i)).count == 0) {

@@ -22,6 +22,8 @@
 #include "common/resample/ResampleMethod.h"
 #include "common/resample/WorkingColours.h"
 
+#include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace Kavra::Common {
@@ -39,12 +41,21 @@ public:
 
 private:
     struct Scratch;
+    /// Floats of a row, whole pixels.
+    struct Block {
+        std::size_t begin, width;
+    };
+    struct Rows {
+        std::int64_t first, end;
+    };
 
     void SumDown(const SourceRows& source, int y, int count, Scratch& scratch) const;
-    void SumBlock(const SourceRows& source, int y, int count, std::size_t begin, std::size_t width,
-                  Scratch& scratch) const;
-    void LoadBlock(const SourceRows& source, std::int64_t row, std::size_t rows, std::size_t begin, std::size_t width,
-                   Scratch& scratch) const;
+    void SumBlock(const SourceRows& source, int y, int count, const Block& block, Scratch& scratch) const;
+    std::optional<FloatRows> BlockInPlace(const SourceRows& source, std::int64_t row, std::size_t rows,
+                                          const Block& block) const;
+    FloatRows LoadBlock(const SourceRows& source, std::int64_t row, std::size_t rows, const Block& block,
+                        Scratch& scratch) const;
+    Rows ReachOf(int y, int count) const;
     void ExtendEdges(float* row) const;
     void Bound(const float* low, const float* high, float* row) const;
     void Finish(const SourceRows& source, int y, Scratch& scratch, std::size_t row, unsigned char* out) const;

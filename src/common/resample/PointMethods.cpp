@@ -90,7 +90,8 @@ std::vector<BilinearMethod::Pair> BilinearMethod::PairsOf(const ResampleAxis& ax
     for (int to = 0; to < axis.toCount; ++to) {
         const auto [pixel, fraction] = axis.BetweenCentres(to);
         pairs[static_cast<std::size_t>(to)] = {static_cast<int>(std::clamp<std::int64_t>(pixel, 0, last)),
-                                               static_cast<int>(std::clamp<std::int64_t>(pixel + 1, 0, last)), fraction};
+                                               static_cast<int>(std::clamp<std::int64_t>(pixel + 1, 0, last)),
+                                               fraction};
     }
     return pairs;
 }

@@ -38,8 +38,8 @@ float Mitchell(float x) {
         return kSixth * ((-kB - 6.0F * kC) * x * x2 + (6.0F * kB + 30.0F * kC) * x2 + (-12.0F * kB - 48.0F * kC) * x +
                          (8.0F * kB + 24.0F * kC));
     }
-    return kSixth * ((12.0F - 9.0F * kB - 6.0F * kC) * x * x2 + (-18.0F + 12.0F * kB + 6.0F * kC) * x2 +
-                     (6.0F - 2.0F * kB));
+    return kSixth *
+           ((12.0F - 9.0F * kB - 6.0F * kC) * x * x2 + (-18.0F + 12.0F * kB + 6.0F * kC) * x2 + (6.0F - 2.0F * kB));
 }
 
 /// The same at B = 0, C = 1/2, times two, with x from -2 to 2: E. Catmull and R. Rom, "A Class of Local Interpolating

@@ -204,7 +204,8 @@ void FilterPairs(const float* row, float* out, const RowWeights& plan) {
         auto sums = hn::Zero(d);
         for (std::size_t tap = 0; tap < whole; tap += 2) {
             const auto pair = hn::LoadU(half, weights + tap);
-            const auto twice = hn::Combine(d, hn::InterleaveUpper(half, pair, pair), hn::InterleaveLower(half, pair, pair));
+            const auto twice =
+                hn::Combine(d, hn::InterleaveUpper(half, pair, pair), hn::InterleaveLower(half, pair, pair));
             sums = hn::MulAdd(hn::LoadU(d, in + 2 * tap), twice, sums);
         }
         auto sum = hn::Add(hn::LowerHalf(half, sums), hn::UpperHalf(half, sums));

@@ -24,7 +24,7 @@ struct FloatRows {
 
 /// Up to four rows that are filtered along, at once since they share their weights.
 struct FilteredRows {
-    FloatRows from;     ///< the first pixel of each row is the first one that `reaches` begins at
+    FloatRows from;  ///< the first pixel of each row is the first one that `reaches` begins at
     FloatRows to;
     std::size_t count;  ///< 1 to 4
 };

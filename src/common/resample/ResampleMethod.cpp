@@ -2,6 +2,7 @@
 
 #include "common/PixelFormats.h"
 #include "common/resample/FilterMethod.h"
+#include "common/resample/OrderedMethod.h"
 #include "common/resample/PointMethods.h"
 
 #include <algorithm>
@@ -11,13 +12,16 @@ namespace Kavra::Common {
 
 namespace {
 
+using Devices::ElementType;
+
 constexpr int kMaxPosition = 1 << 30;
 constexpr double kMaxRowFloats = 1 << 29;
 
 bool IsPossible(const ResampleAxis& axis) {
     const auto isSize = [](int size) { return size >= 1 && size <= kMaxPosition; };
     const auto isStart = [](int start) { return start >= -kMaxPosition && start <= kMaxPosition; };
-    if (!isSize(axis.fromFull) || !isSize(axis.fromCount) || !isSize(axis.toFull) || !isSize(axis.toCount)) return false;
+    if (!isSize(axis.fromFull) || !isSize(axis.fromCount) || !isSize(axis.toFull) || !isSize(axis.toCount))
+        return false;
     if (!isStart(axis.fromFullStart) || !isStart(axis.fromStart)) return false;
     if (!isStart(axis.toFullStart) || !isStart(axis.toStart)) return false;
     // Windows that lie far apart would be pixels made of an edge that is clamped for ever.
@@ -42,11 +46,19 @@ bool Resampling::IsPossible() const {
     return (x.fromCount + 2 * reach) * pixels.channels < kMaxRowFloats;
 }
 
+RowSpan ClampedSpan(const Reach& reach, int rows) {
+    if (reach.count == 0) return {0, 0};
+    const auto within = [&](std::int64_t row) { return static_cast<int>(std::clamp<std::int64_t>(row, 0, rows - 1)); };
+    return {within(reach.first), within(reach.first + reach.count - 1) + 1};
+}
+
 std::unique_ptr<ResampleMethod> NewResampleMethod(const Resampling& resampling) {
     const ResampleOptions& options = resampling.options;
     if (options.filter == Devices::kResampleNearest) return std::make_unique<NearestMethod>(resampling);
     const bool isPlain = !options.alphaWeighted && !options.linearLight;
     if (options.filter == Devices::kResampleBilinear && isPlain) return std::make_unique<BilinearMethod>(resampling);
+    const bool showsLastBits = resampling.pixels.element != ElementType::kUInt8 && !options.bounded && isPlain;
+    if (showsLastBits && OrderedMethod::IsWorthIt(resampling)) return std::make_unique<OrderedMethod>(resampling);
     return std::make_unique<FilterMethod>(resampling);
 }
 

@@ -41,6 +41,9 @@ struct RowSpan {
     int first, end;
 };
 
+/// The rows of a source of `rows` rows that a reach takes, where what lies beyond the ends is the last one again.
+RowSpan ClampedSpan(const Reach& reach, int rows);
+
 class ResampleMethod {
 public:
     virtual ~ResampleMethod() = default;

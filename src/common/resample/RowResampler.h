@@ -44,10 +44,10 @@ private:
     Resampling mResampling;
     RowSink& mOut;
     std::unique_ptr<ResampleMethod> mMethod;
-    std::vector<int> mFirst;           ///< the first row of the source that a row of the result or any behind it needs
+    std::vector<int> mFirst;  ///< the first row of the source that a row of the result or any behind it needs
     std::size_t mRowBytes;
-    std::size_t mCapacity = 1;         ///< of the ring, in rows
-    std::size_t mMinReady = 1;         ///< rows of the result that are worth being made
+    std::size_t mCapacity = 1;  ///< of the ring, in rows
+    std::size_t mMinReady = 1;  ///< rows of the result that are worth being made
     std::vector<unsigned char> mRing;
     std::size_t mTaken = 0;   ///< rows of the source that are complete
     std::size_t mHanded = 0;  ///< rows of the source that were handed out

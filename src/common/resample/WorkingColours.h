@@ -38,8 +38,8 @@ private:
     std::size_t mChannels;
     std::size_t mAlpha;  ///< the channel, or one that there is not
     bool mIsWeighted;
-    float mFull;     ///< the largest value of an integer, else 1
-    float mNothing;  ///< so much do colours weigh that are transparent
+    float mFull;                  ///< the largest value of an integer, else 1
+    float mNothing;               ///< so much do colours weigh that are transparent
     std::vector<float> mDecoded;  ///< the linear value of each integer; empty: no curve is undone
 };
 

@@ -85,8 +85,7 @@ bool AdaptiveResize(ImageBuf& dst, const ImageBuf& src, bool highQuality) {
     }
     for (int begin = 0; begin < channels; begin += kMaxChannels) {
         const int end = std::min(channels, begin + kMaxChannels);
-        const auto steps =
-            PlanResize(ChangeOf(dst.spec(), src.spec(), ElementType::kFloat, end - begin), scaling, {});
+        const auto steps = PlanResize(ChangeOf(dst.spec(), src.spec(), ElementType::kFloat, end - begin), scaling, {});
         if (!steps || !ResizeChannels(dst, src, begin, end, *steps)) return false;
     }
     return true;

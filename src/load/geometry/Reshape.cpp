@@ -59,7 +59,8 @@ Reshaping ReshapingFor(const LoadRequest& request, int width, int height, EDataO
 Raster Scaled(const Raster& raster, int width, int height, Scaling scaling, const ResampleOptions& options) {
     if (!raster.HoldsItsRows()) return {};
     Raster result = NewRaster(raster.format, width, height, raster.faces, raster.slices);
-    const auto steps = raster.slices == 1 ? PlanResize(ChangeOf(raster, width, height), scaling, options) : std::nullopt;
+    const auto steps =
+        raster.slices == 1 ? PlanResize(ChangeOf(raster, width, height), scaling, options) : std::nullopt;
     if (steps)
         RunSteps(*steps, raster.first, raster.pitch, result.block.get());
     else

@@ -78,9 +78,7 @@ std::optional<ResizeSteps> Adaptive(const SizeChange& change, const ResampleOpti
 SizeChange ChangeOf(const Raster& raster, int width, int height) {
     const Common::PixelFormat& facts = Common::FactsOf(raster.format);
     const bool hasAlpha = facts.hasAlpha && facts.channels > 1;
-    return {{.element = facts.element,
-             .channels = facts.channels,
-             .alphaChannel = hasAlpha ? facts.channels - 1 : -1},
+    return {{.element = facts.element, .channels = facts.channels, .alphaChannel = hasAlpha ? facts.channels - 1 : -1},
             Common::ResampleAxis::Whole(raster.width, width),
             Common::ResampleAxis::Stacked(raster.height, height, raster.faces)};
 }

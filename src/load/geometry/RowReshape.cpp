@@ -73,10 +73,9 @@ Raster RowReshape::Finish() {
 std::uint64_t RowReshape::BytesFor(const IncomingRows& picture, const Reshaping& wanted) {
     const auto bytesOf = [&](int width, int height) {
         Raster raster = WithoutPixels(picture);
-        const auto pixels = Common::Product<std::uint64_t>(static_cast<std::uint64_t>(width),
-                                                           static_cast<std::uint64_t>(height));
-        return Common::Product<std::uint64_t>(
-            pixels, raster.PixelBytes() * static_cast<std::uint64_t>(picture.faces));
+        const auto pixels =
+            Common::Product<std::uint64_t>(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height));
+        return Common::Product<std::uint64_t>(pixels, raster.PixelBytes() * static_cast<std::uint64_t>(picture.faces));
     };
     const std::uint64_t result = bytesOf(wanted.width, wanted.height);
     const std::uint64_t reordered = wanted.from == wanted.to ? result : Common::Sum<std::uint64_t>(result, result);

@@ -1,6 +1,6 @@
-#include <kavra/devices/Resampler.h>
-
 #include "common/resample/RowResampler.h"
+
+#include <kavra/devices/Resampler.h>
 
 #include <algorithm>
 #include <cstring>
