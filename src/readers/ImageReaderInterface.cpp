@@ -30,7 +30,8 @@ Result<PictureFiles> ImageReaderInterface::FindFiles(const KString& path) {
 bool ImageReaderInterface::ReadImage(unsigned char* buffer, int frame) {
     const auto rows = static_cast<std::size_t>(std::max(GetHeight(), 0));
     const auto pitch = static_cast<std::size_t>(std::max(GetRowPitch(), 0));
-    return ReadFrame({buffer, rows * pitch}, frame).has_value();
+    Common::BlockRows block({buffer, rows * pitch}, pitch);
+    return ReadFrame(block, frame).has_value();
 }
 
 void* ImageReaderInterface::operator new(std::size_t bytes) noexcept {

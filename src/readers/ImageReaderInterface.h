@@ -3,6 +3,7 @@
 
 #include "common/ByteSource.h"
 #include "common/Result.h"
+#include "common/RowSink.h"
 
 #include <kavra/devices/EDataOrientation.h>
 #include <kavra/devices/EFormat.h>
@@ -11,7 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 
 namespace Kavra::Devices {
@@ -47,7 +47,7 @@ public:
     virtual EFormat GetFormat() { return kR8G8B8A8; }
     virtual int GetFrameCount() { return 1; }
     virtual EDataOrientation GetOrientation() { return kTopLeft; }
-    /// Bytes that the reader holds while `ReadFrame` runs, beside the pixels and a few rows.
+    /// Bytes that the reader holds while `ReadFrame` runs, beside what the sink holds and a few rows.
     virtual std::uint64_t GetWorkingBytes() { return 0; }
 
     /// Opens the files of the picture that a path leads to: the file itself, unless the format has others.
@@ -56,8 +56,10 @@ public:
     virtual void Close() = 0;
     /// Takes over open files and parses the header. For a reader that is closed, and stays so where that fails.
     [[nodiscard]] virtual Common::Result<> OpenFiles(PictureFiles files) = 0;
-    /// What `ReadImage` does, with the reason where it fails.
-    [[nodiscard]] virtual Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) = 0;
+    /// What `ReadImage` does, into rows as the sink hands them out, and with the reason where it fails. Asks for
+    /// `GetHeight()` rows of `GetRowPitch()` bytes at most, in order, and never looks back at one. Pixels that the
+    /// format leaves undefined keep what they held.
+    [[nodiscard]] virtual Common::Result<> ReadFrame(Common::RowSink& rows, int frame) = 0;
 
     /// What `Open` does for files that are open already, with the reason where it fails.
     [[nodiscard]] Common::Result<> Open(PictureFiles files);

@@ -3,7 +3,7 @@
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
-#include "load/geometry/Reshape.h"
+#include "load/geometry/RowReshape.h"
 
 #include <algorithm>
 #include <memory>
@@ -32,49 +32,66 @@ int Limited(int side, int limit) {
     return limit < 1 ? side : std::min(side, limit);
 }
 
-/// What is to be made of a picture once it is decoded.
+/// The picture of a file and what is to be made of it.
 struct Fitting {
-    int width, height;
-    bool shrinks, turns;
+    IncomingRows picture;
+    Reshaping wanted;
 
     Fitting(const ImageDescription& desc, const LoadRequest& request)
-        : width(Limited(desc.width, request.width)),
-          height(Limited(desc.height, request.height)),
-          shrinks(width != desc.width || height != desc.height),
-          turns(request.orientation != desc.orientation) {}
+        : picture{.format = desc.format, .width = desc.width, .height = desc.height},
+          wanted(ReshapingFor(request, Limited(desc.width, request.width), Limited(desc.height, request.height),
+                              desc.orientation)) {}
 
-    bool IsNeeded() const { return shrinks || turns; }
+    bool IsNeeded() const {
+        return wanted.width != picture.width || wanted.height != picture.height || wanted.to != wanted.from;
+    }
+    /// A format without pixels, or rows with gaps between them: no reader has those, and nothing could scale them.
+    bool IsPossible(std::int32_t rowPitch) const {
+        return Common::FactsOf(picture.format).inLibrary &&
+               rowPitch == Common::PackedRowBytes(picture.format, picture.width);
+    }
+    std::uint64_t BytesOfResult() const {
+        return static_cast<std::uint64_t>(Common::PackedRowBytes(picture.format, wanted.width) * wanted.height);
+    }
 };
 
-/// Asked before the block is, since memory that was given out and is not there when it is touched ends the process. A
-/// picture that is shrunk or reordered stands in memory twice, as it was and as it becomes.
-bool IsWithinLimits(ImageReaderInterface& reader, const ImageDescription& desc, const Fitting& fitting) {
+/// Asked before memory is, since memory that was given out and is not there when it is touched ends the process. What
+/// the host allows holds for the pixels as the file has them, too, also where these never stand in memory whole.
+Result<> CheckLimits(ImageReaderInterface& reader, const ImageDescription& desc, const Fitting& fitting) {
     const auto isSide = [](int side) { return side >= 1 && side <= Common::kMaxSide; };
-    if (!isSide(desc.width) || !isSide(desc.height) || desc.rowPitch < 1) return false;
-    const std::int64_t fittedBytes =
-        fitting.IsNeeded() ? Common::Product(std::int64_t{fitting.width} * fitting.height, desc.rowPitch / desc.width)
-                           : 0;
-    return Common::ReaderBounds().Hold({.pixels = static_cast<std::uint64_t>(std::int64_t{desc.width} * desc.height),
-                                        .blockBytes = desc.dataSize,
-                                        .workingBytes = Common::Sum<std::uint64_t>(
-                                            reader.GetWorkingBytes(), static_cast<std::uint64_t>(fittedBytes))});
+    if (!isSide(desc.width) || !isSide(desc.height) || desc.rowPitch < 1) return std::unexpected(Failure::kTooLarge);
+    if (fitting.IsNeeded() && !fitting.IsPossible(desc.rowPitch)) return std::unexpected(Failure::kUnsupported);
+
+    const auto pixels = static_cast<std::uint64_t>(std::int64_t{desc.width} * desc.height);
+    Common::PictureSize held = {
+        .pixels = pixels, .blockBytes = desc.dataSize, .workingBytes = reader.GetWorkingBytes()};
+    if (fitting.IsNeeded()) {
+        held.blockBytes = fitting.BytesOfResult();
+        const std::uint64_t besides = RowReshape::BytesFor(fitting.picture, fitting.wanted) - held.blockBytes;
+        held.workingBytes = Common::Sum<std::uint64_t>(held.workingBytes, besides);
+    }
+    const bool holds =
+        Common::HostBounds().Hold({.pixels = pixels, .blockBytes = desc.dataSize}) && Common::ReaderBounds().Hold(held);
+    if (!holds) return std::unexpected(Failure::kTooLarge);
+    return {};
 }
 
-/// Shrinks and reorders the block that `desc` describes, and brings `desc` up to date.
-PixelBlock Fit(PixelBlock block, ImageDescription& desc, const LoadRequest& request, const Fitting& fitting) {
-    // A format without pixels, or rows with gaps between them: no reader has those, and no image could lie over them.
-    const bool isPacked = desc.rowPitch == Common::PackedRowBytes(desc.format, desc.width);
-    if (!Common::FactsOf(desc.format).inLibrary || !isPacked) return nullptr;
+/// The picture as the reader gives it.
+Result<PixelBlock> Decode(ImageReaderInterface& reader, const ImageDescription& desc, int frame) {
+    PixelBlock block = Common::NewZeroedBlock(desc.dataSize);
+    Common::BlockRows rows({block.get(), desc.dataSize}, static_cast<std::size_t>(desc.rowPitch));
+    return reader.ReadFrame(rows, frame).transform([&] { return std::move(block); });
+}
 
-    Raster fitted = Reshape(PackedRaster(desc.format, desc.width, desc.height, std::move(block), desc.dataSize),
-                            {.width = fitting.width,
-                             .height = fitting.height,
-                             .scaling = request.highQuality ? Scaling::kMitchell : Scaling::kAdaptive,
-                             .from = desc.orientation,
-                             .to = request.orientation});
-    if (!fitted) return nullptr;
+/// The picture as it is wanted; brings `desc` up to date.
+Result<PixelBlock> DecodeFitted(ImageReaderInterface& reader, ImageDescription& desc, int frame,
+                                const Fitting& fitting) {
+    RowReshape rows(fitting.picture, fitting.wanted);
+    if (const Result<> read = reader.ReadFrame(rows, frame); !read) return std::unexpected(read.error());
+    Raster fitted = rows.Finish();
+    if (!fitted) return std::unexpected(Failure::kUnsupported);
     Common::SetPacked(desc, fitted.width, fitted.height, fitted.format);
-    desc.orientation = request.orientation;
+    desc.orientation = fitting.wanted.to;
     return std::move(fitted.block);
 }
 
@@ -85,15 +102,9 @@ Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescript
     if (const Result<> opened = reader.Open(std::move(files)); !opened) return std::unexpected(opened.error());
     Describe(reader, request.orientation, desc);
     const Fitting fitting(desc, request);
-    if (!IsWithinLimits(reader, desc, fitting)) return std::unexpected(Failure::kTooLarge);
-
-    PixelBlock block = Common::NewZeroedBlock(desc.dataSize);
-    if (const Result<> read = reader.ReadFrame({block.get(), desc.dataSize}, request.level); !read) {
-        return std::unexpected(read.error());
-    }
-    if (fitting.IsNeeded()) block = Fit(std::move(block), desc, request, fitting);
-    if (!block) return std::unexpected(Failure::kUnsupported);
-    return block;
+    if (const Result<> within = CheckLimits(reader, desc, fitting); !within) return std::unexpected(within.error());
+    return fitting.IsNeeded() ? DecodeFitted(reader, desc, request.level, fitting)
+                              : Decode(reader, desc, request.level);
 }
 
 Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, const KString& path,

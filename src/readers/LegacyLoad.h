@@ -13,12 +13,12 @@
 namespace Kavra::Devices {
 
 /// Decodes one frame of open files, shrinks it to the limits (never enlarging it) and brings it to the orientation
-/// wanted; where neither is needed, the block is the one that the reader decoded into. Pixels that the reader leaves
-/// alone are zero.
+/// wanted, row by row as it comes; where neither is needed, the reader decodes into the block that is returned. Pixels
+/// that the reader leaves alone are zero.
 ///
 /// Fills `desc` as soon as the reader has opened the files, with gamma 2.2 and no alpha whatever they hold. Fails when
-/// the reader does, or when the load would take more than `Common::ReaderBounds`. Raises no message of its own.
-/// Throws `std::bad_alloc`.
+/// the reader does, when the picture is larger than the host allows (`Common::HostBounds`), or when the load would take
+/// more than `Common::ReaderBounds`. Raises no message of its own. Throws `std::bad_alloc`.
 [[nodiscard]] Common::Result<Common::PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc,
                                                                    PictureFiles files, const LoadRequest& request);
 

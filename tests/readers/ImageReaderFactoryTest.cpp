@@ -17,6 +17,7 @@
 #include <array>
 #include <filesystem>
 #include <memory>
+#include <span>
 #include <utility>
 
 namespace {
@@ -29,7 +30,7 @@ public:
     PlainReader() { ++mConstructed; }
     void Close() override {}
     Kavra::Common::Result<> OpenFiles(PictureFiles) override { return {}; }
-    Kavra::Common::Result<> ReadFrame(std::span<unsigned char>, int) override { return {}; }
+    Kavra::Common::Result<> ReadFrame(Kavra::Common::RowSink&, int) override { return {}; }
     int GetWidth() override { return 0; }
     int GetHeight() override { return 0; }
     int GetRowPitch() override { return 0; }
@@ -101,7 +102,8 @@ public:
         opened = files.source.Size();
         return {};
     }
-    Kavra::Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override {
+    Kavra::Common::Result<> ReadFrame(Kavra::Common::RowSink& rows, int frame) override {
+        const std::span<unsigned char> pixels = rows.NextRows(4);
         read = pixels.size();
         pixels[0] = static_cast<unsigned char>(frame);
         return {};

@@ -2,6 +2,7 @@
 
 #include "readers/BilevelRow.h"
 #include "readers/TextScanner.h"
+#include "readers/WriteRows.h"
 #include "readers/ccitt/CcittRows.h"
 
 #include <kavra/devices/Sys.h>
@@ -119,21 +120,21 @@ int CALSReader::GetRowPitch() {
     return static_cast<int>(std::clamp<std::int64_t>(GetWidth() * kPixelBytes, Limits::min(), Limits::max()));
 }
 
-Result<> CALSReader::ReadFrame(std::span<unsigned char> pixels, int /*frame*/) {
+Result<> CALSReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
     const std::int32_t width = GetWidth();
     const std::int32_t height = GetHeight();
     if (width < 1 || height < 1) return {};
     (void)mSource->Seek(std::min<std::uint64_t>(CalsHeader::kBytes, mSource->Size()));
     Ccitt::Decoder decoder(*mSource, width, Ccitt::Mode::kGroup4, Ccitt::BitOrder::kMostSignificantFirst);
-    const auto pitch = static_cast<std::size_t>(GetRowPitch());
     std::vector<unsigned char> packed((static_cast<std::size_t>(width) + 7) / 8);
-    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
+    const auto writeRow = [&](std::span<unsigned char> pixels) {
         if (decoder.DecodeRows(packed) == Ccitt::Outcome::kBadCode) {  // and shows what the row before left
             Sys::Warning(decoder.LastBadCode().Message().data(), nullptr);
         }
-        ExpandBilevelRow(packed, pixels.subspan(y * pitch, pitch));
-    }
+        ExpandBilevelRow(packed, pixels);
+    };
+    WriteRows(rows, static_cast<std::size_t>(height), static_cast<std::size_t>(GetRowPitch()), writeRow);
     return {};
 }
 

@@ -73,7 +73,7 @@ public:
     /// The header's counts are taken as they are, even where no image can have them.
     Common::Result<> OpenFiles(PictureFiles files) override;
     /// `frame` does not matter. Writes nothing where the header's counts are not above 0.
-    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
+    Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
 
     int GetWidth() override { return mHeader.Width(); }
     int GetHeight() override { return mHeader.Height(); }

@@ -127,12 +127,19 @@ Result<> FLICReader::OpenFiles(PictureFiles files) {
     return {};
 }
 
-Result<> FLICReader::ReadFrame(std::span<unsigned char> pixels, int frame) {
+Result<> FLICReader::ReadFrame(Common::RowSink& rows, int frame) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
-    FlicFrame indices(mHeader.width, mHeader.height);
+    if (mHeader.width == 0 || mHeader.height == 0) return {};
+    FlicFrame played(mHeader.width, mHeader.height);
     FlicPalette palette{};
-    PlayFlic(*mSource, mHeader, std::max(frame, 0), indices, palette);
-    LookUp(pixels, indices.Indices(), PixelTable(palette));
+    PlayFlic(*mSource, mHeader, std::max(frame, 0), played, palette);
+    const Table256<std::uint32_t> table = PixelTable(palette);
+    for (std::span<const unsigned char> indices = played.Indices(); !indices.empty();) {
+        const std::span<unsigned char> pixels = rows.NextRows(indices.size() / mHeader.width);
+        const std::size_t count = pixels.size() / sizeof table[0];
+        LookUp(pixels, indices.first(count), table);
+        indices = indices.subspan(count);
+    }
     return {};
 }
 

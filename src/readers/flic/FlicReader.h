@@ -26,7 +26,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 
 namespace Kavra::Devices {
 
@@ -56,7 +55,7 @@ public:
     void Close() override;
     Common::Result<> OpenFiles(PictureFiles files) override;
     /// Negative frames are the first.
-    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
+    Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
 
     int GetWidth() override { return mHeader.width; }
     int GetHeight() override { return mHeader.height; }

@@ -2,6 +2,7 @@
 
 #include "common/ByteOrder.h"
 #include "readers/SampleTables.h"
+#include "readers/WriteRows.h"
 
 #include <kavra/devices/Sys.h>
 
@@ -337,21 +338,21 @@ Result<> PCXReader::OpenFiles(PictureFiles files) {
     return {};
 }
 
-Result<> PCXReader::ReadFrame(std::span<unsigned char> pixels, int /*frame*/) {
+Result<> PCXReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
-    const auto pitch = static_cast<std::size_t>(GetRowPitch());
+    const auto height = static_cast<std::size_t>(GetHeight()), pitch = static_cast<std::size_t>(GetRowPitch());
     if (mPalette) {
-        PcxIndexRows rows(*mSource, mHeader);
-        for (std::size_t at = 0; at < pixels.size(); at += pitch) {
-            mPalette->Colour(rows.Next(), pixels.subspan(at, pitch));
-            WarnOfLinesOutOfData(rows.Lines());
-        }
+        PcxIndexRows stored(*mSource, mHeader);
+        WriteRows(rows, height, pitch, [&](std::span<unsigned char> pixels) {
+            mPalette->Colour(stored.Next(), pixels);
+            WarnOfLinesOutOfData(stored.Lines());
+        });
     } else {
-        PcxColourRows rows(*mSource, mHeader);
-        for (std::size_t at = 0; at < pixels.size(); at += pitch) {
-            rows.Next(pixels.subspan(at, pitch));
-            WarnOfLinesOutOfData(rows.Lines());
-        }
+        PcxColourRows stored(*mSource, mHeader);
+        WriteRows(rows, height, pitch, [&](std::span<unsigned char> pixels) {
+            stored.Next(pixels);
+            WarnOfLinesOutOfData(stored.Lines());
+        });
     }
     return {};
 }

@@ -178,7 +178,7 @@ class PCXReader final : public ImageReaderInterface {
 public:
     void Close() override;
     Common::Result<> OpenFiles(PictureFiles files) override;
-    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
+    Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
 
     int GetWidth() override { return mHeader.Width(); }
     int GetHeight() override { return mHeader.Height(); }

@@ -1,6 +1,7 @@
 #include "readers/pict/PictReader.h"
 
 #include "common/Limits.h"
+#include "readers/WriteRows.h"
 #include "readers/pict/PictCanvas.h"
 
 #include <kavra/devices/Sys.h>
@@ -109,12 +110,11 @@ Result<> PictReader::TakePicture() {
     return {};
 }
 
-Result<> PictReader::ReadFrame(std::span<unsigned char> pixels, int /*frame*/) {
+Result<> PictReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
     PictCanvas canvas(mHeader, {mFile.get(), static_cast<std::size_t>(mSource->Size())});
-    const auto pitch = static_cast<std::size_t>(GetRowPitch());
-    for (std::size_t at = 0; at < pixels.size(); at += pitch)
-        canvas.DrawRow(pixels.subspan(at, pitch));
+    WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
+              [&](std::span<unsigned char> pixels) { canvas.DrawRow(pixels); });
     return {};
 }
 

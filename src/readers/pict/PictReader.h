@@ -17,7 +17,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 
 namespace Kavra::Devices {
 
@@ -36,7 +35,7 @@ public:
     void Close() override;
     Common::Result<> OpenFiles(PictureFiles files) override;
     /// `frame` does not matter.
-    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
+    Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
 
     int GetWidth() override { return mHeader.frame.Width(); }
     int GetHeight() override { return mHeader.frame.Height(); }

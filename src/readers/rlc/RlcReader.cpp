@@ -3,6 +3,7 @@
 #include "common/ByteOrder.h"
 #include "common/Limits.h"
 #include "readers/BilevelRow.h"
+#include "readers/WriteRows.h"
 
 #include <kavra/devices/Sys.h>
 
@@ -237,18 +238,19 @@ Result<> RlcReader::OpenFiles(PictureFiles files) {
     return {};
 }
 
-Result<> RlcReader::ReadFrame(std::span<unsigned char> pixels, int /*frame*/) {
+Result<> RlcReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
     if (mHeader.rows < 1 || mHeader.columns < 1) return {};
     (void)mSource->Seek(std::min(kFirstRowOffset, mSource->Size()));
-    RlcRows rows(*mSource);
+    RlcRows stored(*mSource);
     RlcMask mask(mHeader.columns);
-    const auto pitch = static_cast<std::size_t>(GetRowPitch());
-    for (int y = 0; y < mHeader.rows; ++y) {
+    int left = mHeader.rows;
+    const auto writeRow = [&](std::span<unsigned char> pixels) {
         mask.Clear();
-        if (!rows.ReadInto(mask, y == mHeader.rows - 1)) Sys::Warning(L"Invalid Row -- out of buffer bound", nullptr);
-        ExpandBilevelRow(mask.Bytes(), pixels.subspan(static_cast<std::size_t>(y) * pitch, pitch));
-    }
+        if (!stored.ReadInto(mask, --left == 0)) Sys::Warning(L"Invalid Row -- out of buffer bound", nullptr);
+        ExpandBilevelRow(mask.Bytes(), pixels);
+    };
+    WriteRows(rows, static_cast<std::size_t>(mHeader.rows), static_cast<std::size_t>(GetRowPitch()), writeRow);
     return {};
 }
 

@@ -93,7 +93,7 @@ public:
     /// Neither the sizes nor the rows are checked.
     Common::Result<> OpenFiles(PictureFiles files) override;
     /// Reads the first image, whatever `frame`. Writes nothing where a size is not above 0.
-    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
+    Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
 
     int GetWidth() override { return mHeader.columns; }
     int GetHeight() override { return mHeader.rows; }

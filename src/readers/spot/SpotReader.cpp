@@ -3,6 +3,7 @@
 #include "common/Limits.h"
 #include "common/ParallelRange.h"
 #include "common/PixelRun.h"
+#include "readers/WriteRows.h"
 #include "readers/spot/SpotKernels.h"
 #include "readers/spot/SpotRows.h"
 
@@ -46,22 +47,11 @@ std::int64_t FirstByte(const SpotHeader& header, std::int64_t band) {
     return Sum(Product(header.bandRowBytes, band), header.recordSkipBytes);
 }
 
-/// The block to be filled, row by row.
-class PixelRows {
-public:
-    PixelRows(std::span<unsigned char> bytes, std::int32_t rows)
-        : mBytes(bytes), mRows(rows), mPitch(bytes.size() / static_cast<std::size_t>(rows)) {}
-
-    std::int64_t Rows() const { return mRows; }
-    std::size_t Pitch() const { return mPitch; }
-    std::span<unsigned char> Row(std::int64_t row) const {
-        return mBytes.subspan(static_cast<std::size_t>(row) * mPitch, mPitch);
-    }
-
-private:
-    std::span<unsigned char> mBytes;
-    std::int64_t mRows;
-    std::size_t mPitch;
+/// Where the rows of pixels go.
+struct PixelRows {
+    Common::RowSink& sink;
+    std::int64_t count;
+    std::size_t pitch;
 };
 
 /// Where in a row the lines begin of which a row of pixels is made.
@@ -72,23 +62,23 @@ using Firsts = std::array<std::int64_t, Count>;
 template <std::size_t Count, class Convert>
 std::int64_t ConvertGathered(SpotRows& rows, const Firsts<Count>& firsts, std::size_t bytes, const PixelRows& out,
                              const Convert& convert) {
-    const std::size_t serialRows = Common::kSerialBytes / (out.Pitch() + Count * bytes);
+    const std::size_t serialRows = Common::kSerialBytes / (out.pitch + Count * bytes);
     if (!std::ranges::all_of(firsts, [&](std::int64_t first) { return rows.IsInOneSlot(first, bytes); })) return 0;
-    std::int64_t row = 0;
-    while (row < out.Rows()) {
-        const std::int64_t gathered = std::min(rows.Gather(row), out.Rows() - row);
-        if (gathered == 0) break;
-        const auto work = [&](std::size_t begin, std::size_t end) {
-            for (std::int64_t at = row + static_cast<std::int64_t>(begin); at < row + static_cast<std::int64_t>(end);
-                 ++at) {
+    std::int64_t row = 0, gathered = 0;  // as yet, and up to where rows are in memory
+    while (row < out.count) {
+        if (row == gathered) gathered = std::min(row + rows.Gather(row), out.count);
+        if (row == gathered) break;
+        const std::span<unsigned char> pixels = out.sink.NextRows(static_cast<std::size_t>(gathered - row));
+        const std::size_t count = pixels.size() / out.pitch;
+        Common::ForEachRange(count, serialRows, [&](std::size_t begin, std::size_t end) {
+            for (std::size_t at = begin; at < end; ++at) {
                 std::array<Line, Count> lines;
                 for (std::size_t i = 0; i < Count; ++i)
-                    lines[i] = rows.Gathered(at, firsts[i], bytes);
-                convert(out.Row(at), lines);
+                    lines[i] = rows.Gathered(row + static_cast<std::int64_t>(at), firsts[i], bytes);
+                convert(pixels.subspan(at * out.pitch, out.pitch), lines);
             }
-        };
-        Common::ForEachRange(static_cast<std::size_t>(gathered), serialRows, work);
-        row += gathered;
+        });
+        row += static_cast<std::int64_t>(count);
     }
     return row;
 }
@@ -98,16 +88,17 @@ template <std::size_t Count, class Convert>
 void ConvertRows(SpotRows rows, const Firsts<Count>& firsts, std::size_t bytes, const PixelRows& out,
                  const Convert& convert) {
     std::int64_t row = ConvertGathered(rows, firsts, bytes, out, convert);
-    if (row == out.Rows()) return;
+    if (row == out.count) return;
     std::vector<SpotLine> sources;
     for (const std::int64_t first : firsts)
         sources.emplace_back(rows, first, bytes);
-    for (; row < out.Rows(); ++row) {
+    WriteRows(out.sink, static_cast<std::size_t>(out.count - row), out.pitch, [&](std::span<unsigned char> pixels) {
         std::array<Line, Count> lines;
         for (std::size_t i = 0; i < Count; ++i)
             lines[i] = sources[i].Read(row);
-        convert(out.Row(row), lines);
-    }
+        convert(pixels, lines);
+        ++row;
+    });
 }
 
 std::size_t SampleBytes(SampleKind kind) {
@@ -125,23 +116,23 @@ std::size_t SampleBytes(SampleKind kind) {
 }
 
 /// One band of samples that are kept as they are.
-Result<> DecodeSamples(ByteSource& file, const SpotHeader& header, int band, std::span<unsigned char> out) {
+Result<> DecodeSamples(ByteSource& file, const SpotHeader& header, int band, const PixelRows& out) {
     const std::size_t sampleBytes = SampleBytes(header.sampleKind);
     const std::size_t lineBytes = sampleBytes * static_cast<std::size_t>(header.columns);
     if (sampleBytes == 0) return std::unexpected(Failure::kUnsupported);
     if (header.layout == SpotLayout::kByLine) {
-        WholeRows(file, header).ReadAll(FirstByte(header, band), lineBytes, out);
+        WholeRows(file, header).ReadAll(FirstByte(header, band), lineBytes, out.count, out.sink);
         return {};
     }
     if (header.layout == SpotLayout::kSequential) {
-        SpotRows(file, {BandStart(header, band)}, header.bandRowBytes).ReadAll(0, lineBytes, out);
+        SpotRows(file, {BandStart(header, band)}, header.bandRowBytes).ReadAll(0, lineBytes, out.count, out.sink);
         return {};
     }
     if (header.layout != SpotLayout::kByPixel) return std::unexpected(Failure::kUnsupported);
     if (header.bands == 1) {
-        WholeRows(file, header).ReadAll(0, lineBytes, out);
+        WholeRows(file, header).ReadAll(0, lineBytes, out.count, out.sink);
     } else {
-        ConvertRows<1>(WholeRows(file, header), {0}, 3 * lineBytes, PixelRows(out, header.rows),
+        ConvertRows<1>(WholeRows(file, header), {0}, 3 * lineBytes, out,
                        [&](std::span<unsigned char> samples, const std::array<Line, 1>& pixels) {
                            SampleFromPixels(samples, pixels[0], sampleBytes, band);
                        });
@@ -150,11 +141,11 @@ Result<> DecodeSamples(ByteSource& file, const SpotHeader& header, int band, std
 }
 
 /// One band of 8-bit samples, which any layout leaves together.
-void DecodeBand(ByteSource& file, const SpotHeader& header, std::span<unsigned char> out) {
+void DecodeBand(ByteSource& file, const SpotHeader& header, const PixelRows& out) {
     const auto columns = static_cast<std::size_t>(header.columns);
     const auto convertRows = [&](const auto& convert) {
         ConvertRows<1>(
-            WholeRows(file, header), {header.recordSkipBytes}, columns, PixelRows(out, header.rows),
+            WholeRows(file, header), {header.recordSkipBytes}, columns, out,
             [&](std::span<unsigned char> pixels, const std::array<Line, 1>& samples) { convert(pixels, samples[0]); });
     };
     if (header.colourEntries > 0) {
@@ -166,16 +157,15 @@ void DecodeBand(ByteSource& file, const SpotHeader& header, std::span<unsigned c
             GreyFromSamples(pixels, samples, table);
         });
     } else {
-        WholeRows(file, header).ReadAll(header.recordSkipBytes, columns, out);
+        WholeRows(file, header).ReadAll(header.recordSkipBytes, columns, out.count, out.sink);
     }
 }
 
 /// Three bands of 8-bit samples, the colours of a pixel side by side.
-void DecodeColourPixels(ByteSource& file, const SpotHeader& header, std::span<unsigned char> out) {
+void DecodeColourPixels(ByteSource& file, const SpotHeader& header, const PixelRows& out) {
     const bool throughTables = header.greyEntries > 0;
     const PixelTables tables = ComponentTables(header.palette);
-    ConvertRows<1>(WholeRows(file, header), {0}, 3 * static_cast<std::size_t>(header.columns),
-                   PixelRows(out, header.rows),
+    ConvertRows<1>(WholeRows(file, header), {0}, 3 * static_cast<std::size_t>(header.columns), out,
                    [&](std::span<unsigned char> pixels, const std::array<Line, 1>& samples) {
                        throughTables ? RgbaFromPixels(pixels, samples[0], header.blueFirst, tables)
                                      : RgbaFromPixels(pixels, samples[0], header.blueFirst);
@@ -183,19 +173,19 @@ void DecodeColourPixels(ByteSource& file, const SpotHeader& header, std::span<un
 }
 
 /// Three bands of 8-bit samples, a line of each colour.
-void DecodeColourLines(SpotRows rows, const SpotHeader& header, std::span<unsigned char> out) {
+void DecodeColourLines(SpotRows rows, const SpotHeader& header, const PixelRows& out) {
     const bool throughTables = header.greyEntries > 0;
     const PixelTables tables = ComponentTables(header.palette);
     const Firsts<3> firsts{FirstByte(header, header.blueFirst ? 2 : 0), FirstByte(header, 1),
                            FirstByte(header, header.blueFirst ? 0 : 2)};
-    ConvertRows(std::move(rows), firsts, static_cast<std::size_t>(header.columns), PixelRows(out, header.rows),
+    ConvertRows(std::move(rows), firsts, static_cast<std::size_t>(header.columns), out,
                 [&](std::span<unsigned char> pixels, const std::array<Line, 3>& lines) {
                     const ColourRows colours{lines[0], lines[1], lines[2]};
                     throughTables ? RgbaFromRows(pixels, colours, tables) : RgbaFromRows(pixels, colours);
                 });
 }
 
-Result<> DecodeColours(ByteSource& file, const SpotHeader& header, std::span<unsigned char> out) {
+Result<> DecodeColours(ByteSource& file, const SpotHeader& header, const PixelRows& out) {
     switch (header.layout) {
         case SpotLayout::kByLine:
             DecodeColourLines(WholeRows(file, header), header, out);
@@ -226,9 +216,9 @@ int FrameCountOf(const SpotHeader& header) {
     return header.bits == 8 ? 1 : header.bands;
 }
 
-/// Decodes frame `frame`, from 0 to `FrameCountOf` less 1, into `out`, which has `rows` rows without gaps of pixels in
-/// the format of the raster. Writes nothing where it fails. The header was parsed for the length of `file`.
-Result<> DecodeSpot(ByteSource& file, const SpotHeader& header, int frame, std::span<unsigned char> out) {
+/// Decodes frame `frame`, from 0 to `FrameCountOf` less 1, into `out`, rows of pixels in the format of the raster.
+/// Writes nothing where it fails. The header was parsed for the length of `file`.
+Result<> DecodeSpot(ByteSource& file, const SpotHeader& header, int frame, const PixelRows& out) {
     if (header.bits != 8) return DecodeSamples(file, header, frame, out);
     if (header.bands == 3) return DecodeColours(file, header, out);
     DecodeBand(file, header, out);
@@ -283,11 +273,12 @@ int SpotReader::GetRowPitch() {
         std::min<std::int64_t>(RowBytes(mFormat, mHeader.columns), std::numeric_limits<int>::max()));
 }
 
-Result<> SpotReader::ReadFrame(std::span<unsigned char> pixels, int frame) {
+Result<> SpotReader::ReadFrame(Common::RowSink& rows, int frame) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
     // A row whose bytes an int cannot count is one that no caller has memory for.
     if (GetRowPitch() != RowBytes(mFormat, mHeader.columns)) return std::unexpected(Failure::kTooLarge);
-    return DecodeSpot(*mSource, mHeader, std::clamp(frame, 0, mFrameCount - 1), pixels);
+    return DecodeSpot(*mSource, mHeader, std::clamp(frame, 0, mFrameCount - 1),
+                      {.sink = rows, .count = mHeader.rows, .pitch = static_cast<std::size_t>(GetRowPitch())});
 }
 
 }  // namespace Kavra::Devices

@@ -26,7 +26,6 @@
 #include "readers/spot/SpotHeader.h"
 
 #include <optional>
-#include <span>
 
 namespace Kavra::Devices {
 
@@ -44,7 +43,7 @@ public:
     Common::Result<> OpenFiles(PictureFiles files) override;
     /// Frames beyond the last are the last, negative ones the first. Fails, and writes nothing, for a depth or a layout
     /// that cannot be decoded.
-    Common::Result<> ReadFrame(std::span<unsigned char> pixels, int frame) override;
+    Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
 
     int GetWidth() override { return mHeader.columns; }
     int GetHeight() override { return mHeader.rows; }

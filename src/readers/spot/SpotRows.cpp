@@ -44,18 +44,19 @@ void SpotRows::Read(std::int64_t row, std::int64_t first, std::span<unsigned cha
     }
 }
 
-void SpotRows::ReadAll(std::int64_t first, std::size_t bytes, std::span<unsigned char> out) {
-    const std::size_t rows = out.size() / bytes;
-    for (std::size_t row = ReadTouchingRows(first, bytes, out); row < rows; ++row) {
-        const std::span<unsigned char> line = out.subspan(row * bytes, bytes);
-        if (!Holds(static_cast<std::int64_t>(row), first, bytes)) {
-            if (row == 0) {
-                std::ranges::fill(line, 0);
-            } else {
-                std::ranges::copy(out.subspan((row - 1) * bytes, bytes), line.begin());
+void SpotRows::ReadAll(std::int64_t first, std::size_t bytes, std::int64_t count, Common::RowSink& out) {
+    std::vector<unsigned char> above(bytes);  // of the rows that the sink hands out next, where they need it
+    for (std::int64_t row = 0; row < count;) {
+        const std::span<unsigned char> lines = out.NextRows(static_cast<std::size_t>(count - row));
+        std::size_t at = bytes * ReadTouchingRows(row, first, bytes, lines);
+        for (row += static_cast<std::int64_t>(at / bytes); at < lines.size(); at += bytes, ++row) {
+            const std::span<unsigned char> line = lines.subspan(at, bytes);
+            if (!Holds(row, first, bytes)) {
+                std::ranges::copy(at == 0 ? std::span(above) : lines.subspan(at - bytes, bytes), line.begin());
             }
+            Read(row, first, line);
         }
-        Read(static_cast<std::int64_t>(row), first, line);
+        if (row < count && !Holds(row, first, bytes)) std::ranges::copy(lines.last(bytes), above.begin());
     }
 }
 
@@ -90,11 +91,12 @@ bool SpotRows::Holds(std::int64_t row, std::int64_t first, std::size_t bytes) co
     return last <= mSlotBytes && Position(mSlots.front().start, row, mSlotBytes, last) <= mSlots.front().source.Size();
 }
 
-/// Reads lines that touch one another all at once; the result is how many became whole.
-std::size_t SpotRows::ReadTouchingRows(std::int64_t first, std::size_t bytes, std::span<unsigned char> out) {
+/// Reads lines from row `row` on that touch one another, all at once; the result is how many became whole.
+std::size_t SpotRows::ReadTouchingRows(std::int64_t row, std::int64_t first, std::size_t bytes,
+                                       std::span<unsigned char> out) {
     Slot& slot = mSlots.front();
     const bool touch = first == 0 && mSlotBytes == static_cast<std::int64_t>(bytes);
-    if (!touch || !slot.source.Seek(static_cast<std::uint64_t>(slot.start))) return 0;
+    if (!touch || !slot.source.Seek(Position(slot.start, row, mSlotBytes, 0))) return 0;
     return slot.source.ReadSome(out) / bytes;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/ByteSource.h"
+#include "common/RowSink.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -25,8 +26,8 @@ public:
     /// Makes `line`, the bytes from `first` on of the row before, those of row `row`.
     void Read(std::int64_t row, std::int64_t first, std::span<unsigned char> line);
 
-    /// The lines of `bytes` bytes from `first` on of all rows, one after another in `out`.
-    void ReadAll(std::int64_t first, std::size_t bytes, std::span<unsigned char> out);
+    /// The lines of `bytes` bytes from `first` on of the first `count` rows, which are the rows of the sink.
+    void ReadAll(std::int64_t first, std::size_t bytes, std::int64_t count, Common::RowSink& out);
 
     /// Whether a line lies in one slot.
     bool IsInOneSlot(std::int64_t first, std::size_t bytes) const;
@@ -46,7 +47,7 @@ private:
     };
 
     bool Holds(std::int64_t row, std::int64_t first, std::size_t bytes) const;
-    std::size_t ReadTouchingRows(std::int64_t first, std::size_t bytes, std::span<unsigned char> out);
+    std::size_t ReadTouchingRows(std::int64_t row, std::int64_t first, std::size_t bytes, std::span<unsigned char> out);
 
     std::vector<Slot> mSlots;
     std::int64_t mSlotBytes;

@@ -31,6 +31,12 @@ Bytes Copy(std::span<const unsigned char> bytes) {
     return {bytes.begin(), bytes.end()};
 }
 
+/// Reads as many lines as fill `out`.
+void ReadAll(auto&& rows, std::int64_t first, std::size_t bytes, Bytes& out) {
+    Kavra::Common::BlockRows lines(out, bytes);
+    rows.ReadAll(first, bytes, static_cast<std::int64_t>(out.size() / bytes), lines);
+}
+
 TEST(SpotRows, ALineIsAPartOfItsRow) {
     const Bytes file = File(100);
     ByteSource source(file);
@@ -75,7 +81,7 @@ TEST(SpotRows, PlacesBeyondAnyFileHoldNothing) {
                 rows.Read(2'000'000'000, first, line);
                 EXPECT_EQ(line, (Bytes{1, 2, 3}));
                 EXPECT_EQ(rows.Gather(2'000'000'000), 0);
-                rows.ReadAll(first, 3, line);
+                ReadAll(rows, first, 3, line);
                 EXPECT_EQ(line, (Bytes{0, 0, 0}));
             }
         }
@@ -86,9 +92,9 @@ TEST(SpotRows, AllLinesAreReadOneAfterAnother) {
     const Bytes file = File(1000);
     ByteSource source(file);
     Bytes out(30);
-    SpotRows(source, {5}, 10).ReadAll(0, 10, out);
+    ReadAll(SpotRows(source, {5}, 10), 0, 10, out);
     EXPECT_EQ(out, Part(file, 5, 30)) << "rows that touch";
-    SpotRows(source, {5}, 100).ReadAll(7, 10, out);
+    ReadAll(SpotRows(source, {5}, 100), 7, 10, out);
     for (std::size_t row = 0; row < 3; ++row)
         EXPECT_EQ(Part(out, row * 10, 10), Part(file, 12 + row * 100, 10));
 }
@@ -97,13 +103,13 @@ TEST(SpotRows, LinesThatTheFileCutsOffGoOnAsTheOneBefore) {
     const Bytes file = {1, 2, 3, 4, 5, 6, 7, 8};
     ByteSource source(file);
     Bytes out(12, 99);
-    SpotRows(source, {0}, 3).ReadAll(0, 3, out);
+    ReadAll(SpotRows(source, {0}, 3), 0, 3, out);
     EXPECT_EQ(out, (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 6, 7, 8, 6}));
     out.assign(12, 99);
-    SpotRows(source, {7}, 3).ReadAll(0, 3, out);
+    ReadAll(SpotRows(source, {7}, 3), 0, 3, out);
     EXPECT_EQ(out, (Bytes{8, 0, 0, 8, 0, 0, 8, 0, 0, 8, 0, 0}));
     out.assign(12, 99);
-    SpotRows(source, {0}, 2).ReadAll(0, 3, out);
+    ReadAll(SpotRows(source, {0}, 2), 0, 3, out);
     EXPECT_EQ(out, (Bytes{1, 2, 0, 3, 4, 0, 5, 6, 0, 7, 8, 0}));
 }
 
