@@ -5,6 +5,7 @@
 #include "readers/FileTypeDetection.h"
 #include "readers/ImageReaderInterface.h"
 #include "readers/LegacyLoad.h"
+#include "readers/RowsInParts.h"
 
 #include <kavra/objects/IMessageSink.h>
 #include <kavra/objects/ObjModel.h>
@@ -14,6 +15,7 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace Kavra::Fuzz {
 
@@ -47,17 +49,40 @@ inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const
     return loaded;
 }
 
-/// Loads the frame twice and ends the process when the two differ: a byte that nobody wrote would.
-inline void CheckLegacyLoad(const Objects::KString& path, int fileType, int frame) {
-    SilentSink::Install();
-    const LegacyLoaded first = LoadLegacy(path, fileType, {.level = frame});
-    const LegacyLoaded second = LoadLegacy(path, fileType, {.level = frame});
+/// Loads twice and ends the process when the two differ: a byte that nobody wrote would.
+inline LegacyLoaded LoadLegacyTwice(const Objects::KString& path, int fileType, const Devices::LoadRequest& request) {
+    LegacyLoaded first = LoadLegacy(path, fileType, request);
+    const LegacyLoaded second = LoadLegacy(path, fileType, request);
     if (static_cast<bool>(first.block) != static_cast<bool>(second.block)) std::abort();
-    if (!first.block) return;
+    if (!first.block) return first;
     if (first.desc.dataSize != second.desc.dataSize) std::abort();
     if (std::memcmp(first.block.get(), second.block.get(), first.desc.dataSize) != 0) std::abort();
-    // The way through the library: smaller, and turned.
-    (void)LoadLegacy(path, fileType, {.width = 7, .height = 5, .level = frame, .orientation = Devices::kLeftTop});
+    return first;
+}
+
+/// Loads the frame as its reader gives it, and ends the process when it is another one where its rows are handed out
+/// one by one, each in memory of its own. Whether it loads.
+inline bool CheckRows(const Objects::KString& path, int fileType, int frame) {
+    const std::unique_ptr<Devices::ImageReaderInterface> reader(Devices::CreateImageReader(fileType));
+    if (!reader->Open(path)) return false;
+    const LegacyLoaded whole =
+        LoadLegacyTwice(path, fileType, {.level = frame, .orientation = reader->GetOrientation()});
+    if (!whole.block) return false;
+    Tests::RowsInParts rows(static_cast<std::size_t>(whole.desc.height), static_cast<std::size_t>(whole.desc.rowPitch),
+                            {1});
+    if (!reader->ReadFrame(rows, frame)) std::abort();
+    const std::vector<unsigned char> bytes = rows.Take();
+    if (bytes.size() != whole.desc.dataSize) std::abort();
+    if (std::memcmp(bytes.data(), whole.block.get(), bytes.size()) != 0) std::abort();
+    return true;
+}
+
+/// Loads the frame as it is, and smaller and rotated, sampled and filtered.
+inline void CheckLegacyLoad(const Objects::KString& path, int fileType, int frame) {
+    SilentSink::Install();
+    if (!CheckRows(path, fileType, frame)) return;
+    (void)LoadLegacyTwice(path, fileType, {.width = 7, .height = 5, .level = frame, .orientation = Devices::kLeftTop});
+    (void)LoadLegacyTwice(path, fileType, {.height = 3, .highQuality = true, .level = frame});
 }
 
 /// The input as a file with the extension (with its dot). The last byte also says which frame.

@@ -71,7 +71,10 @@ PictureBounds HostBounds() {
 
 PictureBounds ReaderBounds() {
     Devices::ImageLimits limits = HostImageLimits();
-    if (limits.maxBytes == 0 && limits.maxPixels == 0) limits.maxBytes = kDefaultMaxBytes;
+    if (limits.maxBytes == 0 && limits.maxPixels == 0) {
+        limits.maxBytes = kDefaultMaxBytes;
+        limits.maxPixels = kDefaultMaxPixels;
+    }
     PictureBounds bounds = Bounds(limits);
     bounds.bytes = std::min(bounds.bytes, MemoryShare());
     bounds.blockBytes = HostBlockCeiling();

@@ -56,13 +56,15 @@ struct PictureBounds {
 
 /// The bytes of a picture whose size a few bytes of a file can claim, unless the host has set a bound of its own.
 inline constexpr std::uint64_t kDefaultMaxBytes = std::uint64_t{2} << 30;
+/// The pixels of such a picture, which it may have where it is read row by row and never held whole: they take time.
+inline constexpr std::uint64_t kDefaultMaxPixels = 4'000'000'000;
 
 /// What the host has set (`SetImageLimits`), which binds every picture; no bounds where it has set nothing or knows of
 /// no such thing.
 PictureBounds HostBounds();
 
-/// For pictures whose size a few bytes can claim: what the host has set, or else `kDefaultMaxBytes`; in any case no
-/// more than `MemoryShare`, nor a block larger than the allocator gives.
+/// For pictures whose size a few bytes can claim: what the host has set, or else `kDefaultMaxBytes` and
+/// `kDefaultMaxPixels`; in any case no more than `MemoryShare`, nor a block larger than the allocator gives.
 PictureBounds ReaderBounds();
 
 /// Half of the memory of the machine, or of the control group of this process where that has less. As of the first

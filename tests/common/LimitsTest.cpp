@@ -80,11 +80,12 @@ TEST_F(Bounds, WhatDecodingNeedsCountsBesideTheBlock) {
     EXPECT_FALSE(HostBounds().Hold({.pixels = 1, .blockBytes = 600, .workingBytes = kMax64})) << "no sum wraps around";
 }
 
-TEST_F(Bounds, AReaderHas2GiBUnlessTheHostSaysOtherwise) {
+TEST_F(Bounds, AReaderHas2GiBAndFourBillionPixelsUnlessTheHostSaysOtherwise) {
     EXPECT_EQ(ReaderBounds().bytes, std::min(2 * kGiB, MemoryShare()));
-    EXPECT_EQ(ReaderBounds().pixels, kMax64);
+    EXPECT_EQ(ReaderBounds().pixels, 4'000'000'000U);
     Set(3 * kGiB, 0);
     EXPECT_EQ(ReaderBounds().bytes, std::min(3 * kGiB, MemoryShare()));
+    EXPECT_EQ(ReaderBounds().pixels, kMax64);
     Set(1000, 0);
     EXPECT_EQ(ReaderBounds().bytes, 1000U);
     Set(0, 1'000'000'000'000);

@@ -2,6 +2,7 @@
 
 #include "common/Limits.h"
 #include "legacy/CalsFile.h"
+#include "load/geometry/RowReshape.h"
 #include "readers/FileSamples.h"
 #include "readers/ImageFileType.h"
 #include "readers/flic/FlicBytes.h"
@@ -85,6 +86,13 @@ protected:
         EXPECT_TRUE(Loads(path)) << path << " takes more than " << bytes;
         SetImageLimits({.maxBytes = bytes - 1});
         EXPECT_FALSE(Loads(path)) << path << " takes less than " << bytes;
+    }
+
+    /// What a load of a picture of four bytes a pixel holds at a time.
+    static std::uint64_t Held(int width, int height, const LoadRequest& request) {
+        const Reshaping wanted = ReshapingFor(request, request.width < 1 ? width : std::min(width, request.width),
+                                              request.height < 1 ? height : std::min(height, request.height), kTopLeft);
+        return RowReshape::BytesFor({.format = kR8G8B8A8, .width = width, .height = height}, wanted);
     }
 
     std::filesystem::path Cals(int width, int height, const Bytes& codes = {}) {
@@ -182,25 +190,60 @@ TEST_F(LoadLimits, TheOthersCountTheirBlock) {
     ExpectCost(folder.Write("x.rlc", rlc.Bytes()), 40'000);
 }
 
-TEST_F(LoadLimits, APictureThatIsShrunkOrTurnedCountsTwice) {
+TEST_F(LoadLimits, APictureThatIsShrunkOrRotatedCountsAsItIsAndWhatItHoldsAtATime) {
     const auto loads = [this](const LoadRequest& request, std::uint64_t maxBytes) {
         SetImageLimits({.maxBytes = maxBytes});
         return LoadFile(access.handler, Cals(100, 100), request).has_value();
     };
-    const LoadRequest turned = {.orientation = kLeftTop}, shrunk = {.width = 50, .height = 10};
-    const LoadRequest both = {.width = 50, .height = 10, .orientation = kLeftTop};
     EXPECT_TRUE(loads({.width = 100, .height = 1000}, 40'000)) << "neither";
-    EXPECT_TRUE(loads(turned, 80'000));
-    EXPECT_FALSE(loads(turned, 79'999));
-    for (const LoadRequest& request : {shrunk, both}) {
-        EXPECT_TRUE(loads(request, 42'000)) << "the first is gone before it is turned";
-        EXPECT_FALSE(loads(request, 41'999));
+    const LoadRequest rotated = {.orientation = kLeftTop}, shrunk = {.width = 50, .height = 10};
+    const LoadRequest both = {.width = 50, .height = 10, .orientation = kLeftTop};
+    for (const LoadRequest& request : {rotated, shrunk, both}) {
+        const std::uint64_t held = Held(100, 100, request);
+        EXPECT_LE(held, 80'000U) << "two blocks at most";
+        const std::uint64_t cost = std::max<std::uint64_t>(held, 40'000);
+        EXPECT_TRUE(loads(request, cost));
+        EXPECT_FALSE(loads(request, cost - 1));
     }
     if (Kavra::Common::MemoryShare() < Kavra::Common::kDefaultMaxBytes) return;
     SetImageLimits({});
     const SmallBlocksOnly allocator;
     EXPECT_THROW(access.LoadSpecial(desc, Wide(Cals(13'600, 17'600)), 0, 0, false, 0, kLeftTop, CALS), std::bad_alloc)
-        << "a page turned takes less than 2 GiB";
+        << "a page rotated takes less than 2 GiB";
+}
+
+TEST_F(LoadLimits, ADrawingThatIsTooLargeToBeHeldIsStillShown) {
+    constexpr int kSide = 24'000;  // 2.3 GB as it is
+    const LoadRequest shrunk = {.width = 60, .height = 40};
+    const auto path = Cals(kSide, kSide, Bytes(100, 0xFF));
+    EXPECT_FALSE(AsksFor(path, CALS, 0));
+    if (Held(kSide, kSide, shrunk) > 64U << 20) GTEST_SKIP() << "rows are gathered before they are shrunk";
+    const std::optional<Loaded> loaded = LoadFile(access.handler, path, shrunk);
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(loaded->desc.width, 60);
+    EXPECT_EQ(loaded->desc.height, 40);
+    Bytes black;
+    for (int i = 0; i < 60 * 40; ++i)
+        black.insert(black.end(), {0, 0, 0, 255});
+    EXPECT_EQ(loaded->bytes, black) << "white paper, in negative";
+    SetImageLimits({.maxBytes = std::uint64_t{kSide} * kSide * 4 - 1});
+    EXPECT_FALSE(LoadFile(access.handler, path, shrunk)) << "the host counts the pixels as the file has them";
+    SetImageLimits({.maxPixels = std::uint64_t{kSide} * kSide - 1});
+    EXPECT_FALSE(LoadFile(access.handler, path, shrunk));
+}
+
+TEST_F(LoadLimits, AFewBytesNeverKeepALoadBusyForLong) {
+    const auto isRefused = [this](const std::filesystem::path& path, int fileType) {
+        const SmallBlocksOnly allocator;
+        return access.LoadSpecial(desc, Wide(path), 2, 2, false, 0, kTopLeft, fileType) == nullptr;
+    };
+    EXPECT_TRUE(isRefused(Cals(1'000'000, 1'000'000), CALS));
+    EXPECT_TRUE(isRefused(Cals(63'246, 63'246), CALS)) << "4,000,056,516 pixels";
+    EXPECT_TRUE(isRefused(Pcx(0xFFFF, 0xFFFF), PCX));
+    EXPECT_TRUE(isRefused(Pict({-32768, -32768, 32767, 32767}), PICT));
+    EXPECT_TRUE(isRefused(Flic(65'535, 65'535), FLIC));
+    EXPECT_TRUE(isRefused(Flic(47'000, 47'000), FLIC)) << "for its indices, a byte each";
+    EXPECT_TRUE(isRefused(Raster(1'000'000, 4'001), Spot));
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which need more address space than this leaves
@@ -213,7 +256,7 @@ void LeaveAddressSpace(std::uint64_t bytes) {
     setrlimit(RLIMIT_AS, &limit);
 }
 
-TEST_F(LoadLimits, WithoutMemoryToTurnAPictureThereIsNone) {
+TEST_F(LoadLimits, WithoutMemoryToRotateAPictureThereIsNone) {
     const auto path = Cals(5000, 5000);  // a block of 100 MB, and another one
     const auto load = [&](std::uint64_t bytes) {
         ObjModel::ReleaseKeptBlock();

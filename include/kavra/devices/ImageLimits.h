@@ -16,9 +16,10 @@ namespace Kavra::Devices {
 /// them, in the format of the file and in the one that is asked for, before any of them is resized away.
 ///
 /// While both are 0, a module bounds by itself only the pictures whose size a few bytes can claim (the old rasters):
-/// to 2 GiB of all that their load holds at a time. As soon as either is set, those 2 GiB no longer hold. Whatever is
-/// set, such a picture never gets more than half of the memory of the machine, or of the control group of the process
-/// where that is less.
+/// to 2 GiB of all that their load holds at a time, which for one at a smaller size is far less than the picture, and
+/// to 4,000,000,000 pixels as the file has them. As soon as either is set, these no longer hold. Whatever is set, such
+/// a picture never gets more than half of the memory of the machine, or of the control group of the process where that
+/// is less.
 ///
 ///     Kavra::Devices::ImageLimits limits;
 ///     limits.maxBytes = std::uint64_t{256} << 20;
