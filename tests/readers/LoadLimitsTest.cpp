@@ -4,6 +4,7 @@
 #include "legacy/CalsFile.h"
 #include "load/geometry/RowReshape.h"
 #include "readers/FileSamples.h"
+#include "readers/FileTypeDetection.h"
 #include "readers/ImageFileType.h"
 #include "readers/flic/FlicBytes.h"
 #include "readers/pict/PictMaker.h"
@@ -25,7 +26,10 @@
 #include <cstdlib>
 #include <format>
 #include <fstream>
+#include <memory>
 #include <new>
+#include <span>
+#include <vector>
 
 namespace {
 
@@ -270,6 +274,60 @@ TEST_F(LoadLimits, WithoutMemoryToRotateAPictureThereIsNone) {
         EXPECT_EXIT(load(bytes), isAnswer, "") << bytes;
     EXPECT_EXIT(load(20'000'000), testing::ExitedWithCode(7), "");
     EXPECT_EXIT(load(1'000'000'000), testing::ExitedWithCode(8), "");
+}
+/// Takes all rows of a picture in the same memory.
+class OneRowForAll final : public Kavra::Common::RowSink {
+public:
+    explicit OneRowForAll(int rowBytes) : mRow(static_cast<std::size_t>(rowBytes)) {}
+    std::span<unsigned char> NextRows(std::size_t) override {
+        std::ranges::fill(mRow, 0);
+        return mRow;
+    }
+
+private:
+    Bytes mRow;
+};
+
+/// A picture of more than a gigabyte, of each format that gives its rows as it reads them.
+class LargePictures : public LoadLimits {
+protected:
+    struct Large {
+        int fileType;
+        std::filesystem::path path;
+    };
+    std::vector<Large> All() {
+        ByteBuilder rlc;
+        rlc.Big16(17'000).Big16(17'000).Fill(4 + 2 * 17'000, 0);
+        return {{CALS, Cals(17'000, 17'000, Bytes(100, 0xFF))},
+                {PCX, Pcx(0xFFFF, 4'500)},
+                {PICT, Pict({0, 0, 17'000, 17'000})},
+                {RLC, folder.Write("x.rlc", rlc.Bytes())},
+                {Spot, Raster(30'000, 40'000)}};
+    }
+
+    static constexpr std::uint64_t kAddressSpace = 200'000'000;  // with the stacks of threads
+};
+
+TEST_F(LargePictures, ReadersHoldAFewRowsAtATime) {
+    const auto read = [](const Large& large) {
+        const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(large.fileType));
+        if (!reader->Open(Wide(large.path))) std::_Exit(6);
+        LeaveAddressSpace(kAddressSpace);
+        OneRowForAll rows(reader->GetRowPitch());
+        std::_Exit(reader->ReadFrame(rows, 0) ? 8 : 7);
+    };
+    for (const Large& large : All())
+        EXPECT_EXIT(read(large), testing::ExitedWithCode(8), "") << large.path;
+}
+
+TEST_F(LargePictures, AtASmallSizeNoneIsEverWhole) {
+    if (Held(17'000, 17'000, {.width = 60, .height = 40}) > 64U << 20) GTEST_SKIP() << "rows are gathered";
+    const auto load = [this](const Large& large) {
+        LeaveAddressSpace(kAddressSpace);
+        std::_Exit(LoadFile(access.handler, large.path, {.width = 60, .height = 40}) ? 8 : 7);
+    };
+    for (const Large& large : All())
+        EXPECT_EXIT(load(large), testing::ExitedWithCode(8), "") << large.path;
 }
 #endif
 
