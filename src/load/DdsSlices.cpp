@@ -98,9 +98,15 @@ bool DdsSlices::ReadBytes(std::uint64_t offset, std::span<unsigned char> bytes) 
 
 bool DdsSlices::ReadLevel(int level, const OIIO::ImageSpec& levelSpec, int channels, OIIO::TypeDesc type,
                           unsigned char* out, std::size_t pixelStride) {
+    return HasLevel(level) && ReadSlices(level, levelSpec, 0, SliceCount(level), channels, type, out, pixelStride);
+}
+
+bool DdsSlices::ReadSlices(int level, const OIIO::ImageSpec& levelSpec, int first, int count, int channels,
+                           OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride) {
     if (!HasLevel(level)) return false;
     const auto [width, height, depth] = Dds::LevelSize(mShape.size, level);
-    const int slices = mShape.FaceCount() * depth;
+    const int slices = SliceCount(level);
+    if (first < 0 || count < 0 || count > slices - first) return false;
     // A cube's faces stand on one another, a volume's slices behind one another.
     if (levelSpec.width != width || std::int64_t{levelSpec.height} * levelSpec.depth != std::int64_t{height} * slices) {
         return false;
@@ -110,7 +116,7 @@ bool DdsSlices::ReadLevel(int level, const OIIO::ImageSpec& levelSpec, int chann
     const std::size_t headerBytes = flat.size();
     flat.resize(headerBytes + Dds::StoredSliceBytes(mUnit, {width, height, 1}));
     const std::size_t sliceStride = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * pixelStride;
-    for (int slice = 0; slice < slices; ++slice, out += sliceStride) {
+    for (int slice = first; slice < first + count; ++slice, out += sliceStride) {
         if (mShape.type == kTextureCube && !mShape.HasFace(slice)) {
             std::memset(out, 0, sliceStride);
             continue;

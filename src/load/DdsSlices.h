@@ -48,7 +48,12 @@ public:
     bool ReadLevel(int level, const OIIO::ImageSpec& levelSpec, int channels, OIIO::TypeDesc type, unsigned char* out,
                    std::size_t pixelStride);
 
+    /// The same of `count` faces or slices from `first` on. False also where the level has not so many.
+    bool ReadSlices(int level, const OIIO::ImageSpec& levelSpec, int first, int count, int channels,
+                    OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride);
+
 private:
+    int SliceCount(int level) const { return mShape.FaceCount() * Dds::LevelSize(mShape.size, level).depth; }
     DdsSlices(Common::ByteSource file, const Dds::Header& header, const Dds::Shape& shape, const Dds::StoredUnit& unit);
     std::uint64_t SliceOffset(int level, int slice) const;
     bool ReadBytes(std::uint64_t offset, std::span<unsigned char> bytes);

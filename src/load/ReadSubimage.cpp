@@ -13,6 +13,8 @@ namespace Kavra::Devices {
 namespace {
 
 constexpr std::int64_t kChunkBytes = std::int64_t{64} << 20;
+constexpr std::int64_t kBandBytes = std::int64_t{2} << 20;  // of rows as the file has them
+constexpr int kExrBlockRows = 256;           // the highest blocks that there are, and enough lower ones for all cores
 constexpr std::int64_t kMinChunkRows = 256;  // enough for every core to have rows to decode
 constexpr std::int64_t kUsualStripRows = 64;
 constexpr std::int64_t kMaxStripBytes = 1 << 30;
@@ -27,80 +29,152 @@ bool HasReadableTiles(const OIIO::ImageSpec& spec) {
     return spec.tile_bytes(true) <= std::max(kMaxTileBytes, kMaxTileRatio * spec.image_bytes(true));
 }
 
+std::int64_t StripRows(const OIIO::ImageSpec& spec) {
+    return IntegerAttribute(spec, "tiff:RowsPerStrip").value_or(kUsualStripRows);
+}
+
+/// Whether the TIFF reader must not be asked for all rows at once: where one strip has more of them than the picture, it
+/// adds up its size in 32 bits. Any smaller number it takes row by row.
+bool HasGiantStrip(const OIIO::ImageSpec& spec, std::size_t rowBytes) {
+    const std::int64_t strip = StripRows(spec);
+    return strip > spec.height && strip > kMaxStripBytes / static_cast<std::int64_t>(rowBytes);
+}
+
 /// Rows to ask for at a time: whole strips, since files are about whose rows cannot be decoded one by one.
 std::int64_t ChunkRows(const OIIO::ImageSpec& spec, std::size_t rowBytes) {
-    const std::int64_t strip = IntegerAttribute(spec, "tiff:RowsPerStrip").value_or(kUsualStripRows);
+    const std::int64_t strip = StripRows(spec);
     const std::int64_t rows = std::max(kChunkBytes / static_cast<std::int64_t>(rowBytes), kMinChunkRows);
     if (strip < 1) return rows;
-    // Where one strip has more rows than the picture, the TIFF reader adds up its size in 32 bits when it is asked for
-    // all rows at once. Any smaller number it takes row by row.
-    const bool overflows = strip > spec.height && strip > kMaxStripBytes / static_cast<std::int64_t>(rowBytes);
-    if (overflows) return std::max(spec.height - 1, 1);
+    if (HasGiantStrip(spec, rowBytes)) return std::max(spec.height - 1, 1);
     return (rows + strip - 1) / strip * strip;
 }
 
-/// The pixels of one file in rows that are asked for one after another.
-struct RowReader {
-    OIIO::ImageInput& input;
-    const OIIO::ImageSpec& spec;
-    int subimage, level, channels;
-    OIIO::TypeDesc type;
-    std::size_t pixelStride;
+/// Whether the rows of a strip may be asked for one by one, and are what they are when the strip is asked for. The TIFF
+/// reader itself goes row by row through pixels that it has to widen, look up or convert; other strips it decodes as
+/// one, some with a check at their end.
+bool HasDivisibleStrips(const OIIO::ImageSpec& spec) {
+    constexpr int kPalette = 3, kSeparated = 5;  // TIFF 6.0, PhotometricInterpretation
+    const OIIO::string_view compression = TextAttribute(spec, "compression").value_or("");
+    if (compression == "none") return true;
+    if (TextAttribute(spec, "planarconfig") == "separate") return false;  // a row of each in turn: from the start again
+    const int bits = static_cast<int>(spec.format.size()) * 8;
+    const int photometric = IntegerAttribute(spec, "tiff:PhotometricInterpretation").value_or(0);
+    return compression == "lzw" || compression == "packbits" || photometric == kPalette || photometric == kSeparated ||
+           IntegerAttribute(spec, "oiio:BitsPerSample").value_or(bits) != bits;
+}
 
-    std::size_t StoredPixelBytes() const { return spec.pixel_bytes(0, channels, true); }
-    std::size_t StoredRowBytes() const { return StoredPixelBytes() * static_cast<std::size_t>(spec.width); }
-    std::size_t RowStride() const { return pixelStride * static_cast<std::size_t>(spec.width); }
-    bool IsAsStored() const {
-        return type == spec.format && spec.channelformats.empty() && pixelStride == StoredPixelBytes();
-    }
+/// Rows that are decoded together: of one tile, of one strip, of one block. A multiple will do.
+int RowsTogether(const OIIO::ImageInput& input, const OIIO::ImageSpec& spec, std::size_t rowBytes) {
+    const OIIO::string_view format = input.format_name();
+    if (spec.tile_width != 0) return spec.tile_height;
+    if (format == "openexr") return kExrBlockRows;
+    if (format != "tiff") return 1;
+    const std::int64_t strip = StripRows(spec);
+    const bool isLarge = strip > kBandBytes / static_cast<std::int64_t>(rowBytes);
+    const bool isAlone = strip < 1 || HasGiantStrip(spec, rowBytes) || (isLarge && HasDivisibleStrips(spec));
+    return isAlone ? 1 : static_cast<int>(std::min<std::int64_t>(strip, spec.height));
+}
 
-    /// Rows as the file has them, packed.
-    bool ReadStored(int y, int end, int z, void* rows) const {
-        return input.read_native_scanlines(subimage, level, y, end, z, 0, channels, rows);
-    }
+}  // namespace
 
-    /// Packed rows as the file has them to rows of the result; channels of equal types together.
-    bool Convert(const unsigned char* rows, int count, unsigned char* out) const {
-        const auto from = static_cast<OIIO::stride_t>(StoredPixelBytes());
-        const auto to = static_cast<OIIO::stride_t>(pixelStride);
-        for (int channel = 0, group = 0; channel < channels; channel += group) {
-            const OIIO::TypeDesc stored = spec.channelformat(channel);
-            group = 1;
-            while (channel + group < channels && spec.channelformat(channel + group) == stored)
-                ++group;
-            if (!OIIO::parallel_convert_image(group, spec.width, count, 1, rows, stored, from, OIIO::AutoStride,
-                                              OIIO::AutoStride, out, type, to, OIIO::AutoStride, OIIO::AutoStride)) {
-                return false;
-            }
-            rows += static_cast<std::size_t>(group) * stored.size();
-            out += static_cast<std::size_t>(group) * type.size();
+SubimageRows::SubimageRows(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int subimage, int level, int channels,
+                           OIIO::TypeDesc type, std::size_t pixelStride)
+    : mInput(input),
+      mSpec(spec),
+      mSubimage(subimage),
+      mLevel(level),
+      mChannels(std::min(channels, spec.nchannels)),
+      mType(type),
+      mPixelStride(pixelStride),
+      mTogether(RowsTogether(input, spec, StoredRowBytes())) {}
+
+int SubimageRows::BandFrom(int top) const {
+    const std::int64_t wanted = std::max<std::int64_t>(kBandBytes / static_cast<std::int64_t>(StoredRowBytes()), 1);
+    const std::int64_t rows = (wanted + mTogether - 1) / mTogether * mTogether;
+    const std::int64_t rest = mSpec.height - top;
+    // A single row is never left over: the TIFF reader takes one in another way than several.
+    return static_cast<int>(rows + 1 >= rest ? rest : rows);
+}
+
+bool SubimageRows::IsAsStored() const {
+    return mType == mSpec.format && mSpec.channelformats.empty() && mPixelStride == StoredPixelBytes();
+}
+
+/// Packed rows as the file has them to rows of the result; channels of equal types together.
+bool SubimageRows::Convert(const unsigned char* rows, int count, unsigned char* out) const {
+    const auto from = static_cast<OIIO::stride_t>(StoredPixelBytes());
+    const auto to = static_cast<OIIO::stride_t>(mPixelStride);
+    for (int channel = 0, group = 0; channel < mChannels; channel += group) {
+        const OIIO::TypeDesc stored = mSpec.channelformat(channel);
+        group = 1;
+        while (channel + group < mChannels && mSpec.channelformat(channel + group) == stored)
+            ++group;
+        if (!OIIO::parallel_convert_image(group, mSpec.width, count, 1, rows, stored, from, OIIO::AutoStride,
+                                          OIIO::AutoStride, out, mType, to, OIIO::AutoStride, OIIO::AutoStride)) {
+            return false;
         }
-        return true;
-    }
-};
-
-bool ReadRows(const RowReader& reader, unsigned char* out) {
-    const OIIO::ImageSpec& spec = reader.spec;
-    const std::int64_t chunk = std::min<std::int64_t>(ChunkRows(spec, reader.StoredRowBytes()), spec.height);
-    std::unique_ptr<unsigned char[]> stored;
-    if (!reader.IsAsStored()) {
-        stored =
-            std::make_unique_for_overwrite<unsigned char[]>(static_cast<std::size_t>(chunk) * reader.StoredRowBytes());
-    }
-    for (int z = spec.z; z < spec.z + std::max(spec.depth, 1); ++z) {
-        for (int done = 0; done < spec.height;) {
-            const int rows = static_cast<int>(std::min<std::int64_t>(chunk, spec.height - done));
-            const int y = spec.y + done;
-            if (!reader.ReadStored(y, y + rows, z, stored ? static_cast<void*>(stored.get()) : out)) return false;
-            if (stored && !reader.Convert(stored.get(), rows, out)) return false;
-            out += static_cast<std::size_t>(rows) * reader.RowStride();
-            done += rows;
-        }
+        rows += static_cast<std::size_t>(group) * stored.size();
+        out += static_cast<std::size_t>(group) * mType.size();
     }
     return true;
 }
 
-}  // namespace
+/// One row of tiles at a time.
+bool SubimageRows::ReadTiles(int top, int count, unsigned char* out) {
+    const int z = mSpec.z, end = mSpec.y + top + count;
+    for (int y = mSpec.y + top; y < end; y += mSpec.tile_height) {
+        const int next = std::min(y + mSpec.tile_height, end);
+        if (!mInput.read_tiles(mSubimage, mLevel, mSpec.x, mSpec.x + mSpec.width, y, next, z, z + 1, 0, mChannels,
+                               mType, out, static_cast<OIIO::stride_t>(mPixelStride))) {
+            return false;
+        }
+        out += static_cast<std::size_t>(next - y) * RowStride();
+    }
+    return true;
+}
+
+bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* out) {
+    const int chunk = static_cast<int>(std::min<std::int64_t>(ChunkRows(mSpec, StoredRowBytes()), count));
+    const bool converts = !IsAsStored();
+    if (converts && mStoredRows < chunk) {
+        mStored.reset();  // before the new ones are taken, not after
+        mStored = std::make_unique_for_overwrite<unsigned char[]>(static_cast<std::size_t>(chunk) * StoredRowBytes());
+        mStoredRows = chunk;
+    }
+    const int z = mSpec.z + slice;
+    for (int done = 0, rows = 0; done < count; done += rows) {
+        rows = std::min(chunk, count - done);
+        const int y = mSpec.y + top + done;
+        unsigned char* const stored = converts ? mStored.get() : out;
+        if (!mInput.read_native_scanlines(mSubimage, mLevel, y, y + rows, z, 0, mChannels, stored)) return false;
+        if (converts && !Convert(stored, rows, out)) return false;
+        out += static_cast<std::size_t>(rows) * RowStride();
+    }
+    return true;
+}
+
+bool SubimageRows::Read(int top, int count, unsigned char* out) {
+    const bool isTiled = mSpec.tile_width != 0;
+    const bool done = isTiled ? ReadTiles(top, count, out) : ReadScanlines(0, top, count, out);
+    if (!done) TakeErrors(mInput);
+    return done;
+}
+
+bool SubimageRows::ReadAll(unsigned char* out) {
+    if (mSpec.depth <= 1) return Read(0, mSpec.height, out);
+    bool done = true;
+    if (mSpec.tile_width != 0) {  // tiles may have several slices
+        done =
+            mInput.read_image(mSubimage, mLevel, 0, mChannels, mType, out, static_cast<OIIO::stride_t>(mPixelStride));
+    } else {
+        for (int slice = 0; done && slice < mSpec.depth; ++slice) {
+            done = ReadScanlines(slice, 0, mSpec.height, out);
+            out += static_cast<std::size_t>(mSpec.height) * RowStride();
+        }
+    }
+    if (!done) TakeErrors(mInput);
+    return done;
+}
 
 bool IsReadable(const OIIO::ImageSpec& spec) {
     const auto inReach = [](int position, int size) {
@@ -113,13 +187,7 @@ bool IsReadable(const OIIO::ImageSpec& spec) {
 
 bool ReadSubimage(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int subimage, int level, int channels,
                   OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride) {
-    channels = std::min(channels, spec.nchannels);
-    const bool isTiled = spec.tile_width != 0;
-    const bool done =
-        isTiled ? input.read_image(subimage, level, 0, channels, type, out, static_cast<OIIO::stride_t>(pixelStride))
-                : ReadRows({input, spec, subimage, level, channels, type, pixelStride}, out);
-    if (!done) TakeErrors(input);
-    return done;
+    return SubimageRows(input, spec, subimage, level, channels, type, pixelStride).ReadAll(out);
 }
 
 }  // namespace Kavra::Devices

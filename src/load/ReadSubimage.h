@@ -9,6 +9,7 @@
 #include <OpenImageIO/imageio.h>
 
 #include <cstddef>
+#include <memory>
 
 namespace Kavra::Devices {
 
@@ -16,10 +17,48 @@ namespace Kavra::Devices {
 /// that one of them is no giant beside the picture. Files that answer no are not to be read.
 bool IsReadable(const OIIO::ImageSpec& spec);
 
-/// Reads channels 0 to `channels` - 1 (those that the file has) of every pixel of the subimage and level into `out`, as
-/// values of `type`: tight rows, top row first, slice after slice, pixels `pixelStride` bytes apart. Bytes between the
-/// channels of one pixel and the next stay as they are. `spec` is the subimage's own, and `IsReadable`. False when the
-/// library cannot read it all. Throws `std::bad_alloc`.
+/// The rows of one subimage and level, as values of one type: as many at a time as are wanted, from the top down.
+class SubimageRows {
+public:
+    /// Reads channels 0 to `channels` - 1 (those that the file has) as values of `type`, pixels `pixelStride` bytes
+    /// apart. `spec` is the subimage's own, and `IsReadable`; it and the input live longer.
+    SubimageRows(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int subimage, int level, int channels,
+                 OIIO::TypeDesc type, std::size_t pixelStride);
+
+    /// Whether the file's rows are decoded one by one. Else a read begins where a band does and ends where one ends.
+    bool AreDecodedAlone() const { return mTogether == 1; }
+
+    /// The rows from `top` on that are best read at a time where the picture is not to be held whole: at least 1, and
+    /// all rows that the library decodes together (of a tile, a strip, a block) of each that it has.
+    int BandFrom(int top) const;
+
+    /// Reads rows `top` to `top` + `count` - 1 of a flat picture into `out`, packed. Bytes between the channels of one
+    /// pixel and the next stay as they are. False when the library cannot read them all. Throws `std::bad_alloc`.
+    bool Read(int top, int count, unsigned char* out);
+
+    /// Reads all rows, slice after slice.
+    bool ReadAll(unsigned char* out);
+
+private:
+    std::size_t StoredPixelBytes() const { return mSpec.pixel_bytes(0, mChannels, true); }
+    std::size_t StoredRowBytes() const { return StoredPixelBytes() * static_cast<std::size_t>(mSpec.width); }
+    std::size_t RowStride() const { return mPixelStride * static_cast<std::size_t>(mSpec.width); }
+    bool IsAsStored() const;
+    bool Convert(const unsigned char* rows, int count, unsigned char* out) const;
+    bool ReadTiles(int top, int count, unsigned char* out);
+    bool ReadScanlines(int slice, int top, int count, unsigned char* out);
+
+    OIIO::ImageInput& mInput;
+    const OIIO::ImageSpec& mSpec;
+    int mSubimage, mLevel, mChannels;
+    OIIO::TypeDesc mType;
+    std::size_t mPixelStride;
+    int mTogether;                             // rows that are decoded together
+    std::unique_ptr<unsigned char[]> mStored;  // rows as the file has them
+    int mStoredRows = 0;                       // how many of them it holds
+};
+
+/// Reads every pixel of a subimage and level: `SubimageRows::ReadAll`.
 bool ReadSubimage(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int subimage, int level, int channels,
                   OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride);
 

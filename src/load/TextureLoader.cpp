@@ -13,12 +13,12 @@
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "load/ReadSubimage.h"
-#include "load/geometry/Reshape.h"
+#include "load/RowFormats.h"
+#include "load/TextureBands.h"
 #include "readers/ImageFileType.h"
 
 #include <kavra/devices/DDSReader.h>
 #include <kavra/devices/IImageFormatHandler.h>
-#include <kavra/devices/ImageHandlerHelper.h>
 #include <kavra/devices/Sys.h>
 
 #include <algorithm>
@@ -115,59 +115,56 @@ void FillDescription(TextureLoad& load) {
     desc.gamma = load.fileDesc.gamma;
 }
 
-/// Whether a block of this layout can be had and described.
-bool IsPossible(const OIIO::ImageSpec& spec) {
+/// Whether the host allows a picture of this layout, and its rows can be described.
+bool IsAllowed(const OIIO::ImageSpec& spec) {
     const std::int64_t rowBytes = static_cast<std::int64_t>(spec.pixel_bytes(false)) * spec.width;
-    return Common::FitsPitch(rowBytes) && spec.image_bytes(false) <= Common::HostBlockCeiling() &&
+    return Common::FitsPitch(rowBytes) &&
            Common::HostBounds().Hold({.pixels = spec.image_pixels(), .blockBytes = spec.image_bytes(false)});
 }
 
+/// Whether the allocator gives what is held at a time: all pixels, or a few rows of them where the size changes and the
+/// library holds no more either.
+bool CanBeHeld(const TextureLoad& load, Common::ByteSource& file) {
+    const std::uint64_t whole = std::max(load.targetSpec.image_bytes(false), load.nativeSpec.image_bytes(false));
+    if (whole <= Common::HostBlockCeiling()) return true;
+    return load.NeedsResize() && GivesRows(*load.input, load.fileSpec, file) &&
+           BytesInBands(load) <= Common::HostBlockCeiling();
+}
+
 /// Whether the pixels can be there and delivered, as far as that shows before memory is taken for them.
-bool CanBeRead(const TextureLoad& load) {
+bool CanBeRead(const TextureLoad& load, Common::ByteSource& file) {
     if (load.fileSpec.deep || !IsReadable(load.fileSpec)) return false;
-    if (!IsPossible(load.targetSpec) || !IsPossible(load.nativeSpec)) return false;
+    if (!IsAllowed(load.targetSpec) || !IsAllowed(load.nativeSpec)) return false;
     if (load.fileDesc.depth > 1 && load.NeedsResize()) return false;  // the library resizes no slices
+    if (!CanBeHeld(load, file)) return false;
     return !load.IsDds() || (load.slices && load.slices->HasLevel(load.index));
 }
 
-Pixels SwapRedAndBlue(const Pixels& pixels) {
-    Utilities::ImageHandlerHelper helper;
-    auto* const swapped = helper.BGRAToRGBA(pixels.block.get(), pixels.bytes);
-    return {PixelBlock(reinterpret_cast<unsigned char*>(swapped)), pixels.bytes};
-}
-
-Pixels Convert(const TextureLoad& load, const Pixels& pixels) {
-    void* converted = nullptr;
-    std::size_t bytes = 0;
-    FormatConversion(load.fileDesc.format, pixels.bytes, pixels.block.get(), load.format, converted, bytes);
-    return {PixelBlock(static_cast<unsigned char*>(converted)), bytes};
-}
-
-/// From what was read to the chosen format. The library delivers red first.
-Pixels ToChosenFormat(const TextureLoad& load, Pixels pixels) {
-    if (load.Converts()) return Convert(load, pixels);
-    const auto isBlueFirst = [](EFormat format) { return Common::FactsOf(format).blueFirst; };
-    if (isBlueFirst(load.format) && !isBlueFirst(load.fileDesc.format)) return SwapRedAndBlue(pixels);
-    return pixels;
-}
-
-/// Brings pixels in the chosen format to the wanted size, row and column order, and updates `desc`. None when that
-/// cannot be done.
-Pixels ToWantedShape(TextureLoad& load, Pixels pixels) {
-    if (!pixels || (!load.NeedsResize() && !load.NeedsReorientation())) return pixels;
+/// The picture of a load that keeps its size, in rows and columns as the file has them. Empty when that cannot be.
+Raster ReadWhole(TextureLoad& load, const OIIO::ImageSpec& as) {
+    Pixels pixels;
+    {
+        TexturePixels source(load, as);
+        pixels = source.FillsAll() ? NewPixels(as.image_bytes(false)) : NewZeroedPixels(as.image_bytes(false));
+        if (!source.Read(0, source.RowCount(), pixels.block.get())) return {};
+    }
+    pixels = ToChosenFormat(load, std::move(pixels));
+    if (!pixels) return {};
     const ImageDesc& file = load.fileDesc;
     Raster raster = PackedRaster(load.format, file.width, file.height, std::move(pixels.block), pixels.bytes);
     raster.faces = FaceCount(file.textureType);
     raster.slices = std::max(file.depth, 1);
-    raster = Reshape(std::move(raster), {.width = load.outWidth,
-                                         .height = load.outHeight,
-                                         .scaling = load.request.highQuality ? Scaling::kMitchell : Scaling::kAdaptive,
-                                         .from = file.orientation,
-                                         .to = load.request.orientation});
-    if (!raster || !Common::FitsPitch(static_cast<std::int64_t>(raster.pitch))) return {};
+    return load.NeedsReorientation() ? Reshape(std::move(raster), load.Wanted()) : std::move(raster);
+}
+
+/// The picture in the wanted format, size, and row and column order; `desc` is brought up to date where those change it.
+Raster ReadWanted(TextureLoad& load, const OIIO::ImageSpec& as) {
+    Raster raster = load.NeedsResize() ? ReadInBands(load, as) : ReadWhole(load, as);
+    if (!raster || (!load.NeedsResize() && !load.NeedsReorientation())) return raster;
+    if (!Common::FitsPitch(static_cast<std::int64_t>(raster.pitch))) return {};
     Common::SetPacked(load.desc, raster.width, raster.height, raster.format);
     load.desc.dataSize = raster.bytes;
-    return {std::move(raster.block), raster.bytes};
+    return raster;
 }
 
 }  // namespace
@@ -178,6 +175,10 @@ bool TextureLoad::IsDds() const {
 
 bool TextureLoad::NeedsResize() const {
     return outWidth != fileDesc.width || outHeight != fileDesc.height || outDepth != fileDesc.depth;
+}
+
+Reshaping TextureLoad::Wanted() const {
+    return ReshapingFor(request, outWidth, outHeight, fileDesc.orientation);
 }
 
 bool TextureLoad::Converts() const {
@@ -196,23 +197,17 @@ PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const 
     ChooseSize(load);
     if (!ChooseFormat(load)) return nullptr;
     FillDescription(load);
-    if (!CanBeRead(load)) return nullptr;
+    if (!CanBeRead(load, *open)) return nullptr;
 
     const OIIO::ImageSpec& as = load.Converts() ? load.nativeSpec : load.targetSpec;
-    ReadPixels read = ReadTexturePixels(load, as);
-    if (!read.pixels) return nullptr;
-    // After the read, not before: the read leaves the alpha channel alone, and a file that lies about its size fails
-    // before all of the block is touched.
-    if (read.lacksAlpha) SetToOpaque(read.pixels.block.get(), read.pixels.bytes, as);
-
-    Pixels pixels = ToWantedShape(load, ToChosenFormat(load, std::move(read.pixels)));
-    if (!pixels || desc.dataSize > pixels.bytes) return nullptr;
+    Raster raster = ReadWanted(load, as);
+    if (!raster || desc.dataSize > raster.bytes) return nullptr;
     if (desc.hasAlpha) {
-        GetAlphaProperty(pixels.block.get(), desc.dataSize, load.targetSpec, desc.hasTransparentPixels,
+        GetAlphaProperty(raster.block.get(), desc.dataSize, load.targetSpec, desc.hasTransparentPixels,
                          desc.hasTranslucentPixels);
     }
     desc.dataSize /= static_cast<std::uint64_t>(FaceCount(desc.textureType));
-    return std::move(pixels.block);
+    return std::move(raster.block);
 }
 
 }  // namespace Kavra::Devices

@@ -5,6 +5,8 @@
 #include "common/LoadRequest.h"
 #include "common/PixelBlock.h"
 #include "load/DdsSlices.h"
+#include "load/ReadSubimage.h"
+#include "load/geometry/Reshape.h"
 
 #include <kavra/devices/ImageDesc.h>
 #include <kavra/devices/ImageDescription.h>
@@ -59,6 +61,9 @@ struct TextureLoad {
     bool NeedsResize() const;
     bool NeedsReorientation() const { return request.orientation != fileDesc.orientation; }
 
+    /// What becomes of the pixels once they are in the chosen format.
+    Reshaping Wanted() const;
+
     /// Whether the pixels are read as `nativeSpec` and then go through the conversion engine, or are read as
     /// `targetSpec`.
     bool Converts() const;
@@ -80,15 +85,55 @@ inline Pixels NewZeroedPixels(std::size_t bytes) {
     return {Common::NewZeroedBlock(bytes), bytes};
 }
 
-/// Pixels of a load in the layout that they were read as.
-struct ReadPixels {
-    Pixels pixels;            ///< none: the file could not be read
-    bool lacksAlpha = false;  ///< nothing stands in the alpha channel yet: it is to be set to opaque
-};
+/// The pixels of a load as they are read: in the layout of `nativeSpec` or `targetSpec`, all rows at once or band by
+/// band from the top down. The rows are those of all faces and slices.
+class TexturePixels {
+public:
+    /// `as` is one of the load's specs. Sets `desc.hasAlpha` where only the channels tell. The load lives longer.
+    TexturePixels(TextureLoad& load, const OIIO::ImageSpec& as);
 
-/// Reads the subimage as `nativeSpec` or `targetSpec` (`as`): one block and one read, straight into it, but for files
-/// whose few channels are spread over four in another type than the file's. Sets `desc.hasAlpha` where only the pixels
-/// tell. Throws what the allocator throws.
-ReadPixels ReadTexturePixels(TextureLoad& load, const OIIO::ImageSpec& as);
+    int RowCount() const;
+
+    /// The rows from `top` on that are best read at a time: all where they cannot be read in parts.
+    int BandFrom(int top) const;
+
+    /// Whether any number of rows may be read at a time, and not only whole bands.
+    bool AreDecodedAlone() const { return mRows && mRows->AreDecodedAlone(); }
+
+    /// Whether each byte is written. Memory for other pixels is to be zero.
+    bool FillsAll() const;
+
+    /// Reads rows `top` to `top` + `count` - 1 into `out`, packed. Sets `desc.hasAlpha` where only the pixels tell. False
+    /// where the file cannot be read. Throws what the allocator throws.
+    bool Read(int top, int count, unsigned char* out);
+
+private:
+    enum class Kind {
+        kOrdinary,        ///< the file's channels are the first ones of the layout
+        kLuminanceAlpha,  ///< two channels that are spread over four
+        kSingleChannel,   ///< an OpenEXR channel that is
+        kHostLevel        ///< a level of a DDS that the host's reader has
+    };
+    static Kind KindOf(const TextureLoad& load);
+
+    void ChooseChannels();
+    bool IsNativeLayout() const;
+    std::size_t PixelsIn(int rows) const;
+    bool ReadChannels(int top, int count, unsigned char* out);
+    bool ReadNative(int top, int count, unsigned char* out);
+    bool ReadLuminanceAlpha(int top, int count, unsigned char* out);
+    bool ReadSingleChannel(int top, int count, unsigned char* out);
+    bool Recast(const unsigned char* native, int count, unsigned char* out) const;
+
+    TextureLoad& mLoad;
+    const OIIO::ImageSpec& mAs;
+    const Kind mKind;
+    int mChannels = 0;  // what is read of the file, and how
+    OIIO::TypeDesc mType;
+    std::size_t mPixelStride = 0;
+    bool mLacksAlpha = false;           // nothing is read into the alpha channel: it is set to opaque
+    std::optional<bool> mIsMask;        // whether luminance is alpha in every pixel, once that is known
+    std::optional<SubimageRows> mRows;  // of what comes from the library itself
+};
 
 }  // namespace Kavra::Devices

@@ -3,6 +3,8 @@
 #include "common/HostObject.h"
 #include "common/ParallelRange.h"
 #include "formats/Attributes.h"
+#include "load/AlphaAnalysis.h"
+#include "load/OpenInput.h"
 #include "load/ReadSubimage.h"
 #include "load/TextureLoader.h"
 #include "readers/ImageFileType.h"
@@ -13,31 +15,16 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace Kavra::Devices {
 
 namespace {
 
 constexpr std::size_t kSerialPixels = 1 << 16;
-
-/// Reads channels 0 to `channels` - 1 of every pixel into `out`, where pixels are `pixelStride` bytes apart. The bytes
-/// between them stay as they are.
-bool ReadChannels(TextureLoad& load, int channels, OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride) {
-    if (load.IsDds() && (load.IsCube() || load.IsVolume())) {
-        return load.slices->ReadLevel(load.index, load.fileSpec, channels, type, out, pixelStride);
-    }
-    const int subimage = load.IsDds() ? 0 : load.index;
-    const int level = load.IsDds() ? load.index : 0;
-    if (!ReadSubimage(*load.input, load.fileSpec, subimage, level, channels, type, out, pixelStride)) return false;
-    // The library's DDS reader says only here that the file ended early; others deliver a partial picture on purpose.
-    return !load.IsDds() || !load.input->has_error();
-}
-
-std::size_t PixelCount(const OIIO::ImageSpec& spec) {
-    return static_cast<std::size_t>(spec.image_pixels());
-}
 
 // --- Luminance with alpha --------------------------------------------------------------------------------------------
 
@@ -46,31 +33,46 @@ bool IsLuminanceAlpha(const TextureLoad& load) {
            load.nativeSpec.nchannels == 4;
 }
 
+using LuminanceAlpha = std::array<unsigned char, 2>;
 using Rgba8 = std::array<unsigned char, 4>;
 
-bool IsMask(const Rgba8* pixels, std::size_t count) {
-    const auto equalPair = [](const Rgba8& pixel) { return pixel[0] == pixel[1]; };
+/// Whether luminance is alpha in each of some pixels, which begin with the two.
+template <class Pixel>
+bool IsMask(const Pixel* pixels, std::size_t count) {
+    const auto equalPair = [](const Pixel& pixel) { return pixel[0] == pixel[1]; };
     return std::all_of(pixels, pixels + count, equalPair);
 }
 
-/// Pixels (L, A, -, -) to (L, L, L, A). A file whose luminance is its alpha everywhere is an inverted mask: opaque, and
-/// dark where the mask is full.
-Pixels ReadLuminanceAlpha(TextureLoad& load) {
-    Pixels read = NewPixels(load.nativeSpec.image_bytes(false));
-    if (!ReadChannels(load, 2, OIIO::TypeUInt8, read.block.get(), sizeof(Rgba8))) return {};
+/// The same of all pixels of the file, of which no more are read than it takes. They come from another input, as the
+/// load's own gives each row once. Nothing where they cannot be read.
+std::optional<bool> IsMaskFile(const TextureLoad& load) {
+    const OIIO::ImageSpec& spec = load.fileSpec;
+    const auto input = OpenInput(load.path);
+    if (!input || !input->seek_subimage(load.index, 0)) return std::nullopt;
+    const OIIO::ImageSpec& same = input->spec();
+    if (same.width != spec.width || same.height != spec.height || same.nchannels != spec.nchannels) return std::nullopt;
+    SubimageRows rows(*input, spec, load.index, 0, 2, OIIO::TypeUInt8, sizeof(LuminanceAlpha));
+    const auto width = static_cast<std::size_t>(spec.width);
+    std::vector<LuminanceAlpha> band;
+    for (int top = 0, count = 0; top < spec.height; top += count) {
+        count = rows.BandFrom(top);
+        band.resize(width * static_cast<std::size_t>(count));
+        if (!rows.Read(top, count, band.front().data())) return std::nullopt;
+        if (!IsMask(band.data(), band.size())) return false;
+    }
+    return true;
+}
 
-    auto* pixels = reinterpret_cast<Rgba8*>(read.block.get());
-    const std::size_t count = PixelCount(load.nativeSpec);
-    const bool isMask = !load.IsDds() && IsMask(pixels, count);
-    if (isMask) load.desc.hasAlpha = false;
-    Common::ForEachRange(count, kSerialPixels, [&](std::size_t begin, std::size_t end) {
+/// Pixels (L, A, -, -) to (L, L, L, A), or for an inverted mask to opaque ones that are dark where it is full.
+void SpreadLuminanceAlpha(unsigned char* block, std::size_t count, bool isMask) {
+    auto* const pixels = reinterpret_cast<Rgba8*>(block);
+    Common::ForEachRange(count, kSerialPixels, [=](std::size_t begin, std::size_t end) {
         for (Rgba8* pixel = pixels + begin; pixel != pixels + end; ++pixel) {
             const auto [luminance, alpha] = std::pair((*pixel)[0], (*pixel)[1]);
             const auto grey = static_cast<unsigned char>(isMask ? 255 - luminance : luminance);
             *pixel = {grey, grey, grey, isMask ? static_cast<unsigned char>(255) : alpha};
         }
     });
-    return read;
 }
 
 // --- OpenEXR files with one channel ----------------------------------------------------------------------------------
@@ -103,20 +105,9 @@ void SpreadChannel(unsigned char* block, std::size_t count, std::size_t from, bo
     });
 }
 
-Pixels ReadSingleChannelExr(TextureLoad& load) {
-    const OIIO::ImageSpec& as = load.nativeSpec;
-    const int colour = ColourOfName(load.fileSpec.channel_name(0));
-    const std::size_t from = colour < 0 ? 0 : static_cast<std::size_t>(colour);
-    Pixels read = NewPixels(as.image_bytes(false));
-    unsigned char* values = read.block.get() + from * as.format.size();
-    if (!ReadChannels(load, 1, as.format, values, as.pixel_bytes(false))) return {};
-
-    if (as.format == OIIO::TypeHalf) {
-        SpreadChannel<std::uint16_t>(read.block.get(), PixelCount(as), from, colour < 0, 0x3C00);
-    } else {
-        SpreadChannel<std::uint32_t>(read.block.get(), PixelCount(as), from, colour < 0, 0x3F800000);
-    }
-    return read;
+/// The channel of the pixels that the values are read into.
+std::size_t PlaceOfChannel(int colour) {
+    return colour < 0 ? 0 : static_cast<std::size_t>(colour);
 }
 
 // --- 16-bit luminance in DDS files -----------------------------------------------------------------------------------
@@ -133,69 +124,154 @@ bool IsWholeLevel(const ImageDescription& level, const TextureLoad& load) {
 }
 
 /// Copied out of the host's wrapper, whatever that does with its data when it goes.
-Pixels ReadHostLevel(const TextureLoad& load) {
+bool ReadHostLevel(const TextureLoad& load, unsigned char* out) {
     DDSReader reader;
-    if (!reader.Load(load.path)) return {};
+    if (!reader.Load(load.path)) return false;
     for (int passed = 0; passed < load.index; ++passed) {
-        if (!reader.SkipMipLevel(passed)) return {};
+        if (!reader.SkipMipLevel(passed)) return false;
     }
     ImageDescription level;
     const Common::HostObject<IMemoryWrapper<void>> wrapper(
         reader.Load(level, load.fileDesc.width, load.fileDesc.height, load.fileDesc.depth));
-    if (!wrapper || wrapper->mData == nullptr || !IsWholeLevel(level, load)) return {};
-    Pixels pixels = NewPixels(load.nativeSpec.image_bytes(false));
-    std::memcpy(pixels.block.get(), wrapper->mData, pixels.bytes);
-    return pixels;
+    if (!wrapper || wrapper->mData == nullptr || !IsWholeLevel(level, load)) return false;
+    std::memcpy(out, wrapper->mData, load.nativeSpec.image_bytes(false));
+    return true;
 }
 
-// --- Putting it together ---------------------------------------------------------------------------------------------
-
-/// A block for pixels of `as`, zeroed where not every channel will be written.
-Pixels NewPixelsFor(const OIIO::ImageSpec& as, bool covered) {
-    return covered ? NewPixels(as.image_bytes(false)) : NewZeroedPixels(as.image_bytes(false));
-}
-
-/// Pixels that stand in a block of `nativeSpec`'s layout brought to another one, as if they had been read so. Where
-/// the conversion engine goes on from `nativeSpec`, there is nothing to do.
-ReadPixels Recast(const TextureLoad& load, Pixels pixels, const OIIO::ImageSpec& as) {
-    const OIIO::ImageSpec& from = load.nativeSpec;
-    if (!pixels || (as.nchannels == from.nchannels && as.format == from.format)) return {std::move(pixels)};
-    const int channels = std::min(from.nchannels, as.nchannels);
-    const bool lacksAlpha = as.nchannels == 4 && from.nchannels < 4;
-    Pixels result = NewPixelsFor(as, channels == as.nchannels);
-    const auto fromStride = static_cast<OIIO::stride_t>(from.pixel_bytes(false));
-    const auto stride = static_cast<OIIO::stride_t>(as.pixel_bytes(false));
-    const bool done = OIIO::parallel_convert_image(
-        channels, as.width, as.height, as.depth, pixels.block.get(), from.format, fromStride, OIIO::AutoStride,
-        OIIO::AutoStride, result.block.get(), as.format, stride, OIIO::AutoStride, OIIO::AutoStride);
-    if (!done) return {};
-    return {std::move(result), lacksAlpha};
-}
-
-/// The file's channels as the first ones of `as`. A fourth channel that the file does not call alpha counts as such
-/// when it is interleaved with the others, and not when it lies in a plane of its own.
-ReadPixels ReadOrdinary(TextureLoad& load, const OIIO::ImageSpec& as) {
-    const OIIO::ImageSpec& file = load.fileSpec;
-    int channels = std::min(as.nchannels, file.nchannels);
-    bool lacksAlpha = false;
-    if (as.nchannels == 4 && file.alpha_channel < 0) {
-        const bool planar = TextAttribute(file, "planarconfig") == "separate";
-        lacksAlpha = file.nchannels < 4 || planar;
-        if (lacksAlpha) channels = std::min(as.alpha_channel, file.nchannels);
-        if (!lacksAlpha) load.desc.hasAlpha = true;
-    }
-    Pixels pixels = NewPixelsFor(as, channels + (lacksAlpha ? 1 : 0) == as.nchannels);
-    if (!ReadChannels(load, channels, as.format, pixels.block.get(), as.pixel_bytes(false))) return {};
-    return {std::move(pixels), lacksAlpha};
+bool ComesInSlices(const TextureLoad& load) {
+    return load.IsDds() && (load.IsCube() || load.IsVolume());
 }
 
 }  // namespace
 
-ReadPixels ReadTexturePixels(TextureLoad& load, const OIIO::ImageSpec& as) {
-    if (IsLuminanceAlpha(load)) return Recast(load, ReadLuminanceAlpha(load), as);
-    if (IsSingleChannelExr(load)) return Recast(load, ReadSingleChannelExr(load), as);
-    if (IsHostLuminance16(load)) return Recast(load, ReadHostLevel(load), as);
-    return ReadOrdinary(load, as);
+TexturePixels::Kind TexturePixels::KindOf(const TextureLoad& load) {
+    if (IsLuminanceAlpha(load)) return Kind::kLuminanceAlpha;
+    if (IsSingleChannelExr(load)) return Kind::kSingleChannel;
+    return IsHostLuminance16(load) ? Kind::kHostLevel : Kind::kOrdinary;
+}
+
+TexturePixels::TexturePixels(TextureLoad& load, const OIIO::ImageSpec& as)
+    : mLoad(load), mAs(as), mKind(KindOf(load)), mType(as.format), mPixelStride(as.pixel_bytes(false)) {
+    ChooseChannels();
+    const int subimage = load.IsDds() ? 0 : load.index;
+    const int level = load.IsDds() ? load.index : 0;
+    if (mKind != Kind::kHostLevel && !ComesInSlices(load)) {
+        mRows.emplace(*load.input, load.fileSpec, subimage, level, mChannels, mType, mPixelStride);
+    }
+}
+
+/// The file's channels as the first ones of the layout. A fourth channel that the file does not call alpha counts as
+/// such when it is interleaved with the others, and not when it lies in a plane of its own.
+void TexturePixels::ChooseChannels() {
+    const OIIO::ImageSpec &file = mLoad.fileSpec, &native = mLoad.nativeSpec;
+    if (mKind != Kind::kOrdinary) {
+        mChannels = mKind == Kind::kLuminanceAlpha ? 2 : 1;
+        mType = native.format;
+        mPixelStride = native.pixel_bytes(false);
+        mLacksAlpha = !IsNativeLayout() && mAs.nchannels == 4 && native.nchannels < 4;
+        if (mLoad.IsDds()) mIsMask = false;
+        return;
+    }
+    mChannels = std::min(mAs.nchannels, file.nchannels);
+    if (mAs.nchannels == 4 && file.alpha_channel < 0) {
+        const bool planar = TextAttribute(file, "planarconfig") == "separate";
+        mLacksAlpha = file.nchannels < 4 || planar;
+        if (mLacksAlpha) mChannels = std::min(mAs.alpha_channel, file.nchannels);
+        if (!mLacksAlpha) mLoad.desc.hasAlpha = true;
+    }
+}
+
+int TexturePixels::RowCount() const {
+    return mAs.height * std::max(mAs.depth, 1);
+}
+
+int TexturePixels::BandFrom(int top) const {
+    if (mKind == Kind::kHostLevel || mLoad.fileSpec.depth > 1) return RowCount();
+    return mRows ? mRows->BandFrom(top) : mLoad.fileDesc.height;
+}
+
+bool TexturePixels::FillsAll() const {
+    if (mKind == Kind::kOrdinary) return mChannels + (mLacksAlpha ? 1 : 0) == mAs.nchannels;
+    return IsNativeLayout() || mLoad.nativeSpec.nchannels >= mAs.nchannels;
+}
+
+/// Whether pixels of `nativeSpec` are such of the layout. They are so too where the conversion engine goes on from them.
+bool TexturePixels::IsNativeLayout() const {
+    return mAs.nchannels == mLoad.nativeSpec.nchannels && mAs.format == mLoad.nativeSpec.format;
+}
+
+std::size_t TexturePixels::PixelsIn(int rows) const {
+    return static_cast<std::size_t>(mAs.width) * static_cast<std::size_t>(rows);
+}
+
+bool TexturePixels::ReadChannels(int top, int count, unsigned char* out) {
+    const OIIO::ImageSpec& file = mLoad.fileSpec;
+    if (ComesInSlices(mLoad)) {
+        const int sliceRows = mLoad.fileDesc.height;
+        return mLoad.slices->ReadSlices(mLoad.index, file, top / sliceRows, count / sliceRows, mChannels, mType, out,
+                                        mPixelStride);
+    }
+    if (!(file.depth > 1 ? mRows->ReadAll(out) : mRows->Read(top, count, out))) return false;
+    // The library's DDS reader says only here that the file ended early; others deliver a partial picture on purpose.
+    return !mLoad.IsDds() || !mLoad.input->has_error();
+}
+
+/// A file whose luminance is its alpha everywhere is an inverted mask: opaque, and dark where the mask is full.
+bool TexturePixels::ReadLuminanceAlpha(int top, int count, unsigned char* out) {
+    const bool isWhole = count == RowCount();
+    if (!mIsMask && !isWhole) {
+        mIsMask = IsMaskFile(mLoad);
+        if (!mIsMask) return false;
+    }
+    if (!ReadChannels(top, count, out)) return false;
+    if (!mIsMask) mIsMask = IsMask(reinterpret_cast<const Rgba8*>(out), PixelsIn(count));
+    if (*mIsMask) mLoad.desc.hasAlpha = false;
+    SpreadLuminanceAlpha(out, PixelsIn(count), *mIsMask);
+    return true;
+}
+
+bool TexturePixels::ReadSingleChannel(int top, int count, unsigned char* out) {
+    const int colour = ColourOfName(mLoad.fileSpec.channel_name(0));
+    const std::size_t from = PlaceOfChannel(colour);
+    if (!ReadChannels(top, count, out + from * mType.size())) return false;
+    if (mType == OIIO::TypeHalf) {
+        SpreadChannel<std::uint16_t>(out, PixelsIn(count), from, colour < 0, 0x3C00);
+    } else {
+        SpreadChannel<std::uint32_t>(out, PixelsIn(count), from, colour < 0, 0x3F800000);
+    }
+    return true;
+}
+
+/// Rows in the layout of `nativeSpec`, where that is not simply how they are read.
+bool TexturePixels::ReadNative(int top, int count, unsigned char* out) {
+    if (mKind == Kind::kLuminanceAlpha) return ReadLuminanceAlpha(top, count, out);
+    if (mKind == Kind::kSingleChannel) return ReadSingleChannel(top, count, out);
+    return ReadHostLevel(mLoad, out);
+}
+
+/// Brings rows of the layout of `nativeSpec` to another one, as if they had been read so.
+bool TexturePixels::Recast(const unsigned char* native, int count, unsigned char* out) const {
+    const OIIO::ImageSpec& from = mLoad.nativeSpec;
+    return OIIO::parallel_convert_image(
+        std::min(from.nchannels, mAs.nchannels), mAs.width, count, 1, native, from.format,
+        static_cast<OIIO::stride_t>(from.pixel_bytes(false)), OIIO::AutoStride, OIIO::AutoStride, out, mAs.format,
+        static_cast<OIIO::stride_t>(mAs.pixel_bytes(false)), OIIO::AutoStride, OIIO::AutoStride);
+}
+
+bool TexturePixels::Read(int top, int count, unsigned char* out) {
+    bool done = false;
+    if (mKind == Kind::kOrdinary) {
+        done = ReadChannels(top, count, out);
+    } else if (IsNativeLayout()) {
+        done = ReadNative(top, count, out);
+    } else {
+        const Pixels native = NewPixels(PixelsIn(count) * mLoad.nativeSpec.pixel_bytes(false));
+        done = ReadNative(top, count, native.block.get()) && Recast(native.block.get(), count, out);
+    }
+    // After the read, not before: the read leaves the alpha channel alone, and a file that lies about its size fails
+    // before all of the block is touched.
+    if (done && mLacksAlpha) SetToOpaque(out, PixelsIn(count) * mAs.pixel_bytes(false), mAs);
+    return done;
 }
 
 }  // namespace Kavra::Devices
