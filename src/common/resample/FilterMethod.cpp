@@ -78,8 +78,11 @@ FilterMethod::FilterMethod(const Resampling& resampling)
         mBegins.push_back(static_cast<std::uint32_t>(begin) * static_cast<std::uint32_t>(mChannels));
         mCounts.push_back(static_cast<std::uint32_t>(reach.count));
     }
-    const bool isExact = mPixels.element == ElementType::kUInt8 && mColours.IsPlain();
+    const bool isExact = mPixels.element == ElementType::kUInt8 && !resampling.options.linearLight;
+    // Weighting and taking the weights away again are roundings more, of which the plain bound has one to spare.
+    constexpr float kWeightedBounds = 2.0F;
     if (isExact) mTieBound = BoundOfTies(mColumns.LargestSums(), mRows.LargestSums());
+    if (mColours.IsWeighted()) mTieBound *= kWeightedBounds;
     mGroup = static_cast<int>(std::clamp<std::size_t>(kGroupBytes / (mStride * sizeof(float)) / kRowsAtOnce, 1, 8) *
                               kRowsAtOnce);
 }
@@ -263,6 +266,19 @@ void FilterMethod::SumAgain(const std::vector<const unsigned char*>& rows, int y
         out[c] = static_cast<unsigned char>(std::clamp(totals[c] * 255.0F + 0.5F, 0.0F, 255.0F));
 }
 
+/// Whether nothing transparent lies under the filter: then colours are those of the plain filter, ties and all.
+bool FilterMethod::IsOpaque(const std::vector<const unsigned char*>& rows, std::size_t x) const {
+    const Reach& reach = mColumns.ReachOf(x);
+    const auto alpha = static_cast<std::size_t>(mPixels.alphaChannel);
+    return std::ranges::all_of(rows, [&](const unsigned char* row) {
+        for (int i = 0; i < reach.count; ++i) {
+            const std::int64_t column = std::clamp<std::int64_t>(reach.first + i, 0, mFromColumns - 1);
+            if (row[static_cast<std::size_t>(column) * mChannels + alpha] != 255) return false;
+        }
+        return true;
+    });
+}
+
 void FilterMethod::SumTiesAgain(const SourceRows& source, int y, const Scratch& scratch, std::size_t ties,
                                 unsigned char* out) const {
     const Reach& reach = mRows.ReachOf(static_cast<std::size_t>(y));
@@ -278,6 +294,7 @@ void FilterMethod::SumTiesAgain(const SourceRows& source, int y, const Scratch& 
     std::size_t waiting = 0;
     for (std::size_t i = 0; i < ties; ++i) {
         const std::size_t x = scratch.ties[i];
+        if (mColours.IsWeighted() && !IsOpaque(rows, x)) continue;
         if (mChannels != 4 || !IsInside(x)) {
             SumAgain(rows, y, x, out + x * mChannels);
             continue;

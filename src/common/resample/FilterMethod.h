@@ -62,6 +62,7 @@ private:
     void SumTiesAgain(const SourceRows& source, int y, const Scratch& scratch, std::size_t ties,
                       unsigned char* out) const;
     void SumAgain(const std::vector<const unsigned char*>& rows, int y, std::size_t x, unsigned char* out) const;
+    bool IsOpaque(const std::vector<const unsigned char*>& rows, std::size_t x) const;
     bool IsInside(std::size_t x) const;
     int RowWithin(std::int64_t row) const;
 
