@@ -1,7 +1,7 @@
-#include <kavra/devices/Resampler.h>
-
 #include "frame/host/devices/EveryVectorWidth.h"
 #include "support/ResamplePictures.h"
+
+#include <kavra/devices/Resampler.h>
 
 #include <gtest/gtest.h>
 
@@ -63,8 +63,8 @@ double PlainValue(const Picture& from, int width, int height, EResampleFilter fi
             const double weight =
                 Weight(filter, (i + 0.5 - centreX) * shrinkX) * Weight(filter, (j + 0.5 - centreY) * shrinkY);
             total += weight;
-            sum += weight * static_cast<double>(from.At(std::clamp(i, 0, from.width - 1),
-                                                        std::clamp(j, 0, from.height - 1), channel));
+            sum += weight * static_cast<double>(
+                                from.At(std::clamp(i, 0, from.width - 1), std::clamp(j, 0, from.height - 1), channel));
         }
     }
     return sum / total;
@@ -81,7 +81,8 @@ void ExpectAsTheTwin(const Picture& from, int width, int height, EResampleFilter
                 if (from.element == ElementType::kUInt8) expected = std::clamp(expected, 0.0, 255.0);
                 if (from.element == ElementType::kUInt16) expected = std::clamp(expected, 0.0, 65535.0);
                 double allowed = from.element == ElementType::kUInt16 ? 0.55 : 0.501;
-                if (!isInteger) allowed = from.element == ElementType::kHalf ? 6e-4 : 1e-5;  // positions are rounded, too
+                if (!isInteger)
+                    allowed = from.element == ElementType::kHalf ? 6e-4 : 1e-5;  // positions are rounded, too
                 ASSERT_NEAR(static_cast<double>(to.At(x, y, c)), expected, allowed) << x << ", " << y << ", " << c;
             }
         }
@@ -109,7 +110,9 @@ TEST(Resampler, LargePicturesAgreeWithThePlainTwinToo) {
         const Picture to = Resampled(from, 350, 450);
         for (const auto& [x, y] : {std::array{0, 0}, {349, 449}, {127, 128}, {128, 15}, {200, 448}, {349, 16}}) {
             const double expected = PlainValue(from, 350, 450, kResampleMitchell, x, y, 1);
-            const double allowed = element == ElementType::kUInt8 ? 0.501 : element == ElementType::kUInt16 ? 0.55 : 6e-4;
+            const double allowed = element == ElementType::kUInt8    ? 0.501
+                                   : element == ElementType::kUInt16 ? 0.55
+                                                                     : 6e-4;
             EXPECT_NEAR(static_cast<double>(to.At(x, y, 1)), expected, allowed) << x << ", " << y;
         }
     }
@@ -152,8 +155,8 @@ TEST(Resampler, ValuesThatAreNoNumberSpreadNoFurtherThanTheFilter) {
 TEST(Resampler, PitchesLeaveTheGapsAlone) {
     const std::array<unsigned char, 8> from = {10, 20, 99, 99, 30, 40, 99, 99};
     std::array<unsigned char, 6> to = {7, 7, 7, 7, 7, 7};
-    ASSERT_TRUE(ResamplePicture({ElementType::kUInt8, 1}, from.data(), 4, 2, 2, to.data(), 3, 1, 2,
-                                {.filter = kResampleBox}));
+    ASSERT_TRUE(
+        ResamplePicture({ElementType::kUInt8, 1}, from.data(), 4, 2, 2, to.data(), 3, 1, 2, {.filter = kResampleBox}));
     EXPECT_EQ(to, (std::array<unsigned char, 6>{15, 7, 7, 35, 7, 7}));
 }
 
@@ -289,8 +292,8 @@ TEST(ResamplerRows, AreThoseOfThePictureInParallel) {
         ASSERT_TRUE(ResampleRows({from.element, from.channels, alpha}, source, fromWidth, fromHeight, sink, width,
                                  height, options));
         ASSERT_EQ(sink.Count(), height);
-        ASSERT_TRUE(rows.bytes == whole.bytes) << fromWidth << " x " << fromHeight << " to " << width << " x " << height
-                                               << ", filter " << options.filter;
+        ASSERT_TRUE(rows.bytes == whole.bytes)
+            << fromWidth << " x " << fromHeight << " to " << width << " x " << height << ", filter " << options.filter;
     }
 }
 
