@@ -40,7 +40,7 @@ struct LegacyLoaded {
 
 /// Nothing for images whose size would spend the fuzzer's time on clearing memory: their limit has tests of its own.
 inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const Devices::LoadRequest& request) {
-    constexpr std::int64_t kMaxBytes = 4 << 20;
+    constexpr std::int64_t kMaxBytes = 1 << 20;
     LegacyLoaded loaded;
     const std::unique_ptr<Devices::ImageReaderInterface> reader(Devices::CreateImageReader(fileType));
     if (!reader) std::abort();
