@@ -35,6 +35,7 @@ struct Options {
     std::vector<Piece> pieces;
     vec2<int> size;
     EFormat format = kR8G8B8A8;
+    LoadOptions load;  // of each piece
     int jobs = 0;
 };
 
@@ -61,8 +62,8 @@ struct Overlap {
 };
 
 /// The piece in the format of the whole; a failure is said in the report.
-LoadedImage LoadPiece(IImageHandler& handler, Report& report, EFormat format) {
-    LoadedImage image = LoadFlat(handler, report, 0);
+LoadedImage LoadPiece(IImageHandler& handler, Report& report, const LoadOptions& options, EFormat format) {
+    LoadedImage image = LoadFlat(handler, report, options);
     if (image.block == nullptr || !HasPixels(report, image, "pasted")) return {};
     return image.desc.format == format ? std::move(image) : *ToFormat(image, format);
 }
@@ -93,16 +94,17 @@ bool Paste(IImageHandler& handler, Report& report, IImage& whole, const LoadedIm
 
 /// Loads the pieces at the same time and pastes them in order, later ones over earlier ones. Whether all are there;
 /// `pasted` counts.
-bool PasteAll(IImageHandler& handler, IImage& whole, const std::vector<Piece>& pieces, int jobs, std::size_t& pasted) {
+bool PasteAll(IImageHandler& handler, IImage& whole, const Options& options, std::size_t& pasted) {
+    const std::vector<Piece>& pieces = options.pieces;
     std::vector<std::string> files;
     std::ranges::transform(pieces, std::back_inserter(files), &Piece::file);
     std::vector<Report> reports = MakeReports(files);
     Turns turns;
-    return ForEachReport(reports, jobs, [&](std::size_t index, Report& report) {
+    return ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
         LoadedImage image;
         std::exception_ptr failure;
         try {
-            image = LoadPiece(handler, report, whole.Format());
+            image = LoadPiece(handler, report, options.load, whole.Format());
         } catch (...) {
             failure = std::current_exception();
         }
@@ -152,7 +154,7 @@ int Run(const Session& session, const Options& options) {
     const auto make = [&](Report& report) { whole = MakeWhole(host.Handler(), report, options); };
     if (!ForOneReport(options.out, make)) return kSomeFailed;
     std::size_t pasted = 0;
-    const bool all = PasteAll(host.Handler(), *whole, options.pieces, options.jobs, pasted);
+    const bool all = PasteAll(host.Handler(), *whole, options, pasted);
     if (pasted == 0) return kSomeFailed;
     const bool written = ForOneReport(options.out, [&](Report& report) {
         WriteFile(report, options.out, Content(options), [&](const KString& name) { return whole->Save(name); });
@@ -165,7 +167,9 @@ int Run(const Session& session, const Options& options) {
 void AddCompose(CLI::App& program, Session& session) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("compose", "Pastes pictures onto one");
-    command->footer("Example: kavra compose both.png --size 960x320 left.jpg@0,0 right.jpg@480,0");
+    command->footer(
+        "Examples: kavra compose both.png --size 960x320 left.jpg@0,0 right.jpg@480,0\n"
+        "          kavra compose both.png --size 960x320 --fill 480x320 left.jpg@0,0 right.jpg@480,0");
     command->add_option("OUT", options->out, "The file to write")->required();
     command
         ->add_option_function<std::vector<std::string>>(
@@ -184,6 +188,9 @@ void AddCompose(CLI::App& program, Session& session) {
             "The size of the result; where nothing is pasted it is transparent black")
         ->type_name("WxH")
         ->required();
+    options->load.wish.AddTo(*command, "each picture", true);
+    options->load.resampling.AddForPeople(*command);
+    options->load.resampling.AddFast(*command);
     AddFormatOption(*command, options->format, "The pixel format written; rgba8 unless said");
     AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });

@@ -58,12 +58,6 @@ vec2<int> SheetLayout::Place(std::size_t cell, vec2<int> size) const {
     return {column * mCell.x + (mCell.x - size.x) / 2, row * mCell.y + (mCell.y - size.y) / 2};
 }
 
-vec2<int> FitInto(vec2<int> size, vec2<int> room) {
-    const double scale = std::min({1.0, static_cast<double>(room.x) / size.x, static_cast<double>(room.y) / size.y});
-    const auto scaled = [&](int length) { return std::max(1, static_cast<int>(std::lround(scale * length))); };
-    return {scaled(size.x), scaled(size.y)};
-}
-
 LoadedImage NewSheet(const SheetLayout& layout) {
     LoadedImage sheet = NewPicture(static_cast<int>(layout.Width()), static_cast<int>(layout.Height()), kR8G8B8A8);
     std::ranges::fill(Pixels(sheet), kBackground);

@@ -30,9 +30,6 @@ private:
     long long mRows;
 };
 
-/// The largest size of the proportions of `size` that fits into `room`, no larger than `size`, one pixel at least.
-vec2<int> FitInto(vec2<int> size, vec2<int> room);
-
 /// An empty sheet, dark grey; `kR8G8B8A8`.
 LoadedImage NewSheet(const SheetLayout& layout);
 

@@ -37,7 +37,7 @@ int Run(const Session& session, const Options& options) {
     const Host host = session.LoadHost();
     std::vector<Report> reports = MakeReports(inputs);
     const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
-        const LoadedImage image = Load(host.Handler(), report, options.load, options.load.frame);
+        const LoadedImage image = Load(host.Handler(), report, options.load);
         if (image.block == nullptr) {
             FailToRead(report, 0);
         } else {
@@ -54,13 +54,15 @@ void AddConvert(CLI::App& program, Session& session) {
     CLI::App* command = program.add_subcommand("convert", "Converts a file to a file, or files into a folder");
     command->footer(
         "Examples: kavra convert photo.jpg photo.dds --size 1024x1024\n"
-        "          kavra convert *.tga thumbnails/ --to png --size 256x256");
+        "          kavra convert *.tga thumbnails/ --to png --fit 256x256");
     command->add_option("FILES", options->files, "The inputs, then the output: a file, or a folder for several inputs")
         ->option_text("IN... OUT REQUIRED");
     command->usage("kavra convert [OPTIONS] IN... OUT");
     command->add_option("--to", options->to, "The file type of the outputs in a folder, as an extension: png");
     AddJobs(*command, options->jobs);
     options->load.AddTo(*command, true);
+    options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
+    options->load.resampling.AddFast(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

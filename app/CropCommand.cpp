@@ -3,6 +3,7 @@
 #include "ImageObject.h"
 #include "Picture.h"
 #include "PixelConversion.h"
+#include "ResizedPicture.h"
 #include "SaveImage.h"
 #include "Sizes.h"
 #include "Usage.h"
@@ -11,6 +12,7 @@
 #include <cstdint>
 #include <format>
 #include <memory>
+#include <utility>
 
 namespace Kavra::App {
 namespace {
@@ -22,6 +24,8 @@ struct Options {
     std::string out;
     Rect rect;
     vec2<int> size;  // 0: the rectangle's own
+    SizeWish wish;   // instead of a size
+    Resampling resampling;
     int orientation = 0;
     EFormat format = kUnknown;
     int frame = 0;
@@ -43,10 +47,11 @@ std::string Obstacle(const Options& options, const ImageDescription& desc) {
     return obstacle.empty() ? obstacle : "cannot be cropped: " + obstacle;
 }
 
-/// The rectangle in the picture's own format; messages and a failure go to the report.
+/// The rectangle in its new size and the picture's own format; messages and a failure go to the report.
 LoadedImage Cut(IImageHandler& handler, Report& report, LoadedImage image, const Options& options) {
     const std::size_t mark = report.Mark();
     const MessageScope scope(report);
+    const LoadPreferencesScope preferences(options.resampling.For(report.File()));
     const Rect& rect = options.rect;
     const vec2<int> size{rect.width, rect.height};
     const ImageRef source = MakeImage(handler, image);
@@ -58,11 +63,13 @@ LoadedImage Cut(IImageHandler& handler, Report& report, LoadedImage image, const
     }
     result.desc.hasAlpha = image.desc.hasAlpha;
     if (result.block == nullptr) report.FailUnlessSaid(mark, "cannot be cropped");
-    return result;
+    if (result.block == nullptr || !options.wish.IsGiven()) return result;
+    const TargetSize target = options.wish.Of({result.desc.width, result.desc.height});
+    return BroughtTo(handler, report, std::move(result), target, options.resampling);
 }
 
 void Crop(IImageHandler& handler, Report& report, const Options& options) {
-    LoadedImage image = LoadFlat(handler, report, options.frame);
+    LoadedImage image = LoadFlat(handler, report, {.frame = options.frame});
     if (image.block == nullptr || !HasPixels(report, image, "cropped")) return;
     const std::string obstacle = Obstacle(options, image.desc);
     if (!obstacle.empty()) return report.Fail(obstacle);
@@ -92,7 +99,7 @@ void AddCrop(CLI::App& program, Session& session) {
     CLI::App* command = program.add_subcommand("crop", "Writes a rectangle of a picture");
     command->footer(
         "Examples: kavra crop photo.jpg face.png --rect 120,40,200,200\n"
-        "          kavra crop photo.jpg icon.png --rect 120,40,200,200 --size 64x64");
+        "          kavra crop photo.jpg icon.png --rect 120,40,200,200 --fit 64x64");
     command->add_option("IN", options->in, "The picture, taken as it is displayed")->required();
     command->add_option("OUT", options->out, "The file to write")->required();
     command
@@ -107,6 +114,8 @@ void AddCrop(CLI::App& program, Session& session) {
             [options](const std::string& text) { std::tie(options->size.x, options->size.y) = ParseSize(text, 1); },
             "The size to bring the rectangle to, larger or smaller; its own unless said")
         ->type_name("WxH");
+    options->wish.AddTo(*command, "the rectangle as it comes out");
+    options->resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
     AddWholeNumber(*command, "--orientation", options->orientation, 0, 7,
                    "Row and column order written, 0 (as displayed) to 7");
     AddFormatOption(*command, options->format, "The pixel format written; the picture's own unless said");

@@ -84,7 +84,7 @@ std::string BlockText(const Report& report, const LoadedImage& image, const std:
 
 /// Loads and writes; what was done, when it was done.
 std::optional<LoadedImage> Dump(const Host& host, Report& report, const Options& options) {
-    LoadedImage image = Load(host.Handler(), report, options.load, options.load.frame);
+    LoadedImage image = Load(host.Handler(), report, options.load);
     if (image.block == nullptr) {
         FailToRead(report, 0);
         return std::nullopt;
@@ -119,6 +119,8 @@ void AddDump(CLI::App& program, Session& session) {
     command->add_option("--out", options->out, "Where the block goes: of a cube map all six faces")->required();
     command->add_flag("--json", options->json, "Describe the block as a JSON object");
     options->load.AddTo(*command, true);
+    options->load.resampling.AddForHosts(*command, Resampling::kLoadsUnlessSaid);
+    options->load.resampling.AddFast(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

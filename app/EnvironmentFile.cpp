@@ -4,8 +4,6 @@
 #include "FormatNames.h"
 #include "PixelConversion.h"
 
-#include <kavra/objects/OS.h>
-
 #include <format>
 
 namespace Kavra::App {
@@ -26,8 +24,7 @@ bool IsAnalysed(EFormat format) {
 /// The format of the file itself. In silence: what is wrong with the file is said when it is loaded.
 EFormat FileFormat(IImageHandler& handler, const std::string& file) {
     Report silent(file);
-    const MessageScope scope(silent);
-    const Owned<ImageDesc> desc(handler.GetImageDesc(OS::FromUtf8(file.c_str()).c_str()));
+    const Owned<ImageDesc> desc = Describe(handler, silent);
     return desc == nullptr ? kUnknown : desc->format;
 }
 
@@ -41,7 +38,7 @@ void SpreadRed(LoadedImage& image) {
 /// Loads as four floats a pixel, where that can be had.
 LoadedImage LoadAsFloats(IImageHandler& handler, Report& report, EFormat fileFormat, LoadOptions options) {
     options.format = kR32G32B32A32F;
-    LoadedImage image = Load(handler, report, options, 0);
+    LoadedImage image = Load(handler, report, options);
     if (image.block == nullptr || image.desc.textureType != kTexture2D) return image;
     if (image.desc.format == kR32G32B32F) image = *ToFormat(image, kR32G32B32A32F);  // of the host's OpenEXR reader
     if (image.desc.format == kR32G32B32A32F && Facts(fileFormat).channels == 1) SpreadRed(image);
@@ -59,7 +56,7 @@ std::string Obstacle(const ImageDescription& desc) {
 
 LoadedImage LoadEnvironment(IImageHandler& handler, Report& report) {
     const EFormat format = FileFormat(handler, report.File());
-    LoadedImage image = IsAnalysed(format) ? Load(handler, report, {}, 0) : LoadAsFloats(handler, report, format, {});
+    LoadedImage image = IsAnalysed(format) ? Load(handler, report, {}) : LoadAsFloats(handler, report, format, {});
     if (image.block == nullptr) {
         FailToRead(report, 0);
         return image;

@@ -13,6 +13,10 @@ std::string LowerExtension(const std::filesystem::path& path) {
     return extension;
 }
 
+bool IsOpenExr(const std::filesystem::path& path) {
+    return LowerExtension(path) == ".exr";
+}
+
 bool IsFolder(const std::filesystem::path& out, std::size_t inputs) {
     std::error_code ignored;
     return inputs > 1 || std::filesystem::is_directory(out, ignored) || !out.has_filename();

@@ -10,6 +10,10 @@ namespace Kavra::App {
 /// ".png" of "photo.PNG".
 std::string LowerExtension(const std::filesystem::path& path);
 
+/// Whether a file is one of OpenEXR, by its name. Its rows come as displayed whatever its description says, and its
+/// colours are multiplied by its alpha.
+bool IsOpenExr(const std::filesystem::path& path);
+
 /// Whether `out` stands for a folder: there are several inputs, it is one already, or it ends in a slash.
 bool IsFolder(const std::filesystem::path& out, std::size_t inputs);
 

@@ -5,8 +5,6 @@
 #include "Usage.h"
 #include "Workers.h"
 
-#include <kavra/objects/OS.h>
-
 #include <algorithm>
 #include <format>
 #include <memory>
@@ -23,8 +21,7 @@ struct Options {
 };
 
 int FrameCount(const Host& host, Report& report) {
-    const MessageScope scope(report);
-    const Owned<ImageDesc> desc(host.Handler().GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
+    const Owned<ImageDesc> desc = Describe(host.Handler(), report);
     return desc == nullptr ? 0 : std::max(desc->frameCount, 1);
 }
 
@@ -36,9 +33,11 @@ bool EndOfFrames(const Report& report, std::size_t mark) {
 /// Writes every frame; one that fails does not keep the others from being written.
 void WriteFrames(const Host& host, Report& report, const Options& options, const FramePattern& pattern, int count) {
     Progress progress(static_cast<std::size_t>(count));
+    LoadOptions load = options.load;
     for (int frame = 0; frame < count; ++frame) {
         const std::size_t mark = report.Mark();
-        const LoadedImage image = Load(host.Handler(), report, options.load, frame);
+        load.frame = frame;
+        const LoadedImage image = Load(host.Handler(), report, load);
         if (image.block == nullptr && frame > 0 && EndOfFrames(report, mark)) {
             report.Say("note", std::format("reports {} frames and holds {}", count, frame));
             return;
@@ -79,6 +78,8 @@ void AddFrames(CLI::App& program, Session& session) {
     command->add_option("PATTERN", options->pattern, "The outputs' names: %03d stands for the frame, from 000")
         ->required();
     options->load.AddTo(*command, false);
+    options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
+    options->load.resampling.AddFast(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

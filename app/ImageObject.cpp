@@ -1,5 +1,7 @@
 #include "ImageObject.h"
 
+#include "Picture.h"
+
 namespace Kavra::App {
 
 using namespace Devices;
@@ -37,9 +39,8 @@ ImageRef MakeImage(IImageHandler& handler, const LoadedImage& image) {
 
 LoadedImage Fetch(IImage& image, vec2<int> origin, vec2<int> size, vec2<int> outSize, EDataOrientation orientation) {
     LoadedImage result;
+    result.desc = FlatDescription(outSize.x, outSize.y, image.Format());
     result.block.reset(image.LoadRect(result.desc, origin, size, outSize, image.Format(), orientation));
-    result.desc.textureType = kTexture2D;
-    result.desc.gamma = 2.2;
     return result;
 }
 

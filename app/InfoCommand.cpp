@@ -6,8 +6,6 @@
 #include "Usage.h"
 #include "Workers.h"
 
-#include <kavra/objects/OS.h>
-
 #include <format>
 
 namespace Kavra::App {
@@ -46,8 +44,7 @@ int Run(const Session& session, const Options& options) {
     std::vector<Report> reports = MakeReports(options.files);
     std::vector<Json> descriptions(reports.size());
     const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
-        const MessageScope scope(report);
-        const Owned<ImageDesc> desc(host.Handler().GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
+        const Owned<ImageDesc> desc = Describe(host.Handler(), report);
         if (desc == nullptr) {
             FailToRead(report, 0);
         } else if (options.json) {

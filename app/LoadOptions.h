@@ -2,8 +2,11 @@
 #pragma once
 
 #include "Messages.h"
+#include "Resampling.h"
+#include "SizeOptions.h"
 
 #include <kavra/devices/IImageHandler.h>
+#include <kavra/devices/ImageDesc.h>
 
 #include <CLI/App.hpp>
 
@@ -20,14 +23,16 @@ void AddFormatOption(CLI::App& command, Devices::EFormat& format, const std::str
 void AddLimitOptions(CLI::App& program);
 
 struct LoadOptions {
-    int width = 0;  ///< 0: the file's own
+    int width = 0;  ///< of the file's own rows and columns; 0: the file's own
     int height = 0;
     Devices::EFormat format = Devices::kUnknown;
     int frame = 0;
     int orientation = 0;
     bool highQuality = false;
+    SizeWish wish = {};  ///< instead of `width` and `height`
+    Resampling resampling = {};
 
-    /// Adds `--size --format --orientation --high-quality`, and `--frame` where one frame is loaded.
+    /// Adds `--size --fit --fill --scale --format --orientation --high-quality`, and `--frame` where one frame is loaded.
     void AddTo(CLI::App& command, bool withFrame);
 };
 
@@ -47,8 +52,13 @@ struct LoadedImage {
     std::uint64_t BlockSize() const;
 };
 
-/// Loads one frame. Messages go to the report; the caller says what a failure means.
-LoadedImage Load(Devices::IImageHandler& handler, Report& report, const LoadOptions& options, int frame);
+/// The description of a file; null when there is none. Messages go to the report.
+Owned<Devices::ImageDesc> Describe(Devices::IImageHandler& handler, Report& report);
+
+/// Loads one frame. Messages go to the report; the caller says what a failure means, where the report does not. With a
+/// wish for a size the picture is filtered by the load, as far as that shrinks it and the size of the frame is known
+/// before, else by the resize service.
+LoadedImage Load(Devices::IImageHandler& handler, Report& report, const LoadOptions& options);
 
 /// Says that a file could not be read, unless messages since `mark` said so already.
 void FailToRead(Report& report, std::size_t mark);

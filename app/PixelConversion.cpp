@@ -96,6 +96,23 @@ void GatherInRed(const FormatFacts& format, std::vector<float>& colours) {
 
 }  // namespace
 
+void LookAtAlphaAgain(LoadedImage& image) {
+    ImageDescription& desc = image.desc;
+    const FormatFacts facts = Facts(desc.format);
+    if (!facts.hasAlpha || (!desc.hasTransparentPixels && !desc.hasTranslucentPixels)) return;
+    desc.hasTransparentPixels = desc.hasTranslucentPixels = false;
+    const auto* row = static_cast<const unsigned char*>(image.block->mData);
+    std::vector<float> colours(static_cast<std::size_t>(desc.width) * kColours);
+    const std::size_t rows = LayerCount(desc) * static_cast<std::size_t>(desc.height);
+    for (std::size_t y = 0; y < rows; ++y, row += desc.rowPitch) {
+        Unpack(facts, row, colours);
+        for (std::size_t i = kColours - 1; i < colours.size(); i += kColours) {
+            desc.hasTransparentPixels |= colours[i] == 0;
+            desc.hasTranslucentPixels |= colours[i] != 0 && colours[i] < 1;
+        }
+    }
+}
+
 std::optional<LoadedImage> ToFormat(const LoadedImage& image, EFormat format) {
     const ImageDescription& from = image.desc;
     const FormatFacts stored = Facts(from.format), wanted = Facts(format);

@@ -12,4 +12,8 @@ namespace Kavra::App {
 /// where one of the two has no pixels. Throws `std::bad_alloc`.
 std::optional<LoadedImage> ToFormat(const LoadedImage& image, Devices::EFormat format);
 
+/// Sets the two flags that tell of the alpha of some pixels, where one of them is set: whatever changed the pixels can
+/// have made them untrue.
+void LookAtAlphaAgain(LoadedImage& image);
+
 }  // namespace Kavra::App

@@ -9,8 +9,6 @@
 #include "Usage.h"
 #include "Workers.h"
 
-#include <kavra/objects/OS.h>
-
 #include <memory>
 #include <mutex>
 #include <new>
@@ -26,25 +24,16 @@ struct Options {
     std::vector<std::string> files;
     vec2<int> cell{160, 120};
     int columns = 0;
+    Resampling resampling{.fast = true};
     int jobs = 0;
 };
-
-/// The size to load a file with, in its own rows and columns, to have it fit into `room` when it is displayed; 0, 0
-/// where that is not known before. Volumes load in their own size only.
-vec2<int> LoadingSize(IImageHandler& handler, Report& report, vec2<int> room) {
-    const MessageScope scope(report);
-    const Owned<ImageDesc> desc(handler.GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
-    if (desc == nullptr || desc->textureType == kTextureVolume || desc->width < 1 || desc->height < 1) return {};
-    const bool isTurned = desc->orientation >= kLeftTop && LowerExtension(report.File()) != ".exr";
-    return FitInto({desc->width, desc->height}, isTurned ? vec2<int>{room.y, room.x} : room);
-}
 
 /// Thumbnails that are made at the same time and put on one sheet.
 class Sheet {
 public:
     /// Throws `std::runtime_error` when the handler makes no such picture.
-    Sheet(IImageHandler& handler, const SheetLayout& layout)
-        : mHandler(handler), mLayout(layout), mImage(MakeImage(handler, NewSheet(layout))) {
+    Sheet(IImageHandler& handler, const SheetLayout& layout, const Resampling& resampling)
+        : mHandler(handler), mLayout(layout), mResampling(resampling), mImage(MakeImage(handler, NewSheet(layout))) {
         if (mImage == nullptr) throw std::runtime_error("cannot be made");
     }
 
@@ -55,35 +44,21 @@ public:
 
 private:
     LoadedImage Thumbnail(Report& report);
-    LoadedImage Shrink(Report& report, LoadedImage image);
     bool Put(std::size_t cell, const LoadedImage& thumbnail);
 
     IImageHandler& mHandler;
     SheetLayout mLayout;
+    Resampling mResampling;
     std::mutex mImages;  ///< image objects are made, used and dropped by one thread at a time
     ImageRef mImage;
 };
 
-/// A flat picture shrunk to fit; `block` is null when that failed.
-LoadedImage Sheet::Shrink(Report& report, LoadedImage image) {
-    const vec2<int> own{image.desc.width, image.desc.height};
-    const vec2<int> size = FitInto(own, mLayout.Room());
-    if (size.x == own.x && size.y == own.y) return image;
-    const MessageScope scope(report);
-    const std::lock_guard lock(mImages);
-    const ImageRef source = MakeImage(mHandler, image);
-    return source != nullptr ? Fetch(*source, {0, 0}, own, size, kTopLeft) : LoadedImage();
-}
-
 /// A file as its cell shows it; `block` is null when it cannot be shown.
 LoadedImage Sheet::Thumbnail(Report& report) {
-    const vec2<int> wanted = LoadingSize(mHandler, report, mLayout.Room());
-    LoadedImage image = LoadUpright(mHandler, report, 0, wanted.x, wanted.y, true);
+    LoadedImage image = LoadUpright(mHandler, report, {.wish = FitInto(mLayout.Room()), .resampling = mResampling});
     if (image.block == nullptr || !HasPixels(report, image, "shown")) return {};
     KeepFirst(image);
-    image = Shrink(report, std::move(image));
-    if (image.block == nullptr) return image;
-    image = ToDisplay(image, LowerExtension(report.File()) == ".exr");
+    image = ToDisplay(image, IsOpenExr(report.File()));
     PutOnSquares(image);
     return image;
 }
@@ -128,7 +103,7 @@ int Run(const Session& session, const Options& options) {
     const bool begun = ForOneReport(options.out, [&](Report& report) {
         const std::string obstacle = Obstacle(options, layout);
         if (!obstacle.empty()) return FailToWrite(report, options.out, obstacle);
-        sheet = std::make_unique<Sheet>(host.Handler(), layout);
+        sheet = std::make_unique<Sheet>(host.Handler(), layout, options.resampling);
     });
     if (!begun) return kSomeFailed;
     std::vector<Report> reports = MakeReports(options.files);
@@ -162,6 +137,10 @@ void AddSheet(CLI::App& program, Session& session) {
             "their proportions and are never enlarged")
         ->type_name("WxH");
     AddWholeNumber(*command, "--columns", options->columns, 1, "Cells in a row; about as many as rows unless said");
+    options->resampling.AddForPeople(*command);
+    command->add_flag_callback(
+        "--no-fast", [options] { options->resampling.fast = false; },
+        "Shrink from the whole picture also where the file has a smaller one, or a JPEG can be decoded in part");
     AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <format>
 #include <limits>
@@ -64,6 +65,29 @@ std::pair<int, int> ParsePair(const std::string& text, const std::string& option
 
 std::pair<int, int> ParseSize(const std::string& text, int smallest, const std::string& option) {
     return ParsePair(text, option, smallest, {"size", "WIDTHxHEIGHT", "640x480"});
+}
+
+std::pair<int, int> ParseFit(const std::string& text) {
+    const std::pair<int, int> size = ParseSize(text, 0, "--fit");
+    if (size.first == 0 && size.second == 0) {
+        throw CLI::ValidationError("--fit", text + " is no box; one of the numbers is 1 or more");
+    }
+    return size;
+}
+
+long long ParsePercentage(const std::string& text, const std::string& option) {
+    constexpr double kMillionths = 10'000;  // in a hundredth
+    constexpr double kMin = 0.0001, kMax = 100'000;
+    double percent = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, percent);
+    if (error == std::errc::invalid_argument || std::string_view(next, end) != "%" || std::isnan(percent)) {
+        throw CLI::ValidationError(option, text + " is no percentage; write as in 50%");
+    }
+    if (error == std::errc::result_out_of_range || percent > kMax || percent < kMin) {
+        throw CLI::ValidationError(option, text + " is no percentage from 0.0001% to 100000%");
+    }
+    return std::llround(percent * kMillionths);
 }
 
 Rect ParseRect(const std::string& text, const std::string& option) {

@@ -33,6 +33,12 @@ std::pair<int, int> ParsePair(const std::string& text, const std::string& option
 /// The same for a width and a height.
 std::pair<int, int> ParseSize(const std::string& text, int smallest, const std::string& option = "--size");
 
+/// "640x480" as a box of which a side may be 0, but not both.
+std::pair<int, int> ParseFit(const std::string& text);
+
+/// "50%" or "12.5%" in millionths of the whole, 1 or more, up to a thousand times it.
+long long ParsePercentage(const std::string& text, const std::string& option);
+
 /// "10,20,640,480" as a rectangle of at least one pixel; throws `CLI::ValidationError` for anything else.
 Rect ParseRect(const std::string& text, const std::string& option);
 

@@ -18,7 +18,7 @@ struct Options {
     std::string in;
     std::string out;
     bool stretch = false;
-    int frame = 0;
+    LoadOptions load;
 };
 
 /// Floats and 8-bit colours.
@@ -34,7 +34,7 @@ EFormat WrittenFormat(EFormat format) {
 }
 
 void Write(IImageHandler& handler, Report& report, const Options& options) {
-    LoadedImage image = LoadFlat(handler, report, options.frame);
+    LoadedImage image = LoadFlat(handler, report, options.load);
     if (image.block == nullptr || !HasPixels(report, image, "made a target")) return;
     if (!IsTargetFormat(image.desc.format)) image = *ToFormat(image, kR32G32B32A32F);
     const FileContent written{WrittenFormat(image.desc.format), image.desc.width, image.desc.height};
@@ -63,7 +63,10 @@ void AddTarget(CLI::App& program, Session& session) {
     command->add_flag("--stretch", options->stretch,
                       "Map the range of each channel to 0..255; without it 0..1 is mapped, and more only where values "
                       "lie outside. 8-bit colours are written as they are");
-    AddFrame(*command, options->frame);
+    options->load.wish.AddTo(*command, "the picture");
+    options->load.resampling.AddForPeople(*command);
+    options->load.resampling.AddFast(*command);
+    AddFrame(*command, options->load.frame);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

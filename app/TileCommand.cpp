@@ -28,7 +28,7 @@ struct Options {
     std::string out;
     vec2<int> repeat;
     double dpi = 72;
-    int frame = 0;
+    LoadOptions load;
 };
 
 /// Whether the writer of the file type takes a line at a time and keeps none.
@@ -62,8 +62,8 @@ private:
 };
 
 /// The picture with four bytes a pixel; a failure is said in the report.
-LoadedImage LoadBytes(IImageHandler& handler, Report& report, int frame) {
-    LoadedImage image = LoadFlat(handler, report, frame);
+LoadedImage LoadBytes(IImageHandler& handler, Report& report, const LoadOptions& options) {
+    LoadedImage image = LoadFlat(handler, report, options);
     if (image.block == nullptr || !HasPixels(report, image, "repeated")) return {};
     return image.desc.format == kR8G8B8A8 ? std::move(image) : *ToFormat(image, kR8G8B8A8);
 }
@@ -71,7 +71,7 @@ LoadedImage LoadBytes(IImageHandler& handler, Report& report, int frame) {
 void Tile(IImageHandler& handler, Report& report, const Options& options) {
     std::string obstacle = WriteObstacle(options.out, {kR8G8B8A8, 1, 1});
     if (!obstacle.empty()) return FailToWrite(report, options.out, obstacle);
-    const LoadedImage image = LoadBytes(handler, report, options.frame);
+    const LoadedImage image = LoadBytes(handler, report, options.load);
     if (image.block == nullptr) return;
 
     const FileContent content{kR8G8B8A8, static_cast<long long>(image.desc.width) * options.repeat.x,
@@ -118,7 +118,10 @@ void AddTile(CLI::App& program, Session& session) {
             const bool good = CLI::detail::lexical_cast(text, dpi) && dpi > 0 && dpi <= kMaxDpi;
             return good ? std::string() : std::format("{} is no number above 0 and up to {}", text, kMaxDpi);
         });
-    AddFrame(*command, options->frame);
+    options->load.wish.AddTo(*command, "the picture");
+    options->load.resampling.AddForPeople(*command);
+    options->load.resampling.AddFast(*command);
+    AddFrame(*command, options->load.frame);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

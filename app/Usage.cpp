@@ -62,6 +62,14 @@ std::string UnexpectedText(const CLI::App& app, const std::string& argument) {
     return std::format("there is no option {}{}", name, DidYouMean(name, names));
 }
 
+/// "A and B exclude one another" of the library's "A excludes B".
+std::string ExclusionText(std::string text) {
+    constexpr std::string_view kExcludes = " excludes ";
+    const std::size_t at = text.find(kExcludes);
+    if (at == std::string::npos) return text;
+    return text.replace(at, kExcludes.size(), " and ") + " exclude one another";
+}
+
 std::string ErrorText(const CLI::App& app, const CLI::ParseError& error) {
     std::vector<std::string> rest = app.remaining();
     if (rest.empty() && app.get_parent() != nullptr) rest = app.get_parent()->remaining();
@@ -70,7 +78,9 @@ std::string ErrorText(const CLI::App& app, const CLI::ParseError& error) {
     if (!rest.empty()) return UnexpectedText(app, rest.front());
     const std::string text = error.what();
     const bool lacksValue = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch);
-    return lacksValue ? text.substr(0, text.find(':')) + " needs a value" : text;
+    if (lacksValue) return text.substr(0, text.find(':')) + " needs a value";
+    const bool isExclusion = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExcludesError);
+    return isExclusion ? ExclusionText(text) : text;
 }
 
 /// Without spaces at the ends of lines and without empty lines at the top or after one another, which the library leaves.
@@ -134,6 +144,17 @@ std::string Nearest(std::string_view word, std::span<const std::string> words) {
         nearest = candidate;
     }
     return nearest;
+}
+
+std::string Joined(std::span<const std::string> words) {
+    std::string joined;
+    for (const std::string& word : words)
+        joined += (joined.empty() ? "" : "|") + word;
+    return joined;
+}
+
+std::string NoneOf(std::string_view word, std::span<const std::string> words) {
+    return std::format("{} is none of {}{}", word, Joined(words), DidYouMean(word, words));
 }
 
 std::vector<std::string> CommandNames(const CLI::App& program) {

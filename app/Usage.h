@@ -6,9 +6,12 @@
 #include <charconv>
 #include <format>
 #include <limits>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace Kavra::App {
 
@@ -26,6 +29,28 @@ std::string Nearest(std::string_view word, std::span<const std::string> words);
 
 /// The names of all commands.
 std::vector<std::string> CommandNames(const CLI::App& program);
+
+/// The words with a bar between each two.
+std::string Joined(std::span<const std::string> words);
+
+/// What is said of a word that is none of `words`: the nearest one too, where one is near.
+std::string NoneOf(std::string_view word, std::span<const std::string> words);
+
+/// Adds an option that takes one of a few words, in any case, and hands on what it stands for.
+template <class Value, class Take>
+CLI::Option* AddChoice(CLI::App& command, const std::string& name, std::map<std::string, Value> words, Take take,
+                       const std::string& help) {
+    std::vector<std::string> names;
+    for (const auto& [word, ignored] : words)
+        names.push_back(word);
+    const std::string form = Joined(names);
+    const auto parse = [name, names, take, words = std::move(words)](const std::string& text) {
+        const auto found = words.find(CLI::detail::to_lower(text));
+        if (found == words.end()) throw CLI::ValidationError(name, NoneOf(text, names));
+        take(found->second);
+    };
+    return command.add_option_function<std::string>(name, parse, help)->type_name(form);
+}
 
 /// Adds an option that takes a whole number from `min` to `max`.
 template <class Int>

@@ -121,7 +121,8 @@ TEST(Usage, WhatIsMissingIsNamed) {
         {{"convert"}, "convert: error: IN is required"},
         {{"convert", "x.png"}, "convert: error: OUT is required"},
         {{"frames", "x.png"}, "frames: error: PATTERN is required"},
-        {{"resize", "x.png", "y.png"}, "resize: error: --size is required"},
+        {{"resize", "x.png", "y.png"}, "resize: error: --size, --fit, --fill or --scale is required"},
+        {{"resize", "x.png", "y.png", "--method", "crop"}, "resize: error: --size is required"},
         {{"crop", "x.png", "y.png"}, "crop: error: --rect is required"},
         {{"compose", "y.png", "x.png@0,0"}, "compose: error: --size is required"},
         {{"compose", "y.png", "--size", "5x5"}, "compose: error: FILES is required"},
@@ -192,10 +193,72 @@ TEST(Usage, SizesPlacesAndWordsAreSaidWithTheirForm) {
         {{"resize", "x", "y", "--size", "5x5", "--method", "other"},
          "resize: error: --method: other is none of copy|crop|filter"},
         {{"resize", "x", "y", "--size", "5x5", "--filter", "other"},
-         "resize: error: --filter: other is none of linear|mitchell|nearest"},
+         "resize: error: --filter: other is none of "
+         "bilinear|box|catmull-rom|lanczos3|linear|mitchell|nearest|triangle"},
     });
     for (const std::string pattern : {"out.png", "%s.png", "%d-%d.png", "%", "%5.2d.png"})
         ExpectWrongUsage({"frames", "x", pattern}, "frames: error: the pattern needs one number, as in out/%03d.png");
+}
+
+TEST(Usage, SizesInProportionAreSaidWithTheirForm) {
+    const auto convert = [](const std::string& option, const std::string& value) {
+        return Words{"convert", "x", "y", option, value};
+    };
+    const std::string noPercentage = " is no percentage; write as in 50%";
+    const std::string noRange = " is no percentage from 0.0001% to 100000%";
+    ExpectAllWrong({
+        {convert("--fit", "0x0"), "convert: error: --fit: 0x0 is no box; one of the numbers is 1 or more"},
+        {convert("--fit", "12"), "convert: error: --fit: 12 is no size; write WIDTHxHEIGHT, as in 640x480"},
+        {convert("--fit", "-1x5"), "convert: error: --fit: -1x5 is too small; each number is 0 or more"},
+        {convert("--fill", "10x0"), "convert: error: --fill: 10x0 is too small; each number is 1 or more"},
+        {convert("--fill", "0x10"), "convert: error: --fill: 0x10 is too small; each number is 1 or more"},
+        {convert("--fill", "4x99999999999"),
+         "convert: error: --fill: 4x99999999999 is too large; each number is at most 2147483647"},
+    });
+    for (const std::string value : {"0%", "-5%", "1e9%", "inf%", "1e999%", "0.00009%", "100001%"})
+        ExpectWrongUsage(convert("--scale", value), "convert: error: --scale: " + value + noRange);
+    for (const std::string value : {"", "%", "50", "0.5", "50 %", "50%%", "nan%", "half"})
+        ExpectWrongUsage(convert("--scale", value), "convert: error: --scale: " + value + noPercentage);
+}
+
+TEST(Usage, WaysToSayASizeExcludeOneAnother) {
+    const Words size = {"--size", "5x5"}, fit = {"--fit", "5x5"}, fill = {"--fill", "5x5"}, scale = {"--scale", "5%"};
+    for (const Words& command : {Words{"convert", "x", "y"},
+                                 {"frames", "x", "%d"},
+                                 {"dump", "x", "--out", "y"},
+                                 {"resize", "x", "y"},
+                                 {"crop", "x", "y", "--rect", "0,0,1,1"}}) {
+        const std::string error = command.front() + ": error: ";
+        ExpectWrongUsage(Joined({command, fit, size}), error + "--size and --fit exclude one another");
+        ExpectWrongUsage(Joined({command, size, fill}), error + "--size and --fill exclude one another");
+        ExpectWrongUsage(Joined({command, scale, size}), error + "--size and --scale exclude one another");
+        ExpectWrongUsage(Joined({command, fill, fit}), error + "--fit and --fill exclude one another");
+        ExpectWrongUsage(Joined({command, scale, fill}), error + "--fill and --scale exclude one another");
+    }
+    for (const Words& command : {Words{"compose", "y", "--size", "5x5", "x@0,0"},
+                                 {"target", "x", "y"},
+                                 {"tile", "x", "y.png", "--repeat", "2x2"}}) {
+        ExpectWrongUsage(Joined({command, scale, fit}),
+                         command.front() + ": error: --fit and --scale exclude one another");
+    }
+}
+
+TEST(Usage, OnlyTheFilterOfResizeKeepsProportions) {
+    ExpectAllWrong({
+        {{"resize", "x", "y", "--method", "crop", "--fit", "5x5"}, "resize: error: --fit goes with --method filter"},
+        {{"resize", "x", "y", "--method", "copy", "--fill", "5x5"}, "resize: error: --fill goes with --method filter"},
+        {{"resize", "x", "y", "--method", "crop", "--scale", "5%"}, "resize: error: --scale goes with --method filter"},
+    });
+}
+
+TEST(Usage, OfAFilterThatDoesNotExistTheNearestIsNamed) {
+    const std::string none = " is none of bilinear|box|catmull-rom|lanczos3|linear|mitchell|nearest|triangle";
+    for (const auto& [filter, nearest] :
+         {std::pair{"lanczos", "lanczos3"}, {"mitchel", "mitchell"}, {"catmulrom", "catmull-rom"}, {"boxx", "box"}}) {
+        ExpectWrongUsage({"dump", "x", "--out", "y", "--filter", filter},
+                         "dump: error: --filter: " + std::string(filter) + none + "; did you mean " + nearest + "?");
+    }
+    ExpectWrongUsage({"sheet", "y", "x", "--filter", "gaussian"}, "sheet: error: --filter: gaussian" + none);
 }
 
 TEST(Usage, AmountsAreNumbersOf64BitsWithAUnitOfOneLetter) {
