@@ -14,6 +14,7 @@
 #include "load/OpenInput.h"
 #include "load/ReadSubimage.h"
 #include "load/RowFormats.h"
+#include "load/SmallerSource.h"
 #include "load/TextureBands.h"
 #include "readers/ImageFileType.h"
 
@@ -23,6 +24,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -158,12 +160,22 @@ Raster ReadWhole(TextureLoad& load, const OIIO::ImageSpec& as) {
 }
 
 /// The picture in the wanted format, size, and row and column order; `desc` is brought up to date where those change it.
-Raster ReadWanted(TextureLoad& load, const OIIO::ImageSpec& as) {
+Raster ReadWanted(TextureLoad& load) {
+    const OIIO::ImageSpec& as = load.Converts() ? load.nativeSpec : load.targetSpec;
     Raster raster = load.NeedsResize() ? ReadInBands(load, as) : ReadWhole(load, as);
     if (!raster || (!load.NeedsResize() && !load.NeedsReorientation())) return raster;
     if (!Common::FitsPitch(static_cast<std::int64_t>(raster.pitch))) return {};
     Common::SetPacked(load.desc, raster.width, raster.height, raster.format);
     load.desc.dataSize = raster.bytes;
+    return raster;
+}
+
+/// The same, made from a smaller picture of the file. Empty, and nothing has changed, where it has none that can be read.
+Raster ReadFast(TextureLoad& load, Common::ByteSource& file) {
+    std::optional<TextureSource> whole = TakeSmallerSource(load, file);
+    if (!whole) return {};
+    Raster raster = ReadWanted(load);
+    if (!raster) Restore(load, *std::move(whole));
     return raster;
 }
 
@@ -199,8 +211,8 @@ PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const 
     FillDescription(load);
     if (!CanBeRead(load, *open)) return nullptr;
 
-    const OIIO::ImageSpec& as = load.Converts() ? load.nativeSpec : load.targetSpec;
-    Raster raster = ReadWanted(load, as);
+    Raster raster = request.preferences.fast ? ReadFast(load, *open) : Raster{};
+    if (!raster) raster = ReadWanted(load);
     if (!raster || desc.dataSize > raster.bytes) return nullptr;
     if (desc.hasAlpha) {
         GetAlphaProperty(raster.block.get(), desc.dataSize, load.targetSpec, desc.hasTransparentPixels,

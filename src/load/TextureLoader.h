@@ -33,6 +33,7 @@ struct TextureLoad {
           request(wanted),
           fileType(type),
           index(std::max(wanted.level, 0)),
+          level(IsDds() ? index : 0),
           format(wanted.format) {}
 
     ImageDescription& desc;  ///< the caller's: what the block holds
@@ -40,6 +41,7 @@ struct TextureLoad {
     const LoadRequest& request;
     const int fileType;  ///< an `ImageFileType`
     const int index;     ///< the mip level of a DDS, else the subimage; 0 and up
+    int level;           ///< the mip level that is read
     EFormat format;      ///< the wanted one, then the chosen one
 
     std::unique_ptr<OIIO::ImageInput> input;  ///< stands at the subimage and level
@@ -56,6 +58,7 @@ struct TextureLoad {
     int outDepth = 0;
 
     bool IsDds() const;
+    int Subimage() const { return IsDds() ? 0 : index; }
     bool IsCube() const { return fileDesc.textureType == kTextureCube; }
     bool IsVolume() const { return fileDesc.textureType == kTextureVolume; }
     bool NeedsResize() const;

@@ -48,10 +48,10 @@ bool IsMask(const Pixel* pixels, std::size_t count) {
 std::optional<bool> IsMaskFile(const TextureLoad& load) {
     const OIIO::ImageSpec& spec = load.fileSpec;
     const auto input = OpenInput(load.path);
-    if (!input || !input->seek_subimage(load.index, 0)) return std::nullopt;
+    if (!input || !input->seek_subimage(load.index, load.level)) return std::nullopt;
     const OIIO::ImageSpec& same = input->spec();
     if (same.width != spec.width || same.height != spec.height || same.nchannels != spec.nchannels) return std::nullopt;
-    SubimageRows rows(*input, spec, load.index, 0, 2, OIIO::TypeUInt8, sizeof(LuminanceAlpha));
+    SubimageRows rows(*input, spec, load.index, load.level, 2, OIIO::TypeUInt8, sizeof(LuminanceAlpha));
     const auto width = static_cast<std::size_t>(spec.width);
     std::vector<LuminanceAlpha> band;
     for (int top = 0, count = 0; top < spec.height; top += count) {
@@ -127,7 +127,7 @@ bool IsWholeLevel(const ImageDescription& level, const TextureLoad& load) {
 bool ReadHostLevel(const TextureLoad& load, unsigned char* out) {
     DDSReader reader;
     if (!reader.Load(load.path)) return false;
-    for (int passed = 0; passed < load.index; ++passed) {
+    for (int passed = 0; passed < load.level; ++passed) {
         if (!reader.SkipMipLevel(passed)) return false;
     }
     ImageDescription level;
@@ -153,10 +153,8 @@ TexturePixels::Kind TexturePixels::KindOf(const TextureLoad& load) {
 TexturePixels::TexturePixels(TextureLoad& load, const OIIO::ImageSpec& as)
     : mLoad(load), mAs(as), mKind(KindOf(load)), mType(as.format), mPixelStride(as.pixel_bytes(false)) {
     ChooseChannels();
-    const int subimage = load.IsDds() ? 0 : load.index;
-    const int level = load.IsDds() ? load.index : 0;
     if (mKind != Kind::kHostLevel && !ComesInSlices(load)) {
-        mRows.emplace(*load.input, load.fileSpec, subimage, level, mChannels, mType, mPixelStride);
+        mRows.emplace(*load.input, load.fileSpec, load.Subimage(), load.level, mChannels, mType, mPixelStride);
     }
 }
 
@@ -208,7 +206,7 @@ bool TexturePixels::ReadChannels(int top, int count, unsigned char* out) {
     const OIIO::ImageSpec& file = mLoad.fileSpec;
     if (ComesInSlices(mLoad)) {
         const int sliceRows = mLoad.fileDesc.height;
-        return mLoad.slices->ReadSlices(mLoad.index, file, top / sliceRows, count / sliceRows, mChannels, mType, out,
+        return mLoad.slices->ReadSlices(mLoad.level, file, top / sliceRows, count / sliceRows, mChannels, mType, out,
                                         mPixelStride);
     }
     if (!(file.depth > 1 ? mRows->ReadAll(out) : mRows->Read(top, count, out))) return false;
