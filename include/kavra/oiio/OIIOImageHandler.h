@@ -136,10 +136,9 @@ public:
 
     /// Brings `src` to the size of `dst`, whose spec says size, channels and type: by sampling where both sides change
     /// by less than a tenth, else by a Mitchell filter where the picture is large enough for its footprint, or always
-    /// with `highQuality`. Growths and shrinkages so extreme that the library would take minutes or overrun its stack
-    /// are sampled or interpolated. False when the two have different channel counts, are volumes or empty, or
-    /// OpenImageIO fails; `dst` then holds what it held. Throws `std::bad_alloc` when there is no memory
-    /// for the steps between.
+    /// with `highQuality`. The proportions are those of the display windows, the pixels those of the data windows. False
+    /// when the two have different channel counts, are volumes or empty, or their windows lie more than a picture and a
+    /// million pixels apart; `dst` then holds what it held. Throws `std::bad_alloc`.
     static bool AdaptiveResize(OIIO::ImageBuf& dst, const OIIO::ImageBuf& src, bool highQuality);
 
     static int mNetObjectCount;  ///< how many are alive; read it with `NetObjectCount()`
