@@ -1,4 +1,4 @@
-// Turning a 24-megapixel picture: into touched memory (beside a plain copy), and as a new image (beside the library's
+// Rotating a 24-megapixel picture: into touched memory (beside a plain copy), and as a new image (beside the library's
 // own operations, which do the same).
 
 #include "Bench.h"
@@ -45,17 +45,17 @@ void TurnCopy(benchmark::State& state) {
     CountBytes(state, pictures.Bytes());
 }
 
-void TurnTouched(benchmark::State& state) {
+void RotateTouched(benchmark::State& state) {
     Pictures pictures(static_cast<std::size_t>(state.range(0)));
-    const PixelGrid turned = Rotated(pictures.Grid(), static_cast<Rotation>(state.range(1)));
+    const PixelGrid rotated = Rotated(pictures.Grid(), static_cast<Rotation>(state.range(1)));
     for (auto _ : state) {
-        CopyPixels(turned, reinterpret_cast<unsigned char*>(pictures.to.data()));
+        CopyPixels(rotated, reinterpret_cast<unsigned char*>(pictures.to.data()));
         benchmark::ClobberMemory();
     }
     CountBytes(state, pictures.Bytes());
 }
 
-void TurnImage(benchmark::State& state) {
+void RotateImage(benchmark::State& state) {
     Pictures pictures(4);
     const OIIO::ImageBuf image(OIIO::ImageSpec(kWidth, kHeight, 4, OIIO::TypeDesc::UINT8), pictures.from.data());
     for (auto _ : state) {
@@ -77,14 +77,14 @@ void LibraryRotate90(benchmark::State& state) {
 constexpr auto kMilliseconds = benchmark::kMillisecond;
 
 BENCHMARK(TurnCopy)->Arg(4)->UseRealTime()->Unit(kMilliseconds);
-BENCHMARK(TurnTouched)
-    ->ArgNames({"bytes", "turn"})
+BENCHMARK(RotateTouched)
+    ->ArgNames({"bytes", "rotation"})
     ->ArgsProduct({{1, 2, 3, 4, 8, 16},
                    {static_cast<int>(Rotation::kFlip), static_cast<int>(Rotation::kFlop),
                     static_cast<int>(Rotation::kRotate90)}})
     ->UseRealTime()
     ->Unit(kMilliseconds);
-BENCHMARK(TurnImage)->ArgName("from")->DenseRange(1, 8)->UseRealTime()->Unit(kMilliseconds);
+BENCHMARK(RotateImage)->ArgName("from")->DenseRange(1, 8)->UseRealTime()->Unit(kMilliseconds);
 BENCHMARK(LibraryRotate90)->UseRealTime()->Unit(kMilliseconds);
 
 }  // namespace

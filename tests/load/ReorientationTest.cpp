@@ -61,7 +61,7 @@ ImageBuf Noise(const ImageSpec& spec) {
     return image;
 }
 
-/// The image turned with the library's operations, as orientation numbers are defined through them.
+/// The image rotated with the library's operations, as orientation numbers are defined through them.
 ImageBuf TurnedByLibrary(const ImageBuf& image, int from, int to) {
     using Operation = std::function<ImageBuf(const ImageBuf&)>;
     const std::map<std::string, Operation> operations = {
@@ -174,17 +174,17 @@ TEST(Reorientation, EachOrientationIsApplied) {
 }
 
 TEST(Reorientation, AQuarterTurnExchangesTheSides) {
-    const ImageBuf turned = OIIOImageHandler::ReorientImage(Noise(ImageSpec(40, 30, 4, TypeDesc::UINT8)), 6, 1);
-    EXPECT_EQ(turned.spec().width, 30);
-    EXPECT_EQ(turned.spec().height, 40);
+    const ImageBuf rotated = OIIOImageHandler::ReorientImage(Noise(ImageSpec(40, 30, 4, TypeDesc::UINT8)), 6, 1);
+    EXPECT_EQ(rotated.spec().width, 30);
+    EXPECT_EQ(rotated.spec().height, 40);
 }
 
 TEST(Reorientation, ThereAndBackIsTheSameImage) {
     const ImageBuf image = Noise(ImageSpec(67, 131, 3, TypeDesc::UINT16));
     for (int from = 1; from <= 8; ++from) {
         for (int to = 1; to <= 8; ++to) {
-            const ImageBuf turned = OIIOImageHandler::ReorientImage(image, from, to);
-            EXPECT_TRUE(BytesOf(OIIOImageHandler::ReorientImage(turned, to, from)) == BytesOf(image)) << from << to;
+            const ImageBuf rotated = OIIOImageHandler::ReorientImage(image, from, to);
+            EXPECT_TRUE(BytesOf(OIIOImageHandler::ReorientImage(rotated, to, from)) == BytesOf(image)) << from << to;
         }
     }
 }

@@ -143,8 +143,8 @@ TEST(Reshape, ACubeIsMirroredAsOnePictureAndItsFacesGetQuarterTurns) {
     const Raster flipped = Reshape(cube(), {.width = 2, .height = 2, .to = kBottomLeft});
     EXPECT_EQ(flipped.faces, 6);
     EXPECT_EQ(Bytes(flipped.first, flipped.first + 4), (Bytes{22, 23, 20, 21})) << "the last face comes first";
-    const Raster turned = Reshape(cube(), {.width = 2, .height = 2, .to = kRightTop});
-    EXPECT_EQ(Bytes(turned.first, turned.first + 8), (Bytes{1, 3, 0, 2, 5, 7, 4, 6}));
+    const Raster rotated = Reshape(cube(), {.width = 2, .height = 2, .to = kRightTop});
+    EXPECT_EQ(Bytes(rotated.first, rotated.first + 8), (Bytes{1, 3, 0, 2, 5, 7, 4, 6}));
 }
 
 TEST(Reshape, SlicesAreTurnedAsTheLibraryTurnsThem) {

@@ -135,10 +135,10 @@ TEST_F(PcxThroughTheModule, ThreadsLoadDifferentFilesAtOnce) {
     std::vector<std::jthread> threads;
     for (std::size_t i = 0; i < 8; ++i) {
         threads.emplace_back([&, i] {
-            for (std::size_t turn = 0; turn < 20; ++turn) {
-                const auto image = LoadFile(handler, paths[(i + turn) % 4]);
+            for (std::size_t step = 0; step < 20; ++step) {
+                const auto image = LoadFile(handler, paths[(i + step) % 4]);
                 ASSERT_TRUE(image);
-                EXPECT_EQ(image->bytes, expected[(i + turn) % 4]);
+                EXPECT_EQ(image->bytes, expected[(i + step) % 4]);
             }
         });
     }

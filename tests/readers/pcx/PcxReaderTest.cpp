@@ -112,7 +112,7 @@ TEST(PcxReader, OpeningAnotherFileLetsGoOfTheFirst) {
     const auto bytes = folder.Write("b", PcxHead(PcxFields(8, 1, 1, 1, 1), {5}).Append(PcxTail()).Bytes());
     PCXReader reader;
     Bytes pixel(4);
-    for (int turn = 0; turn < 2; ++turn) {
+    for (int round = 0; round < 2; ++round) {
         ASSERT_TRUE(reader.Open(Wide(bytes)));
         EXPECT_TRUE(reader.ReadImage(pixel.data(), 0));
         EXPECT_EQ(pixel, InTailColours({5}));

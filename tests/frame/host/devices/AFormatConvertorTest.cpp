@@ -120,11 +120,11 @@ TEST(FloatToFormat, RefusesTooLittleRoomAndWritesNothing) {
         ByteVector out(static_cast<std::size_t>(bytes), 0xCC);
         const ByteVector untouched = out;
         vec4<float> colour = {1.0F, 1.0F, 1.0F, 1.0F};
-        auto* const room = reinterpret_cast<char*>(out.data());
-        EXPECT_FALSE(AFormatConvertor::FloatToFormat(colour, format, room, static_cast<unsigned>(bytes) - 1));
-        EXPECT_FALSE(AFormatConvertor::FloatToFormat(colour, format, room, 0));
+        auto* const space = reinterpret_cast<char*>(out.data());
+        EXPECT_FALSE(AFormatConvertor::FloatToFormat(colour, format, space, static_cast<unsigned>(bytes) - 1));
+        EXPECT_FALSE(AFormatConvertor::FloatToFormat(colour, format, space, 0));
         EXPECT_EQ(out, untouched);
-        EXPECT_TRUE(AFormatConvertor::FloatToFormat(colour, format, room, static_cast<unsigned>(bytes)));
+        EXPECT_TRUE(AFormatConvertor::FloatToFormat(colour, format, space, static_cast<unsigned>(bytes)));
         EXPECT_NE(out, untouched);
     }
 }
@@ -230,12 +230,12 @@ TEST(FloatsToFormat, LeavesOutThePixelsThatDoNotFit) {
     for (const auto& [format, bytes] : kPixelBytes) {
         const auto pixel = static_cast<std::size_t>(bytes);
         ByteVector out(10 * pixel, 0);
-        auto* const room = reinterpret_cast<char*>(out.data());
-        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 10, format, room, 4 * pixel - 1), 3U);
+        auto* const space = reinterpret_cast<char*>(out.data());
+        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 10, format, space, 4 * pixel - 1), 3U);
         EXPECT_TRUE(std::all_of(out.begin() + static_cast<std::ptrdiff_t>(3 * pixel), out.end(),
                                 [](unsigned char byte) { return byte == 0; }));
-        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 10, format, room, 0), 0U);
-        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 0, format, room, out.size()), 0U);
+        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 10, format, space, 0), 0U);
+        EXPECT_EQ(AFormatConvertor::FloatsToFormat(values.data(), 0, format, space, out.size()), 0U);
     }
 }
 

@@ -228,10 +228,10 @@ static_assert(!MakesCountedIn<RecordingAllocator*>);
 static_assert(!MakesCountedIn<void*>);
 
 TEST(HeapOperators, AnObjectCanBeMadeInPlace) {
-    alignas(Counted) unsigned char room[sizeof(Counted)];
+    alignas(Counted) unsigned char storage[sizeof(Counted)];
     const auto before = ObjModel::ObjectCounters().totalBlocks;
-    Counted* const object = ::new (static_cast<void*>(room)) Counted;
-    EXPECT_EQ(static_cast<void*>(object), room);
+    Counted* const object = ::new (static_cast<void*>(storage)) Counted;
+    EXPECT_EQ(static_cast<void*>(object), storage);
     object->~Counted();
     EXPECT_EQ(ObjModel::ObjectCounters().totalBlocks, before);
 }

@@ -31,9 +31,9 @@ const SplitCase kCases[] = {
 
 TEST(SplitPath, GivesTheFourParts) {
     for (const SplitCase& c : kCases) {
-        // Each output has exactly the room that it is promised to need.
-        const std::size_t room = std::wcslen(c.path) + 1;
-        std::vector<wchar_t> drive(room, L'#'), dir(room, L'#'), name(room, L'#'), ext(room, L'#');
+        // Each output has exactly the capacity that it is promised to need.
+        const std::size_t capacity = std::wcslen(c.path) + 1;
+        std::vector<wchar_t> drive(capacity, L'#'), dir(capacity, L'#'), name(capacity, L'#'), ext(capacity, L'#');
         _wsplitpath(c.path, drive.data(), dir.data(), name.data(), ext.data());
         EXPECT_STREQ(drive.data(), L"");
         EXPECT_STREQ(dir.data(), c.directory);
