@@ -36,7 +36,7 @@ struct Pictures {
     std::vector<unsigned char> from, to;
 };
 
-void TurnCopy(benchmark::State& state) {
+void RotateCopy(benchmark::State& state) {
     Pictures pictures(static_cast<std::size_t>(state.range(0)));
     for (auto _ : state) {
         std::memcpy(pictures.to.data(), pictures.from.data(), pictures.Bytes());
@@ -76,7 +76,7 @@ void LibraryRotate90(benchmark::State& state) {
 
 constexpr auto kMilliseconds = benchmark::kMillisecond;
 
-BENCHMARK(TurnCopy)->Arg(4)->UseRealTime()->Unit(kMilliseconds);
+BENCHMARK(RotateCopy)->Arg(4)->UseRealTime()->Unit(kMilliseconds);
 BENCHMARK(RotateTouched)
     ->ArgNames({"bytes", "rotation"})
     ->ArgsProduct({{1, 2, 3, 4, 8, 16},

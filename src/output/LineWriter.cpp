@@ -20,7 +20,7 @@ namespace {
 constexpr int kLinePixelBytes = 4;  // of a pixel in the line, whatever the file's channels
 constexpr int kMaxChannels = 65535;
 
-struct Picture {
+struct FileLayout {
     int width, height, channels;
     double resolution;
 
@@ -28,41 +28,41 @@ struct Picture {
     bool IsWritable() const { return width > 0 && height > 0 && channels > 0 && channels <= kMaxChannels; }
 };
 
-OIIO::ImageSpec FileSpec(const Picture& picture) {
-    OIIO::ImageSpec spec = PictureSpec(picture.width, picture.height, picture.channels, OIIO::TypeUInt8);
+OIIO::ImageSpec FileSpec(const FileLayout& layout) {
+    OIIO::ImageSpec spec = PictureSpec(layout.width, layout.height, layout.channels, OIIO::TypeUInt8);
     spec.attribute("oiio:UnassociatedAlpha", 1);
-    spec.attribute("XResolution", static_cast<float>(picture.resolution));
-    spec.attribute("YResolution", static_cast<float>(picture.resolution));
+    spec.attribute("XResolution", static_cast<float>(layout.resolution));
+    spec.attribute("YResolution", static_cast<float>(layout.resolution));
     spec.attribute("ResolutionUnit", "in");
     return spec;
 }
 
 /// Bytes of a line, and of what a writer of more than four channels reads beyond its last pixel.
-std::size_t LineBytes(const Picture& picture) {
-    const std::int64_t pixels = std::int64_t{std::max(picture.width, 0)} * kLinePixelBytes;
-    const std::int64_t beyond = std::clamp(picture.channels, kLinePixelBytes, kMaxChannels) - kLinePixelBytes;
+std::size_t LineBytes(const FileLayout& layout) {
+    const std::int64_t pixels = std::int64_t{std::max(layout.width, 0)} * kLinePixelBytes;
+    const std::int64_t beyond = std::clamp(layout.channels, kLinePixelBytes, kMaxChannels) - kLinePixelBytes;
     return static_cast<std::size_t>(pixels + beyond);
 }
 
 /// Asks for every line, also when the file did not open or a line could not be written: the provider is told nothing of
 /// it, and may count on being asked.
-bool WriteLines(LibraryFile& file, IWriteImageLineProvider& provider, const Picture& picture) {
+bool WriteLines(LibraryFile& file, IWriteImageLineProvider& provider, const FileLayout& layout) {
     // Before the file is touched: without memory for a line it stays as it was.
-    const Common::PixelBlock line = Common::NewZeroedBlock(LineBytes(picture));
-    const bool isOpen = picture.IsWritable() && file.Open(FileSpec(picture));
-    for (int y = 0; y < picture.height; ++y) {
+    const Common::PixelBlock line = Common::NewZeroedBlock(LineBytes(layout));
+    const bool isOpen = layout.IsWritable() && file.Open(FileSpec(layout));
+    for (int y = 0; y < layout.height; ++y) {
         provider.FillLine(line.get());
         if (isOpen) (void)file.WriteRow(y, line.get(), kLinePixelBytes);
     }
     return isOpen && file.Close();
 }
 
-bool WritePicture(const KString& path, IWriteImageLineProvider* provider, const Picture& picture) {
+bool WritePicture(const KString& path, IWriteImageLineProvider* provider, const FileLayout& layout) {
     if (!PrepareFolder(path)) return false;
     LibraryFile file(path);
     if (!file.HasWriter()) return false;
-    if (picture.height <= 0) return true;  // no writer opens a file without rows, and no row is missing
-    return provider != nullptr && WriteLines(file, *provider, picture);
+    if (layout.height <= 0) return true;  // no writer opens a file without rows, and no row is missing
+    return provider != nullptr && WriteLines(file, *provider, layout);
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ bool IsByteColour(EFormat format) {
     return facts.inLibrary && facts.IsByteColour();
 }
 
-struct Picture {
+struct TargetPixels {
     int width, height;
     EFormat format;
     const unsigned char* pixels;
@@ -37,14 +37,14 @@ struct Picture {
     bool HasWholeRows() const { return pitch >= Common::PackedRowBytes(format, width); }
 };
 
-bool Save(IImageHandler& handler, const KString& path, const Picture& picture) {
+bool Save(IImageHandler& handler, const KString& path, const TargetPixels& picture) {
     const ImageDescription desc = Common::DescribeRows(picture.width, picture.height, picture.format, picture.pitch);
     return handler.SaveTexture(path, desc, picture.pixels);
 }
 
 /// Rows of an empty picture are not looked at, nor those of one that needs no mapping, however they lie: what becomes
 /// of them is the saver's decision.
-bool SaveAsBytes(IImageHandler& handler, const KString& path, const Picture& picture, bool stretch) {
+bool SaveAsBytes(IImageHandler& handler, const KString& path, const TargetPixels& picture, bool stretch) {
     const std::size_t channels = FloatChannels(picture.format);
     if (channels == 0) return Save(handler, path, picture);
     if (!picture.IsEmpty() && !picture.HasWholeRows()) return false;

@@ -173,7 +173,7 @@ TEST(Reorientation, EachOrientationIsApplied) {
     }
 }
 
-TEST(Reorientation, AQuarterTurnExchangesTheSides) {
+TEST(Reorientation, AQuarterRotationExchangesTheSides) {
     const ImageBuf rotated = OIIOImageHandler::ReorientImage(Noise(ImageSpec(40, 30, 4, TypeDesc::UINT8)), 6, 1);
     EXPECT_EQ(rotated.spec().width, 30);
     EXPECT_EQ(rotated.spec().height, 40);
@@ -226,12 +226,12 @@ TEST(Reorientation, EveryPairTurnsAsTheLibraryDoes) {
     }
 }
 
-TEST(Reorientation, LargeImagesTurnAsTheLibraryDoes) {
+TEST(Reorientation, LargeImagesRotateAsTheLibraryDoes) {
     ExpectAsTheLibraryTurns(Noise(ImageSpec(300, 517, 4, TypeDesc::UINT8)));  // enough for several threads
     ExpectAsTheLibraryTurns(Noise(ImageSpec(517, 300, 1, TypeDesc::FLOAT)));
 }
 
-TEST(Reorientation, OtherElementTypesTurnAsTheLibraryDoes) {
+TEST(Reorientation, OtherElementTypesRotateAsTheLibraryDoes) {
     for (const TypeDesc type : {TypeDesc::INT8, TypeDesc::INT16, TypeDesc::UINT32, TypeDesc::INT32}) {
         ExpectAsTheLibraryTurns(Noise(ImageSpec(5, 7, 3, type)));
     }
@@ -291,13 +291,13 @@ TEST(Reorientation, DataWindowsKeepTheirPlaceInThePicture) {
     ExpectAsTheLibraryTurns(Noise(spec));
 }
 
-TEST(Reorientation, PicturesAwayFromTheOriginTurnAsInTheLibrary) {
+TEST(Reorientation, PicturesAwayFromTheOriginRotateAsInTheLibrary) {
     ImageSpec spec(5, 3, 4, TypeDesc::UINT8);
     spec.x = spec.full_x = 2, spec.y = spec.full_y = 7;
     ExpectAsTheLibraryTurns(Noise(spec));
 }
 
-TEST(Reorientation, VolumesTurnAsInTheLibrary) {
+TEST(Reorientation, VolumesRotateAsInTheLibrary) {
     ImageSpec spec(5, 3, 4, TypeDesc::UINT8);
     spec.depth = 3;
     ExpectAsTheLibraryTurns(Noise(spec));

@@ -218,7 +218,7 @@ TEST_F(DdsTexture, ACubeMapTurnsAsOneStack) {
     EXPECT_EQ(texture.desc.height, 2);
 }
 
-TEST_F(DdsTexture, AQuarterTurnTurnsEveryFaceOfACubeMapInItsPlace) {
+TEST_F(DdsTexture, AQuarterRotationMovesNoFaceOfACubeMapFromItsPlace) {
     DdsFile file{.width = 2, .height = 2, .faces = 0x3F};
     for (unsigned char face = 0; face < 6; ++face) {
         for (const unsigned char pixel : {0, 1, 2, 3})
