@@ -34,15 +34,6 @@ void ReadAhead(const unsigned char* next, std::size_t bytes) {
         hwy::Prefetch(reinterpret_cast<const unsigned char*>(ahead + line));  // NOLINT(performance-no-int-to-ptr)
 }
 
-ResampleFilter FilterAlong(const Resampling& resampling, const ResampleAxis& axis) {
-    return {resampling.options.filter, axis.Ratio()};
-}
-
-/// Half of the width of the filter across, which the library takes for both directions.
-float RadiusOf(const Resampling& resampling) {
-    return FilterAlong(resampling, resampling.x).width / 2.0F;
-}
-
 float BoundOfTies(const AxisPlan::Sums& across, const AxisPlan::Sums& down) {
     constexpr double kUnit = 1.0 / (1 << 24), kQuarter = 0.25;
     const double a = across.total, b = down.total;
@@ -59,9 +50,9 @@ float BoundOfTies(const AxisPlan::Sums& across, const AxisPlan::Sums& down) {
 FilterMethod::FilterMethod(const Resampling& resampling)
     : mPixels(resampling.pixels),
       mColours(resampling.pixels, resampling.options),
-      mColumns(resampling.x, FilterAlong(resampling, resampling.x), RadiusOf(resampling),
+      mColumns(resampling.x, resampling.FilterAlong(resampling.x), resampling.Radius(),
                !IsInteger(resampling.pixels.element)),
-      mRows(resampling.y, FilterAlong(resampling, resampling.y), RadiusOf(resampling), false),
+      mRows(resampling.y, resampling.FilterAlong(resampling.y), resampling.Radius(), false),
       mFromColumns(resampling.x.fromCount),
       mFromRows(resampling.y.fromCount),
       mChannels(static_cast<std::size_t>(resampling.pixels.channels)),

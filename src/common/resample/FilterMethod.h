@@ -36,9 +36,6 @@ public:
     void Make(const SourceRows& source, int y, int count, unsigned char* out) const override;
     int GroupRows() const override { return mGroup; }
 
-    /// How far, in steps of 8 bits, the two ways may be apart; 0 where nothing is summed again.
-    float TieBound() const { return mTieBound; }
-
 private:
     struct Scratch;
     /// Floats of a row, whole pixels.
@@ -76,7 +73,7 @@ private:
     std::size_t mStride;  ///< floats of a row with both
     bool mBounds;
     std::vector<std::uint32_t> mBegins, mCounts;
-    float mTieBound = 0.0F;
+    float mTieBound = 0.0F;  ///< how far, in steps of 8 bits, the two ways may be apart; 0: nothing is summed again
     int mGroup = 4;
 };
 

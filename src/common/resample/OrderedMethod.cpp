@@ -10,38 +10,23 @@ namespace Kavra::Common {
 
 namespace {
 
-using Devices::ElementType;
-
 constexpr double kMaxLooks = 1 << 22;  // at pixels of the source: some milliseconds
 
-ResampleFilter FilterAlong(const Resampling& resampling, const ResampleAxis& axis) {
-    return {resampling.options.filter, axis.Ratio()};
-}
-
-float RadiusOf(const Resampling& resampling) {
-    return FilterAlong(resampling, resampling.x).width / 2.0F;
-}
-
 double Taps(const Resampling& resampling, const ResampleAxis& axis) {
-    return static_cast<double>(FilterAlong(resampling, axis).width) / static_cast<double>(axis.Ratio()) + 1;
-}
-
-float LargestOf(ElementType element) {
-    if (element == ElementType::kUInt8) return 255.0F;
-    return element == ElementType::kUInt16 ? 65535.0F : 1.0F;
+    return static_cast<double>(resampling.FilterAlong(axis).width) / static_cast<double>(axis.Ratio()) + 1;
 }
 
 }  // namespace
 
 OrderedMethod::OrderedMethod(const Resampling& resampling)
     : mElement(resampling.pixels.element),
-      mColumns(resampling.x, FilterAlong(resampling, resampling.x), RadiusOf(resampling), true),
-      mRows(resampling.y, FilterAlong(resampling, resampling.y), RadiusOf(resampling), false),
+      mColumns(resampling.x, resampling.FilterAlong(resampling.x), resampling.Radius(), true),
+      mRows(resampling.y, resampling.FilterAlong(resampling.y), resampling.Radius(), false),
       mFromColumns(resampling.x.fromCount),
       mFromRows(resampling.y.fromCount),
       mChannels(static_cast<std::size_t>(resampling.pixels.channels)),
       mElementBytes(resampling.PixelBytes() / mChannels),
-      mFull(LargestOf(resampling.pixels.element)) {}
+      mFull(FullScale(resampling.pixels.element)) {}
 
 bool OrderedMethod::IsWorthIt(const Resampling& resampling) {
     const double pixels = static_cast<double>(resampling.x.toCount) * resampling.y.toCount;

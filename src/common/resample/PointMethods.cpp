@@ -126,9 +126,7 @@ void BilinearMethod::Make(const SourceRows& source, int y, int count, unsigned c
     const ResampleKernels& kernels = GetResampleKernels();
     const std::size_t elements = mColumns.size() * static_cast<std::size_t>(mChannels);
     std::vector<float> upper(mFromElements + kSlack), lower(mFromElements + kSlack), blended(elements + kSlack);
-    const float scale = mElement == Devices::ElementType::kUInt8    ? 255.0F
-                        : mElement == Devices::ElementType::kUInt16 ? 65535.0F
-                                                                    : 1.0F;
+    const float scale = FullScale(mElement);
     int inUpper = -1, inLower = -1;  // rows that the buffers hold
     const auto fetch = [&](int row, std::vector<float>& buffer, int& held) {
         if (held == row) return;

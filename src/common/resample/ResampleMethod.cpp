@@ -46,6 +46,11 @@ bool Resampling::IsPossible() const {
     return (x.fromCount + 2 * reach) * pixels.channels < kMaxRowFloats;
 }
 
+float FullScale(ElementType element) {
+    if (element == ElementType::kUInt8) return 255.0F;
+    return element == ElementType::kUInt16 ? 65535.0F : 1.0F;
+}
+
 RowSpan ClampedSpan(const Reach& reach, int rows) {
     if (reach.count == 0) return {0, 0};
     const auto within = [&](std::int64_t row) { return static_cast<int>(std::clamp<std::int64_t>(row, 0, rows - 1)); };

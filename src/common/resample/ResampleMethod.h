@@ -24,7 +24,15 @@ struct Resampling {
     std::size_t ToRowBytes() const { return static_cast<std::size_t>(x.toCount) * PixelBytes(); }
     /// Whether there are pixels, on sides that can be computed with.
     bool IsPossible() const;
+
+    /// The filter along one of the two sides.
+    ResampleFilter FilterAlong(const ResampleAxis& axis) const { return {options.filter, axis.Ratio()}; }
+    /// Half of the width of the filter across, as far as the library looks in both directions.
+    float Radius() const { return FilterAlong(x).width / 2.0F; }
 };
+
+/// The largest value of an integer; 1 of the others, which have none.
+float FullScale(Devices::ElementType element);
 
 /// Rows of the source in memory, `pitch` bytes apart: the picture, or a ring of `capacity` rows in which row y stands
 /// in place y modulo capacity. Somebody else's.

@@ -99,8 +99,7 @@ RowResampler::RowResampler(const Resampling& resampling, RowSink& out)
 std::uint64_t RowResampler::BytesFor(const Resampling& resampling) {
     const auto taps = [&](const ResampleAxis& axis) {
         const double ratio = static_cast<double>(axis.Ratio());
-        const ResampleFilter filter(resampling.options.filter, axis.Ratio());
-        return static_cast<std::uint64_t>(static_cast<double>(filter.width) / ratio) + 8;
+        return static_cast<std::uint64_t>(static_cast<double>(resampling.FilterAlong(axis).width) / ratio) + 8;
     };
     const auto weights = [&](const ResampleAxis& axis) {
         return Product<std::uint64_t>(static_cast<std::uint64_t>(axis.toCount), taps(axis) * sizeof(float));

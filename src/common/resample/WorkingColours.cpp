@@ -21,17 +21,6 @@ float SrgbOfLight(float v) {
     return v <= 0.0031308F ? v * 12.92F : 1.055F * std::pow(v, 1.0F / 2.4F) - 0.055F;
 }
 
-float LargestOf(ElementType element) {
-    switch (element) {
-        case ElementType::kUInt8:
-            return 255.0F;
-        case ElementType::kUInt16:
-            return 65535.0F;
-        default:
-            return 1.0F;
-    }
-}
-
 /// Of the whole: small enough to be seen in no pixel that anything opaque lies near, and large enough to leave colours
 /// their digits where nothing does.
 constexpr float kTransparentWeight = 1.0F / (1 << 20);
@@ -43,7 +32,7 @@ WorkingColours::WorkingColours(const ResamplePixels& pixels, const ResampleOptio
       mChannels(static_cast<std::size_t>(pixels.channels)),
       mAlpha(pixels.alphaChannel < 0 ? mChannels : static_cast<std::size_t>(pixels.alphaChannel)),
       mIsWeighted(options.alphaWeighted && mAlpha < mChannels && mChannels > 1),
-      mFull(LargestOf(pixels.element)),
+      mFull(FullScale(pixels.element)),
       mNothing(mFull * kTransparentWeight) {
     const bool isInteger = mElement == ElementType::kUInt8 || mElement == ElementType::kUInt16;
     if (!options.linearLight || !isInteger) return;
