@@ -162,14 +162,15 @@ void FilterMethod::SumBlock(const SourceRows& source, int y, int count, const Bl
         const std::optional<FloatRows> inPlace = BlockInPlace(source, row, rows, block);
         const FloatRows values = inPlace ? *inPlace : LoadBlock(source, row, rows, block, scratch);
         const FloatRows colours = inPlace ? *inPlace : FloatRows{scratch.loaded.data(), Scratch::kLoadedStride};
-        for (int i = 0; i < count; ++i) {
-            const Reach& reach = mRows.ReachOf(static_cast<std::size_t>(y + i));
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+            const std::size_t result = static_cast<std::size_t>(y) + i;
+            const Reach& reach = mRows.ReachOf(result);
             const std::int64_t from = std::max(row, reach.first);
             const std::int64_t to = std::min(row + static_cast<std::int64_t>(rows), reach.first + reach.count);
             if (from >= to) continue;
             const auto skipped = static_cast<std::size_t>(from - row), used = static_cast<std::size_t>(to - from);
-            const float* const weights = mRows.WeightsOf(static_cast<std::size_t>(y + i)) + (from - reach.first);
-            const std::size_t at = static_cast<std::size_t>(i) * mStride + mLeft * mChannels + block.begin;
+            const float* const weights = mRows.WeightsOf(result) + (from - reach.first);
+            const std::size_t at = i * mStride + mLeft * mChannels + block.begin;
             const bool begins = from == reach.first;
             kernels.addRows({values.Row(skipped), values.stride}, weights, used, block.width, scratch.sums.data() + at,
                             begins);
@@ -186,9 +187,9 @@ void FilterMethod::SumDown(const SourceRows& source, int y, int count, Scratch& 
     const std::size_t blockFloats = kBlockFloats / mChannels * mChannels;
     for (std::size_t begin = 0; begin < mFromElements; begin += blockFloats)
         SumBlock(source, y, count, {begin, std::min(blockFloats, mFromElements - begin)}, scratch);
-    for (int i = 0; i < count; ++i) {
-        const std::size_t at = static_cast<std::size_t>(i) * mStride;
-        if (mRows.ReachOf(static_cast<std::size_t>(y + i)).count == 0) {
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+        const std::size_t at = i * mStride;
+        if (mRows.ReachOf(static_cast<std::size_t>(y) + i).count == 0) {
             std::fill_n(scratch.sums.begin() + static_cast<std::ptrdiff_t>(at), mStride, 0.0F);
             if (mBounds) std::fill_n(scratch.low.begin() + static_cast<std::ptrdiff_t>(at), mStride, 0.0F);
             if (mBounds) std::fill_n(scratch.high.begin() + static_cast<std::ptrdiff_t>(at), mStride, 0.0F);

@@ -98,9 +98,9 @@ std::vector<BilinearMethod::Pair> BilinearMethod::PairsOf(const ResampleAxis& ax
 
 BilinearMethod::BilinearMethod(const Resampling& resampling)
     : mElement(resampling.pixels.element),
-      mChannels(resampling.pixels.channels),
+      mChannels(static_cast<std::size_t>(resampling.pixels.channels)),
       mPixelBytes(resampling.PixelBytes()),
-      mFromElements(static_cast<std::size_t>(resampling.x.fromCount * resampling.pixels.channels)),
+      mFromElements(static_cast<std::size_t>(resampling.x.fromCount) * mChannels),
       mColumns(PairsOf(resampling.x)),
       mRows(PairsOf(resampling.y)) {}
 
@@ -113,9 +113,9 @@ void BilinearMethod::Blend(const float* upper, const float* lower, float down, f
     const float up = 1.0F - down;
     for (const Pair& pair : mColumns) {
         const float right = pair.fraction, left = 1.0F - right;
-        const std::size_t first = static_cast<std::size_t>(pair.first * mChannels);
-        const std::size_t second = static_cast<std::size_t>(pair.second * mChannels);
-        for (std::size_t c = 0; c < static_cast<std::size_t>(mChannels); ++c) {
+        const std::size_t first = static_cast<std::size_t>(pair.first) * mChannels;
+        const std::size_t second = static_cast<std::size_t>(pair.second) * mChannels;
+        for (std::size_t c = 0; c < mChannels; ++c) {
             *out++ = up * (upper[first + c] * left + upper[second + c] * right) +
                      down * (lower[first + c] * left + lower[second + c] * right);
         }
@@ -124,7 +124,7 @@ void BilinearMethod::Blend(const float* upper, const float* lower, float down, f
 
 void BilinearMethod::Make(const SourceRows& source, int y, int count, unsigned char* out) const {
     const ResampleKernels& kernels = GetResampleKernels();
-    const std::size_t elements = mColumns.size() * static_cast<std::size_t>(mChannels);
+    const std::size_t elements = mColumns.size() * mChannels;
     std::vector<float> upper(mFromElements + kSlack), lower(mFromElements + kSlack), blended(elements + kSlack);
     const float scale = FullScale(mElement);
     int inUpper = -1, inLower = -1;  // rows that the buffers hold
@@ -138,7 +138,7 @@ void BilinearMethod::Make(const SourceRows& source, int y, int count, unsigned c
         }
         held = row;
     };
-    for (int i = y; i < y + count; ++i, out += elements * mPixelBytes / static_cast<std::size_t>(mChannels)) {
+    for (int i = y; i < y + count; ++i, out += mColumns.size() * mPixelBytes) {
         const Pair& rows = mRows[static_cast<std::size_t>(i)];
         if (inLower == rows.first && inUpper != rows.first) {
             std::swap(upper, lower);

@@ -41,8 +41,7 @@ private:
     void Blend(const float* upper, const float* lower, float down, float* out) const;
 
     Devices::ElementType mElement;
-    int mChannels;
-    std::size_t mPixelBytes, mFromElements;
+    std::size_t mChannels, mPixelBytes, mFromElements;
     std::vector<Pair> mColumns, mRows;
 };
 

@@ -33,7 +33,7 @@ bool IsPossible(const ResampleAxis& axis) {
 }  // namespace
 
 std::size_t Resampling::PixelBytes() const {
-    return static_cast<std::size_t>(pixels.channels * BytesOf(pixels.element));
+    return static_cast<std::size_t>(pixels.channels) * static_cast<std::size_t>(BytesOf(pixels.element));
 }
 
 bool Resampling::IsPossible() const {
