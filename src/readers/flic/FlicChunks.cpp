@@ -6,6 +6,7 @@
 namespace Kavra::Devices {
 
 using Common::ByteSource;
+using Common::Failure;
 using Common::Result;
 
 // --- The frame ------------------------------------------------------------------------------------------------------
@@ -59,21 +60,28 @@ void FlicFrame::Clear() {
 
 namespace {
 
-template <class T>
-bool Take(ByteSource& source, T& number) {
-    const Result<T> taken = source.Little<T>();
-    if (taken) number = *taken;
-    return taken.has_value();
+/// Takes numbers one after another.
+template <class... T>
+Result<> Take(ByteSource& source, T&... numbers) {
+    Result<> taken;
+    const auto takeOne = [&]<class Number>(Number& number) {
+        taken = source.Little<Number>().transform([&](Number read) { number = read; });
+        return taken.has_value();
+    };
+    (void)(takeOne(numbers) && ...);
+    return taken;
 }
 
-bool TakeBytes(ByteSource& source, std::span<unsigned char> bytes) {
-    return source.ReadSome(bytes) == bytes.size();
+/// Takes as many as there are, and fails where that is not all of them.
+Result<> TakeBytes(ByteSource& source, std::span<unsigned char> bytes) {
+    if (source.ReadSome(bytes) < bytes.size()) return std::unexpected(Failure::kTruncated);
+    return {};
 }
 
 /// Takes `count` indices, of which the last ones may lie beyond the frame.
-bool TakeIndices(ByteSource& source, FlicFrame& frame, std::uint64_t offset, std::uint64_t count) {
+Result<> TakeIndices(ByteSource& source, FlicFrame& frame, std::uint64_t offset, std::uint64_t count) {
     const std::span<unsigned char> indices = frame.At(offset, count);
-    return TakeBytes(source, indices) && source.Skip(count - indices.size());
+    return TakeBytes(source, indices).and_then([&] { return source.Skip(count - indices.size()); });
 }
 
 /// Where a row begins. Rows below the frame begin at its end.
@@ -81,54 +89,50 @@ std::uint64_t RowStart(const FlicFrame& frame, std::uint64_t row) {
     return std::min<std::uint64_t>(row, frame.Height()) * frame.Width();
 }
 
-bool DecodeByteRunPacket(ByteSource& source, std::span<unsigned char> row, std::size_t& x) {
+Result<> DecodeByteRunPacket(ByteSource& source, std::span<unsigned char> row, std::size_t& x) {
     std::int8_t count = 0;
-    if (!Take(source, count)) return false;
+    if (const Result<> taken = Take(source, count); !taken) return taken;
     const auto length = static_cast<std::size_t>(count < 0 ? -count : count);
     const std::span<unsigned char> part = row.subspan(x, std::min(length, row.size() - x));
     x += length;
     if (count < 0) return TakeBytes(source, part);
     std::uint8_t value = 0;
-    if (!Take(source, value)) return false;
-    std::ranges::fill(part, value);
-    return true;
+    return Take(source, value).transform([&] { std::ranges::fill(part, value); });
 }
 
-bool DecodeByteDeltaPacket(ByteSource& source, FlicFrame& frame, std::uint64_t& offset) {
+Result<> DecodeByteDeltaPacket(ByteSource& source, FlicFrame& frame, std::uint64_t& offset) {
     std::uint8_t skip = 0;
     std::int8_t count = 0;
-    if (!Take(source, skip) || !Take(source, count)) return false;
+    if (const Result<> taken = Take(source, skip, count); !taken) return taken;
     const std::uint64_t start = offset + skip;
     const auto length = static_cast<std::uint64_t>(count < 0 ? -count : count);
     offset = start + length;
     if (count >= 0) return TakeIndices(source, frame, start, length);
     std::uint8_t value = 0;
-    if (!Take(source, value)) return false;
-    std::ranges::fill(frame.At(start, length), value);
-    return true;
+    return Take(source, value).transform([&] { std::ranges::fill(frame.At(start, length), value); });
 }
 
-bool DecodeWordDeltaPacket(ByteSource& source, FlicFrame& frame, std::uint64_t rowStart) {
+Result<> DecodeWordDeltaPacket(ByteSource& source, FlicFrame& frame, std::uint64_t rowStart) {
     std::uint8_t skip = 0;
     std::int8_t count = 0;
-    if (!Take(source, skip) || !Take(source, count)) return false;
+    if (const Result<> taken = Take(source, skip, count); !taken) return taken;
     const std::uint64_t start = rowStart + skip;
     if (count > 0) return TakeIndices(source, frame, start, 2 * static_cast<std::uint64_t>(count));
     std::array<unsigned char, 2> word{};
-    if (!TakeBytes(source, word)) return false;
+    if (const Result<> taken = TakeBytes(source, word); !taken) return taken;
     const int times = -static_cast<std::int8_t>(skip);
     const std::span<unsigned char> indices = frame.At(start, times > 0 ? 2 * static_cast<std::uint64_t>(times) : 0);
     for (std::size_t i = 0; i < indices.size(); ++i)
         indices[i] = word[i % 2];
-    return true;
+    return {};
 }
 
 /// Takes the words before the packets of a row, and how many these are.
-bool TakeRowWords(ByteSource& source, FlicFrame& frame, std::uint64_t& row, std::uint16_t& packets) {
+Result<> TakeRowWords(ByteSource& source, FlicFrame& frame, std::uint64_t& row, std::uint16_t& packets) {
     constexpr unsigned kMoveDown = 0x4000, kFlags = 0xC000;
     for (;;) {
-        if (!Take(source, packets)) return false;
-        if ((packets & kFlags) == 0) return true;
+        if (const Result<> taken = Take(source, packets); !taken) return taken;
+        if ((packets & kFlags) == 0) return {};
         if ((packets & kMoveDown) != 0) {
             row = std::min<std::uint64_t>(row + (packets & ~kFlags), frame.Height());
         } else if (frame.Width() > 0) {
@@ -140,14 +144,14 @@ bool TakeRowWords(ByteSource& source, FlicFrame& frame, std::uint64_t& row, std:
 
 }  // namespace
 
-bool DecodeFlicPalette(ByteSource& source, FlicPalette& palette, unsigned scale) {
+Result<> DecodeFlicPalette(ByteSource& source, FlicPalette& palette, unsigned scale) {
     constexpr std::size_t kColours = 256;
     std::uint16_t packets = 0;
-    if (!Take(source, packets)) return false;
+    if (const Result<> taken = Take(source, packets); !taken) return taken;
     std::size_t index = 0;
     for (; packets > 0; --packets) {
         std::uint8_t skip = 0, count = 0;
-        if (!Take(source, skip) || !Take(source, count)) return false;
+        if (const Result<> taken = Take(source, skip, count); !taken) return taken;
         index += skip;
         const std::size_t colours = count == 0 ? kColours : count;
         const std::size_t first = std::min(index, kColours);
@@ -155,51 +159,51 @@ bool DecodeFlicPalette(ByteSource& source, FlicPalette& palette, unsigned scale)
         const std::size_t taken = source.ReadSome(bytes);
         for (unsigned char& component : bytes.first(taken))
             component = static_cast<unsigned char>(component * scale);
-        if (taken < bytes.size()) return false;
+        if (taken < bytes.size()) return std::unexpected(Failure::kTruncated);
         index += colours;
     }
-    return true;
+    return {};
 }
 
-bool DecodeFlicCopy(ByteSource& source, FlicFrame& frame) {
+Result<> DecodeFlicCopy(ByteSource& source, FlicFrame& frame) {
     return TakeIndices(source, frame, 0, frame.Indices().size());
 }
 
-bool DecodeFlicByteRun(ByteSource& source, FlicFrame& frame) {
+Result<> DecodeFlicByteRun(ByteSource& source, FlicFrame& frame) {
     for (std::uint64_t y = 0; y < frame.Height(); ++y) {
-        if (!source.Skip(1)) return false;
+        if (const Result<> skipped = source.Skip(1); !skipped) return skipped;
         const std::span<unsigned char> row = frame.At(RowStart(frame, y), frame.Width());
         for (std::size_t x = 0; x < row.size();) {
-            if (!DecodeByteRunPacket(source, row, x)) return false;
+            if (const Result<> decoded = DecodeByteRunPacket(source, row, x); !decoded) return decoded;
         }
     }
-    return true;
+    return {};
 }
 
-bool DecodeFlicByteDelta(ByteSource& source, FlicFrame& frame) {
+Result<> DecodeFlicByteDelta(ByteSource& source, FlicFrame& frame) {
     std::uint16_t row = 0, rows = 0;
-    if (!Take(source, row) || !Take(source, rows)) return false;
+    if (const Result<> taken = Take(source, row, rows); !taken) return taken;
     for (std::uint64_t y = row; rows > 0; --rows, ++y) {
         std::uint8_t packets = 0;
-        if (!Take(source, packets)) return false;
+        if (const Result<> taken = Take(source, packets); !taken) return taken;
         for (std::uint64_t offset = RowStart(frame, y); packets > 0; --packets) {
-            if (!DecodeByteDeltaPacket(source, frame, offset)) return false;
+            if (const Result<> decoded = DecodeByteDeltaPacket(source, frame, offset); !decoded) return decoded;
         }
     }
-    return true;
+    return {};
 }
 
-bool DecodeFlicWordDelta(ByteSource& source, FlicFrame& frame) {
+Result<> DecodeFlicWordDelta(ByteSource& source, FlicFrame& frame) {
     std::uint16_t rows = 0;
-    if (!Take(source, rows)) return false;
+    if (const Result<> taken = Take(source, rows); !taken) return taken;
     for (std::uint64_t row = 0; rows > 0; --rows, ++row) {
         std::uint16_t packets = 0;
-        if (!TakeRowWords(source, frame, row, packets)) return false;
-        for (; packets > 0; --packets) {
-            if (!DecodeWordDeltaPacket(source, frame, RowStart(frame, row))) return false;
+        if (const Result<> taken = TakeRowWords(source, frame, row, packets); !taken) return taken;
+        for (const std::uint64_t start = RowStart(frame, row); packets > 0; --packets) {
+            if (const Result<> decoded = DecodeWordDeltaPacket(source, frame, start); !decoded) return decoded;
         }
     }
-    return true;
+    return {};
 }
 
 }  // namespace Kavra::Devices

@@ -3,6 +3,7 @@
 
 #include "common/ByteSource.h"
 #include "common/PixelBlock.h"
+#include "common/Result.h"
 
 #include <array>
 #include <cstddef>
@@ -47,23 +48,23 @@ private:
 // Bodies of chunks. All numbers are little-endian, `n` is a signed byte.
 //
 // Each function reads one body from where the source stands and leaves it where the fields ended, which need not be
-// where the chunk says that it ends. The result is false when the file ended first: what could be read is in place
-// then, and nothing that follows can be relied on.
+// where the chunk says that it ends. Each fails when the file ended first: what could be read is in place then, and
+// nothing that follows can be relied on.
 
 /// The number of packets (2 bytes); of each: entries to skip (1), entries that follow (1, 0 means 256), their red,
 /// green and blue. Each component is multiplied by `scale` modulo 256. Colours beyond entry 255 are left unread.
-[[nodiscard]] bool DecodeFlicPalette(Common::ByteSource& source, FlicPalette& palette, unsigned scale);
+[[nodiscard]] Common::Result<> DecodeFlicPalette(Common::ByteSource& source, FlicPalette& palette, unsigned scale);
 
 /// All indices as they are.
-[[nodiscard]] bool DecodeFlicCopy(Common::ByteSource& source, FlicFrame& frame);
+[[nodiscard]] Common::Result<> DecodeFlicCopy(Common::ByteSource& source, FlicFrame& frame);
 
 /// Of each row: an unused byte, then packets until it is full: `n`, then a byte to be written `n` times, or -`n` bytes
 /// where that is negative. What passes the end of the row is not written; of bytes it is not read either.
-[[nodiscard]] bool DecodeFlicByteRun(Common::ByteSource& source, FlicFrame& frame);
+[[nodiscard]] Common::Result<> DecodeFlicByteRun(Common::ByteSource& source, FlicFrame& frame);
 
 /// The first row and the number of rows (2 bytes each); of each row: the number of packets (1); of each packet: columns
 /// to skip since the last one (1), `n`, then `n` bytes, or one to be written -`n` times where that is negative.
-[[nodiscard]] bool DecodeFlicByteDelta(Common::ByteSource& source, FlicFrame& frame);
+[[nodiscard]] Common::Result<> DecodeFlicByteDelta(Common::ByteSource& source, FlicFrame& frame);
 
 /// The number of rows (2 bytes). Of each row: words (2 bytes), of which the first below 0x4000 is the number of
 /// packets. Before it, one with bit 14 moves down by its low 14 bits, one with bit 15 alone gives the row's last index.
@@ -71,6 +72,6 @@ private:
 ///
 /// Unlike in other programs, the column counts from the start of the row for every packet, one word is written as often
 /// as the column, taken as a signed byte, is below zero, and a move that is written as a negative number goes far down.
-[[nodiscard]] bool DecodeFlicWordDelta(Common::ByteSource& source, FlicFrame& frame);
+[[nodiscard]] Common::Result<> DecodeFlicWordDelta(Common::ByteSource& source, FlicFrame& frame);
 
 }  // namespace Kavra::Devices

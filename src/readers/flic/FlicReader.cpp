@@ -57,13 +57,15 @@ enum ChunkKind : std::uint16_t {
     kFrame = 0xF1FA,
 };
 
-/// False when the file has ended. A chunk that is smaller than its own header leads nowhere.
-bool SkipBody(ByteSource& source, std::uint32_t chunkBytes) {
-    return chunkBytes >= kChunkHeaderBytes && source.Skip(chunkBytes - kChunkHeaderBytes);
+/// A chunk that is smaller than its own header leads nowhere.
+Result<> SkipBody(ByteSource& source, std::uint32_t chunkBytes) {
+    if (chunkBytes < kChunkHeaderBytes) return std::unexpected(Failure::kMalformed);
+    return source.Skip(chunkBytes - kChunkHeaderBytes);
 }
 
-/// Plays one chunk but a frame's own; false when the file has ended.
-bool PlayChunk(ByteSource& source, std::uint16_t kind, std::uint32_t bytes, FlicFrame& frame, FlicPalette& palette) {
+/// Plays one chunk but a frame's own. Fails where nothing can follow it.
+Result<> PlayChunk(ByteSource& source, std::uint16_t kind, std::uint32_t bytes, FlicFrame& frame,
+                   FlicPalette& palette) {
     switch (kind) {
         case kColour256:
             return DecodeFlicPalette(source, palette, 1);
@@ -71,7 +73,7 @@ bool PlayChunk(ByteSource& source, std::uint16_t kind, std::uint32_t bytes, Flic
             return DecodeFlicPalette(source, palette, 4);
         case kBlack:
             frame.Clear();
-            return true;
+            return {};
         case kByteRun:
             return DecodeFlicByteRun(source, frame);
         case kCopy:
@@ -95,9 +97,9 @@ void PlayFlic(ByteSource& source, const FlicHeader& header, int wanted, FlicFram
         const Result<std::uint16_t> kind = source.Little<std::uint16_t>();
         if (!bytes || !kind) return;
         if (*kind == kFrame) ++reached;
-        const bool goesOn = *kind == kFrame ? source.Skip(kFrameBodyBytes).has_value()
-                                            : PlayChunk(source, *kind, *bytes, frame, palette);
-        if (!goesOn) return;
+        const Result<> played =
+            *kind == kFrame ? source.Skip(kFrameBodyBytes) : PlayChunk(source, *kind, *bytes, frame, palette);
+        if (!played) return;
     }
 }
 

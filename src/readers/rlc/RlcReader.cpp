@@ -159,9 +159,9 @@ public:
     /// Stands at the first row's number of runs. The source must outlive this object.
     explicit RlcRows(ByteSource& source);
 
-    /// Applies the runs of the next row from the last to the first. False when one of them is refused, which leaves
+    /// Applies the runs of the next row from the last to the first. Fails when one of them is refused, which leaves
     /// those before it unapplied; the row behind can be read all the same. `isLast` says that no row follows.
-    [[nodiscard]] bool ReadInto(RlcMask& mask, bool isLast);
+    [[nodiscard]] Result<> ReadInto(RlcMask& mask, bool isLast);
 
 private:
     ByteSource& mSource;
@@ -171,7 +171,7 @@ private:
 
 RlcRows::RlcRows(ByteSource& source) : mSource(source), mRuns(source.Big<std::int16_t>().value_or(0)) {}
 
-bool RlcRows::ReadInto(RlcMask& mask, bool isLast) {
+Result<> RlcRows::ReadInto(RlcMask& mask, bool isLast) {
     const std::size_t runBytes = kRunBytes * static_cast<std::size_t>(std::max<int>(mRuns, 0));
     const std::size_t rowBytes = runBytes + (isLast ? 0 : kNumberBytes);
     if (mNumbers.size() < rowBytes) mNumbers.resize(rowBytes);
@@ -182,9 +182,10 @@ bool RlcRows::ReadInto(RlcMask& mask, bool isLast) {
 
     for (std::size_t run = std::min(row.size(), runBytes) / kRunBytes; run-- > 0;) {
         const auto numbers = row.subspan(run * kRunBytes, kRunBytes);
-        if (!mask.SetRun(BigNumber(numbers), BigNumber(numbers.subspan(kNumberBytes)))) return false;
+        const Result<> set = mask.SetRun(BigNumber(numbers), BigNumber(numbers.subspan(kNumberBytes)));
+        if (!set) return set;
     }
-    return true;
+    return {};
 }
 
 }  // namespace
@@ -196,26 +197,26 @@ void RlcMask::Clear() {
     std::ranges::fill(mBytes, 0);
 }
 
-bool RlcMask::SetRun(std::uint16_t start, std::uint16_t end) {
+Result<> RlcMask::SetRun(std::uint16_t start, std::uint16_t end) {
     if (start == 0 && end == mColumns) {
         std::ranges::fill(mBytes, 0xFF);
-        return true;
+        return {};
     }
     const auto left = static_cast<std::uint16_t>(mColumns - end);
     const std::size_t length = static_cast<std::uint16_t>(mColumns - start - left);
     const std::size_t first = left / 8;
     const std::size_t offset = left % 8;
-    if (first >= mBytes.size()) return false;
+    if (first >= mBytes.size()) return std::unexpected(Failure::kMalformed);
     if (length <= 8 - offset) {
         mBytes[first] |= Bits(offset, length);
-        return true;
+        return {};
     }
-    if (length / 8 + 1 + first >= mBytes.size()) return false;
+    if (length / 8 + 1 + first >= mBytes.size()) return std::unexpected(Failure::kMalformed);
     const std::size_t behind = offset + length - 8;
     mBytes[first] |= Bits(offset, 8 - offset);
     std::ranges::fill(std::span(mBytes).subspan(first + 1, behind / 8), 0xFF);
     if (behind % 8 != 0) mBytes[first + 1 + behind / 8] |= Bits(0, behind % 8);
-    return true;
+    return {};
 }
 
 // --- The reader -----------------------------------------------------------------------------------------------------

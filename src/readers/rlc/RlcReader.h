@@ -20,6 +20,7 @@
 #pragma once
 
 #include "common/ByteSource.h"
+#include "common/Result.h"
 #include "readers/ImageReaderInterface.h"
 
 #include <array>
@@ -70,11 +71,11 @@ public:
 
     void Clear();
 
-    /// Sets the bits of a run, and leaves them alone and returns false when it is refused: when it begins behind the
+    /// Sets the bits of a run, and leaves them alone and fails when it is refused: when it begins behind the
     /// last byte, or does not end in its first byte and leaves too few bytes behind it. That takes length / 8 + 1
     /// bytes more to lie inside the row, which refuses many a run that would fit; only the run over all columns is
     /// always taken.
-    [[nodiscard]] bool SetRun(std::uint16_t start, std::uint16_t end);
+    [[nodiscard]] Common::Result<> SetRun(std::uint16_t start, std::uint16_t end);
 
     /// The leftmost pixel in the highest bit. Bits behind the last column may be set.
     std::span<const unsigned char> Bytes() const { return mBytes; }

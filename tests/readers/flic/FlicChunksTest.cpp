@@ -26,7 +26,7 @@ Played Play(const ByteBuilder& body, const Decode& decode, std::uint32_t width =
     std::ranges::fill(frame.At(0, width * height), 7);
     ByteSource source = body.Source();
     Played played;
-    played.whole = decode(source, frame);
+    played.whole = decode(source, frame).has_value();
     played.indices.assign(frame.Indices().begin(), frame.Indices().end());
     played.left = source.Remaining();
     return played;
@@ -58,7 +58,7 @@ Coloured Colour(const ByteBuilder& body, unsigned scale = 1) {
     Coloured coloured;
     coloured.palette.fill(200);
     ByteSource source = body.Source();
-    coloured.whole = DecodeFlicPalette(source, coloured.palette, scale);
+    coloured.whole = DecodeFlicPalette(source, coloured.palette, scale).has_value();
     coloured.left = source.Remaining();
     return coloured;
 }
