@@ -1,4 +1,4 @@
-// A band raster with its header and its palette.
+// A Spot raster with its header and its palette.
 
 #include "LegacyLoadFuzz.h"
 #include "readers/ImageFileType.h"

@@ -131,7 +131,7 @@ TEST_F(Detection, PictComesBeforeRlc) {
     EXPECT_EQ(DetectBytes(PictAndRlc().At(522).Byte(1)), RLC);
 }
 
-TEST_F(Detection, ABandRasterIsKnownByItsSideFile) {
+TEST_F(Detection, ASpotRasterIsKnownByItsSideFile) {
     mFolder.Write("q.hdr", "NCOLS 2\nNROWS 2\n");
     mFolder.Write("q.bil", "abcd");
     EXPECT_EQ(Detect("q.bil"), Spot);

@@ -337,7 +337,7 @@ TEST_F(LegacyLoad, OtherFormatsKeepTheirChannelsAndType) {
     }
 }
 
-TEST_F(LegacyLoad, RowsAreTurnedToTheOrientationWanted) {
+TEST_F(LegacyLoad, RowsAreReorderedToTheOrientationWanted) {
     Script(reader, 2, 3,
            Colour("ab"
                   "cd"
@@ -351,10 +351,10 @@ TEST_F(LegacyLoad, RowsAreTurnedToTheOrientationWanted) {
     EXPECT_FALSE(desc.defaultOrientation);
     EXPECT_EQ(desc.rowPitch, 8);
 
-    const PixelBlock turned = Load({.orientation = kRightTop});
-    ASSERT_TRUE(turned);
-    EXPECT_EQ(Pixels(turned), Colour("bdf"
-                                     "ace"))
+    const PixelBlock rotated = Load({.orientation = kRightTop});
+    ASSERT_TRUE(rotated);
+    EXPECT_EQ(Pixels(rotated), Colour("bdf"
+                                      "ace"))
         << "a quarter turn clockwise displays it";
     EXPECT_EQ(desc.width, 3);
     EXPECT_EQ(desc.height, 2);
@@ -362,7 +362,7 @@ TEST_F(LegacyLoad, RowsAreTurnedToTheOrientationWanted) {
     EXPECT_EQ(desc.orientation, kRightTop);
 }
 
-TEST_F(LegacyLoad, TheOrientationOfTheReaderIsWhereTurningStarts) {
+TEST_F(LegacyLoad, TheOrientationOfTheReaderIsWhereReorderingStarts) {
     Script(reader, 2, 3,
            Colour("ab"
                   "cd"
@@ -383,7 +383,7 @@ TEST_F(LegacyLoad, TheOrientationOfTheReaderIsWhereTurningStarts) {
     EXPECT_EQ(desc.orientation, kTopLeft);
 }
 
-TEST_F(LegacyLoad, LimitsApplyBeforeTurning) {
+TEST_F(LegacyLoad, LimitsApplyBeforeRotation) {
     Script(reader, 40, 10, Bytes(1600, 5));
     const PixelBlock block = Load({.width = 20, .orientation = kRightTop});
     ASSERT_TRUE(block);

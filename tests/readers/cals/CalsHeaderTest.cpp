@@ -45,8 +45,8 @@ TEST(CalsHeader, ACommaOrColonThatIsMissingIsTakenFromALaterRecord) {
     EXPECT_EQ(Header(file).Height(), 77);
 
     // The orientation without its own comma takes the one of the counts.
-    ByteBuilder turned = CalsHeaderBytes({.orientation = "000 090", .counts = "000013,000090"});
-    EXPECT_EQ(Header(turned).Orientation(), kBottomLeft);
+    ByteBuilder mirrored = CalsHeaderBytes({.orientation = "000 090", .counts = "000013,000090"});
+    EXPECT_EQ(Header(mirrored).Orientation(), kBottomLeft);
 
     ByteBuilder noColon = CalsHeaderBytes({.counts = "5,6"}).At(1024).Text("rpelcnt  5,6");
     EXPECT_EQ(Header(noColon).Width(), 300) << "of the density record";

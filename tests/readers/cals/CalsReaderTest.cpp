@@ -202,7 +202,7 @@ TEST(CALSReader, HostileHeaderBytesGiveTheSameEachTime) {
     }
 }
 
-TEST(CALSLoad, ComesTurnedToTheOrientationAskedFor) {
+TEST(CALSLoad, ComesReorderedToTheOrientationAskedFor) {
     const TemporaryFolder folder;
     Bitmap image(3, 2);
     image.Set(0, 0);

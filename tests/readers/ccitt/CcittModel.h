@@ -66,10 +66,10 @@ private:
             }
             unsigned byte = mData[mNext++];
             if (mReversed) {
-                unsigned turned = 0;
+                unsigned reversed = 0;
                 for (int bit = 0; bit < 8; ++bit)
-                    turned |= (byte >> bit & 1) << (7 - bit);
-                byte = turned;
+                    reversed |= (byte >> bit & 1) << (7 - bit);
+                byte = reversed;
             }
             mBits |= byte << mCount;
             mCount += 8;

@@ -252,7 +252,7 @@ void Try(const ByteBuilder& file) {
     ASSERT_EQ(Play(file), Play(file));
 }
 
-/// All kinds of chunks in little room.
+/// All kinds of chunks in few bytes.
 ByteBuilder Mixed() {
     ByteBuilder file = FlicHeaderBytes(40, 4, 3);
     AddChunk(file, 0xF100, ByteBuilder(3));

@@ -65,9 +65,9 @@ TEST_F(LoadPcx, TurnsThePicture) {
     EXPECT_EQ(desc.orientation, kBottomLeft);
     EXPECT_FALSE(desc.defaultOrientation);
 
-    const PixelBlock turned = Load(ThreeByTwo(), 0, 0, kRightTop);
-    ASSERT_TRUE(turned);
-    EXPECT_EQ(Pixels(turned), InTailColours({3, 6, 2, 5, 1, 4}));
+    const PixelBlock rotated = Load(ThreeByTwo(), 0, 0, kRightTop);
+    ASSERT_TRUE(rotated);
+    EXPECT_EQ(Pixels(rotated), InTailColours({3, 6, 2, 5, 1, 4}));
     EXPECT_EQ(desc.width, 2);
     EXPECT_EQ(desc.height, 3);
     EXPECT_EQ(desc.rowPitch, 8);

@@ -232,7 +232,7 @@ TEST(PcxFourBits, EveryPixelTakesItsOwnByteWhateverTheWidth) {
 }
 
 TEST(PcxFourBits, LongLinesAreReadUpToTheWidthAndOnlyHalfOfThatShown) {
-    // The room for a line is the width, here 4: bytes 3 and 4 are read and not shown; the fifth is not read.
+    // The capacity of a line is the width, here 4: bytes 3 and 4 are read and not shown; the fifth is not read.
     const Bytes data = {0x12, 0x34, 0x55, 0x66, 0x78, 0x9A, 0x55, 0x66};
     EXPECT_EQ(Read(PcxFields(4, 1, 4, 2, 4), data).block, InHeaderColours({1, 2, 3, 4, 7, 8, 9, 10}));
     EXPECT_EQ(Read(PcxFields(4, 1, 4, 2, 5), data).block, InHeaderColours({1, 2, 3, 4, 7, 8, 9, 10}))
@@ -240,13 +240,13 @@ TEST(PcxFourBits, LongLinesAreReadUpToTheWidthAndOnlyHalfOfThatShown) {
 }
 
 TEST(PcxFourBits, ARunOverTheLineEndIsLostWhereTheRoomHoldsIt) {
-    // A line has 2 bytes, the room 4. A run of 3 from byte 1 fits: the third of it is gone.
+    // A line has 2 bytes, the capacity 4. A run of 3 from byte 1 fits: the third of it is gone.
     EXPECT_EQ(Read(PcxFields(4, 1, 4, 2, 2), {0x12, 0xC3, 0x34, 0x56, 0x78}).block,
               InHeaderColours({1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
 TEST(PcxFourBits, ARunOverTheRoomIsCarriedFromTheLinesEnd) {
-    // 1 + 4 bytes overrun the room of 4: 5 - 2 are carried, and end the next line although it has but 2.
+    // 1 + 4 bytes overrun the capacity of 4: 5 - 2 are carried, and end the next line although it has but 2.
     EXPECT_EQ(Read(PcxFields(4, 1, 4, 3, 2), {0x12, 0xC4, 0x34, 0x56, 0x78}).block,
               InHeaderColours({1, 2, 3, 4, 3, 4, 3, 4, 5, 6, 7, 8}));
 }

@@ -15,8 +15,8 @@ using namespace Kavra::Tests;
 
 class PcxRunsOver {
 public:
-    PcxRunsOver(Bytes data, std::size_t room, std::size_t lineBytes)
-        : mData(std::move(data)), mSource(mData), runs(mSource, room, lineBytes) {}
+    PcxRunsOver(Bytes data, std::size_t capacity, std::size_t lineBytes)
+        : mData(std::move(data)), mSource(mData), runs(mSource, capacity, lineBytes) {}
 
     Bytes Line() {
         const auto line = runs.NextLine();
@@ -98,7 +98,7 @@ TEST(PcxRuns, WhatIsLeftOfARunCountsFromTheFilesLineAndShrinksByTheRoom) {
 TEST(PcxRuns, ALineShorterThanItsRoomEndsWithTheCodeThatCompletesIt) {
     PcxRunsOver data({0x01, 0x02, 0x03, 0x04, 0xC5, 0x05, 0x06, 0x07, 0x08}, 8, 3);
     EXPECT_EQ(data.Line(), (Bytes{1, 2, 3}));
-    EXPECT_EQ(data.Line(), (Bytes{4, 5, 5, 5, 5, 5})) << "the whole run fits the room: nothing of it is carried";
+    EXPECT_EQ(data.Line(), (Bytes{4, 5, 5, 5, 5, 5})) << "the whole run fits the capacity: nothing of it is carried";
     EXPECT_EQ(data.Line(), (Bytes{6, 7, 8}));
 }
 
@@ -153,14 +153,15 @@ TEST(PcxRuns, ADroppedRunDoesNotGoOn) {
 /// The coding told once more, a byte at a time.
 class PlainRuns {
 public:
-    PlainRuns(const Bytes& data, long room, long lineBytes) : mData(data), mRoom(room), mLineBytes(lineBytes) {}
+    PlainRuns(const Bytes& data, long capacity, long lineBytes)
+        : mData(data), mCapacity(capacity), mLineBytes(lineBytes) {}
 
     Bytes Line() {
         Bytes line;
         isOutOfData = false;
-        for (; mLeft > 0 && Size(line) < mRoom; --mLeft)
+        for (; mLeft > 0 && Size(line) < mCapacity; --mLeft)
             line.push_back(mValue);
-        while (Size(line) < mRoom && Size(line) < mLineBytes) {
+        while (Size(line) < mCapacity && Size(line) < mLineBytes) {
             const int first = Take();
             if (first < 0) break;
             if (first < 192) {
@@ -170,8 +171,8 @@ public:
             const int value = Take();
             if (value < 0) break;
             const long total = Size(line) + (first - 192);
-            if (total > mRoom) mLeft = total - mLineBytes, mValue = static_cast<unsigned char>(value);
-            line.resize(static_cast<std::size_t>(std::min(total, mRoom)), static_cast<unsigned char>(value));
+            if (total > mCapacity) mLeft = total - mLineBytes, mValue = static_cast<unsigned char>(value);
+            line.resize(static_cast<std::size_t>(std::min(total, mCapacity)), static_cast<unsigned char>(value));
         }
         return line;
     }
@@ -186,7 +187,7 @@ private:
     }
 
     const Bytes& mData;
-    long mRoom;
+    long mCapacity;
     long mLineBytes;
     std::size_t mNext = 0;
     long mLeft = 0;
@@ -212,26 +213,27 @@ Bytes RandomCodes(std::mt19937& random, std::size_t count) {
 TEST(PcxRuns, LongStretchesDecodeLikeSingleCodes) {
     std::mt19937 random(1);
     const TemporaryFolder folder;
-    for (const auto& [room, lineBytes] : {std::pair{1L, 1L},
-                                          {79L, 79L},
-                                          {80L, 80L},
-                                          {81L, 100L},
-                                          {500L, 500L},
-                                          {500L, 501L},
-                                          {640L, 320L},
-                                          {320L, 640L},
-                                          {3000L, 3000L},
-                                          {5000L, 0L}}) {
+    for (const auto& [capacity, lineBytes] : {std::pair{1L, 1L},
+                                              {79L, 79L},
+                                              {80L, 80L},
+                                              {81L, 100L},
+                                              {500L, 500L},
+                                              {500L, 501L},
+                                              {640L, 320L},
+                                              {320L, 640L},
+                                              {3000L, 3000L},
+                                              {5000L, 0L}}) {
         // More than the source has at hand at any time.
         const Bytes data = RandomCodes(random, 40'000);
         Result<ByteSource> source = ByteSource::Open(Wide(folder.Write("data", data)));
         ASSERT_TRUE(source);
-        PcxRuns runs(*source, static_cast<std::size_t>(room), static_cast<std::size_t>(lineBytes));
-        PlainRuns plain(data, room, lineBytes);
+        PcxRuns runs(*source, static_cast<std::size_t>(capacity), static_cast<std::size_t>(lineBytes));
+        PlainRuns plain(data, capacity, lineBytes);
         for (int line = 0; line < 1000; ++line) {
             const auto decoded = runs.NextLine();
-            ASSERT_EQ(Bytes(decoded.begin(), decoded.end()), plain.Line()) << room << "/" << lineBytes << ": " << line;
-            ASSERT_EQ(runs.IsOutOfData(), plain.isOutOfData) << room << "/" << lineBytes << ": " << line;
+            ASSERT_EQ(Bytes(decoded.begin(), decoded.end()), plain.Line())
+                << capacity << "/" << lineBytes << ": " << line;
+            ASSERT_EQ(runs.IsOutOfData(), plain.isOutOfData) << capacity << "/" << lineBytes << ": " << line;
         }
     }
 }

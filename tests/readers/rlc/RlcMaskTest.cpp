@@ -57,7 +57,7 @@ TEST(RlcMask, ARunThatCrossesBytesHasToLeaveRoomBehindIt) {
     EXPECT_EQ(Row(24, 15, 24), "#########...............") << "9 / 8 + 1 + 0 = 2 of 3 bytes";
     EXPECT_EQ(Row(24, 7, 16), "refused") << "9 / 8 + 1 + 1 = 3 of 3 bytes";
     EXPECT_EQ(Row(16, 5, 12), "....#######.....") << "7 / 8 + 1 + 0 = 1 of 2 bytes";
-    EXPECT_EQ(Row(16, 0, 8), "........########") << "within its first byte there is always room";
+    EXPECT_EQ(Row(16, 0, 8), "........########") << "a run inside its first byte is always taken";
     EXPECT_EQ(Row(24, 0, 12), "refused") << "12 / 8 + 1 + 1 = 3 of 3 bytes";
     EXPECT_EQ(Row(24, 0, 23), "refused") << "all but the whole row";
     EXPECT_EQ(Row(24, 1, 24), "refused");
@@ -100,9 +100,9 @@ TEST(RlcMask, EveryRunThatIsTakenIsSetExactly) {
         for (int left = 0; left <= columns; ++left) {
             for (int right = left; right <= columns; ++right) {
                 const bool inFirst = left / 8 == (right - 1) / 8 || left == right;
-                const bool room = (right - left) / 8 + 1 + left / 8 < bytes;
+                const bool fits = (right - left) / 8 + 1 + left / 8 < bytes;
                 const bool whole = left == 0 && right == columns;
-                const bool taken = left / 8 < bytes && (inFirst || room || whole);
+                const bool taken = left / 8 < bytes && (inFirst || fits || whole);
                 std::string expected(static_cast<std::size_t>(columns), '.');
                 std::fill(expected.begin() + left, expected.begin() + right, '#');
                 ASSERT_EQ(Row(columns, static_cast<std::uint16_t>(columns - right),

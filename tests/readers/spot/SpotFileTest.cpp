@@ -70,7 +70,7 @@ TEST(SpotFile, ColoursOfAPaletteComeBackButForTheFirst) {
     EXPECT_EQ(WriteAndRead(raster).block, (Bytes{0, 0, 0, 255, 6, 5, 4, 255}));
 }
 
-TEST(BandSamples, AreWhatTheyWereMadeOf) {
+TEST(SpotSamples, AreWhatTheyWereMadeOf) {
     const Decoded photo = DecodeFile<SpotReader>(Sample("bands/photo.bil"));
     EXPECT_EQ(photo.format, kR8G8B8A8);
     EXPECT_EQ(photo.width, 120);

@@ -141,11 +141,11 @@ TEST(SpotRows, RowsAreGatheredAsFarAsAllSlotsAreWhole) {
 }
 
 /// Rows of a few bytes, of some at a time, and of more than are gathered.
-class BandRowLengths : public testing::TestWithParam<std::size_t> {};
+class SpotRowLengths : public testing::TestWithParam<std::size_t> {};
 
-INSTANTIATE_TEST_SUITE_P(RowBytes, BandRowLengths, testing::Values(1, 3, 1000, 60'001, 2'097'152, 2'097'153));
+INSTANTIATE_TEST_SUITE_P(RowBytes, SpotRowLengths, testing::Values(1, 3, 1000, 60'001, 2'097'152, 2'097'153));
 
-TEST_P(BandRowLengths, GatheredLinesAreThoseOfEachRow) {
+TEST_P(SpotRowLengths, GatheredLinesAreThoseOfEachRow) {
     const std::size_t rowBytes = GetParam();
     const std::size_t count = 4'200'000 / rowBytes + 1;
     const std::size_t first = rowBytes / 3, bytes = rowBytes - first;
