@@ -1,6 +1,7 @@
 #include "load/ReadSubimage.h"
 
 #include "formats/Attributes.h"
+#include "load/OpaquePixels.h"
 #include "load/OpenInput.h"
 
 #include <algorithm>
@@ -96,12 +97,25 @@ int SubimageRows::BandFrom(int top) const {
     return static_cast<int>(rows + 1 >= rest ? rest : rows);
 }
 
+bool SubimageRows::AddOpaque(std::uint32_t opaque) {
+    const std::size_t bytes = mType.size();
+    const bool isTriple = mChannels == 3 && mType == mSpec.format && mSpec.channelformats.empty();
+    const bool isHere = mSpec.tile_width == 0 && isTriple && mPixelStride == 4 * bytes;
+    if (isHere && (bytes == 1 || bytes == 2 || bytes == 4)) mOpaque = opaque;
+    return mOpaque.has_value();
+}
+
 bool SubimageRows::IsAsStored() const {
     return mType == mSpec.format && mSpec.channelformats.empty() && mPixelStride == StoredPixelBytes();
 }
 
 /// Packed rows as the file has them to rows of the result; channels of equal types together.
 bool SubimageRows::Convert(const unsigned char* rows, int count, unsigned char* out) const {
+    if (mOpaque) {
+        const std::size_t pixels = static_cast<std::size_t>(mSpec.width) * static_cast<std::size_t>(count);
+        AddOpaqueAlpha(rows, pixels, mType.size(), *mOpaque, out);
+        return true;
+    }
     const auto from = static_cast<OIIO::stride_t>(StoredPixelBytes());
     const auto to = static_cast<OIIO::stride_t>(mPixelStride);
     for (int channel = 0, group = 0; channel < mChannels; channel += group) {

@@ -9,7 +9,9 @@
 #include <OpenImageIO/imageio.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace Kavra::Devices {
 
@@ -24,6 +26,10 @@ public:
     /// apart. `spec` is the subimage's own, and `IsReadable`; it and the input live longer.
     SubimageRows(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int subimage, int level, int channels,
                  OIIO::TypeDesc type, std::size_t pixelStride);
+
+    /// Makes `Read` and `ReadAll` set the fourth element of each pixel to these bits as well, where pixels are read as
+    /// three elements of the file's own type, each followed by one to spare. False, and nothing has changed, for others.
+    bool AddOpaque(std::uint32_t opaque);
 
     /// Whether the file's rows are decoded one by one. Else a read begins where a band does and ends where one ends.
     bool AreDecodedAlone() const { return mTogether == 1; }
@@ -56,6 +62,7 @@ private:
     int mTogether;                             // rows that are decoded together
     std::unique_ptr<unsigned char[]> mStored;  // rows as the file has them
     int mStoredRows = 0;                       // how many of them it holds
+    std::optional<std::uint32_t> mOpaque;      // what every fourth element becomes
 };
 
 /// Reads every pixel of a subimage and level: `SubimageRows::ReadAll`.

@@ -135,6 +135,7 @@ private:
     OIIO::TypeDesc mType;
     std::size_t mPixelStride = 0;
     bool mLacksAlpha = false;           // nothing is read into the alpha channel: it is set to opaque
+    bool mAddsAlpha = false;            // while the rest is read
     std::optional<bool> mIsMask;        // whether luminance is alpha in every pixel, once that is known
     std::optional<SubimageRows> mRows;  // of what comes from the library itself
 };

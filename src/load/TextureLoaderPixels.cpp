@@ -138,6 +138,12 @@ bool ReadHostLevel(const TextureLoad& load, unsigned char* out) {
     return true;
 }
 
+/// The bits of an opaque alpha.
+std::uint32_t OpaqueBits(OIIO::TypeDesc type) {
+    if (type == OIIO::TypeHalf) return 0x3C00;
+    return type == OIIO::TypeFloat ? 0x3F800000 : 0xFFFF;
+}
+
 bool ComesInSlices(const TextureLoad& load) {
     return load.IsDds() && (load.IsCube() || load.IsVolume());
 }
@@ -155,6 +161,7 @@ TexturePixels::TexturePixels(TextureLoad& load, const OIIO::ImageSpec& as)
     ChooseChannels();
     if (mKind != Kind::kHostLevel && !ComesInSlices(load)) {
         mRows.emplace(*load.input, load.fileSpec, load.Subimage(), load.level, mChannels, mType, mPixelStride);
+        mAddsAlpha = mKind == Kind::kOrdinary && mLacksAlpha && mRows->AddOpaque(OpaqueBits(as.format));
     }
 }
 
@@ -268,7 +275,7 @@ bool TexturePixels::Read(int top, int count, unsigned char* out) {
     }
     // After the read, not before: the read leaves the alpha channel alone, and a file that lies about its size fails
     // before all of the block is touched.
-    if (done && mLacksAlpha) SetToOpaque(out, PixelsIn(count) * mAs.pixel_bytes(false), mAs);
+    if (done && mLacksAlpha && !mAddsAlpha) SetToOpaque(out, PixelsIn(count) * mAs.pixel_bytes(false), mAs);
     return done;
 }
 
