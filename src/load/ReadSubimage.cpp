@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -149,7 +150,7 @@ bool SubimageRows::ReadTiles(int top, int count, unsigned char* out) {
 
 bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* out) {
     const int chunk = static_cast<int>(std::min<std::int64_t>(ChunkRows(mSpec, StoredRowBytes()), count));
-    const bool converts = !IsAsStored();
+    const bool converts = !IsAsStored(), isPart = count < mSpec.height;
     if (converts && mStoredRows < chunk) {
         mStored.reset();  // before the new ones are taken, not after
         mStored = std::make_unique_for_overwrite<unsigned char[]>(static_cast<std::size_t>(chunk) * StoredRowBytes());
@@ -160,6 +161,10 @@ bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* o
         rows = std::min(chunk, count - done);
         const int y = mSpec.y + top + done;
         unsigned char* const stored = converts ? mStored.get() : out;
+        // The TIFF reader says of some strips that they were read though it could not decode all of them.
+        if (converts && isPart && mTogether > 1) {
+            std::memset(stored, 0, static_cast<std::size_t>(rows) * StoredRowBytes());
+        }
         if (!mInput.read_native_scanlines(mSubimage, mLevel, y, y + rows, z, 0, mChannels, stored)) return false;
         if (converts && !Convert(stored, rows, out)) return false;
         out += static_cast<std::size_t>(rows) * RowStride();

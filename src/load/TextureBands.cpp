@@ -71,7 +71,9 @@ private:
     /// Reads rows into a block of their own, and from there to where the sink wants them, `out` first.
     bool ReadApart(int top, int count, std::span<unsigned char> out) {
         const std::size_t bytes = static_cast<std::size_t>(count) * RowBytes(mAs);
-        Pixels pixels = mSource.FillsAll() ? NewPixels(bytes) : NewZeroedPixels(bytes);
+        // Rows that are decoded together may be said to be read though some could not be: nothing of another band is there.
+        const bool fillsAll = mSource.FillsAll() && mSource.AreDecodedAlone();
+        Pixels pixels = fillsAll ? NewPixels(bytes) : NewZeroedPixels(bytes);
         if (!mSource.Read(top, count, pixels.block.get())) return false;
         pixels = ToChosenFormat(mLoad, std::move(pixels));
         std::size_t rest = static_cast<std::size_t>(count) * mRowBytes;
