@@ -192,6 +192,19 @@ TEST_F(ImageRectangle, IsFilteredAsTheHostPrefersWhereSamplingWouldDo) {
     EXPECT_NEAR(filtered->bytes[5], 100, 5) << "stripes of 0 and 200 are narrower than the filter by far";
 }
 
+TEST_F(ImageRectangle, IsResampledWithTheOptionsThatTheHostPrefers) {
+    const Image image = Filled<unsigned char>(2, 1, kR8G8B8A8, {200, 0, 0, 0, 254, 254, 254, 254});
+    const auto pixel = [&] { return Load(image, {0, 0}, {2, 1}, {1, 1}, kR8G8B8A8)->bytes; };
+    LoadPreferences preferences;
+    preferences.choosesFilter = true;
+    preferences.filter = kResampleBox;
+    const LoadPreferencesScope plain(preferences);
+    EXPECT_THAT(pixel(), ElementsAre(227, 127, 127, 127));
+    preferences.alphaWeighted = true;
+    const LoadPreferencesScope weighted(preferences);
+    EXPECT_THAT(pixel(), ElementsAre(254, 254, 254, 127));
+}
+
 TEST_F(ImageRectangle, IsZeroWhereTheImageEndsAlsoWhenScaled) {
     const Image image = Filled<unsigned char>(2, 2, kL8, {8, 8, 8, 8});
     EXPECT_THAT(Load(image, {-2, 0}, {4, 2}, {2, 1}, kL8)->bytes, ElementsAre(0, 8));

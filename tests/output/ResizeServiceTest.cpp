@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -423,6 +424,50 @@ TEST_F(ResizeFilter, AFilterThatIsNotChosenOrNotKnownLeavesTheArgumentsOwn) {
     preferences.filter = static_cast<EResampleFilter>(99);
     const LoadPreferencesScope unknown(preferences);
     EXPECT_THAT(Result(kResizeFilter, 4), testing::Optional(ElementsAre(6, 8, 14, 16)));
+}
+
+TEST_F(ResizeFilter, TheHostMayPreferThatTransparentPixelsLendNoColour) {
+    filter = kFilterMitchell;
+    srcSize = {2, 1, 1};
+    Use({200, 0, 0, 0, 254, 254, 254, 254});
+    dstSize = {1, 1, 1};
+    EXPECT_THAT(Result(kResizeFilter, 4), testing::Optional(ElementsAre(227, 127, 127, 127)));
+    LoadPreferences preferences;
+    preferences.alphaWeighted = true;
+    const LoadPreferencesScope scope(preferences);
+    EXPECT_THAT(Result(kResizeFilter, 4), testing::Optional(ElementsAre(254, 254, 254, 127)));
+}
+
+TEST_F(ResizeFilter, TheHostMayPreferThatNoLightBecomesNegative) {
+    format = kR32F;
+    filter = kFilterMitchell;
+    srcSize = {32, 1, 1};
+    std::vector<float> values(32, 0.0F);
+    values[16] = 1000.0F;
+    UseElements(values);
+    dstSize = {16, 1, 1};
+    const auto darkest = [&] {
+        const Block block = Run(kResizeFilter);
+        return *std::min_element(static_cast<float*>(block->mData), static_cast<float*>(block->mData) + 16);
+    };
+    EXPECT_LT(darkest(), -1);
+    LoadPreferences preferences;
+    preferences.bounded = true;
+    const LoadPreferencesScope scope(preferences);
+    EXPECT_EQ(darkest(), 0);
+}
+
+TEST_F(ResizeFilter, TheHostMayPreferTheMeanOfTheLight) {
+    format = kL8;
+    filter = kFilterMitchell;
+    srcSize = {2, 1, 1};
+    Use({0, 254});
+    dstSize = {1, 1, 1};
+    EXPECT_THAT(Result(kResizeFilter, 1), testing::Optional(ElementsAre(127)));
+    LoadPreferences preferences;
+    preferences.linearLight = true;
+    const LoadPreferencesScope scope(preferences);
+    EXPECT_THAT(Result(kResizeFilter, 1), testing::Optional(ElementsAre(187)));  // half of 0.9911, encoded
 }
 
 TEST_F(ResizeFilter, ALargeFloatPictureIsHalved) {
