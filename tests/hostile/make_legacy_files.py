@@ -2,7 +2,8 @@
 """Writes the hostile files of the legacy formats:  tests/hostile/make_legacy_files.py [FOLDER]
 
 Each is small and asks for much: memory, rows, pixels drawn over one another, messages. The name says what a load
-answers: legacy-loaded-* give pixels, legacy-refused-* do not.
+at the file's own size answers: legacy-loaded-* give pixels, legacy-refused-* do not. At a smaller size those that are
+refused only for the memory of their block give pixels, too.
 """
 
 import struct
@@ -85,7 +86,6 @@ def rlc_directory():
 
 def cals_files():
     same_as_above = b"\xff"  # eight rows
-    # No larger: of a page of 13,600 x 17,600 pixels a thumbnail alone takes the image library's filter eight seconds.
     yield "loaded-page.cal", cals(6800, 8800, same_as_above * 1100)
     yield "loaded-page-turned.cal", cals(6800, 8800, same_as_above * 1100, "090,270")
     end_of_line_cut_short = b"\x01"

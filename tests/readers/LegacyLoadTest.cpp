@@ -320,6 +320,20 @@ TEST_F(LegacyLoad, HighQualityFiltersWhatIsSampledOtherwise) {
     EXPECT_TRUE(std::ranges::any_of(Pixels(filtered), isMixed));
 }
 
+TEST_F(LegacyLoad, PreferencesChooseTheFilterAndWhatItLooksAt) {
+    Script(reader, 2, 1, {255, 0, 0, 255, 0, 0, 0, 0});
+    LoadPreferences preferences;
+    preferences.choosesFilter = true;
+    preferences.filter = kResampleBox;
+    const PixelBlock mean = Load({.width = 1, .preferences = preferences});
+    ASSERT_TRUE(mean);
+    EXPECT_EQ(Pixels(mean), (Bytes{128, 0, 0, 128})) << "of red and of nothing";
+    preferences.alphaWeighted = true;
+    const PixelBlock weighted = Load({.width = 1, .preferences = preferences});
+    ASSERT_TRUE(weighted);
+    EXPECT_EQ(Pixels(weighted), (Bytes{255, 0, 0, 128}));
+}
+
 TEST_F(LegacyLoad, OtherFormatsKeepTheirChannelsAndType) {
     reader.format = kL16;
     reader.width = reader.height = 40;
