@@ -22,25 +22,12 @@ constexpr std::size_t kBlockRows = 16;
 constexpr std::size_t kGroupBytes = 1 << 20;  // of sums: they stay in the next one
 constexpr std::size_t kRowsAtOnce = 4;
 
-bool IsInteger(ElementType element) {
-    return element == ElementType::kUInt8 || element == ElementType::kUInt16;
-}
-
 /// Asks for the next block of a row: the processor's own reading ahead loses a row over all the others in between.
 /// Asking for what lies behind the source is harmless.
 void ReadAhead(const unsigned char* next, std::size_t bytes) {
     const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(next);
     for (std::size_t line = 0; line < bytes; line += 64)
         hwy::Prefetch(reinterpret_cast<const unsigned char*>(ahead + line));  // NOLINT(performance-no-int-to-ptr)
-}
-
-float BoundOfTies(const AxisPlan::Sums& across, const AxisPlan::Sums& down) {
-    constexpr double kUnit = 1.0 / (1 << 24), kQuarter = 0.25;
-    const double a = across.total, b = down.total;
-    const double library = 4 * a * b + across.count * a * down.before + b * across.cumulative + 1;
-    const double here = a * (down.cumulative + b) + b * (across.cumulative + a);
-    const double bound = 1.01 * kUnit * (255 * (library + here) + 2 * 256);
-    return bound < kQuarter ? static_cast<float>(bound) : 0.0F;
 }
 
 }  // namespace
@@ -50,8 +37,7 @@ float BoundOfTies(const AxisPlan::Sums& across, const AxisPlan::Sums& down) {
 FilterMethod::FilterMethod(const Resampling& resampling)
     : mPixels(resampling.pixels),
       mColours(resampling.pixels, resampling.options),
-      mColumns(resampling.x, resampling.FilterAlong(resampling.x), resampling.Radius(),
-               !IsInteger(resampling.pixels.element)),
+      mAcross(resampling),
       mRows(resampling.y, resampling.FilterAlong(resampling.y), resampling.Radius(), false),
       mFromColumns(resampling.x.fromCount),
       mFromRows(resampling.y.fromCount),
@@ -59,23 +45,23 @@ FilterMethod::FilterMethod(const Resampling& resampling)
       mFromElements(static_cast<std::size_t>(resampling.x.fromCount) * mChannels),
       mToElements(static_cast<std::size_t>(resampling.x.toCount) * mChannels),
       mElementBytes(resampling.PixelBytes() / mChannels),
-      mLeft(static_cast<std::size_t>(std::max<std::int64_t>(-mColumns.First(), 0))),
-      mRight(static_cast<std::size_t>(std::max<std::int64_t>(mColumns.End() - mFromColumns, 0))),
-      mStride((mLeft + mRight) * mChannels + mFromElements + kSlack),
-      mBounds(resampling.options.bounded && !IsInteger(resampling.pixels.element)) {
-    for (std::size_t x = 0; x < mColumns.Size(); ++x) {
-        const Reach& reach = mColumns.ReachOf(x);
-        const std::int64_t begin = reach.count > 0 ? reach.first + static_cast<std::int64_t>(mLeft) : 0;
-        mBegins.push_back(static_cast<std::uint32_t>(begin) * static_cast<std::uint32_t>(mChannels));
-        mCounts.push_back(static_cast<std::uint32_t>(reach.count));
-    }
-    const bool isExact = mPixels.element == ElementType::kUInt8 && !resampling.options.linearLight;
-    // Weighting and taking the weights away again are roundings more, of which the plain bound has one to spare.
-    constexpr float kWeightedBounds = 2.0F;
-    if (isExact) mTieBound = BoundOfTies(mColumns.LargestSums(), mRows.LargestSums());
-    if (mColours.IsWeighted()) mTieBound *= kWeightedBounds;
-    mGroup = static_cast<int>(std::clamp<std::size_t>(kGroupBytes / (mStride * sizeof(float)) / kRowsAtOnce, 1, 8) *
-                              kRowsAtOnce);
+      mBounds(resampling.KeepsRange()),
+      mTieBound(TieBound(resampling, mAcross.Plan(), mRows)) {
+    const std::size_t rowBytes = mAcross.Stride() * sizeof(float);
+    mGroup = static_cast<int>(std::clamp<std::size_t>(kGroupBytes / rowBytes / kRowsAtOnce, 1, 8) * kRowsAtOnce);
+}
+
+float FilterMethod::TieBound(const Resampling& resampling, const AxisPlan& across, const AxisPlan& down) {
+    constexpr double kUnit = 1.0 / (1 << 24), kQuarter = 0.25;
+    const ResampleOptions& options = resampling.options;
+    if (resampling.pixels.element != ElementType::kUInt8 || options.linearLight) return 0.0F;
+    const AxisPlan::Sums x = across.LargestSums(), y = down.LargestSums();
+    const double a = x.total, b = y.total;
+    const double library = 4 * a * b + x.count * a * y.before + b * x.cumulative + 1;
+    const double here = a * (y.cumulative + b) + b * (x.cumulative + a);
+    const double bound = 1.01 * kUnit * (255 * (library + here) + 2 * 256);
+    if (bound >= kQuarter) return 0.0F;
+    return static_cast<float>(options.alphaWeighted ? 2 * bound : bound);
 }
 
 /// Reaches within the picture, at its edge where they lie beyond it.
@@ -93,16 +79,19 @@ struct FilterMethod::Scratch {
     Scratch(const FilterMethod& method, std::size_t group)
         : loaded(kBlockRows * kLoadedStride),
           weighted(method.mColours.IsWeighted() ? loaded.size() : 0),
-          sums(group * method.mStride),
+          sums(group * method.mAcross.Stride()),
           low(method.mBounds ? sums.size() : 0),
           high(low.size()),
+          least(method.mBounds ? method.mToElements : 0),
+          most(least.size()),
           across(kRowsAtOnce * (method.mToElements + kSlack)),
-          ties(method.mTieBound > 0 ? method.mColumns.Size() : 0) {}
+          ties(method.mTieBound > 0 ? method.mAcross.Plan().Size() : 0) {}
 
     static constexpr std::size_t kLoadedStride = kBlockFloats + kSlack;
 
     std::vector<float> loaded, weighted;  ///< a block of the source
     std::vector<float> sums, low, high;   ///< rows of the source's width and of the result's height
+    std::vector<float> least, most;       ///< a row of the result's width
     std::vector<float> across;            ///< rows of the result
     std::vector<std::uint32_t> ties;
     std::vector<const unsigned char*> rows;
@@ -170,7 +159,7 @@ void FilterMethod::SumBlock(const SourceRows& source, int y, int count, const Bl
             if (from >= to) continue;
             const auto skipped = static_cast<std::size_t>(from - row), used = static_cast<std::size_t>(to - from);
             const float* const weights = mRows.WeightsOf(result) + (from - reach.first);
-            const std::size_t at = i * mStride + mLeft * mChannels + block.begin;
+            const std::size_t at = i * mAcross.Stride() + mAcross.Left() + block.begin;
             const bool begins = from == reach.first;
             kernels.addRows({values.Row(skipped), values.stride}, weights, used, block.width, scratch.sums.data() + at,
                             begins);
@@ -188,61 +177,31 @@ void FilterMethod::SumDown(const SourceRows& source, int y, int count, Scratch& 
     for (std::size_t begin = 0; begin < mFromElements; begin += blockFloats)
         SumBlock(source, y, count, {begin, std::min(blockFloats, mFromElements - begin)}, scratch);
     for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-        const std::size_t at = i * mStride;
+        const std::size_t at = i * mAcross.Stride();
         if (mRows.ReachOf(static_cast<std::size_t>(y) + i).count == 0) {
-            std::fill_n(scratch.sums.begin() + static_cast<std::ptrdiff_t>(at), mStride, 0.0F);
-            if (mBounds) std::fill_n(scratch.low.begin() + static_cast<std::ptrdiff_t>(at), mStride, 0.0F);
-            if (mBounds) std::fill_n(scratch.high.begin() + static_cast<std::ptrdiff_t>(at), mStride, 0.0F);
+            std::fill_n(scratch.sums.begin() + static_cast<std::ptrdiff_t>(at), mAcross.Stride(), 0.0F);
+            if (mBounds) std::fill_n(scratch.low.begin() + static_cast<std::ptrdiff_t>(at), mAcross.Stride(), 0.0F);
+            if (mBounds) std::fill_n(scratch.high.begin() + static_cast<std::ptrdiff_t>(at), mAcross.Stride(), 0.0F);
         }
-        ExtendEdges(scratch.sums.data() + at);
-        if (mBounds) ExtendEdges(scratch.low.data() + at);
-        if (mBounds) ExtendEdges(scratch.high.data() + at);
+        mAcross.ExtendEdges(scratch.sums.data() + at);
+        if (mBounds) mAcross.ExtendEdges(scratch.low.data() + at);
+        if (mBounds) mAcross.ExtendEdges(scratch.high.data() + at);
     }
-}
-
-/// The first and the last pixel of a row again, as far as any reach goes beyond them.
-void FilterMethod::ExtendEdges(float* row) const {
-    float* const first = row + mLeft * mChannels;
-    for (float* pixel = row; pixel < first; pixel += mChannels)
-        std::copy_n(first, mChannels, pixel);
-    float* const end = first + mFromElements;
-    for (std::size_t i = 0; i < mRight; ++i)
-        std::copy_n(end - mChannels, mChannels, end + i * mChannels);
 }
 
 // --- Across ----------------------------------------------------------------------------------------------------------
 
-/// Brings a row of the result into the range of what lies under the filter. A value that is no number stays one.
-void FilterMethod::Bound(const float* low, const float* high, float* row) const {
-    for (std::size_t x = 0; x < mColumns.Size(); ++x) {
-        const float* const weights = mColumns.WeightsOf(x);
-        for (std::size_t c = 0; c < mChannels; ++c) {
-            float least = std::numeric_limits<float>::infinity(), most = -least;
-            for (std::size_t tap = 0; tap < mCounts[x]; ++tap) {
-                if (weights[tap] == 0.0F) continue;
-                const std::size_t at = mBegins[x] + tap * mChannels + c;
-                least = std::min(least, low[at]);
-                most = std::max(most, high[at]);
-            }
-            float& value = row[x * mChannels + c];
-            if (least > most) continue;
-            if (value < least) value = least;
-            if (value > most) value = most;
-        }
-    }
-}
-
 bool FilterMethod::IsInside(std::size_t x) const {
-    const std::int64_t first = mColumns.ReachOf(x).first;
-    return mCounts[x] > 0 && first >= 0 && first + mColumns.MaxCount() <= mFromColumns;
+    const std::int64_t first = mAcross.Plan().ReachOf(x).first;
+    return mAcross.Plan().ReachOf(x).count > 0 && first >= 0 && first + mAcross.Plan().MaxCount() <= mFromColumns;
 }
 
 /// One pixel in the library's order of operations, in single precision: row by row, rows that weigh nothing left out.
 void FilterMethod::SumAgain(const std::vector<const unsigned char*>& rows, int y, std::size_t x,
                             unsigned char* out) const {
-    const Reach& reach = mColumns.ReachOf(x);
+    const Reach& reach = mAcross.Plan().ReachOf(x);
     const float* const rowWeights = mRows.WeightsOf(static_cast<std::size_t>(y));
-    const float* const weights = mColumns.WeightsOf(x);
+    const float* const weights = mAcross.Plan().WeightsOf(x);
     std::array<float, 4> totals{};
     for (std::size_t j = 0; j < rows.size(); ++j) {
         if (rowWeights[j] == 0.0F) continue;
@@ -260,7 +219,7 @@ void FilterMethod::SumAgain(const std::vector<const unsigned char*>& rows, int y
 
 /// Whether nothing transparent lies under the filter: then colours are those of the plain filter, ties and all.
 bool FilterMethod::IsOpaque(const std::vector<const unsigned char*>& rows, std::size_t x) const {
-    const Reach& reach = mColumns.ReachOf(x);
+    const Reach& reach = mAcross.Plan().ReachOf(x);
     const auto alpha = static_cast<std::size_t>(mPixels.alphaChannel);
     return std::ranges::all_of(rows, [&](const unsigned char* row) {
         for (int i = 0; i < reach.count; ++i) {
@@ -291,14 +250,14 @@ void FilterMethod::SumTiesAgain(const SourceRows& source, int y, const Scratch& 
             SumAgain(rows, y, x, out + x * mChannels);
             continue;
         }
-        const std::size_t offset = static_cast<std::size_t>(mColumns.ReachOf(x).first) * mChannels;
+        const std::size_t offset = static_cast<std::size_t>(mAcross.Plan().ReachOf(x).first) * mChannels;
         for (std::size_t j = 0; j < rows.size(); ++j)
             starts[waiting][j] = rows[j] + offset;
         sums[waiting] = {.rows = starts[waiting].data(),
                          .rowWeights = mRows.WeightsOf(static_cast<std::size_t>(y)),
                          .rowCount = rows.size(),
-                         .weights = mColumns.WeightsOf(x),
-                         .count = static_cast<std::size_t>(mColumns.MaxCount())};
+                         .weights = mAcross.Plan().WeightsOf(x),
+                         .count = static_cast<std::size_t>(mAcross.Plan().MaxCount())};
         results[waiting] = out + x * mChannels;
         if (++waiting < sums.size()) continue;
         GetResampleKernels().exactFour(sums.data(), waiting, results.data());
@@ -313,7 +272,11 @@ void FilterMethod::Finish(const SourceRows& source, int y, Scratch& scratch, std
     const ResampleKernels& kernels = GetResampleKernels();
     float* const values = scratch.across.data() + row % kRowsAtOnce * (mToElements + kSlack);
     if (mColours.IsWeighted()) mColours.Unweight(values, mToElements);
-    if (mBounds) Bound(scratch.low.data() + row * mStride, scratch.high.data() + row * mStride, values);
+    if (mBounds) {
+        const std::size_t at = row * mAcross.Stride();
+        mAcross.Range(scratch.low.data() + at, scratch.high.data() + at, scratch.least.data(), scratch.most.data());
+        ClampToRange(scratch.least.data(), scratch.most.data(), mToElements, values);
+    }
     mColours.Encode(values, mToElements);
     kernels.store(mPixels.element, values, mToElements, out);
     if (mTieBound <= 0.0F) return;
@@ -323,21 +286,14 @@ void FilterMethod::Finish(const SourceRows& source, int y, Scratch& scratch, std
 }
 
 void FilterMethod::Make(const SourceRows& source, int y, int count, unsigned char* out) const {
-    const ResampleKernels& kernels = GetResampleKernels();
     Scratch scratch(*this, static_cast<std::size_t>(std::min(count, mGroup)));
-    const RowWeights across{.begins = mBegins.data(),
-                            .counts = mCounts.data(),
-                            .weights = mColumns.WeightsOf(0),
-                            .stride = static_cast<std::size_t>(mColumns.MaxCount()),
-                            .size = mColumns.Size()};
     for (int group = y; group < y + count; group += mGroup) {
         const int rows = std::min(mGroup, y + count - group);
         SumDown(source, group, rows, scratch);
         for (int four = 0; four < rows; four += static_cast<int>(kRowsAtOnce)) {
             const auto together = std::min(kRowsAtOnce, static_cast<std::size_t>(rows - four));
-            float* const sums = scratch.sums.data() + static_cast<std::size_t>(four) * mStride;
-            kernels.filterRows(static_cast<int>(mChannels),
-                               {{sums, mStride}, {scratch.across.data(), mToElements + kSlack}, together}, across);
+            float* const sums = scratch.sums.data() + static_cast<std::size_t>(four) * mAcross.Stride();
+            mAcross.Sum({{sums, mAcross.Stride()}, {scratch.across.data(), mToElements + kSlack}, together});
             for (std::size_t i = 0; i < together; ++i) {
                 Finish(source, group + four + static_cast<int>(i), scratch, static_cast<std::size_t>(four) + i, out);
                 out += mToElements * mElementBytes;

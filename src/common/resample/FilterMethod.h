@@ -18,6 +18,7 @@
 /// multiplied and added as often as filters overlap along a column: four times for the cubics.
 #pragma once
 
+#include "common/resample/AcrossFilter.h"
 #include "common/resample/ResampleKernels.h"
 #include "common/resample/ResampleMethod.h"
 #include "common/resample/WorkingColours.h"
@@ -36,6 +37,10 @@ public:
     void Make(const SourceRows& source, int y, int count, unsigned char* out) const override;
     int GroupRows() const override { return mGroup; }
 
+    /// The bound above, doubled where colours are weighted, of which it has the roundings to spare; 0: no value is
+    /// summed again.
+    static float TieBound(const Resampling& resampling, const AxisPlan& across, const AxisPlan& down);
+
 private:
     struct Scratch;
     /// Floats of a row, whole pixels.
@@ -53,8 +58,6 @@ private:
     FloatRows LoadBlock(const SourceRows& source, std::int64_t row, std::size_t rows, const Block& block,
                         Scratch& scratch) const;
     Rows ReachOf(int y, int count) const;
-    void ExtendEdges(float* row) const;
-    void Bound(const float* low, const float* high, float* row) const;
     void Finish(const SourceRows& source, int y, Scratch& scratch, std::size_t row, unsigned char* out) const;
     void SumTiesAgain(const SourceRows& source, int y, const Scratch& scratch, std::size_t ties,
                       unsigned char* out) const;
@@ -65,14 +68,11 @@ private:
 
     ResamplePixels mPixels;
     WorkingColours mColours;
-    AxisPlan mColumns, mRows;
+    AcrossFilter mAcross;
+    AxisPlan mRows;
     int mFromColumns, mFromRows;
     std::size_t mChannels, mFromElements, mToElements, mElementBytes;
-    std::size_t mLeft;    ///< pixels of the edge that stand again before the first one
-    std::size_t mRight;   ///< and behind the last one
-    std::size_t mStride;  ///< floats of a row with both
     bool mBounds;
-    std::vector<std::uint32_t> mBegins, mCounts;
     float mTieBound = 0.0F;  ///< how far, in steps of 8 bits, the two ways may be apart; 0: nothing is summed again
     int mGroup = 4;
 };

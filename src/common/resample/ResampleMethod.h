@@ -27,6 +27,11 @@ struct Resampling {
 
     /// The filter along one of the two sides.
     ResampleFilter FilterAlong(const ResampleAxis& axis) const { return {options.filter, axis.Ratio()}; }
+    bool IsOfIntegers() const {
+        return pixels.element == Devices::ElementType::kUInt8 || pixels.element == Devices::ElementType::kUInt16;
+    }
+    /// Whether values are kept in the range of those under the filter.
+    bool KeepsRange() const { return options.bounded && !IsOfIntegers(); }
     /// Half of the width of the filter across, as far as the library looks in both directions.
     float Radius() const { return FilterAlong(x).width / 2.0F; }
 };

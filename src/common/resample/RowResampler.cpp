@@ -25,12 +25,47 @@ void MakeRows(const ResampleMethod& method, const Resampling& resampling, const 
     });
 }
 
+/// Rows of a picture, `pitch` bytes apart, one by one.
+class SpacedRows final : public RowSink {
+public:
+    SpacedRows(unsigned char* first, std::size_t pitch, std::size_t rowBytes)
+        : mNext(first), mPitch(pitch), mRowBytes(rowBytes) {}
+
+    std::span<unsigned char> NextRows(std::size_t /*most*/) override {
+        const std::span<unsigned char> row(mNext, mRowBytes);
+        mNext += mPitch;
+        return row;
+    }
+
+private:
+    unsigned char* mNext;
+    std::size_t mPitch, mRowBytes;
+};
+
+/// A picture in memory through an accumulator.
+void AddUp(const Resampling& resampling, const unsigned char* from, std::size_t pitch, RowSink& out) {
+    RowAccumulator sums(resampling, out);
+    const std::size_t rowBytes = resampling.FromRowBytes(), band = RowAccumulator::BandRows(resampling);
+    const auto rows = static_cast<std::size_t>(resampling.y.fromCount);
+    std::vector<unsigned char> packed(band * rowBytes);
+    for (std::size_t y = 0; y < rows; y += band) {
+        const std::size_t count = std::min(band, rows - y);
+        for (std::size_t i = 0; i < count; ++i)
+            std::memcpy(packed.data() + i * rowBytes, from + (y + i) * pitch, rowBytes);
+        sums.Take(packed.data(), count);
+    }
+}
+
 }  // namespace
 
 // --- Whole -----------------------------------------------------------------------------------------------------------
 
 void Resample(const Resampling& resampling, const unsigned char* from, std::size_t pitch, unsigned char* to,
               std::size_t toPitch) {
+    if (RowAccumulator::IsBetter(resampling)) {
+        SpacedRows out(to, toPitch, resampling.ToRowBytes());
+        return AddUp(resampling, from, pitch, out);
+    }
     const std::unique_ptr<ResampleMethod> method = NewResampleMethod(resampling);
     const SourceRows source{from, pitch, static_cast<std::size_t>(resampling.y.fromCount)};
     const std::size_t rowBytes = resampling.ToRowBytes();
@@ -50,6 +85,7 @@ void Resample(const Resampling& resampling, const unsigned char* from, std::size
 }
 
 void ResampleInto(const Resampling& resampling, const unsigned char* from, std::size_t pitch, RowSink& out) {
+    if (RowAccumulator::IsBetter(resampling)) return AddUp(resampling, from, pitch, out);
     const std::unique_ptr<ResampleMethod> method = NewResampleMethod(resampling);
     const SourceRows source{from, pitch, static_cast<std::size_t>(resampling.y.fromCount)};
     for (int y = 0; y < resampling.y.toCount;) {
@@ -76,11 +112,15 @@ std::size_t RingRows(const Resampling& resampling, std::size_t longest) {
 }  // namespace
 
 RowResampler::RowResampler(const Resampling& resampling, RowSink& out)
-    : mResampling(resampling),
-      mOut(out),
-      mMethod(NewResampleMethod(resampling)),
-      mFirst(static_cast<std::size_t>(resampling.y.toCount)),
-      mRowBytes(resampling.FromRowBytes()) {
+    : mResampling(resampling), mOut(out), mRowBytes(resampling.FromRowBytes()) {
+    if (RowAccumulator::IsBetter(resampling)) {
+        mAccumulator.emplace(resampling, out);
+        mCapacity = RowAccumulator::BandRows(resampling);
+        mRing.resize(mCapacity * mRowBytes);
+        return;
+    }
+    mMethod = NewResampleMethod(resampling);
+    mFirst.resize(static_cast<std::size_t>(resampling.y.toCount));
     int first = resampling.y.fromCount;
     std::size_t longest = 1;
     for (int y = resampling.y.toCount; y-- > 0;) {
@@ -97,6 +137,7 @@ RowResampler::RowResampler(const Resampling& resampling, RowSink& out)
 }
 
 std::uint64_t RowResampler::BytesFor(const Resampling& resampling) {
+    if (RowAccumulator::IsBetter(resampling)) return RowAccumulator::BytesFor(resampling);
     const auto taps = [&](const ResampleAxis& axis) {
         const double ratio = static_cast<double>(axis.Ratio());
         return static_cast<std::uint64_t>(static_cast<double>(resampling.FilterAlong(axis).width) / ratio) + 8;
@@ -139,7 +180,20 @@ std::size_t RowResampler::FreeRows() const {
     return mCapacity - (mTaken - std::min(FirstNeeded(), mTaken));
 }
 
+/// The same where rows are added up: the band that was handed out before is taken, and its memory handed out again.
+std::span<unsigned char> RowResampler::NextOfBand(std::size_t most) {
+    mAccumulator->Take(mRing.data(), mHanded - mTaken);
+    mTaken = mHanded;
+    const std::size_t left = static_cast<std::size_t>(mResampling.y.fromCount) - mTaken;
+    const std::size_t count = std::min({most, left, mCapacity});
+    const std::span<unsigned char> rows(mRing.data(), count * mRowBytes);
+    std::ranges::fill(rows, static_cast<unsigned char>(0));
+    mHanded += count;
+    return rows;
+}
+
 std::span<unsigned char> RowResampler::NextRows(std::size_t most) {
+    if (mAccumulator) return NextOfBand(most);
     mTaken = mHanded;
     const std::size_t left = static_cast<std::size_t>(mResampling.y.fromCount) - mTaken;
     if (left == 0) return {};
@@ -157,7 +211,7 @@ std::span<unsigned char> RowResampler::NextRows(std::size_t most) {
 void RowResampler::Finish() {
     while (!NextRows(kBandRows).empty()) {
     }
-    Give(mResampling.y.toCount - mGiven);
+    if (!mAccumulator) Give(mResampling.y.toCount - mGiven);
 }
 
 }  // namespace Kavra::Common

@@ -3,10 +3,12 @@
 
 #include "common/RowSink.h"
 #include "common/resample/ResampleMethod.h"
+#include "common/resample/RowAccumulator.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -21,7 +23,8 @@ void Resample(const Resampling& resampling, const unsigned char* from, std::size
 void ResampleInto(const Resampling& resampling, const unsigned char* from, std::size_t pitch, RowSink& out);
 
 /// Takes rows of a picture and gives rows of it at another size to the sink behind it as soon as they can be made. Holds
-/// as many rows as a row of the result is made of, and about as many again.
+/// as many rows as a row of the result is made of, and about as many again; a band of them where `RowAccumulator` is
+/// better.
 class RowResampler final : public RowSink {
 public:
     /// `resampling` is possible; `out` lives longer. Throws `std::bad_alloc`.
@@ -40,10 +43,12 @@ private:
     void Give(int count);
     std::size_t FreeRows() const;
     std::size_t FirstNeeded() const;
+    std::span<unsigned char> NextOfBand(std::size_t most);
 
     Resampling mResampling;
     RowSink& mOut;
-    std::unique_ptr<ResampleMethod> mMethod;
+    std::optional<RowAccumulator> mAccumulator;  ///< does the work, where there is one
+    std::unique_ptr<ResampleMethod> mMethod;     ///< does it where there is none
     std::vector<int> mFirst;  ///< the first row of the source that a row of the result or any behind it needs
     std::size_t mRowBytes;
     std::size_t mCapacity = 1;  ///< of the ring, in rows

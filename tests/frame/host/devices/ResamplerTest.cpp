@@ -297,6 +297,57 @@ TEST(ResamplerRows, AreThoseOfThePictureInParallel) {
     }
 }
 
+/// A picture of which a band is larger than the rows under the filter may be.
+Picture TallPicture(ElementType element, int channels) {
+    return MakePicture(element, channels, 6000, 2400, Pattern::kPhotograph);
+}
+
+TEST(ResamplerRows, RowsThatAreAddedUpAgreeWithThePlainTwin) {
+    for (const ElementType element : kElements) {
+        const Picture from = TallPicture(element, 4);
+        const Picture to = Resampled(from, 30, 3);
+        for (int y = 0; y < 3; ++y) {
+            for (const int x : {0, 13, 29}) {
+                const double expected = PlainValue(from, 30, 3, kResampleMitchell, x, y, 2);
+                const bool isWord = element == ElementType::kUInt16, isByte = element == ElementType::kUInt8;
+                EXPECT_NEAR(static_cast<double>(to.At(x, y, 2)), expected, isByte ? 0.51 : isWord ? 3.0 : 5e-4)
+                    << x << ", " << y;
+            }
+        }
+    }
+}
+
+TEST(ResamplerRows, RowsThatAreAddedUpAreThoseOfThePicture) {
+    for (const ElementType element : {ElementType::kUInt8, ElementType::kFloat}) {
+        const Picture from = TallPicture(element, 4);
+        const ResampleOptions options{.alphaWeighted = true, .bounded = true};
+        const Picture whole = Resampled(from, 30, 3, options);
+        Picture rows = EmptyPicture(element, 4, 30, 3);
+        RowsOfPicture source(from);
+        RowsToPicture sink(rows);
+        ASSERT_TRUE(ResampleRows({element, 4, 3}, source, 6000, 2400, sink, 30, 3, options));
+        EXPECT_TRUE(rows.bytes == whole.bytes);
+    }
+}
+
+TEST(ResamplerRows, RowsThatAreAddedUpKeepTheOptions) {
+    Picture from = TallPicture(ElementType::kFloat, 4);
+    for (std::size_t i = 0; i < from.Values(); i += 4)
+        from.Set(i + 3, i % 8 == 0 ? 0.0F : 1.0F);
+    for (std::size_t i = 0; i < from.Values(); i += 8) {  // what is transparent is bright
+        for (std::size_t c = 0; c < 3; ++c)
+            from.Set(i + c, 1000.0F);
+    }
+    const Picture to = Resampled(from, 30, 3, {.alphaWeighted = true, .bounded = true});
+    for (std::size_t i = 0; i < to.Values(); i += 4)
+        EXPECT_LT(to.Value(i), 1.01F) << i;
+    from.Set((1200 * 6000 + 3000) * 4 + 4, 1e6F);
+    from.Set((1200 * 6000 + 3000) * 4 + 7, 1.0F);
+    const Picture bounded = Resampled(from, 30, 3, {.filter = kResampleLanczos3, .bounded = true});
+    for (std::size_t i = 0; i < bounded.Values(); ++i)
+        EXPECT_GE(bounded.Value(i), 0.0F) << i;
+}
+
 TEST(ResamplerRows, EndWhereTheSourceOrTheSinkEnds) {
     const Picture from = MakePicture(ElementType::kUInt8, 4, 50, 500, Pattern::kRamps);
     Picture to = EmptyPicture(ElementType::kUInt8, 4, 25, 250);
