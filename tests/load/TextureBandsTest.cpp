@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <fstream>
 #include <functional>
 #include <ostream>
 #include <random>
@@ -188,18 +187,6 @@ INSTANTIATE_TEST_SUITE_P(EveryKind, BandsOf, testing::ValuesIn(FileKinds()), [](
     std::ranges::replace(name, '.', '_');
     return name;
 });
-
-// The library says of such a file that all was read. Memory is zero where it comes fresh from the system.
-TEST_F(TextureBands, HoldNothingOfOthersWhereAStripIsDamaged) {
-    const auto path = Write({"half.tif", 4, OIIO::TypeHalf, Strips(32, "zip")});
-    {
-        std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-        file.seekp(static_cast<std::streamoff>(std::filesystem::file_size(path) * 6 / 10));
-        file.write("\x55\xaa\x55\x12\x00\xff", 6);
-    }
-    Objects::ObjModel::ReleaseKeptBlock();
-    ExpectResized(path, {.width = kWidth - 40, .height = kHeight - 40});
-}
 
 // --- Luminance that is its alpha -------------------------------------------------------------------------------------
 
