@@ -253,3 +253,14 @@ TEST(ResampledPixels, NearestTakesOnePixelOfThoseThatBoxTakesTheMeanOf) {
         EXPECT_EQ(Shrunk(command, out, "box"), (std::vector<unsigned char>{100, 25})) << command.front();
     }
 }
+
+TEST(ResampledPixels, BilinearSkipsPixelsWhateverElseIsWanted) {
+    const TemporaryFolder folder;
+    const std::string in = Greys(folder);
+    const std::string out = folder / "out.png";
+    for (Words command : QuarteringCommands(in, out)) {
+        EXPECT_EQ(Shrunk(command, out, "bilinear"), (std::vector<unsigned char>{75, 30})) << command.front();
+        command.push_back("--plain-filter");
+        EXPECT_EQ(Shrunk(command, out, "bilinear"), (std::vector<unsigned char>{75, 30})) << command.front();
+    }
+}
