@@ -61,7 +61,7 @@ float FilterMethod::TieBound(const Resampling& resampling, const AxisPlan& acros
     const double here = a * (y.cumulative + b) + b * (x.cumulative + a);
     const double bound = 1.01 * kUnit * (255 * (library + here) + 2 * 256);
     if (bound >= kQuarter) return 0.0F;
-    return static_cast<float>(options.alphaWeighted ? 2 * bound : bound);
+    return static_cast<float>(WorkingColours(resampling.pixels, options).IsWeighted() ? 2 * bound : bound);
 }
 
 /// Reaches within the picture, at its edge where they lie beyond it.

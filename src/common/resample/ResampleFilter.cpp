@@ -65,7 +65,8 @@ float Lanczos3(float x) {
 }  // namespace
 
 ResampleFilter::ResampleFilter(EResampleFilter filter, float growth)
-    : kind(filter), width(NaturalWidth(filter) * std::max(1.0F, growth)) {}
+    : kind(filter),
+      width(NaturalWidth(filter) * (filter == Devices::kResampleBilinear ? growth : std::max(1.0F, growth))) {}
 
 float ResampleFilter::Weight(float x) const {
     switch (kind) {

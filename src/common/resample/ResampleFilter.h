@@ -10,7 +10,8 @@ struct ResampleFilter {
     Devices::EResampleFilter kind;
     float width;
 
-    /// The filter as wide as it is by itself, or, where pictures grow `growth` times (above 1), as much wider.
+    /// The filter as wide as it is by itself, or, where pictures grow `growth` times (above 1), as much wider. That of
+    /// `kResampleBilinear` always spans two pixels of the source, also where pictures shrink.
     ResampleFilter(Devices::EResampleFilter filter, float growth);
 
     /// The weight of a pixel `x` pixels of the result away from the centre; 0 beyond half of the width. In the operations

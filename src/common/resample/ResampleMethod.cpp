@@ -4,6 +4,7 @@
 #include "common/resample/FilterMethod.h"
 #include "common/resample/OrderedMethod.h"
 #include "common/resample/PointMethods.h"
+#include "common/resample/WorkingColours.h"
 
 #include <algorithm>
 #include <cmath>
@@ -60,7 +61,7 @@ RowSpan ClampedSpan(const Reach& reach, int rows) {
 std::unique_ptr<ResampleMethod> NewResampleMethod(const Resampling& resampling) {
     const ResampleOptions& options = resampling.options;
     if (options.filter == Devices::kResampleNearest) return std::make_unique<NearestMethod>(resampling);
-    const bool isPlain = !options.alphaWeighted && !options.linearLight;
+    const bool isPlain = WorkingColours(resampling.pixels, options).IsPlain();
     if (options.filter == Devices::kResampleBilinear && isPlain) return std::make_unique<BilinearMethod>(resampling);
     const bool showsLastBits = resampling.pixels.element != ElementType::kUInt8 && !options.bounded && isPlain;
     if (showsLastBits && OrderedMethod::IsWorthIt(resampling)) return std::make_unique<OrderedMethod>(resampling);

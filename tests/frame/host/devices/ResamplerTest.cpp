@@ -211,6 +211,22 @@ TEST(Resampler, BoundedLightIsNeverNegativeNorBrighterThanItsSource) {
     }
 }
 
+TEST(Resampler, TheFourAroundAPointAreFourWithOptionsToo) {
+    // From six pixels to two: the centres lie at 1.5 and 4.5, on the second and the fifth pixel.
+    const Picture six = Pixels(ElementType::kUInt8, 4, 6, 1, {1, 0, 0, 1, 0, 1, 0, 1, 0, 0, 1, 1,  //
+                                                              1, 0, 0, 1, 0, 1, 1, 1, 0, 0, 1, 1});
+    EXPECT_EQ(ValuesOf(Resampled(six, 2, 1, {.filter = kResampleBilinear, .alphaWeighted = true})),
+              (std::vector<float>{0, 255, 0, 255, 0, 255, 255, 255}));
+}
+
+TEST(Resampler, WithoutAnAlphaNothingIsWeighted) {
+    for (const EResampleFilter filter : kFilters) {
+        const Picture from = MakePicture(ElementType::kUInt8, 3, 90, 70, Pattern::kChecks);
+        EXPECT_EQ(Resampled(from, 31, 29, {.filter = filter, .alphaWeighted = true}).bytes,
+                  Resampled(from, 31, 29, {.filter = filter}).bytes);
+    }
+}
+
 TEST(Resampler, IntegersKeepTheirOvershootWhenBounded) {
     const Picture from = MakePicture(ElementType::kUInt8, 4, 90, 70, Pattern::kChecks);
     EXPECT_EQ(Resampled(from, 60, 50, {.filter = kResampleLanczos3, .bounded = true}).bytes,
@@ -297,20 +313,24 @@ TEST(ResamplerRows, AreThoseOfThePictureInParallel) {
     }
 }
 
-/// A picture of which a band is larger than the rows under the filter may be.
-Picture TallPicture(ElementType element, int channels) {
-    return MakePicture(element, channels, 6000, 2400, Pattern::kPhotograph);
+/// A picture of which the rows under the filter are too many to be kept, where it becomes three rows high.
+constexpr int kWide = 2700, kTall = 2400;
+Picture TallPicture(ElementType element) {
+    return MakePicture(element, 4, kWide, kTall, Pattern::kRamps);
 }
 
 TEST(ResamplerRows, RowsThatAreAddedUpAgreeWithThePlainTwin) {
     for (const ElementType element : kElements) {
-        const Picture from = TallPicture(element, 4);
+        const Picture from = TallPicture(element);
         const Picture to = Resampled(from, 30, 3);
         for (int y = 0; y < 3; ++y) {
             for (const int x : {0, 13, 29}) {
                 const double expected = PlainValue(from, 30, 3, kResampleMitchell, x, y, 2);
                 const bool isWord = element == ElementType::kUInt16, isByte = element == ElementType::kUInt8;
-                EXPECT_NEAR(static_cast<double>(to.At(x, y, 2)), expected, isByte ? 0.51 : isWord ? 3.0 : 5e-4)
+                EXPECT_NEAR(static_cast<double>(to.At(x, y, 2)), expected,
+                            isByte   ? 0.51
+                            : isWord ? 3.0
+                                     : 5e-4)
                     << x << ", " << y;
             }
         }
@@ -319,19 +339,19 @@ TEST(ResamplerRows, RowsThatAreAddedUpAgreeWithThePlainTwin) {
 
 TEST(ResamplerRows, RowsThatAreAddedUpAreThoseOfThePicture) {
     for (const ElementType element : {ElementType::kUInt8, ElementType::kFloat}) {
-        const Picture from = TallPicture(element, 4);
+        const Picture from = TallPicture(element);
         const ResampleOptions options{.alphaWeighted = true, .bounded = true};
         const Picture whole = Resampled(from, 30, 3, options);
         Picture rows = EmptyPicture(element, 4, 30, 3);
         RowsOfPicture source(from);
         RowsToPicture sink(rows);
-        ASSERT_TRUE(ResampleRows({element, 4, 3}, source, 6000, 2400, sink, 30, 3, options));
+        ASSERT_TRUE(ResampleRows({element, 4, 3}, source, kWide, kTall, sink, 30, 3, options));
         EXPECT_TRUE(rows.bytes == whole.bytes);
     }
 }
 
 TEST(ResamplerRows, RowsThatAreAddedUpKeepTheOptions) {
-    Picture from = TallPicture(ElementType::kFloat, 4);
+    Picture from = TallPicture(ElementType::kFloat);
     for (std::size_t i = 0; i < from.Values(); i += 4)
         from.Set(i + 3, i % 8 == 0 ? 0.0F : 1.0F);
     for (std::size_t i = 0; i < from.Values(); i += 8) {  // what is transparent is bright
@@ -341,8 +361,8 @@ TEST(ResamplerRows, RowsThatAreAddedUpKeepTheOptions) {
     const Picture to = Resampled(from, 30, 3, {.alphaWeighted = true, .bounded = true});
     for (std::size_t i = 0; i < to.Values(); i += 4)
         EXPECT_LT(to.Value(i), 1.01F) << i;
-    from.Set((1200 * 6000 + 3000) * 4 + 4, 1e6F);
-    from.Set((1200 * 6000 + 3000) * 4 + 7, 1.0F);
+    from.Set((1200 * kWide + 1350) * 4 + 4, 1e6F);
+    from.Set((1200 * kWide + 1350) * 4 + 7, 1.0F);
     const Picture bounded = Resampled(from, 30, 3, {.filter = kResampleLanczos3, .bounded = true});
     for (std::size_t i = 0; i < bounded.Values(); ++i)
         EXPECT_GE(bounded.Value(i), 0.0F) << i;
