@@ -9,7 +9,9 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <optional>
+#include <utility>
 
 namespace Kavra::Common {
 
@@ -76,10 +78,10 @@ RowSpan FilterMethod::Needs(int y) const {
 // --- What a thread works in ------------------------------------------------------------------------------------------
 
 struct FilterMethod::Scratch {
-    Scratch(const FilterMethod& method, std::size_t group)
+    explicit Scratch(const FilterMethod& method)
         : loaded(kBlockRows * kLoadedStride),
           weighted(method.mColours.IsWeighted() ? loaded.size() : 0),
-          sums(group * method.mAcross.Stride()),
+          sums(static_cast<std::size_t>(method.mGroup) * method.mAcross.Stride()),
           low(method.mBounds ? sums.size() : 0),
           high(low.size()),
           least(method.mBounds ? method.mToElements : 0),
@@ -96,6 +98,25 @@ struct FilterMethod::Scratch {
     std::vector<std::uint32_t> ties;
     std::vector<const unsigned char*> rows;
 };
+
+FilterMethod::~FilterMethod() = default;
+
+std::unique_ptr<FilterMethod::Scratch> FilterMethod::TakeScratch() const {
+    {
+        const std::lock_guard lock(mMutex);
+        if (!mScratches.empty()) {
+            std::unique_ptr<Scratch> scratch = std::move(mScratches.back());
+            mScratches.pop_back();
+            return scratch;
+        }
+    }
+    return std::make_unique<Scratch>(*this);
+}
+
+void FilterMethod::GiveBack(std::unique_ptr<Scratch> scratch) const {
+    const std::lock_guard lock(mMutex);
+    mScratches.push_back(std::move(scratch));
+}
 
 // --- Down ------------------------------------------------------------------------------------------------------------
 
@@ -286,7 +307,8 @@ void FilterMethod::Finish(const SourceRows& source, int y, Scratch& scratch, std
 }
 
 void FilterMethod::Make(const SourceRows& source, int y, int count, unsigned char* out) const {
-    Scratch scratch(*this, static_cast<std::size_t>(std::min(count, mGroup)));
+    std::unique_ptr<Scratch> taken = TakeScratch();
+    Scratch& scratch = *taken;
     for (int group = y; group < y + count; group += mGroup) {
         const int rows = std::min(mGroup, y + count - group);
         SumDown(source, group, rows, scratch);
@@ -300,6 +322,7 @@ void FilterMethod::Make(const SourceRows& source, int y, int count, unsigned cha
             }
         }
     }
+    GiveBack(std::move(taken));
 }
 
 }  // namespace Kavra::Common

@@ -24,6 +24,8 @@
 #include "common/resample/WorkingColours.h"
 
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -41,8 +43,14 @@ public:
     /// summed again.
     static float TieBound(const Resampling& resampling, const AxisPlan& across, const AxisPlan& down);
 
+    ~FilterMethod() override;
+
 private:
     struct Scratch;
+    /// A scratch that nobody works in, or a new one; the system's fresh pages cost more than the work of a few rows.
+    std::unique_ptr<Scratch> TakeScratch() const;
+    void GiveBack(std::unique_ptr<Scratch> scratch) const;
+
     /// Floats of a row, whole pixels.
     struct Block {
         std::size_t begin, width;
@@ -75,6 +83,8 @@ private:
     bool mBounds;
     float mTieBound = 0.0F;  ///< how far, in steps of 8 bits, the two ways may be apart; 0: nothing is summed again
     int mGroup = 4;
+    mutable std::mutex mMutex;
+    mutable std::vector<std::unique_ptr<Scratch>> mScratches;  ///< that nobody works in
 };
 
 }  // namespace Kavra::Common

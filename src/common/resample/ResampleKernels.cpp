@@ -262,26 +262,69 @@ std::size_t FindTies(const float* values, std::size_t count, int channels, float
     return found;
 }
 
+/// As many taps as a vector has pixels of four floats: each product by itself, to be added one after the other.
+using Several = hn::CappedTag<float, 16>;
+
+/// The weights of the taps of a vector, each four times.
+HWY_INLINE hn::VFromD<Several> SpreadWeights(const float* weights, float rowWeight) {
+    const Several d;
+    if constexpr (HWY_MAX_LANES_D(Several) == 4) {
+        return hn::Set(d, weights[0] * rowWeight);
+    } else {
+        const hn::CappedTag<float, HWY_MAX_LANES_D(Several) / 4> few;
+        const hn::RebindToSigned<Several> di;
+        const auto products = hn::Mul(hn::LoadU(few, weights), hn::Set(few, rowWeight));
+        const auto order = hn::IndicesFromVec(d, hn::ShiftRight<2>(hn::Iota(di, 0)));
+        return hn::TableLookupLanes(hn::ResizeBitCast(d, products), order);
+    }
+}
+
+/// Adds the pixels of a vector in their order.
+HWY_INLINE hn::VFromD<Four> AddInOrder(hn::VFromD<Four> total, hn::VFromD<Several> products) {
+    total = hn::Add(total, hn::ExtractBlock<0>(products));
+    if constexpr (HWY_MAX_LANES_D(Several) >= 8) total = hn::Add(total, hn::ExtractBlock<1>(products));
+    if constexpr (HWY_MAX_LANES_D(Several) >= 16) {
+        total = hn::Add(total, hn::ExtractBlock<2>(products));
+        total = hn::Add(total, hn::ExtractBlock<3>(products));
+    }
+    return total;
+}
+
+/// 8-bit values as the library has them, 0 to 1.
+template <class D>
+HWY_INLINE hn::VFromD<D> UnitValues(D d, const unsigned char* bytes) {
+    const hn::Rebind<std::int32_t, D> di;
+    const auto values = hn::PromoteTo(di, hn::LoadU(hn::Rebind<std::uint8_t, D>(), bytes));
+    return hn::Mul(hn::ConvertTo(d, values), hn::Set(d, 1.0F / 255.0F));
+}
+
 template <std::size_t kPixels>
 void Exact(const ExactSum* sums, unsigned char* const* out) {
     const Four d;
-    const hn::Rebind<std::int32_t, Four> di;
-    const hn::Rebind<std::uint8_t, Four> db;
-    const auto toUnit = hn::Set(d, 1.0F / 255.0F);
+    constexpr std::size_t kTaps = HWY_MAX_LANES_D(Several) / 4;
     hn::VFromD<Four> totals[kPixels];
     for (std::size_t p = 0; p < kPixels; ++p)
         totals[p] = hn::Zero(d);
     for (std::size_t y = 0; y < sums[0].rowCount; ++y) {
         const float rowWeight = sums[0].rowWeights[y];
         if (rowWeight == 0.0F) continue;
-        for (std::size_t x = 0; x < sums[0].count; ++x) {
+        std::size_t x = 0;
+        for (; x + kTaps <= sums[0].count; x += kTaps) {
             for (std::size_t p = 0; p < kPixels; ++p) {
-                const auto bytes = hn::LoadU(db, sums[p].rows[y] + 4 * x);
-                const auto value = hn::Mul(hn::ConvertTo(d, hn::PromoteTo(di, bytes)), toUnit);
-                totals[p] = hn::Add(totals[p], hn::Mul(hn::Set(d, rowWeight * sums[p].weights[x]), value));
+                const auto weights = SpreadWeights(sums[p].weights + x, rowWeight);
+                const auto products = hn::Mul(weights, UnitValues(Several(), sums[p].rows[y] + 4 * x));
+                totals[p] = AddInOrder(totals[p], products);
+            }
+        }
+        for (; x < sums[0].count; ++x) {
+            for (std::size_t p = 0; p < kPixels; ++p) {
+                const auto weight = hn::Set(d, sums[p].weights[x] * rowWeight);
+                totals[p] = hn::Add(totals[p], hn::Mul(weight, UnitValues(d, sums[p].rows[y] + 4 * x)));
             }
         }
     }
+    const hn::Rebind<std::int32_t, Four> di;
+    const hn::Rebind<std::uint8_t, Four> db;
     for (std::size_t p = 0; p < kPixels; ++p) {
         const auto rounded = hn::Add(hn::Mul(totals[p], hn::Set(d, 255.0F)), hn::Set(d, 0.5F));
         const auto limited = hn::Min(hn::Max(rounded, hn::Zero(d)), hn::Set(d, 255.0F));

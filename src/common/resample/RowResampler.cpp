@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::size_t kBandRows = 64;  // handed out at a time: enough for every core to have rows to decode
 constexpr std::size_t kBandBytes = std::size_t{8} << 20;
-constexpr std::size_t kSerialBytes = 1 << 16;  // of the result: less is not worth waking a worker
+constexpr std::size_t kSpareBytes = std::size_t{6} << 20;  // of rows in a ring for the sake of speed
+constexpr std::size_t kSerialBytes = 1 << 16;              // of the result: less is not worth waking a worker
 
 /// Rows of the result, packed at `out`, split over all cores.
 void MakeRows(const ResampleMethod& method, const Resampling& resampling, const SourceRows& source, int y, int count,
@@ -101,12 +102,15 @@ void ResampleInto(const Resampling& resampling, const unsigned char* from, std::
 
 namespace {
 
-/// Rows of a ring for rows of the result that need `longest` rows each: as many again, so that a good many can be made
-/// side by side, and a band to decode into.
+/// Rows of a ring for rows of the result that need `longest` rows each: as many again, or what as many rows of the
+/// result are made of as two cores make best at a time; and a band to decode into.
 std::size_t RingRows(const Resampling& resampling, std::size_t longest) {
+    constexpr double kResultRows = 32;
     const std::size_t rowBytes = std::max<std::size_t>(resampling.FromRowBytes(), 1);
     const std::size_t band = std::clamp<std::size_t>(kBandBytes / rowBytes, 1, kBandRows);
-    return std::min(static_cast<std::size_t>(resampling.y.fromCount), longest + std::max(band, longest));
+    const auto wanted = static_cast<std::size_t>(kResultRows / static_cast<double>(resampling.y.Ratio()));
+    const std::size_t many = std::min(wanted, kSpareBytes / rowBytes);
+    return std::min(static_cast<std::size_t>(resampling.y.fromCount), longest + std::max({band, longest, many}));
 }
 
 }  // namespace
