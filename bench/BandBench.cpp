@@ -7,8 +7,6 @@
 #include "Bench.h"
 #include "legacy/BandFile.h"
 
-#include <sys/resource.h>
-
 #include <array>
 
 namespace {
@@ -40,15 +38,6 @@ std::vector<std::array<int, 3>> Ramp(int red, int green, int blue) {
     for (int i = 0; i < 256; ++i)
         palette.push_back({i * red / 255, i * green / 255, i * blue / 255});
     return palette;
-}
-
-double ProcessorSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 void LoadBands(benchmark::State& state, const Legacy::BandRaster& raster) {

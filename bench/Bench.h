@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <string>
 #include <vector>
 
 namespace Kavra::Bench {
@@ -81,6 +82,28 @@ BestTimes Beside(benchmark::State& state, const Work& work, const Limit& limit) 
     return BesideTimed(state, [&] { return Seconds(work); }, [&] { return Seconds(limit); });
 }
 
+/// The seconds that all cores together have spent on this process.
+double ProcessorSeconds();
+
+/// Runs a program without its output; the seconds from start to end. Throws `std::runtime_error` where it fails.
+double TimeProcess(std::vector<std::string> arguments);
+
+// --- Memory ----------------------------------------------------------------------------------------------------------
+
+/// Gives back what earlier work left, and starts the process's highest level of memory anew.
+void StartGrowth();
+
+/// By how many MB the highest level since `StartGrowth` is above what the process held when that was called first.
+double GrowthMegabytes();
+
+/// The same of one piece of work.
+template <class Work>
+double GrowthOf(const Work& work) {
+    StartGrowth();
+    work();
+    return GrowthMegabytes();
+}
+
 // --- Limits and loads ------------------------------------------------------------------------------------------------
 
 /// Where a block's memory comes from: fresh pages, or the block that the host's allocator kept from the one before.
@@ -97,12 +120,19 @@ struct Load {
     Devices::ImageDescription desc;
 };
 
-/// Loads a file as it is through the image handler and frees the block. Throws `std::runtime_error`.
-Load TimeLoad(const std::filesystem::path& path, int frame = 0, Memory memory = Memory::kKept);
+/// What is asked of a load: the file as it is, unless said.
+struct LoadWish {
+    int frame = 0;
+    int width = 0, height = 0;  ///< pixels at most; 0: the file's own
+    Memory memory = Memory::kKept;
+};
+
+/// Loads a file through the image handler and frees the block. Throws `std::runtime_error`.
+Load TimeLoad(const std::filesystem::path& path, const LoadWish& wish = {});
 
 // --- Pictures --------------------------------------------------------------------------------------------------------
 
 /// Pixels between noise and a flat field: smooth ramps with some texture on them. Rows without gaps.
-std::vector<unsigned char> TexturedPixels(int side, int channels);
+std::vector<unsigned char> TexturedPixels(int width, int height, int channels);
 
 }  // namespace Kavra::Bench

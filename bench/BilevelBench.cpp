@@ -4,13 +4,11 @@
 // those of the block, or of the fax data where the decoder runs alone.
 
 #include "Bench.h"
+#include "Files.h"
 #include "legacy/CalsFile.h"
 #include "legacy/CcittEncoder.h"
 #include "legacy/RlcFile.h"
 #include "readers/ccitt/CcittRows.h"
-
-#include <cmath>
-#include <random>
 
 namespace {
 
@@ -20,37 +18,13 @@ using Kavra::Common::ByteSource;
 using namespace Kavra::Devices;
 using Legacy::Bitmap;
 
-void DrawLine(Bitmap& image, double x, double y, double angle, double length, int thickness) {
-    for (double along = 0; along < length; along += 0.7) {
-        for (int i = 0; i < thickness; ++i) {
-            const int column = static_cast<int>(x + along * std::cos(angle)) + i;
-            const int row = static_cast<int>(y + along * std::sin(angle)) + i;
-            if (column >= 0 && row >= 0 && column < image.width && row < image.height) image.Set(column, row);
-        }
-    }
-}
-
-/// Lines in all directions, most of them along the sides, as many in a square inch at 600 dots as a drawing has.
-Bitmap Drawing(int width, int height) {
-    constexpr double kRightAngle = 1.5707963267948966;
-    Bitmap image(width, height);
-    std::mt19937 random(1);
-    const auto below = [&](int limit) { return static_cast<double>(random() % static_cast<unsigned>(limit)); };
-    const int lines = static_cast<int>(static_cast<double>(width) * height / 140'000);
-    for (int line = 0; line < lines; ++line) {
-        const double angle = line % 3 == 0 ? below(6283) / 1000 : kRightAngle * below(4);
-        DrawLine(image, below(width), below(height), angle, below(width / 8), 3 + static_cast<int>(below(6)));
-    }
-    return image;
-}
-
 /// Neither side may work in memory that the other has touched.
 void LoadDrawing(benchmark::State& state, const Bitmap& image, const Legacy::ByteBuilder& bytes) {
     const TemporaryFolder folder;
     const auto path = folder.Write("drawing", bytes.Bytes());
     const std::size_t pixels = static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height);
     const BestTimes best = BesideTimed(
-        state, [&] { return TimeLoad(path, 0, Memory::kFresh).seconds; },
+        state, [&] { return TimeLoad(path, {.memory = Memory::kFresh}).seconds; },
         [&] { return TimeBlockWrite(4 * pixels, Memory::kFresh); });
     CountItems(state, pixels);
     CountBytes(state, 4 * pixels);

@@ -6,17 +6,10 @@
 
 #include <OpenImageIO/imageio.h>
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-extern char** environ;
 
 namespace {
 
@@ -29,27 +22,6 @@ const bool opensBare = [] {
     const auto input = OIIO::ImageInput::open(path);
     std::_Exit(input ? 0 : 1);
 }();
-
-/// Runs a program without its output; the seconds from start to end.
-double TimeProcess(std::vector<std::string> arguments) {
-    std::vector<char*> pointers;
-    for (std::string& argument : arguments)
-        pointers.push_back(argument.data());
-    pointers.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-
-    int status = 1;
-    const double seconds = Kavra::Bench::Seconds([&] {
-        pid_t child = 0;
-        if (posix_spawn(&child, pointers[0], &actions, nullptr, pointers.data(), environ) == 0)
-            waitpid(child, &status, 0);
-    });
-    posix_spawn_file_actions_destroy(&actions);
-    if (status != 0) throw std::runtime_error(arguments[0] + " failed");
-    return seconds;
-}
 
 void WritePng(const std::string& path) {
     const auto output = OIIO::ImageOutput::create(path);
@@ -67,13 +39,13 @@ void Info(benchmark::State& state) {
     WritePng(path);
     const auto timeBare = [&] {
         setenv(kOpenVariable, path.c_str(), 1);
-        const double seconds = TimeProcess({"/proc/self/exe"});
+        const double seconds = Kavra::Bench::TimeProcess({"/proc/self/exe"});
         unsetenv(kOpenVariable);
         return seconds;
     };
     timeBare();
-    const auto best =
-        Kavra::Bench::BesideTimed(state, [&] { return TimeProcess({KAVRA_PROGRAM, "info", path}); }, timeBare);
+    const auto best = Kavra::Bench::BesideTimed(
+        state, [&] { return Kavra::Bench::TimeProcess({KAVRA_PROGRAM, "info", path}); }, timeBare);
     Kavra::Bench::CountItems(state, 1);
     state.counters["ratio"] = best.Ratio();
 }

@@ -9,18 +9,13 @@
 #include <kavra/devices/IWriteImageLineProvider.h>
 #include <kavra/devices/MemoryTarget.h>
 #include <kavra/objects/OS.h>
-#include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImage.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
 #include <OpenImageIO/imagebufalgo.h>
 
-#include <malloc.h>
-
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -205,25 +200,6 @@ BENCHMARK(ResizeFilter)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 // --- The line writer's memory ----------------------------------------------------------------------------------------
 
-/// A figure of this process in MB, as the system tells it.
-double StatusMegabytes(const std::string& name) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.starts_with(name + ":")) return std::strtod(line.c_str() + name.size() + 1, nullptr) / 1024;
-    }
-    return 0;
-}
-
-/// Gives back what earlier work left, and starts the highest level anew. Returns the level that all growth is measured
-/// from: what the process held before the first of these measurements.
-double StartPeak() {
-    Objects::ObjModel::ReleaseKeptBlock();
-    malloc_trim(0);
-    static const double before = StatusMegabytes("VmRSS");
-    std::ofstream("/proc/self/clear_refs") << "5";
-    return before;
-}
-
 class Gradient final : public IWriteImageLineProvider {
 public:
     explicit Gradient(std::size_t bytes) : mBytes(bytes) {}
@@ -246,10 +222,10 @@ void LineWriterMemory(benchmark::State& state, const char* extension) {
     const OIIOImageHandler handler;
     for (auto _ : state) {
         Gradient lines(kWidth * 4);
-        const double before = StartPeak();
+        StartGrowth();
         const bool written = handler.writeImageOneLineAtATime(OS::FromUtf8(path.c_str()).c_str(), 300, &lines, kWidth,
                                                               static_cast<int>(state.range(0)), 4);
-        state.counters["growth_MB"] = StatusMegabytes("VmHWM") - before;
+        state.counters["growth_MB"] = GrowthMegabytes();
         if (!written) state.SkipWithError("not written");
     }
     CountBytes(state, std::size_t{kWidth} * 4 * static_cast<std::size_t>(state.range(0)));

@@ -28,11 +28,11 @@ constexpr Case kCases[] = {{"large-8.pcx"}, {"large-24.pcx"}, {"large-32.pct"}, 
                            {"short.bil"},   {"float.bil"}};
 
 void PeerFile(benchmark::State& state, const fs::path& path, const Case& which) {
-    const ImageDescription desc = TimeLoad(path, which.frame).desc;
+    const ImageDescription desc = TimeLoad(path, {.frame = which.frame}).desc;
     const std::size_t pixels = static_cast<std::size_t>(desc.width) * static_cast<std::size_t>(desc.height) *
                                static_cast<std::size_t>(which.framesDecoded);
     const BestTimes best = BesideTimed(
-        state, [&] { return TimeLoad(path, which.frame).seconds; },
+        state, [&] { return TimeLoad(path, {.frame = which.frame}).seconds; },
         [&] { return TimePlainRead(path) + TimeBlockWrite(desc.dataSize, Memory::kKept); });
     CountItems(state, pixels);
     CountBytes(state, desc.dataSize);

@@ -56,13 +56,14 @@ void LoadPict(benchmark::State& state, MakePicture makePicture) {
 using Legacy::PictMode;
 
 KAVRA_PICT_BENCH(pict_32_as_it_is,
-                 Legacy::PictOfColours(kSide, kSide, TexturedPixels(kSide, 3), 32, PictMode::kTransparent));
+                 Legacy::PictOfColours(kSide, kSide, TexturedPixels(kSide, kSide, 3), 32, PictMode::kTransparent));
 KAVRA_PICT_BENCH(pict_32_minimum,
-                 Legacy::PictOfColours(kSide, kSide, TexturedPixels(kSide, 3), 32, PictMode::kMinimum));
+                 Legacy::PictOfColours(kSide, kSide, TexturedPixels(kSide, kSide, 3), 32, PictMode::kMinimum));
 KAVRA_PICT_BENCH(pict_32_two_colours,
-                 Legacy::PictOfColours(kSide, kSide, TexturedPixels(kSide, 3), 32, PictMode::kCopy));
-KAVRA_PICT_BENCH(pict_16, Legacy::PictOfColours(kSide, kSide, TexturedPixels(kSide, 3), 16, PictMode::kTransparent));
-KAVRA_PICT_BENCH(pict_8, Indices(TexturedPixels(kSide, 1)));
+                 Legacy::PictOfColours(kSide, kSide, TexturedPixels(kSide, kSide, 3), 32, PictMode::kCopy));
+KAVRA_PICT_BENCH(pict_16,
+                 Legacy::PictOfColours(kSide, kSide, TexturedPixels(kSide, kSide, 3), 16, PictMode::kTransparent));
+KAVRA_PICT_BENCH(pict_8, Indices(TexturedPixels(kSide, kSide, 1)));
 KAVRA_PICT_BENCH(pict_8_fields, Indices(Fields()));
 KAVRA_PICT_BENCH(pict_1, Legacy::PictOfBits(kSide, kSide, Dots()));
 

@@ -1,160 +1,207 @@
-// Loading large files at a smaller size, beside a bare decode of the same file by OpenImageIO: 64 rows at a time into the
-// same memory (256 of an OpenEXR, a row of tiles of a tiled file), turn and turn about.
+// Loading large files at a smaller size, beside decoding them, turn and turn about.
 //
-// "ratio" is the best time of a load over that of a decode; "peak_mb" what a load takes beyond what the process has.
-// Items are pixels of the file; of thumbnails, pictures.
+// "ratio" is the best time of a load over that of decoding rows that nobody keeps: by the image library as the file has
+// them, of the legacy formats by their readers as pixels of four channels. "of_whole" is that over all of the picture in
+// four channels: read by the image library, or loaded. "cpu_ratio" is "ratio" in seconds of all cores together, which
+// other work on the machine changes least. "growth_MB" is by how much a load raises the process's memory at
+// most over its start, "decoding_MB" decoding. Items are the file's pixels, bytes those of the block.
 
 #include "Bench.h"
+#include "Files.h"
+#include "legacy/BandFile.h"
+#include "legacy/CalsFile.h"
+#include "legacy/FlicFile.h"
+#include "legacy/PcxFile.h"
+#include "legacy/PictFile.h"
+#include "legacy/RlcFile.h"
+#include "readers/FileTypeDetection.h"
 
+#include <kavra/devices/ImageLimits.h>
 #include <kavra/devices/LoadPreferences.h>
-#include <kavra/objects/ObjModel.h>
-#include <kavra/oiio/OIIOImageHandler.h>
-
-#include <OpenImageIO/imageio.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <functional>
+#include <memory>
+#include <span>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace {
 
-using namespace Kavra;
+namespace fs = std::filesystem;
+namespace Legacy = Kavra::Legacy;
+
 using namespace Kavra::Bench;
 using namespace Kavra::Devices;
 
+/// The wish for a picture of this width in its proportions.
+LoadWish AtWidth(const ImageDescription& file, int width) {
+    const double height = static_cast<double>(width) * file.height / file.width;
+    return {.width = width, .height = static_cast<int>(height + 0.5)};
+}
+
+/// Does work that gives back its seconds, and adds those of the processor to `processor`.
+template <class Work>
+double Time(Best& processor, const Work& work) {
+    const double before = ProcessorSeconds();
+    const double seconds = work();
+    processor.Add(ProcessorSeconds() - before);
+    return seconds;
+}
+
+/// `decode` and `whole` give back the seconds that they take.
+template <class Decode, class Whole>
+void LoadBeside(benchmark::State& state, const fs::path& path, const Decode& decode, const Whole& whole) {
+    const double decodingGrowth = GrowthOf(decode);
+    const Load file = TimeLoad(path);
+    const LoadWish wish = AtWidth(file.desc, static_cast<int>(state.range(0)));
+    const double growth = GrowthOf([&] { TimeLoad(path, wish); });
+    Best processor, decodeProcessor, bestWhole;
+    const BestTimes best = BesideTimed(
+        state, [&] { return Time(processor, [&] { return TimeLoad(path, wish).seconds; }); },
+        [&] {
+            bestWhole.Add(whole());
+            return Time(decodeProcessor, decode);
+        });
+    CountItems(state, static_cast<std::size_t>(file.desc.width) * static_cast<std::size_t>(file.desc.height));
+    CountBytes(state, TimeLoad(path, wish).desc.dataSize);
+    state.counters["ratio"] = best.Ratio();
+    state.counters["of_whole"] = best.work / bestWhole.Seconds();
+    state.counters["cpu_ratio"] = processor.Seconds() / decodeProcessor.Seconds();
+    state.counters["growth_MB"] = growth;
+    state.counters["decoding_MB"] = decodingGrowth;
+}
+
+void LoadSmall(benchmark::State& state, const PictureFile& file) {
+    const fs::path path = MakeFile(file);
+    LoadBeside(
+        state, path, [&] { return Seconds([&] { ReadRows(path); }); },
+        [&] { return Seconds([&] { ReadWhole(path, file.type); }); });
+}
+
+/// The same where the file may be decoded in part; beside decoding all of it, still.
+void LoadSmallFast(benchmark::State& state, const PictureFile& file) {
+    LoadPreferences preferences;
+    preferences.fast = true;
+    const LoadPreferencesScope scope(preferences);
+    LoadSmall(state, file);
+}
+
+// --- The legacy formats ----------------------------------------------------------------------------------------------
+
 constexpr int kSide = 4096;
 
-struct FileKind {
-    const char* name;
-    OIIO::TypeDesc type = OIIO::TypeUInt8;
-    std::function<void(OIIO::ImageSpec&)> details = [](OIIO::ImageSpec&) {};
+void Write(const fs::path& path, std::span<const unsigned char> bytes) {
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+void WriteCals(const fs::path& path) {
+    Write(path, Legacy::CalsFile(Drawing(19'866, 28'087)).Bytes());  // A0 at 600 dots per inch
+}
+
+void WriteRlc(const fs::path& path) {
+    Write(path, Legacy::RlcFile(Drawing(8192, 8192)).Bytes());
+}
+
+void WritePcx(const fs::path& path) {
+    Write(
+        path,
+        Legacy::PcxFile(
+            {.width = kSide, .height = kSide, .planes = 3, .palette = {}, .samples = TexturedPixels(kSide, kSide, 3)}));
+}
+
+void WritePict(const fs::path& path) {
+    const auto pixels = TexturedPixels(kSide, kSide, 3);
+    Write(path, Legacy::PictOfColours(kSide, kSide, pixels, 32, Legacy::PictMode::kTransparent).Bytes());
+}
+
+void WriteFlic(const fs::path& path) {
+    const Legacy::FlicMovie movie{.width = kSide, .height = kSide, .frames = {TexturedPixels(kSide, kSide, 1)}};
+    Write(path, Legacy::MakeFlic(movie).Bytes());
+}
+
+void WriteBands(const fs::path& path) {
+    Legacy::BandRaster raster{.columns = kSide, .rows = kSide, .bands = 3};
+    raster.samples = TexturedPixels(kSide, kSide, 3);
+    Legacy::WriteBandFiles(fs::path(path).replace_extension(), raster);
+}
+
+/// Hands out the same few rows again and again.
+class NoRows final : public Kavra::Common::RowSink {
+public:
+    explicit NoRows(std::size_t rowBytes) : mRowBytes(rowBytes), mRows(16 * rowBytes) {}
+    std::span<unsigned char> NextRows(std::size_t most) override {
+        const std::span<unsigned char> rows(mRows.data(), std::min(most * mRowBytes, mRows.size()));
+        std::ranges::fill(rows, static_cast<unsigned char>(0));
+        return rows;
+    }
+
+private:
+    std::size_t mRowBytes;
+    std::vector<unsigned char> mRows;
 };
 
-std::function<void(OIIO::ImageSpec&)> Compressed(const char* how) {
-    return [how](OIIO::ImageSpec& spec) { spec.attribute("compression", how); };
-}
-std::function<void(OIIO::ImageSpec&)> Tiled(int side) {
-    return [side](OIIO::ImageSpec& spec) { spec.tile_width = spec.tile_height = side; };
-}
-
-const std::vector<FileKind>& FileKinds() {
-    static const std::vector<FileKind> kinds = {
-        {"rgb.jpg"},
-        {"rgb.png"},
-        {"plain.tif", OIIO::TypeUInt8, Compressed("none")},
-        {"deflate.tif", OIIO::TypeUInt8, Compressed("zip")},
-        {"tiles.tif", OIIO::TypeUInt8, Tiled(256)},
-        {"half.exr", OIIO::TypeHalf, Compressed("zip")},
-        {"rgb.hdr", OIIO::TypeFloat},
-        {"rgb.bmp"},
-    };
-    return kinds;
+void DecodeRows(const fs::path& path) {
+    const Kavra::Objects::KString name = Wide(path);
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(DetectImageFileType(name)));
+    if (!reader || !reader->Open(name)) throw std::runtime_error("cannot open " + path.string());
+    NoRows rows(static_cast<std::size_t>(reader->GetRowPitch()));
+    if (!reader->ReadFrame(rows, 0)) throw std::runtime_error("cannot read " + path.string());
 }
 
-std::string MakeFile(const FileKind& kind, int side) {
-    static const TemporaryFolder folder;
-    const std::string path = (folder / (std::to_string(side) + kind.name)).string();
-    if (std::filesystem::exists(path)) return path;
-    OIIO::ImageSpec spec(side, side, 3, kind.type);
-    kind.details(spec);
-    const auto output = OIIO::ImageOutput::create(path);
-    if (!output || !output->open(path, spec) || !output->write_image(OIIO::TypeUInt8, TexturedPixels(side, 3).data())) {
-        throw std::runtime_error("cannot write " + path);
-    }
-    output->close();
-    return path;
+/// Lets the drawing be loaded at its own size, too.
+class RoomForAll {
+public:
+    RoomForAll() { SetImageLimits({.maxBytes = std::uint64_t{3} << 30}); }
+    ~RoomForAll() { SetImageLimits(mBefore); }
+    RoomForAll(const RoomForAll&) = delete;
+    RoomForAll& operator=(const RoomForAll&) = delete;
+
+private:
+    ImageLimits mBefore = GetImageLimits();
+};
+
+void LoadSmallLegacy(benchmark::State& state, const char* name, void (*write)(const fs::path& path)) {
+    const fs::path path = FolderOfFiles() / name;
+    if (!fs::exists(path)) write(path);
+    const RoomForAll room;
+    LoadBeside(state, path, [&] { return Seconds([&] { DecodeRows(path); }); }, [&] { return TimeLoad(path).seconds; });
 }
 
-void DecodeBare(const std::string& path) {
-    auto input = OIIO::ImageInput::open(path);
-    if (!input) throw std::runtime_error("cannot open " + path);
-    const OIIO::ImageSpec spec = input->spec();
-    const bool isTiled = spec.tile_width > 0;
-    const int band = isTiled ? spec.tile_height : path.ends_with(".exr") ? 256 : 64;
-    std::vector<unsigned char> rows(spec.scanline_bytes(true) * static_cast<std::size_t>(band));
-    for (int y = 0; y < spec.height; y += band) {
-        const int end = std::min(y + band, spec.height);
-        const bool done =
-            isTiled ? input->read_tiles(0, 0, 0, spec.width, y, end, 0, 1, 0, spec.nchannels, spec.format, rows.data())
-                    : input->read_native_scanlines(0, 0, y, end, 0, 0, spec.nchannels, rows.data());
-        if (!done) throw std::runtime_error("cannot read " + path);
-        benchmark::DoNotOptimize(rows.data());
-    }
-}
+// --- All of them -----------------------------------------------------------------------------------------------------
 
-double TimeSmallLoad(const std::string& path, int side, bool fast) {
-    static OIIOImageHandler handler;
-    LoadPreferences preferences;
-    preferences.fast = fast;
-    const LoadPreferencesScope scope(preferences);
-    const Objects::KString name = Wide(path);
-    return Seconds([&] {
-        ImageDescription desc;
-        IMemoryWrapper<void>* block =
-            handler.LoadTexture(desc, name, side, side, 1, kUnknown, false, 0, kTopLeft, nullptr);
-        if (block == nullptr) throw std::runtime_error("cannot load " + path);
-        block->Delete();
-    });
-}
+#define KAVRA_SMALL_BENCH(function, name, ...)     \
+    BENCHMARK_CAPTURE(function, name, __VA_ARGS__) \
+        ->ArgName("width")                         \
+        ->UseManualTime()                          \
+        ->Unit(benchmark::kMillisecond)            \
+        ->MinTime(0.5)
 
-/// A figure of the process in kilobytes, as the system keeps it.
-double Kilobytes(const std::string& figure) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.starts_with(figure + ":")) return std::stod(line.substr(figure.size() + 1));
-    }
-    return 0;
-}
+#define KAVRA_PARTS ->Arg(256)->Arg(512)->Arg(1024)->Arg(2048)
 
-double PeakMegabytes(const std::string& path, int side, bool fast) {
-    Objects::ObjModel::ReleaseKeptBlock();
-    std::ofstream("/proc/self/clear_refs") << "5" << std::flush;  // makes the peak what is there now
-    const double before = Kilobytes("VmRSS");
-    (void)TimeSmallLoad(path, side, fast);
-    return (Kilobytes("VmHWM") - before) / 1024;
-}
-
-void LoadSmall(benchmark::State& state, const FileKind& kind, int part, bool fast) {
-    const std::string path = MakeFile(kind, kSide);
-    const int side = kSide / part;
-    DecodeBare(path);
-    (void)TimeSmallLoad(path, side, fast);
-    const double peak = PeakMegabytes(path, side, fast);
-    const BestTimes best = BesideTimed(
-        state, [&] { return TimeSmallLoad(path, side, fast); }, [&] { return Seconds([&] { DecodeBare(path); }); });
-    CountItems(state, std::size_t{kSide} * kSide);
-    state.counters["ratio"] = best.Ratio();
-    state.counters["peak_mb"] = peak;
-}
-
-void Thumbnail(benchmark::State& state, bool fast) {
-    const std::string path = MakeFile({"thumb.jpg"}, 480);
-    for (auto _ : state)
-        (void)TimeSmallLoad(path, 128, fast);
-    CountItems(state, 1);
-}
-
-void Register(const FileKind& kind, int part, bool fast) {
-    const std::string name =
-        "LoadSmall/" + std::string(kind.name) + "/1:" + std::to_string(part) + (fast ? "/fast" : "");
-    benchmark::RegisterBenchmark(name, LoadSmall, kind, part, fast)->UseManualTime()->Unit(benchmark::kMillisecond);
-}
-
-const bool kIsRegistered = [] {
-    for (const FileKind& kind : FileKinds()) {
-        for (const int part : {16, 8, 4, 2})
-            Register(kind, part, false);
-    }
-    for (const int part : {16, 8, 4, 2})
-        Register(FileKinds().front(), part, true);
-    return true;
-}();
-
-BENCHMARK_CAPTURE(Thumbnail, plain, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Thumbnail, fast, true)->Unit(benchmark::kMillisecond);
+KAVRA_SMALL_BENCH(LoadSmall, jpeg, {.name = "rgb.jpg"}) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmallFast, jpeg, {.name = "rgb.jpg"}) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmall, png, {.name = "rgb.png"}) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmall, tiff, {.name = "plain.tif", .compression = "none"}) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmall, tiff_deflate, {.name = "deflate.tif", .compression = "zip"}) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmall, tiff_tiled, {.name = "tiled.tif", .compression = "none", .tile = 256}) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmall, exr, {.name = "half.exr", .channels = 4, .type = OIIO::TypeHalf}) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmall, hdr, {.name = "light.hdr", .type = OIIO::TypeFloat}) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmall, bmp, {.name = "rgb.bmp"}) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmallLegacy, cals_a0, "a0.cals", WriteCals)
+    ->Arg(512)
+    ->Arg(1242)
+    ->Arg(2483)
+    ->Arg(4967)
+    ->Arg(9933)
+    ->MinTime(4);
+KAVRA_SMALL_BENCH(LoadSmallLegacy, rlc, "drawing.rlc", WriteRlc)->Arg(512)->Arg(1024)->Arg(2048)->Arg(4096);
+KAVRA_SMALL_BENCH(LoadSmallLegacy, pcx, "colours.pcx", WritePcx) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmallLegacy, pict, "colours.pict", WritePict) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmallLegacy, flic, "frame.flc", WriteFlic) KAVRA_PARTS;
+KAVRA_SMALL_BENCH(LoadSmallLegacy, bands, "bands.bil", WriteBands) KAVRA_PARTS;
 
 }  // namespace
