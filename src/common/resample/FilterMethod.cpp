@@ -34,6 +34,30 @@ void ReadAhead(const unsigned char* next, std::size_t bytes) {
 
 }  // namespace
 
+// --- What a thread works in ------------------------------------------------------------------------------------------
+
+struct FilterMethod::Scratch {
+    explicit Scratch(const FilterMethod& method)
+        : loaded(kBlockRows * kLoadedStride),
+          weighted(method.mColours.IsWeighted() ? loaded.size() : 0),
+          sums(static_cast<std::size_t>(method.mGroup) * method.mAcross.Stride()),
+          low(method.mBounds ? sums.size() : 0),
+          high(low.size()),
+          least(method.mBounds ? method.mToElements : 0),
+          most(least.size()),
+          across(kRowsAtOnce * (method.mToElements + kSlack)),
+          ties(method.mTieBound > 0 ? method.mAcross.Plan().Size() : 0) {}
+
+    static constexpr std::size_t kLoadedStride = kBlockFloats + kSlack;
+
+    std::vector<float> loaded, weighted;  ///< a block of the source
+    std::vector<float> sums, low, high;   ///< rows of the source's width and of the result's height
+    std::vector<float> least, most;       ///< a row of the result's width
+    std::vector<float> across;            ///< rows of the result
+    std::vector<std::uint32_t> ties;
+    std::vector<const unsigned char*> rows;
+};
+
 // --- What is known before a row is -----------------------------------------------------------------------------------
 
 FilterMethod::FilterMethod(const Resampling& resampling)
@@ -74,30 +98,6 @@ int FilterMethod::RowWithin(std::int64_t row) const {
 RowSpan FilterMethod::Needs(int y) const {
     return ClampedSpan(mRows.ReachOf(static_cast<std::size_t>(y)), mFromRows);
 }
-
-// --- What a thread works in ------------------------------------------------------------------------------------------
-
-struct FilterMethod::Scratch {
-    explicit Scratch(const FilterMethod& method)
-        : loaded(kBlockRows * kLoadedStride),
-          weighted(method.mColours.IsWeighted() ? loaded.size() : 0),
-          sums(static_cast<std::size_t>(method.mGroup) * method.mAcross.Stride()),
-          low(method.mBounds ? sums.size() : 0),
-          high(low.size()),
-          least(method.mBounds ? method.mToElements : 0),
-          most(least.size()),
-          across(kRowsAtOnce * (method.mToElements + kSlack)),
-          ties(method.mTieBound > 0 ? method.mAcross.Plan().Size() : 0) {}
-
-    static constexpr std::size_t kLoadedStride = kBlockFloats + kSlack;
-
-    std::vector<float> loaded, weighted;  ///< a block of the source
-    std::vector<float> sums, low, high;   ///< rows of the source's width and of the result's height
-    std::vector<float> least, most;       ///< a row of the result's width
-    std::vector<float> across;            ///< rows of the result
-    std::vector<std::uint32_t> ties;
-    std::vector<const unsigned char*> rows;
-};
 
 FilterMethod::~FilterMethod() = default;
 
