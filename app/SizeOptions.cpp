@@ -82,17 +82,17 @@ std::string SizeWish::Option() const {
 
 TargetSize SizeWish::Of(vec2<int> own) const {
     constexpr long long kWhole = 1'000'000;
-    const Size whole{own.x, own.y}, room{box.x, box.y};
+    const Size whole{own.x, own.y}, bounds{box.x, box.y};
     switch (kind) {
         case Kind::kNone:
             break;
         case Kind::kFit: {
-            const Size size = Shrunk(whole, room, true);
+            const Size size = Shrunk(whole, bounds, true);
             return {size, size};
         }
         case Kind::kFill: {
-            const Size size = Shrunk(whole, room, false);
-            return {size, {std::min(size.x, room.x), std::min(size.y, room.y)}};
+            const Size size = Shrunk(whole, bounds, false);
+            return {size, {std::min(size.x, bounds.x), std::min(size.y, bounds.y)}};
         }
         case Kind::kScale: {
             const Size size = Scaled(whole, millionths, kWhole);
