@@ -18,8 +18,6 @@
 #include <fstream>
 #include <stdexcept>
 
-extern char** environ;
-
 namespace Kavra::Bench {
 
 using namespace Devices;
@@ -53,6 +51,7 @@ double ProcessorSeconds() {
 
 double TimeProcess(std::vector<std::string> arguments) {
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);

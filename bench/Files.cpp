@@ -40,7 +40,7 @@ bool WriteByLibrary(const std::filesystem::path& path, const PictureFile& file,
                     const std::vector<unsigned char>& pixels) {
     const auto output = OIIO::ImageOutput::create(path.string());
     OIIO::ImageSpec spec(file.width, file.height, file.channels, file.type);
-    if (!file.compression.empty()) spec.attribute("compression", file.compression);
+    if (file.compression != nullptr) spec.attribute("compression", file.compression);
     spec.tile_width = spec.tile_height = file.tile;
     return output && output->open(path.string(), spec) && output->write_image(OIIO::TypeUInt8, pixels.data()) &&
            output->close();

@@ -16,8 +16,8 @@ struct PictureFile {
     int width = 4096, height = 4096;
     int channels = 3;
     OIIO::TypeDesc type = OIIO::TypeUInt8;
-    std::string compression{};  ///< as the library names it; its own choice when empty
-    int tile = 0;               ///< side of a tile; 0: rows
+    const char* compression = nullptr;  ///< as the library names it; its own choice when null
+    int tile = 0;                       ///< side of a tile; 0: rows
 };
 
 /// A folder that goes when the program ends.

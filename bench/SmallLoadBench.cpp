@@ -20,6 +20,7 @@
 #include <kavra/devices/LoadPreferences.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -39,7 +40,7 @@ using namespace Kavra::Devices;
 /// The wish for a picture of this width in its proportions.
 LoadWish AtWidth(const ImageDescription& file, int width) {
     const double height = static_cast<double>(width) * file.height / file.width;
-    return {.width = width, .height = static_cast<int>(height + 0.5)};
+    return {.width = width, .height = static_cast<int>(std::lround(height))};
 }
 
 /// Does work that gives back its seconds, and adds those of the processor to `processor`.

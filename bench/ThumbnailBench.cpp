@@ -44,6 +44,7 @@ private:
 
 std::vector<fs::path> MakeJpegs(const std::string& prefix, int count, int width, int height) {
     std::vector<fs::path> paths;
+    paths.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         paths.push_back(MakeFile(
             {.name = prefix + std::to_string(i) + ".jpg", .width = width, .height = height, .compression = "jpeg:90"}));
@@ -85,6 +86,7 @@ BENCHMARK(Thumbnails)
 std::vector<std::string> CameraFiles() {
     const std::vector<fs::path> different = MakeJpegs("camera", 8, 4000, 3000);
     std::vector<std::string> files;
+    files.reserve(100);
     for (std::size_t i = 0; i < 100; ++i)
         files.push_back(different[i % different.size()].string());
     return files;
