@@ -78,7 +78,7 @@ FilterMethod::FilterMethod(const Resampling& resampling)
 }
 
 float FilterMethod::TieBound(const Resampling& resampling, const AxisPlan& across, const AxisPlan& down) {
-    constexpr double kUnit = 1.0 / (1 << 24), kQuarter = 0.25;
+    constexpr double kUnit = 1.0 / (1 << 24), kLargest = 0.125;
     const ResampleOptions& options = resampling.options;
     if (resampling.pixels.element != ElementType::kUInt8 || options.linearLight) return 0.0F;
     const AxisPlan::Sums x = across.LargestSums(), y = down.LargestSums();
@@ -86,8 +86,8 @@ float FilterMethod::TieBound(const Resampling& resampling, const AxisPlan& acros
     const double library = 4 * a * b + x.count * a * y.before + b * x.cumulative + 1;
     const double here = a * (y.cumulative + b) + b * (x.cumulative + a);
     const double bound = 1.01 * kUnit * (255 * (library + here) + 2 * 256);
-    if (bound >= kQuarter) return 0.0F;
-    return static_cast<float>(WorkingColours(resampling.pixels, options).IsWeighted() ? 2 * bound : bound);
+    const double needed = WorkingColours(resampling.pixels, options).IsWeighted() ? 2 * bound : bound;
+    return needed < kLargest ? static_cast<float>(needed) : 0.0F;
 }
 
 /// Reaches within the picture, at its edge where they lie beyond it.

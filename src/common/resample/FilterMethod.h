@@ -11,8 +11,8 @@
 ///                                                                       B C(A) + 1)
 ///   here: products and additions of either pass:                        u 255 (A (C(B) + B) + B (C(A) + A))
 ///   the half that is added before both round down:                      2 u 256
-/// Where that reaches a quarter, as in shrinking thirtyfold, nearly every value would be summed again; there the
-/// promise is to differ by 1 at most, and none is.
+/// Where that reaches an eighth, as in shrinking thirtyfold, every fourth value would be summed again, each over
+/// thousands of pixels; there the promise is to differ by 1 at most, and none is.
 ///
 /// Physical limit: reading the source once. Each value of it is turned into a float once or a little more, and is
 /// multiplied and added as often as filters overlap along a column: four times for the cubics.
