@@ -21,7 +21,7 @@ using Devices::ElementType;
 
 constexpr std::size_t kBlockFloats = 512;  // across: these and the sums above them stay in the nearest cache
 constexpr std::size_t kBlockRows = 16;
-constexpr std::size_t kGroupBytes = 1 << 20;  // of sums: they stay in the next one
+constexpr std::size_t kGroupBytes = 1 << 19;  // of sums: they stay in the next one
 constexpr std::size_t kRowsAtOnce = 4;
 
 /// Asks for the next block of a row: the processor's own reading ahead loses a row over all the others in between.
