@@ -13,7 +13,7 @@ namespace Kavra::App {
 
 /// As it stands, what a host gets that says nothing.
 struct Resampling {
-    std::optional<Devices::EResampleFilter> filter = {};
+    std::optional<Devices::EResampleFilter> filter;
     bool alphaWeighted = false;
     bool bounded = false;
     bool linearLight = false;

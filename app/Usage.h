@@ -38,9 +38,10 @@ std::string NoneOf(std::string_view word, std::span<const std::string> words);
 
 /// Adds an option that takes one of a few words, in any case, and hands on what it stands for.
 template <class Value, class Take>
-CLI::Option* AddChoice(CLI::App& command, const std::string& name, std::map<std::string, Value> words, Take take,
+CLI::Option* AddChoice(CLI::App& command, const std::string& name, std::map<std::string, Value> words, const Take& take,
                        const std::string& help) {
     std::vector<std::string> names;
+    names.reserve(words.size());
     for (const auto& [word, ignored] : words)
         names.push_back(word);
     const std::string form = Joined(names);

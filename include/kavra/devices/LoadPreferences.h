@@ -32,13 +32,14 @@ struct LoadPreferences {
     /// Whether pictures that change their size are always resampled with `filter`, instead of as the request and the
     /// change of size demand.
     bool choosesFilter = false;
-    EResampleFilter filter = kResampleMitchell;
+    EResampleFilter filter = kResampleMitchell;  ///< one that is none counts as none chosen
 };
 
 /// Makes preferences those of the calling thread, over those that it had; fields beyond `preferences.size` are at their
-/// defaults. `PopLoadPreferences` makes the ones before hold again, and does nothing where there are none. Throws
-/// `std::bad_alloc`. Threads: any; each has its own.
+/// defaults. Throws `std::bad_alloc`. Threads: any; each has its own.
 KAVRA_DEVICES_API void PushLoadPreferences(const LoadPreferences& preferences);
+
+/// Makes the preferences before the last ones pushed hold again on the calling thread; does nothing where there are none.
 KAVRA_DEVICES_API void PopLoadPreferences() noexcept;
 
 /// Fills `preferences`, as far as its `size` goes, with those of the calling thread.
@@ -48,6 +49,7 @@ KAVRA_DEVICES_API void GetLoadPreferences(LoadPreferences& preferences);
 /// the thread that they began on.
 class LoadPreferencesScope {
 public:
+    /// Pushes the preferences; its end pops them. Throws `std::bad_alloc`.
     explicit LoadPreferencesScope(const LoadPreferences& preferences) { PushLoadPreferences(preferences); }
     ~LoadPreferencesScope() { PopLoadPreferences(); }
     LoadPreferencesScope(const LoadPreferencesScope&) = delete;

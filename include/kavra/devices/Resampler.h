@@ -25,7 +25,7 @@ enum EResampleFilter : int {
 
 /// What resampling may do beyond filtering each channel by itself, as it is stored. All of it is off by default.
 struct ResampleOptions {
-    EResampleFilter filter = kResampleMitchell;
+    EResampleFilter filter = kResampleMitchell;  ///< how a pixel is made of its neighbours
     /// Weights each pixel's colours by its alpha, so that what is transparent lends its neighbours no colour. Colours are
     /// straight, not premultiplied, before and after. Where nothing under the filter is opaque the colours are those of
     /// the plain filter.
@@ -40,9 +40,9 @@ struct ResampleOptions {
 
 /// What the pixels are made of. Rows are packed, or `pitch` bytes apart where one is named.
 struct ResamplePixels {
-    ElementType element = ElementType::kUInt8;
-    int channels = 4;       ///< 1 to 4, of equal type and next to each other
-    int alphaChannel = -1;  ///< from 0; negative: there is none
+    ElementType element = ElementType::kUInt8;  ///< of every channel; not `kNone`
+    int channels = 4;                           ///< 1 to 4, of equal type and next to each other
+    int alphaChannel = -1;                      ///< from 0; negative: there is none
 };
 
 /// Resamples a picture in memory.
