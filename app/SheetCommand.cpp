@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <stdexcept>
 
 namespace Kavra::App {
@@ -24,7 +25,7 @@ struct Options {
     std::vector<std::string> files;
     vec2<int> cell{160, 120};
     int columns = 0;
-    Resampling resampling{.fast = true};
+    Resampling resampling{.filter = std::nullopt, .fast = true};
     int jobs = 0;
 };
 
