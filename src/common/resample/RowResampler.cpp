@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kBandRows = 64;  // handed out at a time: enough for every core to have rows to decode
 constexpr std::size_t kBandBytes = std::size_t{8} << 20;
-constexpr std::size_t kSpareBytes = std::size_t{2} << 20;  // of rows in a ring for the sake of speed
+constexpr std::size_t kSpareBytes = std::size_t{1} << 20;  // of rows in a ring for the sake of speed
 constexpr std::uint64_t kGroupRows = 4;
 constexpr std::size_t kSerialBytes = 1 << 16;  // of the result: less is not worth waking a worker
 
