@@ -162,6 +162,15 @@ TEST(AdaptiveResize, HoweverManyRowsAreFiltered) {
     EXPECT_EQ(Resized(src, Grey(1, 1), true), Bytes{224});  // 255 x 0.8793 = 224.2
 }
 
+TEST(AdaptiveResize, RowsTooWideForTheFilterAreSampled) {
+    // The filter would reach over thirteen times the row, as floats.
+    constexpr int kSide = 2'000'000;
+    Bytes row(std::size_t{4} * kSide, 0);
+    std::fill_n(row.begin() + std::ptrdiff_t{4} * (kSide / 2), 4, static_cast<unsigned char>(200));
+    const ImageBuf src(ImageSpec(kSide, 1, 4, TypeDesc::UINT8), row.data());
+    EXPECT_EQ(Resized(src, ImageSpec(1, 1, 4, TypeDesc::UINT8), true), Bytes(4, 200));
+}
+
 /// Expects false, and a destination that is as it was.
 void ExpectRefused(ImageBuf& dst, const ImageBuf& src) {
     for (const bool highQuality : {false, true}) {

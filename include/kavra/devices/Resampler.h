@@ -49,7 +49,8 @@ struct ResamplePixels {
 ///
 /// `from` and `to` hold `fromHeight` and `toHeight` rows of as many pixels as their widths say, `fromPitch` and
 /// `toPitch` bytes apart, and do not overlap. Sizes are at least 1. Edges are clamped: beyond them lies the last row or
-/// column again. False, and nothing written, where an argument is none of these. Rows are split over all cores. Throws
+/// column again. False, and nothing written, where an argument is none of these, or a row has, with what the filter
+/// reaches over beyond both ends, 2^26 values or more. Rows are split over all cores. Throws
 /// `std::bad_alloc`. Threads: any.
 ///
 ///     ResamplePicture({ElementType::kUInt8, 4, 3}, photo, 4 * 4096, 4096, 4096, icon, 4 * 256, 256, 256);

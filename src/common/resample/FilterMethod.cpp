@@ -21,7 +21,6 @@ using Devices::ElementType;
 
 constexpr std::size_t kBlockFloats = 512;  // across: these and the sums above them stay in the nearest cache
 constexpr std::size_t kBlockRows = 16;
-constexpr std::size_t kGroupBytes = 1 << 19;  // of sums: they stay in the next one
 constexpr std::size_t kRowsAtOnce = 4;
 
 /// Asks for the next block of a row: the processor's own reading ahead loses a row over all the others in between.
@@ -55,7 +54,6 @@ struct FilterMethod::Scratch {
     std::vector<float> least, most;       ///< a row of the result's width
     std::vector<float> across;            ///< rows of the result
     std::vector<std::uint32_t> ties;
-    std::vector<const unsigned char*> rows;
 };
 
 // --- What is known before a row is -----------------------------------------------------------------------------------
@@ -72,10 +70,8 @@ FilterMethod::FilterMethod(const Resampling& resampling)
       mToElements(static_cast<std::size_t>(resampling.x.toCount) * mChannels),
       mElementBytes(resampling.PixelBytes() / mChannels),
       mBounds(resampling.KeepsRange()),
-      mTieBound(TieBound(resampling, mAcross.Plan(), mRows)) {
-    const std::size_t rowBytes = mAcross.Stride() * sizeof(float);
-    mGroup = static_cast<int>(std::clamp<std::size_t>(kGroupBytes / rowBytes / kRowsAtOnce, 1, 8) * kRowsAtOnce);
-}
+      mTieBound(TieBound(resampling, mAcross.Plan(), mRows)),
+      mGroup(static_cast<int>(RowsOfGroup(mAcross.Stride()))) {}
 
 float FilterMethod::TieBound(const Resampling& resampling, const AxisPlan& across, const AxisPlan& down) {
     constexpr double kUnit = 1.0 / (1 << 24), kLargest = 0.125;
@@ -86,7 +82,7 @@ float FilterMethod::TieBound(const Resampling& resampling, const AxisPlan& acros
     const double library = 4 * a * b + x.count * a * y.before + b * x.cumulative + 1;
     const double here = a * (y.cumulative + b) + b * (x.cumulative + a);
     const double bound = 1.01 * kUnit * (255 * (library + here) + 2 * 256);
-    const double needed = WorkingColours(resampling.pixels, options).IsWeighted() ? 2 * bound : bound;
+    const double needed = WorkingColours::Weights(resampling.pixels, options) ? 2 * bound : bound;
     return needed < kLargest ? static_cast<float>(needed) : 0.0F;
 }
 

@@ -82,7 +82,7 @@ private:
     std::size_t mChannels, mFromElements, mToElements, mElementBytes;
     bool mBounds;
     float mTieBound = 0.0F;  ///< how far, in steps of 8 bits, the two ways may be apart; 0: nothing is summed again
-    int mGroup = 4;
+    int mGroup;              ///< rows of the result at a time
     mutable std::mutex mMutex;
     mutable std::vector<std::unique_ptr<Scratch>> mScratches;  ///< that nobody works in
 };

@@ -56,8 +56,7 @@ HWY_INLINE Ints Rounded(const float* in, float limit) {
     return RoundHalfUp(hn::LoadU(TagF32(), in), limit);
 }
 
-/// Calls `step(in, out)` for every `units` floats; the last, incomplete one goes through a buffer. The floats behind
-/// `count` may be read.
+/// Calls `step(in, out)` for every `units` floats; the last, incomplete one goes through a buffer.
 template <class Element, class Step>
 void StoreSteps(const float* in, std::size_t count, unsigned char* out, std::size_t units, Step step) {
     std::size_t at = 0;

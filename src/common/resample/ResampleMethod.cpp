@@ -1,5 +1,6 @@
 #include "common/resample/ResampleMethod.h"
 
+#include "common/Limits.h"
 #include "common/PixelFormats.h"
 #include "common/resample/FilterMethod.h"
 #include "common/resample/OrderedMethod.h"
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <thread>
 
 namespace Kavra::Common {
 
@@ -16,7 +18,7 @@ namespace {
 using Devices::ElementType;
 
 constexpr int kMaxPosition = 1 << 30;
-constexpr double kMaxRowFloats = 1 << 29;
+constexpr double kMaxRowFloats = 1 << 26;  // a quarter of a gigabyte, and no more for the weights
 
 bool IsPossible(const ResampleAxis& axis) {
     const auto isSize = [](int size) { return size >= 1 && size <= kMaxPosition; };
@@ -43,13 +45,31 @@ bool Resampling::IsPossible() const {
     if (options.filter < Devices::kResampleNearest || options.filter > Devices::kResampleLanczos3) return false;
     if (!Common::IsPossible(x) || !Common::IsPossible(y)) return false;
     // The reach of the widest filter lies on either side of the row.
-    const double reach = 6.0 * std::max(1.0, 1.0 / static_cast<double>(x.Ratio()));
+    const double reach = LooksAtPoints() ? 2.0 : 6.0 * std::max(1.0, 1.0 / static_cast<double>(x.Ratio()));
     return (x.fromCount + 2 * reach) * pixels.channels < kMaxRowFloats;
 }
 
 float FullScale(ElementType element) {
     if (element == ElementType::kUInt8) return 255.0F;
     return element == ElementType::kUInt16 ? 65535.0F : 1.0F;
+}
+
+std::size_t RowsOfGroup(std::size_t rowFloats) {
+    constexpr std::size_t kCacheBytes = std::size_t{1} << 19, kMaxBytes = std::size_t{16} << 20;
+    const std::size_t rowBytes = rowFloats * sizeof(float);
+    const std::size_t cached = std::clamp<std::size_t>(kCacheBytes / rowBytes / 4, 1, 8) * 4;
+    return std::clamp<std::size_t>(kMaxBytes / rowBytes, 1, cached);
+}
+
+std::uint64_t BytesOfGroups(const Resampling& resampling) {
+    // Pixels of the edges stand again beyond them, as far as the filter reaches.
+    const double across = static_cast<double>(resampling.FilterAlong(resampling.x).width);
+    const std::uint64_t beyond = static_cast<std::uint64_t>(across / static_cast<double>(resampling.x.Ratio())) + 2;
+    const std::uint64_t rowFloats =
+        resampling.FromRowFloats() + beyond * static_cast<std::uint64_t>(resampling.pixels.channels);
+    const std::uint64_t rows = RowsOfGroup(rowFloats) * (resampling.KeepsRange() ? 3 : 1);
+    const std::uint64_t threads = std::max(std::thread::hardware_concurrency(), 1U);
+    return Product<std::uint64_t>(threads * rows * sizeof(float), rowFloats);
 }
 
 RowSpan ClampedSpan(const Reach& reach, int rows) {
@@ -61,7 +81,8 @@ RowSpan ClampedSpan(const Reach& reach, int rows) {
 std::unique_ptr<ResampleMethod> NewResampleMethod(const Resampling& resampling) {
     const ResampleOptions& options = resampling.options;
     if (options.filter == Devices::kResampleNearest) return std::make_unique<NearestMethod>(resampling);
-    const bool isPlain = WorkingColours(resampling.pixels, options).IsPlain();
+    const bool isPlain = !WorkingColours::Weights(resampling.pixels, options) &&
+                         !WorkingColours::UndoesCurve(resampling.pixels, options);
     if (options.filter == Devices::kResampleBilinear && isPlain) return std::make_unique<BilinearMethod>(resampling);
     const bool showsLastBits = resampling.pixels.element != ElementType::kUInt8 && !options.bounded && isPlain;
     if (showsLastBits && OrderedMethod::IsWorthIt(resampling)) return std::make_unique<OrderedMethod>(resampling);

@@ -13,6 +13,10 @@ namespace Kavra::Common {
 using Devices::ResampleOptions;
 using Devices::ResamplePixels;
 
+constexpr bool IsInteger(Devices::ElementType element) {
+    return element == Devices::ElementType::kUInt8 || element == Devices::ElementType::kUInt16;
+}
+
 /// What is resampled: pixels, the two sides, and how.
 struct Resampling {
     ResamplePixels pixels;
@@ -22,14 +26,21 @@ struct Resampling {
     std::size_t PixelBytes() const;
     std::size_t FromRowBytes() const { return static_cast<std::size_t>(x.fromCount) * PixelBytes(); }
     std::size_t ToRowBytes() const { return static_cast<std::size_t>(x.toCount) * PixelBytes(); }
-    /// Whether there are pixels, on sides that can be computed with.
+    /// Whether there are pixels, on sides that can be computed with. A filter that widens as pictures shrink takes
+    /// memory for what it reaches over; points do not.
     bool IsPossible() const;
+    /// Whether the filter looks at points: at one pixel, or at the four around one.
+    bool LooksAtPoints() const {
+        return options.filter == Devices::kResampleNearest || options.filter == Devices::kResampleBilinear;
+    }
+    /// Floats of a row of the source.
+    std::size_t FromRowFloats() const {
+        return static_cast<std::size_t>(x.fromCount) * static_cast<std::size_t>(pixels.channels);
+    }
 
     /// The filter along one of the two sides.
     ResampleFilter FilterAlong(const ResampleAxis& axis) const { return {options.filter, axis.Ratio()}; }
-    bool IsOfIntegers() const {
-        return pixels.element == Devices::ElementType::kUInt8 || pixels.element == Devices::ElementType::kUInt16;
-    }
+    bool IsOfIntegers() const { return IsInteger(pixels.element); }
     /// Whether values are kept in the range of those under the filter.
     bool KeepsRange() const { return options.bounded && !IsOfIntegers(); }
     /// Half of the width of the filter across, as far as the library looks in both directions.
@@ -53,6 +64,13 @@ struct SourceRows {
 struct RowSpan {
     int first, end;
 };
+
+/// Rows of floats, `rowFloats` long, that a thread works on at a time: as many as the caches take, four at least where
+/// they are not giants, and then one.
+std::size_t RowsOfGroup(std::size_t rowFloats);
+
+/// Bytes of the floats that all threads work on at a time, at most.
+std::uint64_t BytesOfGroups(const Resampling& resampling);
 
 /// The rows of a source of `rows` rows that a reach takes, where what lies beyond the ends is the last one again.
 RowSpan ClampedSpan(const Reach& reach, int rows);

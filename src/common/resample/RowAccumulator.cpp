@@ -28,9 +28,7 @@ std::uint64_t RowsUnderFilter(const Resampling& resampling) {
 }  // namespace
 
 bool RowAccumulator::IsBetter(const Resampling& resampling) {
-    const Devices::ResampleOptions& options = resampling.options;
-    const bool isPoint = options.filter == Devices::kResampleNearest || options.filter == Devices::kResampleBilinear;
-    if (isPoint || resampling.y.Ratio() >= 1.0F) return false;
+    if (resampling.LooksAtPoints() || resampling.y.Ratio() >= 1.0F) return false;
     const std::uint64_t kept = Product<std::uint64_t>(RowsUnderFilter(resampling), resampling.FromRowBytes());
     if (kept <= kMaxKeptBytes) return false;
     return FilterMethod::TieBound(resampling, AcrossFilter(resampling).Plan(), PlanDown(resampling)) == 0.0F;
@@ -43,10 +41,11 @@ std::size_t RowAccumulator::BandRows(const Resampling& resampling) {
 std::uint64_t RowAccumulator::BytesFor(const Resampling& resampling) {
     constexpr std::uint64_t kSums = 8;  // rows of the result that overlap, and those that a band completes
     const std::uint64_t rowFloats =
-        resampling.ToRowBytes() / resampling.PixelBytes() * static_cast<std::uint64_t>(resampling.pixels.channels) * 3;
+        static_cast<std::uint64_t>(resampling.x.toCount) * static_cast<std::uint64_t>(resampling.pixels.channels) * 3;
     const std::uint64_t rows = BandRows(resampling);
+    const std::uint64_t sums = Product<std::uint64_t>(2 * rows + kSums, rowFloats * sizeof(float));
     return Sum<std::uint64_t>(Product<std::uint64_t>(rows, resampling.FromRowBytes()),
-                              Product<std::uint64_t>(2 * rows + kSums, rowFloats * sizeof(float)));
+                              Sum<std::uint64_t>(sums, BytesOfGroups(resampling)));
 }
 
 RowAccumulator::RowAccumulator(const Resampling& resampling, RowSink& out)
@@ -78,12 +77,11 @@ RowAccumulator::RowSum RowAccumulator::NewSum(std::size_t y) const {
 
 /// Rows of the band, four at a time.
 void RowAccumulator::FilterRows(const unsigned char* rows, std::size_t begin, std::size_t end) {
-    const std::size_t rowBytes = mResampling.FromRowBytes();
-    const std::size_t elements =
-        rowBytes / mResampling.PixelBytes() * static_cast<std::size_t>(mResampling.pixels.channels);
-    std::vector<float> floats(kRowsAtOnce * mAcross.Stride());
-    for (std::size_t y = begin; y < end; y += kRowsAtOnce) {
-        const std::size_t together = std::min(kRowsAtOnce, end - y);
+    const std::size_t rowBytes = mResampling.FromRowBytes(), elements = mResampling.FromRowFloats();
+    const std::size_t most = std::min(kRowsAtOnce, RowsOfGroup(mAcross.Stride()));
+    std::vector<float> floats(most * mAcross.Stride());
+    for (std::size_t y = begin; y < end; y += most) {
+        const std::size_t together = std::min(most, end - y);
         for (std::size_t i = 0; i < together; ++i) {
             float* const row = floats.data() + i * mAcross.Stride();
             float* const own = row + mAcross.Left();

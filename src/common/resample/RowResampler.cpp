@@ -5,17 +5,14 @@
 
 #include <algorithm>
 #include <cstring>
-#include <thread>
 
 namespace Kavra::Common {
 
 namespace {
 
-constexpr std::size_t kBandRows = 64;  // handed out at a time: enough for every core to have rows to decode
-constexpr std::size_t kBandBytes = std::size_t{8} << 20;
+constexpr std::size_t kBandRows = 64;                      // asked for at a time, where nobody writes them
 constexpr std::size_t kSpareBytes = std::size_t{1} << 20;  // of rows in a ring for the sake of speed
-constexpr std::uint64_t kGroupRows = 4;
-constexpr std::size_t kSerialBytes = 1 << 16;  // of the result: less is not worth waking a worker
+constexpr std::size_t kSerialBytes = 1 << 16;              // of the result: less is not worth waking a worker
 
 /// Rows of the result, packed at `out`, split over all cores.
 void MakeRows(const ResampleMethod& method, const Resampling& resampling, const SourceRows& source, int y, int count,
@@ -109,7 +106,7 @@ namespace {
 std::size_t RingRows(const Resampling& resampling, std::size_t longest) {
     constexpr double kResultRows = 32;
     const std::size_t rowBytes = std::max<std::size_t>(resampling.FromRowBytes(), 1);
-    const std::size_t band = std::clamp<std::size_t>(kBandBytes / rowBytes, 1, kBandRows);
+    const std::size_t band = RowAccumulator::BandRows(resampling);
     const auto wanted = static_cast<std::size_t>(kResultRows / static_cast<double>(resampling.y.Ratio()));
     const std::size_t many = std::min(wanted, kSpareBytes / rowBytes);
     return std::min(static_cast<std::size_t>(resampling.y.fromCount), longest + std::max({band, longest, many}));
@@ -153,12 +150,8 @@ std::uint64_t RowResampler::BytesFor(const Resampling& resampling) {
     };
     const std::size_t rows = RingRows(resampling, static_cast<std::size_t>(taps(resampling.y)));
     const std::uint64_t ring = Product<std::uint64_t>(rows, resampling.FromRowBytes());
-    // Rows as floats, a group of which every thread works on.
-    const std::uint64_t rowFloats =
-        resampling.FromRowBytes() / resampling.PixelBytes() * static_cast<std::uint64_t>(resampling.pixels.channels);
-    const std::uint64_t groups = std::max(std::thread::hardware_concurrency(), 1U) * kGroupRows * sizeof(float);
     const std::uint64_t tables = Sum<std::uint64_t>(weights(resampling.x), weights(resampling.y));
-    return Sum<std::uint64_t>(ring, Sum<std::uint64_t>(tables, Product<std::uint64_t>(groups, rowFloats)));
+    return Sum<std::uint64_t>(ring, Sum<std::uint64_t>(tables, BytesOfGroups(resampling)));
 }
 
 std::size_t RowResampler::FirstNeeded() const {

@@ -27,15 +27,22 @@ constexpr float kTransparentWeight = 1.0F / (1 << 20);
 
 }  // namespace
 
+bool WorkingColours::Weights(const ResamplePixels& pixels, const ResampleOptions& options) {
+    return options.alphaWeighted && pixels.alphaChannel >= 0 && pixels.channels > 1;
+}
+
+bool WorkingColours::UndoesCurve(const ResamplePixels& pixels, const ResampleOptions& options) {
+    return options.linearLight && IsInteger(pixels.element);
+}
+
 WorkingColours::WorkingColours(const ResamplePixels& pixels, const ResampleOptions& options)
     : mElement(pixels.element),
       mChannels(static_cast<std::size_t>(pixels.channels)),
       mAlpha(pixels.alphaChannel < 0 ? mChannels : static_cast<std::size_t>(pixels.alphaChannel)),
-      mIsWeighted(options.alphaWeighted && mAlpha < mChannels && mChannels > 1),
+      mIsWeighted(Weights(pixels, options)),
       mFull(FullScale(pixels.element)),
       mNothing(mFull * kTransparentWeight) {
-    const bool isInteger = mElement == ElementType::kUInt8 || mElement == ElementType::kUInt16;
-    if (!options.linearLight || !isInteger) return;
+    if (!UndoesCurve(pixels, options)) return;
     mDecoded.resize(static_cast<std::size_t>(mFull) + 1);
     for (std::size_t v = 0; v < mDecoded.size(); ++v)
         mDecoded[v] = LightOfSrgb(static_cast<float>(v) / mFull) * mFull;

@@ -15,7 +15,11 @@ class WorkingColours {
 public:
     WorkingColours(const ResamplePixels& pixels, const ResampleOptions& options);
 
-    /// Whether colours are weighted by alpha on their way.
+    /// Whether colours so described are weighted by alpha on their way, and whether a curve is undone: asked without
+    /// the tables of one that works.
+    static bool Weights(const ResamplePixels& pixels, const ResampleOptions& options);
+    static bool UndoesCurve(const ResamplePixels& pixels, const ResampleOptions& options);
+
     bool IsWeighted() const { return mIsWeighted; }
     /// Whether elements become floats and nothing else happens to them.
     bool IsPlain() const { return !mIsWeighted && mDecoded.empty(); }

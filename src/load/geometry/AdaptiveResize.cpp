@@ -47,10 +47,9 @@ bool LieInMemory(const ImageBuf& dst, const ImageBuf& src) {
 }
 
 /// The pixels where they lie.
-bool ResizeInPlace(ImageBuf& dst, const ImageBuf& src, const ResizeSteps& steps) {
+void ResizeInPlace(ImageBuf& dst, const ImageBuf& src, const ResizeSteps& steps) {
     RunSteps(steps, static_cast<const unsigned char*>(src.localpixels()),
              static_cast<std::size_t>(src.scanline_stride()), static_cast<unsigned char*>(dst.localpixels()));
-    return true;
 }
 
 /// Up to four channels as floats, whatever the images' types and memory.
@@ -81,7 +80,8 @@ bool AdaptiveResize(ImageBuf& dst, const ImageBuf& src, bool highQuality) {
                           channels <= kMaxChannels && LieInMemory(dst, src);
     if (isDirect) {
         const auto steps = PlanResize(ChangeOf(dst.spec(), src.spec(), element, channels), scaling, {});
-        return steps && ResizeInPlace(dst, src, *steps);
+        if (steps) ResizeInPlace(dst, src, *steps);
+        return steps.has_value();
     }
     for (int begin = 0; begin < channels; begin += kMaxChannels) {
         const int end = std::min(channels, begin + kMaxChannels);

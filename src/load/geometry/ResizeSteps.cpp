@@ -35,10 +35,13 @@ ResampleOptions With(const ResampleOptions& options, EResampleFilter filter) {
     return result;
 }
 
+/// Sampled where the filter would reach over more than a row of floats may hold.
 std::optional<ResizeSteps> OneStep(const SizeChange& change, EResampleFilter filter, const ResampleOptions& options) {
-    const Resampling only{change.pixels, change.x, change.y, With(options, filter)};
-    if (!only.IsPossible()) return std::nullopt;
-    return ResizeSteps{only, std::nullopt};
+    for (const EResampleFilter possible : {filter, kResampleNearest}) {
+        const Resampling only{change.pixels, change.x, change.y, With(options, possible)};
+        if (only.IsPossible()) return ResizeSteps{only, std::nullopt};
+    }
+    return std::nullopt;
 }
 
 /// From the source to a region of its own, and from that on.
