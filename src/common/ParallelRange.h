@@ -37,6 +37,12 @@ inline std::size_t Grain(std::size_t count) {
     return grain == 0 ? 1 : static_cast<std::size_t>(grain);
 }
 
+/// Threads that `ForEachRange` takes for `count` items at most.
+inline std::size_t ThreadsFor(std::size_t count, std::size_t serialCount) {
+    if (count <= serialCount) return 1;
+    return std::min<std::size_t>(std::max(std::thread::hardware_concurrency(), 1U), count);
+}
+
 #ifdef KAVRA_TSAN
 
 // ThreadSanitizer cannot see how the thread library, which is not built with it, orders memory, and would take every

@@ -71,7 +71,7 @@ FilterMethod::FilterMethod(const Resampling& resampling)
       mElementBytes(resampling.PixelBytes() / mChannels),
       mBounds(resampling.KeepsRange()),
       mTieBound(TieBound(resampling, mAcross.Plan(), mRows)),
-      mGroup(static_cast<int>(RowsOfGroup(mAcross.Stride()))) {}
+      mGroup(std::min(static_cast<int>(RowsOfGroup(mAcross.Stride())), resampling.y.toCount)) {}
 
 float FilterMethod::TieBound(const Resampling& resampling, const AxisPlan& across, const AxisPlan& down) {
     constexpr double kUnit = 1.0 / (1 << 24), kLargest = 0.125;

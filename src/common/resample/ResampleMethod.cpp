@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <thread>
 
 namespace Kavra::Common {
 
@@ -61,15 +60,14 @@ std::size_t RowsOfGroup(std::size_t rowFloats) {
     return std::clamp<std::size_t>(kMaxBytes / rowBytes, 1, cached);
 }
 
-std::uint64_t BytesOfGroups(const Resampling& resampling) {
+std::uint64_t BytesOfGroups(const Resampling& resampling, std::size_t threads, std::size_t rows) {
     // Pixels of the edges stand again beyond them, as far as the filter reaches.
     const double across = static_cast<double>(resampling.FilterAlong(resampling.x).width);
     const std::uint64_t beyond = static_cast<std::uint64_t>(across / static_cast<double>(resampling.x.Ratio())) + 2;
     const std::uint64_t rowFloats =
         resampling.FromRowFloats() + beyond * static_cast<std::uint64_t>(resampling.pixels.channels);
-    const std::uint64_t rows = RowsOfGroup(rowFloats) * (resampling.KeepsRange() ? 3 : 1);
-    const std::uint64_t threads = std::max(std::thread::hardware_concurrency(), 1U);
-    return Product<std::uint64_t>(threads * rows * sizeof(float), rowFloats);
+    const std::uint64_t group = std::min(RowsOfGroup(rowFloats), rows) * (resampling.KeepsRange() ? 3 : 1);
+    return Product<std::uint64_t>(threads * group * sizeof(float), rowFloats);
 }
 
 RowSpan ClampedSpan(const Reach& reach, int rows) {

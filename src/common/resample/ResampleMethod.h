@@ -69,8 +69,8 @@ struct RowSpan {
 /// they are not giants, and then one.
 std::size_t RowsOfGroup(std::size_t rowFloats);
 
-/// Bytes of the floats that all threads work on at a time, at most.
-std::uint64_t BytesOfGroups(const Resampling& resampling);
+/// Bytes of the floats that `threads` threads work on at a time, at most, where each makes up to `rows` rows.
+std::uint64_t BytesOfGroups(const Resampling& resampling, std::size_t threads, std::size_t rows);
 
 /// The rows of a source of `rows` rows that a reach takes, where what lies beyond the ends is the last one again.
 RowSpan ClampedSpan(const Reach& reach, int rows);

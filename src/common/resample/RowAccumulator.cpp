@@ -43,9 +43,10 @@ std::uint64_t RowAccumulator::BytesFor(const Resampling& resampling) {
     const std::uint64_t rowFloats =
         static_cast<std::uint64_t>(resampling.x.toCount) * static_cast<std::uint64_t>(resampling.pixels.channels) * 3;
     const std::uint64_t rows = BandRows(resampling);
+    const std::size_t threads = ThreadsFor(rows, kRowsAtOnce);
     const std::uint64_t sums = Product<std::uint64_t>(2 * rows + kSums, rowFloats * sizeof(float));
     return Sum<std::uint64_t>(Product<std::uint64_t>(rows, resampling.FromRowBytes()),
-                              Sum<std::uint64_t>(sums, BytesOfGroups(resampling)));
+                              Sum<std::uint64_t>(sums, BytesOfGroups(resampling, threads, kRowsAtOnce)));
 }
 
 RowAccumulator::RowAccumulator(const Resampling& resampling, RowSink& out)

@@ -14,13 +14,16 @@ constexpr std::size_t kBandRows = 64;                      // asked for at a tim
 constexpr std::size_t kSpareBytes = std::size_t{1} << 20;  // of rows in a ring for the sake of speed
 constexpr std::size_t kSerialBytes = 1 << 16;              // of the result: less is not worth waking a worker
 
+/// Rows of the result that are made on one thread. A row costs as much as the longer side of it.
+std::size_t SerialRows(const Resampling& resampling) {
+    return kSerialBytes / std::max(resampling.ToRowBytes(), resampling.FromRowBytes());
+}
+
 /// Rows of the result, packed at `out`, split over all cores.
 void MakeRows(const ResampleMethod& method, const Resampling& resampling, const SourceRows& source, int y, int count,
               unsigned char* out) {
     const std::size_t rowBytes = resampling.ToRowBytes();
-    // A row costs as much as the longer side of it.
-    const std::size_t work = std::max(rowBytes, resampling.FromRowBytes());
-    ForEachRange(static_cast<std::size_t>(count), kSerialBytes / work, [&](std::size_t begin, std::size_t end) {
+    ForEachRange(static_cast<std::size_t>(count), SerialRows(resampling), [&](std::size_t begin, std::size_t end) {
         method.Make(source, y + static_cast<int>(begin), static_cast<int>(end - begin), out + begin * rowBytes);
     });
 }
@@ -151,7 +154,9 @@ std::uint64_t RowResampler::BytesFor(const Resampling& resampling) {
     const std::size_t rows = RingRows(resampling, static_cast<std::size_t>(taps(resampling.y)));
     const std::uint64_t ring = Product<std::uint64_t>(rows, resampling.FromRowBytes());
     const std::uint64_t tables = Sum<std::uint64_t>(weights(resampling.x), weights(resampling.y));
-    return Sum<std::uint64_t>(ring, Sum<std::uint64_t>(tables, BytesOfGroups(resampling)));
+    const auto made = static_cast<std::size_t>(resampling.y.toCount);
+    const std::uint64_t groups = BytesOfGroups(resampling, ThreadsFor(made, SerialRows(resampling)), made);
+    return Sum<std::uint64_t>(ring, Sum<std::uint64_t>(tables, groups));
 }
 
 std::size_t RowResampler::FirstNeeded() const {
