@@ -1,11 +1,12 @@
 #include "Commands.h"
 #include "FileNames.h"
 #include "LoadOptions.h"
-#include "SaveImage.h"
+#include "Making.h"
 #include "Usage.h"
 #include "Workers.h"
 
 #include <memory>
+#include <utility>
 
 namespace Kavra::App {
 namespace {
@@ -15,6 +16,7 @@ struct Options {
     std::string to;
     int jobs = 0;
     LoadOptions load;
+    Making making;
 };
 
 int Run(const Session& session, const Options& options) {
@@ -37,11 +39,12 @@ int Run(const Session& session, const Options& options) {
     const Host host = session.LoadHost();
     std::vector<Report> reports = MakeReports(inputs);
     const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
-        const LoadedImage image = Load(host.Handler(), report, options.load);
+        LoadedImage image = Load(host.Handler(), report, options.load);
         if (image.block == nullptr) {
             FailToRead(report, 0);
         } else {
-            Save(host.Handler(), report, image, outputs[index]);
+            options.making.Write(host.Handler(), report, std::move(image),
+                                 SourceOf(host.Handler(), report.File(), options.load.frame), outputs[index]);
         }
     });
     return good ? kAllDone : kSomeFailed;
@@ -63,6 +66,7 @@ void AddConvert(CLI::App& program, Session& session) {
     options->load.AddTo(*command, true);
     options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
     options->load.resampling.AddFast(*command);
+    options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -1,10 +1,10 @@
 #include "Commands.h"
 #include "FormatNames.h"
 #include "ImageObject.h"
+#include "Making.h"
 #include "Picture.h"
 #include "PixelConversion.h"
 #include "ResizedPicture.h"
-#include "SaveImage.h"
 #include "Sizes.h"
 #include "Usage.h"
 #include "Workers.h"
@@ -29,6 +29,7 @@ struct Options {
     int orientation = 0;
     EFormat format = kUnknown;
     int frame = 0;
+    Making making;
 };
 
 bool IsInside(const Rect& rect, const ImageDescription& desc) {
@@ -83,7 +84,7 @@ void Crop(IImageHandler& handler, Report& report, const Options& options) {
         }
         result = *std::move(converted);
     }
-    Save(handler, report, result, options.out);
+    options.making.Write(handler, report, std::move(result), SourceOf(handler, options.in, options.frame), options.out);
 }
 
 int Run(const Session& session, const Options& options) {
@@ -120,6 +121,7 @@ void AddCrop(CLI::App& program, Session& session) {
                    "Row and column order written, 0 (as displayed) to 7");
     AddFormatOption(*command, options->format, "The pixel format written; the picture's own unless said");
     AddFrame(*command, options->frame);
+    options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -1,13 +1,14 @@
 #include "Commands.h"
 #include "FramePattern.h"
 #include "LoadOptions.h"
-#include "SaveImage.h"
+#include "Making.h"
 #include "Usage.h"
 #include "Workers.h"
 
 #include <algorithm>
 #include <format>
 #include <memory>
+#include <utility>
 
 namespace Kavra::App {
 namespace {
@@ -18,6 +19,7 @@ struct Options {
     std::string file;
     std::string pattern;
     LoadOptions load;
+    Making making;
 };
 
 int FrameCount(const Host& host, Report& report) {
@@ -37,7 +39,7 @@ void WriteFrames(const Host& host, Report& report, const Options& options, const
     for (int frame = 0; frame < count; ++frame) {
         const std::size_t mark = report.Mark();
         load.frame = frame;
-        const LoadedImage image = Load(host.Handler(), report, load);
+        LoadedImage image = Load(host.Handler(), report, load);
         if (image.block == nullptr && frame > 0 && EndOfFrames(report, mark)) {
             report.Say("note", std::format("reports {} frames and holds {}", count, frame));
             return;
@@ -45,7 +47,8 @@ void WriteFrames(const Host& host, Report& report, const Options& options, const
         if (image.block == nullptr) {
             FailToRead(report, mark);
         } else {
-            Save(host.Handler(), report, image, pattern.Name(frame));
+            options.making.Write(host.Handler(), report, std::move(image),
+                                 SourceOf(host.Handler(), report.File(), frame), pattern.Name(frame));
         }
         progress.Show(static_cast<std::size_t>(frame) + 1);
     }
@@ -80,6 +83,7 @@ void AddFrames(CLI::App& program, Session& session) {
     options->load.AddTo(*command, false);
     options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
     options->load.resampling.AddFast(*command);
+    options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -118,7 +118,9 @@ std::optional<OwnSize> FindOwnSize(IImageHandler& handler, const std::string& fi
 /// One call of the handler; `size` is of the file's own rows and columns.
 LoadedImage CallLoad(IImageHandler& handler, Report& report, const LoadOptions& options, vec2<int> size, bool smooth) {
     const MessageScope scope(report);
-    const LoadPreferencesScope preferences(options.resampling.For(report.File()));
+    LoadPreferences preferences = options.resampling.For(report.File());
+    options.selection.AddTo(preferences);
+    const LoadPreferencesScope preferred(preferences);
     const KString path(OS::FromUtf8(report.File().c_str()).c_str());
     LoadedImage image;
     image.block.reset(handler.LoadTexture(image.desc, path, size.x, size.y, 0, options.format, smooth, options.frame,

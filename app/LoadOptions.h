@@ -3,6 +3,7 @@
 
 #include "Messages.h"
 #include "Resampling.h"
+#include "Selection.h"
 #include "SizeOptions.h"
 
 #include <kavra/devices/IImageHandler.h>
@@ -31,6 +32,7 @@ struct LoadOptions {
     bool highQuality = false;
     SizeWish wish = {};  ///< instead of `width` and `height`
     Resampling resampling = {};
+    Selection selection = {};
 
     /// Adds `--size --fit --fill --scale --format --orientation --high-quality`, and `--frame` where one frame is loaded.
     void AddTo(CLI::App& command, bool withFrame);

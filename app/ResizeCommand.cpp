@@ -1,7 +1,7 @@
 #include "Commands.h"
+#include "Making.h"
 #include "Picture.h"
 #include "ResizedPicture.h"
-#include "SaveImage.h"
 #include "Sizes.h"
 #include "Usage.h"
 #include "Workers.h"
@@ -23,6 +23,7 @@ struct Options {
     EResizeMethod method = kResizeFilter;
     Resampling resampling;
     int frame = 0;
+    Making making;
 };
 
 /// First the width, then the height: a call that changes both counts its rows before it looks how long they are, and
@@ -94,8 +95,10 @@ int Run(const Session& session, const Options& options) {
     if (!contradiction.empty()) return WrongUsage("resize", contradiction);
     const Host host = session.LoadHost();
     const bool good = ForOneReport(options.in, [&](Report& report) {
-        const LoadedImage result = Resized(host.Handler(), report, options);
-        if (result.block != nullptr) Save(host.Handler(), report, result, options.out);
+        LoadedImage result = Resized(host.Handler(), report, options);
+        if (result.block == nullptr) return;
+        options.making.Write(host.Handler(), report, std::move(result),
+                             SourceOf(host.Handler(), options.in, options.frame), options.out);
     });
     return good ? kAllDone : kSomeFailed;
 }
@@ -126,6 +129,7 @@ void AddResize(CLI::App& program, Session& session) {
         "right and at the bottom, fill up with zeros. copy: the block as it is, in its own size");
     options->resampling.AddForPeople(*command);
     AddFrame(*command, options->frame);
+    options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

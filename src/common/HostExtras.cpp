@@ -30,6 +30,8 @@ FloatsToFormat(const float* colours, std::size_t count, Devices::EFormat format,
     "_ZN5Kavra7Devices14GetImageLimitsERNS0_11ImageLimitsE");
 [[gnu::weak]] void GetLoadPreferences(Devices::LoadPreferences& preferences) __asm__(
     "_ZN5Kavra7Devices18GetLoadPreferencesERNS0_15LoadPreferencesE");
+[[gnu::weak]] void GetSavePreferences(Devices::SavePreferences& preferences) __asm__(
+    "_ZN5Kavra7Devices18GetSavePreferencesERNS0_15SavePreferencesE");
 [[gnu::weak]] bool IsPreferedHandler(const unsigned char* start, std::size_t bytes) __asm__(
     "_ZN5Kavra7Devices10EXRHandler17IsPreferedHandlerEPKhm");
 
@@ -72,6 +74,12 @@ Devices::LoadPreferences HostLoadPreferences() {
     const bool isKnown =
         preferences.filter >= Devices::kResampleNearest && preferences.filter <= Devices::kResampleLanczos3;
     if (!isKnown) preferences.choosesFilter = false;
+    return preferences;
+}
+
+Devices::SavePreferences HostSavePreferences() {
+    Devices::SavePreferences preferences;
+    if (Extras::GetSavePreferences != nullptr) Extras::GetSavePreferences(preferences);
     return preferences;
 }
 

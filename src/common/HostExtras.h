@@ -6,6 +6,7 @@
 #include <kavra/devices/EFormat.h>
 #include <kavra/devices/ImageLimits.h>
 #include <kavra/devices/LoadPreferences.h>
+#include <kavra/devices/SavePreferences.h>
 #include <kavra/objects/IMemoryWrapper.h>
 #include <kavra/objects/KString.h>
 
@@ -31,6 +32,9 @@ Devices::ImageLimits HostImageLimits();
 /// The calling thread's preferences; the defaults where the host knows of no such thing. A filter that is none of those
 /// known here counts as none chosen.
 Devices::LoadPreferences HostLoadPreferences();
+
+/// The same of what is saved.
+Devices::SavePreferences HostSavePreferences();
 
 /// Whether the host's OpenEXR reader wants the file at `path`, which begins with `start`. A host that does not judge by
 /// bytes is given the path, and may open the file.

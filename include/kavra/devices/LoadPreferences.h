@@ -33,6 +33,20 @@ struct LoadPreferences {
     /// change of size demand.
     bool choosesFilter = false;
     EResampleFilter filter = kResampleMitchell;  ///< one that is none counts as none chosen
+
+    /// The face of a cube map that is loaded by itself, as a flat picture: 0 to 5 for +x -x +y -y +z -z. Negative: all of
+    /// them. The load fails, with the warning "Frame index out of range", where there is none; so for `slice`, `mipLevel`
+    /// and `channels`.
+    std::int32_t face = -1;
+    /// The slice of a volume that is loaded by itself, as a flat picture, from 0. Negative: all of them.
+    std::int32_t slice = -1;
+    /// The mip level that is loaded of files other than DDS, whose levels the load's own `level` chooses; that one is the
+    /// frame of all others, as ever.
+    std::int32_t mipLevel = 0;
+    /// One to four names of channels of the file, separated by commas, that become red, green, blue and alpha: "Z", or
+    /// "diffuse.R,diffuse.G,diffuse.B". One channel is grey, of three the alpha is opaque. Their common type is one that
+    /// holds them all. Null: the contract's choice. The text lives until the scope ends.
+    const char* channels = nullptr;
 };
 
 /// Makes preferences those of the calling thread, over those that it had; fields beyond `preferences.size` are at their

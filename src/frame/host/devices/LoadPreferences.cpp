@@ -1,36 +1,25 @@
-#include "common/KnownFields.h"
+#include "frame/host/devices/PreferenceStack.h"
 
 #include <kavra/devices/LoadPreferences.h>
-
-#include <utility>
 
 namespace Kavra::Devices {
 
 namespace {
 
-struct Held {
-    LoadPreferences preferences;
-    Held* below;
-};
-
-/// Bare, so that also what ends after the thread's other objects can ask.
-constinit thread_local Held* tTop = nullptr;
+constinit thread_local PreferenceStack<LoadPreferences> tPreferences;
 
 }  // namespace
 
 void PushLoadPreferences(const LoadPreferences& preferences) {
-    auto* const held = new Held{.preferences = {}, .below = tTop};
-    Common::CopyKnownFields(preferences, held->preferences);
-    tTop = held;
+    tPreferences.Push(preferences);
 }
 
 void PopLoadPreferences() noexcept {
-    if (tTop != nullptr) delete std::exchange(tTop, tTop->below);
+    tPreferences.Pop();
 }
 
 void GetLoadPreferences(LoadPreferences& preferences) {
-    static constexpr LoadPreferences kDefaults;
-    Common::CopyKnownFields(tTop != nullptr ? tTop->preferences : kDefaults, preferences);
+    tPreferences.Get(preferences);
 }
 
 }  // namespace Kavra::Devices

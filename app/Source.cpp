@@ -1,0 +1,42 @@
+#include "Source.h"
+
+#include "FileNames.h"
+
+#include <kavra/objects/OS.h>
+
+#include <algorithm>
+
+namespace Kavra::App {
+
+using namespace Devices;
+
+OwnedInspection Inspect(IImageHandler& handler, const std::string& file) {
+    auto* const inspector = dynamic_cast<IImageInspector*>(&handler);
+    if (inspector == nullptr) return nullptr;
+    return OwnedInspection(inspector->Inspect(OS::FromUtf8(file.c_str()).c_str()));
+}
+
+Source SourceOf(IImageHandler& handler, const std::string& file, int frame) {
+    Source source;
+    if (IsOpenExr(file)) {
+        source.alpha = kAlphaPremultiplied;
+        source.transfer = kTransferLinear;
+    }
+    const OwnedInspection inspection = Inspect(handler, file);
+    if (inspection == nullptr || inspection->PartCount() == 0) return source;
+    const auto index = std::min(static_cast<std::size_t>(std::max(frame, 0)), inspection->PartCount() - 1);
+    const FilePart& part = inspection->Part(index);
+    source.alpha = part.alpha;
+    source.transfer = part.transfer;
+    source.gamma = part.gamma;
+    source.colourSpace = part.colourSpace;
+    const auto* const profile = static_cast<const unsigned char*>(part.iccProfile);
+    if (profile != nullptr) source.iccProfile.assign(profile, profile + part.iccBytes);
+    source.xResolution = part.xResolution;
+    source.yResolution = part.yResolution;
+    for (std::size_t i = 0; i < part.textCount; ++i)
+        source.texts.push_back({part.texts[i].name, part.texts[i].value});
+    return source;
+}
+
+}  // namespace Kavra::App

@@ -1,0 +1,37 @@
+/// What the program knows of a file beyond its description.
+#pragma once
+
+#include "LoadOptions.h"
+
+#include <kavra/devices/IImageInspector.h>
+
+#include <string>
+#include <vector>
+
+namespace Kavra::App {
+
+using OwnedInspection = Owned<Devices::IFileInspection>;
+
+/// Everything that the file says of itself; null where nothing can describe it, or the module is an older one.
+OwnedInspection Inspect(Devices::IImageHandler& handler, const std::string& file);
+
+/// What of a picture is not in its pixels: what they mean, and what belongs to them.
+struct Source {
+    struct Text {
+        std::string name, value;
+    };
+
+    Devices::EAlphaKind alpha = Devices::kAlphaStraight;
+    Devices::ETransferKind transfer = Devices::kTransferUnknown;
+    double gamma = 2.2;  ///< of `kTransferGamma`: the decoding exponent
+    std::string colourSpace;
+    std::vector<unsigned char> iccProfile;
+    double xResolution = 0, yResolution = 0;  ///< dots per inch; 0 where unknown
+    std::vector<Text> texts;
+};
+
+/// The source of the frame that a load gives. Where nothing is known of it, what its type has: OpenEXR files light and
+/// premultiplied colours, all others straight ones.
+Source SourceOf(Devices::IImageHandler& handler, const std::string& file, int frame);
+
+}  // namespace Kavra::App
