@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <format>
 #include <memory>
 #include <optional>
@@ -48,11 +49,21 @@ Json Vector(const vec3<float>& v) {
     return Numbers({v.x, v.y, v.z});
 }
 
+/// Degrees to a thousandth, which is finer than they are known.
+double Rounded(double degrees) {
+    return std::round(degrees * 1000) / 1000;
+}
+
 Json LightJson(const std::string& file, const LightFindings& findings) {
     const vec4<float>& mean = findings.averageColor;
     Json lights = Json::array();
     for (const LightFinding& light : findings.lights)
-        lights.push_back({{"direction", Vector(light.direction)}, {"color", Vector(light.colour)}});
+        lights.push_back({{"direction", Vector(light.direction)},
+                          {"azimuth", Rounded(light.Azimuth())},
+                          {"elevation", Rounded(light.Elevation())},
+                          {"color", Vector(light.colour)},
+                          {"luminance", light.luminance},
+                          {"share", light.share}});
     return {{"file", file},
             {"averageColor", Numbers({mean.x, mean.y, mean.z, mean.w})},
             {"intensity",
@@ -75,6 +86,12 @@ void NoteDoubts(Report& report, const LightFindings& findings) {
     if (findings.oddPixels > 0) {
         report.Say("note", std::format("{} of {} pixels are NaN or infinite; means and lights are not to be trusted",
                                        findings.oddPixels, findings.Pixels()));
+    }
+    if (!findings.IsTwiceAsWide()) {
+        report.Say(
+            "note",
+            std::format("{} x {} pixels, and an equirectangular map is twice as wide as high; directions may be wrong",
+                        findings.desc.width, findings.desc.height));
     }
     if (findings.AreLightsBlack()) report.Say("note", "the lights are black: the search saw no light in this map");
 }

@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <format>
+#include <functional>
 #include <numbers>
 #include <span>
 
@@ -32,6 +33,21 @@ std::string LightLine(std::size_t number, const LightFinding& light) {
     return std::format("  {:>3}  {:+.3f} {:+.3f} {:+.3f}  {:>7.1f}  {:>9.1f}   {}  {:<9.4g}  {:>5.1f} %\n", number, x,
                        y, z, light.Azimuth(), light.Elevation(), ColourText(light.colour), light.luminance,
                        100 * light.share);
+}
+
+/// What a light counts for: nothing where it is no light.
+double Weight(const LightFinding& light) {
+    return light.luminance > 0 ? light.luminance : 0;
+}
+
+/// The strongest comes first: the search knows lights in the order of their brightest samples.
+void FindShares(std::vector<LightFinding>& lights) {
+    double total = 0;
+    for (const LightFinding& light : lights)
+        total += Weight(light);
+    for (LightFinding& light : lights)
+        light.share = total > 0 ? Weight(light) / total : 0;
+    std::ranges::stable_sort(lights, std::greater(), Weight);
 }
 
 template <class Channel>
@@ -85,13 +101,9 @@ LightFindings MeasureLight(IImageHandler& handler, const LoadedImage& map, const
     std::vector<vec3<float>> directions(options.lights), colours(options.lights);
     const unsigned count =
         handler.FindIBLLightDirections(map.desc, data, directions.data(), colours.data(), options.lights);
-    double total = 0;
-    for (unsigned i = 0; i < count; ++i) {
+    for (unsigned i = 0; i < count; ++i)
         findings.lights.push_back({directions[i], colours[i], Luminance(colours[i]), 0});
-        total += std::max(findings.lights[i].luminance, 0.0);
-    }
-    for (LightFinding& light : findings.lights)
-        light.share = total > 0 ? std::max(light.luminance, 0.0) / total : 0;
+    FindShares(findings.lights);
     return findings;
 }
 

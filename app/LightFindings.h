@@ -25,12 +25,14 @@ struct LightFindings {
     vec3<float> intensity;  ///< brightest channel of the mean, mean of the brightest channel, luminance
     vec3<float> weightedAverage;
     bool upperHemisphere = false;
-    std::vector<LightFinding> lights;  ///< in the order found: by their brightest samples
+    std::vector<LightFinding> lights;  ///< in falling order of their shares
     std::size_t oddPixels = 0;         ///< that hold NaN or an infinity
 
     std::size_t Pixels() const;
     /// Whether there are lights, and all of them are black.
     bool AreLightsBlack() const;
+    /// Whether the map is twice as wide as high, as equirectangular ones are.
+    bool IsTwiceAsWide() const { return desc.width == 2LL * desc.height; }
 };
 
 struct LightOptions {

@@ -74,7 +74,12 @@ TEST(LightCommand, JsonIsAnArrayWithOneObjectAFile) {
     ASSERT_EQ(object["lights"].size(), 2U);
     EXPECT_EQ(object["lights"][0]["color"], Json({0.5, 0.25, 0.1}));
     EXPECT_NEAR(object["lights"][0]["direction"][0].get<double>(), -1, 1e-6);
-    EXPECT_EQ(object["lights"][0].size(), 2U);
+    const Json& light = object["lights"][0];
+    EXPECT_EQ(light.size(), 6U);
+    EXPECT_EQ(light["azimuth"], -90.0);
+    EXPECT_NEAR(light["elevation"].get<double>(), 0, 0.01);
+    EXPECT_NEAR(light["luminance"].get<double>(), 0.212671 * 0.5 + 0.71516 * 0.25 + 0.072169 * 0.1, 1e-6);
+    EXPECT_NEAR(light["share"].get<double>(), 0.5, 1e-9);
     object.erase("lights");
     EXPECT_EQ(object, Json({{"file", map.string()},
                             {"averageColor", {0.5, 0.25, 0.1, 1.0}},
@@ -108,6 +113,33 @@ TEST(LightCommand, LightsAreAsManyAsWanted) {
     EXPECT_EQ(LightOf(map, {"--lights", "0"})["lights"], Json::array());
 }
 
+TEST(LightCommand, TheStrongestComesFirstAlthoughAnotherHasTheBrightestSample) {
+    const TemporaryFolder folder;
+    const auto map = WriteMap(folder / "two.exr", 400, 200, OIIO::TypeDesc::FLOAT, [](int x, int y) {
+        if (x >= 98 && x < 102 && y >= 98 && y < 102) return Rgb{3, 3, 3};
+        const Rgb left = Square(100, 100, {1.2F, 1.2F, 1.2F})(x, y);
+        return left[0] > 0 ? left : Square(300, 100, {2, 2, 2})(x, y);
+    });
+    const Json lights = LightOf(map)["lights"];
+    ASSERT_EQ(lights.size(), 2U);
+    EXPECT_EQ(lights[0]["color"], Json({2.0, 2.0, 2.0}));
+    EXPECT_NEAR(lights[0]["azimuth"].get<double>(), 90, 1);
+    EXPECT_GT(lights[0]["share"].get<double>(), lights[1]["share"].get<double>());
+    EXPECT_NEAR(lights[0]["share"].get<double>() + lights[1]["share"].get<double>(), 1, 1e-9);
+}
+
+TEST(LightCommand, AMapThatIsNotTwiceAsWideAsHighIsMeasuredWithANote) {
+    const TemporaryFolder folder;
+    const auto map = [&](int width, int height) {
+        return WriteMap(folder / "map.exr", width, height, OIIO::TypeDesc::FLOAT,
+                        [](int, int) { return Rgb{1, 1, 1}; });
+    };
+    ExpectDone({"light", map(8, 4)}, "");
+    ExpectDone({"light", map(8, 8)},
+               NoteLine(folder / "map.exr",
+                        "8 x 8 pixels, and an equirectangular map is twice as wide as high; directions may be wrong"));
+}
+
 TEST(LightCommand, UpperLooksAtTheUpperHemisphere) {
     const TemporaryFolder folder;
     const auto map = WriteMap(folder / "sky.exr", 8, 4, OIIO::TypeDesc::FLOAT,
@@ -121,7 +153,7 @@ TEST(LightCommand, UpperLooksAtTheUpperHemisphere) {
 
 TEST(LightCommand, WhatHasNoMeanIsNull) {
     const TemporaryFolder folder;
-    const auto map = WriteMap(folder / "row.exr", 8, 1, OIIO::TypeDesc::FLOAT, [](int, int) { return Rgb{1, 1, 1}; });
+    const auto map = WriteMap(folder / "row.exr", 2, 1, OIIO::TypeDesc::FLOAT, [](int, int) { return Rgb{1, 1, 1}; });
     const Json json = LightOf(map, {"--upper"});
     EXPECT_TRUE(json["intensity"]["luminance"].is_null());
     EXPECT_TRUE(json["weightedAverage"][0].is_null());
@@ -147,7 +179,10 @@ TEST(LightCommand, AGreyMapIsGreyInEveryColour) {
 }
 
 TEST(LightCommand, AMapThatTheHostReadsAsThreeFloatsIsTaken) {
-    const Json mean = LightOf(Sample("depth.exr"))["averageColor"];
+    const auto map = Sample("depth.exr");
+    const std::string said =
+        NoteLine(map, "96 x 64 pixels, and an equirectangular map is twice as wide as high; directions may be wrong");
+    const Json mean = Json::parse(ExpectDone({"light", "--json", map}, said))[0]["averageColor"];
     EXPECT_GT(mean[0].get<double>(), 0.1);
     EXPECT_EQ(mean[0], mean[2]);
     EXPECT_EQ(mean[3], 1.0);
