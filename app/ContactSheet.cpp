@@ -6,7 +6,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 
 namespace Kavra::App {
@@ -17,8 +16,6 @@ using namespace Devices;
 using Pixel = std::array<unsigned char, 4>;
 
 constexpr Pixel kBackground = {48, 48, 48, 255};
-constexpr Pixel kBoxColour = {64, 32, 32, 255};
-constexpr Pixel kCrossColour = {224, 64, 64, 255};
 constexpr std::array<unsigned char, 2> kSquares = {160, 112};
 constexpr int kSquareSize = 8;
 
@@ -32,30 +29,29 @@ std::uint8_t Blend(int colour, int alpha, int below) {
     return static_cast<std::uint8_t>((colour * alpha + below * (255 - alpha) + 127) / 255);
 }
 
-/// Whether a pixel is on the edge or one of the diagonals, at least one pixel wide in every row and column.
-bool IsOnCross(int x, int y, int width, int height) {
-    if (x == 0 || y == 0 || x == width - 1 || y == height - 1) return true;
-    const auto isOnDiagonal = [&](std::int64_t column) {
-        const std::int64_t distance = column * (height - 1) - std::int64_t{y} * (width - 1);
-        return std::abs(distance) <= std::max(width, height);
-    };
-    return isOnDiagonal(x) || isOnDiagonal(width - 1 - x);
-}
-
 }  // namespace
 
-SheetLayout::SheetLayout(std::size_t cells, vec2<int> cell, int columns)
-    : mCell(cell), mMargin(std::min(cell.x, cell.y) / kMarginPart) {
+SheetLayout::SheetLayout(std::size_t cells, vec2<int> cell, int columns, int captionHeight)
+    : mCell(cell), mMargin(std::min(cell.x, cell.y) / kMarginPart), mCaptionHeight(captionHeight) {
     const auto count = static_cast<long long>(cells);
     const auto square = static_cast<long long>(std::ceil(std::sqrt(static_cast<double>(cells))));
     mColumns = std::min(columns > 0 ? columns : square, count);
     mRows = (count + mColumns - 1) / mColumns;
 }
 
+vec2<int> SheetLayout::Corner(std::size_t cell) const {
+    const auto column = static_cast<long long>(cell) % mColumns, row = static_cast<long long>(cell) / mColumns;
+    return {static_cast<int>(column * mCell.x), static_cast<int>(row * RowHeight())};
+}
+
 vec2<int> SheetLayout::Place(std::size_t cell, vec2<int> size) const {
-    const auto column = static_cast<int>(static_cast<long long>(cell) % mColumns);
-    const auto row = static_cast<int>(static_cast<long long>(cell) / mColumns);
-    return {column * mCell.x + (mCell.x - size.x) / 2, row * mCell.y + (mCell.y - size.y) / 2};
+    const vec2<int> corner = Corner(cell);
+    return {corner.x + (mCell.x - size.x) / 2, corner.y + (mCell.y - size.y) / 2};
+}
+
+vec2<int> SheetLayout::CaptionPlace(std::size_t cell) const {
+    const vec2<int> corner = Corner(cell);
+    return {corner.x + mMargin, corner.y + mCell.y};
 }
 
 LoadedImage NewSheet(const SheetLayout& layout) {
@@ -75,16 +71,6 @@ void PutOnSquares(LoadedImage& image) {
             pixel[i] = Blend(pixel[i], pixel[3], below);
         pixel[3] = 255;
     }
-}
-
-LoadedImage CrossedBox(vec2<int> size) {
-    LoadedImage box = NewPicture(size.x, size.y, kR8G8B8A8);
-    int index = 0;
-    for (Pixel& pixel : Pixels(box)) {
-        pixel = IsOnCross(index % size.x, index / size.x, size.x, size.y) ? kCrossColour : kBoxColour;
-        ++index;
-    }
-    return box;
 }
 
 }  // namespace Kavra::App

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 using namespace Kavra::Tests;
@@ -285,4 +286,98 @@ TEST(SheetCommand, NamesInAnyScriptAreTakenAndMade) {
     const auto file = Plain(folder, "湖 Höhle.png", 10, 10, {10, 20, 30});
     ExpectDone({"sheet", folder / "übersicht 🏔.png", file});
     EXPECT_EQ(PictureFile(folder / "übersicht 🏔.png").At(80, 60), (Colour{10, 20, 30, 255}));
+}
+
+namespace {
+
+/// The pixels of a picture's rectangle, row by row.
+std::vector<Colour> Rectangle(const PictureFile& picture, int left, int top, int width, int height) {
+    std::vector<Colour> pixels;
+    for (int y = top; y < top + height; ++y) {
+        for (int x = left; x < left + width; ++x)
+            pixels.push_back(picture.At(x, y));
+    }
+    return pixels;
+}
+
+int HeightOf(const PictureFile& picture) {
+    return std::stoi(picture.Size().substr(picture.Size().find('x') + 1));
+}
+
+bool HasOther(const std::vector<Colour>& pixels, const Colour& colour) {
+    return std::ranges::any_of(pixels, [&](const Colour& pixel) { return pixel != colour; });
+}
+
+}  // namespace
+
+TEST(SheetCommand, CaptionsStandBelowTheCellsAndLeaveThemAsTheyAre) {
+    const TemporaryFolder folder;
+    const auto first = Plain(folder, "first.png", 30, 20, {9, 9, 9}),
+               other = Plain(folder, "other.png", 30, 20, {9, 9, 9});
+    ExpectDone({"sheet", folder / "plain.png", first, other});
+    ExpectDone({"sheet", folder / "said.png", first, other, "--captions"});
+    const PictureFile plain(folder / "plain.png"), said(folder / "said.png");
+    const int caption = HeightOf(said) - 120;
+    ASSERT_GT(caption, 20);
+    ASSERT_LT(caption, 60);
+    EXPECT_EQ(Rectangle(said, 0, 0, 320, 120), Rectangle(plain, 0, 0, 320, 120));
+    const auto textOf = [&](int cell) { return Rectangle(said, cell * 160, 120, 160, caption); };
+    EXPECT_TRUE(HasOther(textOf(0), kBackground));
+    EXPECT_NE(textOf(0), textOf(1)) << "the names";
+    EXPECT_EQ(Rectangle(said, 0, 120 + caption / 3, 160, caption - caption / 3),
+              Rectangle(said, 160, 120 + caption / 3, 160, caption - caption / 3))
+        << "sizes and formats";
+}
+
+TEST(SheetCommand, ACaptionOfAnyNameStaysBelowItsCell) {
+    const TemporaryFolder folder;
+    const auto file = Plain(folder, std::string(200, 'W') + " 湖.png", 30, 20, {9, 9, 9});
+    ExpectDone({"sheet", folder / "sheet.png", file, file, "--captions", "--columns", "2"});
+    const PictureFile sheet(folder / "sheet.png");
+    EXPECT_FALSE(HasOther(Rectangle(sheet, 156, 120, 8, HeightOf(sheet) - 120), kBackground)) << "between two cells";
+    ExpectDone({"sheet", folder / "tiny.png", file, "--captions", "--cell", "1x1"});
+}
+
+TEST(SheetCommand, TheReasonStandsInTheBoxOfAFileThatFailed) {
+    const TemporaryFolder folder;
+    ExpectFailed({"sheet", folder / "missing.png", "/nonexistent/x.tif"}, UnreadableLine("/nonexistent/x.tif"));
+    const PictureFile sheet(folder / "missing.png");
+    const std::vector<Colour> middle = Rectangle(sheet, 50, 50, 60, 20);
+    EXPECT_TRUE(std::ranges::any_of(middle, [](const Colour& pixel) { return pixel[0] > 200 && pixel[1] > 150; }))
+        << "letters, which are neither of the box nor of the cross";
+}
+
+TEST(SheetCommand, EveryFrameAndLevelCanHaveACellOfItsOwn) {
+    const TemporaryFolder folder;
+    const auto sizeOf = [&](const std::string& sample, const std::string& option) {
+        ExpectDone({"sheet", folder / "sheet.png", Sample(sample), option, "--cell", "40x20", "--columns", "20"});
+        return PictureFile(folder / "sheet.png").Size();
+    };
+    EXPECT_EQ(sizeOf("spinner.gif", "--frames"), "320x20") << "eight frames";
+    EXPECT_EQ(sizeOf("cube-mips.dds", "--levels"), "240x20") << "32 x 32 has six levels";
+    EXPECT_EQ(sizeOf("cube-mips.dds", "--frames"), "40x20") << "levels are no frames";
+    EXPECT_EQ(sizeOf("photo.jpg", "--levels"), "40x20");
+    const PictureFile levels = (sizeOf("cube-mips.dds", "--levels"), PictureFile(folder / "sheet.png"));
+    EXPECT_NE(levels.At(20 + 7, 10), kBackground) << "18 x 18 of level 0";
+    EXPECT_NE(levels.At(3 * 40 + 19, 10), kBackground) << "4 x 4 of level 3";
+    EXPECT_EQ(levels.At(3 * 40 + 23, 10), kBackground);
+}
+
+TEST(SheetCommand, MoreThanTheRowsTakeGoesToFurtherSheets) {
+    const TemporaryFolder folder;
+    Words files;
+    for (int i = 0; i < 5; ++i)
+        files.push_back(Plain(folder, std::to_string(i) + ".png", 10, 10, {50 * i, 0, 0}));
+    const auto make = [&](const std::string& out) {
+        ExpectDone(Joined({{"sheet", folder / out, "--cell", "40x20", "--columns", "2", "--rows", "1"}, files}));
+    };
+    make("out.png");
+    ExpectCentred(PictureFile(folder / "out-1.png"), 40, 0, 10, 10, {50, 0, 0, 255});
+    ExpectCentred(PictureFile(folder / "out-2.png"), 0, 0, 10, 10, {100, 0, 0, 255});
+    EXPECT_EQ(PictureFile(folder / "out-3.png").Size(), "40x20") << "one is left";
+    EXPECT_FALSE(std::filesystem::exists(folder / "out.png"));
+    make("page%02d.png");
+    ExpectCentred(PictureFile(folder / "page03.png"), 0, 0, 10, 10, {200, 0, 0, 255});
+    ExpectDone(Joined({{"sheet", folder / "one.png", "--cell", "40x20", "--columns", "2", "--rows", "3"}, files}));
+    EXPECT_EQ(PictureFile(folder / "one.png").Size(), "80x60");
 }
