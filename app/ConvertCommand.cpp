@@ -1,7 +1,9 @@
 #include "Commands.h"
+#include "CubeLayout.h"
 #include "FileNames.h"
 #include "LoadOptions.h"
 #include "Making.h"
+#include "SaveImage.h"
 #include "Usage.h"
 #include "Workers.h"
 
@@ -11,13 +13,27 @@
 namespace Kavra::App {
 namespace {
 
+using namespace Devices;
+
 struct Options {
     std::vector<std::string> files;  // the last one is the output
     std::string to;
     int jobs = 0;
     LoadOptions load;
+    CubeOption cube;
     Making making;
 };
+
+void Convert(IImageHandler& handler, Report& report, const Options& options, const std::filesystem::path& out) {
+    LoadedImage image = Load(handler, report, options.load);
+    if (image.block == nullptr) return FailToRead(report, 0);
+    Source source = SourceOf(handler, report.File(), options.load.frame);
+    image = options.cube.Apply(report, std::move(image), source.alpha);
+    if (image.block == nullptr) return;
+    if (options.cube.form && image.desc.textureType == kTextureCube && LowerExtension(out) != ".dds")
+        return FailToWrite(report, out, "it is a cube map, and of the files that are written only .dds holds one");
+    options.making.Write(handler, report, std::move(image), std::move(source), out);
+}
 
 int Run(const Session& session, const Options& options) {
     if (options.files.size() < 2)
@@ -39,13 +55,7 @@ int Run(const Session& session, const Options& options) {
     const Host host = session.LoadHost();
     std::vector<Report> reports = MakeReports(inputs);
     const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
-        LoadedImage image = Load(host.Handler(), report, options.load);
-        if (image.block == nullptr) {
-            FailToRead(report, 0);
-        } else {
-            options.making.Write(host.Handler(), report, std::move(image),
-                                 SourceOf(host.Handler(), report.File(), options.load.frame), outputs[index]);
-        }
+        Convert(host.Handler(), report, options, outputs[index]);
     });
     return good ? kAllDone : kSomeFailed;
 }
@@ -66,6 +76,7 @@ void AddConvert(CLI::App& program, Session& session) {
     options->load.AddTo(*command, true);
     options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
     options->load.resampling.AddFast(*command);
+    options->cube.AddTo(*command);
     options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
