@@ -87,6 +87,7 @@ constexpr std::array kSizes = {
     Sizes{256, 256, 64, 64}, Sizes{255, 257, 63, 65}, Sizes{300, 200, 37, 25}, Sizes{200, 300, 25, 37},
     Sizes{128, 128, 127, 1}, Sizes{128, 128, 1, 127}, Sizes{17, 19, 13, 11},   Sizes{13, 11, 17, 19},
     Sizes{400, 30, 399, 10}, Sizes{30, 400, 10, 399}, Sizes{90, 60, 45, 120},  Sizes{60, 90, 120, 45},
+    Sizes{64, 288, 257, 1},  Sizes{300, 310, 7, 5},   Sizes{431, 3, 9, 1},
 };
 
 constexpr std::array kFilters = {kResampleNearest,  kResampleBilinear,   kResampleBox,     kResampleTriangle,

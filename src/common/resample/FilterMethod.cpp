@@ -86,6 +86,11 @@ float FilterMethod::TieBound(const Resampling& resampling, const AxisPlan& acros
     return needed < kLargest ? static_cast<float>(needed) : 0.0F;
 }
 
+float FilterMethod::TieBound(const Resampling& resampling) {
+    const AxisPlan down(resampling.y, resampling.FilterAlong(resampling.y), resampling.Radius(), false);
+    return TieBound(resampling, AcrossFilter(resampling).Plan(), down);
+}
+
 /// Reaches within the picture, at its edge where they lie beyond it.
 int FilterMethod::RowWithin(std::int64_t row) const {
     return static_cast<int>(std::clamp<std::int64_t>(row, 0, mFromRows - 1));

@@ -12,7 +12,8 @@
 ///   here: products and additions of either pass:                        u 255 (A (C(B) + B) + B (C(A) + A))
 ///   the half that is added before both round down:                      2 u 256
 /// Where that reaches an eighth, as in shrinking thirtyfold, every fourth value would be summed again, each over
-/// thousands of pixels; there the promise is to differ by 1 at most, and none is.
+/// thousands of pixels. Small pictures are then summed in the library's order outright (`OrderedMethod`); for all others
+/// the promise is to differ by 1 at most, and none is summed again.
 ///
 /// Physical limit: reading the source once. Each value of it is turned into a float once or a little more, and is
 /// multiplied and added as often as filters overlap along a column: four times for the cubics.
@@ -42,6 +43,7 @@ public:
     /// The bound above, doubled where colours are weighted, of which it has the roundings to spare; 0: no value is
     /// summed again.
     static float TieBound(const Resampling& resampling, const AxisPlan& across, const AxisPlan& down);
+    static float TieBound(const Resampling& resampling);
 
     ~FilterMethod() override;
 

@@ -10,7 +10,7 @@ namespace Kavra::Common {
 
 namespace {
 
-constexpr double kMaxLooks = 1 << 22;  // at pixels of the source: some milliseconds
+constexpr double kMaxLooks = 1 << 23;  // at pixels of the source: some milliseconds
 
 double Taps(const Resampling& resampling, const ResampleAxis& axis) {
     return static_cast<double>(resampling.FilterAlong(axis).width) / static_cast<double>(axis.Ratio()) + 1;

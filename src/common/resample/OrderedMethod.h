@@ -1,5 +1,5 @@
 /// Resampling in the image library's own order: every pixel under the filter in one sum, row by row. The same numbers
-/// to the last bit, for as much work as the library's; so for small pictures only, of types whose last bits show.
+/// to the last bit, for as much work as the library's; so for small pictures only, where last bits show.
 #pragma once
 
 #include "common/resample/ResampleMethod.h"

@@ -76,14 +76,24 @@ RowSpan ClampedSpan(const Reach& reach, int rows) {
     return {within(reach.first), within(reach.first + reach.count - 1) + 1};
 }
 
+namespace {
+
+/// Whether another order of adding up can show: in 8 bits only where shrinking takes so many terms that ties are not
+/// summed again.
+bool ShowsLastBits(const Resampling& resampling) {
+    return resampling.pixels.element != ElementType::kUInt8 || FilterMethod::TieBound(resampling) == 0.0F;
+}
+
+}  // namespace
+
 std::unique_ptr<ResampleMethod> NewResampleMethod(const Resampling& resampling) {
     const ResampleOptions& options = resampling.options;
     if (options.filter == Devices::kResampleNearest) return std::make_unique<NearestMethod>(resampling);
     const bool isPlain = !WorkingColours::Weights(resampling.pixels, options) &&
                          !WorkingColours::UndoesCurve(resampling.pixels, options);
     if (options.filter == Devices::kResampleBilinear && isPlain) return std::make_unique<BilinearMethod>(resampling);
-    const bool showsLastBits = resampling.pixels.element != ElementType::kUInt8 && !options.bounded && isPlain;
-    if (showsLastBits && OrderedMethod::IsWorthIt(resampling)) return std::make_unique<OrderedMethod>(resampling);
+    const bool isOrderly = isPlain && !resampling.KeepsRange() && OrderedMethod::IsWorthIt(resampling);
+    if (isOrderly && ShowsLastBits(resampling)) return std::make_unique<OrderedMethod>(resampling);
     return std::make_unique<FilterMethod>(resampling);
 }
 

@@ -31,7 +31,7 @@ bool RowAccumulator::IsBetter(const Resampling& resampling) {
     if (resampling.LooksAtPoints() || resampling.y.Ratio() >= 1.0F) return false;
     const std::uint64_t kept = Product<std::uint64_t>(RowsUnderFilter(resampling), resampling.FromRowBytes());
     if (kept <= kMaxKeptBytes) return false;
-    return FilterMethod::TieBound(resampling, AcrossFilter(resampling).Plan(), PlanDown(resampling)) == 0.0F;
+    return FilterMethod::TieBound(resampling) == 0.0F;
 }
 
 std::size_t RowAccumulator::BandRows(const Resampling& resampling) {
