@@ -61,7 +61,8 @@ std::size_t LevelsOf(IImageHandler& handler, const std::string& name, const Imag
 
 std::vector<SheetCell> CellsOf(IImageHandler& handler, const std::string& name, std::size_t file,
                                const SheetContent& content) {
-    std::vector<SheetCell> cells = {{.file = file}};
+    std::vector<SheetCell> cells(1);
+    cells[0].file = file;
     if (!content.IsMore()) return cells;
     Report silent(name);
     const Owned<ImageDesc> desc = Describe(handler, silent);

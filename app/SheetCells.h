@@ -22,7 +22,7 @@ struct SheetCell {
     int frame = 0;
     Selection selection = {};
     int level = 0;
-    std::string label = {};  ///< which of the file's pictures it is; empty where it shows one
+    std::string label;  ///< which of the file's pictures it is; empty where it shows one
 };
 
 /// The cells of the file with a number, in the order of frames, levels, faces. One where the file cannot be described,
