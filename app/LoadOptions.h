@@ -39,7 +39,7 @@ struct LoadOptions {
 };
 
 struct DeleteObject {
-    void operator()(Objects::IDelete* object) const { object->Delete(); }
+    void operator()(auto* object) const { object->Delete(); }
 };
 template <class T>
 using Owned = std::unique_ptr<T, DeleteObject>;

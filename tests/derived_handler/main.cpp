@@ -33,8 +33,21 @@ public:
                                              orientation, formatHandler);
     }
 
-    int loads = 0;
+    Devices::IFileInspection* Inspect(const Objects::KString& path) override {
+        ++inspections;
+        return OIIOImageHandler::Inspect(path);
+    }
+
+    int loads = 0, inspections = 0;
 };
+
+void InspectsThrough(Devices::IImageInspector& inspector, const CountingHandler& counting,
+                     const Objects::KString& path) {
+    auto* const file = inspector.Inspect(path);
+    Check(file != nullptr && file->PartCount() == 1, "the base class inspects the picture");
+    if (file != nullptr) file->Delete();
+    Check(counting.inspections == 1, "an inspection goes through the override");
+}
 
 /// Loads through both views of the interface as a host does, by slot.
 void LoadThrough(Devices::IImageHandler& handler, const CountingHandler& counting, const Objects::KString& path) {
@@ -61,6 +74,7 @@ int main(int argc, char** argv) {
     Objects::IClone* const clone = factory.CloneObject(key);
     auto* const handler = dynamic_cast<Devices::IImageHandler*>(clone);
     Check(handler == counting, "a derived handler is its own clone");
+    InspectsThrough(*counting, *counting, path);
     if (handler != nullptr) LoadThrough(*handler, *counting, path);
     Check(factory.RemoveObject(key), "the factory disposes of a derived handler");
     Check(Devices::OIIOImageHandler::NetObjectCount() == 0, "no handler is left");

@@ -5,6 +5,7 @@
 
 #include <kavra/devices/IImage.h>
 #include <kavra/devices/IImageHandler.h>
+#include <kavra/devices/IImageInspector.h>
 #include <kavra/devices/ImageDesc.h>
 
 #include <dlfcn.h>
@@ -31,7 +32,7 @@ void Check(bool holds, const char* rule) {
 }
 
 struct Deleter {
-    void operator()(Objects::IDelete* object) const { object->Delete(); }
+    void operator()(auto* object) const { object->Delete(); }
 };
 template <class T>
 using Owned = std::unique_ptr<T, Deleter>;
@@ -61,6 +62,15 @@ Loaded Load(IImageHandler& handler, const std::string& path, EFormat format) {
 void DescribesAFile(IImageHandler& handler, const std::string& photo) {
     const Owned<ImageDesc> desc(handler.GetImageDesc(Wide(photo)));
     Check(desc && desc->width == 480 && desc->height == 320 && desc->format == kR8G8B8A8, "a photo is described");
+}
+
+/// What came later is reached by a cast, and asks for nothing more of such a host.
+void InspectsAFile(IImageHandler& handler, const std::string& photo) {
+    auto* const inspector = dynamic_cast<IImageInspector*>(&handler);
+    Check(inspector != nullptr, "the handler is an inspector, too");
+    if (inspector == nullptr) return;
+    const Owned<IFileInspection> file(inspector->Inspect(Wide(photo)));
+    Check(file && file->PartCount() == 1 && file->Part(0).channelCount == 3, "a photo is inspected");
 }
 
 void SavesWhatItLoaded(IImageHandler& handler, const std::string& photo, const std::string& copy) {
@@ -121,6 +131,7 @@ int main(int argc, char** argv) {
     auto* const handler = static_cast<IImageHandler*>(MinimalHostObject(L"ImageHandlerOIIO"));
     if (handler == nullptr) return std::fputs("minimal_host: no handler\n", stderr), 1;
     DescribesAFile(*handler, examples + "/photo.jpg");
+    InspectsAFile(*handler, examples + "/photo.jpg");
     SavesWhatItLoaded(*handler, examples + "/photo.jpg", folder + "/new/copy.png");
     PacksFloats(*handler, examples + "/studio.hdr");
     LoadsALegacyFile(*handler, examples + "/photo.pcx");

@@ -5,7 +5,7 @@
 #include <kavra/devices/EDataOrientation.h>
 #include <kavra/devices/ETextureType.h>
 #include <kavra/devices/Export.h>
-#include <kavra/objects/IDelete.h>
+#include <kavra/objects/HeapOperators.h>
 #include <kavra/objects/KString.h>
 
 #include <cstddef>
@@ -74,9 +74,12 @@ struct FilePart {
     std::size_t textCount;
 };
 
-/// The answer of an inspection. Whoever receives one owns it and destroys it with `Delete`.
-class KAVRA_DEVICES_API IFileInspection : public IDelete {
+/// The answer of an inspection. Whoever receives one owns it and destroys it with `Delete`, before the module is unloaded.
+class KAVRA_DEVICES_API IFileInspection : public Objects::HeapOperators {
 public:
+    virtual ~IFileInspection() = default;
+    virtual void Delete() = 0;
+
     /// The kind of file as the reader that took it calls itself: "png", "openexr", "dds", "PCX" ...
     virtual const char* FileType() const = 0;
     /// How many parts are described: 1 or more, and 4,096 at most. Part n is frame n of a load, except of a DDS, whose

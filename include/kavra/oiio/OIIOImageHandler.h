@@ -3,6 +3,7 @@
 #pragma once
 
 #include <kavra/devices/IImageHandler.h>
+#include <kavra/devices/IImageInspector.h>
 #include <kavra/objects/NetObjectCountImpl.h>
 #include <kavra/oiio/Export.h>
 
@@ -25,7 +26,9 @@ namespace Kavra::Devices {
 /// It is stateless: every call works on its arguments alone, so one object serves any number of threads. The
 /// definitions are spread over the module's folders by subject. An operation that builds on another one of the
 /// interface calls it through the vtable, so a class derived from this one may replace either.
-class KAVRA_OIIO_API OIIOImageHandler : public IImageHandler, public Objects::NetObjectCountImpl<OIIOImageHandler> {
+class KAVRA_OIIO_API OIIOImageHandler : public IImageHandler,
+                                        public IImageInspector,
+                                        public Objects::NetObjectCountImpl<OIIOImageHandler> {
 public:
     /// Switches off OpenEXR's core library inside OpenImageIO and the library's own printing of errors, process-wide
     /// and for good (the global attributes "openexr:core", "oiio:print_uncaught_errors",
@@ -63,6 +66,10 @@ public:
     IImage* CreateImage(ASimpleTexture* texture) override;
     bool writeImageOneLineAtATime(const KString& path, double resolution, IWriteImageLineProvider* provider, int width,
                                   int height, int channels) const override;
+
+    IFileInspection* Inspect(const KString& path) override;
+    const char* ReadableExtensions() override;
+    const char* WritableExtensions() override;
 
     /// Returns this object itself: a handler without state needs no copies. The caller must not destroy it; the class
     /// factory does when the module stops.

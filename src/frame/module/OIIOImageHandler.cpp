@@ -10,6 +10,8 @@
 #include "frame/module/Dispatch.h"
 #include "load/AlphaAnalysis.h"
 #include "load/FileDescription.h"
+#include "load/FileInspection.h"
+#include "load/FileKinds.h"
 #include "load/TextureLoader.h"
 #include "load/geometry/AdaptiveResize.h"
 #include "load/geometry/Reorientation.h"
@@ -34,7 +36,7 @@ void SetLibraryAttribute(const char* name, int value) {
 
 }  // namespace
 
-static_assert(sizeof(OIIOImageHandler) == 2 * sizeof(void*), "a handler is its two interface views and nothing else");
+static_assert(sizeof(OIIOImageHandler) == 3 * sizeof(void*), "a handler is its three interface views and nothing else");
 
 int OIIOImageHandler::mNetObjectCount = 0;
 
@@ -77,6 +79,18 @@ IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, cons
 
 ImageDesc* OIIOImageHandler::GetImageDesc(const KString& path) {
     return AtBoundary<ImageDesc*>(nullptr, [&] { return DescribeImage(path); });
+}
+
+IFileInspection* OIIOImageHandler::Inspect(const KString& path) {
+    return AtBoundary<IFileInspection*>(nullptr, [&] { return InspectFile(path); });
+}
+
+const char* OIIOImageHandler::ReadableExtensions() {
+    return AtBoundary("", [] { return Devices::ReadableExtensions(); });
+}
+
+const char* OIIOImageHandler::WritableExtensions() {
+    return AtBoundary("", [] { return Devices::WritableExtensions(); });
 }
 
 unsigned char* OIIOImageHandler::LoadTextureByOIIO(ImageDescription& desc, const KString& path, int width, int height,

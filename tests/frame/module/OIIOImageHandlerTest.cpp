@@ -49,9 +49,9 @@ TEST(Handler, TellsTheCountInEveryWay) {
     EXPECT_EQ(OIIOImageHandler::mNetObjectCount, handler.CurObjectCount());
 }
 
-TEST(Handler, HoldsNothingButItsTwoViews) {
-    EXPECT_EQ(sizeof(OIIOImageHandler), 2 * sizeof(void*));
-    EXPECT_EQ(sizeof(OIIOImageHandler), sizeof(IImageHandler));
+TEST(Handler, HoldsNothingButItsThreeViews) {
+    EXPECT_EQ(sizeof(OIIOImageHandler), 3 * sizeof(void*));
+    EXPECT_EQ(sizeof(OIIOImageHandler), sizeof(IImageHandler) + sizeof(IImageInspector));
 }
 
 TEST(Handler, LivesOnTheHostsHeap) {

@@ -216,6 +216,14 @@ TEST(HandlerTable, TheCloneViewComesSecond) {
     EXPECT_EQ(static_cast<const void*>(first), static_cast<IDelete*>(&handler));
 }
 
+TEST(HandlerTable, TheInspectorsViewComesThird) {
+    OIIOImageHandler handler;
+    const auto* const first = reinterpret_cast<const char*>(static_cast<IImageHandler*>(&handler));
+    IImageHandler* const asHostsHoldIt = &handler;
+    const auto* const third = reinterpret_cast<const char*>(dynamic_cast<IImageInspector*>(asHostsHoldIt));
+    EXPECT_EQ(third, first + 2 * sizeof(void*));
+}
+
 TEST(HandlerTable, AnswersThroughItsSlots) {
     OIIOImageHandler handler;
     void* const view = static_cast<IImageHandler*>(&handler);

@@ -1,0 +1,18 @@
+/// What the image library says of the parts of a file.
+#pragma once
+
+#include "load/InspectedFile.h"
+
+#include <OpenImageIO/imageio.h>
+
+namespace Kavra::Devices {
+
+/// Everything that a spec says, with its own size as the only level; the profile is the spec's. `format` is the name of
+/// the reader.
+PartFacts FactsOfSpec(std::string_view format, const OIIO::ImageSpec& spec);
+
+/// Adds the parts of an open file: as many as there are, no more than `InspectedFile::kMaxParts`, and none that would
+/// take long: those of a file that makes each of many parts carry the same megabytes.
+void AddLibraryParts(InspectedFile& file, OIIO::ImageInput& input);
+
+}  // namespace Kavra::Devices
