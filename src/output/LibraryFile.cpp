@@ -4,6 +4,7 @@
 #include "common/Utf8.h"
 #include "output/LibraryWriters.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -61,16 +62,26 @@ bool LibraryFile::WantsFloatsForHalves() const {
     return Devices::WantsFloatsForHalves(*mWriter);
 }
 
-bool LibraryFile::Open(const OIIO::ImageSpec& spec) {
-    if (!IsFileOrFree(mPath) || Mishandles(*mWriter, spec, mPath)) return false;
-    mElement = spec.format;
-    mBytes = spec.image_bytes();
+bool LibraryFile::Open(std::span<const OIIO::ImageSpec> specs) {
+    const auto isMishandled = [&](const OIIO::ImageSpec& spec) { return Mishandles(*mWriter, spec, mPath); };
+    if (specs.empty() || !IsFileOrFree(mPath) || std::ranges::any_of(specs, isMishandled)) return false;
+    mElement = specs.front().format;
+    mBytes = specs.front().image_bytes();
     mPlace.emplace(mPath);
     mIsWatched = SetProxy();
-    mIsOpen = Try([&] { return mWriter->open(Common::ToUtf8(mPlace->Path()), spec); });
+    mIsOpen = Try([&] {
+        const std::string path = Common::ToUtf8(mPlace->Path());
+        if (specs.size() == 1) return mWriter->open(path, specs.front());
+        return mWriter->open(path, static_cast<int>(specs.size()), specs.data());
+    });
     // The WebP writer takes a proxy for a sign that it did open and frees what it never had.
     if (!mIsOpen) (void)mWriter->set_ioproxy(nullptr);
     return mIsOpen;
+}
+
+bool LibraryFile::OpenNext(const OIIO::ImageSpec& spec) {
+    mElement = spec.format;
+    return Try([&] { return mWriter->open(Common::ToUtf8(mPlace->Path()), spec, OIIO::ImageOutput::AppendSubimage); });
 }
 
 bool LibraryFile::WriteImage(const void* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride) {

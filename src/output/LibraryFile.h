@@ -11,6 +11,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 
 namespace Kavra::Devices {
 
@@ -32,9 +33,15 @@ public:
     /// Whether half floats come out wrong and must be handed on as floats.
     bool WantsFloatsForHalves() const;
 
+    /// The library's name for the writer's format: "png".
+    const char* Format() const { return mWriter->format_name(); }
+
     /// Opens the file for a picture; false when the writer does not take it, or would mishandle it, or when what is
     /// there is no file. A file that did not open must not be written to: some writers crash then.
-    bool Open(const OIIO::ImageSpec& spec);
+    bool Open(const OIIO::ImageSpec& spec) { return Open(std::span(&spec, 1)); }
+    /// The same for several pictures, of which the first is written next; `OpenNext` goes on to each of the others.
+    bool Open(std::span<const OIIO::ImageSpec> specs);
+    bool OpenNext(const OIIO::ImageSpec& spec);
 
     /// Hands the pixels of the whole picture on, of the type and channels of the open file; strides are in bytes.
     bool WriteImage(const void* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride);

@@ -1,10 +1,12 @@
 #include "output/LineWriter.h"
 
 #include "common/Boundary.h"
+#include "common/HostExtras.h"
 #include "common/PixelBlock.h"
 #include "output/LibraryFile.h"
 #include "output/PathPreparation.h"
 #include "output/PixelSpec.h"
+#include "output/WriterPreferences.h"
 
 #include <kavra/devices/IWriteImageLineProvider.h>
 
@@ -28,9 +30,11 @@ struct FileLayout {
     bool IsWritable() const { return width > 0 && height > 0 && channels > 0 && channels <= kMaxChannels; }
 };
 
-OIIO::ImageSpec FileSpec(const FileLayout& layout) {
+/// The resolution is the call's own, whatever is preferred.
+OIIO::ImageSpec FileSpec(const FileLayout& layout, const SavePreferences& preferences, const LibraryFile& file) {
     OIIO::ImageSpec spec = PictureSpec(layout.width, layout.height, layout.channels, OIIO::TypeUInt8);
     spec.attribute("oiio:UnassociatedAlpha", 1);
+    AddPreferences(spec, preferences, file.Format());
     spec.attribute("XResolution", static_cast<float>(layout.resolution));
     spec.attribute("YResolution", static_cast<float>(layout.resolution));
     spec.attribute("ResolutionUnit", "in");
@@ -49,7 +53,9 @@ std::size_t LineBytes(const FileLayout& layout) {
 bool WriteLines(LibraryFile& file, IWriteImageLineProvider& provider, const FileLayout& layout) {
     // Before the file is touched: without memory for a line it stays as it was.
     const Common::PixelBlock line = Common::NewZeroedBlock(LineBytes(layout));
-    const bool isOpen = layout.IsWritable() && file.Open(FileSpec(layout));
+    const SavePreferences preferences = Common::HostSavePreferences();
+    const bool isOpen =
+        layout.IsWritable() && preferences.moreFrameCount == 0 && file.Open(FileSpec(layout, preferences, file));
     for (int y = 0; y < layout.height; ++y) {
         provider.FillLine(line.get());
         if (isOpen) (void)file.WriteRow(y, line.get(), kLinePixelBytes);

@@ -6,10 +6,48 @@
 #include <kavra/devices/IImageInspector.h>
 #include <kavra/devices/ImageDescription.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace Kavra::Devices {
+
+/// A piece of metadata that is written where a kind of file has a place for it.
+struct SavedText {
+    enum Kind { kText, kNumber, kWhole };
+
+    const char* name;  ///< the image library's
+    Kind kind;         ///< numbers are handed over as text, too: "0.004"
+    bool isCommon;     ///< kinds of files with a few fixed fields may have one for it
+};
+
+/// Everything else stays out of files: what a place, a person's software or a maker's camera adds for itself, and what
+/// would no longer be true of the pixels (orientation, thumbnails, colour spaces).
+inline constexpr std::array<SavedText, 14> kSavedTexts = {{
+    {"ImageDescription", SavedText::kText, true},
+    {"Copyright", SavedText::kText, true},
+    {"Artist", SavedText::kText, true},
+    {"DateTime", SavedText::kText, false},
+    {"DocumentName", SavedText::kText, false},
+    {"Make", SavedText::kText, false},
+    {"Model", SavedText::kText, false},
+    {"ExposureTime", SavedText::kNumber, false},
+    {"FNumber", SavedText::kNumber, false},
+    {"Exif:DateTimeOriginal", SavedText::kText, false},
+    {"Exif:FocalLength", SavedText::kNumber, false},
+    {"Exif:PhotographicSensitivity", SavedText::kWhole, false},
+    {"Exif:LensMake", SavedText::kText, false},
+    {"Exif:LensModel", SavedText::kText, false},
+}};
+
+/// The entry of a name, to the letter; null where it is none of them.
+inline const SavedText* FindSavedText(std::string_view name) {
+    for (const SavedText& text : kSavedTexts) {
+        if (name == text.name) return &text;
+    }
+    return nullptr;
+}
 
 /// A further picture of a file that holds several.
 struct SaveFrame {
@@ -44,16 +82,19 @@ struct SavePreferences {
     EAlphaKind alpha = kAlphaNone;
     /// What the values that are handed over are to light, so that the file can say so where its kind does.
     ETransferKind transfer = kTransferUnknown;
-    double gamma = 0;                  ///< of `kTransferGamma`: the decoding exponent
-    const void* iccProfile = nullptr;  ///< a colour profile of `iccBytes` bytes; null: none
+    double gamma = 0;  ///< of `kTransferGamma`: the decoding exponent
+    /// A colour profile of `iccBytes` bytes; null: none. One that `IsSoundIccProfile` (IccProfile.h) finds damaged, or of
+    /// other channels than the file's, is left out.
+    const void* iccProfile = nullptr;
     std::size_t iccBytes = 0;
-    const FileText* texts = nullptr;  ///< metadata, by the library's names ("ImageDescription", "Copyright" ...)
+    /// Metadata by the names of `kSavedTexts`; others are left out, as is what goes beyond 32 KiB in all.
+    const FileText* texts = nullptr;
     std::size_t textCount = 0;
-    /// Further pictures behind the one that is saved, for kinds of files that hold several (GIF, TIFF, OpenEXR ...). A
-    /// save to any other kind fails.
+    /// Further pictures behind the one that is saved, for GIF, TIFF and OpenEXR files, at most 4,096. A save to any
+    /// other kind fails; so does one to GIF or OpenEXR whose pictures differ in size or format.
     const SaveFrame* moreFrames = nullptr;
     std::size_t moreFrameCount = 0;
-    double framesPerSecond = 0;  ///< of an animation; 0: the writer's own
+    double framesPerSecond = 0;  ///< of an animation (GIF), at most 100; 0: the writer's own
 };
 
 /// Makes preferences those of the calling thread, over those that it had; fields beyond `preferences.size` are at their
