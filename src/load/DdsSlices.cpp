@@ -70,12 +70,21 @@ DdsSlices::DdsSlices(Common::ByteSource file, const Dds::Header& header, const D
     : mFile(std::move(file)), mHeader(header), mShape(shape), mUnit(unit) {}
 
 std::optional<DdsSlices> DdsSlices::Open(Common::ByteSource file) {
+    return Open(std::move(file), Dds::LibraryShapeOf);
+}
+
+std::optional<DdsSlices> DdsSlices::OpenStored(Common::ByteSource file) {
+    return Open(std::move(file), Dds::ShapeOf);
+}
+
+std::optional<DdsSlices> DdsSlices::Open(Common::ByteSource file,
+                                         std::optional<Dds::Shape> (*shapeOf)(const Dds::Header& header)) {
     std::array<unsigned char, Dds::kMaxHeaderBytes> start{};
     if (!file.Seek(0)) return std::nullopt;
     const std::size_t count = file.ReadSome(start);
     const auto header = Dds::ParseLibraryHeader(std::span(start).first(count));
     if (!header) return std::nullopt;
-    const auto shape = Dds::LibraryShapeOf(*header);
+    const auto shape = shapeOf(*header);
     const auto unit = Dds::LibraryUnitOf(*header);
     if (!shape || !unit) return std::nullopt;
     return DdsSlices(std::move(file), *header, *shape, *unit);
@@ -108,9 +117,9 @@ bool DdsSlices::ReadSlices(int level, const OIIO::ImageSpec& levelSpec, int firs
     const int slices = SliceCount(level);
     if (first < 0 || count < 0 || count > slices - first) return false;
     // A cube's faces stand on one another, a volume's slices behind one another.
-    if (levelSpec.width != width || std::int64_t{levelSpec.height} * levelSpec.depth != std::int64_t{height} * slices) {
-        return false;
-    }
+    const std::int64_t rows = std::int64_t{levelSpec.height} * levelSpec.depth;
+    const bool isWhole = rows == std::int64_t{height} * slices, isOne = rows == height && count <= 1;
+    if (levelSpec.width != width || (!isWhole && !isOne)) return false;
 
     std::vector<unsigned char> flat = Dds::ComposeHeader(Dds::FlatHeader(mHeader, {width, height, 1}));
     const std::size_t headerBytes = flat.size();

@@ -35,6 +35,17 @@ public:
     /// Nothing when the file is no DDS or none that the library decodes.
     static std::optional<DdsSlices> Open(Common::ByteSource file);
 
+    /// The same with cubes and volumes as the format has them, where the library sees flat textures too.
+    static std::optional<DdsSlices> OpenStored(Common::ByteSource file);
+
+    ETextureType Type() const { return mShape.type; }
+    /// Of one face.
+    Dds::Extent LevelSize(int level) const { return Dds::LevelSize(mShape.size, level); }
+    /// Faces of a cube, those that are not there included, or slices.
+    int SliceCount(int level) const { return mShape.FaceCount() * LevelSize(level).depth; }
+    /// Whether a face of a cube is in the file; slices are.
+    bool HasFace(int face) const { return mShape.type != kTextureCube || mShape.HasFace(face); }
+
     /// Mip levels, 1 to the full chain of the size.
     int Levels() const { return mShape.levels; }
 
@@ -48,13 +59,15 @@ public:
     bool ReadLevel(int level, const OIIO::ImageSpec& levelSpec, int channels, OIIO::TypeDesc type, unsigned char* out,
                    std::size_t pixelStride);
 
-    /// The same of `count` faces or slices from `first` on. False also where the level has not so many.
+    /// The same of `count` faces or slices from `first` on; `levelSpec` may be that of a single one, too. False also
+    /// where the level has not so many.
     bool ReadSlices(int level, const OIIO::ImageSpec& levelSpec, int first, int count, int channels,
                     OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride);
 
 private:
-    int SliceCount(int level) const { return mShape.FaceCount() * Dds::LevelSize(mShape.size, level).depth; }
     DdsSlices(Common::ByteSource file, const Dds::Header& header, const Dds::Shape& shape, const Dds::StoredUnit& unit);
+    static std::optional<DdsSlices> Open(Common::ByteSource file,
+                                         std::optional<Dds::Shape> (*shapeOf)(const Dds::Header& header));
     std::uint64_t SliceOffset(int level, int slice) const;
     bool ReadBytes(std::uint64_t offset, std::span<unsigned char> bytes);
 

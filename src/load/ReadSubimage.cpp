@@ -80,12 +80,13 @@ int RowsTogether(const OIIO::ImageInput& input, const OIIO::ImageSpec& spec, std
 }  // namespace
 
 SubimageRows::SubimageRows(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int subimage, int level, int channels,
-                           OIIO::TypeDesc type, std::size_t pixelStride)
+                           OIIO::TypeDesc type, std::size_t pixelStride, int first)
     : mInput(input),
       mSpec(spec),
       mSubimage(subimage),
       mLevel(level),
-      mChannels(std::min(channels, spec.nchannels)),
+      mFirst(std::clamp(first, 0, std::max(spec.nchannels - 1, 0))),
+      mChannels(std::min(channels, spec.nchannels - mFirst)),
       mType(type),
       mPixelStride(pixelStride),
       mTogether(RowsTogether(input, spec, StoredRowBytes())) {}
@@ -120,9 +121,9 @@ bool SubimageRows::Convert(const unsigned char* rows, int count, unsigned char* 
     const auto from = static_cast<OIIO::stride_t>(StoredPixelBytes());
     const auto to = static_cast<OIIO::stride_t>(mPixelStride);
     for (int channel = 0, group = 0; channel < mChannels; channel += group) {
-        const OIIO::TypeDesc stored = mSpec.channelformat(channel);
+        const OIIO::TypeDesc stored = mSpec.channelformat(mFirst + channel);
         group = 1;
-        while (channel + group < mChannels && mSpec.channelformat(channel + group) == stored)
+        while (channel + group < mChannels && mSpec.channelformat(mFirst + channel + group) == stored)
             ++group;
         if (!OIIO::parallel_convert_image(group, mSpec.width, count, 1, rows, stored, from, OIIO::AutoStride,
                                           OIIO::AutoStride, out, mType, to, OIIO::AutoStride, OIIO::AutoStride)) {
@@ -139,8 +140,8 @@ bool SubimageRows::ReadTiles(int top, int count, unsigned char* out) {
     const int z = mSpec.z, end = mSpec.y + top + count;
     for (int y = mSpec.y + top; y < end; y += mSpec.tile_height) {
         const int next = std::min(y + mSpec.tile_height, end);
-        if (!mInput.read_tiles(mSubimage, mLevel, mSpec.x, mSpec.x + mSpec.width, y, next, z, z + 1, 0, mChannels,
-                               mType, out, static_cast<OIIO::stride_t>(mPixelStride))) {
+        if (!mInput.read_tiles(mSubimage, mLevel, mSpec.x, mSpec.x + mSpec.width, y, next, z, z + 1, mFirst,
+                               mFirst + mChannels, mType, out, static_cast<OIIO::stride_t>(mPixelStride))) {
             return false;
         }
         out += static_cast<std::size_t>(next - y) * RowStride();
@@ -165,7 +166,8 @@ bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* o
         if (converts && isPart && mTogether > 1) {
             std::memset(stored, 0, static_cast<std::size_t>(rows) * StoredRowBytes());
         }
-        if (!mInput.read_native_scanlines(mSubimage, mLevel, y, y + rows, z, 0, mChannels, stored)) return false;
+        if (!mInput.read_native_scanlines(mSubimage, mLevel, y, y + rows, z, mFirst, mFirst + mChannels, stored))
+            return false;
         if (converts && !Convert(stored, rows, out)) return false;
         out += static_cast<std::size_t>(rows) * RowStride();
     }
@@ -183,8 +185,8 @@ bool SubimageRows::ReadAll(unsigned char* out) {
     if (mSpec.depth <= 1) return Read(0, mSpec.height, out);
     bool done = true;
     if (mSpec.tile_width != 0) {  // tiles may have several slices
-        done =
-            mInput.read_image(mSubimage, mLevel, 0, mChannels, mType, out, static_cast<OIIO::stride_t>(mPixelStride));
+        done = mInput.read_image(mSubimage, mLevel, mFirst, mFirst + mChannels, mType, out,
+                                 static_cast<OIIO::stride_t>(mPixelStride));
     } else {
         for (int slice = 0; done && slice < mSpec.depth; ++slice) {
             done = ReadScanlines(slice, 0, mSpec.height, out);

@@ -22,10 +22,11 @@ bool IsReadable(const OIIO::ImageSpec& spec);
 /// The rows of one subimage and level, as values of one type: as many at a time as are wanted, from the top down.
 class SubimageRows {
 public:
-    /// Reads channels 0 to `channels` - 1 (those that the file has) as values of `type`, pixels `pixelStride` bytes
-    /// apart. `spec` is the subimage's own, and `IsReadable`; it and the input live longer.
+    /// Reads `channels` channels from `first` on (those that the file has) as values of `type`, pixels `pixelStride`
+    /// bytes apart. `spec` is the subimage's own or that of some of its rows or one of its slices, and `IsReadable`; it
+    /// and the input live longer.
     SubimageRows(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int subimage, int level, int channels,
-                 OIIO::TypeDesc type, std::size_t pixelStride);
+                 OIIO::TypeDesc type, std::size_t pixelStride, int first = 0);
 
     /// Makes `Read` and `ReadAll` set the fourth element of each pixel to these bits as well, where pixels are read as
     /// three elements of the file's own type, each followed by one to spare. False, and nothing has changed, for others.
@@ -46,7 +47,7 @@ public:
     bool ReadAll(unsigned char* out);
 
 private:
-    std::size_t StoredPixelBytes() const { return mSpec.pixel_bytes(0, mChannels, true); }
+    std::size_t StoredPixelBytes() const { return mSpec.pixel_bytes(mFirst, mFirst + mChannels, true); }
     std::size_t StoredRowBytes() const { return StoredPixelBytes() * static_cast<std::size_t>(mSpec.width); }
     std::size_t RowStride() const { return mPixelStride * static_cast<std::size_t>(mSpec.width); }
     bool IsAsStored() const;
@@ -56,7 +57,7 @@ private:
 
     OIIO::ImageInput& mInput;
     const OIIO::ImageSpec& mSpec;
-    int mSubimage, mLevel, mChannels;
+    int mSubimage, mLevel, mFirst, mChannels;
     OIIO::TypeDesc mType;
     std::size_t mPixelStride;
     int mTogether;                             // rows that are decoded together

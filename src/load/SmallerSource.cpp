@@ -1,6 +1,7 @@
 #include "load/SmallerSource.h"
 
 #include "formats/PixelFormatMapping.h"
+#include "load/ChosenSlice.h"
 #include "load/ScaledJpeg.h"
 
 #include <algorithm>
@@ -50,13 +51,14 @@ bool IsLevelOf(const OIIO::ImageSpec& whole, const OIIO::ImageSpec& level, int s
 /// The last of the levels that is large enough. Where that is the first, there is nothing to gain.
 std::optional<Candidate> LevelOf(TextureLoad& load) {
     std::optional<Candidate> found;
-    for (int level = 1; level < kMaxLevels && load.input->seek_subimage(load.index, level); ++level) {
+    const int top = load.level;
+    for (int level = top + 1; level < kMaxLevels && load.input->seek_subimage(load.index, level); ++level) {
         const OIIO::ImageSpec spec = load.input->spec();
-        if (!IsLevelOf(load.fileSpec, spec, level) || !IsLargeEnough(load, spec.width, spec.height)) break;
+        if (!IsLevelOf(load.fileSpec, spec, level - top) || !IsLargeEnough(load, spec.width, spec.height)) break;
         found = Candidate{.spec = spec, .level = level};
     }
     (void)load.input->geterror();  // that of the level after the last
-    (void)load.input->seek_subimage(load.index, 0);
+    (void)load.input->seek_subimage(load.index, top);
     return found;
 }
 
@@ -68,14 +70,16 @@ std::optional<Candidate> DdsLevelOf(TextureLoad& load) {
         ++steps;
     const int level = load.level + steps;
     if (steps == 0 || !load.slices->HasLevel(level) || !load.input->seek_subimage(0, level)) return std::nullopt;
-    return Candidate{.spec = DdsLevelSpec(*load.input), .level = level};
+    return Candidate{.spec = load.slice < 0 ? DdsLevelSpec(*load.input) : FaceSpec(load, level), .level = level};
 }
 
 std::optional<Candidate> Find(TextureLoad& load, Common::ByteSource& file) {
     if (load.fileDesc.depth > 1 || load.IsVolume()) return std::nullopt;
-    if (load.IsDds()) return DdsLevelOf(load);
+    const bool isOfVolume = load.slice >= 0 && load.slices && load.slices->Type() == kTextureVolume;
+    if (load.IsDds()) return isOfVolume ? std::nullopt : DdsLevelOf(load);
+    if (load.slice >= 0) return std::nullopt;
     const OIIO::string_view format = load.input->format_name();
-    if (format == "jpeg") return ScaledJpegOf(load, file);
+    if (format == "jpeg" && !load.chosen) return ScaledJpegOf(load, file);
     const bool hasLevels = (format == "openexr" || format == "tiff") && !load.IsCube();
     return hasLevels ? LevelOf(load) : std::nullopt;
 }

@@ -10,6 +10,7 @@
 #include "formats/FormatConversion.h"
 #include "formats/PixelFormatMapping.h"
 #include "load/AlphaAnalysis.h"
+#include "load/ChosenSlice.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "load/ReadSubimage.h"
@@ -32,6 +33,9 @@ namespace Kavra::Devices {
 namespace {
 
 using Common::PixelBlock;
+
+constexpr const wchar_t* kNoSuchFrame = L"Frame index out of range";
+constexpr int kMaxLevel = 31;
 
 bool Fail(const wchar_t* message) {
     Sys::Warning(message, nullptr);
@@ -56,19 +60,40 @@ bool SeekMipLevel(OIIO::ImageInput& input, int level) {
     return level < Dds::FullMipChain({top.full_width, top.full_height, top.depth}) && input.seek_subimage(0, level);
 }
 
+/// The library lets one seek to levels below those of some kinds of files, which then are no smaller.
+bool SeekSubimage(OIIO::ImageInput& input, int subimage, int level) {
+    if (level == 0) return input.seek_subimage(subimage, 0);
+    if (level > kMaxLevel || !input.seek_subimage(subimage, level - 1)) return false;
+    const auto [width, height] = std::pair(input.spec().width, input.spec().height);
+    if (!input.seek_subimage(subimage, level)) return false;
+    const OIIO::ImageSpec& spec = input.spec();
+    return spec.width <= width && spec.height <= height && (spec.width < width || spec.height < height);
+}
+
 bool Position(TextureLoad& load) {
     OIIO::ImageInput& input = *load.input;
-    const bool found = load.IsDds() ? SeekMipLevel(input, load.index) : input.seek_subimage(load.index, 0);
-    if (!found) return Fail(L"Frame index out of range");
+    const bool found = load.IsDds() ? SeekMipLevel(input, load.index) : SeekSubimage(input, load.index, load.level);
+    if (!found) return Fail(kNoSuchFrame);
     load.fileSpec = load.IsDds() ? DdsLevelSpec(input) : input.spec();
     return true;
 }
 
-bool Describe(TextureLoad& load) {
+/// The part of the frame that the preferences choose. What is not there of a DDS, the host's reader is asked for next.
+bool Choose(TextureLoad& load, Common::ByteSource& file) {
+    const LoadPreferences& preferences = load.request.preferences;
+    if (WantsSlice(preferences) && !TakeSlice(load, file)) return !load.IsDds() && Fail(kNoSuchFrame);
+    if (preferences.channels == nullptr) return true;
+    load.chosen = ChooseChannels(load.fileSpec, preferences.channels);
+    if (!load.chosen) return Fail(kNoSuchFrame);
+    load.fileDesc.format = load.chosen->format;
+    return true;
+}
+
+bool Describe(TextureLoad& load, Common::ByteSource& file) {
     const bool isRadiance = OIIO::string_view(load.input->format_name()) == "hdr";
     const bool ddsAlphaVariant = Common::FactsOf(load.hostFormat).kind == Common::FormatKind::kAlphaVariant;
     load.fileDesc = DescribeSpec(load.fileSpec, isRadiance, load.fileType, ddsAlphaVariant);
-    if (load.fileDesc.format == kUnknown) return false;
+    if (!Choose(load, file) || load.fileDesc.format == kUnknown) return false;
     load.nativeSpec = FormatToImageSpec(load.fileDesc.format, load.fileSpec);
     return load.nativeSpec.format != OIIO::TypeUnknown || Fail(L"Unsupported texture type");
 }
@@ -111,7 +136,7 @@ void FillDescription(TextureLoad& load) {
     desc.depth = load.outDepth;
     desc.dataSize = load.targetSpec.image_bytes(false);
     desc.textureType = load.fileDesc.textureType;
-    desc.hasAlpha = load.fileSpec.alpha_channel >= 0;
+    desc.hasAlpha = load.chosen ? load.chosen->HasAlpha() : load.fileSpec.alpha_channel >= 0;
     desc.orientation = load.request.orientation;
     desc.defaultOrientation = load.request.orientation == kTopLeft;
     desc.gamma = load.fileDesc.gamma;
@@ -205,7 +230,7 @@ PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const 
     if (own) open = &*own;
     if (open == nullptr) return nullptr;
     TextureLoad load(desc, path, request, fileType);
-    if (!Open(load, *open) || !Position(load) || !Describe(load)) return nullptr;
+    if (!Open(load, *open) || !Position(load) || !Describe(load, *open)) return nullptr;
     ChooseSize(load);
     if (!ChooseFormat(load)) return nullptr;
     FillDescription(load);

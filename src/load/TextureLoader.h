@@ -4,6 +4,7 @@
 #include "common/ByteSource.h"
 #include "common/LoadRequest.h"
 #include "common/PixelBlock.h"
+#include "load/ChosenChannels.h"
 #include "load/DdsSlices.h"
 #include "load/ReadSubimage.h"
 #include "load/geometry/Reshape.h"
@@ -33,7 +34,7 @@ struct TextureLoad {
           request(wanted),
           fileType(type),
           index(std::max(wanted.level, 0)),
-          level(IsDds() ? index : 0),
+          level(IsDds() ? index : std::max(wanted.preferences.mipLevel, 0)),
           format(wanted.format) {}
 
     ImageDescription& desc;  ///< the caller's: what the block holds
@@ -47,6 +48,8 @@ struct TextureLoad {
     std::unique_ptr<OIIO::ImageInput> input;  ///< stands at the subimage and level
     std::optional<DdsSlices> slices;          ///< for every DDS that it knows
     EFormat hostFormat = kUnknown;            ///< what the host's reader makes of a DDS
+    int slice = -1;                           ///< the face or slice that is loaded by itself; -1: all
+    std::optional<ChosenChannels> chosen;     ///< channels that were chosen by name
 
     ImageDesc fileDesc;          ///< the subimage as the host sees it
     OIIO::ImageSpec fileSpec;    ///< the subimage as the library sees it
@@ -115,6 +118,7 @@ private:
         kOrdinary,        ///< the file's channels are the first ones of the layout
         kLuminanceAlpha,  ///< two channels that are spread over four
         kSingleChannel,   ///< an OpenEXR channel that is
+        kChosen,          ///< channels that were chosen by name
         kHostLevel        ///< a level of a DDS that the host's reader has
     };
     static Kind KindOf(const TextureLoad& load);
@@ -126,12 +130,13 @@ private:
     bool ReadNative(int top, int count, unsigned char* out);
     bool ReadLuminanceAlpha(int top, int count, unsigned char* out);
     bool ReadSingleChannel(int top, int count, unsigned char* out);
+    bool ReadChosen(int top, int count, unsigned char* out);
     bool Recast(const unsigned char* native, int count, unsigned char* out) const;
 
     TextureLoad& mLoad;
     const OIIO::ImageSpec& mAs;
     const Kind mKind;
-    int mChannels = 0;  // what is read of the file, and how
+    int mFirst = 0, mChannels = 0;  // what is read of the file, and how
     OIIO::TypeDesc mType;
     std::size_t mPixelStride = 0;
     bool mLacksAlpha = false;           // nothing is read into the alpha channel: it is set to opaque

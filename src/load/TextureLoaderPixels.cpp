@@ -145,12 +145,13 @@ std::uint32_t OpaqueBits(OIIO::TypeDesc type) {
 }
 
 bool ComesInSlices(const TextureLoad& load) {
-    return load.IsDds() && (load.IsCube() || load.IsVolume());
+    return load.IsDds() && (load.IsCube() || load.IsVolume() || load.slice >= 0);
 }
 
 }  // namespace
 
 TexturePixels::Kind TexturePixels::KindOf(const TextureLoad& load) {
+    if (load.chosen) return Kind::kChosen;
     if (IsLuminanceAlpha(load)) return Kind::kLuminanceAlpha;
     if (IsSingleChannelExr(load)) return Kind::kSingleChannel;
     return IsHostLuminance16(load) ? Kind::kHostLevel : Kind::kOrdinary;
@@ -160,7 +161,7 @@ TexturePixels::TexturePixels(TextureLoad& load, const OIIO::ImageSpec& as)
     : mLoad(load), mAs(as), mKind(KindOf(load)), mType(as.format), mPixelStride(as.pixel_bytes(false)) {
     ChooseChannels();
     if (mKind != Kind::kHostLevel && !ComesInSlices(load)) {
-        mRows.emplace(*load.input, load.fileSpec, load.Subimage(), load.level, mChannels, mType, mPixelStride);
+        mRows.emplace(*load.input, load.fileSpec, load.Subimage(), load.level, mChannels, mType, mPixelStride, mFirst);
         mAddsAlpha = mKind == Kind::kOrdinary && mLacksAlpha && mRows->AddOpaque(OpaqueBits(as.format));
     }
 }
@@ -169,6 +170,14 @@ TexturePixels::TexturePixels(TextureLoad& load, const OIIO::ImageSpec& as)
 /// such when it is interleaved with the others, and not when it lies in a plane of its own.
 void TexturePixels::ChooseChannels() {
     const OIIO::ImageSpec &file = mLoad.fileSpec, &native = mLoad.nativeSpec;
+    if (mKind == Kind::kChosen) {
+        // Faces and slices come with all channels before those that are wanted.
+        mFirst = ComesInSlices(mLoad) ? 0 : mLoad.chosen->first;
+        mChannels = mLoad.chosen->last - mFirst + 1;
+        mType = native.format;
+        mPixelStride = static_cast<std::size_t>(mChannels) * mType.size();
+        return;
+    }
     if (mKind != Kind::kOrdinary) {
         mChannels = mKind == Kind::kLuminanceAlpha ? 2 : 1;
         mType = native.format;
@@ -213,7 +222,8 @@ bool TexturePixels::ReadChannels(int top, int count, unsigned char* out) {
     const OIIO::ImageSpec& file = mLoad.fileSpec;
     if (ComesInSlices(mLoad)) {
         const int sliceRows = mLoad.fileDesc.height;
-        return mLoad.slices->ReadSlices(mLoad.level, file, top / sliceRows, count / sliceRows, mChannels, mType, out,
+        const int first = top / sliceRows + std::max(mLoad.slice, 0);
+        return mLoad.slices->ReadSlices(mLoad.level, file, first, count / sliceRows, mChannels, mType, out,
                                         mPixelStride);
     }
     if (!(file.depth > 1 ? mRows->ReadAll(out) : mRows->Read(top, count, out))) return false;
@@ -247,10 +257,25 @@ bool TexturePixels::ReadSingleChannel(int top, int count, unsigned char* out) {
     return true;
 }
 
+/// A band at a time: a file may have many channels between those that are wanted.
+bool TexturePixels::ReadChosen(int top, int count, unsigned char* out) {
+    const std::size_t outRowBytes = PixelsIn(1) * mLoad.nativeSpec.pixel_bytes(false);
+    Pixels rows;
+    for (int done = 0, part = 0; done < count; done += part, out += static_cast<std::size_t>(part) * outRowBytes) {
+        part = std::min(BandFrom(top + done), count - done);
+        const std::size_t pixels = PixelsIn(part);
+        if (rows.bytes < pixels * mPixelStride) rows = NewZeroedPixels(pixels * mPixelStride);
+        if (!ReadChannels(top + done, part, rows.block.get())) return false;
+        GatherChannels(*mLoad.chosen, mFirst, mChannels, rows.block.get(), pixels, out);
+    }
+    return true;
+}
+
 /// Rows in the layout of `nativeSpec`, where that is not simply how they are read.
 bool TexturePixels::ReadNative(int top, int count, unsigned char* out) {
     if (mKind == Kind::kLuminanceAlpha) return ReadLuminanceAlpha(top, count, out);
     if (mKind == Kind::kSingleChannel) return ReadSingleChannel(top, count, out);
+    if (mKind == Kind::kChosen) return ReadChosen(top, count, out);
     return ReadHostLevel(mLoad, out);
 }
 

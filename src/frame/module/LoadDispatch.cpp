@@ -6,11 +6,14 @@
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
+#include "common/PixelFormats.h"
 #include "common/Result.h"
 #include "common/WrappedBlock.h"
 #include "formats/FormatConversion.h"
 #include "frame/module/Dispatch.h"
+#include "load/ChosenSlice.h"
 #include "load/TextureLoader.h"
+#include "load/geometry/Reshape.h"
 #include "readers/FileTypeDetection.h"
 #include "readers/LegacyLoad.h"
 
@@ -87,6 +90,14 @@ PixelBlock LoadExr(ImageDescription& desc, const KString& path, const DetectedFi
     return block;
 }
 
+/// The level at which a reader is to go on, of 0 and up; the reader stands at the first.
+bool SkipTo(DDSReader& reader, int level) {
+    for (int passed = 0; passed < level; ++passed) {
+        if (!reader.SkipMipLevel(passed)) return false;
+    }
+    return true;
+}
+
 /// One level of a DDS at its full size: the host's reader neither resizes nor reorients.
 HostBlock LoadDds(ImageDescription& desc, const KString& path, const LoadRequest& request) {
     const int level = std::max(request.level, 0);
@@ -105,11 +116,35 @@ HostBlock LoadDds(ImageDescription& desc, const KString& path, const LoadRequest
     if (request.orientation != kTopLeft) {
         Sys::Warning(L"Override orientation of compressed DDS is not supported", nullptr);
     }
-    for (int passed = 0; passed < level; ++passed) {
-        if (!reader.SkipMipLevel(passed)) return nullptr;
-    }
+    if (!SkipTo(reader, level)) return nullptr;
     HostBlock block(reader.Load(desc, levelWidth, levelHeight, levelDepth));
     return block && block->mData != nullptr ? std::move(block) : nullptr;
+}
+
+/// One face or slice of a level of a DDS, cut out of what the host's reader delivers: a flat picture.
+PixelBlock LoadDdsSlice(ImageDescription& desc, const KString& path, const LoadRequest& request) {
+    const int level = std::max(request.level, 0);
+    DDSReader reader;
+    if (!reader.Load(path) || level >= std::min(reader.Mipmaps(), 31)) return nullptr;
+    const int depth = LevelSize(reader.Depth(), level);
+    const std::optional<int> number = SliceNumber(request.preferences, reader.TextureType(), depth);
+    const bool isThere = number && (reader.TextureType() != kTextureCube || reader.HasFace(*number));
+    if (!isThere) {
+        Sys::Warning(L"Frame index out of range", nullptr);
+        return nullptr;
+    }
+    if (!SkipTo(reader, level)) return nullptr;
+    const HostBlock whole(
+        reader.Load(desc, LevelSize(reader.Width(), level), LevelSize(reader.Height(), level), depth));
+    if (!whole || whole->mData == nullptr) return nullptr;
+    const std::uint64_t slices = desc.textureType == kTextureVolume ? static_cast<unsigned>(depth) : 1;
+    desc.dataSize /= slices;  // of a cube it is one face's already
+    desc.textureType = kTexture2D;
+    desc.depth = 1;
+    PixelBlock block = Common::NewBlock(desc.dataSize);
+    const auto* const bytes = static_cast<const unsigned char*>(whole->mData);
+    std::memcpy(block.get(), bytes + static_cast<unsigned>(*number) * desc.dataSize, desc.dataSize);
+    return block;
 }
 
 std::size_t Faces(const ImageDescription& desc) {
@@ -148,10 +183,35 @@ bool Convert(ImageDescription& desc, LoadedPixels& pixels, EFormat format, const
     return true;
 }
 
+/// Brings a flat picture to the size and orientation that are wanted, as far as its format can be; `desc` with it.
+bool Fit(ImageDescription& desc, LoadedPixels& pixels, const LoadRequest& request) {
+    const int width = WantedSize(request.width, desc.width), height = WantedSize(request.height, desc.height);
+    const bool keepsSize = width == desc.width && height == desc.height;
+    if (keepsSize && request.orientation == kTopLeft) return true;
+    if (!Common::FactsOf(desc.format).inLibrary) return keepsSize;
+    Raster raster = PackedRaster(desc.format, desc.width, desc.height, std::move(pixels.own), desc.dataSize);
+    raster = Reshape(std::move(raster), ReshapingFor(request, width, height, kTopLeft));
+    if (!raster || !Common::FitsPitch(static_cast<std::int64_t>(raster.pitch))) return false;
+    Common::SetPacked(desc, raster.width, raster.height, raster.format);
+    desc.dataSize = raster.bytes;
+    desc.orientation = request.orientation;
+    desc.defaultOrientation = false;
+    pixels.own = std::move(raster.block);
+    return true;
+}
+
 /// What the image library does not load: the host's OpenEXR reader is asked first, then the one for the type.
 Result<LoadedPixels> LoadWithoutLibrary(ImageDescription& desc, const KString& path, const LoadRequest& request,
                                         DetectedFile file) {
+    const LoadPreferences& preferences = request.preferences;
+    if (WantsPart(preferences) && file.type != DDS) return std::unexpected(Failure::kUnsupported);
     if (PixelBlock block = LoadExr(desc, path, file)) return LoadedPixels{.own = std::move(block), .host = nullptr};
+    if (file.type == DDS && preferences.channels != nullptr) return std::unexpected(Failure::kUnsupported);
+    if (file.type == DDS && WantsSlice(preferences)) {
+        PixelBlock block = LoadDdsSlice(desc, path, request);
+        if (!block) return std::unexpected(Failure::kUnsupported);
+        return LoadedPixels{.own = std::move(block), .host = nullptr};
+    }
     if (file.type == DDS) {
         HostBlock block = LoadDds(desc, path, request);
         if (!block) return std::unexpected(Failure::kUnsupported);
@@ -176,6 +236,9 @@ IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, c
     if (PixelBlock block = LoadTextureByOIIO(desc, path, request, file.type, open)) {
         return Common::WrapBlock(std::move(block));
     }
+    // Those files have nothing of which a part could be chosen.
+    const bool isElsewhere = file.type != None && file.type != DDS && file.type != OpenEXR && file.type != Other;
+    if (isElsewhere && WantsPart(request.preferences)) Sys::Warning(L"Frame index out of range", nullptr);
     Result<LoadedPixels> pixels = LoadWithoutLibrary(desc, path, request, std::move(file));
     if (!pixels) return Refuse(pixels.error());
     const Common::PictureBounds bounds = pixels->isLegacy ? Common::ReaderBounds() : Common::HostBounds();
@@ -184,6 +247,7 @@ IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, c
     }
     if (pixels->host && desc.format == request.format) return pixels->host.release();
     if (!Convert(desc, *pixels, request.format, bounds)) return Refuse(Failure::kTooLarge);
+    if (WantsSlice(request.preferences) && !Fit(desc, *pixels, request)) return Refuse(Failure::kUnsupported);
     return Wrap(*std::move(pixels));
 }
 
