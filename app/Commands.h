@@ -35,6 +35,7 @@ void AddResize(CLI::App& program, Session& session);
 void AddCrop(CLI::App& program, Session& session);
 void AddCompose(CLI::App& program, Session& session);
 void AddSheet(CLI::App& program, Session& session);
+void AddCompare(CLI::App& program, Session& session);
 void AddTarget(CLI::App& program, Session& session);
 void AddTile(CLI::App& program, Session& session);
 void AddLight(CLI::App& program, Session& session);

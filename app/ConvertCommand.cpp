@@ -25,14 +25,15 @@ struct Options {
 };
 
 void Convert(IImageHandler& handler, Report& report, const Options& options, const std::filesystem::path& out) {
-    LoadedImage image = Load(handler, report, options.load);
-    if (image.block == nullptr) return FailToRead(report, 0);
     Source source = SourceOf(handler, report.File(), options.load.frame);
+    LoadedImage image =
+        Load(handler, report, options.making.colours.ForLoading(handler, options.load, report.File(), source));
+    if (image.block == nullptr) return FailToRead(report, 0);
     image = options.cube.Apply(report, std::move(image), source.alpha);
     if (image.block == nullptr) return;
     if (options.cube.form && image.desc.textureType == kTextureCube && LowerExtension(out) != ".dds")
         return FailToWrite(report, out, "it is a cube map, and of the files that are written only .dds holds one");
-    options.making.Write(handler, report, std::move(image), std::move(source), out);
+    options.making.Write(handler, report, std::move(image), std::move(source), out, options.load.format);
 }
 
 int Run(const Session& session, const Options& options) {

@@ -3,7 +3,6 @@
 #include "ImageObject.h"
 #include "Making.h"
 #include "Picture.h"
-#include "PixelConversion.h"
 #include "ResizedPicture.h"
 #include "Sizes.h"
 #include "Usage.h"
@@ -49,10 +48,11 @@ std::string Obstacle(const Options& options, const ImageDescription& desc) {
 }
 
 /// The rectangle in its new size and the picture's own format; messages and a failure go to the report.
-LoadedImage Cut(IImageHandler& handler, Report& report, LoadedImage image, const Options& options) {
+LoadedImage Cut(IImageHandler& handler, Report& report, LoadedImage image, const Options& options,
+                const Resampling& resampling) {
     const std::size_t mark = report.Mark();
     const MessageScope scope(report);
-    const LoadPreferencesScope preferences(options.resampling.For(report.File()));
+    const LoadPreferencesScope preferences(resampling.For(report.File()));
     const Rect& rect = options.rect;
     const vec2<int> size{rect.width, rect.height};
     const ImageRef source = MakeImage(handler, image);
@@ -66,25 +66,23 @@ LoadedImage Cut(IImageHandler& handler, Report& report, LoadedImage image, const
     if (result.block == nullptr) report.FailUnlessSaid(mark, "cannot be cropped");
     if (result.block == nullptr || !options.wish.IsGiven()) return result;
     const TargetSize target = options.wish.Of({result.desc.width, result.desc.height});
-    return BroughtTo(handler, report, std::move(result), target, options.resampling);
+    return BroughtTo(handler, report, std::move(result), target, resampling);
 }
 
 void Crop(IImageHandler& handler, Report& report, const Options& options) {
-    LoadedImage image = LoadFlat(handler, report, {.frame = options.frame});
+    const Source source = SourceOf(handler, options.in, options.frame);
+    const LoadOptions load = options.making.colours.ForLoading(
+        handler, {.frame = options.frame, .resampling = options.resampling}, options.in, source);
+    LoadedImage image = LoadFlat(handler, report, load);
     if (image.block == nullptr || !HasPixels(report, image, "cropped")) return;
     const std::string obstacle = Obstacle(options, image.desc);
     if (!obstacle.empty()) return report.Fail(obstacle);
 
-    LoadedImage result = Cut(handler, report, std::move(image), options);
+    LoadedImage result = Cut(handler, report, std::move(image), options, load.resampling);
     if (result.block == nullptr) return;
-    if (options.format != kUnknown && options.format != result.desc.format) {
-        auto converted = ToFormat(result, options.format);
-        if (!converted) {
-            return report.Fail(std::format("cannot be cropped: {} has no pixels", Enumerator(options.format)));
-        }
-        result = *std::move(converted);
-    }
-    options.making.Write(handler, report, std::move(result), SourceOf(handler, options.in, options.frame), options.out);
+    const bool hasPixels = options.format == kUnknown || Facts(options.format).bytesPerPixel > 0;
+    if (!hasPixels) return report.Fail(std::format("cannot be cropped: {} has no pixels", Enumerator(options.format)));
+    options.making.Write(handler, report, std::move(result), source, options.out, options.format);
 }
 
 int Run(const Session& session, const Options& options) {

@@ -1,15 +1,20 @@
 /// Pictures as a screen shows them.
 #pragma once
 
+#include "ColourChange.h"
 #include "LoadOptions.h"
+#include "Source.h"
 
 namespace Kavra::App {
 
-/// A flat picture of any format with pixels as `kR8G8B8A8`, its alpha apart from its colours.
-///
-/// Floating-point colours are linear light. Where some are above 1 they are exposed and compressed: the geometric mean
-/// of the luminance becomes 0.18 and the brightest white (`Exposure`). All are then encoded with the curve of sRGB.
-/// Negative values and NaN are 0. `associated` says that colours are multiplied by alpha.
+/// A flat picture of any format with pixels as `kR8G8B8A8` with the curve of sRGB, its alpha apart from its colours.
+/// `source` says what its values are. Light is multiplied by `brightness` and mapped as `tone` says. Negative values and
+/// NaN are 0.
+LoadedImage ToDisplay(const LoadedImage& image, const Source& source, ToneMap tone = ToneMap::kReinhardIfBright,
+                      float brightness = 1);
+
+/// The same of a picture of which is known only whether its colours are multiplied by its alpha (`associated`): halves
+/// and floats are light, mapped where some is brighter than white, and integers are shown as they are.
 LoadedImage ToDisplay(const LoadedImage& image, bool associated);
 
 }  // namespace Kavra::App

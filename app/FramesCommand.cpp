@@ -33,13 +33,15 @@ bool EndOfFrames(const Report& report, std::size_t mark) {
 }
 
 /// Writes every frame; one that fails does not keep the others from being written.
-void WriteFrames(const Host& host, Report& report, const Options& options, const FramePattern& pattern, int count) {
+void WriteFrames(IImageHandler& handler, Report& report, const Options& options, const FramePattern& pattern,
+                 int count) {
     Progress progress(static_cast<std::size_t>(count));
-    LoadOptions load = options.load;
     for (int frame = 0; frame < count; ++frame) {
         const std::size_t mark = report.Mark();
+        const Source source = SourceOf(handler, report.File(), frame);
+        LoadOptions load = options.making.colours.ForLoading(handler, options.load, report.File(), source);
         load.frame = frame;
-        LoadedImage image = Load(host.Handler(), report, load);
+        LoadedImage image = Load(handler, report, load);
         if (image.block == nullptr && frame > 0 && EndOfFrames(report, mark)) {
             report.Say("note", std::format("reports {} frames and holds {}", count, frame));
             return;
@@ -47,8 +49,7 @@ void WriteFrames(const Host& host, Report& report, const Options& options, const
         if (image.block == nullptr) {
             FailToRead(report, mark);
         } else {
-            options.making.Write(host.Handler(), report, std::move(image),
-                                 SourceOf(host.Handler(), report.File(), frame), pattern.Name(frame));
+            options.making.Write(handler, report, std::move(image), source, pattern.Name(frame), options.load.format);
         }
         progress.Show(static_cast<std::size_t>(frame) + 1);
     }
@@ -64,7 +65,7 @@ int Run(const Session& session, const Options& options) {
         if (count == 0) {
             FailToRead(report, 0);
         } else {
-            WriteFrames(host, report, options, *pattern, count);
+            WriteFrames(host.Handler(), report, options, *pattern, count);
         }
     });
     report.Print();

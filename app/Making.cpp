@@ -12,8 +12,8 @@ void Making::AddTo(CLI::App& command) {
 }
 
 bool Making::Write(Devices::IImageHandler& handler, Report& report, LoadedImage image, Source source,
-                   const std::filesystem::path& path) const {
-    image = colours.Apply(report, std::move(image), source, LowerExtension(path));
+                   const std::filesystem::path& path, Devices::EFormat wanted) const {
+    image = colours.Apply(report, std::move(image), source, LowerExtension(path), wanted);
     return image.block != nullptr && writing.Write(handler, report, image, source, path);
 }
 

@@ -13,10 +13,10 @@ struct Making {
 
     void AddTo(CLI::App& command);
 
-    /// Brings the picture, which `source` belongs to, to what files like `path` hold, and writes it. A failure is said
-    /// in the report. True when the file is there.
+    /// Brings the picture, which `source` belongs to, to what files like `path` hold, in the pixel format `wanted` where
+    /// one is, and writes it. A failure is said in the report. True when the file is there.
     bool Write(Devices::IImageHandler& handler, Report& report, LoadedImage image, Source source,
-               const std::filesystem::path& path) const;
+               const std::filesystem::path& path, Devices::EFormat wanted = Devices::kUnknown) const;
 };
 
 }  // namespace Kavra::App

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace Kavra::App {
@@ -19,24 +20,6 @@ namespace {
 
 using namespace Devices;
 using Utilities::AFormatConvertor;
-
-constexpr int kColours = 4;  // red, green, blue, alpha
-
-/// Where in a pixel red, green, blue and alpha are; -1 where they are not.
-using Places = std::array<int, kColours>;
-
-Places PlacesOf(const FormatFacts& facts) {
-    switch (facts.channels) {
-        case 1:
-            return {0, 0, 0, -1};
-        case 2:
-            return {0, 1, -1, -1};
-        default: {
-            const int alpha = facts.hasAlpha ? 3 : -1;
-            return facts.blueFirst ? Places{2, 1, 0, alpha} : Places{0, 1, 2, alpha};
-        }
-    }
-}
 
 float Value(float value) {
     return value;
@@ -51,50 +34,73 @@ float Value(T value) {
     return static_cast<float>(value) / std::numeric_limits<T>::max();
 }
 
-template <class T>
-void UnpackRow(const FormatFacts& facts, const unsigned char* row, std::vector<float>& colours) {
-    const Places places = PlacesOf(facts);
-    for (std::size_t i = 0; i < colours.size(); ++i) {
-        const int place = places[i % kColours];
-        if (place < 0) {
-            colours[i] = i % kColours == 3 ? 1.0F : 0.0F;
-            continue;
-        }
-        T element;
-        std::memcpy(&element, row + i / kColours * static_cast<std::size_t>(facts.bytesPerPixel) + place * sizeof(T),
-                    sizeof(T));
-        colours[i] = Value(element);
+/// Pixels of as many channels as memory has them.
+template <class T, std::size_t kChannels>
+void ReadChannels(const unsigned char* row, std::span<Pixel> pixels) {
+    for (Pixel& pixel : pixels) {
+        std::array<T, kChannels> stored;
+        std::memcpy(&stored, row, sizeof(stored));
+        row += sizeof(stored);
+        for (std::size_t i = 0; i < kChannels; ++i)
+            pixel[i] = Value(stored[i]);
+        for (std::size_t i = kChannels; i < 3; ++i)
+            pixel[i] = kChannels == 1 ? pixel[0] : 0.0F;
+        if constexpr (kChannels < 4) pixel[3] = 1.0F;
     }
 }
 
-void Unpack(const FormatFacts& facts, const unsigned char* row, std::vector<float>& colours) {
-    switch (facts.element) {
-        case ElementType::kUInt8:
-            return UnpackRow<std::uint8_t>(facts, row, colours);
-        case ElementType::kUInt16:
-            return UnpackRow<std::uint16_t>(facts, row, colours);
-        case ElementType::kHalf:
-            return UnpackRow<Imath::half>(facts, row, colours);
-        case ElementType::kFloat:
-            return UnpackRow<float>(facts, row, colours);
-        case ElementType::kNone:
-            return;
+template <class T>
+void ReadElements(const FormatFacts& format, const unsigned char* row, std::span<Pixel> pixels) {
+    switch (format.channels) {
+        case 1:
+            return ReadChannels<T, 1>(row, pixels);
+        case 2:
+            return ReadChannels<T, 2>(row, pixels);
+        case 3:
+            return ReadChannels<T, 3>(row, pixels);
+        default:
+            ReadChannels<T, 4>(row, pixels);
+    }
+    for (Pixel& pixel : pixels) {
+        if (format.blueFirst) std::swap(pixel[0], pixel[2]);
+        if (!format.hasAlpha) pixel[3] = 1.0F;
     }
 }
 
 /// Puts into red what a one-channel format is to hold.
-void GatherInRed(const FormatFacts& format, std::vector<float>& colours) {
-    for (std::size_t i = 0; i < colours.size(); i += kColours) {
-        const bool isGrey = colours[i] == colours[i + 1] && colours[i] == colours[i + 2];
-        if (format.hasAlpha) {
-            colours[i] = colours[i + 3];
+void GatherInRed(bool isAlpha, std::span<Pixel> pixels) {
+    for (Pixel& pixel : pixels) {
+        const bool isGrey = pixel[0] == pixel[1] && pixel[0] == pixel[2];
+        if (isAlpha) {
+            pixel[0] = pixel[3];
         } else if (!isGrey) {  // the sum would round
-            colours[i] = 0.299F * colours[i] + 0.587F * colours[i + 1] + 0.114F * colours[i + 2];
+            pixel[0] = 0.299F * pixel[0] + 0.587F * pixel[1] + 0.114F * pixel[2];
         }
     }
 }
 
 }  // namespace
+
+void ReadPixels(const FormatFacts& format, const unsigned char* row, std::span<Pixel> pixels) {
+    switch (format.element) {
+        case ElementType::kUInt8:
+            return ReadElements<std::uint8_t>(format, row, pixels);
+        case ElementType::kUInt16:
+            return ReadElements<std::uint16_t>(format, row, pixels);
+        case ElementType::kHalf:
+            return ReadElements<Imath::half>(format, row, pixels);
+        case ElementType::kFloat:
+            return ReadElements<float>(format, row, pixels);
+        case ElementType::kNone:
+            return;
+    }
+}
+
+void WritePixels(EFormat format, std::span<Pixel> pixels, unsigned char* out, std::size_t bytes) {
+    const FormatFacts facts = Facts(format);
+    if (facts.channels == 1) GatherInRed(facts.hasAlpha, pixels);
+    AFormatConvertor::FloatsToFormat(pixels.data()->data(), pixels.size(), format, reinterpret_cast<char*>(out), bytes);
+}
 
 void LookAtAlphaAgain(LoadedImage& image) {
     ImageDescription& desc = image.desc;
@@ -102,13 +108,13 @@ void LookAtAlphaAgain(LoadedImage& image) {
     if (!facts.hasAlpha || (!desc.hasTransparentPixels && !desc.hasTranslucentPixels)) return;
     desc.hasTransparentPixels = desc.hasTranslucentPixels = false;
     const auto* row = static_cast<const unsigned char*>(image.block->mData);
-    std::vector<float> colours(static_cast<std::size_t>(desc.width) * kColours);
+    std::vector<Pixel> pixels(static_cast<std::size_t>(desc.width));
     const std::size_t rows = LayerCount(desc) * static_cast<std::size_t>(desc.height);
     for (std::size_t y = 0; y < rows; ++y, row += desc.rowPitch) {
-        Unpack(facts, row, colours);
-        for (std::size_t i = kColours - 1; i < colours.size(); i += kColours) {
-            desc.hasTransparentPixels |= colours[i] == 0;
-            desc.hasTranslucentPixels |= colours[i] != 0 && colours[i] < 1;
+        ReadPixels(facts, row, pixels);
+        for (const Pixel& pixel : pixels) {
+            desc.hasTransparentPixels |= pixel[3] == 0;
+            desc.hasTranslucentPixels |= pixel[3] != 0 && pixel[3] < 1;
         }
     }
 }
@@ -121,13 +127,11 @@ std::optional<LoadedImage> ToFormat(const LoadedImage& image, EFormat format) {
     LoadedImage result = NewPicture(from.width, from.height, format);
     result.desc.hasAlpha = from.hasAlpha;
     const auto* row = static_cast<const unsigned char*>(image.block->mData);
-    auto* out = static_cast<char*>(result.block->mData);
-    std::vector<float> colours(static_cast<std::size_t>(from.width) * kColours);
+    auto* out = static_cast<unsigned char*>(result.block->mData);
+    std::vector<Pixel> pixels(static_cast<std::size_t>(from.width));
     for (int y = 0; y < from.height; ++y, row += from.rowPitch, out += result.desc.rowPitch) {
-        Unpack(stored, row, colours);
-        if (wanted.channels == 1) GatherInRed(wanted, colours);
-        AFormatConvertor::FloatsToFormat(colours.data(), static_cast<std::size_t>(from.width), format, out,
-                                         static_cast<std::size_t>(result.desc.rowPitch));
+        ReadPixels(stored, row, pixels);
+        WritePixels(format, pixels, out, static_cast<std::size_t>(result.desc.rowPitch));
     }
     return result;
 }

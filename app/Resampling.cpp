@@ -52,7 +52,7 @@ void Resampling::AddFast(CLI::App& command) {
 
 LoadPreferences Resampling::For(const std::string& file) const {
     LoadPreferences preferences;
-    preferences.alphaWeighted = alphaWeighted && !IsOpenExr(file);
+    preferences.alphaWeighted = alphaWeighted && !isPremultiplied.value_or(IsOpenExr(file));
     preferences.bounded = bounded;
     preferences.linearLight = linearLight;
     preferences.fast = fast;

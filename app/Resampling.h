@@ -18,6 +18,8 @@ struct Resampling {
     bool bounded = false;
     bool linearLight = false;
     bool fast = false;
+    std::optional<bool> isPremultiplied =
+        std::nullopt;  ///< whether colours are; not known here: as the file's name says
 
     static constexpr const char* kMitchellUnlessSaid = "mitchell unless said";
     static constexpr const char* kLoadsUnlessSaid =
@@ -31,8 +33,8 @@ struct Resampling {
     /// Adds `--fast`.
     void AddFast(CLI::App& command);
 
-    /// What to prefer for pictures of `file`. Those of OpenEXR files have colours that are multiplied by their alpha, so
-    /// they are right without being weighted by it.
+    /// What to prefer for pictures of `file`. Colours that are multiplied by their alpha, as OpenEXR files have them, are
+    /// right without being weighted by it.
     Devices::LoadPreferences For(const std::string& file) const;
 
     /// The filter that the resize service is asked for, which knows three by itself; the others are a host's preference.

@@ -51,22 +51,25 @@ LoadedImage Copy(IImageHandler& handler, Report& report, const LoadedImage& imag
     return result;
 }
 
-LoadedImage Filtered(IImageHandler& handler, Report& report, LoadedImage image, const Options& options) {
+LoadedImage Filtered(IImageHandler& handler, Report& report, LoadedImage image, const Options& options,
+                     const Resampling& resampling) {
     if (!options.wish.IsGiven()) {
-        return Resampled(handler, report, image, {options.size.x, options.size.y}, options.resampling);
+        return Resampled(handler, report, image, {options.size.x, options.size.y}, resampling);
     }
     const TargetSize target = options.wish.Of({image.desc.width, image.desc.height});
-    return BroughtTo(handler, report, std::move(image), target, options.resampling);
+    return BroughtTo(handler, report, std::move(image), target, resampling);
 }
 
 /// The picture in its new size; a failure is said in the report.
-LoadedImage Resized(IImageHandler& handler, Report& report, const Options& options) {
+LoadedImage Resized(IImageHandler& handler, Report& report, const Options& options, const Source& source) {
+    const LoadOptions load = options.making.colours.ForLoading(
+        handler, {.frame = options.frame, .resampling = options.resampling}, options.in, source);
     if (options.method == kResizeFilter) {
-        LoadedImage image = LoadFlat(handler, report, {.frame = options.frame});
-        return image.block != nullptr ? Filtered(handler, report, std::move(image), options) : LoadedImage();
+        LoadedImage image = LoadFlat(handler, report, load);
+        if (image.block == nullptr) return image;
+        return Filtered(handler, report, std::move(image), options, load.resampling);
     }
     const bool copies = options.method == kResizeCopy;
-    const LoadOptions load{.frame = options.frame};
     const LoadedImage image = copies ? LoadUpright(handler, report, load) : LoadFlat(handler, report, load);
     if (image.block == nullptr || (!copies && !HasPixels(report, image, "resized"))) return {};
     const std::string obstacle = copies ? "" : SizeObstacle(options.size.x, options.size.y, image.desc.format);
@@ -95,10 +98,10 @@ int Run(const Session& session, const Options& options) {
     if (!contradiction.empty()) return WrongUsage("resize", contradiction);
     const Host host = session.LoadHost();
     const bool good = ForOneReport(options.in, [&](Report& report) {
-        LoadedImage result = Resized(host.Handler(), report, options);
-        if (result.block == nullptr) return;
-        options.making.Write(host.Handler(), report, std::move(result),
-                             SourceOf(host.Handler(), options.in, options.frame), options.out);
+        const Source source = SourceOf(host.Handler(), options.in, options.frame);
+        LoadedImage result = Resized(host.Handler(), report, options, source);
+        if (result.block != nullptr)
+            options.making.Write(host.Handler(), report, std::move(result), source, options.out);
     });
     return good ? kAllDone : kSomeFailed;
 }

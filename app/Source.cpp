@@ -5,6 +5,8 @@
 #include <kavra/objects/OS.h>
 
 #include <algorithm>
+#include <format>
+#include <string_view>
 
 namespace Kavra::App {
 
@@ -15,6 +17,17 @@ OwnedInspection Inspect(IImageHandler& handler, const std::string& file) {
     if (inspector == nullptr) return nullptr;
     return OwnedInspection(inspector->Inspect(OS::FromUtf8(file.c_str()).c_str()));
 }
+
+namespace {
+
+std::string GreyWithAlpha(const FilePart& part) {
+    if (part.channelCount != 2 || part.alpha == kAlphaNone || std::string_view(part.channels[0].type) == "uint8")
+        return {};
+    const std::string_view grey = part.channels[0].name, alpha = part.channels[1].name;
+    return grey.contains(',') || alpha.contains(',') ? std::string() : std::format("{0},{0},{0},{1}", grey, alpha);
+}
+
+}  // namespace
 
 Source SourceOf(IImageHandler& handler, const std::string& file, int frame) {
     Source source;
@@ -34,6 +47,7 @@ Source SourceOf(IImageHandler& handler, const std::string& file, int frame) {
     if (profile != nullptr) source.iccProfile.assign(profile, profile + part.iccBytes);
     source.xResolution = part.xResolution;
     source.yResolution = part.yResolution;
+    source.greyWithAlpha = GreyWithAlpha(part);
     for (std::size_t i = 0; i < part.textCount; ++i)
         source.texts.push_back({part.texts[i].name, part.texts[i].value});
     return source;

@@ -1,4 +1,6 @@
+#include "ColourOptions.h"
 #include "Commands.h"
+#include "Display.h"
 #include "FormatNames.h"
 #include "ImageObject.h"
 #include "Picture.h"
@@ -7,6 +9,7 @@
 #include "Usage.h"
 #include "Workers.h"
 
+#include <cmath>
 #include <memory>
 
 namespace Kavra::App {
@@ -18,6 +21,8 @@ struct Options {
     std::string in;
     std::string out;
     bool stretch = false;
+    bool display = false;
+    ColourOptions colours;
     LoadOptions load;
 };
 
@@ -33,9 +38,18 @@ EFormat WrittenFormat(EFormat format) {
     return format == kR32F ? kR8 : kR8G8B8A8;
 }
 
+/// Whether the picture is brought to a screen before it becomes a target.
+bool IsShown(const Options& options) {
+    return options.display || options.colours.stops != 0 || options.colours.tone != ToneMap::kNone;
+}
+
 void Write(IImageHandler& handler, Report& report, const Options& options) {
     LoadedImage image = LoadFlat(handler, report, options.load);
     if (image.block == nullptr || !HasPixels(report, image, "made a target")) return;
+    if (IsShown(options)) {
+        const Source source = SourceOf(handler, options.in, options.load.frame);
+        image = ToDisplay(image, source, options.colours.tone, static_cast<float>(std::exp2(options.colours.stops)));
+    }
     if (!IsTargetFormat(image.desc.format)) image = *ToFormat(image, kR32G32B32A32F);
     const FileContent written{WrittenFormat(image.desc.format), image.desc.width, image.desc.height};
     const std::string obstacle = WriteObstacle(options.out, written);
@@ -63,6 +77,12 @@ void AddTarget(CLI::App& program, Session& session) {
     command->add_flag("--stretch", options->stretch,
                       "Map the range of each channel to 0..255; without it 0..1 is mapped, and more only where values "
                       "lie outside. 8-bit colours are written as they are");
+    CLI::Option* const display =
+        command->add_flag("--display", options->display,
+                          "Show light as a screen does, with the curve of sRGB, before it becomes a target");
+    options->colours.AddExposure(*command);
+    for (CLI::Option* const option : {display, command->get_option("--exposure"), command->get_option("--tonemap")})
+        option->excludes("--stretch");
     options->load.wish.AddTo(*command, "the picture");
     options->load.resampling.AddForPeople(*command);
     options->load.resampling.AddFast(*command);

@@ -1,6 +1,7 @@
 #include "ToneMapping.h"
 
 #include "Exposure.h"
+#include "Transfer.h"
 
 #include <cmath>
 #include <cstring>
@@ -59,7 +60,7 @@ private:
 };
 
 Display ToDisplay(const Linear& colour) {
-    return {EncodeForScreen(colour.x), EncodeForScreen(colour.y), EncodeForScreen(colour.z)};
+    return {EncodeSrgb(colour.x), EncodeSrgb(colour.y), EncodeSrgb(colour.z)};
 }
 
 Display Shown(const Linear& colour, const Exposure& exposure) {

@@ -76,6 +76,28 @@ bool ForOneReport(const std::string& file, const std::function<void(Report&)>& w
     return ForEachReport(reports, 1, [&](std::size_t, Report& report) { work(report); });
 }
 
+void InParts(std::size_t count, std::size_t minPart, const std::function<void(std::size_t, std::size_t)>& work) {
+    const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
+    const std::size_t parts = std::clamp<std::size_t>(count / std::max<std::size_t>(minPart, 1), 1, cores);
+    std::vector<std::exception_ptr> failures(parts);
+    const auto attempt = [&](std::size_t part) {
+        try {
+            work(count * part / parts, count * (part + 1) / parts);
+        } catch (...) {
+            failures[part] = std::current_exception();
+        }
+    };
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t part = 1; part < parts; ++part)
+            threads.emplace_back(attempt, part);
+        attempt(0);
+    }
+    for (const std::exception_ptr& failure : failures) {
+        if (failure) std::rethrow_exception(failure);
+    }
+}
+
 std::vector<Report> MakeReports(const std::vector<std::string>& files) {
     std::vector<Report> reports;
     reports.reserve(files.size());

@@ -74,6 +74,7 @@ int main(int argc, char** argv) {
     Kavra::App::AddCrop(program, session);
     Kavra::App::AddCompose(program, session);
     Kavra::App::AddSheet(program, session);
+    Kavra::App::AddCompare(program, session);
     Kavra::App::AddTarget(program, session);
     Kavra::App::AddTile(program, session);
     Kavra::App::AddLight(program, session);

@@ -206,7 +206,7 @@ TEST(CommonRules, LoadOptionsReachEveryLoadingCommand) {
     const std::vector<unsigned char> block = Dumped(photo, options);
     ASSERT_EQ(block.size(), 20U * 30 * 16);
     for (const Words& line : {Words{"convert", photo, folder / "out.dds"}, {"frames", photo, folder / "out%d.dds"}})
-        ExpectDone(Joined({line, options, {"--plain-filter"}}));
+        ExpectDone(Joined({line, options, {"--plain-filter", "--raw"}}));
     for (const std::string name : {"out.dds", "out0.dds"}) {
         const std::vector<unsigned char> dds = ReadAll(folder / name);
         EXPECT_TRUE(std::equal(block.rbegin(), block.rend(), dds.rbegin())) << "the pixels are the end of the file";

@@ -56,6 +56,7 @@ TEST(ConvertCommand, OrientedPhotosComeOutUpright) {
 TEST(ConvertCommand, AFailedWriteSaysWhyAndLeavesNothing) {
     const TemporaryFolder folder;
     const auto blocker = folder.Write("file", "no folder");
+    const auto ppm = folder / "x.ppm";
     const auto inFile = blocker / "sub/x.png";
     const auto failed = [](const std::filesystem::path& out, const std::string& reason) {
         return std::pair(out, ErrorLine(out, "cannot be written" + reason));
@@ -63,7 +64,10 @@ TEST(ConvertCommand, AFailedWriteSaysWhyAndLeavesNothing) {
     const std::vector<std::pair<std::filesystem::path, std::string>> cases = {
         failed(folder / "x.unknown", ""),
         failed(folder / "x", ": the name has no extension to choose a file type by"),
-        failed(folder / "x.ppm", ": .ppm files hold one or three channels, and kR8G8B8A8 has 4"),
+        {ppm, NoteLine(Sample("photo.tga"),
+                       "its transparent pixels were put on black, as .ppm files hold no alpha; "
+                       "--background chooses another colour") +
+                  ErrorLine(ppm, "cannot be written: .ppm files hold one or three channels, and kR8G8B8A8 has 4")},
         {inFile, WarningLine(inFile, "fail to create specified folder") +
                      ErrorLine(inFile, "cannot be written: Not a directory")},
     };

@@ -136,8 +136,8 @@ TEST(CropCommand, GreyBecomesColoursAndColoursTheirLuminance) {
     // Blue-first formats are a matter of memory: the file has red where red was.
     EXPECT_EQ(crop(colour, "bgra8"), (Colour{200, 100, 50, 9}));
     const auto floats = WriteFloats(folder / "floats.tif", 2, 1, 4, {0, 0, 0, 1, 1, 0.5F, 0.25F, 1});
-    EXPECT_EQ(crop(floats, "bgra8"), (Colour{255, 128, 64, 255}));
-    EXPECT_EQ(crop(floats, "rgba8"), (Colour{255, 128, 64, 255}));
+    EXPECT_EQ(crop(floats, "bgra8"), (Colour{255, 188, 137, 255}));  // light, by the curve of sRGB
+    EXPECT_EQ(crop(floats, "rgba8"), (Colour{255, 188, 137, 255}));
 }
 
 TEST(CropCommand, FormatsThatAreNoPixelsAreRefused) {

@@ -164,8 +164,8 @@ TEST(ResampledPixels, ColoursOfAnOpenExrFileAreNotWeighedTwice) {
     const TemporaryFolder folder;
     const std::string in = WriteFloats(folder / "in.exr", 2, 1, 4, {0.5F, 0.5F, 0.5F, 0.5F, 0, 0, 0, 1});
     for (const std::string command : {"convert", "resize"}) {
-        ExpectDone({command, in, folder / "out.tif", "--fit", "1x1"});
-        const std::vector<float> pixel = Floats(Dumped(folder / "out.tif", {"--format", "rgba32f"}));
+        ExpectDone({command, in, folder / "out.exr", "--fit", "1x1"});
+        const std::vector<float> pixel = Floats(Dumped(folder / "out.exr", {"--format", "rgba32f"}));
         ASSERT_EQ(pixel.size(), 4U);
         EXPECT_NEAR(pixel[0], 0.25, 1e-3) << command;
         EXPECT_NEAR(pixel[3], 0.75, 1e-3) << command;

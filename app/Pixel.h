@@ -1,0 +1,11 @@
+/// Colours of any picture.
+#pragma once
+
+#include <array>
+
+namespace Kavra::App {
+
+/// Red, green, blue, alpha.
+using Pixel = std::array<float, 4>;
+
+}  // namespace Kavra::App
