@@ -25,15 +25,18 @@ struct Options {
 };
 
 void Convert(IImageHandler& handler, Report& report, const Options& options, const std::filesystem::path& out) {
-    Source source = SourceOf(handler, report.File(), options.load.frame);
-    LoadedImage image =
-        Load(handler, report, options.making.colours.ForLoading(handler, options.load, report.File(), source));
+    LoadOptions load = options.load;
+    if (!load.selection.Resolve(handler, report, load.frame)) return;
+    const Source source = SourceOf(handler, report.File(), load.frame);
+    const bool isFirst = load.frame == 0 && load.selection.part.empty();
+    LoadedImage image = Load(handler, report, options.making.colours.ForLoading(handler, load, report.File(), source));
     if (image.block == nullptr) return FailToRead(report, 0);
     image = options.cube.Apply(report, std::move(image), source.alpha);
     if (image.block == nullptr) return;
     if (options.cube.form && image.desc.textureType == kTextureCube && LowerExtension(out) != ".dds")
         return FailToWrite(report, out, "it is a cube map, and of the files that are written only .dds holds one");
-    options.making.Write(handler, report, std::move(image), std::move(source), out, options.load.format);
+    const bool isWritten = options.making.Write(handler, report, std::move(image), source, out, load.format);
+    if (isWritten && isFirst) NoteTheOthers(handler, report);
 }
 
 int Run(const Session& session, const Options& options) {
@@ -75,6 +78,7 @@ void AddConvert(CLI::App& program, Session& session) {
     command->add_option("--to", options->to, "The file type of the outputs in a folder, as an extension: png");
     AddJobs(*command, options->jobs);
     options->load.AddTo(*command, true);
+    options->load.selection.AddOptions(*command, true);
     options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
     options->load.resampling.AddFast(*command);
     options->cube.AddTo(*command);

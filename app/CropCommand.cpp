@@ -28,6 +28,7 @@ struct Options {
     int orientation = 0;
     EFormat format = kUnknown;
     int frame = 0;
+    Selection selection;
     Making making;
 };
 
@@ -72,7 +73,8 @@ LoadedImage Cut(IImageHandler& handler, Report& report, LoadedImage image, const
 void Crop(IImageHandler& handler, Report& report, const Options& options) {
     const Source source = SourceOf(handler, options.in, options.frame);
     const LoadOptions load = options.making.colours.ForLoading(
-        handler, {.frame = options.frame, .resampling = options.resampling}, options.in, source);
+        handler, {.frame = options.frame, .resampling = options.resampling, .selection = options.selection}, options.in,
+        source);
     LoadedImage image = LoadFlat(handler, report, load);
     if (image.block == nullptr || !HasPixels(report, image, "cropped")) return;
     const std::string obstacle = Obstacle(options, image.desc);
@@ -87,7 +89,10 @@ void Crop(IImageHandler& handler, Report& report, const Options& options) {
 
 int Run(const Session& session, const Options& options) {
     const Host host = session.LoadHost();
-    const bool good = ForOneReport(options.in, [&](Report& report) { Crop(host.Handler(), report, options); });
+    const bool good = ForOneReport(options.in, [&](Report& report) {
+        Options chosen = options;
+        if (chosen.selection.Resolve(host.Handler(), report, chosen.frame)) Crop(host.Handler(), report, chosen);
+    });
     return good ? kAllDone : kSomeFailed;
 }
 
@@ -119,6 +124,7 @@ void AddCrop(CLI::App& program, Session& session) {
                    "Row and column order written, 0 (as displayed) to 7");
     AddFormatOption(*command, options->format, "The pixel format written; the picture's own unless said");
     AddFrame(*command, options->frame);
+    options->selection.AddOptions(*command, false);
     options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

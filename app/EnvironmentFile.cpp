@@ -54,9 +54,12 @@ std::string Obstacle(const ImageDescription& desc) {
 
 }  // namespace
 
-LoadedImage LoadEnvironment(IImageHandler& handler, Report& report) {
+LoadedImage LoadEnvironment(IImageHandler& handler, Report& report, const Selection& selection) {
+    LoadOptions options;
+    options.selection = selection;
     const EFormat format = FileFormat(handler, report.File());
-    LoadedImage image = IsAnalysed(format) ? Load(handler, report, {}) : LoadAsFloats(handler, report, format, {});
+    LoadedImage image =
+        IsAnalysed(format) ? Load(handler, report, options) : LoadAsFloats(handler, report, format, options);
     if (image.block == nullptr) {
         FailToRead(report, 0);
         return image;
@@ -67,13 +70,15 @@ LoadedImage LoadEnvironment(IImageHandler& handler, Report& report) {
     return {};
 }
 
-SmallEnvironment LoadSmallEnvironment(IImageHandler& handler, const std::string& file, int width, int height) {
+SmallEnvironment LoadSmallEnvironment(IImageHandler& handler, const std::string& file, int width, int height,
+                                      const Selection& selection) {
     Report silent(file);
     const EFormat format = FileFormat(handler, file);
     LoadOptions options;
     options.width = width;
     options.height = height;
     options.highQuality = true;
+    options.selection = selection;
     SmallEnvironment small{LoadAsFloats(handler, silent, format, options), false};
     if (small.image.block != nullptr && small.image.desc.format != kR32G32B32A32F) small.image.block.reset();
     small.isLight = IsFloatingPoint(Facts(format)) || format == kBC6H || format == kBC6HSigned;

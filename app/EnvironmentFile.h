@@ -7,7 +7,7 @@ namespace Kavra::App {
 
 /// A map in its own pixel format where the light operations take that, else as four floats a pixel; grey ones in all
 /// three colours. The block is null when the file cannot be read or is no flat picture, and the report says why.
-LoadedImage LoadEnvironment(Devices::IImageHandler& handler, Report& report);
+LoadedImage LoadEnvironment(Devices::IImageHandler& handler, Report& report, const Selection& selection = {});
 
 /// A map for the screen.
 struct SmallEnvironment {
@@ -17,6 +17,7 @@ struct SmallEnvironment {
 };
 
 /// The same map no larger than the given size, loaded again and in silence.
-SmallEnvironment LoadSmallEnvironment(Devices::IImageHandler& handler, const std::string& file, int width, int height);
+SmallEnvironment LoadSmallEnvironment(Devices::IImageHandler& handler, const std::string& file, int width, int height,
+                                      const Selection& selection = {});
 
 }  // namespace Kavra::App

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "FileNames.h"
 #include "FramePattern.h"
 #include "LoadOptions.h"
 #include "Making.h"
@@ -9,6 +10,7 @@
 #include <format>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace Kavra::App {
 namespace {
@@ -32,27 +34,102 @@ bool EndOfFrames(const Report& report, std::size_t mark) {
     return report.WasSaidSince(mark, "Frame index out of range");
 }
 
-/// Writes every frame; one that fails does not keep the others from being written.
-void WriteFrames(IImageHandler& handler, Report& report, const Options& options, const FramePattern& pattern,
-                 int count) {
-    Progress progress(static_cast<std::size_t>(count));
-    for (int frame = 0; frame < count; ++frame) {
+bool IsDds(const IFileInspection* file) {
+    return file != nullptr && std::string_view(file->FileType()) == "dds";
+}
+
+/// A picture that gets a file of its own.
+struct Item {
+    int number;  ///< in the pattern
+    int frame;   ///< or level of a DDS
+    int face = -1, slice = -1;
+};
+
+/// What of each frame is written. Files of DDS hold cube maps and volumes as they are.
+struct Division {
+    bool byFace, bySlice;
+
+    Division(const Options& options, bool isDds)
+        : byFace(options.load.selection.everyFace || (!isDds && options.load.selection.face < 0)),
+          bySlice(options.load.selection.everySlice || (!isDds && options.load.selection.slice < 0)) {}
+};
+
+/// The pictures of a frame: its faces, its slices or itself. Faces that are not there have their numbers all the same.
+void AddItems(const FilePart& part, std::size_t level, int frame, const Division& division, std::vector<Item>& items,
+              int& next) {
+    if (part.textureType == kTextureCube && division.byFace) {
+        for (int face = 0; face < kCubeFaces; ++face, ++next) {
+            if ((part.faces >> face & 1) != 0) items.push_back({.number = next, .frame = frame, .face = face});
+        }
+    } else if (part.textureType == kTextureVolume && division.bySlice) {
+        const int depth = part.levels[std::min(level, part.levelCount - 1)].depth;
+        for (int slice = 0; slice < depth; ++slice, ++next)
+            items.push_back({.number = next, .frame = frame, .slice = slice});
+    } else {
+        items.push_back({.number = next++, .frame = frame});
+    }
+}
+
+/// All pictures in order: frame after frame, or level after level of a DDS, and of each all faces or slices.
+std::vector<Item> ListItems(const IFileInspection* file, const Options& options, const Division& division, int first,
+                            int count) {
+    const bool isDds = IsDds(file);
+    std::vector<Item> items;
+    int next = 0;
+    for (int frame = first; frame < first + count; ++frame) {
+        const std::size_t index = isDds ? 0 : static_cast<std::size_t>(frame);
+        if (file != nullptr && index < file->PartCount()) {
+            const int level = isDds ? frame : std::max(options.load.selection.level, 0);
+            AddItems(file->Part(index), static_cast<std::size_t>(level), frame, division, items, next);
+        } else {
+            items.push_back({.number = next++, .frame = frame});
+        }
+    }
+    return items;
+}
+
+/// Writes every picture; one that fails does not keep the others from being written.
+void WriteItems(IImageHandler& handler, Report& report, const Options& options, const FramePattern& pattern,
+                const std::vector<Item>& items, int count) {
+    Progress progress(items.size());
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const Item& item = items[i];
         const std::size_t mark = report.Mark();
-        const Source source = SourceOf(handler, report.File(), frame);
+        const Source source = SourceOf(handler, report.File(), item.frame);
         LoadOptions load = options.making.colours.ForLoading(handler, options.load, report.File(), source);
-        load.frame = frame;
+        load.frame = item.frame;
+        if (item.face >= 0) load.selection.face = item.face;
+        if (item.slice >= 0) load.selection.slice = item.slice;
         LoadedImage image = Load(handler, report, load);
-        if (image.block == nullptr && frame > 0 && EndOfFrames(report, mark)) {
-            report.Say("note", std::format("reports {} frames and holds {}", count, frame));
+        if (image.block == nullptr && item.frame > 0 && EndOfFrames(report, mark)) {
+            report.Say("note", std::format("reports {} frames and holds {}", count, item.frame));
             return;
         }
         if (image.block == nullptr) {
             FailToRead(report, mark);
         } else {
-            options.making.Write(handler, report, std::move(image), source, pattern.Name(frame), options.load.format);
+            options.making.Write(handler, report, std::move(image), source, pattern.Name(item.number),
+                                 options.load.format);
         }
-        progress.Show(static_cast<std::size_t>(frame) + 1);
+        progress.Show(i + 1);
     }
+}
+
+/// One frame where a part or, of a DDS, a level was chosen, else all.
+void WriteFrames(IImageHandler& handler, Report& report, Options options, const FramePattern& pattern, int count) {
+    const OwnedInspection file = Inspect(handler, report.File());
+    Selection& selection = options.load.selection;
+    const bool isOne = IsDds(file.get()) ? selection.level >= 0 : !selection.part.empty();
+    int first = 0;
+    if (isOne) {
+        Selection chosen = selection;
+        chosen.takesWhatThereIs = false;  // which is said where the frame is loaded
+        if (!chosen.Resolve(handler, report, first)) return;
+    }
+    selection.part.clear();
+    const Division division(options, LowerExtension(options.pattern) == ".dds");
+    const std::vector<Item> items = ListItems(file.get(), options, division, first, isOne ? 1 : count);
+    WriteItems(handler, report, options, pattern, items, count);
 }
 
 int Run(const Session& session, const Options& options) {
@@ -76,12 +153,14 @@ int Run(const Session& session, const Options& options) {
 
 void AddFrames(CLI::App& program, Session& session) {
     const auto options = std::make_shared<Options>();
-    CLI::App* command = program.add_subcommand("frames", "Writes every frame, mip level or band to a file of its own");
+    CLI::App* command =
+        program.add_subcommand("frames", "Writes every frame, mip level, face, slice or band to a file of its own");
     command->footer("Example: kavra frames animation.gif out/%03d.png");
     command->add_option("IN", options->file, "The file")->required();
     command->add_option("PATTERN", options->pattern, "The outputs' names: %03d stands for the frame, from 000")
         ->required();
     options->load.AddTo(*command, false);
+    options->load.selection.AddOptions(*command, true);
     options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
     options->load.resampling.AddFast(*command);
     options->making.AddTo(*command);

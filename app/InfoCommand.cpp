@@ -1,7 +1,9 @@
 #include "Commands.h"
 #include "Description.h"
 #include "FormatNames.h"
+#include "InspectionText.h"
 #include "LoadOptions.h"
+#include "Source.h"
 #include "StandardStreams.h"
 #include "Usage.h"
 #include "Workers.h"
@@ -16,6 +18,7 @@ using namespace Devices;
 struct Options {
     std::vector<std::string> files;
     bool json = false;
+    bool all = false;
     int jobs = 0;
 };
 
@@ -39,6 +42,18 @@ std::string DescriptionText(const std::string& file, const ImageDesc& desc) {
                        OrientationName(desc.orientation), desc.gamma);
 }
 
+/// A file that the handler describes at all; what more there is where it is asked for.
+void Tell(IImageHandler& handler, Report& report, const ImageDesc& desc, const Options& options, Json& json) {
+    const OwnedInspection file = options.all ? Inspect(handler, report.File()) : nullptr;
+    if (options.json) {
+        json = DescriptionJson(report.File(), desc);
+        if (file != nullptr) AddInspection(json, *file);
+        return;
+    }
+    report.out = DescriptionText(report.File(), desc);
+    if (file != nullptr) report.out += InspectionText(*file);
+}
+
 int Run(const Session& session, const Options& options) {
     const Host host = session.LoadHost();
     std::vector<Report> reports = MakeReports(options.files);
@@ -47,10 +62,8 @@ int Run(const Session& session, const Options& options) {
         const Owned<ImageDesc> desc = Describe(host.Handler(), report);
         if (desc == nullptr) {
             FailToRead(report, 0);
-        } else if (options.json) {
-            descriptions[index] = DescriptionJson(report.File(), *desc);
         } else {
-            report.out = DescriptionText(report.File(), *desc);
+            Tell(host.Handler(), report, *desc, options, descriptions[index]);
         }
     });
     for (std::size_t i = 0; i < reports.size(); ++i) {
@@ -65,9 +78,13 @@ int Run(const Session& session, const Options& options) {
 void AddInfo(CLI::App& program, Session& session) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("info", "Describes files: size, format, frames, orientation, gamma");
-    command->footer("Example: kavra info photo.jpg cube.dds --json");
+    command->footer(
+        "Examples: kavra info photo.jpg cube.dds --json\n"
+        "          kavra info render.exr --all");
     command->add_option("FILE", options->files, "The files")->required();
     command->add_flag("--json", options->json, "One JSON array with an object a file");
+    command->add_flag("--all", options->all,
+                      "Also parts, channels, alpha, light, levels, faces, tiles, resolution and metadata");
     AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

@@ -27,6 +27,7 @@ struct Options {
     bool json = false;
     int jobs = 0;
     LightOptions light;
+    Selection selection;
 };
 
 /// The shortest decimal number that is this float, as JSON writes it.
@@ -74,8 +75,9 @@ Json LightJson(const std::string& file, const LightFindings& findings) {
             {"lights", lights}};
 }
 
-void Plot(IImageHandler& handler, Report& report, const LightFindings& findings, const std::filesystem::path& path) {
-    const SmallEnvironment map = LoadSmallEnvironment(handler, report.File(), kPlotWidth, kPlotMapHeight);
+void Plot(IImageHandler& handler, Report& report, const LightFindings& findings, const Selection& selection,
+          const std::filesystem::path& path) {
+    const SmallEnvironment map = LoadSmallEnvironment(handler, report.File(), kPlotWidth, kPlotMapHeight, selection);
     if (map.image.block == nullptr) return report.Fail("cannot be plotted: it could not be read again");
     const std::string title = std::filesystem::path(report.File()).filename().string();
     Save(handler, report, DrawLightPlot(title, map, findings), path);
@@ -98,7 +100,7 @@ void NoteDoubts(Report& report, const LightFindings& findings) {
 
 /// What was found; nothing when the map cannot be measured.
 std::optional<LightFindings> Measure(IImageHandler& handler, Report& report, const Options& options) {
-    const LoadedImage map = LoadEnvironment(handler, report);
+    const LoadedImage map = LoadEnvironment(handler, report, options.selection);
     if (map.block == nullptr) return std::nullopt;
     LightFindings findings = MeasureLight(handler, map, options.light);
     NoteDoubts(report, findings);
@@ -144,7 +146,7 @@ int Run(const Session& session, const Options& options) {
             report.out =
                 isTable ? LightTableLine(report.File(), width, *findings) : LightText(report.File(), *findings);
         }
-        if (!plots[index].empty()) Plot(host.Handler(), report, *findings, plots[index]);
+        if (!plots[index].empty()) Plot(host.Handler(), report, *findings, options.selection, plots[index]);
     });
     if (options.json) {
         Json json = Json::array();
@@ -173,6 +175,7 @@ void AddLight(CLI::App& program, Session& session) {
     command->add_flag("--json", options->json, "One JSON array with an object a file");
     command->add_option("--plot", options->plot,
                         "Draws the lights, numbered, on the map: into this file, or into this folder as PNG files");
+    options->selection.AddOptions(*command, false);
     AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

@@ -104,7 +104,7 @@ struct OwnSize {
 std::optional<OwnSize> FindOwnSize(IImageHandler& handler, const std::string& file, const LoadOptions& options) {
     constexpr int kMaxLevel = 30;
     const bool isDds = LowerExtension(file) == ".dds";
-    if (options.frame > (isDds ? kMaxLevel : 0)) return std::nullopt;
+    if (options.frame > (isDds ? kMaxLevel : 0) || options.selection.mipLevel > 0) return std::nullopt;
     Report silent(file);
     const Owned<ImageDesc> desc = Describe(handler, silent);
     if (desc == nullptr || desc->width < 1 || desc->height < 1) return std::nullopt;
@@ -112,7 +112,7 @@ std::optional<OwnSize> FindOwnSize(IImageHandler& handler, const std::string& fi
     const bool isTurned = IsTurned(desc->orientation) != IsTurned(options.orientation);
     return OwnSize{.size = isTurned ? vec2<int>{height, width} : vec2<int>{width, height},
                    .isTurned = isTurned,
-                   .canShrink = desc->textureType != kTextureVolume};
+                   .canShrink = desc->textureType != kTextureVolume || options.selection.slice >= 0};
 }
 
 /// One call of the handler; `size` is of the file's own rows and columns.
@@ -149,6 +149,11 @@ LoadedImage LoadAsWished(IImageHandler& handler, Report& report, const LoadOptio
 }  // namespace
 
 LoadedImage Load(IImageHandler& handler, Report& report, const LoadOptions& options) {
+    if (!options.selection.isResolved) {
+        LoadOptions resolved = options;
+        if (!resolved.selection.Resolve(handler, report, resolved.frame)) return {};
+        return Load(handler, report, resolved);
+    }
     if (options.wish.IsGiven()) return LoadAsWished(handler, report, options);
     return CallLoad(handler, report, options, {options.width, options.height}, options.highQuality);
 }

@@ -59,7 +59,7 @@ Owned<Devices::ImageDesc> Describe(Devices::IImageHandler& handler, Report& repo
 
 /// Loads one frame. Messages go to the report; the caller says what a failure means, where the report does not. With a
 /// wish for a size the picture is filtered by the load, as far as that shrinks it and the size of the frame is known
-/// before, else by the resize service.
+/// before, else by the resize service. What of the file was chosen in words is looked for first.
 LoadedImage Load(Devices::IImageHandler& handler, Report& report, const LoadOptions& options);
 
 /// Says that a file could not be read, unless messages since `mark` said so already.

@@ -23,6 +23,7 @@ struct Options {
     EResizeMethod method = kResizeFilter;
     Resampling resampling;
     int frame = 0;
+    Selection selection;
     Making making;
 };
 
@@ -63,7 +64,8 @@ LoadedImage Filtered(IImageHandler& handler, Report& report, LoadedImage image, 
 /// The picture in its new size; a failure is said in the report.
 LoadedImage Resized(IImageHandler& handler, Report& report, const Options& options, const Source& source) {
     const LoadOptions load = options.making.colours.ForLoading(
-        handler, {.frame = options.frame, .resampling = options.resampling}, options.in, source);
+        handler, {.frame = options.frame, .resampling = options.resampling, .selection = options.selection}, options.in,
+        source);
     if (options.method == kResizeFilter) {
         LoadedImage image = LoadFlat(handler, report, load);
         if (image.block == nullptr) return image;
@@ -98,8 +100,10 @@ int Run(const Session& session, const Options& options) {
     if (!contradiction.empty()) return WrongUsage("resize", contradiction);
     const Host host = session.LoadHost();
     const bool good = ForOneReport(options.in, [&](Report& report) {
-        const Source source = SourceOf(host.Handler(), options.in, options.frame);
-        LoadedImage result = Resized(host.Handler(), report, options, source);
+        Options chosen = options;
+        if (!chosen.selection.Resolve(host.Handler(), report, chosen.frame)) return;
+        const Source source = SourceOf(host.Handler(), options.in, chosen.frame);
+        LoadedImage result = Resized(host.Handler(), report, chosen, source);
         if (result.block != nullptr)
             options.making.Write(host.Handler(), report, std::move(result), source, options.out);
     });
@@ -132,6 +136,7 @@ void AddResize(CLI::App& program, Session& session) {
         "right and at the bottom, fill up with zeros. copy: the block as it is, in its own size");
     options->resampling.AddForPeople(*command);
     AddFrame(*command, options->frame);
+    options->selection.AddOptions(*command, false);
     options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

@@ -5,17 +5,52 @@
 #include <kavra/objects/OS.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <filesystem>
 #include <format>
+#include <optional>
 #include <string_view>
+#include <system_error>
+#include <utility>
 
 namespace Kavra::App {
 
 using namespace Devices;
 
+namespace {
+
+/// What tells a file from another one, and from itself after a change.
+struct FileState {
+    std::string name;
+    std::filesystem::file_time_type time;
+    std::uintmax_t bytes = 0;
+
+    explicit FileState(const std::string& file) : name(file) {
+        std::error_code ignored;
+        time = std::filesystem::last_write_time(file, ignored);
+        bytes = std::filesystem::file_size(file, ignored);
+    }
+    bool operator==(const FileState&) const = default;
+};
+
+struct LastInspection {
+    FileState state;
+    OwnedInspection answer;
+};
+
+}  // namespace
+
 OwnedInspection Inspect(IImageHandler& handler, const std::string& file) {
+    thread_local std::optional<LastInspection> last;
     auto* const inspector = dynamic_cast<IImageInspector*>(&handler);
     if (inspector == nullptr) return nullptr;
-    return OwnedInspection(inspector->Inspect(OS::FromUtf8(file.c_str()).c_str()));
+    const FileState state(file);
+    if (last && last->state == state) return last->answer;
+    last.reset();
+    Owned<IFileInspection> found(inspector->Inspect(OS::FromUtf8(file.c_str()).c_str()));
+    OwnedInspection answer = std::move(found);
+    if (answer != nullptr) last = LastInspection{state, answer};
+    return answer;
 }
 
 namespace {

@@ -5,14 +5,16 @@
 
 #include <kavra/devices/IImageInspector.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace Kavra::App {
 
-using OwnedInspection = Owned<Devices::IFileInspection>;
+using OwnedInspection = std::shared_ptr<Devices::IFileInspection>;
 
-/// Everything that the file says of itself; null where nothing can describe it, or the module is an older one.
+/// Everything that the file says of itself; null where nothing can describe it, or the module is an older one. Asked
+/// again for the same file on the same thread, it is the same answer: some files are decoded to count their frames.
 OwnedInspection Inspect(Devices::IImageHandler& handler, const std::string& file);
 
 /// What of a picture is not in its pixels: what they mean, and what belongs to them.

@@ -1,6 +1,11 @@
 #include "load/ChosenSlice.h"
 
+#include "common/dds/DdsShape.h"
+#include "load/OpenInput.h"
+
 #include <algorithm>
+#include <array>
+#include <span>
 
 namespace Kavra::Devices {
 
@@ -55,6 +60,16 @@ std::optional<int> SliceNumber(const LoadPreferences& preferences, ETextureType 
     const bool isSlice = type == kTextureVolume && face < 0 && slice < slices;
     if (!isFace && !isSlice) return std::nullopt;
     return std::max(face, slice);
+}
+
+bool IsFaceInDds(const KString& path, int face) {
+    std::optional<Common::ByteSource> file = OpenFile(path);
+    std::array<unsigned char, Dds::kMaxHeaderBytes> start{};
+    if (!file) return false;
+    const std::size_t count = file->ReadSome(start);
+    const auto header = Dds::ParseHeader(std::span(start).first(count));
+    const auto shape = header ? Dds::ShapeOf(*header) : std::nullopt;
+    return shape && shape->type == kTextureCube && shape->HasFace(face);
 }
 
 bool TakeSlice(TextureLoad& load, Common::ByteSource& file) {

@@ -19,6 +19,9 @@ inline bool WantsPart(const LoadPreferences& preferences) {
 /// none, as where both are wanted.
 std::optional<int> SliceNumber(const LoadPreferences& preferences, ETextureType type, int slices);
 
+/// Whether the header of a DDS file says that it holds a face of a cube map. Not every host's reader tells.
+bool IsFaceInDds(const KString& path, int face);
+
 /// Makes a load whose file is described one of the wanted face or slice, a flat picture. False where there is none, or
 /// the library cannot read it by itself.
 bool TakeSlice(TextureLoad& load, Common::ByteSource& file);

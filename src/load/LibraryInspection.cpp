@@ -17,8 +17,9 @@ namespace Kavra::Devices {
 namespace {
 
 constexpr int kMaxLevels = 31;
-constexpr std::size_t kMaxMetadataBytes = std::size_t{256} << 20;  // that are looked at, of all parts
-constexpr int kMaxElementsShown = 64;                              // of one attribute
+constexpr std::size_t kMaxMetadataBytes = std::size_t{256} << 20;    // that are looked at, of all parts
+constexpr std::uint64_t kMaxDecodedPixels = std::uint64_t{1} << 30;  // some seconds
+constexpr int kMaxElementsShown = 64;                                // of one attribute
 
 const char* TypeName(OIIO::TypeDesc type) {
     switch (type.basetype) {
@@ -166,12 +167,15 @@ PartFacts FactsOfSpec(std::string_view format, const OIIO::ImageSpec& spec) {
 
 void AddLibraryParts(InspectedFile& file, OIIO::ImageInput& input) {
     const std::string_view format = input.format_name();
+    const bool isDecoded = format == "gif";  // up to the frame that is asked for
+    std::uint64_t pixels = 0;
     std::size_t bytes = 0;
     for (int subimage = 0; file.PartCount() < InspectedFile::kMaxParts; ++subimage) {
         if (subimage > 0 && !input.seek_subimage(subimage, 0)) break;
         const OIIO::ImageSpec spec = input.spec();
         bytes += MetadataBytes(spec);
-        if (subimage > 0 && bytes > kMaxMetadataBytes) break;
+        if (isDecoded) pixels += spec.image_pixels();
+        if (subimage > 0 && (bytes > kMaxMetadataBytes || pixels > kMaxDecodedPixels)) break;
         PartFacts facts = FactsOfSpec(format, spec);
         AddLevels(facts, input, subimage);
         file.Add(facts);

@@ -12,7 +12,8 @@ namespace Kavra::Devices {
 PartFacts FactsOfSpec(std::string_view format, const OIIO::ImageSpec& spec);
 
 /// Adds the parts of an open file: as many as there are, no more than `InspectedFile::kMaxParts`, and none that would
-/// take long: those of a file that makes each of many parts carry the same megabytes.
+/// take long: those of a file that makes each of many parts carry the same megabytes, and frames of a GIF, which have to
+/// be decoded, beyond 2^30 pixels.
 void AddLibraryParts(InspectedFile& file, OIIO::ImageInput& input);
 
 }  // namespace Kavra::Devices

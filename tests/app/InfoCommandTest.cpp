@@ -1,6 +1,7 @@
 // What is said of files without loading them.
 
 #include "app/Answers.h"
+#include "app/PictureFiles.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -75,4 +76,46 @@ TEST(InfoCommand, ManyFilesComeOutInOrderHoweverManyJobs) {
         expected += hasPages ? pages : photo;
     }
     EXPECT_EQ(ExpectDone(line), expected);
+}
+
+// --- Everything ------------------------------------------------------------------------------------------------------
+
+TEST(InfoCommand, AllTellsWhatAFileSaysOfItself) {
+    const std::string text = ExpectDone({"info", "--all", Sample("rgba.exr")});
+    for (const std::string line : {"  type openexr, parts 1\n", "  part 0: 96 x 64, 2-D\n", "R G B A half\n",
+                                   "alpha         premultiplied\n", "values        linear\n", "compression   zip\n"}) {
+        EXPECT_TRUE(text.contains(line)) << line << "is not in\n" << text;
+    }
+    const std::string cube = ExpectDone({"info", "--all", Sample("cube-mips.dds")});
+    EXPECT_TRUE(cube.contains("faces         +x -x +y -y +z -z\n")) << cube;
+    EXPECT_TRUE(cube.contains("levels        6, down to 1 x 1\n")) << cube;
+}
+
+TEST(InfoCommand, AllAddsKeysToTheJsonAndChangesNone) {
+    const Json plain = Described(Sample("photo.jpg"));
+    Json all = Json::parse(ExpectDone({"info", "--json", "--all", Sample("photo.jpg")}))[0];
+    EXPECT_EQ(all["fileType"], "jpeg");
+    ASSERT_EQ(all["parts"].size(), 1U);
+    const Json& part = all["parts"][0];
+    EXPECT_EQ(part["alpha"], "none");
+    EXPECT_EQ(part["transfer"], "srgb");
+    EXPECT_EQ(part["channels"][0], Json({{"name", "R"}, {"type", "uint8"}}));
+    EXPECT_EQ(part["levels"][0]["width"], 480);
+    for (const auto& [key, value] : plain.items())
+        EXPECT_EQ(all[key], value) << key;
+}
+
+TEST(InfoCommand, TextOfAFileIsEscapedForTerminals) {
+    const TemporaryFolder folder;
+    OIIO::ImageSpec spec(1, 1, 3, OIIO::TypeUInt8);
+    spec.attribute("ImageDescription", "red \x1B[31m\nbell \a wide \xE6\xB9\x96 turned \xE2\x80\xAE end");
+    const auto path = (folder / "told.tif").string();
+    auto output = OIIO::ImageOutput::create(path);
+    const unsigned char pixel[] = {1, 2, 3};
+    ASSERT_TRUE(output->open(path, spec) && output->write_image(OIIO::TypeUInt8, pixel) && output->close());
+    const std::string text = ExpectDone({"info", "--all", path});
+    EXPECT_TRUE(text.contains("ImageDescription: red \\x1B[31m\\nbell \\x07 wide \xE6\xB9\x96 turned \\u202E end\n"))
+        << text;
+    const Json json = Json::parse(ExpectDone({"info", "--all", "--json", path}))[0];
+    EXPECT_TRUE(json["parts"][0]["texts"].dump().contains("\\u001b"));
 }

@@ -128,7 +128,7 @@ PixelBlock LoadDdsSlice(ImageDescription& desc, const KString& path, const LoadR
     if (!reader.Load(path) || level >= std::min(reader.Mipmaps(), 31)) return nullptr;
     const int depth = LevelSize(reader.Depth(), level);
     const std::optional<int> number = SliceNumber(request.preferences, reader.TextureType(), depth);
-    const bool isThere = number && (reader.TextureType() != kTextureCube || reader.HasFace(*number));
+    const bool isThere = number && (reader.TextureType() != kTextureCube || IsFaceInDds(path, *number));
     if (!isThere) {
         Sys::Warning(L"Frame index out of range", nullptr);
         return nullptr;
