@@ -304,6 +304,36 @@ TEST(Colour, ToneMapsBringLightBeyondWhiteIntoTheScreen) {
     EXPECT_EQ(filmic[4], 186);  // 0.492919
 }
 
+TEST(Colour, GreyOf16BitsKeepsItsAlpha) {
+    const TemporaryFolder folder;
+    OIIO::ImageSpec spec(2, 1, 2, OIIO::TypeDesc::UINT16);
+    spec.channelnames = {"Y", "A"};
+    spec.alpha_channel = 1;
+    spec.attribute("oiio:UnassociatedAlpha", 1);
+    const std::vector<std::uint16_t> values = {1000, 40000, 65535, 7};
+    const auto path = folder / "grey.png";
+    const auto output = OIIO::ImageOutput::create(path.string());
+    ASSERT_TRUE(output && output->open(path.string(), spec));
+    ASSERT_TRUE(output->write_image(OIIO::TypeDesc::UINT16, values.data()) && output->close());
+    const std::vector<Words> commands = {{"convert", path, folder / "out.png"},
+                                         {"frames", path, folder / "%dut.png"},
+                                         {"resize", path, folder / "out.png", "--scale", "100%"},
+                                         {"crop", path, folder / "out.png", "--rect", "0,0,2,1"}};
+    for (const Words& command : commands) {
+        ExpectDone(command);
+        const auto out = command.front() == "frames" ? folder / "0ut.png" : folder / "out.png";
+        const std::vector<float> block = Block(out);
+        ASSERT_EQ(block.size(), 8U) << command.front();
+        const std::vector<float> expected = {1000, 1000, 1000, 40000, 65535, 65535, 65535, 7};
+        for (std::size_t i = 0; i < block.size(); ++i)
+            EXPECT_NEAR(block[i] * 65535, expected[i], 0.01) << command.front() << i;
+    }
+    ExpectDone({"convert", path, folder / "raw.png", "--raw"});
+    EXPECT_EQ(Described(folder / "raw.png")["formatName"], "kL16");
+    ExpectDone({"convert", Sample("grey-alpha.png"), folder / "eight.png"});
+    EXPECT_EQ(Dumped(folder / "eight.png"), Dumped(Sample("grey-alpha.png")));
+}
+
 TEST(Colour, WhereNothingIsToBeDoneNoByteChanges) {
     const TemporaryFolder folder;
     const auto in = WritePicture(folder / "in.png", 16, 16, [](int x, int y) { return Colour{x, y, 200, x * y}; });
