@@ -191,7 +191,7 @@ void AddCompose(CLI::App& program, Session& session) {
     options->load.wish.AddTo(*command, "each picture", true);
     options->load.resampling.AddForPeople(*command);
     options->load.resampling.AddFast(*command);
-    options->load.selection.AddOptions(*command, false);
+    options->load.selection.AddOptions(*command, Purpose::kPeople);
     AddFormatOption(*command, options->format, "The pixel format written; rgba8 unless said");
     AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });

@@ -78,7 +78,7 @@ void AddConvert(CLI::App& program, Session& session) {
     command->add_option("--to", options->to, "The file type of the outputs in a folder, as an extension: png");
     AddJobs(*command, options->jobs);
     options->load.AddTo(*command, true);
-    options->load.selection.AddOptions(*command, true);
+    options->load.selection.AddOptions(*command, Purpose::kFiles);
     options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
     options->load.resampling.AddFast(*command);
     options->cube.AddTo(*command);

@@ -124,7 +124,7 @@ void AddCrop(CLI::App& program, Session& session) {
                    "Row and column order written, 0 (as displayed) to 7");
     AddFormatOption(*command, options->format, "The pixel format written; the picture's own unless said");
     AddFrame(*command, options->frame);
-    options->selection.AddOptions(*command, false);
+    options->selection.AddOptions(*command, Purpose::kPeople);
     options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

@@ -119,7 +119,7 @@ void AddDump(CLI::App& program, Session& session) {
     command->add_option("--out", options->out, "Where the block goes: of a cube map all six faces")->required();
     command->add_flag("--json", options->json, "Describe the block as a JSON object");
     options->load.AddTo(*command, true);
-    options->load.selection.AddOptions(*command, false);
+    options->load.selection.AddOptions(*command, Purpose::kHosts);
     options->load.resampling.AddForHosts(*command, Resampling::kLoadsUnlessSaid);
     options->load.resampling.AddFast(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });

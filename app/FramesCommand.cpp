@@ -121,11 +121,7 @@ void WriteFrames(IImageHandler& handler, Report& report, Options options, const 
     Selection& selection = options.load.selection;
     const bool isOne = IsDds(file.get()) ? selection.level >= 0 : !selection.part.empty();
     int first = 0;
-    if (isOne) {
-        Selection chosen = selection;
-        chosen.takesWhatThereIs = false;  // which is said where the frame is loaded
-        if (!chosen.Resolve(handler, report, first)) return;
-    }
+    if (isOne && !selection.Resolve(handler, report, first)) return;
     selection.part.clear();
     const Division division(options, LowerExtension(options.pattern) == ".dds");
     const std::vector<Item> items = ListItems(file.get(), options, division, first, isOne ? 1 : count);
@@ -160,7 +156,7 @@ void AddFrames(CLI::App& program, Session& session) {
     command->add_option("PATTERN", options->pattern, "The outputs' names: %03d stands for the frame, from 000")
         ->required();
     options->load.AddTo(*command, false);
-    options->load.selection.AddOptions(*command, true);
+    options->load.selection.AddOptions(*command, Purpose::kFiles);
     options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
     options->load.resampling.AddFast(*command);
     options->making.AddTo(*command);

@@ -60,9 +60,9 @@ Json LightJson(const std::string& file, const LightFindings& findings) {
     Json lights = Json::array();
     for (const LightFinding& light : findings.lights)
         lights.push_back({{"direction", Vector(light.direction)},
+                          {"color", Vector(light.colour)},
                           {"azimuth", Rounded(light.Azimuth())},
                           {"elevation", Rounded(light.Elevation())},
-                          {"color", Vector(light.colour)},
                           {"luminance", light.luminance},
                           {"share", light.share}});
     return {{"file", file},
@@ -175,7 +175,7 @@ void AddLight(CLI::App& program, Session& session) {
     command->add_flag("--json", options->json, "One JSON array with an object a file");
     command->add_option("--plot", options->plot,
                         "Draws the lights, numbered, on the map: into this file, or into this folder as PNG files");
-    options->selection.AddOptions(*command, false);
+    options->selection.AddOptions(*command, Purpose::kPeople);
     AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

@@ -136,7 +136,7 @@ void AddResize(CLI::App& program, Session& session) {
         "right and at the bottom, fill up with zeros. copy: the block as it is, in its own size");
     options->resampling.AddForPeople(*command);
     AddFrame(*command, options->frame);
-    options->selection.AddOptions(*command, false);
+    options->selection.AddOptions(*command, Purpose::kPeople);
     options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

@@ -101,8 +101,8 @@ std::string FaceName(int face) {
     return kFaceNames.at(static_cast<std::size_t>(face));
 }
 
-void Selection::AddOptions(CLI::App& command, bool forPeople) {
-    takesWhatThereIs = forPeople;
+void Selection::AddOptions(CLI::App& command, Purpose wanted) {
+    purpose = wanted;
     AddFace(command, *this);
     AddSlice(command, *this);
     command.add_option("--part", part, "The part, page or frame that is taken, by its number from 0 or its name")
@@ -122,23 +122,26 @@ bool Selection::IsGiven() const {
            level >= 0;
 }
 
-/// Of OpenEXR files, which name their channels as they like; those of all others are colours.
+/// Of OpenEXR files, which name their channels as they like, and of which the handler shows another part where it cannot
+/// show this one; those of all others are colours.
 void Selection::TakeWhatThereIs(Report& report, const FilePart& shown) {
     const auto has = [&](const char* name) { return HasChannel(shown, name); };
-    if (shown.channelCount == 0) return;
-    const bool hasColours = has("R") && has("G") && has("B");
-    if (hasColours && !has("A") && shown.channelCount > 3) channels = "R,G,B";
-    if (hasColours || has("R") || has("G") || has("B") || has("Y") || has("A")) return;
+    const bool hasColours = has("R") && has("G") && has("B"), hasAlpha = has("A");
+    const bool isNamed = hasColours || has("R") || has("G") || has("B") || has("Y") || hasAlpha;
+    if (shown.channelCount == 0 || (isNamed && shown.channelCount <= (hasAlpha ? 4 : 3))) return;
+    if (hasColours) {
+        channels = hasAlpha ? "R,G,B,A" : "R,G,B";
+        return;
+    }
     const std::vector<std::string> layers = LayersOf(shown);
-    if (!layers.empty()) {
+    if (!isNamed && !layers.empty()) {
         channels = ChannelsOfLayer(shown, layers.front()).value_or("");
         report.Say("note",
                    std::format("has no colours of its own; the layer {} is taken{}", Printable(layers.front(), 60),
                                layers.size() > 1 ? ", --layer takes another" : ""));
         return;
     }
-    const bool hasDepth = has("Z");
-    channels = hasDepth ? "Z" : shown.channels[0].name;
+    channels = has("Y") ? "Y" : has("Z") ? "Z" : shown.channels[0].name;
     report.Say("note", std::format("has no colours; the channel {} is taken as grey{}", Printable(channels, 60),
                                    shown.channelCount > 1 ? ", --channels takes others" : ""));
 }
@@ -146,7 +149,8 @@ void Selection::TakeWhatThereIs(Report& report, const FilePart& shown) {
 bool Selection::Resolve(IImageHandler& handler, Report& report, int& frame) {
     if (isResolved) return true;
     isResolved = true;
-    if (!IsGiven() && !takesWhatThereIs) return true;
+    const bool isForAnyFile = purpose == Purpose::kFiles || (purpose == Purpose::kPeople && frame > 0);
+    if (!IsGiven() && !isForAnyFile) return true;
     const OwnedInspection file = Inspect(handler, report.File());
     if (file == nullptr || file->PartCount() == 0) return true;  // the load says what is wrong
     const bool isDds = std::string_view(file->FileType()) == "dds";
@@ -174,7 +178,8 @@ bool Selection::Resolve(IImageHandler& handler, Report& report, int& frame) {
         channels = *found;
     }
     if (!channels.empty()) return CheckChannels(choice, channels);
-    if (takesWhatThereIs && std::string_view(file->FileType()) == "openexr") TakeWhatThereIs(report, choice.part);
+    const bool isWanted = isForAnyFile || !part.empty();
+    if (isWanted && std::string_view(file->FileType()) == "openexr") TakeWhatThereIs(report, choice.part);
     return true;
 }
 

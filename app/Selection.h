@@ -16,6 +16,15 @@ struct FilePart;
 
 namespace Kavra::App {
 
+/// What a picture is loaded for.
+enum class Purpose {
+    kHosts,   ///< what a host gets, whatever that is
+    kPeople,  ///< the picture of the frame that was asked for
+    /// The same of every file that has one: a depth comes as grey, and layers without colours beside them as the first of
+    /// them, with a note.
+    kFiles
+};
+
 /// As it stands, what a host gets that says nothing: all faces and slices, the largest level, the file's own channels.
 struct Selection {
     int face = -1;
@@ -30,13 +39,11 @@ struct Selection {
     bool everyFace = false;  ///< each by itself, where a command writes several files
     bool everySlice = false;
 
-    /// Whether what cannot be shown as it is - a depth, a layer without colours of the file's own - is taken as grey or as
-    /// the layer's colours, with a note.
-    bool takesWhatThereIs = false;
+    Purpose purpose = Purpose::kHosts;
     bool isResolved = false;  ///< nothing is left of what was said
 
-    /// Adds `--face --slice --part --layer --channels --level`. `forPeople` is `takesWhatThereIs`.
-    void AddOptions(CLI::App& command, bool forPeople);
+    /// Adds `--face --slice --part --layer --channels --level`.
+    void AddOptions(CLI::App& command, Purpose wanted);
 
     /// Brings what was said to numbers of this file; `frame` follows a part, and a level of a DDS. False, and the report
     /// says what there is, where something is not in the file.

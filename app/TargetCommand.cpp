@@ -87,7 +87,7 @@ void AddTarget(CLI::App& program, Session& session) {
     options->load.resampling.AddForPeople(*command);
     options->load.resampling.AddFast(*command);
     AddFrame(*command, options->load.frame);
-    options->load.selection.AddOptions(*command, false);
+    options->load.selection.AddOptions(*command, Purpose::kPeople);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }
 

@@ -182,7 +182,7 @@ TEST(CommonRules, JsonHasTheseKeysInThisOrder) {
     const Json light = json({"light", Sample("studio.hdr"), "--json"})[0];
     EXPECT_EQ(Keys(light), (Words{"file", "averageColor", "intensity", "weightedAverage", "lights"}));
     EXPECT_EQ(Keys(light["intensity"]), (Words{"brightestChannel", "meanBrightest", "luminance"}));
-    EXPECT_EQ(Keys(light["lights"][0]), (Words{"direction", "color"}));
+    EXPECT_EQ(Keys(light["lights"][0]), (Words{"direction", "color", "azimuth", "elevation", "luminance", "share"}));
     EXPECT_EQ(Keys(json({"formats", "--json"})), (Words{"pixelFormats", "fileTypes"}));
 }
 

@@ -87,6 +87,18 @@ TEST(Selection, APartIsChosenByItsNameOrNumber) {
     EXPECT_EQ(PictureFile(folder / "page.png").Size(), "64x64");
 }
 
+TEST(Selection, APartWithoutColoursIsShownAsItIsAndNotAnotherPart) {
+    const TemporaryFolder folder;
+    const auto file = WriteParts(folder / "parts.exr");
+    const std::string note = NoteLine(file, "has no colours; the channel Z is taken as grey");
+    ExpectDone({"convert", file, folder / "depth.tif", "--part", "depth"}, note);
+    ExpectDone({"crop", file, folder / "crop.tif", "--part", "depth", "--rect", "0,0,4,2"}, note);
+    ExpectDone({"frames", file, folder / "%d.tif", "--part", "1"}, note);
+    EXPECT_EQ(PictureFile(folder / "crop.tif").Bytes(), PictureFile(folder / "depth.tif").Bytes());
+    EXPECT_EQ(PictureFile(folder / "0.tif").Bytes(), PictureFile(folder / "depth.tif").Bytes());
+    EXPECT_EQ(PictureFile(folder / "depth.tif").At(0, 0), (Colour{128, 128, 128, 255}));
+}
+
 TEST(Selection, ALayerIsItsColours) {
     const TemporaryFolder folder;
     const auto file = WriteParts(folder / "parts.exr");
@@ -176,6 +188,13 @@ TEST(Selection, FramesOfOneFaceAreItsLevels) {
     ExpectDone({"frames", Sample("cube-mips.dds"), folder / "%d.png", "--face", "+y"});
     EXPECT_EQ(NamesIn(folder.Path()).size(), 6U);
     EXPECT_EQ(PictureFile(folder / "1.png").Size(), "16x16");
+}
+
+TEST(Selection, FramesOfAPartAreThatPart) {
+    const TemporaryFolder folder;
+    ExpectDone({"frames", Sample("pages.tif"), folder / "%d.png", "--part", "1"});
+    EXPECT_EQ(NamesIn(folder.Path()), Words{"0.png"});
+    EXPECT_EQ(PictureFile(folder / "0.png").Size(), "60x40");
 }
 
 TEST(Selection, FramesOfALevelAreItsFaces) {

@@ -212,6 +212,35 @@ TEST_F(ChosenPicture, ASliceCanBeResizedThoughAVolumeCannot) {
     EXPECT_FALSE(Tests::LoadFile(handler, Sample("volume.dds"), {.width = 16, .height = 16}));
 }
 
+// --- Faces of the library's files ---------------------------------------------------------------------------
+
+TEST_F(ChosenPicture, FacesThatStandOnOneAnotherInAnOpenExrAreTakenApart) {
+    for (const int tile : {0, 2}) {
+        ImageSpec spec(2, 12, 3, OIIO::TypeFloat);
+        spec.full_height = 2;
+        spec.tile_width = spec.tile_height = tile;
+        spec.attribute("textureformat", "CubeFace Environment");
+        std::vector<float> pixels;
+        for (int face = 0; face < 6; ++face)
+            pixels.insert(pixels.end(), 12, static_cast<float>(face));
+        const auto path = WritePicture(folder / "cube.exr", spec, pixels);
+        const auto whole = Tests::LoadFile(handler, path);
+        ASSERT_TRUE(whole);
+        ASSERT_EQ(whole->desc.textureType, kTextureCube);
+        for (int face = 0; face < 6; ++face) {
+            const auto image = LoadFace(path, face);
+            ASSERT_TRUE(image) << face;
+            EXPECT_EQ(image->desc.textureType, kTexture2D);
+            EXPECT_EQ(image->desc.height, 2);
+            const auto value = static_cast<float>(face);
+            EXPECT_EQ(As<float>(*image), (std::vector<float>{value, value, value, 1, value, value, value, 1, value,
+                                                             value, value, 1, value, value, value, 1}));
+        }
+        EXPECT_FALSE(LoadFace(path, 6));
+        ExpectNoSuchFrame();
+    }
+}
+
 // --- Channels --------------------------------------------------------------------------------------------------------
 
 TEST_F(ChosenPicture, ADepthIsGrey) {

@@ -13,10 +13,11 @@
 
 #include <chrono>
 #include <cstdint>
-#include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Kavra::Tests {
@@ -329,29 +330,70 @@ TEST_F(FileInspection, TextsThatAreNoUtf8AreMadeIt) {
     EXPECT_STREQ(TextOf(file->Part(0), "ImageDescription"), "caf\xEF\xBF\xBD \x1B[31m");
 }
 
-/// A TIFF of as many grey pages of one pixel (TIFF 6.0, section 2).
-Bytes Pages(int count) {
+/// A field of a TIFF's directory.
+struct Field {
+    std::uint32_t tag, type, count, value;
+};
+
+/// A TIFF of as many grey pages of one pixel (TIFF 6.0, section 2), each with one more field at its end. The last
+/// directory is followed by the one at `after`: none where that is 0.
+Bytes Pages(int count, const std::optional<Field>& more = {}, std::uint32_t after = 0) {
     Bytes file;
     const auto put = [&](std::uint32_t value, int bytes) {
         for (int i = 0; i < bytes; ++i)
             file.push_back(static_cast<unsigned char>(value >> 8 * i));
     };
-    constexpr std::uint32_t kFields[][2] = {{256, 1}, {257, 1}, {258, 8}, {259, 1}, {262, 1},
-                                            {273, 8}, {277, 1}, {278, 1}, {279, 1}};
+    constexpr std::uint32_t kLong = 4;
+    std::vector<Field> fields;
+    for (const auto& [tag, value] : {std::pair(256U, 1U),
+                                     {257U, 1U},
+                                     {258U, 8U},
+                                     {259U, 1U},
+                                     {262U, 1U},
+                                     {273U, 8U},
+                                     {277U, 1U},
+                                     {278U, 1U},
+                                     {279U, 1U}}) {
+        fields.push_back({tag, kLong, 1, value});
+    }
+    if (more) fields.push_back(*more);
     put(0x002A4949, 4);
     put(8, 4);
     for (int page = 0; page < count; ++page) {
-        const bool isLast = page + 1 == count;
-        put(std::size(kFields), 2);
-        for (const auto& [tag, value] : kFields) {
-            put(tag, 2);
-            put(4, 2);
-            put(1, 4);
-            put(value, 4);
+        put(static_cast<std::uint32_t>(fields.size()), 2);
+        for (const Field& field : fields) {
+            put(field.tag, 2);
+            put(field.type, 2);
+            put(field.count, 4);
+            put(field.value, 4);
         }
-        put(isLast ? 0 : static_cast<std::uint32_t>(file.size() + 4), 4);
+        put(page + 1 == count ? after : static_cast<std::uint32_t>(file.size() + 4), 4);
     }
     return file;
+}
+
+TEST_F(FileInspection, AProfileThatReachesBeyondTheFileIsNone) {
+    constexpr std::uint32_t kProfile = 34675, kBytes = 7;
+    const Field profile = {kProfile, kBytes, 0x7FFFFFFF, 8};
+    const Inspected file = Inspect(folder.Write("profile.tif", Pages(1, profile)));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->Part(0).iccProfile, nullptr);
+    EXPECT_EQ(file->Part(0).iccBytes, 0U);
+}
+
+TEST_F(FileInspection, DirectoriesInACircleComeToAnEnd) {
+    const Inspected file = Inspect(folder.Write("circle.tif", Pages(3, {}, 8)));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->PartCount(), 3U);
+}
+
+TEST_F(FileInspection, OfManyTextsAThousandAreTold) {
+    ImageSpec spec(1, 1, 3, OIIO::TypeHalf);
+    for (int i = 0; i < 1500; ++i)
+        spec.attribute("remark" + std::to_string(i), "\x1B[2J");
+    const Inspected file = Inspect(WritePicture(folder / "remarks.exr", spec, std::vector<float>(3)));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->Part(0).textCount, 1024U);
 }
 
 TEST_F(FileInspection, ManyPartsAreCutAtTheirBoundInNoTime) {

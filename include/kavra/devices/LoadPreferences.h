@@ -44,8 +44,10 @@ struct LoadPreferences {
     /// frame of all others, as ever.
     std::int32_t mipLevel = 0;
     /// One to four names of channels of the file, separated by commas, that become red, green, blue and alpha: "Z", or
-    /// "diffuse.R,diffuse.G,diffuse.B". One channel is grey, of three the alpha is opaque. Their common type is one that
-    /// holds them all. Null: the contract's choice. The text lives until the scope ends.
+    /// "diffuse.R,diffuse.G,diffuse.B". One channel is grey, of three the alpha is opaque; of two the second is the alpha
+    /// of a grey first one where it is called so ("A", "layer.A"), else they are red and green. The picture has four
+    /// channels of a type that holds them all. For what the image library reads. Null: the contract's choice. The text
+    /// lives until the scope ends.
     const char* channels = nullptr;
 };
 
