@@ -23,8 +23,9 @@ const char* TypeName(Common::ElementType element) {
     }
 }
 
-/// One letter a channel, in their order in memory; blocks have none.
-std::string_view NamesOf(const Common::PixelFormat& format) {
+}  // namespace
+
+std::string_view ChannelLetters(const Common::PixelFormat& format) {
     if (format.IsAlphaOnly()) return "A";
     constexpr std::array<std::string_view, 5> kNames = {"", "Y", "RG", "RGB", "RGBA"};
     if (format.channels == 4 && !format.hasAlpha) return format.blueFirst ? "BGR" : "RGB";
@@ -32,11 +33,9 @@ std::string_view NamesOf(const Common::PixelFormat& format) {
     return kNames[static_cast<std::size_t>(format.channels)];
 }
 
-}  // namespace
-
 void SetChannels(PartFacts& facts, const Common::PixelFormat& format) {
     FilePart& part = facts.part;
-    for (const char letter : NamesOf(format))
+    for (const char letter : ChannelLetters(format))
         facts.channels.push_back({std::string(1, letter), TypeName(format.element)});
     const bool isFloat = format.element == ElementType::kHalf || format.element == ElementType::kFloat;
     part.elements = 1;

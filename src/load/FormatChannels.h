@@ -4,7 +4,12 @@
 #include "common/PixelFormats.h"
 #include "load/InspectedFile.h"
 
+#include <string_view>
+
 namespace Kavra::Devices {
+
+/// One letter a channel, in their order in memory; none of blocks.
+std::string_view ChannelLetters(const Common::PixelFormat& format);
 
 /// Channels, bits, alpha and light of a part whose pixels a host's reader delivers in `format`: straight alpha, linear
 /// floats, integers by sRGB.

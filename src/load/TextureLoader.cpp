@@ -78,13 +78,19 @@ bool Position(TextureLoad& load) {
     return true;
 }
 
+/// Of which the library keeps the upper half.
+bool IsHostGrey16(const TextureLoad& load) {
+    return load.IsDds() && (load.hostFormat == kR16 || load.hostFormat == kL16);
+}
+
 /// The part of the frame that the preferences choose. What is not there of a DDS, the host's reader is asked for next.
 bool Choose(TextureLoad& load, Common::ByteSource& file) {
     const LoadPreferences& preferences = load.request.preferences;
     if (WantsSlice(preferences) && !TakeSlice(load, file)) return !load.IsDds() && Fail(kNoSuchFrame);
     if (preferences.channels == nullptr) return true;
+    if (IsHostGrey16(load)) return false;
     load.chosen = ChooseChannels(load.fileSpec, preferences.channels);
-    if (!load.chosen) return Fail(kNoSuchFrame);
+    if (!load.chosen) return !load.IsDds() && Fail(kNoSuchFrame);
     load.fileDesc.format = load.chosen->format;
     return true;
 }

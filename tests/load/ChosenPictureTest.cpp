@@ -191,6 +191,29 @@ TEST_F(ChosenPicture, WhatOnlyTheHostReadsIsCut) {
     ExpectNoSuchFrame();
 }
 
+TEST_F(ChosenPicture, ChannelsOfWhatOnlyTheHostReadsAreChosenToo) {
+    const auto green = LoadChannels(Sample("float.dds"), "G"), all = Tests::LoadFile(handler, Sample("float.dds"));
+    ASSERT_TRUE(green && all);
+    const auto greys = As<float>(*green), colours = As<float>(*all);
+    ASSERT_EQ(greys.size(), colours.size());
+    EXPECT_EQ(greys[4], colours[5]);
+    EXPECT_EQ(greys[6], colours[5]);
+    EXPECT_EQ(greys[7], 1.0F);
+    EXPECT_FALSE(green->desc.hasAlpha);
+    EXPECT_FALSE(LoadChannels(Sample("float.dds"), "W"));
+    ExpectNoSuchFrame();
+    EXPECT_FALSE(LoadChannels(Sample("photo.dds"), "W"));
+    ExpectNoSuchFrame();
+}
+
+TEST_F(ChosenPicture, GreyOfSixteenBitsKeepsThemInDds) {
+    DdsFile dds{.width = 1, .height = 1};
+    dds.Luminance16().data = {0x34, 0x12};
+    const auto image = LoadChannels(folder.Write("grey.dds", dds.Bytes()), "Y");
+    ASSERT_TRUE(image);
+    EXPECT_EQ(As<std::uint16_t>(*image), (std::vector<std::uint16_t>{0x1234, 0x1234, 0x1234, 0xFFFF}));
+}
+
 // --- Slices ----------------------------------------------------------------------------------------------------------
 
 TEST_F(ChosenPicture, ASliceIsAFlatPictureAtEveryLevel) {

@@ -10,8 +10,10 @@
 #include "common/Result.h"
 #include "common/WrappedBlock.h"
 #include "formats/FormatConversion.h"
+#include "formats/PixelFormatMapping.h"
 #include "frame/module/Dispatch.h"
 #include "load/ChosenSlice.h"
+#include "load/FormatChannels.h"
 #include "load/TextureLoader.h"
 #include "load/geometry/Reshape.h"
 #include "readers/FileTypeDetection.h"
@@ -200,23 +202,56 @@ bool Fit(ImageDescription& desc, LoadedPixels& pixels, const LoadRequest& reques
     return true;
 }
 
+/// Leaves the channels of these names in a picture of the host's reader. False, with a warning, where it has none such.
+bool TakeChannels(ImageDescription& desc, LoadedPixels& pixels, const char* names) {
+    const Common::PixelFormat& format = Common::FactsOf(desc.format);
+    OIIO::ImageSpec spec;
+    spec.nchannels = format.channels;
+    spec.format = LibraryType(format.element);
+    for (const char letter : ChannelLetters(format))
+        spec.channelnames.emplace_back(1, letter);
+    const auto chosen = format.HasPixels() ? ChooseChannels(spec, names) : std::nullopt;
+    if (!chosen) {
+        Sys::Warning(L"Frame index out of range", nullptr);
+        return false;
+    }
+    const std::int64_t pitch = Common::PackedRowBytes(chosen->format, desc.width);
+    const std::uint64_t count = PixelsOf(desc);
+    const auto pixelBytes = static_cast<unsigned>(Common::FactsOf(chosen->format).BytesPerPixel());
+    const std::uint64_t bytes = Common::Product<std::uint64_t>(count, pixelBytes);
+    if (!Common::FitsPitch(pitch) || !Common::HostBounds().Hold({.pixels = count, .blockBytes = bytes})) return false;
+    PixelBlock block = Common::NewBlock(bytes);
+    GatherChannels(*chosen, 0, format.channels, static_cast<const unsigned char*>(pixels.Data()), count, block.get());
+    pixels = {.own = std::move(block), .host = nullptr};
+    desc.format = chosen->format;
+    desc.rowPitch = static_cast<std::int32_t>(pitch);
+    desc.dataSize = bytes / Faces(desc);
+    desc.hasAlpha = chosen->HasAlpha();
+    return true;
+}
+
+/// What the host's reader has of a DDS, or what of it is wanted.
+Result<LoadedPixels> LoadByDdsReader(ImageDescription& desc, const KString& path, const LoadRequest& request) {
+    const LoadPreferences& preferences = request.preferences;
+    LoadedPixels pixels;
+    if (WantsSlice(preferences)) {
+        pixels.own = LoadDdsSlice(desc, path, request);
+    } else {
+        pixels.host = LoadDds(desc, path, request);
+    }
+    if (pixels.Data() == nullptr) return std::unexpected(Failure::kUnsupported);
+    if (preferences.channels != nullptr && !TakeChannels(desc, pixels, preferences.channels)) {
+        return std::unexpected(Failure::kUnsupported);
+    }
+    return pixels;
+}
+
 /// What the image library does not load: the host's OpenEXR reader is asked first, then the one for the type.
 Result<LoadedPixels> LoadWithoutLibrary(ImageDescription& desc, const KString& path, const LoadRequest& request,
                                         DetectedFile file) {
-    const LoadPreferences& preferences = request.preferences;
-    if (WantsPart(preferences) && file.type != DDS) return std::unexpected(Failure::kUnsupported);
+    if (WantsPart(request.preferences) && file.type != DDS) return std::unexpected(Failure::kUnsupported);
     if (PixelBlock block = LoadExr(desc, path, file)) return LoadedPixels{.own = std::move(block), .host = nullptr};
-    if (file.type == DDS && preferences.channels != nullptr) return std::unexpected(Failure::kUnsupported);
-    if (file.type == DDS && WantsSlice(preferences)) {
-        PixelBlock block = LoadDdsSlice(desc, path, request);
-        if (!block) return std::unexpected(Failure::kUnsupported);
-        return LoadedPixels{.own = std::move(block), .host = nullptr};
-    }
-    if (file.type == DDS) {
-        HostBlock block = LoadDds(desc, path, request);
-        if (!block) return std::unexpected(Failure::kUnsupported);
-        return LoadedPixels{.own = nullptr, .host = std::move(block)};
-    }
+    if (file.type == DDS) return LoadByDdsReader(desc, path, request);
     return LoadSpecial(desc, std::move(file), request).transform([](PixelBlock&& block) {
         return LoadedPixels{.own = std::move(block), .host = nullptr, .isLegacy = true};
     });
