@@ -18,10 +18,4 @@ LoadedImage ToDisplay(const LoadedImage& image, const Source& source, ToneMap to
     return Changed(image, change, kR8G8B8A8, ignored);
 }
 
-LoadedImage ToDisplay(const LoadedImage& image, bool associated) {
-    Source source;
-    if (associated) source.alpha = kAlphaPremultiplied;
-    return ToDisplay(image, source);
-}
-
 }  // namespace Kavra::App

@@ -13,8 +13,5 @@ namespace Kavra::App {
 LoadedImage ToDisplay(const LoadedImage& image, const Source& source, ToneMap tone = ToneMap::kReinhardIfBright,
                       float brightness = 1);
 
-/// The same of a picture of which is known only whether its colours are multiplied by its alpha (`associated`): halves
-/// and floats are light, mapped where some is brighter than white, and integers are shown as they are.
-LoadedImage ToDisplay(const LoadedImage& image, bool associated);
 
 }  // namespace Kavra::App

@@ -2,12 +2,12 @@
 #include "Commands.h"
 #include "ContactSheet.h"
 #include "Display.h"
-#include "FileNames.h"
 #include "FramePattern.h"
 #include "ImageObject.h"
 #include "Picture.h"
 #include "SaveImage.h"
 #include "SheetCells.h"
+#include "Source.h"
 #include "Sizes.h"
 #include "Usage.h"
 #include "Workers.h"
@@ -74,7 +74,7 @@ LoadedImage Sheet::Thumbnail(const SheetCell& cell, Report& report) {
                                      .selection = cell.selection});
     if (image.block == nullptr || !HasPixels(report, image, "shown")) return {};
     KeepFirst(image);
-    image = ToDisplay(image, IsOpenExr(report.File()));
+    image = ToDisplay(image, SourceOf(mHandler, report.File(), cell.frame));
     PutOnSquares(image);
     return image;
 }
