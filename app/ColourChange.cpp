@@ -162,8 +162,10 @@ void ColourSteps::Count(std::span<const Pixel> pixels, ColourFindings& findings)
     for (const Pixel& pixel : pixels) {
         const bool isSeen = mChange.alphaFrom == kAlphaNone || pixel[3] >= kSeen;
         const float brightest = Brightest(pixel);
+        const float alpha = Alpha(pixel);
+        const float light = alpha > 0 ? brightest * alpha : brightest;  // before the division
         findings.bright += isSeen && brightest > kAboveWhite ? 1 : 0;
-        findings.glowing += isStraightNow && !isSeen && brightest > kSeen ? 1 : 0;
+        findings.glowing += isStraightNow && !isSeen && light > kSeen ? 1 : 0;
     }
 }
 

@@ -29,12 +29,12 @@ using Light = std::array<float, 3>;
 /// From what values are to what they are to be. As it stands, nothing changes.
 ///
 /// Alpha was multiplied into the values as they are stored, so premultiplied colours are divided before a curve bends
-/// them and multiplied after it: light as light, encoded ones encoded. Where alpha is 0 a division leaves colours as they
-/// are, and what came premultiplied is not multiplied by it: such colours are light that is added to what lies behind, as
-/// of a fire. An alpha counts as 0 below 0 and for NaN, as 1 above it.
+/// them and multiplied after it: light as light, encoded ones encoded. Where alpha is 0 a division leaves colours as
+/// they are, and what came premultiplied is not multiplied by it: such colours are light that is added to what lies
+/// behind, as of a fire. An alpha counts as 0 below 0 and for NaN, as 1 above it.
 struct ColourChange {
     Transfer from = {}, to = {};  ///< `to` is linear or sRGB
-    /// `kAlphaNone` of `alphaFrom`: alpha is left alone; of `alphaTo`, where alpha is not left alone: it becomes opaque.
+    /// `kAlphaNone` of `alphaFrom`: alpha is left alone. `alphaTo` is that, too, where a background makes it opaque.
     Devices::EAlphaKind alphaFrom = Devices::kAlphaNone, alphaTo = Devices::kAlphaNone;
     bool dropsAlpha = false;                         ///< alpha becomes opaque, and was left alone
     std::optional<Light> background = std::nullopt;  ///< what the picture is put on, as light; it becomes opaque

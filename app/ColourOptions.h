@@ -35,15 +35,15 @@ struct ColourOptions {
     /// Adds just `--exposure --tonemap`.
     void AddExposure(CLI::App& command);
 
-    /// How to load a picture of `source` that is to come out in `load.format`: in the file's own format where its values
-    /// are to pass a curve first, resampled by what its colours are to its alpha, and with an alpha that the handler's
-    /// own choice of format leaves out.
+    /// How to load a picture of `source` that is to come out in `load.format`: in the file's own format where its
+    /// values are to pass a curve first, resampled by what its colours are to its alpha, and with an alpha that the
+    /// handler's own choice of format leaves out.
     LoadOptions ForLoading(Devices::IImageHandler& handler, const LoadOptions& load, const std::string& file,
                            const Source& source) const;
 
     /// The picture, of a cube or volume with all faces or slices, as files with this extension (in lower case, with its
-    /// dot) hold it, in the format `wanted` or, for `kUnknown`, one that is nearest to its own; `source` is brought up to
-    /// what the values are then. Notes and a failure are said in the report; `block` is then null.
+    /// dot) hold it, in the format `wanted` or, for `kUnknown`, one that is nearest to its own; `source` is brought up
+    /// to what the values are then. Notes and a failure are said in the report; `block` is then null.
     LoadedImage Apply(Report& report, LoadedImage image, Source& source, std::string_view extension,
                       Devices::EFormat wanted = Devices::kUnknown) const;
 

@@ -1,4 +1,7 @@
+#include "ColourOptions.h"
 #include "Commands.h"
+#include "FileColours.h"
+#include "FileNames.h"
 #include "FormatNames.h"
 #include "ImageObject.h"
 #include "Picture.h"
@@ -36,6 +39,7 @@ struct Options {
     vec2<int> size;
     EFormat format = kR8G8B8A8;
     LoadOptions load;  // of each piece
+    ColourOptions colours;
     int jobs = 0;
 };
 
@@ -61,11 +65,15 @@ struct Overlap {
     std::int64_t size;    // below 1 when they do not meet
 };
 
-/// The piece in the format of the whole; a failure is said in the report.
-LoadedImage LoadPiece(IImageHandler& handler, Report& report, const LoadOptions& options, EFormat format) {
-    LoadedImage image = LoadFlat(handler, report, options);
+/// The piece in the format of the whole, with what its values are in a file like that; a failure is said in the report.
+LoadedImage LoadPiece(IImageHandler& handler, Report& report, const Options& options, EFormat format) {
+    Source source = SourceOf(handler, report.File(), options.load.frame);
+    LoadedImage image =
+        LoadFlat(handler, report, options.colours.ForLoading(handler, options.load, report.File(), source));
     if (image.block == nullptr || !HasPixels(report, image, "pasted")) return {};
-    return image.desc.format == format ? std::move(image) : *ToFormat(image, format);
+    image = options.colours.Apply(report, std::move(image), source, LowerExtension(options.out), format);
+    if (image.block == nullptr || image.desc.format == format) return image;
+    return *ToFormat(image, format);
 }
 
 /// Pastes what of the piece is inside. The source rectangle starts at 0, 0: a paste moves by the difference of the two
@@ -104,7 +112,7 @@ bool PasteAll(IImageHandler& handler, IImage& whole, const Options& options, std
         LoadedImage image;
         std::exception_ptr failure;
         try {
-            image = LoadPiece(handler, report, options.load, whole.Format());
+            image = LoadPiece(handler, report, options, whole.Format());
         } catch (...) {
             failure = std::current_exception();
         }
@@ -148,7 +156,15 @@ ImageRef MakeWhole(IImageHandler& handler, Report& report, const Options& option
     return whole;
 }
 
-int Run(const Session& session, const Options& options) {
+/// The format of the whole: files that hold light alone have no integers.
+EFormat WholeFormat(const Options& options) {
+    const std::string extension = LowerExtension(options.out);
+    if (options.colours.raw || IsFloating(options.format)) return options.format;
+    return FormatIn(ColoursOf(extension), extension, options.format);
+}
+
+int Run(const Session& session, Options options) {
+    options.format = WholeFormat(options);
     const Host host = session.LoadHost();
     ImageRef whole;
     const auto make = [&](Report& report) { whole = MakeWhole(host.Handler(), report, options); };
@@ -192,7 +208,8 @@ void AddCompose(CLI::App& program, Session& session) {
     options->load.resampling.AddForPeople(*command);
     options->load.resampling.AddFast(*command);
     options->load.selection.AddOptions(*command, Purpose::kPeople);
-    AddFormatOption(*command, options->format, "The pixel format written; rgba8 unless said");
+    AddFormatOption(*command, options->format, "The pixel format written; rgba8 unless said, in OpenEXR rgba16f");
+    options->colours.AddTo(*command);
     AddJobs(*command, options->jobs);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

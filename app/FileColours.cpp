@@ -66,7 +66,8 @@ public:
           mWidth(static_cast<std::size_t>(image.desc.width)),
           mCount(LayerCount(image.desc) * static_cast<std::size_t>(image.desc.height)) {}
 
-    /// Calls `work(row, pixels, state)` for each, on all cores; each thread starts with `start`, and `end` gets its state.
+    /// Calls `work(row, pixels, state)` for each, on all cores; each thread starts with `start`, and `end` gets its
+    /// state.
     template <class State, class Work, class End>
     void ForEach(const State& start, const Work& work, const End& end) const {
         std::mutex mutex;

@@ -22,8 +22,8 @@ struct FileColours {
 FileColours ColoursOf(std::string_view extension);
 
 /// The format with pixels that comes nearest to `format` among those that such files hold: light in floats or halves,
-/// which lose nothing of 16 and 8 bits, and colours for display in 8 bits where they were light. Formats without pixels,
-/// and `kA8`, which has no colours, stay.
+/// which lose nothing of 16 and 8 bits, and colours for display in 8 bits where they were light. Formats without
+/// pixels, and `kA8`, which has no colours, stay.
 Devices::EFormat FormatIn(const FileColours& file, std::string_view extension, Devices::EFormat format);
 
 /// Whether the channels are halves or floats.

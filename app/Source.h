@@ -30,8 +30,8 @@ struct Source {
     std::vector<unsigned char> iccProfile;
     double xResolution = 0, yResolution = 0;  ///< dots per inch; 0 where unknown
     std::vector<Text> texts;
-    /// The channels by which to load grey of more than 8 bits with its alpha, for which the handler's own choice of format
-    /// has no place (`Selection::channels`); empty of all others.
+    /// The channels by which to load grey of more than 8 bits with its alpha, for which the handler's own choice of
+    /// format has no place (`Selection::channels`); empty of all others.
     std::string greyWithAlpha;
 };
 

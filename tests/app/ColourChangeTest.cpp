@@ -195,6 +195,8 @@ TEST(ColourSteps, WhatIsBrighterThanWhiteAndSeenIsCounted) {
     Through(change, {5, 0, 0, 0}, &findings);
     EXPECT_EQ(findings.bright, 2U);
     EXPECT_EQ(findings.glowing, 1U);
+    Through(change, {0.0005F, 0, 0, 0.001F}, &findings);  // an edge: nothing that 8 bits would show
+    EXPECT_EQ(findings.glowing, 1U);
 }
 
 TEST(ColourSteps, ReinhardsOperatorIsEquation4OfHisPaper) {

@@ -107,8 +107,8 @@ TEST(ComposeCommand, PiecesOfAnyFormatTakeThatOfTheWhole) {
     const auto grey = WritePicture(folder / "grey.png", 1, 1, [](int, int) { return Colour{123}; });
     const auto floats = WriteFloats(folder / "floats.tif", 1, 1, 4, {1, 0.5F, 0.25F, 1});
     const auto compose = [&](const std::string& format) {
-        ExpectDone(
-            {"compose", folder / "out.tif", "--size", "2x1", "--format", format, At(grey, "0,0"), At(floats, "1,0")});
+        ExpectDone({"compose", folder / "out.tif", "--size", "2x1", "--raw", "--format", format, At(grey, "0,0"),
+                    At(floats, "1,0")});
         return PictureFile(folder / "out.tif");
     };
     for (const std::string format : {"rgba8", "bgra8", "rgba16", "rgba32f"}) {
@@ -118,6 +118,20 @@ TEST(ComposeCommand, PiecesOfAnyFormatTakeThatOfTheWhole) {
     }
     // 0.299 + 0.587 x 0.5 + 0.114 x 0.25 = 0.621
     EXPECT_EQ(compose("l8").Bytes(), (std::vector<unsigned char>{123, 158}));
+}
+
+TEST(ComposeCommand, LightAndDisplayValuesBecomeWhatTheWholeHolds) {
+    const TemporaryFolder folder;
+    const auto picture =
+        WritePicture(folder / "picture.png", 1, 1, [](int, int) { return Colour{188, 188, 188, 128}; });
+    const auto light = WriteFloats(folder / "light.exr", 1, 1, 4, {0.25F, 0.125F, 0, 0.5F});
+    ExpectDone({"compose", folder / "out.png", "--size", "2x1", At(picture, "0,0"), At(light, "1,0")});
+    EXPECT_EQ(PictureFile(folder / "out.png").Bytes(),
+              (std::vector<unsigned char>{188, 188, 188, 128, 188, 137, 0, 128}));
+    ExpectDone({"compose", folder / "out.exr", "--size", "2x1", At(picture, "0,0"), At(light, "1,0")});
+    EXPECT_EQ(Described(folder / "out.exr")["formatName"], "kR16G16B16A16F");
+    ExpectDone({"convert", folder / "out.exr", folder / "back.png"});
+    EXPECT_EQ(PictureFile(folder / "back.png").Bytes(), PictureFile(folder / "out.png").Bytes());
 }
 
 TEST(ComposeCommand, TheOutputMayBeOneOfThePieces) {
