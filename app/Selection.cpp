@@ -87,6 +87,12 @@ bool CheckChannels(const Choice& choice, const std::string& channels) {
     return choice.Fail(std::format("channel {}: the picture has {}", Printable(*missing), there));
 }
 
+/// Readers of our own call themselves in capitals.
+bool IsOldRaster(const IFileInspection& file) {
+    const char first = *file.FileType();
+    return first >= 'A' && first <= 'Z';
+}
+
 /// "pages", "frames" ...
 std::string_view NameOfParts(const IFileInspection& file) {
     const std::string_view type = file.FileType();
@@ -177,6 +183,8 @@ bool Selection::Resolve(IImageHandler& handler, Report& report, int& frame) {
         }
         channels = *found;
     }
+    if (!channels.empty() && IsOldRaster(*file))
+        return choice.Fail(std::format("channels of {} files cannot be chosen", file->FileType()));
     if (!channels.empty()) return CheckChannels(choice, channels);
     const bool isWanted = isForAnyFile || !part.empty();
     if (isWanted && std::string_view(file->FileType()) == "openexr") TakeWhatThereIs(report, choice.part);

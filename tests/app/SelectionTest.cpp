@@ -124,6 +124,8 @@ TEST(Selection, WhatIsNotThereIsAnErrorThatListsWhatIs) {
                  ErrorLine(Sample("volume.dds"), "slice 8: the volume has 8, from 0"));
     ExpectFailed({"dump", Sample("volume.dds"), "--out", out, "--slice", "8"},
                  ErrorLine(Sample("volume.dds"), "slice 8: the volume has 8, from 0"));
+    ExpectFailed({"convert", Sample("photo.pcx"), out, "--channels", "R"},
+                 ErrorLine(Sample("photo.pcx"), "channels of PCX files cannot be chosen"));
     ExpectWrongUsage({"convert", Sample("cube.dds"), out, "--face", "7"},
                      "convert: error: --face: 7: a cube map has +x -x +y -y +z -z");
 }
