@@ -205,7 +205,7 @@ void NoteTheOthers(IImageHandler& handler, Report& report) {
     if (type == "dds" && file->Part(0).elements > 1) {
         report.Say("note", std::format("an array of {} textures; only the first is taken", file->Part(0).elements));
     }
-    // The first picture of a Photoshop file is all of its layers.
+    // The first picture of a PSD file is all of its layers.
     if (file->PartCount() < 2 || type == "psd") return;
     const std::string_view name = NameOfParts(*file);
     const bool hasNames = *file->Part(0).name != '\0';

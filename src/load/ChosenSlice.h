@@ -26,7 +26,7 @@ bool IsFaceInDds(const KString& path, int face);
 /// the library cannot read it by itself.
 bool TakeSlice(TextureLoad& load, Common::ByteSource& file);
 
-/// The spec of the load's face at another level of a DDS.
+/// The `ImageSpec` of the load's face at another level of a DDS.
 OIIO::ImageSpec FaceSpec(const TextureLoad& load, int level);
 
 }  // namespace Kavra::Devices

@@ -7,7 +7,7 @@
 
 namespace Kavra::Devices {
 
-/// Everything that a spec says, with its own size as the only level; the profile is the spec's. `format` is the name of
+/// Everything that an `ImageSpec` says, with its own size as the only level; the profile is the spec's. `format` is the name of
 /// the reader.
 PartFacts FactsOfSpec(std::string_view format, const OIIO::ImageSpec& spec);
 
