@@ -95,6 +95,7 @@ void AddAlpha(OIIO::ImageSpec& spec, EAlphaKind alpha, std::string_view writer) 
 
 void AddTransfer(OIIO::ImageSpec& spec, const SavePreferences& preferences, std::string_view writer) {
     constexpr double kMin = 0.1, kMax = 10;
+    if (writer == "jpegxl" && spec.nchannels < 3) return;  // which would fail
     if (preferences.transfer == kTransferLinear && Has(kWithLinear, writer)) {
         spec.attribute("oiio:ColorSpace", "linear");
     } else if (preferences.transfer == kTransferSrgb && Has(kWithSrgb, writer)) {
@@ -107,7 +108,8 @@ void AddTransfer(OIIO::ImageSpec& spec, const SavePreferences& preferences, std:
 
 /// A profile is told in place of a transfer, which it contains.
 bool AddProfile(OIIO::ImageSpec& spec, const SavePreferences& preferences, std::string_view writer) {
-    constexpr std::size_t kMaxInJpeg = std::size_t{255} * 65519;  // markers, and what each of them holds
+    constexpr std::size_t kMaxInJpeg =
+        65519;  // that a marker holds; in the last of several the writer puts wrong bytes
     const bool isJpeg = writer == "jpeg";
     if (!Has(kWithProfile, writer) || (isJpeg && (preferences.iccBytes > kMaxInJpeg || spec.nchannels == 2)) ||
         !IsSoundIccProfile(preferences.iccProfile, preferences.iccBytes, spec.nchannels)) {

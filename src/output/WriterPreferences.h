@@ -8,7 +8,7 @@
 /// | resolution | PNG, JPEG, TIFF, OpenEXR |
 /// | premultiplied alpha | TIFF; others divide the values for it |
 /// | transfer | PNG, JPEG XL, OpenEXR; JPEG, TIFF sRGB only; Targa a power only; DPX all but a power |
-/// | profile | PNG, JPEG, TIFF, WebP; JPEG XL ends the process over many that it cannot use, OpenEXR prints a line |
+/// | profile | PNG, JPEG, TIFF, WebP; JPEG up to 65,519 bytes; JPEG XL ends the process over many that it cannot use, OpenEXR prints a line |
 /// | texts | PNG, JPEG, TIFF, OpenEXR; of Targa, DPX, SGI, RLA and IFF those that have a field in the file |
 /// | frames | GIF, TIFF, OpenEXR; those of FITS and icons cannot be read, or mean something else |
 #pragma once

@@ -35,6 +35,7 @@ TEST_F(SavedMetadata, AProfileIsWrittenAsItIs) {
     for (const std::size_t bytes : {std::size_t{400}, std::size_t{200'000}}) {
         const Profile profile = MakeProfile("RGB ", bytes);
         for (const char* kind : {"x.png", "x.jpg", "x.tif", "x.webp"}) {
+            if (bytes > 65519 && std::string_view(kind) == "x.jpg") continue;
             ASSERT_TRUE(SaveWith(WithProfile(profile), kind, Detailed(kR8G8B8A8))) << kind;
             EXPECT_EQ(ProfileOf(First(kind)), profile) << kind;
         }
@@ -43,6 +44,14 @@ TEST_F(SavedMetadata, AProfileIsWrittenAsItIs) {
     for (const char* kind : {"x.png", "x.jpg", "x.tif"}) {
         ASSERT_TRUE(SaveWith(WithProfile(grey), kind, Detailed(kL8))) << kind;
         EXPECT_EQ(ProfileOf(First(kind)), grey) << kind;
+    }
+}
+
+TEST_F(SavedMetadata, AJpegHasAProfileThatOneOfItsMarkersHoldsOrNone) {
+    for (const auto& [bytes, isKept] : {std::pair(65516, true), std::pair(65520, false), std::pair(1 << 20, false)}) {
+        Profile profile = MakeProfile("RGB ", static_cast<std::size_t>(bytes) - 144);
+        ASSERT_TRUE(SaveWith(WithProfile(profile), "x.jpg", Detailed(kR8G8B8A8)));
+        EXPECT_EQ(ProfileOf(First("x.jpg")), isKept ? profile : Profile()) << bytes;
     }
 }
 
@@ -55,12 +64,8 @@ TEST_F(SavedMetadata, AProfileThatIsDamagedOrOfOtherChannelsIsLeftOutOfEveryFile
     Kavra::Tests::SetSignature(profiles[4], 16, "GRAY");
     profiles[5].clear();
     for (const char* kind : kTimeless) {
-        ASSERT_TRUE(Save(kind, Detailed(kR8G8B8A8)));
-        const auto plain = ReadAll(folder / kind);
-        for (const Profile& profile : profiles) {
-            ASSERT_TRUE(SaveWith(WithProfile(profile), kind, Detailed(kR8G8B8A8))) << kind;
-            EXPECT_EQ(ReadAll(folder / kind), plain) << kind;
-        }
+        for (const Profile& profile : profiles)
+            EXPECT_TRUE(SavesAlike(WithProfile(profile), kind, Detailed(kR8G8B8A8))) << kind;
     }
 }
 
@@ -114,12 +119,8 @@ TEST_F(SavedMetadata, TextsOfOtherNamesDoNotReachAWriter) {
                                          {"ImageDescriptio", "x"},      {"", "x"},
                                          {"Exif:MakerNote", "x"},       {nullptr, "x"},
                                          {"Copyright", nullptr},        {"Artist", ""}};
-    for (const char* kind : kTimeless) {
-        ASSERT_TRUE(Save(kind, Detailed(kR8G8B8A8)));
-        const auto plain = ReadAll(folder / kind);
-        ASSERT_TRUE(SaveWith(WithTexts(texts), kind, Detailed(kR8G8B8A8)));
-        EXPECT_EQ(ReadAll(folder / kind), plain) << kind;
-    }
+    for (const char* kind : kTimeless)
+        EXPECT_TRUE(SavesAlike(WithTexts(texts), kind, Detailed(kR8G8B8A8))) << kind;
 }
 
 TEST_F(SavedMetadata, AMillionTextsAndLongOnesHarmNoWriter) {

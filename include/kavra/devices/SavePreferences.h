@@ -84,7 +84,7 @@ struct SavePreferences {
     ETransferKind transfer = kTransferUnknown;
     double gamma = 0;  ///< of `kTransferGamma`: the decoding exponent
     /// A colour profile of `iccBytes` bytes; null: none. One that `IsSoundIccProfile` (IccProfile.h) finds damaged, or of
-    /// other channels than the file's, is left out.
+    /// other channels than the file's, is left out, and of JPEG one beyond 65,519 bytes.
     const void* iccProfile = nullptr;
     std::size_t iccBytes = 0;
     /// Metadata by the names of `kSavedTexts`; others are left out, as is what goes beyond 32 KiB in all.
