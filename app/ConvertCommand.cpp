@@ -1,12 +1,14 @@
 #include "Commands.h"
 #include "CubeLayout.h"
 #include "FileNames.h"
+#include "JoinedFrames.h"
 #include "LoadOptions.h"
 #include "Making.h"
 #include "SaveImage.h"
 #include "Usage.h"
 #include "Workers.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -21,6 +23,7 @@ struct Options {
     int jobs = 0;
     LoadOptions load;
     CubeOption cube;
+    JoinOptions join;
     Making making;
 };
 
@@ -39,9 +42,25 @@ void Convert(IImageHandler& handler, Report& report, const Options& options, con
     if (isWritten && isFirst) NoteTheOthers(handler, report);
 }
 
+/// All frames of all inputs into one file.
+int RunJoined(const Session& session, const Options& options) {
+    const std::vector<std::string> inputs(options.files.begin(), options.files.end() - 1);
+    const std::filesystem::path out = options.files.back();
+    if (IsFolder(out, 1) || !options.to.empty()) return WrongUsage("convert", "--frames all makes one file, no folder");
+    if (options.load.frame != 0) return WrongUsage("convert", "--frame and --frames all exclude one another");
+    const Host host = session.LoadHost();
+    std::vector<Report> reports = MakeReports(inputs);
+    options.join.Write(host.Handler(), reports, options.load, options.making, out);
+    for (const Report& report : reports)
+        report.Print();
+    return std::ranges::any_of(reports, &Report::Failed) ? kSomeFailed : kAllDone;
+}
+
 int Run(const Session& session, const Options& options) {
     if (options.files.size() < 2)
         return WrongUsage("convert", options.files.empty() ? "IN is required" : "OUT is required");
+    if (options.join.isAll) return RunJoined(session, options);
+    if (options.join.framesPerSecond > 0) return WrongUsage("convert", "--fps goes with --frames all");
     const std::vector<std::string> inputs(options.files.begin(), options.files.end() - 1);
     const std::filesystem::path out = options.files.back();
     const bool toFolder = IsFolder(out, inputs.size());
@@ -71,7 +90,8 @@ void AddConvert(CLI::App& program, Session& session) {
     CLI::App* command = program.add_subcommand("convert", "Converts a file to a file, or files into a folder");
     command->footer(
         "Examples: kavra convert photo.jpg photo.dds --size 1024x1024\n"
-        "          kavra convert *.tga thumbnails/ --to png --fit 256x256");
+        "          kavra convert *.tga thumbnails/ --to png --fit 256x256\n"
+        "          kavra convert shot*.png shots.gif --frames all --fps 12");
     command->add_option("FILES", options->files, "The inputs, then the output: a file, or a folder for several inputs")
         ->option_text("IN... OUT REQUIRED");
     command->usage("kavra convert [OPTIONS] IN... OUT");
@@ -82,6 +102,7 @@ void AddConvert(CLI::App& program, Session& session) {
     options->load.resampling.AddForPeople(*command, Resampling::kLoadsUnlessSaid);
     options->load.resampling.AddFast(*command);
     options->cube.AddTo(*command);
+    options->join.AddTo(*command);
     options->making.AddTo(*command);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });
 }

@@ -13,5 +13,4 @@ namespace Kavra::App {
 LoadedImage ToDisplay(const LoadedImage& image, const Source& source, ToneMap tone = ToneMap::kReinhardIfBright,
                       float brightness = 1);
 
-
 }  // namespace Kavra::App

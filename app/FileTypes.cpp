@@ -1,6 +1,7 @@
 #include "FileTypes.h"
 
 #include "FormatNames.h"
+#include "WrittenPixels.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 
@@ -60,9 +61,10 @@ const Rule* Find(std::span<const Rule> rules, std::string_view extension) {
     return found == rules.end() ? nullptr : &*found;
 }
 
-std::string ChannelObstacle(std::string_view extension, EFormat format) {
+std::string ChannelObstacle(std::string_view extension, const FileContent& content) {
+    const EFormat format = content.format;
     const auto* rule = Find<ChannelRule>(kChannels, extension);
-    const int channels = Facts(format).channels;
+    const int channels = content.dropsAlpha ? ColourChannels(format) : Facts(format).channels;
     if (rule == nullptr || rule->channels[static_cast<std::size_t>(channels)]) return {};
     return std::format("{} files hold {}, and {} has {}", extension, rule->text, Enumerator(format), channels);
 }
@@ -101,10 +103,15 @@ std::string FitsObstacle(std::string_view extension, const FileContent& content)
 
 std::string TypeObstacle(std::string_view extension, const FileContent& content) {
     if (extension == ".zfile") return ".zfile files cannot be read back";
-    std::string obstacle = ChannelObstacle(extension, content.format);
+    std::string obstacle = ChannelObstacle(extension, content);
     if (obstacle.empty()) obstacle = SideObstacle(extension, content);
     if (obstacle.empty()) obstacle = BitmapObstacle(extension, content);
     return obstacle.empty() ? FitsObstacle(extension, content) : obstacle;
+}
+
+bool HoldsChannels(std::string_view extension, int channels) {
+    const auto* rule = Find<ChannelRule>(kChannels, extension);
+    return rule == nullptr || rule->channels[static_cast<std::size_t>(channels)];
 }
 
 std::string ShortnessObstacle(std::string_view extension, std::uint64_t bytes) {

@@ -3,9 +3,16 @@
 #include "FormatNames.h"
 #include "StandardStreams.h"
 
+#include <kavra/devices/IImageInspector.h>
+
 #include <array>
+#include <exception>
 #include <format>
+#include <iterator>
 #include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace Kavra::App {
 namespace {
@@ -36,7 +43,41 @@ std::string BytesText(const Devices::FormatFacts& facts) {
     return std::to_string(facts.bytesPerPixel);
 }
 
-Json FormatsJson() {
+/// The extensions of the files that are read and written with the image library that is installed; both empty where the
+/// module is not there, or an older one.
+struct Extensions {
+    std::vector<std::string> readable, writable;
+};
+
+std::vector<std::string> WordsOf(const char* text) {
+    std::istringstream stream{std::string(text)};
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+Extensions AskExtensions(const Session& session) try {
+    const Host host = session.LoadHost();
+    auto* const inspector = dynamic_cast<Devices::IImageInspector*>(&host.Handler());
+    if (inspector == nullptr) return {};
+    return {WordsOf(inspector->ReadableExtensions()), WordsOf(inspector->WritableExtensions())};
+} catch (const std::exception&) {
+    return {};
+}
+
+/// The words in lines of no more than 100 characters.
+std::string Wrapped(const std::vector<std::string>& words) {
+    constexpr std::size_t kMaxLine = 100;
+    std::string text, line = " ";
+    for (const std::string& word : words) {
+        if (line.size() + 1 + word.size() > kMaxLine) {
+            text += line + "\n";
+            line = " ";
+        }
+        line += " " + word;
+    }
+    return text + line + "\n";
+}
+
+Json FormatsJson(const Extensions& extensions) {
     Json pixelFormats = Json::array();
     for (const Devices::EFormat format : AllFormats()) {
         if (format == Devices::kUnknown) continue;
@@ -53,10 +94,13 @@ Json FormatsJson() {
         fileTypes.push_back(
             {{"name", type.name}, {"extensions", type.extensions}, {"reads", type.reads}, {"writes", type.writes}});
     }
-    return {{"pixelFormats", pixelFormats}, {"fileTypes", fileTypes}};
+    return {{"pixelFormats", pixelFormats},
+            {"fileTypes", fileTypes},
+            {"readable", extensions.readable},
+            {"writable", extensions.writable}};
 }
 
-std::string FormatsText() {
+std::string FormatsText(const Extensions& extensions) {
     std::string text = "Pixel formats\n";
     text += std::format("  {:>6}  {:<16} {:<8} {:>8}  {}\n", "number", "name", "short", "channels", "bytes");
     for (const Devices::EFormat format : AllFormats()) {
@@ -70,7 +114,10 @@ std::string FormatsText() {
         text +=
             std::format("  {:<20} {:<12} {}\n", type.name, type.extensions, type.writes ? "reads and writes" : "reads");
     }
-    return text + std::format("  {}\n", kTheRest);
+    text += std::format("  {}\n", kTheRest);
+    if (!extensions.readable.empty()) text += "\nFiles that are read\n" + Wrapped(extensions.readable);
+    if (!extensions.writable.empty()) text += "\nFiles that are written\n" + Wrapped(extensions.writable);
+    return text;
 }
 
 }  // namespace
@@ -78,12 +125,13 @@ std::string FormatsText() {
 void AddFormats(CLI::App& program, Session& session) {
     const auto json = std::make_shared<bool>(false);
     CLI::App* command =
-        program.add_subcommand("formats", "Lists the pixel formats, and the file types that need no image library");
+        program.add_subcommand("formats", "Lists the pixel formats, and the file types that can be read and written");
     command->footer("Example: kavra formats --json");
     command->add_flag("--json", *json, "One JSON object");
     command->callback([json, &session] {
-        session.run = [json] {
-            WriteOutput(*json ? JsonText(FormatsJson()) : FormatsText());
+        session.run = [json, &session] {
+            const Extensions extensions = AskExtensions(session);
+            WriteOutput(*json ? JsonText(FormatsJson(extensions)) : FormatsText(extensions));
             return static_cast<int>(kAllDone);
         };
     });

@@ -1,6 +1,7 @@
 #include "Making.h"
 
 #include "FileNames.h"
+#include "WrittenPixels.h"
 
 #include <utility>
 
@@ -11,10 +12,28 @@ void Making::AddTo(CLI::App& command) {
     writing.AddTo(command);
 }
 
+Devices::EFormat Making::WantedFor(const LoadedImage& image, const std::filesystem::path& path) const {
+    const bool isHeld = writing.depth != Depth::kOwn && AbilitiesOf(LowerExtension(path)).HoldsDepth(writing.depth);
+    return isHeld ? AtDepth(image.desc.format, writing.depth) : Devices::kUnknown;
+}
+
 bool Making::Write(Devices::IImageHandler& handler, Report& report, LoadedImage image, Source source,
                    const std::filesystem::path& path, Devices::EFormat wanted) const {
+    if (wanted == Devices::kUnknown) wanted = WantedFor(image, path);
     image = colours.Apply(report, std::move(image), source, LowerExtension(path), wanted);
-    return image.block != nullptr && writing.Write(handler, report, image, source, path);
+    return image.block != nullptr && writing.Write(handler, report, std::move(image), source, path);
+}
+
+bool Making::WriteAll(Devices::IImageHandler& handler, Report& report, std::vector<LoadedImage> images,
+                      const Source& source, const std::filesystem::path& path, double framesPerSecond) const {
+    Source made;
+    for (LoadedImage& image : images) {
+        made = source;
+        const Devices::EFormat wanted = WantedFor(image, path);
+        image = colours.Apply(report, std::move(image), made, LowerExtension(path), wanted);
+        if (image.block == nullptr) return false;
+    }
+    return writing.WriteAll(handler, report, std::move(images), made, path, framesPerSecond);
 }
 
 }  // namespace Kavra::App

@@ -5,6 +5,8 @@
 #include "Source.h"
 #include "WriteOptions.h"
 
+#include <vector>
+
 namespace Kavra::App {
 
 struct Making {
@@ -17,6 +19,9 @@ struct Making {
     /// one is, and writes it. A failure is said in the report. True when the file is there.
     bool Write(Devices::IImageHandler& handler, Report& report, LoadedImage image, Source source,
                const std::filesystem::path& path, Devices::EFormat wanted = Devices::kUnknown) const;
+    /// The same for several flat pictures, one or more, that become one file; `framesPerSecond` is 0 where it is unknown.
+    bool WriteAll(Devices::IImageHandler& handler, Report& report, std::vector<LoadedImage> images,
+                  const Source& source, const std::filesystem::path& path, double framesPerSecond) const;
 };
 
 }  // namespace Kavra::App

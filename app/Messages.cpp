@@ -39,6 +39,10 @@ void Report::Say(std::string_view kind, std::string_view text, std::string_view 
     ++mCount;
 }
 
+void Report::NoteOnce(std::string_view text) {
+    if (!WasSaidSince(0, text)) Say("note", text);
+}
+
 void Report::Fail(std::string_view text, std::string_view file) {
     mFailed = true;
     Say("error", text, file);

@@ -24,6 +24,8 @@ public:
 
     /// Adds a message about this file, or about `file` where another one is meant.
     void Say(std::string_view kind, std::string_view text, std::string_view file = {});
+    /// Says `text` as a note about this file, unless that was said already.
+    void NoteOnce(std::string_view text);
     /// Says `text` as an error and marks the file as failed.
     void Fail(std::string_view text, std::string_view file = {});
     /// Marks the file as failed; says "cannot be read" or the like only when nothing was said since `mark`.

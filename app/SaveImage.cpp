@@ -83,9 +83,11 @@ bool WriteFile(Report& report, const std::filesystem::path& path, const FileCont
     return false;
 }
 
-bool Save(IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path) {
-    const FileContent content{image.desc.format, image.desc.width, image.desc.height};
+bool Save(IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path,
+          const SavePreferences& preferences) {
+    const FileContent content{image.desc.format, image.desc.width, image.desc.height, preferences.dropsAlpha};
     const bool written = WriteFile(report, path, content, [&](const KString& name) {
+        const SavePreferencesScope scope(preferences);
         return handler.SaveTexture(name, image.desc, image.block->mData);
     });
     if (written) NoteWhatStaysOut(report, image.desc, path);

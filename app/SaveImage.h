@@ -5,6 +5,8 @@
 #include "LoadOptions.h"
 #include "Messages.h"
 
+#include <kavra/devices/SavePreferences.h>
+
 #include <filesystem>
 #include <functional>
 
@@ -23,7 +25,8 @@ bool WriteFile(Report& report, const std::filesystem::path& path, const FileCont
                const std::function<bool(const Objects::KString&)>& write);
 
 /// Writes an image through the handler. Of a cube map or volume a flat file gets the first face or slice, and the
-/// report a note.
-bool Save(Devices::IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path);
+/// report a note. `preferences` hold for the writing, and say whether a fourth channel stays out of the file.
+bool Save(Devices::IImageHandler& handler, Report& report, const LoadedImage& image, const std::filesystem::path& path,
+          const Devices::SavePreferences& preferences = {});
 
 }  // namespace Kavra::App

@@ -7,8 +7,8 @@
 #include "Picture.h"
 #include "SaveImage.h"
 #include "SheetCells.h"
-#include "Source.h"
 #include "Sizes.h"
+#include "Source.h"
 #include "Usage.h"
 #include "Workers.h"
 

@@ -183,7 +183,7 @@ TEST(CommonRules, JsonHasTheseKeysInThisOrder) {
     EXPECT_EQ(Keys(light), (Words{"file", "averageColor", "intensity", "weightedAverage", "lights"}));
     EXPECT_EQ(Keys(light["intensity"]), (Words{"brightestChannel", "meanBrightest", "luminance"}));
     EXPECT_EQ(Keys(light["lights"][0]), (Words{"direction", "color", "azimuth", "elevation", "luminance", "share"}));
-    EXPECT_EQ(Keys(json({"formats", "--json"})), (Words{"pixelFormats", "fileTypes"}));
+    EXPECT_EQ(Keys(json({"formats", "--json"})), (Words{"pixelFormats", "fileTypes", "readable", "writable"}));
 }
 
 TEST(CommonRules, JsonOfAFileThatFailedHasItsNameAndTheLastMessage) {

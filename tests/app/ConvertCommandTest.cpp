@@ -32,8 +32,11 @@ TEST(ConvertCommand, AFlatFileOfACubeMapIsItsFirstFaceWithANote) {
     ExpectDone({"convert", Sample("cube.dds"), folder / "face.png"},
                NoteLine(Sample("cube.dds"), "a cube map; only its first face was written"));
     const auto faces = Dumped(Sample("cube.dds"));
-    EXPECT_EQ(PictureFile(folder / "face.png").Bytes(),
-              std::vector<unsigned char>(faces.begin(), faces.begin() + 64 * 64 * 4));
+    std::vector<unsigned char> colours;  // all is opaque
+    for (std::size_t i = 0; i < std::size_t{64} * 64 * 4; ++i) {
+        if (i % 4 != 3) colours.push_back(faces[i]);
+    }
+    EXPECT_EQ(PictureFile(folder / "face.png").Bytes(), colours);
 }
 
 TEST(ConvertCommand, ADdsOfACubeMapOrVolumeKeepsAllOfIt) {
@@ -64,10 +67,7 @@ TEST(ConvertCommand, AFailedWriteSaysWhyAndLeavesNothing) {
     const std::vector<std::pair<std::filesystem::path, std::string>> cases = {
         failed(folder / "x.unknown", ""),
         failed(folder / "x", ": the name has no extension to choose a file type by"),
-        {ppm, NoteLine(Sample("photo.tga"),
-                       "its transparent pixels were put on black, as .ppm files hold no alpha; "
-                       "--background chooses another colour") +
-                  ErrorLine(ppm, "cannot be written: .ppm files hold one or three channels, and kR8G8B8A8 has 4")},
+        failed(folder / "x.zfile", ": .zfile files cannot be read back"),
         {inFile, WarningLine(inFile, "fail to create specified folder") +
                      ErrorLine(inFile, "cannot be written: Not a directory")},
     };

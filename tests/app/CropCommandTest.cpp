@@ -76,8 +76,8 @@ TEST(CropCommand, TheSizeShrinksAndEnlarges) {
         ExpectDone({"crop", in, folder / "out.png", "--rect", "10,0,10,10", "--size", size});
         const PictureFile out(folder / "out.png");
         EXPECT_EQ(out.Size(), size);
-        EXPECT_EQ(out.At(0, 0), (Colour{220, 0, 0, 255})) << "nothing outside the rectangle is blended in";
-        EXPECT_EQ(out.At(out.Width() - 1, out.Height() - 1), (Colour{220, 0, 0, 255}));
+        EXPECT_EQ(out.At(0, 0), (Colour{220, 0, 0})) << "nothing outside the rectangle is blended in";
+        EXPECT_EQ(out.At(out.Width() - 1, out.Height() - 1), (Colour{220, 0, 0}));
     }
 }
 
@@ -125,8 +125,8 @@ TEST(CropCommand, GreyBecomesColoursAndColoursTheirLuminance) {
         return PictureFile(folder / "out.png").At(0, 0);
     };
     const auto grey = WritePicture(folder / "grey.png", 2, 1, [](int x, int) { return Colour{x * 123}; });
-    EXPECT_EQ(crop(grey, "rgba8"), (Colour{123, 123, 123, 255}));
-    EXPECT_EQ(crop(grey, "rgba16"), (Colour{123, 123, 123, 255}));
+    EXPECT_EQ(crop(grey, "rgba8"), (Colour{123, 123, 123}));
+    EXPECT_EQ(crop(grey, "rgba16"), (Colour{123, 123, 123}));
     EXPECT_EQ(crop(grey, "l16"), (Colour{123}));
     const auto colour =
         WritePicture(folder / "colour.png", 2, 1, [](int x, int) { return Colour{x * 200, 100, 50, 9}; });
@@ -136,8 +136,8 @@ TEST(CropCommand, GreyBecomesColoursAndColoursTheirLuminance) {
     // Blue-first formats are a matter of memory: the file has red where red was.
     EXPECT_EQ(crop(colour, "bgra8"), (Colour{200, 100, 50, 9}));
     const auto floats = WriteFloats(folder / "floats.tif", 2, 1, 4, {0, 0, 0, 1, 1, 0.5F, 0.25F, 1});
-    EXPECT_EQ(crop(floats, "bgra8"), (Colour{255, 188, 137, 255}));  // light, by the curve of sRGB
-    EXPECT_EQ(crop(floats, "rgba8"), (Colour{255, 188, 137, 255}));
+    EXPECT_EQ(crop(floats, "bgra8"), (Colour{255, 188, 137}));  // light, by the curve of sRGB
+    EXPECT_EQ(crop(floats, "rgba8"), (Colour{255, 188, 137}));
 }
 
 TEST(CropCommand, FormatsThatAreNoPixelsAreRefused) {

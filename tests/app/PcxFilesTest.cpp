@@ -39,7 +39,7 @@ TEST(PcxFiles, ATruncatedFileIsConvertedWithItsWarnings) {
     const TemporaryFolder folder;
     const std::string file = folder.Write("cut.pcx", Truncated()).string();
     ExpectDone({"convert", file, folder / "out.png"}, WarningLine(file, kOutOfData));
-    EXPECT_EQ(PictureFile(folder / "out.png").At(1, 2), (Colour{150, 160, 0, 255}));
+    EXPECT_EQ(PictureFile(folder / "out.png").At(1, 2), (Colour{150, 160, 0}));
 }
 
 TEST(PcxFiles, ADumpHasTheBytesOfTheBlockAndListsTheWarnings) {

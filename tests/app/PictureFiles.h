@@ -88,9 +88,9 @@ inline std::filesystem::path WriteFloats(const std::filesystem::path& path, int 
     return path;
 }
 
-/// A picture whose every pixel says where it is: red x, green y, blue 7, alpha 255.
+/// A picture whose every pixel says where it is: red x, green y, blue 7. It is not quite opaque, so that files keep alpha.
 inline Colour PlaceColour(int x, int y) {
-    return {x, y, 7, 255};
+    return {x, y, 7, 254};
 }
 
 }  // namespace Kavra::Tests

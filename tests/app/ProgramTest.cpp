@@ -105,5 +105,5 @@ TEST(FormatsCommand, TheFileTypesOfTheModuleAreListedAndTheLibraryIsNamed) {
             std::format("  {:<20} {:<12} {}\n", type.name, type.extensions, type.writes ? "reads and writes" : "reads");
     }
     EXPECT_EQ(Json::parse(ExpectDone({"formats", "--json"}))["fileTypes"], json);
-    EXPECT_TRUE(ExpectDone({"formats"}).ends_with(text + "  and whatever the image library has\n"));
+    EXPECT_TRUE(ExpectDone({"formats"}).contains(text + "  and whatever the image library has\n"));
 }

@@ -209,11 +209,16 @@ TEST(ResampledPixels, LinearLightIsTheMeanOfTheLight) {
     // 254 of 255 is 0.9911 of the light, half of that is encoded as 0.7324, which is 186.8 of 255. Alpha has no curve.
     const TemporaryFolder folder;
     const std::string opaque = Pair(folder, {0, 0, 0, 255}, {254, 254, 254, 255});
+    const auto colour = [](const std::filesystem::path& out) {
+        Colour first = PictureFile(out).At(0, 0);
+        first.resize(3);  // some commands keep an alpha that says nothing
+        return first;
+    };
     for (const auto& [command, out] : OnePixelCommands(folder, opaque, "png")) {
         ExpectDone(Joined({command, {"--linear-light"}}));
-        EXPECT_EQ(PictureFile(out).At(0, 0), (Colour{187, 187, 187, 255})) << testing::PrintToString(command);
+        EXPECT_EQ(colour(out), (Colour{187, 187, 187})) << testing::PrintToString(command);
         ExpectDone(command);
-        EXPECT_EQ(PictureFile(out).At(0, 0), (Colour{127, 127, 127, 255})) << testing::PrintToString(command);
+        EXPECT_EQ(colour(out), (Colour{127, 127, 127})) << testing::PrintToString(command);
     }
     EXPECT_EQ(Dumped(opaque, {"--fit", "1x1", "--linear-light"}), (std::vector<unsigned char>{187, 187, 187, 255}));
     const std::string clear = Pair(folder, {0, 0, 0, 254}, {254, 254, 254, 0});

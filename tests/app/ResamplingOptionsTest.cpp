@@ -34,8 +34,11 @@ TEST(ResamplingOptions, EveryFilterMakesTheSizeAndKeepsAnEvenColour) {
             ExpectDone(Joined({line, {"--filter", filter}}));
             const PictureFile picture(line.front() == "frames" ? folder / "0out.png" : folder / "out.png");
             EXPECT_EQ(picture.Size(), "20x15") << line.front() << filter;
-            EXPECT_EQ(picture.At(7, 7), (Colour{200, 100, 50, 255})) << line.front() << filter;
-            EXPECT_EQ(picture.At(19, 14), (Colour{200, 100, 50, 255})) << line.front() << filter;
+            for (const auto& [x, y] : {std::pair(7, 7), std::pair(19, 14)}) {
+                Colour colour = picture.At(x, y);
+                colour.resize(3);  // some commands keep an alpha that says nothing
+                EXPECT_EQ(colour, (Colour{200, 100, 50})) << line.front() << filter;
+            }
         }
     }
 }

@@ -1,0 +1,109 @@
+#include "JoinedFrames.h"
+
+#include "Picture.h"
+#include "Usage.h"
+#include "Workers.h"
+
+#include <kavra/objects/ObjModel.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <format>
+#include <utility>
+
+namespace Kavra::App {
+
+using namespace Devices;
+
+namespace {
+
+constexpr double kMaxSpeed = 100;   // of which GIF can tell
+constexpr double kUsualSpeed = 10;  // where neither the command line nor the file says one
+constexpr std::size_t kMaxFrames = 4096;
+
+/// The frames so far.
+struct Frames {
+    std::vector<LoadedImage> images;
+    std::uint64_t bytes = 0;
+
+    /// Whether there is room for one more, which is taken over; a failure is said in the report.
+    bool Add(Report& report, LoadedImage image) {
+        const std::uint64_t ceiling = Objects::ObjModel::BlockCeiling();
+        bytes += image.BlockSize();
+        if (images.size() == kMaxFrames || bytes > ceiling) {
+            report.Fail(images.size() == kMaxFrames
+                            ? std::format("there are more than {} frames", kMaxFrames)
+                            : std::format("all frames together have more than {} bytes", ceiling));
+            return false;
+        }
+        images.push_back(std::move(image));
+        return true;
+    }
+};
+
+/// How many pictures in a second the file shows on the average; 0 where it does not say.
+double SpeedOf(IImageHandler& handler, const std::string& file) {
+    const OwnedInspection inspection = Inspect(handler, file);
+    double seconds = 0;
+    std::size_t timed = 0;
+    for (std::size_t i = 0; inspection != nullptr && i < inspection->PartCount(); ++i) {
+        const double shown = inspection->Part(i).seconds;
+        if (!(shown > 0) || !std::isfinite(shown)) continue;
+        seconds += shown;
+        ++timed;
+    }
+    return timed == 0 ? 0 : std::min(static_cast<double>(timed) / seconds, kMaxSpeed);
+}
+
+/// Loads every frame of a file; false after a failure, which the report says.
+bool AddFrames(IImageHandler& handler, Report& report, LoadOptions load, Frames& frames) {
+    const Owned<ImageDesc> desc = Describe(handler, report);
+    const int count = desc == nullptr ? 1 : std::max(desc->frameCount, 1);
+    for (load.frame = 0; load.frame < count; ++load.frame) {
+        const std::size_t mark = report.Mark();
+        LoadedImage image = Load(handler, report, load);
+        if (image.block == nullptr && load.frame > 0 && report.WasSaidSince(mark, "Frame index out of range"))
+            return true;
+        if (image.block == nullptr) {
+            FailToRead(report, mark);
+            return false;
+        }
+        KeepFirst(image);
+        if (!HasPixels(report, image, "joined") || !frames.Add(report, std::move(image))) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void JoinOptions::AddTo(CLI::App& command) {
+    AddChoice<bool>(
+        command, "--frames", {{"first", false}, {"all", true}}, [this](bool all) { isAll = all; },
+        "all: every frame of every input goes into one gif, tif or exr file; first unless said");
+    command
+        .add_option("--fps", framesPerSecond, "Frames a second of a gif of all frames; the input's, or 10, unless said")
+        ->check([](const std::string& text) {
+            double value = 0;
+            const bool good = CLI::detail::lexical_cast(text, value) && value > 0 && value <= kMaxSpeed;
+            return good ? std::string() : std::format("{} is no number above 0 and up to {}", text, kMaxSpeed);
+        });
+}
+
+void JoinOptions::Write(IImageHandler& handler, std::vector<Report>& reports, const LoadOptions& load,
+                        const Making& making, const std::filesystem::path& path) const {
+    Frames frames;
+    for (Report& report : reports) {
+        bool isWhole = false;
+        Attempt(report, [&] { isWhole = AddFrames(handler, report, load, frames); });
+        if (!isWhole) return;
+    }
+    Report& report = reports.front();
+    Attempt(report, [&] {
+        double speed = framesPerSecond > 0 ? framesPerSecond : SpeedOf(handler, report.File());
+        if (speed == 0) speed = kUsualSpeed;
+        making.WriteAll(handler, report, std::move(frames.images), SourceOf(handler, report.File(), 0), path, speed);
+    });
+}
+
+}  // namespace Kavra::App
