@@ -142,10 +142,10 @@ void WriteDifference(IImageHandler& handler, Report& report, const Picture& a, c
     const std::string extension = LowerExtension(options.out);
     const EFormat wanted = scale == 1 ? kR32G32B32A32F : kR8G8B8A8;
     const EFormat format = FormatIn(ColoursOf(extension), extension, wanted);
-    const LoadedImage picture = DifferencePicture(a.image, b.image, static_cast<float>(options.gain), format);
+    LoadedImage picture = DifferencePicture(a.image, b.image, static_cast<float>(options.gain), format);
     Source source;
     source.alpha = kAlphaNone;
-    WriteOptions().Write(handler, report, picture, source, options.out);
+    WriteOptions().Write(handler, report, std::move(picture), source, options.out);
 }
 
 int Run(const Session& session, const Options& options) {

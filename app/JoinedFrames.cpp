@@ -57,7 +57,9 @@ double SpeedOf(IImageHandler& handler, const std::string& file) {
 }
 
 /// Loads every frame of a file; false after a failure, which the report says.
-bool AddFrames(IImageHandler& handler, Report& report, LoadOptions load, Frames& frames) {
+bool AddFrames(IImageHandler& handler, Report& report, const LoadOptions& wished, const ColourOptions& colours,
+               Frames& frames) {
+    LoadOptions load = colours.ForLoading(handler, wished, report.File(), SourceOf(handler, report.File(), 0));
     const Owned<ImageDesc> desc = Describe(handler, report);
     const int count = desc == nullptr ? 1 : std::max(desc->frameCount, 1);
     for (load.frame = 0; load.frame < count; ++load.frame) {
@@ -95,7 +97,7 @@ void JoinOptions::Write(IImageHandler& handler, std::vector<Report>& reports, co
     Frames frames;
     for (Report& report : reports) {
         bool isWhole = false;
-        Attempt(report, [&] { isWhole = AddFrames(handler, report, load, frames); });
+        Attempt(report, [&] { isWhole = AddFrames(handler, report, load, making.colours, frames); });
         if (!isWhole) return;
     }
     Report& report = reports.front();

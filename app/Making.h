@@ -22,6 +22,10 @@ struct Making {
     /// The same for several flat pictures, one or more, that become one file; `framesPerSecond` is 0 where it is unknown.
     bool WriteAll(Devices::IImageHandler& handler, Report& report, std::vector<LoadedImage> images,
                   const Source& source, const std::filesystem::path& path, double framesPerSecond) const;
+
+private:
+    /// The format of the depth that is asked for, where files like `path` hold it; else none is wanted.
+    Devices::EFormat WantedFor(const LoadedImage& image, const std::filesystem::path& path) const;
 };
 
 }  // namespace Kavra::App

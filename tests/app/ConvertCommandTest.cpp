@@ -59,7 +59,6 @@ TEST(ConvertCommand, OrientedPhotosComeOutUpright) {
 TEST(ConvertCommand, AFailedWriteSaysWhyAndLeavesNothing) {
     const TemporaryFolder folder;
     const auto blocker = folder.Write("file", "no folder");
-    const auto ppm = folder / "x.ppm";
     const auto inFile = blocker / "sub/x.png";
     const auto failed = [](const std::filesystem::path& out, const std::string& reason) {
         return std::pair(out, ErrorLine(out, "cannot be written" + reason));
