@@ -1,5 +1,6 @@
 #include "JoinedFrames.h"
 
+#include "FileNames.h"
 #include "Picture.h"
 #include "Usage.h"
 #include "Workers.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <format>
 #include <utility>
 
@@ -56,6 +58,22 @@ double SpeedOf(IImageHandler& handler, const std::string& file) {
     return timed == 0 ? 0 : std::min(static_cast<double>(timed) / seconds, kMaxSpeed);
 }
 
+/// What is transparent in a frame of a GIF shows the frame before it, as nearly all such files mean it. The image library
+/// leaves holes there. Files that clear a frame before the next cannot be told apart here, and keep what was shown.
+void FillFromBefore(LoadedImage& image, const LoadedImage& before) {
+    constexpr std::size_t kPixel = 4;
+    const ImageDescription &desc = image.desc, &old = before.desc;
+    if (desc.format != kR8G8B8A8 || old.format != kR8G8B8A8 || desc.width != old.width || desc.height != old.height)
+        return;
+    auto* row = static_cast<unsigned char*>(image.block->mData);
+    const auto* oldRow = static_cast<const unsigned char*>(before.block->mData);
+    for (int y = 0; y < desc.height; ++y, row += desc.rowPitch, oldRow += old.rowPitch) {
+        for (std::size_t at = 0; at < static_cast<std::size_t>(desc.width) * kPixel; at += kPixel) {
+            if (row[at + 3] == 0) std::memcpy(row + at, oldRow + at, kPixel);
+        }
+    }
+}
+
 /// Loads every frame of a file; false after a failure, which the report says.
 bool AddFrames(IImageHandler& handler, Report& report, const LoadOptions& wished, const ColourOptions& colours,
                Frames& frames) {
@@ -72,6 +90,7 @@ bool AddFrames(IImageHandler& handler, Report& report, const LoadOptions& wished
             return false;
         }
         KeepFirst(image);
+        if (load.frame > 0 && LowerExtension(report.File()) == ".gif") FillFromBefore(image, frames.images.back());
         if (!HasPixels(report, image, "joined") || !frames.Add(report, std::move(image))) return false;
     }
     return true;

@@ -204,6 +204,17 @@ TEST(WriteOptions, PicturesBecomeOneAnimation) {
     EXPECT_EQ(PictureFile(folder / "out1.png").At(3, 3), (Colour{0, 0, 255}));
 }
 
+TEST(WriteOptions, FramesOfAGifAreWholePictures) {
+    const TemporaryFolder folder;
+    ExpectDone({"convert", Sample("spinner.gif"), folder / "a.tif", "--frames", "all"});
+    EXPECT_EQ(FrameCount(folder / "a.tif"), 8U);
+    const auto input = OIIO::ImageInput::open((folder / "a.tif").string());
+    for (int i = 0; i < 8; ++i) {
+        ASSERT_TRUE(input->seek_subimage(i, 0));
+        EXPECT_EQ(input->spec().nchannels, 3) << "every frame is opaque as it is shown, " << i;
+    }
+}
+
 TEST(WriteOptions, FramesThatDoNotFitTogetherAreRefused) {
     const TemporaryFolder folder;
     const auto small = WritePicture(folder / "0.png", 8, 8, PlaceColour),
