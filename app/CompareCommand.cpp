@@ -11,11 +11,13 @@
 #include "Workers.h"
 #include "WriteOptions.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <format>
 #include <memory>
 #include <optional>
+#include <span>
 #include <utility>
 
 namespace Kavra::App {
@@ -46,6 +48,16 @@ struct Findings {
     bool isWithin = false;
 };
 
+/// As a screen shows it: of colours that are transparent nothing is seen.
+LoadedImage Shown(const Picture& picture) {
+    LoadedImage image = ToDisplay(picture.image, picture.source, ToneMap::kNone);
+    using Bytes = std::array<unsigned char, 4>;
+    for (Bytes& pixel : std::span(static_cast<Bytes*>(image.block->mData), image.BlockSize() / sizeof(Bytes))) {
+        if (pixel[3] == 0) pixel = {};
+    }
+    return image;
+}
+
 /// The picture in its own format, or as a screen shows it; `block` is null when the report says why not.
 Picture LoadPicture(IImageHandler& handler, Report& report, const Options& options) {
     Picture picture;
@@ -56,7 +68,7 @@ Picture LoadPicture(IImageHandler& handler, Report& report, const Options& optio
     LoadedImage& image = picture.image;
     if (image.block == nullptr) return picture;
     if (!HasPixels(report, image, "compared")) return {};
-    if (options.display) image = ToDisplay(image, picture.source, ToneMap::kNone);
+    if (options.display) image = Shown(picture);
     return picture;
 }
 
@@ -228,7 +240,8 @@ void AddCompare(CLI::App& program, Session& session) {
             "and infinity pass where both have them")
         ->type_name("N");
     command->add_flag("--display", options->display,
-                      "Compare 8 bits of what a screen shows: light with the curve of sRGB, colours apart from alpha");
+                      "Compare 8 bits of what a screen shows: light with the curve of sRGB, colours apart from alpha, "
+                      "and none where alpha is 0");
     command->add_flag("--json", options->json, "One JSON object; a PSNR without end is null");
     AddFrame(*command, options->frame);
     command->callback([options, &session] { session.run = [options, &session] { return Run(session, *options); }; });

@@ -17,11 +17,17 @@ Devices::EFormat Making::WantedFor(const LoadedImage& image, const std::filesyst
     return isHeld ? AtDepth(image.desc.format, writing.depth) : Devices::kUnknown;
 }
 
+WriteOptions Making::Writing() const {
+    WriteOptions options = writing;
+    options.keepsAlpha = colours.raw;
+    return options;
+}
+
 bool Making::Write(Devices::IImageHandler& handler, Report& report, LoadedImage image, Source source,
                    const std::filesystem::path& path, Devices::EFormat wanted) const {
     if (wanted == Devices::kUnknown) wanted = WantedFor(image, path);
     image = colours.Apply(report, std::move(image), source, LowerExtension(path), wanted);
-    return image.block != nullptr && writing.Write(handler, report, std::move(image), source, path);
+    return image.block != nullptr && Writing().Write(handler, report, std::move(image), source, path);
 }
 
 bool Making::WriteAll(Devices::IImageHandler& handler, Report& report, std::vector<LoadedImage> images,
@@ -33,7 +39,7 @@ bool Making::WriteAll(Devices::IImageHandler& handler, Report& report, std::vect
         image = colours.Apply(report, std::move(image), made, LowerExtension(path), wanted);
         if (image.block == nullptr) return false;
     }
-    return writing.WriteAll(handler, report, std::move(images), made, path, framesPerSecond);
+    return Writing().WriteAll(handler, report, std::move(images), made, path, framesPerSecond);
 }
 
 }  // namespace Kavra::App

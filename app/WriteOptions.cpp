@@ -86,13 +86,14 @@ LoadedImage AsWished(Report& report, LoadedImage image, const WriteOptions& opti
 }
 
 /// Whether the alpha of all pictures stays out of the file, since it says nothing or has no place there.
-bool LeavesAlphaOut(Report& report, const std::vector<LoadedImage>& images, const Wish& wish) {
+bool LeavesAlphaOut(Report& report, const std::vector<LoadedImage>& images, const WriteOptions& options,
+                    const Wish& wish) {
     const auto has = [](const LoadedImage& image) { return Facts(image.desc.format).channels == 4; };
     if (!wish.abilities.holdsThree || !std::ranges::all_of(images, has)) return false;
     const bool isOpaque = std::ranges::all_of(images, IsOpaque);
     if (!isOpaque && !wish.abilities.hasAlpha)
         report.NoteOnce(std::format("its alpha is left out: {} files have none", wish.extension));
-    return isOpaque || !wish.abilities.hasAlpha;
+    return !wish.abilities.hasAlpha || (isOpaque && !options.keepsAlpha);
 }
 
 /// Two channels need not be grey and alpha.
@@ -220,7 +221,7 @@ bool WriteOptions::WriteAll(IImageHandler& handler, Report& report, std::vector<
     const KeptMetadata kept(isStripped ? nothing : source, wish.extension, ColourChannels(images.front().desc.format));
     kept.AddTo(preferences);
     AddOptions(report, preferences, *this, wish);
-    preferences.dropsAlpha = LeavesAlphaOut(report, images, wish);
+    preferences.dropsAlpha = LeavesAlphaOut(report, images, *this, wish);
     preferences.alpha = AlphaOf(images.front(), source);
     preferences.transfer = source.transfer;
     preferences.gamma = source.gamma;

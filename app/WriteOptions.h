@@ -22,6 +22,7 @@ struct WriteOptions {
     double dpi = 0;
     bool isGrey = false;
     bool isStripped = false;
+    bool keepsAlpha = false;  ///< also of opaque pictures, where files of the type have one; no option of its own
 
     /// Adds the options to a command that makes pictures for people.
     void AddTo(CLI::App& command);

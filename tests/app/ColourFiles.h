@@ -65,7 +65,7 @@ inline Path Pixels(const TemporaryFolder& folder, const std::vector<Colour>& col
 inline std::vector<unsigned char> Converted(const TemporaryFolder& folder, const Path& in, const std::string& name,
                                             const Words& more = {}, const std::string& said = "") {
     ExpectDone(Joined({{"convert", in, folder / name}, more}), said);
-    return PictureFile(folder / name).Bytes();
+    return PictureFile(folder / name).RgbaBytes();
 }
 
 }  // namespace Kavra::Tests

@@ -90,7 +90,8 @@ TEST(Colour, AProfileThatIsNotAppliedIsSaid) {
     const auto other = WithProfile(folder, std::string(128, '\1') + "Wide Gamut");
     ExpectDone({"convert", other, folder / "out.exr"},
                NoteLine(other, "its colour profile was not applied: the colours were taken for those of sRGB"));
-    ExpectDone({"convert", other, folder / "out.tga"});
+    ExpectDone({"convert", other, folder / "out.tga"},
+               NoteLine(other, "the colour profile is damaged or of other channels, and is left out"));
     const std::string wide("s\0R\0G\0B", 7);
     for (const std::string& name : {std::string("sRGB IEC61966-2.1"), wide}) {
         const auto usual = WithProfile(folder, std::string(128, '\1') + name);

@@ -70,7 +70,7 @@ TEST(Colour, EveryColourAtEveryAlphaComesBackFromOpenExrAsItWas) {
         WritePicture(folder / "all.png", 256, 256, [](int x, int y) { return Colour{x, 255 - x, (x + y) % 256, y}; });
     ExpectDone({"convert", in, folder / "all.exr"});
     ExpectDone({"convert", folder / "all.exr", folder / "back.png"});
-    const Bytes before = PictureFile(in).Bytes(), after = PictureFile(folder / "back.png").Bytes();
+    const Bytes before = PictureFile(in).RgbaBytes(), after = PictureFile(folder / "back.png").RgbaBytes();
     ASSERT_EQ(after.size(), before.size());
     for (std::size_t i = 256 * 4; i < before.size(); ++i)  // the first row is transparent
         ASSERT_EQ(after[i], before[i]) << i;
@@ -115,7 +115,7 @@ TEST(Colour, WhatIsNoNumberOrBeyondAllBecomesSane) {
         Clipped(in, "50.0 %") + NoteLine(in,
                                          "50.0 % of the pixels are light without alpha, which .png files do not show; "
                                          "--background does"));
-    EXPECT_EQ(PictureFile(folder / "out.png").Bytes(),
+    EXPECT_EQ(PictureFile(folder / "out.png").RgbaBytes(),
               (Bytes{0, 255, 0, 255, 188, 188, 188, 0, 0, 255, 188, 255, 255, 0, 0, 0}));
     for (const std::string map : {"reinhard", "filmic"}) {
         EXPECT_EQ(RunKavra({"convert", in, folder / "mapped.png", "--tonemap", map}).status, 0) << map;
@@ -321,11 +321,11 @@ TEST(Colour, EveryCommandForPeopleTakesTheOptions) {
     for (const Words& command : commands) {
         const auto out = command.front() == "frames" ? folder / "0ut.png" : folder / "out.png";
         ExpectDone(command);
-        EXPECT_EQ(PictureFile(out).Bytes(), (Bytes{188, 137, 99, 255})) << command.front();
+        EXPECT_EQ(PictureFile(out).RgbaBytes(), (Bytes{188, 137, 99, 255})) << command.front();
         ExpectDone(Joined({command, {"--raw"}}));
-        EXPECT_EQ(PictureFile(out).Bytes(), (Bytes{128, 64, 32, 255})) << command.front();
+        EXPECT_EQ(PictureFile(out).RgbaBytes(), (Bytes{128, 64, 32, 255})) << command.front();
         ExpectDone(Joined({command, {"--exposure", "1"}}));
-        EXPECT_EQ(PictureFile(out).Bytes(), (Bytes{255, 188, 137, 255})) << command.front();
+        EXPECT_EQ(PictureFile(out).RgbaBytes(), (Bytes{255, 188, 137, 255})) << command.front();
     }
 }
 
@@ -334,7 +334,7 @@ TEST(Colour, ATargetKeepsItsMappingUnlessAScreenIsAskedFor) {
     const auto light = Lights(folder, {0.5F, 0.25F, 0.125F, 1});
     const auto target = [&](const Words& more) {
         ExpectDone(Joined({{"target", light, folder / "out.png"}, more}));
-        return PictureFile(folder / "out.png").Bytes();
+        return PictureFile(folder / "out.png").RgbaBytes();
     };
     EXPECT_EQ(target({}), (Bytes{127, 63, 31, 255}));  // cut off, not rounded
     EXPECT_EQ(target({"--display"}), (Bytes{188, 137, 99, 255}));

@@ -68,7 +68,7 @@ TEST(CommonRules, OneBadFileStopsNoOtherAndMessagesComeInTheOrderOfTheFiles) {
         {{"info", first, good, last}, ErrorLine(first, "cannot be read") + ErrorLine(last, "cannot be read"), ""},
         {{"light", first, good, last}, unreadable, ""},
         {{"convert", first, good, last, out, "--to", "exr"}, unreadable, out + "/studio.exr"},
-        {{"compose", out + ".png", "--size", "9x9", first + "@0,0", good + "@0,0", last + "@0,0"},
+        {{"compose", out + ".png", "--raw", "--size", "9x9", first + "@0,0", good + "@0,0", last + "@0,0"},
          UnreadableLine(first) + NoteLine(good, "only the 9 x 9 pixels inside the picture were pasted") +
              UnreadableLine(last),
          out + ".png"},

@@ -117,6 +117,15 @@ TEST(CompareCommand, AScreenShowsLightAndItsDisplayValuesAlike) {
     }
 }
 
+TEST(CompareCommand, AScreenShowsNoColourThatIsTransparent) {
+    const TemporaryFolder folder;
+    ExpectDone({"convert", Sample("cutout.png"), folder / "light.exr"});
+    ExpectDone({"convert", folder / "light.exr", folder / "back.png"});
+    Told(Sample("cutout.png"), folder / "back.png", 0, {"--display"});
+    Told(Sample("cutout.png"), folder / "light.exr", 0, {"--display"});
+    Told(Sample("cutout.png"), folder / "back.png", 1);
+}
+
 TEST(CompareCommand, NanAndInfinityAreTheSameAsThemselvesAlone) {
     const TemporaryFolder folder;
     constexpr float kNan = std::numeric_limits<float>::quiet_NaN(), kInf = std::numeric_limits<float>::infinity();
@@ -150,7 +159,7 @@ TEST(CompareCommand, TheDifferencesMakeAPicture) {
     const auto a = Row(folder / "a.png", {{10, 20, 30, 255}, {0, 0, 0, 250}, {0, 0, 0, 255}});
     const auto b = Row(folder / "b.png", {{14, 20, 25, 255}, {0, 0, 0, 255}, {200, 0, 0, 255}});
     EXPECT_EQ(RunKavra({"compare", a, b, "--out", folder / "d.png"}).status, 1);
-    EXPECT_EQ(PictureFile(folder / "d.png").Bytes(), (Bytes{4, 0, 5, 255, 5, 5, 5, 255, 200, 0, 0, 255}));
+    EXPECT_EQ(PictureFile(folder / "d.png").RgbaBytes(), (Bytes{4, 0, 5, 255, 5, 5, 5, 255, 200, 0, 0, 255}));
     EXPECT_EQ(RunKavra({"compare", a, b, "--out", folder / "d.png", "--gain", "10"}).status, 1);
-    EXPECT_EQ(PictureFile(folder / "d.png").Bytes(), (Bytes{40, 0, 50, 255, 50, 50, 50, 255, 255, 0, 0, 255}));
+    EXPECT_EQ(PictureFile(folder / "d.png").RgbaBytes(), (Bytes{40, 0, 50, 255, 50, 50, 50, 255, 255, 0, 0, 255}));
 }

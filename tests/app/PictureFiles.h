@@ -49,6 +49,14 @@ public:
 
     /// All bytes, row by row.
     const std::vector<unsigned char>& Bytes() const { return mBytes; }
+    /// The same with the alpha that an opaque picture's file leaves out.
+    std::vector<unsigned char> RgbaBytes() const {
+        if (mSpec.nchannels != 3) return mBytes;
+        std::vector<unsigned char> bytes;
+        for (std::size_t i = 0; i < mBytes.size(); i += 3)
+            bytes.insert(bytes.end(), {mBytes[i], mBytes[i + 1], mBytes[i + 2], 255});
+        return bytes;
+    }
 
 private:
     OIIO::ImageSpec mSpec;

@@ -47,7 +47,7 @@ TEST(Selection, AFaceBecomesAFlatPicture) {
     const Words faces = {"+x", "-x", "+y", "-y", "+z", "-z"};
     for (std::size_t face = 0; face < 6; ++face) {
         ExpectDone({"convert", Sample("cube.dds"), folder / "face.png", "--face", faces[face]});
-        EXPECT_EQ(PictureFile(folder / "face.png").Bytes(), Piece(whole, 6, face)) << faces[face];
+        EXPECT_EQ(PictureFile(folder / "face.png").RgbaBytes(), Piece(whole, 6, face)) << faces[face];
         EXPECT_EQ(Dumped(Sample("cube.dds"), {"--face", faces[face]}), Piece(whole, 6, face)) << faces[face];
     }
 }
@@ -56,7 +56,7 @@ TEST(Selection, ASliceBecomesAFlatPicture) {
     const TemporaryFolder folder;
     const Bytes whole = Dumped(Sample("volume.dds"));
     ExpectDone({"convert", Sample("volume.dds"), folder / "slice.png", "--slice", "5"});
-    EXPECT_EQ(PictureFile(folder / "slice.png").Bytes(), Piece(whole, 8, 5));
+    EXPECT_EQ(PictureFile(folder / "slice.png").RgbaBytes(), Piece(whole, 8, 5));
     ExpectDone({"resize", Sample("volume.dds"), folder / "small.png", "--slice", "5", "--scale", "50%"});
     EXPECT_EQ(PictureFile(folder / "small.png").Size(), "16x16");
     ExpectDone({"crop", Sample("cube.dds"), folder / "crop.png", "--face", "-y", "--rect", "0,0,8,8"});
@@ -94,9 +94,9 @@ TEST(Selection, APartWithoutColoursIsShownAsItIsAndNotAnotherPart) {
     ExpectDone({"convert", file, folder / "depth.tif", "--part", "depth"}, note);
     ExpectDone({"crop", file, folder / "crop.tif", "--part", "depth", "--rect", "0,0,4,2"}, note);
     ExpectDone({"frames", file, folder / "%d.tif", "--part", "1"}, note);
-    EXPECT_EQ(PictureFile(folder / "crop.tif").Bytes(), PictureFile(folder / "depth.tif").Bytes());
-    EXPECT_EQ(PictureFile(folder / "0.tif").Bytes(), PictureFile(folder / "depth.tif").Bytes());
-    EXPECT_EQ(PictureFile(folder / "depth.tif").At(0, 0), (Colour{128, 128, 128, 255}));
+    EXPECT_EQ(PictureFile(folder / "crop.tif").RgbaBytes(), PictureFile(folder / "depth.tif").RgbaBytes());
+    EXPECT_EQ(PictureFile(folder / "0.tif").RgbaBytes(), PictureFile(folder / "depth.tif").RgbaBytes());
+    EXPECT_EQ(PictureFile(folder / "depth.tif").At(0, 0), (Colour{128, 128, 128}));
 }
 
 TEST(Selection, ALayerIsItsColours) {
@@ -135,7 +135,7 @@ TEST(Selection, ADepthBecomesGreyByItselfWithANote) {
     ExpectDone({"convert", Sample("depth.exr"), folder / "depth.tif"},
                NoteLine(Sample("depth.exr"), "has no colours; the channel Z is taken as grey"));
     ExpectDone({"convert", Sample("depth.exr"), folder / "said.tif", "--channels", "Z"});
-    EXPECT_EQ(PictureFile(folder / "depth.tif").Bytes(), PictureFile(folder / "said.tif").Bytes());
+    EXPECT_EQ(PictureFile(folder / "depth.tif").RgbaBytes(), PictureFile(folder / "said.tif").RgbaBytes());
 }
 
 TEST(Selection, AFileOfLayersAloneShowsTheFirst) {
@@ -173,7 +173,7 @@ TEST(Selection, FramesWritesEveryFaceOfACubeMap) {
     EXPECT_EQ(NamesIn(folder.Path()), (Words{"0.png", "1.png", "2.png", "3.png", "4.png", "5.png"}));
     const Bytes whole = Dumped(Sample("cube.dds"));
     for (std::size_t face = 0; face < 6; ++face)
-        EXPECT_EQ(PictureFile(folder / (std::to_string(face) + ".png")).Bytes(), Piece(whole, 6, face));
+        EXPECT_EQ(PictureFile(folder / (std::to_string(face) + ".png")).RgbaBytes(), Piece(whole, 6, face));
 }
 
 TEST(Selection, FramesWritesTheFacesLevelByLevel) {
@@ -209,7 +209,7 @@ TEST(Selection, FramesWritesEverySliceOfAVolume) {
     const TemporaryFolder folder;
     ExpectDone({"frames", Sample("volume.dds"), folder / "%d.png"});
     EXPECT_EQ(NamesIn(folder.Path()).size(), 8U);
-    EXPECT_EQ(PictureFile(folder / "7.png").Bytes(), Piece(Dumped(Sample("volume.dds")), 8, 7));
+    EXPECT_EQ(PictureFile(folder / "7.png").RgbaBytes(), Piece(Dumped(Sample("volume.dds")), 8, 7));
 }
 
 TEST(Selection, FramesIntoDdsKeepsCubesAndVolumesWholeUnlessEachIsWanted) {
