@@ -118,7 +118,8 @@ FileColours ColoursOf(std::string_view extension) {
     if (extension == ".exr")
         return {.isLight = true, .holdsHalves = true, .holdsFloats = true, .alpha = kAlphaPremultiplied};
     if (IsIn(" .hdr .rgbe .pfm ", extension)) return {.isLight = true, .holdsFloats = true, .holdsAlpha = false};
-    if (IsIn(" .tif .tiff .tx .env .sm .vsm .dds .fits .rla ", extension)) return {.holdsFloats = true};
+    if (extension == ".dds") return {.holdsHalves = true, .holdsFloats = true};
+    if (IsIn(" .tif .tiff .tx .env .sm .vsm .fits .rla ", extension)) return {.holdsFloats = true};
     return {.holdsAlpha = !IsIn(" .jpg .jpeg .jpe .jif .jfif .jfi .pbm .pgm .ppm .pnm ", extension)};
 }
 
@@ -130,6 +131,8 @@ EFormat FormatIn(const FileColours& file, std::string_view extension, EFormat fo
         element = LightElement(file, element);
     } else if (!file.holdsFloats && IsFloating(format)) {
         element = ElementType::kUInt8;
+    } else if (element == ElementType::kHalf && !file.holdsHalves) {
+        element = ElementType::kFloat;
     }
     const bool isPacked = extension == ".dds" || (facts.channels != 3 && (facts.channels != 4 || facts.hasAlpha));
     return element == facts.element && isPacked ? format : FormatOf(element, facts.channels);

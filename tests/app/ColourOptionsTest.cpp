@@ -286,6 +286,14 @@ TEST(Colour, WhereNothingIsToBeDoneNoByteChanges) {
     EXPECT_EQ(Dumped(folder / "same.dds"), Dumped(Sample("float.dds")));
 }
 
+TEST(Colour, HalvesBecomeFloatsWhereFilesHoldNoHalves) {
+    const TemporaryFolder folder;
+    for (const std::string type : {"tif", "fits"})
+        ExpectDone({"convert", Sample("overcast.exr"), folder / ("out." + type), "--alpha", "keep"});
+    EXPECT_EQ(Described(folder / "out.tif")["formatName"], "kR32G32B32A32F");
+    EXPECT_EQ(RunKavra({"compare", Sample("overcast.exr"), folder / "out.tif"}).status, 0);
+}
+
 TEST(Colour, AFormatThatIsAskedForIsReachedThroughLight) {
     const TemporaryFolder folder;
     const auto light = Lights(folder, {0.5F, 2, 0.25F, 1});
