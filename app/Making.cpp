@@ -17,9 +17,12 @@ Devices::EFormat Making::WantedFor(const LoadedImage& image, const std::filesyst
     return isHeld ? AtDepth(image.desc.format, writing.depth) : Devices::kUnknown;
 }
 
-WriteOptions Making::Writing() const {
+WriteOptions Making::Writing(Source& source) const {
     WriteOptions options = writing;
-    options.keepsAlpha = colours.raw;
+    if (!colours.raw) return options;
+    options.keepsAlpha = true;
+    source.transfer = Devices::kTransferUnknown;
+    source.alpha = Devices::kAlphaNone;
     return options;
 }
 
@@ -27,7 +30,7 @@ bool Making::Write(Devices::IImageHandler& handler, Report& report, LoadedImage 
                    const std::filesystem::path& path, Devices::EFormat wanted) const {
     if (wanted == Devices::kUnknown) wanted = WantedFor(image, path);
     image = colours.Apply(report, std::move(image), source, LowerExtension(path), wanted);
-    return image.block != nullptr && Writing().Write(handler, report, std::move(image), source, path);
+    return image.block != nullptr && Writing(source).Write(handler, report, std::move(image), source, path);
 }
 
 bool Making::WriteAll(Devices::IImageHandler& handler, Report& report, std::vector<LoadedImage> images,
@@ -39,7 +42,7 @@ bool Making::WriteAll(Devices::IImageHandler& handler, Report& report, std::vect
         image = colours.Apply(report, std::move(image), made, LowerExtension(path), wanted);
         if (image.block == nullptr) return false;
     }
-    return Writing().WriteAll(handler, report, std::move(images), made, path, framesPerSecond);
+    return Writing(made).WriteAll(handler, report, std::move(images), made, path, framesPerSecond);
 }
 
 }  // namespace Kavra::App

@@ -24,8 +24,8 @@ struct Making {
                   const Source& source, const std::filesystem::path& path, double framesPerSecond) const;
 
 private:
-    /// Numbers that are copied are all written.
-    WriteOptions Writing() const;
+    /// Numbers that are copied are all written, and nothing is said of what they mean.
+    WriteOptions Writing(Source& source) const;
     /// The format of the depth that is asked for, where files like `path` hold it; else none is wanted.
     Devices::EFormat WantedFor(const LoadedImage& image, const std::filesystem::path& path) const;
 };

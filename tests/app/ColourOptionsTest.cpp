@@ -127,11 +127,12 @@ TEST(Colour, WhatIsNoNumberOrBeyondAllBecomesSane) {
 TEST(Colour, FileTypesWithoutAlphaShowWhatIsTransparentOnBlackWithANote) {
     const TemporaryFolder folder;
     const auto in = WritePicture(folder / "clear.png", 16, 16, [](int, int) { return Colour{255, 255, 255, 128}; });
-    const Bytes shown = Converted(folder, in, "out.jpg", {}, Black(in, ".jpg"));
-    for (const unsigned char value : shown)
+    ExpectDone({"convert", in, folder / "out.jpg"}, Black(in, ".jpg"));
+    for (const unsigned char value : PictureFile(folder / "out.jpg").Bytes())
         ASSERT_NEAR(value, Shown(128 / 255.0), 1);
     const auto light = WriteFloats(folder / "clear.exr", 8, 8, 4, std::vector<float>(256, 0.25F));
-    for (const unsigned char value : Converted(folder, light, "light.jpg", {}, Black(light, ".jpg")))
+    ExpectDone({"convert", light, folder / "light.jpg"}, Black(light, ".jpg"));
+    for (const unsigned char value : PictureFile(folder / "light.jpg").Bytes())
         ASSERT_NEAR(value, 137, 1);
     const auto opaque = WritePicture(folder / "opaque.png", 8, 8, [](int x, int y) { return Colour{x, y, 9, 255}; });
     ExpectDone({"convert", opaque, folder / "opaque.jpg"});
