@@ -1,8 +1,10 @@
-/// Any bytes as a file of any kind: described in full or not at all, and all that is told is there to be read.
+/// Any bytes as a file of any kind: described in full or not at all, and all that is told is there to be read. And as a
+/// colour profile: judged within its bytes.
 #include "FuzzFile.h"
 #include "load/FileInspection.h"
 #include "load/InspectedFile.h"
 
+#include <kavra/devices/IccProfile.h>
 #include <kavra/objects/ObjModel.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
@@ -49,6 +51,11 @@ void Read(const FilePart& part) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    constexpr int kMaxChannels = 4;
+    for (int channels = 0; channels <= kMaxChannels + 1; ++channels) {
+        const bool isSound = IsSoundIccProfile(data, size, channels);
+        if (isSound && (channels < 1 || channels > kMaxChannels || size < 128)) std::abort();
+    }
     static OIIOImageHandler handler;  // which quietens the image library
     Kavra::Objects::ObjModel::SetBlockCeiling(std::size_t{64} << 20);
     const Kavra::Fuzz::FuzzFile input(std::span(data, size), ".bin");
