@@ -1,6 +1,7 @@
 #include "ColourChange.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace Kavra::App {
@@ -85,7 +86,7 @@ void ColourSteps::DecodeAll(std::span<Pixel> pixels, bool isDivided) const {
     const auto max = static_cast<float>(mDecoded.size() - 1);
     for (Pixel& pixel : pixels) {
         for (int i = 0; i < 3; ++i)
-            pixel[i] = mDecoded[static_cast<std::size_t>(pixel[i] * max + 0.5F)];
+            pixel[i] = mDecoded[static_cast<std::size_t>(std::lround(pixel[i] * max))];
     }
 }
 

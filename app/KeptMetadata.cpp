@@ -31,7 +31,7 @@ void KeptMetadata::KeepResolution() {
     if (!(x > 0) || !(y > 0) || !std::isfinite(x) || !std::isfinite(y)) return;
     const bool isOne = std::abs(x - y) <= kTolerance * x;
     if (isOne && mAbilities.hasResolution) mResolution = x;
-    mLosesResolution = mResolution == 0 && !(isOne && x == kUsual);
+    mLosesResolution = mResolution == 0 && (!isOne || x != kUsual);
 }
 
 void KeptMetadata::KeepTexts() {

@@ -26,6 +26,7 @@ std::string Listed(const std::vector<std::string>& names) {
 
 std::vector<std::string> ChannelsOf(const FilePart& part) {
     std::vector<std::string> names;
+    names.reserve(part.channelCount);
     for (std::size_t i = 0; i < part.channelCount; ++i)
         names.emplace_back(part.channels[i].name);
     return names;

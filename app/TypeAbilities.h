@@ -18,11 +18,12 @@ std::string_view DepthName(Depth depth);
 
 /// As tried with the image library by writing, and reading what came out. Words stand between spaces.
 struct TypeAbilities {
+    static constexpr std::string_view kOwn{};  ///< no compression to choose
     enum Texts { kNone, kDescription, kArtist, kBoth, kDescriptionAndCopyright, kAll };
 
     std::string_view extensions;
-    std::string_view depths;             ///< as on the command line
-    std::string_view compressions = {};  ///< to choose from
+    std::string_view depths;               ///< as on the command line
+    std::string_view compressions = kOwn;  ///< to choose from
     bool hasAlpha = true;
     bool holdsThree = true;  ///< three channels, so that an opaque picture needs no fourth
     bool hasQuality = false, hasTiles = false, hasResolution = false, hasFrames = false;
