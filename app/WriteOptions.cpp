@@ -74,14 +74,18 @@ LoadedImage AsWished(Report& report, LoadedImage image, const WriteOptions& opti
     const bool holdsGrey = HoldsChannels(wish.extension, 1);
     if (!holdsGrey) {
         if (options.isGrey) NoteUnknown(report, "--grey", wish.extension, "hold colours");
-        image = Converted(std::move(image), AsColour(image.desc.format));
+        const EFormat colours = AsColour(image.desc.format);
+        image = Converted(std::move(image), colours);
     }
     if (options.depth == Depth::kOwn && !options.isGrey) return image;
     if (!IsConvertible(image, wish.extension)) {
         report.NoteOnce("--depth and --grey are left out: they are for flat pictures that are not block-compressed");
         return image;
     }
-    if (options.isGrey && holdsGrey) image = Converted(std::move(image), AsGrey(image.desc.format));
+    if (options.isGrey && holdsGrey) {
+        const EFormat grey = AsGrey(image.desc.format);
+        image = Converted(std::move(image), grey);
+    }
     return AtWishedDepth(report, std::move(image), options.depth, wish);
 }
 

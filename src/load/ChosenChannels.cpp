@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kSerialPixels = 1 << 16;
 
-int NumberOf(const OIIO::ImageSpec& spec, OIIO::string_view name) {
+int NumberOf(const OIIO::ImageSpec& spec, const OIIO::string_view& name) {
     for (int channel = 0; channel < spec.nchannels; ++channel) {
         if (spec.channel_name(channel) == name) return channel;
     }
@@ -72,7 +72,7 @@ void Gather(const std::array<int, 4>& from, int base, int channels, const unsign
 
 }  // namespace
 
-std::optional<ChosenChannels> ChooseChannels(const OIIO::ImageSpec& spec, OIIO::string_view names) {
+std::optional<ChosenChannels> ChooseChannels(const OIIO::ImageSpec& spec, const OIIO::string_view& names) {
     std::vector<int> channels;
     for (const auto& name : OIIO::Strutil::splitsv(names, ",")) {
         channels.push_back(NumberOf(spec, name));

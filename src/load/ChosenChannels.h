@@ -24,7 +24,7 @@ struct ChosenChannels {
 /// What `LoadPreferences::channels` means for a file. Of two channels the second is the alpha of a grey first one where
 /// it is called so ("A", "layer.A"), else they are red and green. Nothing where the file has not all of the names, or
 /// there are more than four or none.
-std::optional<ChosenChannels> ChooseChannels(const OIIO::ImageSpec& spec, OIIO::string_view names);
+std::optional<ChosenChannels> ChooseChannels(const OIIO::ImageSpec& spec, const OIIO::string_view& names);
 
 /// Brings `count` pixels from packed channels `first` to `last` of the file, or those from `base` on, to the four of the
 /// chosen format. Both hold values of that format's type.

@@ -29,7 +29,7 @@ struct PartFacts {
     std::vector<FileLevel> levels;
     std::vector<Channel> channels;
     std::vector<Text> texts;
-    std::span<const unsigned char> profile{};  ///< of whoever adds the part
+    std::span<const unsigned char> profile;  ///< of whoever adds the part
 };
 
 /// Text of a file as UTF-8: up to its first NUL, bytes that are part of no UTF-8 replaced by U+FFFD, cut at `maxBytes`
