@@ -34,15 +34,17 @@ struct FileChannel {
     const char* type;  ///< "uint8", "uint16", "uint32", "int8", "int16", "int32", "half", "float" or "double"
 };
 
-/// Width, height and depth of one mip level, in pixels and slices.
+/// The size of one mip level.
 struct FileLevel {
-    std::int32_t width, height, depth;
+    std::int32_t width;   ///< in pixels
+    std::int32_t height;  ///< in pixels; of a cube map those of one face
+    std::int32_t depth;   ///< in slices; 1 of all but volumes
 };
 
 /// A piece of metadata, in UTF-8. It is file content: of any text, and no more to be believed than pixels.
 struct FileText {
-    const char* name;
-    const char* value;
+    const char* name;   ///< as the library or the format calls it
+    const char* value;  ///< numbers in decimals
 };
 
 /// One part of a file: a frame, page or subimage. All that it points to belongs to the `IFileInspection`.
@@ -63,21 +65,29 @@ struct FilePart {
     double gamma;                 ///< the decoding exponent of `kTransferGamma`; 1 of linear ones, 2.2 of all others
     const char* colourSpace;      ///< as the file or the library calls it; empty where nothing does
     const void* iccProfile;       ///< `iccBytes` bytes as the file has them, unchecked; null where there is none
-    std::size_t iccBytes;
-    const char* compression;                        ///< as the library calls it; empty where nothing says
-    std::int32_t tileWidth, tileHeight, tileDepth;  ///< 0 where the file has rows
-    std::int32_t dataX, dataY;                      ///< where the stored pixels begin
-    std::int32_t displayX, displayY, displayWidth, displayHeight;  ///< the window that the picture is meant to fill
-    double xResolution, yResolution;                               ///< dots per inch; 0 where the file does not say
-    double seconds;         ///< how long an animation shows it; 0 where the file does not say
-    const FileText* texts;  ///< all other metadata
-    std::size_t textCount;
+    std::size_t iccBytes;         ///< of the profile
+    const char* compression;      ///< as the library calls it; empty where nothing says
+    std::int32_t tileWidth;       ///< in pixels; 0 where the file has rows
+    std::int32_t tileHeight;      ///< likewise
+    std::int32_t tileDepth;       ///< in slices; 0 where the file has rows
+    std::int32_t dataX;           ///< the first stored column, in the coordinates of the display window
+    std::int32_t dataY;           ///< the first stored row
+    std::int32_t displayX;        ///< the first column of the window that the picture is meant to fill
+    std::int32_t displayY;        ///< its first row
+    std::int32_t displayWidth;    ///< its columns
+    std::int32_t displayHeight;   ///< its rows
+    double xResolution;           ///< across, in dots per inch; 0 where the file does not say
+    double yResolution;           ///< down, likewise
+    double seconds;               ///< how long an animation shows it; 0 where the file does not say
+    const FileText* texts;        ///< all other metadata
+    std::size_t textCount;        ///< of the texts
 };
 
 /// The answer of an inspection. Whoever receives one owns it and destroys it with `Delete`, before the module is unloaded.
 class KAVRA_DEVICES_API IFileInspection : public Objects::HeapOperators {
 public:
     virtual ~IFileInspection() = default;
+    /// Destroys the inspection and all that its parts point to.
     virtual void Delete() = 0;
 
     /// The kind of file as the reader that took it calls itself: "png", "openexr", "dds", "PCX" ...
@@ -108,10 +118,11 @@ public:
     /// a part, each cut at 64 KiB, and a profile of 16 MiB.
     virtual IFileInspection* Inspect(const KString& path) = 0;
 
-    /// Returns the extensions of the files that are read or written, by this module and the image library that is
-    /// installed, each with its dot and in lower case, in alphabetical order, separated by spaces: ".bmp .dds .exr ...".
-    /// The text lives as long as the handler.
+    /// Returns the extensions of the files that are read by this module and the image library that is installed, each
+    /// with its dot and in lower case, in alphabetical order, separated by spaces: ".bmp .dds .exr ...". The text lives as
+    /// long as the handler.
     virtual const char* ReadableExtensions() = 0;
+    /// The same of the files that are written.
     virtual const char* WritableExtensions() = 0;
 };
 

@@ -9,6 +9,7 @@ namespace Kavra::Devices {
 
 namespace Icc {
 
+/// Four bytes as a number, the first one the highest.
 inline std::uint32_t Number(const unsigned char* bytes) {
     return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 |
            std::uint32_t{bytes[3]};

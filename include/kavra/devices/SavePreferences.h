@@ -15,6 +15,7 @@ namespace Kavra::Devices {
 
 /// A piece of metadata that is written where a kind of file has a place for it.
 struct SavedText {
+    /// What its value is: words, a number, or a whole number.
     enum Kind { kText, kNumber, kWhole };
 
     const char* name;  ///< the image library's
@@ -52,7 +53,7 @@ inline const SavedText* FindSavedText(std::string_view name) {
 /// A further picture of a file that holds several.
 struct SaveFrame {
     const ImageDescription* desc;  ///< read as `IImageHandler::SaveTexture` reads it
-    const void* data;
+    const void* data;              ///< the pixels that it describes
 };
 
 /// How an image handler writes files of the image library (all but ".dds"). As it stands, nothing changes: files are
@@ -86,15 +87,15 @@ struct SavePreferences {
     /// A colour profile of `iccBytes` bytes; null: none. One that `IsSoundIccProfile` (IccProfile.h) finds damaged, or of
     /// other channels than the file's, is left out, and of JPEG one beyond 65,519 bytes.
     const void* iccProfile = nullptr;
-    std::size_t iccBytes = 0;
+    std::size_t iccBytes = 0;  ///< of the profile
     /// Metadata by the names of `kSavedTexts`; others are left out, as is what goes beyond 32 KiB in all.
     const FileText* texts = nullptr;
-    std::size_t textCount = 0;
+    std::size_t textCount = 0;  ///< of the texts
     /// Further pictures behind the one that is saved, for GIF, TIFF and OpenEXR files, at most 4,096. A save to any
     /// other kind fails; so does one to GIF or OpenEXR whose pictures differ in size or format.
     const SaveFrame* moreFrames = nullptr;
-    std::size_t moreFrameCount = 0;
-    double framesPerSecond = 0;  ///< of an animation (GIF), at most 100; 0: the writer's own
+    std::size_t moreFrameCount = 0;  ///< of the further pictures
+    double framesPerSecond = 0;      ///< of an animation (GIF), at most 100; 0: the writer's own
 };
 
 /// Makes preferences those of the calling thread, over those that it had; fields beyond `preferences.size` are at their

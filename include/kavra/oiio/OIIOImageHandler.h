@@ -69,6 +69,7 @@ public:
 
     IFileInspection* Inspect(const KString& path) override;
     const char* ReadableExtensions() override;
+    /// The same of the files that are written.
     const char* WritableExtensions() override;
 
     /// Returns this object itself: a handler without state needs no copies. The caller must not destroy it; the class
