@@ -14,12 +14,9 @@ namespace Kavra::Devices {
 
 namespace {
 
-/// A list of words with a space around each, and whether it has a word.
+/// Whether a list of words, with a space around each, has a word.
 bool Has(std::string_view list, std::string_view word) {
-    for (std::size_t at = list.find(word); at != std::string_view::npos; at = list.find(word, at + 1)) {
-        if (list[at - 1] == ' ' && list[at + word.size()] == ' ') return true;
-    }
-    return false;
+    return !word.empty() && !word.contains(' ') && list.contains(std::format(" {} ", word));
 }
 
 constexpr std::string_view kWithMetadata = " png jpeg tiff openexr ";
