@@ -7,8 +7,8 @@
 
 namespace Kavra::Devices {
 
-/// Everything that an `ImageSpec` says, with its own size as the only level; the profile is the spec's. `format` is the
-/// name of the reader.
+/// Everything that an `ImageSpec` says, with its own size as the only level; the profile stays that of `spec`. `format` is
+/// the name of the reader.
 PartFacts FactsOfSpec(std::string_view format, const OIIO::ImageSpec& spec);
 
 /// Adds the parts of an open file: as many as there are, no more than `InspectedFile::kMaxParts`, and none that would
