@@ -84,9 +84,10 @@ void ColourSteps::DecodeAll(std::span<Pixel> pixels, bool isDivided) const {
         return;
     }
     const auto max = static_cast<float>(mDecoded.size() - 1);
+    constexpr float kHalf = 0.5F;  // values are integers over `max`: 0 and more, so this is the nearest
     for (Pixel& pixel : pixels) {
         for (int i = 0; i < 3; ++i)
-            pixel[i] = mDecoded[static_cast<std::size_t>(std::lround(pixel[i] * max))];
+            pixel[i] = mDecoded[static_cast<std::size_t>(pixel[i] * max + kHalf)];
     }
 }
 

@@ -3,6 +3,7 @@
 #include "FileColours.h"
 #include "FormatNames.h"
 #include "Usage.h"
+#include "WrittenPixels.h"
 
 #include <algorithm>
 #include <charconv>
@@ -173,7 +174,7 @@ ColourChange ColourOptions::ChangeTo(const LoadedImage& image, const Source& sou
     change.brightness = static_cast<float>(std::exp2(stops));
     change.tone = tone;
     const EAlphaKind kind = AlphaOf(source, image.desc.format);
-    if (kind == kAlphaNone || !IsTransparent(image)) return change;
+    if (kind == kAlphaNone || IsOpaque(image)) return change;
     if (alpha == AlphaWish::kKeep) return change;
     if (!background && (alpha == AlphaWish::kDrop || !Facts(format).hasAlpha)) {
         change.dropsAlpha = true;

@@ -1,6 +1,7 @@
 #include "CubeLayout.h"
 
 #include "CubeProjection.h"
+#include "FileColours.h"
 #include "FormatNames.h"
 #include "Picture.h"
 #include "PixelConversion.h"
@@ -11,7 +12,6 @@
 #include <array>
 #include <cstring>
 #include <format>
-#include <span>
 #include <utility>
 
 namespace Kavra::App {
@@ -93,45 +93,17 @@ LoadedImage Folded(const Layout& layout, const LoadedImage& flat) {
 
 // --- Maps ------------------------------------------------------------------------------------------------------------
 
-std::span<std::array<float, 4>> Pixels(LoadedImage& image) {
-    return {static_cast<std::array<float, 4>*>(image.block->mData), image.BlockSize() / 16};
-}
-
-/// The same faces or slices in another format.
-LoadedImage AllToFormat(const LoadedImage& image, EFormat format) {
-    ImageDescription stack = image.desc;
-    stack.textureType = kTexture2D;
-    stack.height *= static_cast<int>(LayerCount(image.desc));
-    LoadedImage view;
-    view.desc = stack;
-    view.desc.dataSize = image.BlockSize();
-    view.block = NewPicture(stack.width, stack.height, stack.format).block;
-    std::memcpy(Bytes(view), Bytes(image), view.desc.dataSize);
-    LoadedImage converted = *ToFormat(view, format);
-    converted.desc.textureType = image.desc.textureType;
-    converted.desc.height = image.desc.height;
-    converted.desc.dataSize = LayerBytes(converted.desc);
-    return converted;
-}
-
 /// In floats whose colours are multiplied by their alpha, as `project` wants them, and back.
 template <class Project>
 LoadedImage Projected(const LoadedImage& image, EAlphaKind alpha, const Project& project) {
     const bool multiplies = alpha == kAlphaStraight && Facts(image.desc.format).hasAlpha;
-    LoadedImage floats = AllToFormat(image, kR32G32B32A32F);
-    if (multiplies) {
-        for (auto& pixel : Pixels(floats))
-            std::for_each_n(pixel.begin(), 3, [&](float& value) { value *= pixel[3]; });
-    }
-    LoadedImage result = project(floats);
-    if (multiplies) {
-        for (auto& pixel : Pixels(result)) {
-            if (pixel[3] > 0) std::for_each_n(pixel.begin(), 3, [&](float& value) { value /= pixel[3]; });
-        }
-    }
+    const EAlphaKind own = multiplies ? kAlphaStraight : kAlphaNone,
+                     even = multiplies ? kAlphaPremultiplied : kAlphaNone;
+    ColourFindings ignored;
+    LoadedImage result = project(Changed(image, {.alphaFrom = own, .alphaTo = even}, kR32G32B32A32F, ignored));
     result.desc.hasAlpha = image.desc.hasAlpha;
     result.desc.gamma = image.desc.gamma;
-    result = AllToFormat(result, image.desc.format);
+    result = Changed(result, {.alphaFrom = even, .alphaTo = own}, image.desc.format, ignored);
     LookAtAlphaAgain(result);
     return result;
 }

@@ -1,6 +1,7 @@
 #include "CubeProjection.h"
 
 #include "Picture.h"
+#include "Workers.h"
 
 #include <kavra/devices/Resampler.h>
 
@@ -10,7 +11,6 @@
 #include <cstring>
 #include <numbers>
 #include <span>
-#include <thread>
 #include <vector>
 
 namespace Kavra::App {
@@ -28,8 +28,8 @@ constexpr float kPi = std::numbers::pi_v<float>;
 
 // --- Directions ------------------------------------------------------------------------------------------------------
 
-/// Towards (s, t) of a face, each -1 to 1, from the left and from the top: the table of cube maps in the OpenGL
-/// specification (4.6, table 8.19), which DDS files follow.
+/// Towards (s, t) of a face, each -1 to 1, from the left and from the top: OpenGL 4.6, table 8.19, which DDS files
+/// follow.
 Direction Towards(int face, float s, float t) {
     switch (face) {
         case 0:
@@ -177,19 +177,12 @@ public:
 
     bool ReadRows(void* rows, int count) override {
         auto* const pixels = static_cast<Pixel*>(rows);
-        const int threads = std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, count);
-        const auto make = [&](int thread) {
-            for (int row = thread; row < count; row += threads) {
+        InParts(static_cast<std::size_t>(count), 1, [&](std::size_t first, std::size_t last) {
+            for (std::size_t row = first; row < last; ++row) {
                 for (int x = 0; x < mWidth; ++x)
-                    pixels[std::ptrdiff_t{row} * mWidth + x] = mSample(x, mNext + row);
+                    pixels[static_cast<std::ptrdiff_t>(row) * mWidth + x] = mSample(x, mNext + static_cast<int>(row));
             }
-        };
-        {
-            std::vector<std::jthread> others;
-            for (int thread = 1; thread < threads; ++thread)
-                others.emplace_back(make, thread);
-            make(0);
-        }
+        });
         mNext += count;
         return true;
     }

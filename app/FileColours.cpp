@@ -1,13 +1,12 @@
 #include "FileColours.h"
 
+#include "FileNames.h"
 #include "FormatNames.h"
 #include "Picture.h"
 #include "PixelConversion.h"
 #include "Workers.h"
 
 #include <algorithm>
-#include <atomic>
-#include <format>
 #include <limits>
 #include <mutex>
 
@@ -15,27 +14,6 @@ namespace Kavra::App {
 namespace {
 
 using namespace Devices;
-
-bool IsIn(std::string_view extensions, std::string_view extension) {
-    return !extension.empty() && extensions.contains(std::format(" {} ", extension));
-}
-
-/// Formats by channels: 1, 2 and 4.
-EFormat FormatOf(ElementType element, int channels) {
-    switch (element) {
-        case ElementType::kUInt8:
-            return channels == 1 ? kL8 : kR8G8B8A8;
-        case ElementType::kUInt16:
-            return channels == 1 ? kL16 : channels == 2 ? kR16G16 : kR16G16B16A16;
-        case ElementType::kHalf:
-            return channels == 1 ? kR16F : channels == 2 ? kR16G16F : kR16G16B16A16F;
-        case ElementType::kFloat:
-            return channels == 1 ? kR32F : channels == 2 ? kR32G32F : kR32G32B32A32F;
-        case ElementType::kNone:
-            break;
-    }
-    return kUnknown;
-}
 
 /// What a file that holds light alone holds in the place of such elements.
 ElementType LightElement(const FileColours& file, ElementType element) {
@@ -117,10 +95,10 @@ void LookAtAll(const Rows& rows, double brightness, ColourSteps& steps) {
 FileColours ColoursOf(std::string_view extension) {
     if (extension == ".exr")
         return {.isLight = true, .holdsHalves = true, .holdsFloats = true, .alpha = kAlphaPremultiplied};
-    if (IsIn(" .hdr .rgbe .pfm ", extension)) return {.isLight = true, .holdsFloats = true, .holdsAlpha = false};
+    if (HasWord(" .hdr .rgbe .pfm ", extension)) return {.isLight = true, .holdsFloats = true, .holdsAlpha = false};
     if (extension == ".dds") return {.holdsHalves = true, .holdsFloats = true};
-    if (IsIn(" .tif .tiff .tx .env .sm .vsm .fits .rla ", extension)) return {.holdsFloats = true};
-    return {.holdsAlpha = !IsIn(" .jpg .jpeg .jpe .jif .jfif .jfi .pbm .pgm .ppm .pnm ", extension)};
+    if (HasWord(" .tif .tiff .tx .env .sm .vsm .fits .rla ", extension)) return {.holdsFloats = true};
+    return {.holdsAlpha = !HasWord(" .jpg .jpeg .jpe .jif .jfif .jfi .pbm .pgm .ppm .pnm ", extension)};
 }
 
 EFormat FormatIn(const FileColours& file, std::string_view extension, EFormat format) {
@@ -135,7 +113,9 @@ EFormat FormatIn(const FileColours& file, std::string_view extension, EFormat fo
         element = ElementType::kFloat;
     }
     const bool isPacked = extension == ".dds" || (facts.channels != 3 && (facts.channels != 4 || facts.hasAlpha));
-    return element == facts.element && isPacked ? format : FormatOf(element, facts.channels);
+    if (element == facts.element && isPacked) return format;
+    const EFormat packed = FormatOf(element, facts.channels);
+    return packed != kUnknown ? packed : kR8G8B8A8;  // of two channels of 8 bits
 }
 
 bool IsFloating(EFormat format) {
@@ -159,17 +139,6 @@ Transfer TransferOf(const Source& source, EFormat format) {
 
 EAlphaKind AlphaOf(const Source& source, EFormat format) {
     return Facts(format).hasAlpha && format != kA8 ? source.alpha : kAlphaNone;
-}
-
-bool IsTransparent(const LoadedImage& image) {
-    std::atomic<bool> isTransparent = false;
-    Rows(image).ForEach(
-        false,
-        [&](std::size_t, std::span<const Pixel> pixels, bool& found) {
-            found = found || std::ranges::any_of(pixels, [](const Pixel& pixel) { return !(pixel[3] >= 1); });
-        },
-        [&](bool found) { isTransparent = isTransparent || found; });
-    return isTransparent;
 }
 
 LoadedImage Changed(const LoadedImage& image, const ColourChange& change, EFormat format, ColourFindings& findings) {

@@ -36,9 +36,6 @@ Transfer TransferOf(const Source& source, Devices::EFormat format);
 /// What the colours of a picture in memory are to its alpha: `kAlphaNone` where it has none.
 Devices::EAlphaKind AlphaOf(const Source& source, Devices::EFormat format);
 
-/// Whether some alpha is below opaque. The picture's format has one.
-bool IsTransparent(const LoadedImage& image);
-
 /// The picture, with all its faces or slices, put through a change and packed in `format`; both formats have pixels. On
 /// all cores. Throws `std::bad_alloc`.
 LoadedImage Changed(const LoadedImage& image, const ColourChange& change, Devices::EFormat format,

@@ -13,6 +13,10 @@ std::string LowerExtension(const std::filesystem::path& path) {
     return extension;
 }
 
+bool HasWord(std::string_view words, std::string_view word) {
+    return !word.empty() && !word.contains(' ') && words.contains(std::format(" {} ", word));
+}
+
 bool IsOpenExr(const std::filesystem::path& path) {
     return LowerExtension(path) == ".exr";
 }

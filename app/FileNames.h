@@ -3,12 +3,16 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Kavra::App {
 
 /// ".png" of "photo.PNG".
 std::string LowerExtension(const std::filesystem::path& path);
+
+/// Whether a list of words, with a space around each, has a word, such as an extension.
+bool HasWord(std::string_view words, std::string_view word);
 
 /// Whether a file is one of OpenEXR, by its name. Its rows come as displayed whatever its description says, and its
 /// colours are multiplied by its alpha.

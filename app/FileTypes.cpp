@@ -1,5 +1,6 @@
 #include "FileTypes.h"
 
+#include "FileNames.h"
 #include "FormatNames.h"
 #include "WrittenPixels.h"
 
@@ -56,8 +57,8 @@ constexpr std::array kSizes = {
 
 template <class Rule>
 const Rule* Find(std::span<const Rule> rules, std::string_view extension) {
-    const auto found = std::ranges::find_if(
-        rules, [&](const Rule& rule) { return rule.extensions.contains(std::format(" {} ", extension)); });
+    const auto found =
+        std::ranges::find_if(rules, [&](const Rule& rule) { return HasWord(rule.extensions, extension); });
     return found == rules.end() ? nullptr : &*found;
 }
 

@@ -28,6 +28,22 @@ FormatFacts Facts(EFormat format) {
     return facts;
 }
 
+EFormat FormatOf(ElementType element, int channels) {
+    switch (element) {
+        case ElementType::kUInt8:
+            return channels == 1 ? kL8 : channels == 2 ? kUnknown : kR8G8B8A8;
+        case ElementType::kUInt16:
+            return channels == 1 ? kL16 : channels == 2 ? kR16G16 : kR16G16B16A16;
+        case ElementType::kHalf:
+            return channels == 1 ? kR16F : channels == 2 ? kR16G16F : kR16G16B16A16F;
+        case ElementType::kFloat:
+            return channels == 1 ? kR32F : channels == 2 ? kR32G32F : kR32G32B32A32F;
+        case ElementType::kNone:
+            return kUnknown;
+    }
+    return kUnknown;
+}
+
 std::optional<EFormat> ParseFormat(std::string_view text) {
     int number = -1;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);

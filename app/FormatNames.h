@@ -16,6 +16,9 @@ std::vector<Devices::EFormat> AllFormats();
 /// What is known of a format, of a value that is none what is known of `kUnknown`.
 Devices::FormatFacts Facts(Devices::EFormat format);
 
+/// The format of so many channels, 1 to 4, of which three have a fourth to spare; `kUnknown` where there is none.
+Devices::EFormat FormatOf(Devices::ElementType element, int channels);
+
 /// A format by short name, enumerator or number, in any case; nothing when it is none.
 std::optional<Devices::EFormat> ParseFormat(std::string_view text);
 

@@ -5,7 +5,6 @@
 #include "Source.h"
 
 #include <algorithm>
-#include <array>
 #include <format>
 #include <string_view>
 
@@ -16,7 +15,6 @@ using namespace Devices;
 namespace {
 
 constexpr std::size_t kMaxCells = 10'000;  // of a file: headers may claim any number
-constexpr std::array<std::string_view, 6> kFaces = {"+x", "-x", "+y", "-y", "+z", "-z"};
 
 /// Several cells in the place of one, as `count` says; `split(cell, i)` makes the i-th of them.
 template <class Split>
@@ -38,9 +36,9 @@ void Label(SheetCell& cell, const std::string& text) {
 
 std::vector<SheetCell> WithFaces(std::vector<SheetCell> cells, const ImageDesc& desc) {
     if (desc.textureType == kTextureCube) {
-        return SplitEach(std::move(cells), kFaces.size(), [](SheetCell& cell, int face) {
+        return SplitEach(std::move(cells), kCubeFaces, [](SheetCell& cell, int face) {
             cell.selection.face = face;
-            Label(cell, std::string(kFaces[static_cast<std::size_t>(face)]));
+            Label(cell, FaceName(face));
         });
     }
     const auto slices = static_cast<std::size_t>(desc.textureType == kTextureVolume ? std::max(desc.depth, 1) : 1);

@@ -1,10 +1,11 @@
 #include "TypeAbilities.h"
 
+#include "FileNames.h"
+
 #include <kavra/devices/IccProfile.h>
 
 #include <algorithm>
 #include <array>
-#include <format>
 #include <sstream>
 
 namespace Kavra::App {
@@ -73,10 +74,6 @@ constexpr std::array kTypes = {
 };
 
 constexpr TypeAbilities kUnknownType{.extensions = "", .depths = kAnyDepth, .holdsThree = false};
-
-bool HasWord(std::string_view words, std::string_view word) {
-    return !word.empty() && words.contains(std::format(" {} ", word));
-}
 
 }  // namespace
 

@@ -1,15 +1,14 @@
 #include "WrittenPixels.h"
 
 #include "FormatNames.h"
+#include "Picture.h"
 
 #include <Imath/half.h>
 
-#include <array>
 #include <concepts>
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <utility>
 
 namespace Kavra::App {
 
@@ -30,7 +29,8 @@ template <class T>
 bool IsOpaqueOf(const LoadedImage& image) {
     constexpr std::size_t kPixel = 4 * sizeof(T);
     const auto* row = static_cast<const unsigned char*>(image.block->mData);
-    for (int y = 0; y < image.desc.height; ++y, row += image.desc.rowPitch) {
+    const std::size_t rows = LayerCount(image.desc) * static_cast<std::size_t>(image.desc.height);
+    for (std::size_t y = 0; y < rows; ++y, row += image.desc.rowPitch) {
         const unsigned char* alpha = row + 3 * sizeof(T);
         for (int x = 0; x < image.desc.width; ++x, alpha += kPixel) {
             T value;
@@ -41,30 +41,20 @@ bool IsOpaqueOf(const LoadedImage& image) {
     return true;
 }
 
-/// What `k8`, `k16`, `kHalf` and `kFloat` are of so many channels.
-constexpr std::array<std::array<EFormat, 4>, 5> kFormats = {{
-    {kUnknown, kUnknown, kUnknown, kUnknown},
-    {kR8, kR16, kR16F, kR32F},
-    {kUnknown, kR16G16, kR16G16F, kR32G32F},
-    {kR8G8B8A8, kR16G16B16A16, kR16G16B16A16F, kR32G32B32A32F},
-    {kR8G8B8A8, kR16G16B16A16, kR16G16B16A16F, kR32G32B32A32F},
-}};
-
-constexpr std::array<std::pair<ElementType, Depth>, 4> kDepths = {{{ElementType::kUInt8, Depth::k8},
-                                                                   {ElementType::kUInt16, Depth::k16},
-                                                                   {ElementType::kHalf, Depth::kHalf},
-                                                                   {ElementType::kFloat, Depth::kFloat}}};
-
-Depth DepthOf(ElementType element) {
-    for (const auto& [type, depth] : kDepths) {
-        if (type == element) return depth;
+ElementType ElementOf(Depth depth) {
+    switch (depth) {
+        case Depth::k8:
+            return ElementType::kUInt8;
+        case Depth::k16:
+            return ElementType::kUInt16;
+        case Depth::kHalf:
+            return ElementType::kHalf;
+        case Depth::kFloat:
+            return ElementType::kFloat;
+        case Depth::kOwn:
+            return ElementType::kNone;
     }
-    return Depth::kOwn;
-}
-
-EFormat FormatOf(int channels, Depth depth) {
-    if (depth == Depth::kOwn) return kUnknown;
-    return kFormats[static_cast<std::size_t>(channels)][static_cast<std::size_t>(depth) - 1];
+    return ElementType::kNone;
 }
 
 }  // namespace
@@ -90,18 +80,18 @@ bool IsOpaque(const LoadedImage& image) {
 
 EFormat AtDepth(EFormat format, Depth depth) {
     const FormatFacts facts = Facts(format);
-    if (depth == Depth::kOwn || depth == DepthOf(facts.element)) return format;
-    return FormatOf(facts.channels, depth);
+    const ElementType element = ElementOf(depth);
+    return depth == Depth::kOwn || element == facts.element ? format : FormatOf(element, facts.channels);
 }
 
 EFormat AsGrey(EFormat format) {
     const FormatFacts facts = Facts(format);
-    return facts.channels <= 1 ? format : FormatOf(1, DepthOf(facts.element));
+    return facts.channels <= 1 ? format : FormatOf(facts.element, 1);
 }
 
 EFormat AsColour(EFormat format) {
     const FormatFacts facts = Facts(format);
-    return facts.channels == 1 ? FormatOf(4, DepthOf(facts.element)) : format;
+    return facts.channels == 1 ? FormatOf(facts.element, 4) : format;
 }
 
 int ColourChannels(EFormat format) {

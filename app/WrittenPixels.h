@@ -6,7 +6,7 @@
 
 namespace Kavra::App {
 
-/// Whether every pixel of the first face or slice is opaque: its alpha is the largest of its integers, or 1 and more.
+/// Whether every pixel, of all faces or slices, is opaque: its alpha is the largest of its integers, or 1 and more.
 /// False of formats that end in no alpha.
 bool IsOpaque(const LoadedImage& image);
 

@@ -1,29 +1,36 @@
 #include "load/FormatChannels.h"
 
+#include "formats/PixelFormatMapping.h"
+
 #include <array>
 #include <string_view>
-#include <utility>
 
 namespace Kavra::Devices {
 
-namespace {
-
-const char* TypeName(Common::ElementType element) {
-    switch (element) {
-        case Common::ElementType::kUInt8:
+const char* TypeName(OIIO::TypeDesc type) {
+    switch (type.basetype) {
+        case OIIO::TypeDesc::UINT8:
             return "uint8";
-        case Common::ElementType::kUInt16:
+        case OIIO::TypeDesc::INT8:
+            return "int8";
+        case OIIO::TypeDesc::UINT16:
             return "uint16";
-        case Common::ElementType::kHalf:
+        case OIIO::TypeDesc::INT16:
+            return "int16";
+        case OIIO::TypeDesc::UINT32:
+            return "uint32";
+        case OIIO::TypeDesc::INT32:
+            return "int32";
+        case OIIO::TypeDesc::HALF:
             return "half";
-        case Common::ElementType::kFloat:
+        case OIIO::TypeDesc::FLOAT:
             return "float";
+        case OIIO::TypeDesc::DOUBLE:
+            return "double";
         default:
             return "";
     }
 }
-
-}  // namespace
 
 std::string_view ChannelLetters(const Common::PixelFormat& format) {
     if (format.IsAlphaOnly()) return "A";
@@ -36,7 +43,7 @@ std::string_view ChannelLetters(const Common::PixelFormat& format) {
 void SetChannels(PartFacts& facts, const Common::PixelFormat& format) {
     FilePart& part = facts.part;
     for (const char letter : ChannelLetters(format))
-        facts.channels.push_back({std::string(1, letter), TypeName(format.element)});
+        facts.channels.push_back({std::string(1, letter), TypeName(LibraryType(format.element))});
     const bool isFloat = format.element == ElementType::kHalf || format.element == ElementType::kFloat;
     part.elements = 1;
     part.bitsPerSample = 8 * Common::BytesOf(format.element);

@@ -4,9 +4,14 @@
 #include "common/PixelFormats.h"
 #include "load/InspectedFile.h"
 
+#include <OpenImageIO/typedesc.h>
+
 #include <string_view>
 
 namespace Kavra::Devices {
+
+/// "uint8", "half" ... as `FileChannel` has them; empty of types that are no numbers.
+const char* TypeName(OIIO::TypeDesc type);
 
 /// One letter a channel, in their order in memory; none of blocks.
 std::string_view ChannelLetters(const Common::PixelFormat& format);

@@ -3,6 +3,7 @@
 #include "formats/Attributes.h"
 #include "load/ColourMeaning.h"
 #include "load/FileDescription.h"
+#include "load/FormatChannels.h"
 #include "readers/ImageFileType.h"
 
 #include <algorithm>
@@ -20,31 +21,6 @@ constexpr int kMaxLevels = 31;
 constexpr std::size_t kMaxMetadataBytes = std::size_t{256} << 20;    // that are looked at, of all parts
 constexpr std::uint64_t kMaxDecodedPixels = std::uint64_t{1} << 30;  // some seconds
 constexpr int kMaxElementsShown = 64;                                // of one attribute
-
-const char* TypeName(OIIO::TypeDesc type) {
-    switch (type.basetype) {
-        case OIIO::TypeDesc::UINT8:
-            return "uint8";
-        case OIIO::TypeDesc::INT8:
-            return "int8";
-        case OIIO::TypeDesc::UINT16:
-            return "uint16";
-        case OIIO::TypeDesc::INT16:
-            return "int16";
-        case OIIO::TypeDesc::UINT32:
-            return "uint32";
-        case OIIO::TypeDesc::INT32:
-            return "int32";
-        case OIIO::TypeDesc::HALF:
-            return "half";
-        case OIIO::TypeDesc::FLOAT:
-            return "float";
-        case OIIO::TypeDesc::DOUBLE:
-            return "double";
-        default:
-            return "";
-    }
-}
 
 /// Some readers divide the bits of a pixel, or of an index into a palette, by the channels.
 int BitsPerSample(std::string_view format, const OIIO::ImageSpec& spec) {

@@ -170,6 +170,42 @@ TEST(CubeOption, AMapBecomesAMapAgain) {
     EXPECT_LT(largest, 0.02) << "of a range of 1, also at the poles and where the map closes";
 }
 
+TEST(CubeOption, ThePoleOfAMapOfStripesIsTheirMean) {
+    const TemporaryFolder folder;
+    constexpr int kWidth = 256, kFace = kWidth / 4;
+    std::vector<float> stripes;
+    for (int i = 0; i < kWidth * kWidth / 2 * 3; ++i)
+        stripes.push_back(i / 3 % 2 == 0 ? 1.0F : 0.0F);
+    const auto map = WriteFloats(folder / "map.exr", kWidth, kWidth / 2, 3, stripes);
+    ExpectDone({"convert", map, folder / "cube.dds", "--cube", "equirect"});
+    const std::vector<float> cube = Floats(Dumped(folder / "cube.dds", {"--format", "rgba32f"}));
+    for (const int face : {2, 3}) {
+        for (int y = kFace / 2 - 8; y < kFace / 2 + 8; ++y) {
+            for (int x = kFace / 2 - 8; x < kFace / 2 + 8; ++x)
+                ASSERT_NEAR(cube[static_cast<std::size_t>((face * kFace + y) * kFace + x) * 4], 0.5, 0.05)
+                    << x << "," << y;
+        }
+    }
+}
+
+TEST(CubeOption, ValuesGoOnFromFaceToFace) {
+    const TemporaryFolder folder;
+    // +x is white, all else black; faces of two pixels, whose middles lie 27 degrees from the edge.
+    OIIO::ImageBuf strip(OIIO::ImageSpec(12, 2, 3, OIIO::TypeDesc::FLOAT));
+    for (OIIO::ImageBuf::Iterator<float> pixel(strip); !pixel.done(); ++pixel) {
+        for (int c = 0; c < 3; ++c)
+            pixel[c] = pixel.x() < 2 ? 1.0F : 0.0F;
+    }
+    ASSERT_TRUE(strip.write((folder / "strip.exr").string()));
+    ExpectDone({"convert", folder / "strip.exr", folder / "cube.dds", "--cube", "strip"});
+    ExpectDone({"convert", folder / "cube.dds", folder / "map.exr", "--cube", "equirect"});
+    const std::vector<float> map = Floats(Dumped(folder / "map.exr", {"--format", "rgba32f"}));
+    // Columns 5 and 6 of 8 look at +x, which ends between 4 and 5: a sample that is nearest to that edge is in between.
+    const auto at = [&](std::size_t column) { return map[(std::size_t{2} * 8 + column) * 4]; };
+    EXPECT_GT(at(4), 0.1F);
+    EXPECT_LT(at(5), 0.9F);
+}
+
 TEST(CubeOption, AnEvenMapStaysEvenAtEverySize) {
     const TemporaryFolder folder;
     for (const int width : {4, 6, 100}) {

@@ -44,5 +44,12 @@ TEST(RowReshape, RowsThatAreNotFilledAddNothingWhereRowsAreAddedUp) {
     ExpectHalfGrey(HalfFilled(20'000, 20'000, 20, 20), 20, 20);
 }
 
+TEST(RowReshape, WhatItHoldsCountsTheRowsThatAreSummedInTheLibrarysOrder) {
+    // The filter reaches over four times the height, of which each row is 200 floats.
+    const IncomingRows picture{.format = kL16, .width = 200, .height = 1000};
+    const Reshaping wanted = ReshapingFor({.highQuality = true}, 2, 1, kTopLeft);
+    EXPECT_GE(RowReshape::BytesFor(picture, wanted), 4000U * 200 * 4);
+}
+
 }  // namespace
 }  // namespace Kavra::Devices

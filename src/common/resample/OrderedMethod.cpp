@@ -1,5 +1,6 @@
 #include "common/resample/OrderedMethod.h"
 
+#include "common/Limits.h"
 #include "common/PixelFormats.h"
 #include "common/resample/ResampleKernels.h"
 
@@ -31,6 +32,11 @@ OrderedMethod::OrderedMethod(const Resampling& resampling)
 bool OrderedMethod::IsWorthIt(const Resampling& resampling) {
     const double pixels = static_cast<double>(resampling.x.toCount) * resampling.y.toCount;
     return pixels * Taps(resampling, resampling.x) * Taps(resampling, resampling.y) <= kMaxLooks;
+}
+
+std::uint64_t OrderedMethod::BytesOfThread(const Resampling& resampling) {
+    const auto rows = static_cast<std::uint64_t>(Taps(resampling, resampling.y)) + 1;
+    return Product<std::uint64_t>(rows, (resampling.FromRowFloats() + kSlack) * sizeof(float));
 }
 
 RowSpan OrderedMethod::Needs(int y) const {

@@ -4,6 +4,7 @@
 
 #include "common/resample/ResampleMethod.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace Kavra::Common {
@@ -15,6 +16,9 @@ public:
 
     /// Whether the library's order takes no longer than is worth it.
     static bool IsWorthIt(const Resampling& resampling);
+
+    /// Bytes of the rows that a thread holds as floats, at most.
+    static std::uint64_t BytesOfThread(const Resampling& resampling);
 
     RowSpan Needs(int y) const override;
     void Make(const SourceRows& source, int y, int count, unsigned char* out) const override;

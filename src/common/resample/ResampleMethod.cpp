@@ -78,6 +78,12 @@ RowSpan ClampedSpan(const Reach& reach, int rows) {
 
 namespace {
 
+/// Whether values are filtered as they are stored, each channel by itself.
+bool IsPlain(const Resampling& resampling) {
+    return !WorkingColours::Weights(resampling.pixels, resampling.options) &&
+           !WorkingColours::UndoesCurve(resampling.pixels, resampling.options);
+}
+
 /// Whether another order of adding up can show: in 8 bits only where shrinking takes so many terms that ties are not
 /// summed again.
 bool ShowsLastBits(const Resampling& resampling) {
@@ -86,14 +92,17 @@ bool ShowsLastBits(const Resampling& resampling) {
 
 }  // namespace
 
+bool IsOrdered(const Resampling& resampling) {
+    if (resampling.LooksAtPoints() || resampling.KeepsRange() || !IsPlain(resampling)) return false;
+    return OrderedMethod::IsWorthIt(resampling) && ShowsLastBits(resampling);
+}
+
 std::unique_ptr<ResampleMethod> NewResampleMethod(const Resampling& resampling) {
-    const ResampleOptions& options = resampling.options;
-    if (options.filter == Devices::kResampleNearest) return std::make_unique<NearestMethod>(resampling);
-    const bool isPlain = !WorkingColours::Weights(resampling.pixels, options) &&
-                         !WorkingColours::UndoesCurve(resampling.pixels, options);
-    if (options.filter == Devices::kResampleBilinear && isPlain) return std::make_unique<BilinearMethod>(resampling);
-    const bool isOrderly = isPlain && !resampling.KeepsRange() && OrderedMethod::IsWorthIt(resampling);
-    if (isOrderly && ShowsLastBits(resampling)) return std::make_unique<OrderedMethod>(resampling);
+    const Devices::EResampleFilter filter = resampling.options.filter;
+    if (filter == Devices::kResampleNearest) return std::make_unique<NearestMethod>(resampling);
+    if (filter == Devices::kResampleBilinear && IsPlain(resampling))
+        return std::make_unique<BilinearMethod>(resampling);
+    if (IsOrdered(resampling)) return std::make_unique<OrderedMethod>(resampling);
     return std::make_unique<FilterMethod>(resampling);
 }
 

@@ -90,6 +90,9 @@ public:
     virtual int GroupRows() const { return 1; }
 };
 
+/// Whether all is summed in the image library's own order (`OrderedMethod`).
+bool IsOrdered(const Resampling& resampling);
+
 /// `resampling` is possible. Throws `std::bad_alloc`.
 std::unique_ptr<ResampleMethod> NewResampleMethod(const Resampling& resampling);
 

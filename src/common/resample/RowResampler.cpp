@@ -2,6 +2,7 @@
 
 #include "common/Limits.h"
 #include "common/ParallelRange.h"
+#include "common/resample/OrderedMethod.h"
 
 #include <algorithm>
 #include <cstring>
@@ -155,7 +156,10 @@ std::uint64_t RowResampler::BytesFor(const Resampling& resampling) {
     const std::uint64_t ring = Product<std::uint64_t>(rows, resampling.FromRowBytes());
     const std::uint64_t tables = Sum<std::uint64_t>(weights(resampling.x), weights(resampling.y));
     const auto made = static_cast<std::size_t>(resampling.y.toCount);
-    const std::uint64_t groups = BytesOfGroups(resampling, ThreadsFor(made, SerialRows(resampling)), made);
+    const std::size_t threads = ThreadsFor(made, SerialRows(resampling));
+    const std::uint64_t groups = IsOrdered(resampling)
+                                     ? Product<std::uint64_t>(threads, OrderedMethod::BytesOfThread(resampling))
+                                     : BytesOfGroups(resampling, threads, made);
     return Sum<std::uint64_t>(ring, Sum<std::uint64_t>(tables, groups));
 }
 
