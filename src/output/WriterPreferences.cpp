@@ -76,7 +76,8 @@ void AddCompression(OIIO::ImageSpec& spec, const SavePreferences& preferences, s
 
 void AddResolution(OIIO::ImageSpec& spec, double resolution, std::string_view writer) {
     constexpr double kMin = 0.01, kMax = 65535;
-    if (!(resolution >= kMin && resolution <= kMax) || !Has(kWithMetadata, writer)) return;
+    const bool isWritable = resolution >= kMin && resolution <= kMax;
+    if (!isWritable || !Has(kWithMetadata, writer)) return;
     spec.attribute("XResolution", static_cast<float>(resolution));
     spec.attribute("YResolution", static_cast<float>(resolution));
     spec.attribute("ResolutionUnit", "in");
