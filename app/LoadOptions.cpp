@@ -2,6 +2,7 @@
 
 #include "FileNames.h"
 #include "FormatNames.h"
+#include "LegacyOption.h"
 #include "ResizedPicture.h"
 #include "Sizes.h"
 #include "Usage.h"
@@ -83,6 +84,7 @@ std::uint64_t LoadedImage::BlockSize() const {
 
 Owned<ImageDesc> Describe(IImageHandler& handler, Report& report) {
     const MessageScope scope(report);
+    const LoadPreferencesScope preferred(LegacyPreferences());
     return Owned<ImageDesc>(handler.GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
 }
 
@@ -120,11 +122,13 @@ LoadedImage CallLoad(IImageHandler& handler, Report& report, const LoadOptions& 
     const MessageScope scope(report);
     LoadPreferences preferences = options.resampling.For(report.File());
     options.selection.AddTo(preferences);
+    const LegacyNote note(preferences);
     const LoadPreferencesScope preferred(preferences);
     const KString path(OS::FromUtf8(report.File().c_str()).c_str());
     LoadedImage image;
     image.block.reset(handler.LoadTexture(image.desc, path, size.x, size.y, 0, options.format, smooth, options.frame,
                                           static_cast<EDataOrientation>(options.orientation), nullptr));
+    note.Tell(report);
     return image;
 }
 

@@ -1,6 +1,7 @@
 #include "Source.h"
 
 #include "FileNames.h"
+#include "LegacyOption.h"
 
 #include <kavra/objects/OS.h>
 
@@ -47,6 +48,7 @@ OwnedInspection Inspect(IImageHandler& handler, const std::string& file) {
     const FileState state(file);
     if (last && last->state == state) return last->answer;
     last.reset();
+    const LoadPreferencesScope preferred(LegacyPreferences());
     Owned<IFileInspection> found(inspector->Inspect(OS::FromUtf8(file.c_str()).c_str()));
     OwnedInspection answer = std::move(found);
     if (answer != nullptr) last = LastInspection{state, answer};

@@ -1,6 +1,7 @@
 /// The command kavra: a reference host that reaches everything through the class factory and `IImageHandler`.
 
 #include "Commands.h"
+#include "LegacyOption.h"
 #include "LoadOptions.h"
 #include "Messages.h"
 #include "OutputFile.h"
@@ -80,6 +81,7 @@ int main(int argc, char** argv) {
     Kavra::App::AddLight(program, session);
     Kavra::App::AddFormats(program, session);
     Kavra::App::AddLimitOptions(program);
+    Kavra::App::AddLegacyOption(program);
     Kavra::App::AddHelp(program, session);
     AddVerbose(program, session);
     for (CLI::App* command : program.get_subcommands(nullptr))

@@ -42,7 +42,8 @@ struct LegacyLoaded {
 inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const Devices::LoadRequest& request) {
     constexpr std::int64_t kMaxBytes = 1 << 20;
     LegacyLoaded loaded;
-    const std::unique_ptr<Devices::ImageReaderInterface> reader(Devices::CreateImageReader(fileType));
+    const std::unique_ptr<Devices::ImageReaderInterface> reader(
+        Devices::CreateImageReader(fileType, request.preferences.legacy));
     if (!reader) std::abort();
     if (reader->Open(path) && std::int64_t{reader->GetHeight()} * reader->GetRowPitch() > kMaxBytes) return loaded;
     loaded.block = Devices::LoadThroughReader(*reader, loaded.desc, path, request).value_or(nullptr);
@@ -62,11 +63,13 @@ inline LegacyLoaded LoadLegacyTwice(const Objects::KString& path, int fileType, 
 
 /// Loads the frame as its reader gives it, and ends the process when it is another one where its rows are handed out
 /// one by one, each in memory of its own. Whether it loads.
-inline bool CheckRows(const Objects::KString& path, int fileType, int frame) {
-    const std::unique_ptr<Devices::ImageReaderInterface> reader(Devices::CreateImageReader(fileType));
+inline bool CheckRows(const Objects::KString& path, int fileType, int frame,
+                      const Devices::LoadPreferences& preferences) {
+    const std::unique_ptr<Devices::ImageReaderInterface> reader(
+        Devices::CreateImageReader(fileType, preferences.legacy));
     if (!reader->Open(path)) return false;
-    const LegacyLoaded whole =
-        LoadLegacyTwice(path, fileType, {.level = frame, .orientation = reader->GetOrientation()});
+    const LegacyLoaded whole = LoadLegacyTwice(
+        path, fileType, {.level = frame, .orientation = reader->GetOrientation(), .preferences = preferences});
     if (!whole.block) return false;
     Tests::RowsInParts rows(static_cast<std::size_t>(whole.desc.height), static_cast<std::size_t>(whole.desc.rowPitch),
                             {1});
@@ -77,12 +80,19 @@ inline bool CheckRows(const Objects::KString& path, int fileType, int frame) {
     return true;
 }
 
-/// Loads the frame as it is, and smaller and rotated, sampled and filtered.
+/// Loads the frame in both readings as it is, and smaller and rotated, sampled and filtered.
 inline void CheckLegacyLoad(const Objects::KString& path, int fileType, int frame) {
     SilentSink::Install();
-    if (!CheckRows(path, fileType, frame)) return;
-    (void)LoadLegacyTwice(path, fileType, {.width = 7, .height = 5, .level = frame, .orientation = Devices::kLeftTop});
-    (void)LoadLegacyTwice(path, fileType, {.height = 3, .highQuality = true, .level = frame});
+    for (const auto reading : {Devices::kLegacyContract, Devices::kLegacyCommon}) {
+        Devices::LoadPreferences preferences;
+        preferences.legacy = reading;
+        if (!CheckRows(path, fileType, frame, preferences)) continue;
+        (void)LoadLegacyTwice(
+            path, fileType,
+            {.width = 7, .height = 5, .level = frame, .orientation = Devices::kLeftTop, .preferences = preferences});
+        (void)LoadLegacyTwice(path, fileType,
+                              {.height = 3, .highQuality = true, .level = frame, .preferences = preferences});
+    }
 }
 
 /// The input as a file with the extension (with its dot). The last byte also says which frame.

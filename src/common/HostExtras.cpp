@@ -74,6 +74,7 @@ Devices::LoadPreferences HostLoadPreferences() {
     const bool isKnown =
         preferences.filter >= Devices::kResampleNearest && preferences.filter <= Devices::kResampleLanczos3;
     if (!isKnown) preferences.choosesFilter = false;
+    if (preferences.legacy != Devices::kLegacyCommon) preferences.legacy = Devices::kLegacyContract;
     return preferences;
 }
 

@@ -30,7 +30,7 @@ bool IsPlainWrapper(const Objects::IMemoryWrapper<void>& wrapper);
 Devices::ImageLimits HostImageLimits();
 
 /// The calling thread's preferences; the defaults where the host knows of no such thing. A filter that is none of those
-/// known here counts as none chosen.
+/// known here counts as none chosen, such a reading of legacy files as the contract's.
 Devices::LoadPreferences HostLoadPreferences();
 
 /// The same of what is saved.

@@ -70,8 +70,8 @@ double FlicSeconds(Common::ByteSource source) {
 }
 
 /// Loads say nothing of an alpha, whatever such a file holds.
-Owned InspectLegacy(DetectedFile& file) {
-    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type));
+Owned InspectLegacy(DetectedFile& file, ELegacyReading reading) {
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type, reading));
     if (!reader) throw std::bad_alloc();
     const double seconds = file.type == FLIC ? FlicSeconds(file.files->source.Again()) : 0;
     if (!reader->Open(*std::exchange(file.files, std::nullopt))) return nullptr;
@@ -114,10 +114,11 @@ Owned InspectExr(const KString& path, const DetectedFile& file) {
 }  // namespace
 
 IFileInspection* InspectFile(const KString& path) {
-    DetectedFile file = DetectFile(path);
+    const ELegacyReading reading = Common::HostLoadPreferences().legacy;
+    DetectedFile file = DetectFile(path, reading);
     if (file.type == None) return nullptr;
     if (IsLegacy(file)) {
-        if (Owned inspected = InspectLegacy(file)) return inspected.release();
+        if (Owned inspected = InspectLegacy(file, reading)) return inspected.release();
     }
     std::optional<Common::ByteSource> own = file.files ? std::nullopt : OpenFile(path);
     Common::ByteSource* const source = file.files ? &file.files->source : own ? &*own : nullptr;

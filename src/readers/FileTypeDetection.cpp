@@ -8,6 +8,7 @@
 #include "readers/rlc/RlcReader.h"
 #include "readers/spot/SpotReader.h"
 
+#include <algorithm>
 #include <array>
 #include <cwctype>
 #include <new>
@@ -53,6 +54,17 @@ constexpr ContentProbe kContentProbes[] = {
     {DDS, IsDds}, {OpenEXR, IsOpenExr}, {PCX, IsPcx}, {CALS, IsCals}, {FLIC, IsFlic}, {PICT, IsPict}, {RLC, IsRlc},
 };
 
+ImageFileType TypeOf(ByteSource& source) {
+    const auto accepts = [&](const ContentProbe& probe) { return probe.accepts(source); };
+    const auto* const found = std::ranges::find_if(kContentProbes, accepts);
+    return found == std::end(kContentProbes) ? Other : found->type;
+}
+
+/// Files that only the common reading knows, asked when the contract's knows nothing of them.
+ImageFileType CommonTypeOf(ByteSource& /*source*/) {
+    return Other;
+}
+
 }  // namespace
 
 int IsCommonImageExtension(const KString& path) {
@@ -69,7 +81,7 @@ int IsCommonImageExtension(const KString& path) {
     return kCommon.contains(extension) ? Other : -1;
 }
 
-DetectedFile DetectFile(const KString& path) {
+DetectedFile DetectFile(const KString& path, ELegacyReading reading) {
     DetectedFile file;
     if (IsCommonImageExtension(path) > 0) {
         file.type = Other;
@@ -77,13 +89,8 @@ DetectedFile DetectFile(const KString& path) {
     }
     Result<ByteSource> source = ByteSource::Open(path);
     if (!source) return file;
-    file.type = Other;
     file.start = ReadStart(*source);
-    for (const ContentProbe& probe : kContentProbes) {
-        if (!probe.accepts(*source)) continue;
-        file.type = probe.type;
-        break;
-    }
+    file.type = TypeOf(*source);
     if (file.type == Other) {
         Result<PictureFiles> raster = OpenSpotFiles(path, &*source);
         if (raster && IsSpot(*raster)) {
@@ -91,6 +98,7 @@ DetectedFile DetectFile(const KString& path) {
             file.files = *std::move(raster);
             return file;
         }
+        if (reading == kLegacyCommon) file.type = CommonTypeOf(*source);
     }
     file.files = PictureFiles{path.ToChars(), *std::move(source), std::nullopt};
     return file;
@@ -106,9 +114,9 @@ namespace {
 
 /// A new reader, or null when there is no memory for it or for what it holds.
 template <class Reader>
-ImageReaderInterface* Make() {
+ImageReaderInterface* Make(ELegacyReading reading) {
     try {
-        return new Reader;
+        return new Reader(reading);
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
@@ -116,7 +124,7 @@ ImageReaderInterface* Make() {
 
 struct ReaderEntry {
     int fileType;
-    ImageReaderInterface* (*make)();
+    ImageReaderInterface* (*make)(ELegacyReading reading);
 };
 
 /// One line a reader: `{PCX, Make<PCXReader>},`.
@@ -127,11 +135,13 @@ constexpr ReaderEntry kReaders[] = {
 
 }  // namespace
 
-ImageReaderInterface* CreateImageReader(int fileType) {
-    for (const ReaderEntry& entry : kReaders) {
-        if (entry.fileType == fileType) return entry.make();
-    }
-    return nullptr;
+bool HasImageReader(int fileType) {
+    return std::ranges::contains(kReaders, fileType, &ReaderEntry::fileType);
+}
+
+ImageReaderInterface* CreateImageReader(int fileType, ELegacyReading reading) {
+    const auto* const found = std::ranges::find(kReaders, fileType, &ReaderEntry::fileType);
+    return found == std::end(kReaders) ? nullptr : found->make(reading);
 }
 
 }  // namespace Kavra::Devices

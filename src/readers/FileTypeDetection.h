@@ -5,6 +5,7 @@
 #include "readers/ImageReaderInterface.h"
 
 #include <kavra/devices/Export.h>
+#include <kavra/devices/LegacyReading.h>
 
 #include <array>
 #include <optional>
@@ -18,18 +19,22 @@ struct DetectedFile {
     std::optional<std::array<unsigned char, 4>> start;  ///< its first bytes, zero where it has fewer; likewise
 };
 
-/// Opens a file and tells what it is: by its extension where that is a common one, else by its first bytes. Never
-/// throws for what a file holds. Threads: any.
-DetectedFile DetectFile(const KString& path);
+/// Opens a file and tells what it is: by its extension where that is a common one, else by its first bytes. The common
+/// reading knows more files of the legacy formats; what the contract's knows is the same to both. Never throws for what
+/// a file holds. Threads: any.
+DetectedFile DetectFile(const KString& path, ELegacyReading reading = kLegacyContract);
 
-/// The `ImageFileType` alone.
+/// The `ImageFileType` alone, in the contract's reading.
 int DetectImageFileType(const KString& path);
 
 /// `Other` when the extension (all from the last "." of the whole path, ignoring case) is one that is always left to
 /// OpenImageIO, else -1. No file is opened.
 int IsCommonImageExtension(const KString& path);
 
-/// A new reader for the type, which the caller owns, or null when there is none.
-ImageReaderInterface* CreateImageReader(int fileType);
+/// Whether files of this type are read by a reader of our own.
+bool HasImageReader(int fileType);
+
+/// A new reader for the type, which the caller owns, or null when there is none or no memory for it.
+ImageReaderInterface* CreateImageReader(int fileType, ELegacyReading reading = kLegacyContract);
 
 }  // namespace Kavra::Devices

@@ -49,6 +49,8 @@ public:
     virtual EDataOrientation GetOrientation() { return kTopLeft; }
     /// Bytes that the reader holds while `ReadFrame` runs, beside what the sink holds and a few rows.
     virtual std::uint64_t GetWorkingBytes() { return 0; }
+    /// What the contract's reading did so far that the common one does otherwise (`Reading::Difference`), or null.
+    virtual const char* GetDifference() const { return nullptr; }
 
     /// Opens the files of the picture that a path leads to: the file itself, unless the format has others.
     [[nodiscard]] virtual Common::Result<PictureFiles> FindFiles(const KString& path);

@@ -95,16 +95,24 @@ Result<PixelBlock> DecodeFitted(ImageReaderInterface& reader, ImageDescription& 
     return std::move(fitted.block);
 }
 
-}  // namespace
-
-Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, PictureFiles files,
-                                     const LoadRequest& request) {
+Result<PixelBlock> Load(ImageReaderInterface& reader, ImageDescription& desc, PictureFiles files,
+                        const LoadRequest& request) {
     if (const Result<> opened = reader.Open(std::move(files)); !opened) return std::unexpected(opened.error());
     Describe(reader, request.orientation, desc);
     const Fitting fitting(desc, request);
     if (const Result<> within = CheckLimits(reader, desc, fitting); !within) return std::unexpected(within.error());
     return fitting.IsNeeded() ? DecodeFitted(reader, desc, request.level, fitting)
                               : Decode(reader, desc, request.level);
+}
+
+}  // namespace
+
+Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, PictureFiles files,
+                                     const LoadRequest& request) {
+    Result<PixelBlock> block = Load(reader, desc, std::move(files), request);
+    ILegacyObserver* const observer = request.preferences.legacyObserver;
+    if (observer != nullptr && reader.GetDifference() != nullptr) observer->ReadingsDiffer(reader.GetDifference());
+    return block;
 }
 
 Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, const KString& path,
@@ -115,13 +123,13 @@ Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescript
 
 Result<PixelBlock> LoadSpecial(ImageDescription& desc, DetectedFile file, const LoadRequest& request) {
     if (file.type == None) return std::unexpected(Failure::kCannotOpen);
-    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type));
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type, request.preferences.legacy));
     if (!reader || !file.files) return std::unexpected(Failure::kUnsupported);
     return LoadThroughReader(*reader, desc, *std::move(file.files), request);
 }
 
 Result<PixelBlock> LoadSpecial(ImageDescription& desc, const KString& path, const LoadRequest& request, int fileType) {
-    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType));
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(fileType, request.preferences.legacy));
     if (!reader) return std::unexpected(Failure::kUnsupported);
     return LoadThroughReader(*reader, desc, path, request);
 }

@@ -18,7 +18,8 @@ namespace Kavra::Devices {
 ///
 /// Fills `desc` as soon as the reader has opened the files, with gamma 2.2 and no alpha whatever they hold. Fails when
 /// the reader does, when the picture is larger than the host allows (`Common::HostBounds`), or when the load would take
-/// more than `Common::ReaderBounds`. Raises no message of its own. Throws `std::bad_alloc`.
+/// more than `Common::ReaderBounds`. Raises no message of its own, but tells the observer of the request where the
+/// readings differ. Throws `std::bad_alloc`.
 [[nodiscard]] Common::Result<Common::PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc,
                                                                    PictureFiles files, const LoadRequest& request);
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <kavra/devices/Export.h>
+#include <kavra/devices/LegacyReading.h>
 #include <kavra/devices/Resampler.h>
 
 #include <cstdint>
@@ -49,6 +50,11 @@ struct LoadPreferences {
     /// channels of a type that holds them all. For what the image library reads. Null: the contract's choice. The text
     /// lives until the scope ends.
     const char* channels = nullptr;
+
+    /// How files of the old raster formats are read, by descriptions and inspections as well.
+    ELegacyReading legacy = kLegacyContract;
+    /// Hears of files that the other reading shows differently; null where nobody asks. Lives until the scope ends.
+    ILegacyObserver* legacyObserver = nullptr;
 };
 
 /// Makes preferences those of the calling thread, over those that it had; fields beyond `preferences.size` are at their

@@ -1,6 +1,7 @@
 // Describing a file: readers of legacy formats or the host's DDS reader first, then OpenImageIO, then the host's
 // OpenEXR reader. Where memory fails, nothing further is asked: another way would describe the file differently.
 
+#include "common/HostExtras.h"
 #include "common/HostObject.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
@@ -35,14 +36,9 @@ void SetFlat(ImageDesc& desc, int width, int height, EFormat format) {
     desc.gamma = Common::kDefaultGamma;
 }
 
-/// Whether `CreateImageReader` has a reader for the type, so that none means that there is no memory for it.
-bool HasReader(int fileType) {
-    return fileType != None && fileType != DDS && fileType != OpenEXR && fileType != Other;
-}
-
-bool DescribeByReader(ImageDesc& desc, DetectedFile& file) {
-    if (!HasReader(file.type)) return false;
-    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type));
+bool DescribeByReader(ImageDesc& desc, DetectedFile& file, ELegacyReading reading) {
+    if (!HasImageReader(file.type)) return false;
+    const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type, reading));
     if (!reader) throw std::bad_alloc();
     if (!reader->Open(*std::exchange(file.files, std::nullopt))) return false;
     SetFlat(desc, reader->GetWidth(), reader->GetHeight(), reader->GetFormat());
@@ -85,13 +81,14 @@ std::unique_ptr<OIIO::ImageInput> OpenForLibrary(const KString& path, DetectedFi
 }  // namespace
 
 ImageDesc* DescribeImage(const KString& path) {
-    DetectedFile file = DetectFile(path);
+    const ELegacyReading reading = Common::HostLoadPreferences().legacy;
+    DetectedFile file = DetectFile(path, reading);
     OwnedDesc desc(new ImageDesc);
     if (file.type == None || !desc) return nullptr;
 
     bool alphaVariant = false;
     const bool found =
-        file.type == DDS ? DescribeByDdsReader(*desc, path, alphaVariant) : DescribeByReader(*desc, file);
+        file.type == DDS ? DescribeByDdsReader(*desc, path, alphaVariant) : DescribeByReader(*desc, file, reading);
     if (const auto input = found ? nullptr : OpenForLibrary(path, file)) {
         const OwnedDesc described(GetImageDescByOIIO(input.get(), file.type, alphaVariant));
         if (!described) return nullptr;

@@ -257,6 +257,14 @@ Result<LoadedPixels> LoadWithoutLibrary(ImageDescription& desc, const KString& p
     });
 }
 
+/// Whoever asks hears that a file which nothing else knows has a reader in the other reading.
+void TellOfCommonReading(const KString& path, const LoadRequest& request, int fileType) {
+    ILegacyObserver* const observer = request.preferences.legacyObserver;
+    const bool isAsked = observer != nullptr && fileType == Other && request.preferences.legacy == kLegacyContract;
+    if (isAsked && HasImageReader(DetectFile(path, kLegacyCommon).type))
+        observer->ReadingsDiffer("of no kind that the host's rules know");
+}
+
 /// Hosts are told of every failure in the same words.
 IMemoryWrapper<void>* Refuse(Failure /*reason*/) {
     Sys::Warning(L"format is not supported", nullptr);
@@ -266,16 +274,19 @@ IMemoryWrapper<void>* Refuse(Failure /*reason*/) {
 }  // namespace
 
 IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, const LoadRequest& request) {
-    DetectedFile file = DetectFile(path);
+    DetectedFile file = DetectFile(path, request.preferences.legacy);
     Common::ByteSource* const open = file.files ? &file.files->source : nullptr;
     if (PixelBlock block = LoadTextureByOIIO(desc, path, request, file.type, open)) {
         return Common::WrapBlock(std::move(block));
     }
     // Those files have nothing of which a part could be chosen.
-    const bool isElsewhere = file.type != None && file.type != DDS && file.type != OpenEXR && file.type != Other;
-    if (isElsewhere && WantsPart(request.preferences)) Sys::Warning(L"Frame index out of range", nullptr);
+    if (HasImageReader(file.type) && WantsPart(request.preferences)) Sys::Warning(L"Frame index out of range", nullptr);
+    const ImageFileType type = file.type;
     Result<LoadedPixels> pixels = LoadWithoutLibrary(desc, path, request, std::move(file));
-    if (!pixels) return Refuse(pixels.error());
+    if (!pixels) {
+        TellOfCommonReading(path, request, type);
+        return Refuse(pixels.error());
+    }
     const Common::PictureBounds bounds = pixels->isLegacy ? Common::ReaderBounds() : Common::HostBounds();
     if (!bounds.Hold({.pixels = PixelsOf(desc), .blockBytes = desc.dataSize * Faces(desc)})) {
         return Refuse(Failure::kTooLarge);

@@ -15,6 +15,7 @@
 
 #include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/Reading.h"
 
 #include <kavra/devices/EDataOrientation.h>
 
@@ -69,6 +70,8 @@ bool IsCals(Common::ByteSource& source);
 /// which there is no data are black. Nothing makes `ReadFrame` fail but that no file is open.
 class CALSReader final : public ImageReaderInterface {
 public:
+    explicit CALSReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
+
     void Close() override;
     /// The header's counts are taken as they are, even where no image can have them.
     Common::Result<> OpenFiles(PictureFiles files) override;
@@ -81,7 +84,10 @@ public:
     int GetRowPitch() override;
     EDataOrientation GetOrientation() override { return mHeader.Orientation(); }
 
+    const char* GetDifference() const override { return mReading.Difference(); }
+
 private:
+    Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     CalsHeader mHeader;
 };

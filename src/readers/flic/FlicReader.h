@@ -22,6 +22,7 @@
 
 #include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/Reading.h"
 #include "readers/flic/FlicChunks.h"
 
 #include <cstdint>
@@ -52,6 +53,8 @@ void PlayFlic(Common::ByteSource& source, const FlicHeader& header, int wanted, 
 /// memory for a byte a pixel besides the block.
 class FLICReader final : public ImageReaderInterface {
 public:
+    explicit FLICReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
+
     void Close() override;
     Common::Result<> OpenFiles(PictureFiles files) override;
     /// Negative frames are the first.
@@ -63,7 +66,10 @@ public:
     int GetFrameCount() override { return mHeader.frames; }
     std::uint64_t GetWorkingBytes() override { return FlicFrame::BytesOf(mHeader.width, mHeader.height); }
 
+    const char* GetDifference() const override { return mReading.Difference(); }
+
 private:
+    Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     FlicHeader mHeader;
 };

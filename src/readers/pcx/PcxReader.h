@@ -19,6 +19,7 @@
 
 #include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/Reading.h"
 #include "readers/pcx/PcxRuns.h"
 
 #include <array>
@@ -176,6 +177,8 @@ private:
 /// the picture is finished with what `PcxIndexRows` and `PcxColourRows` say of missing bytes.
 class PCXReader final : public ImageReaderInterface {
 public:
+    explicit PCXReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
+
     void Close() override;
     Common::Result<> OpenFiles(PictureFiles files) override;
     Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
@@ -184,7 +187,10 @@ public:
     int GetHeight() override { return mHeader.Height(); }
     int GetRowPitch() override { return 4 * mHeader.Width(); }
 
+    const char* GetDifference() const override { return mReading.Difference(); }
+
 private:
+    Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     PcxHeader mHeader;
     std::optional<PcxPalette> mPalette;  // nothing for 24 bits

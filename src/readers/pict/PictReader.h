@@ -13,6 +13,7 @@
 #include "common/ByteSource.h"
 #include "common/PixelBlock.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/Reading.h"
 #include "readers/pict/PictStream.h"
 
 #include <cstdint>
@@ -32,6 +33,8 @@ bool IsPict(Common::ByteSource& source);
 /// with the warning "The data is corrupted."; one of less than 512 bytes, or of 2 GiB or more, silently.
 class PictReader final : public ImageReaderInterface {
 public:
+    explicit PictReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
+
     void Close() override;
     Common::Result<> OpenFiles(PictureFiles files) override;
     /// `frame` does not matter.
@@ -42,11 +45,14 @@ public:
     int GetRowPitch() override { return 4 * mHeader.frame.Width(); }
     std::uint64_t GetWorkingBytes() override { return mSource ? mSource->Size() + mHeader.WorkingBytes() : 0; }
 
+    const char* GetDifference() const override { return mReading.Difference(); }
+
 private:
     Common::Result<> TakeFile(Common::ByteSource& file);
     Common::Result<> TakePicture();
 
-    Common::PixelBlock mFile;                   // its bytes
+    Common::PixelBlock mFile;  // its bytes
+    Reading mReading;
     std::optional<Common::ByteSource> mSource;  // over them; nothing unless a file is open
     PictPicture mHeader;                        // and all that follows it but the rows
 };

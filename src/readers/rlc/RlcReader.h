@@ -22,6 +22,7 @@
 #include "common/ByteSource.h"
 #include "common/Result.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/Reading.h"
 
 #include <array>
 #include <cstddef>
@@ -90,6 +91,8 @@ private:
 /// `ReadFrame` fail but that no file is open.
 class RlcReader final : public ImageReaderInterface {
 public:
+    explicit RlcReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
+
     void Close() override;
     /// Neither the sizes nor the rows are checked.
     Common::Result<> OpenFiles(PictureFiles files) override;
@@ -103,7 +106,10 @@ public:
     /// the count of the one before.
     int GetFrameCount() override { return mFrameCount; }
 
+    const char* GetDifference() const override { return mReading.Difference(); }
+
 private:
+    Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     RlcHeader mHeader;
     int mFrameCount = 0;  // which closing leaves alone

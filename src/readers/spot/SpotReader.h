@@ -23,6 +23,7 @@
 
 #include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
+#include "readers/Reading.h"
 #include "readers/spot/SpotHeader.h"
 
 #include <optional>
@@ -37,6 +38,8 @@ bool IsSpot(PictureFiles& files);
 /// little-endian. A sample that its row does not hold is zero.
 class SpotReader final : public ImageReaderInterface {
 public:
+    explicit SpotReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
+
     /// Any path beside the ".bil" and the ".hdr" file that shares their name leads to them.
     Common::Result<PictureFiles> FindFiles(const KString& path) override;
     void Close() override;
@@ -51,7 +54,10 @@ public:
     EFormat GetFormat() override { return mFormat; }
     int GetFrameCount() override { return mFrameCount; }
 
+    const char* GetDifference() const override { return mReading.Difference(); }
+
 private:
+    Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a raster is open
     SpotHeader mHeader;
     EFormat mFormat = kUnknown;

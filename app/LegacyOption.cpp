@@ -1,0 +1,44 @@
+#include "LegacyOption.h"
+
+#include "Usage.h"
+
+#include <format>
+
+namespace Kavra::App {
+
+using namespace Devices;
+
+namespace {
+
+ELegacyReading theReading = kLegacyContract;
+
+}  // namespace
+
+void AddLegacyOption(CLI::App& program) {
+    const auto reads = [](CLI::App* command) { return command->get_name() != "formats"; };
+    for (CLI::App* const command : program.get_subcommands(reads)) {
+        AddChoice<ELegacyReading>(
+            *command, "--legacy", {{"contract", kLegacyContract}, {"common", kLegacyCommon}},
+            [](ELegacyReading reading) { theReading = reading; },
+            "How PCX, PICT, FLI, FLC, band raster, CALS and DDS files are read: as hosts get them, or as they were "
+            "meant "
+            "and other programs show them; contract unless said");
+    }
+}
+
+LoadPreferences LegacyPreferences() {
+    LoadPreferences preferences;
+    preferences.legacy = theReading;
+    return preferences;
+}
+
+LegacyNote::LegacyNote(LoadPreferences& preferences) {
+    preferences.legacy = theReading;
+    preferences.legacyObserver = this;
+}
+
+void LegacyNote::Tell(Report& report) const {
+    if (mHow != nullptr) report.NoteOnce(std::format("{}; --legacy common shows it as other programs do", mHow));
+}
+
+}  // namespace Kavra::App
