@@ -12,6 +12,7 @@
 #include <array>
 #include <cwctype>
 #include <new>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -54,16 +55,16 @@ constexpr ContentProbe kContentProbes[] = {
     {DDS, IsDds}, {OpenEXR, IsOpenExr}, {PCX, IsPcx}, {CALS, IsCals}, {FLIC, IsFlic}, {PICT, IsPict}, {RLC, IsRlc},
 };
 
-ImageFileType TypeOf(ByteSource& source) {
+ImageFileType TypeOf(ByteSource& source, std::span<const ContentProbe> probes) {
     const auto accepts = [&](const ContentProbe& probe) { return probe.accepts(source); };
-    const auto* const found = std::ranges::find_if(kContentProbes, accepts);
-    return found == std::end(kContentProbes) ? Other : found->type;
+    const auto found = std::ranges::find_if(probes, accepts);
+    return found == probes.end() ? Other : found->type;
 }
 
 /// Files that only the common reading knows, asked when the contract's knows nothing of them.
-ImageFileType CommonTypeOf(ByteSource& /*source*/) {
-    return Other;
-}
+constexpr ContentProbe kCommonProbes[] = {
+    {PICT, IsCommonPict},
+};
 
 }  // namespace
 
@@ -90,7 +91,7 @@ DetectedFile DetectFile(const KString& path, ELegacyReading reading) {
     Result<ByteSource> source = ByteSource::Open(path);
     if (!source) return file;
     file.start = ReadStart(*source);
-    file.type = TypeOf(*source);
+    file.type = TypeOf(*source, kContentProbes);
     if (file.type == Other) {
         Result<PictureFiles> raster = OpenSpotFiles(path, &*source);
         if (raster && IsSpot(*raster)) {
@@ -98,7 +99,7 @@ DetectedFile DetectFile(const KString& path, ELegacyReading reading) {
             file.files = *std::move(raster);
             return file;
         }
-        if (reading == kLegacyCommon) file.type = CommonTypeOf(*source);
+        if (reading == kLegacyCommon) file.type = TypeOf(*source, kCommonProbes);
     }
     file.files = PictureFiles{path.ToChars(), *std::move(source), std::nullopt};
     return file;

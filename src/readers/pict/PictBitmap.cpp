@@ -3,6 +3,7 @@
 #include "common/ByteOrder.h"
 
 #include <cstring>
+#include <optional>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -18,28 +19,41 @@ namespace {
 
 constexpr unsigned kMaxRowBytesOfByteCounts = 250;
 constexpr unsigned kCountSlack = 100;  // packets may make a row longer
+constexpr std::size_t kNoOperation = 0x80;
 
 /// Packets speak of bytes, but of pixels at 16 bits.
 std::size_t UnitBytes(const PictRowLayout& layout) {
     return layout.pixelSize == 16 ? 2 : 1;
 }
 
-Result<unsigned> ReadCount(ByteSource& source, const PictRowLayout& layout) {
-    if (!layout.IsPacked()) return layout.rowBytes;
-    const bool wide = layout.IsDirect() || layout.rowBytes > kMaxRowBytesOfByteCounts;
-    const Result<unsigned> count = wide ? source.Big<std::uint16_t>().transform([](auto n) { return unsigned{n}; })
-                                        : source.Big<std::uint8_t>().transform([](auto n) { return unsigned{n}; });
-    if (count && *count > layout.rowBytes + kCountSlack) return std::unexpected(Failure::kMalformed);
+bool IsOfContract(const PictRowLayout& layout) {
+    return layout.storage == PictRowStorage::kByRowBytes;
+}
+
+Result<std::size_t> ReadCount(ByteSource& source, const PictRowLayout& layout) {
+    if (!layout.IsPacked()) return layout.PlainBytes();
+    const auto toSize = [](auto number) { return std::size_t{number}; };
+    const Result<std::size_t> count = layout.HasWordCounts() ? source.Big<std::uint16_t>().transform(toSize)
+                                                             : source.Big<std::uint8_t>().transform(toSize);
+    // Elsewhere the count is taken as it is: writers pack worse than they could.
+    if (count && IsOfContract(layout) && *count > layout.rowBytes + kCountSlack)
+        return std::unexpected(Failure::kMalformed);
     return count;
 }
 
 /// Calls `repeat(unit, bytes)` or `copy(bytes)` for each packet: a flag byte, and one unit to be repeated 257 - flag
-/// times where the flag is 128 or more (as a signed byte: 1 - flag times), or else flag + 1 units. Stops with false at
-/// a packet that is not whole or gives more than `capacity` bytes in all.
+/// times where the flag is 128 or more (as a signed byte: 1 - flag times), or else flag + 1 units. The flag 128 repeats
+/// 129 times in the contract's reading; it is published to do nothing. Stops with false at a packet that is not whole
+/// or gives more than `capacity` bytes in all.
 template <std::size_t kUnit, class Repeat, class Copy>
-bool ForEachPacket(std::span<const unsigned char> packed, std::size_t capacity, Repeat repeat, Copy copy) {
+bool ForEachPacket(std::span<const unsigned char> packed, std::size_t capacity, bool ofContract, Repeat repeat,
+                   Copy copy) {
     while (!packed.empty()) {
         const std::size_t flag = packed.front();
+        if (flag == kNoOperation && !ofContract) {
+            packed = packed.subspan(1);
+            continue;
+        }
         const bool repeats = flag >= 0x80;
         const std::size_t given = kUnit * (repeats ? 257 - flag : flag + 1);
         const std::size_t stored = repeats ? kUnit : given;
@@ -56,10 +70,17 @@ bool ForEachPacket(std::span<const unsigned char> packed, std::size_t capacity, 
     return true;
 }
 
+/// How many bytes the packets give; nothing where they are not sound.
 template <std::size_t kUnit>
-bool IsSound(std::span<const unsigned char> packed, std::size_t capacity) {
-    const auto nothing = [](std::span<const unsigned char>, std::size_t) {};
-    return ForEachPacket<kUnit>(packed, capacity, nothing, nothing);
+std::optional<std::size_t> CountBytes(std::span<const unsigned char> packed, const PictRowLayout& layout) {
+    std::size_t bytes = 0;
+    const auto count = [&](std::span<const unsigned char>, std::size_t given) { bytes += given; };
+    if (!ForEachPacket<kUnit>(packed, layout.UnpackedBytes(), IsOfContract(layout), count, count)) return std::nullopt;
+    return bytes;
+}
+
+std::optional<std::size_t> CountBytes(std::span<const unsigned char> packed, const PictRowLayout& layout) {
+    return UnitBytes(layout) == 2 ? CountBytes<2>(packed, layout) : CountBytes<1>(packed, layout);
 }
 
 // Most packets are short: a step or two of a fixed size takes less time than finding out how to copy so few bytes. A
@@ -97,7 +118,7 @@ void FillBytes(std::span<unsigned char> to, std::span<const unsigned char> unit,
 
 /// Returns how many bytes were unpacked. Less than a step behind them may have changed, too.
 template <std::size_t kUnit>
-std::size_t UnpackInto(std::span<unsigned char> out, std::span<const unsigned char> packed) {
+std::size_t UnpackInto(std::span<unsigned char> out, std::span<const unsigned char> packed, bool ofContract) {
     std::size_t used = 0;
     const auto repeat = [&](std::span<const unsigned char> rest, std::size_t bytes) {
         FillBytes<kUnit>(out.subspan(used), rest.first(kUnit), bytes);
@@ -107,44 +128,69 @@ std::size_t UnpackInto(std::span<unsigned char> out, std::span<const unsigned ch
         CopyBytes(out.subspan(used), rest, bytes);
         used += bytes;
     };
-    (void)ForEachPacket<kUnit>(packed, out.size(), repeat, copy);
+    (void)ForEachPacket<kUnit>(packed, out.size(), ofContract, repeat, copy);
     return used;
 }
 
 }  // namespace
+
+bool PictRowLayout::HasWordCounts() const {
+    if (!IsOfContract(*this)) return storage == PictRowStorage::kWordCounts;
+    return IsDirect() || rowBytes > kMaxRowBytesOfByteCounts;
+}
 
 bool PictRowLayout::HoldsItsPixels() const {
     if (IsDirect() && IsPacked()) return true;  // what is unpacked is counted in pixels, not in row bytes
     return std::uint64_t{rowBytes} * 8 >= static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(pixelSize);
 }
 
+std::size_t PictRowLayout::PlainBytes() const {
+    return storage == PictRowStorage::kWithoutPad ? 3 * static_cast<std::size_t>(width) : rowBytes;
+}
+
 std::size_t PictRowLayout::UnpackedBytes() const {
     const auto pixels = static_cast<std::size_t>(width);
-    if (!IsDirect() || !IsPacked()) return rowBytes;
-    if (pixelSize == 32) return pixels * static_cast<std::size_t>(components);
-    return std::max<std::size_t>(2 * pixels, rowBytes & 0x7FFF);  // a row may be padded
+    if (IsDirect() && IsPacked()) {
+        if (pixelSize == 32) return pixels * static_cast<std::size_t>(components);
+        return std::max<std::size_t>(2 * pixels, rowBytes & 0x7FFF);  // a row may be padded
+    }
+    if (IsOfContract(*this)) return rowBytes;  // which holds the pixels
+    if (storage == PictRowStorage::kWithoutPad) return PlainBytes();
+    return std::max<std::size_t>(rowBytes, (pixels * static_cast<std::size_t>(pixelSize) + 7) / 8);
 }
 
 Result<std::span<const unsigned char>> NextPictRow(ByteSource& source, const PictRowLayout& layout) {
-    const Result<unsigned> count = ReadCount(source, layout);
+    const Result<std::size_t> count = ReadCount(source, layout);
     if (!count) return std::unexpected(count.error());
     const std::span<const unsigned char> rest = source.Peek();
     return source.Skip(*count).transform([&] { return rest.first(*count); });
 }
 
 bool IsSoundPictRow(std::span<const unsigned char> stored, const PictRowLayout& layout) {
+    return !layout.IsPacked() || CountBytes(stored, layout).has_value();
+}
+
+bool IsWholePictRow(std::span<const unsigned char> stored, const PictRowLayout& layout) {
     if (!layout.IsPacked()) return true;
-    return UnitBytes(layout) == 2 ? IsSound<2>(stored, layout.UnpackedBytes())
-                                  : IsSound<1>(stored, layout.UnpackedBytes());
+    const std::size_t bits = static_cast<std::size_t>(layout.width) * static_cast<std::size_t>(layout.pixelSize);
+    const std::size_t pixels = layout.pixelSize == 32 ? layout.UnpackedBytes() : (bits + 7) / 8;
+    return CountBytes(stored, layout).value_or(0) >= pixels;
 }
 
 std::span<const unsigned char> PictRowBuffer::Unpack(std::span<const unsigned char> stored,
                                                      const PictRowLayout& layout) {
-    if (!layout.IsPacked()) return stored;
     const std::size_t bytes = layout.UnpackedBytes();
+    const bool isPacked = layout.IsPacked();
+    if (!isPacked && stored.size() >= bytes) return stored;
     if (mBytes.size() < bytes) mBytes.resize(bytes);
     const std::span<unsigned char> row = std::span(mBytes).first(bytes);
-    const std::size_t used = UnitBytes(layout) == 2 ? UnpackInto<2>(row, stored) : UnpackInto<1>(row, stored);
+    const bool ofContract = IsOfContract(layout);
+    std::size_t used = stored.size();
+    if (!isPacked) {
+        std::ranges::copy(stored, row.begin());  // a row that its pixels need more bytes than
+    } else {
+        used = UnitBytes(layout) == 2 ? UnpackInto<2>(row, stored, ofContract) : UnpackInto<1>(row, stored, ofContract);
+    }
     const std::size_t changed = std::min(used + kStep, bytes);
     std::ranges::fill(std::span(mBytes).first(std::max(mUsed, changed)).subspan(used), 0);
     mUsed = used;
@@ -228,28 +274,9 @@ Result<> ReadPixelMapHeader(ByteSource& source, std::uint16_t rowBytes, bool dir
     return SetBounds(record, RectAt<0>(*header));
 }
 
-/// A seed (4 bytes), flags (2), the number of the last entry (2, signed: -1 where there is none); then the entries: a
-/// number, red, green, blue (2 each). The number says where an entry belongs unless the table is a device's, or has no
-/// such place.
-Result<std::vector<PictColour>> ReadColourTable(ByteSource& source) {
-    const auto header = Next<8>(source);
-    if (!header) return std::unexpected(header.error());
-    const bool inOrder = (BigAt<std::uint16_t, 4>(*header) & kDeviceTableFlag) != 0;
-    const int count = std::max(BigAt<std::int16_t, 6>(*header) + 1, 0);
-    std::vector<PictColour> colours(static_cast<std::size_t>(std::min(count, kMaxColours)));
-    for (int i = 0; i < count; ++i) {
-        const auto entry = Next<8>(source);
-        if (!entry) return std::unexpected(entry.error());
-        const int number = BigAt<std::uint16_t, 0>(*entry);
-        const auto place = static_cast<std::size_t>(inOrder || number >= count ? i : number);
-        if (place < colours.size()) colours[place] = ColourAt<2>(*entry);
-    }
-    return colours;
-}
-
 Result<> ReadIndexedPixelMap(ByteSource& source, std::uint16_t rowBytes, PictRecord& record) {
     return ReadPixelMapHeader(source, rowBytes, false, record)
-        .and_then([&] { return ReadColourTable(source); })
+        .and_then([&] { return ReadPictColourTable(source); })
         .transform([&](std::vector<PictColour>&& colours) { record.colours = std::move(colours); });
 }
 
@@ -293,6 +320,25 @@ Result<PictRect> ReadPictRect(ByteSource& source) {
 
 Result<PictColour> ReadPictColour(ByteSource& source) {
     return Next<6>(source).transform([](const auto& bytes) { return ColourAt<0>(bytes); });
+}
+
+/// A seed (4 bytes), flags (2), the number of the last entry (2, signed: -1 where there is none); then the entries: a
+/// number, red, green, blue (2 each). The number says where an entry belongs unless the table is a device's, or has no
+/// such place.
+Result<std::vector<PictColour>> ReadPictColourTable(ByteSource& source) {
+    const auto header = Next<8>(source);
+    if (!header) return std::unexpected(header.error());
+    const bool inOrder = (BigAt<std::uint16_t, 4>(*header) & kDeviceTableFlag) != 0;
+    const int count = std::max(BigAt<std::int16_t, 6>(*header) + 1, 0);
+    std::vector<PictColour> colours(static_cast<std::size_t>(std::min(count, kMaxColours)));
+    for (int i = 0; i < count; ++i) {
+        const auto entry = Next<8>(source);
+        if (!entry) return std::unexpected(entry.error());
+        const int number = BigAt<std::uint16_t, 0>(*entry);
+        const auto place = static_cast<std::size_t>(inOrder || number >= count ? i : number);
+        if (place < colours.size()) colours[place] = ColourAt<2>(*entry);
+    }
+    return colours;
 }
 
 Result<> SkipPictRegion(ByteSource& source) {

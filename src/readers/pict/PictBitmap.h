@@ -33,6 +33,16 @@ using PictColour = std::array<std::uint16_t, 3>;
 inline constexpr PictColour kPictBlack = {0, 0, 0};
 inline constexpr PictColour kPictWhite = {0xFFFF, 0xFFFF, 0xFFFF};
 
+/// How the file keeps rows.
+enum class PictRowStorage : std::uint8_t {
+    kByRowBytes,  ///< as the contract's reading tells from the row bytes (`PictRowLayout`)
+    // As the common reading has found out:
+    kPlain,       ///< as they are
+    kWithoutPad,  ///< of 32 bits: three bytes a pixel, without the unused one
+    kByteCounts,  ///< PackBits packets after a count of 1 byte
+    kWordCounts,  ///< PackBits packets after a count of 2 bytes
+};
+
 /// How the rows of a bitmap are stored. Rows of fewer than 8 bytes are stored as they are. All others are PackBits
 /// packets after a count of their bytes:
 ///
@@ -50,11 +60,18 @@ struct PictRowLayout {
     /// Up to 8 bits without the high bit of its field. Above it the field as it is, whose high bit is set in the files
     /// of all known writers: such rows are packed however narrow they are.
     unsigned rowBytes = 0;
+    PictRowStorage storage = PictRowStorage::kByRowBytes;
 
     bool IsDirect() const { return pixelSize > 8; }
-    bool IsPacked() const { return rowBytes >= 8; }
+    bool IsPacked() const {
+        return storage == PictRowStorage::kByRowBytes ? rowBytes >= 8 : storage >= PictRowStorage::kByteCounts;
+    }
+    /// Whether the count of a packed row has two bytes.
+    bool HasWordCounts() const;
     /// Whether a row is long enough for its pixels.
     bool HoldsItsPixels() const;
+    /// Bytes of a stored row that is not packed.
+    std::size_t PlainBytes() const;
     /// Bytes of a row once it is unpacked: the most that its packets may give.
     std::size_t UnpackedBytes() const;
 };
@@ -67,10 +84,14 @@ struct PictRowLayout {
 /// Whether the packets of a stored row are whole and give no more than an unpacked row.
 bool IsSoundPictRow(std::span<const unsigned char> stored, const PictRowLayout& layout);
 
+/// Whether they are whole and give exactly the pixels of a row, or these and its padding: no other way of storing rows
+/// looks so by chance.
+bool IsWholePictRow(std::span<const unsigned char> stored, const PictRowLayout& layout);
+
 /// Unpacks rows of any layouts, one after another.
 class PictRowBuffer {
 public:
-    /// The unpacked row: `UnpackedBytes()` of them, zero where the packets give fewer. Valid until the next call.
+    /// The unpacked row: `UnpackedBytes()` of them, zero where what is stored gives fewer. Valid until the next call.
     std::span<const unsigned char> Unpack(std::span<const unsigned char> stored, const PictRowLayout& layout);
 
 private:
@@ -102,6 +123,9 @@ enum class PictBitmapKind {
 
 [[nodiscard]] Common::Result<PictRect> ReadPictRect(Common::ByteSource& source);
 [[nodiscard]] Common::Result<PictColour> ReadPictColour(Common::ByteSource& source);
+
+/// The colours of a table, up to 256. None where the table says that it is empty.
+[[nodiscard]] Common::Result<std::vector<PictColour>> ReadPictColourTable(Common::ByteSource& source);
 
 /// Skips a region or polygon, whose size (2 bytes) counts itself.
 [[nodiscard]] Common::Result<> SkipPictRegion(Common::ByteSource& source);

@@ -36,16 +36,17 @@ PictPalette::PictPalette(std::span<const PictColour> colours) : mCount(std::min(
     }
 }
 
-void PictPalette::ToRgba(std::span<const unsigned char> indices, std::span<unsigned char> out) const {
+bool PictPalette::ToRgba(std::span<const unsigned char> indices, std::span<unsigned char> out) const {
     unsigned char* to = out.first(4 * indices.size()).data();
     if (LargestIndex(indices) < mCount) {
         for (std::size_t i = 0; i < indices.size(); ++i)
             std::memcpy(to + 4 * i, mPixels[indices[i]].data(), 4);
-        return;
+        return true;
     }
     for (std::size_t i = 0; i < indices.size(); ++i) {
         if (indices[i] < mCount) std::memcpy(to + 4 * i, mPixels[indices[i]].data(), 4);
     }
+    return false;
 }
 
 // --- The canvas ------------------------------------------------------------------------------------------------------
@@ -197,6 +198,7 @@ void PictCanvas::DrawIndexedRun(const PictRecord& record, std::span<const unsign
         TransferPictRun(record.mode, mPicture.colours, Const(source), canvas);
         return;
     }
+    mLeavesPixelsOut = true;
     const auto last = static_cast<unsigned char>(table.size() - 1);
     TileIndices bounded;
     for (std::size_t i = 0; i < indices.size(); ++i)
@@ -227,7 +229,7 @@ void PictCanvas::PutIndices(std::span<unsigned char> out) {
         TileIndices tile;
         const std::span<unsigned char> indices = tile.First(length);
         PictIndices(row, record.layout, inRecord + first, indices);
-        mPalette.ToRgba(indices, out.subspan(4 * (before + first), 4 * length));
+        if (!mPalette.ToRgba(indices, out.subspan(4 * (before + first), 4 * length))) mLeavesPixelsOut = true;
     });
 }
 

@@ -22,8 +22,8 @@ public:
     explicit PictPalette(std::span<const PictColour> colours);
 
     /// Writes the high bytes of a colour's channels and alpha 255 for each index. Of an index that has no colour the
-    /// four bytes of `out` stay as they are.
-    void ToRgba(std::span<const unsigned char> indices, std::span<unsigned char> out) const;
+    /// four bytes of `out` stay as they are; then the answer is false.
+    bool ToRgba(std::span<const unsigned char> indices, std::span<unsigned char> out) const;
 
 private:
     std::array<std::array<unsigned char, 4>, 256> mPixels{};
@@ -41,6 +41,9 @@ public:
     /// Draws the next row, from the top: four bytes a pixel of the frame, white where nothing is drawn. An index that
     /// has no colour leaves the pixel under it alone: of an indexed picture the bytes in `out`.
     void DrawRow(std::span<unsigned char> out);
+
+    /// Whether an index had no colour in the rows so far.
+    bool LeavesPixelsOut() const { return mLeavesPixelsOut; }
 
 private:
     /// A record that covers a part of the row, and the rows that it still has.
@@ -67,6 +70,7 @@ private:
     PictRowBuffer mBuffer;
     std::array<std::vector<std::uint16_t>, 3> mRow;  // red, green and blue, not of indexed pictures
     PictPalette mPalette;                            // of indexed pictures
+    bool mLeavesPixelsOut = false;
 };
 
 }  // namespace Kavra::Devices

@@ -3,6 +3,8 @@
 #include "common/Limits.h"
 #include "readers/WriteRows.h"
 #include "readers/pict/PictCanvas.h"
+#include "readers/pict/PictCommonCanvas.h"
+#include "readers/pict/PictComparison.h"
 
 #include <kavra/devices/Sys.h>
 
@@ -65,6 +67,10 @@ bool IsPict(ByteSource& source) {
     }
 }
 
+bool IsCommonPict(ByteSource& source) {
+    return source.Size() <= kMaxBytes && FindPict(source).has_value();
+}
+
 // --- The reader ------------------------------------------------------------------------------------------------------
 
 namespace {
@@ -76,13 +82,15 @@ constexpr std::uint64_t kMinBytes = 512;
 void PictReader::Close() {
     mSource.reset();
     mHeader = {};
+    mCommon = {};
     mFile.reset();
 }
 
 Result<> PictReader::OpenFiles(PictureFiles files) {
     Result<> opened;
     try {
-        opened = TakeFile(files.source).and_then([&] { return TakePicture(); });
+        opened =
+            TakeFile(files.source).and_then([&] { return mReading.IsCommon() ? TakeCommonPicture() : TakePicture(); });
     } catch (const std::bad_alloc&) {
         // No memory for the file's bytes or its records: it is refused like one that is too large.
         opened = std::unexpected(Failure::kTooLarge);
@@ -92,7 +100,7 @@ Result<> PictReader::OpenFiles(PictureFiles files) {
 }
 
 Result<> PictReader::TakeFile(ByteSource& file) {
-    if (file.Size() < kMinBytes) return std::unexpected(Failure::kTruncated);
+    if (file.Size() < (mReading.IsCommon() ? 1 : kMinBytes)) return std::unexpected(Failure::kTruncated);
     if (file.Size() > std::min(kMaxBytes, Common::ReaderBounds().bytes)) return std::unexpected(Failure::kTooLarge);
     const auto bytes = static_cast<std::size_t>(file.Size());
     mFile = Common::NewBlock(bytes);
@@ -103,6 +111,7 @@ Result<> PictReader::TakeFile(ByteSource& file) {
 Result<> PictReader::TakePicture() {
     Result<PictPicture> picture = ReadPictPicture(*mSource);
     if (!picture) {
+        if (IsReadElsewhere()) (void)mReading.IsCommon("the picture counts as damaged by the host's rules");
         Sys::Warning(L"The data is corrupted.", nullptr);
         return std::unexpected(picture.error());
     }
@@ -110,12 +119,56 @@ Result<> PictReader::TakePicture() {
     return {};
 }
 
+/// Whether the common reading finds a bitmap in a file that the contract's refuses.
+bool PictReader::IsReadElsewhere() {
+    try {
+        const Result<PictCommonPicture> picture = ReadPictCommonPicture(*mSource);
+        return picture && !picture->records.empty();
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+Result<> PictReader::TakeCommonPicture() {
+    Result<PictCommonPicture> picture = ReadPictCommonPicture(*mSource);
+    if (!picture || picture->isDamaged) Sys::Warning(L"The data is corrupted.", nullptr);
+    if (!picture) return std::unexpected(picture.error());
+    mCommon = *std::move(picture);
+    return {};
+}
+
+std::span<const unsigned char> PictReader::Bytes() const {
+    return {mFile.get(), static_cast<std::size_t>(mSource->Size())};
+}
+
+std::uint64_t PictReader::GetWorkingBytes() {
+    if (!mSource) return 0;
+    return mSource->Size() + (mReading.IsCommon() ? mCommon.WorkingBytes() : mHeader.WorkingBytes());
+}
+
 Result<> PictReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
-    PictCanvas canvas(mHeader, {mFile.get(), static_cast<std::size_t>(mSource->Size())});
-    WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
-              [&](std::span<unsigned char> pixels) { canvas.DrawRow(pixels); });
+    if (mReading.IsCommon()) {
+        PictCommonCanvas canvas(mCommon, Bytes());
+        WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
+                  [&](std::span<unsigned char> pixels) { canvas.DrawRow(pixels); });
+    } else {
+        ReadContractRows(rows);
+    }
     return {};
+}
+
+void PictReader::ReadContractRows(Common::RowSink& rows) {
+    PictCanvas canvas(mHeader, Bytes());
+    PictComparison comparison(mHeader, Bytes());
+    WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
+              [&](std::span<unsigned char> pixels) {
+                  canvas.DrawRow(pixels);
+                  comparison.Look(pixels);
+              });
+    if (comparison.Difference() != nullptr) (void)mReading.IsCommon(comparison.Difference());
+    if (canvas.LeavesPixelsOut())
+        (void)mReading.IsCommon("palette indices without a colour are left out by the host's rules");
 }
 
 }  // namespace Kavra::Devices

@@ -14,10 +14,12 @@
 #include "common/PixelBlock.h"
 #include "readers/ImageReaderInterface.h"
 #include "readers/Reading.h"
+#include "readers/pict/PictCommonStream.h"
 #include "readers/pict/PictStream.h"
 
 #include <cstdint>
 #include <optional>
+#include <span>
 
 namespace Kavra::Devices {
 
@@ -26,11 +28,16 @@ namespace Kavra::Devices {
 /// matter and is not kept.
 bool IsPict(Common::ByteSource& source);
 
+/// What only the common reading knows: a picture without those 512 bytes, or in fewer bytes, of any length, in a frame
+/// that may begin above or to the left of the origin (`FindPict`).
+bool IsCommonPict(Common::ByteSource& source);
+
 /// Reads the bitmaps and pixel maps of a picture of version 1 or 2 onto a white canvas of its frame; everything else
 /// that the picture draws is left out.
 ///
 /// Holds the file's bytes while it is open, and a few rows while it reads. A file that is damaged anywhere is refused
-/// with the warning "The data is corrupted."; one of less than 512 bytes, or of 2 GiB or more, silently.
+/// with the warning "The data is corrupted."; one of less than 512 bytes, or of 2 GiB or more, silently. The common
+/// reading, which has no least size, shows a picture that breaks off as far as it goes, with the same warning.
 class PictReader final : public ImageReaderInterface {
 public:
     explicit PictReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
@@ -40,21 +47,27 @@ public:
     /// `frame` does not matter.
     Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
 
-    int GetWidth() override { return mHeader.frame.Width(); }
-    int GetHeight() override { return mHeader.frame.Height(); }
-    int GetRowPitch() override { return 4 * mHeader.frame.Width(); }
-    std::uint64_t GetWorkingBytes() override { return mSource ? mSource->Size() + mHeader.WorkingBytes() : 0; }
+    int GetWidth() override { return Frame().Width(); }
+    int GetHeight() override { return Frame().Height(); }
+    int GetRowPitch() override { return 4 * Frame().Width(); }
+    std::uint64_t GetWorkingBytes() override;
 
     const char* GetDifference() const override { return mReading.Difference(); }
 
 private:
     Common::Result<> TakeFile(Common::ByteSource& file);
     Common::Result<> TakePicture();
+    Common::Result<> TakeCommonPicture();
+    bool IsReadElsewhere();
+    void ReadContractRows(Common::RowSink& rows);
+    const PictRect& Frame() const { return mReading.IsCommon() ? mCommon.frame : mHeader.frame; }
+    std::span<const unsigned char> Bytes() const;
 
     Common::PixelBlock mFile;  // its bytes
     Reading mReading;
     std::optional<Common::ByteSource> mSource;  // over them; nothing unless a file is open
-    PictPicture mHeader;                        // and all that follows it but the rows
+    PictPicture mHeader;                        // and all that follows it but the rows; in the contract's reading
+    PictCommonPicture mCommon;                  // the same in the common reading
 };
 
 }  // namespace Kavra::Devices

@@ -124,30 +124,32 @@ namespace {
 
 constexpr std::uint64_t kPreambleBytes = 512;
 
-enum class Version { k1, k2 };
+}  // namespace
 
-Result<Version> ReadVersion(ByteSource& file) {
+Result<PictVersion> ReadPictVersion(ByteSource& file) {
     Result<std::uint8_t> byte = 0;
     while (byte && *byte == 0)
         byte = file.Big<std::uint8_t>();
     if (byte == 0x11) {
         byte = file.Big<std::uint8_t>();
-        if (byte == 1) return Version::k1;
+        if (byte == 1) return PictVersion::k1;
         if (byte == 2) {
             byte = file.Big<std::uint8_t>();
-            if (byte == 0xFF) return Version::k2;
+            if (byte == 0xFF) return PictVersion::k2;
         }
     }
     return std::unexpected(byte ? Failure::kMalformed : byte.error());
 }
 
-Result<std::uint16_t> ReadOpcode(ByteSource& file, Version version) {
-    if (version == Version::k1) {
+Result<std::uint16_t> ReadPictOpcode(ByteSource& file, PictVersion version) {
+    if (version == PictVersion::k1) {
         return file.Big<std::uint8_t>().transform([](std::uint8_t opcode) { return std::uint16_t{opcode}; });
     }
     const std::uint64_t pad = file.Position() % 2;
     return file.Skip(pad).and_then([&] { return file.Big<std::uint16_t>(); });
 }
+
+namespace {
 
 std::uint64_t Pixels(const PictRect& rect) {
     if (rect.IsEmpty()) return 0;
@@ -165,9 +167,9 @@ public:
     Walk(ByteSource& file, PictPicture& picture) : mFile(file), mPicture(picture) {}
 
     /// Fails where the stream is damaged.
-    Result<> ToTheEnd(Version version) {
+    Result<> ToTheEnd(PictVersion version) {
         for (;;) {
-            const Result<std::uint16_t> opcode = ReadOpcode(mFile, version);
+            const Result<std::uint16_t> opcode = ReadPictOpcode(mFile, version);
             if (!opcode) return std::unexpected(opcode.error());
             if (*opcode == PictOpcode::kEnd) return {};
             if (const Result<> taken = Take(*opcode); !taken) return taken;
@@ -248,7 +250,7 @@ Result<PictPicture> ReadPictPicture(ByteSource& file) {
     const Result<PictHeader> header = ReadPictHeader(file);
     if (!header) return std::unexpected(header.error());
     if (header->frame.IsEmpty()) return std::unexpected(Failure::kMalformed);
-    const Result<Version> version = ReadVersion(file);
+    const Result<PictVersion> version = ReadPictVersion(file);
     if (!version) return std::unexpected(version.error());
     PictPicture picture;
     picture.frame = header->frame;

@@ -10,7 +10,7 @@
 
 namespace Kavra::Devices {
 
-/// The opcodes that mean something here. The same numbers in version 1, where they have one byte.
+/// The opcodes that mean something in both readings. The same numbers in version 1, where they have one byte.
 namespace PictOpcode {
 inline constexpr std::uint16_t kBackgroundPattern = 0x12;
 inline constexpr std::uint16_t kPenPattern = 0x13;
@@ -25,6 +25,18 @@ inline constexpr std::uint16_t kPackBitsRegion = 0x99;
 inline constexpr std::uint16_t kDirectBitsRect = 0x9A;
 inline constexpr std::uint16_t kEnd = 0xFF;
 }  // namespace PictOpcode
+
+/// Which of its forms a stream of opcodes has.
+enum class PictVersion {
+    k1,  ///< opcodes of 1 byte
+    k2,  ///< opcodes of 2 bytes at even offsets
+};
+
+/// Reads the version that a stream begins with, and any number of zero bytes before it.
+[[nodiscard]] Common::Result<PictVersion> ReadPictVersion(Common::ByteSource& file);
+
+/// Reads the opcode at the position, or behind the byte that makes its offset even.
+[[nodiscard]] Common::Result<std::uint16_t> ReadPictOpcode(Common::ByteSource& file, PictVersion version);
 
 /// Skips what follows any other opcode. Fails when the source ends in it, or a length is less than its own two bytes.
 [[nodiscard]] Common::Result<> SkipPictOperands(Common::ByteSource& source, std::uint16_t opcode);

@@ -236,18 +236,9 @@ void Transparent(const PictColours& colours, const PictConstRun& source, const P
     }
 }
 
-// The arithmetic of a channel. The products of a blend need all 32 bits.
-using Value = std::uint32_t;
-
-constexpr auto kXorNot = [](Value c, Value s, Value) { return c ^ ~s; };
-constexpr auto kXor = [](Value c, Value s, Value) { return c ^ s; };
-constexpr auto kBlend = [](Value c, Value s, Value o) { return (65536 - o) * c / 65536 + o * s / 65536; };
-constexpr auto kAddPin = [](int c, int s, int o) { return std::min(c + s, o); };
-constexpr auto kAddOver = [](Value c, Value s, Value) { return c + s; };
-constexpr auto kSubtractPin = [](int c, int s, int o) { return std::max(c - s, o); };
-constexpr auto kMaximum = [](Value c, Value s, Value) { return std::max(c, s); };
-constexpr auto kSubtractOver = [](Value c, Value s, Value) { return c - s; };
-constexpr auto kMinimum = [](Value c, Value s, Value) { return std::min(c, s); };
+constexpr auto kXorNot = [](PictValue c, PictValue s, PictValue) { return c ^ ~s; };
+constexpr auto kXor = [](PictValue c, PictValue s, PictValue) { return c ^ s; };
+constexpr auto kBlend = [](PictValue c, PictValue s, PictValue o) { return (65536 - o) * c / 65536 + o * s / 65536; };
 
 constexpr std::size_t kModes = 40;
 
@@ -264,13 +255,13 @@ constexpr auto kKernels = [] {
     kernels[6] = EachChannel<kXor>;
     kernels[7] = ByColour<kCanvas, kBackground, kCanvas>;
     kernels[32] = EachChannel<kBlend>;
-    kernels[33] = EachChannel<kAddPin>;
-    kernels[34] = EachChannel<kAddOver>;
-    kernels[35] = EachChannel<kSubtractPin>;
+    kernels[33] = EachChannel<kPictAddPin>;
+    kernels[34] = EachChannel<kPictAddOver>;
+    kernels[35] = EachChannel<kPictSubtractPin>;
     kernels[36] = Transparent;
-    kernels[37] = EachChannel<kMaximum>;
-    kernels[38] = EachChannel<kSubtractOver>;
-    kernels[39] = EachChannel<kMinimum>;
+    kernels[37] = EachChannel<kPictMaximum>;
+    kernels[38] = EachChannel<kPictSubtractOver>;
+    kernels[39] = EachChannel<kPictMinimum>;
     return kernels;
 }();
 

@@ -4,6 +4,7 @@
 
 #include "readers/pict/PictBitmap.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,17 @@ struct PictColours {
     PictColour background = kPictWhite;
     PictColour operation = kPictBlack;  ///< the weights of a blend, the limits of the pins
 };
+
+// The arithmetic of a channel of 16 bits in the modes that both readings draw alike: of canvas c, source s and operation
+// colour o. More than the low 16 bits of a result mean nothing.
+using PictValue = std::uint32_t;
+
+inline constexpr auto kPictAddPin = [](int c, int s, int o) { return std::min(c + s, o); };
+inline constexpr auto kPictAddOver = [](PictValue c, PictValue s, PictValue) { return c + s; };
+inline constexpr auto kPictSubtractPin = [](int c, int s, int o) { return std::max(c - s, o); };
+inline constexpr auto kPictMaximum = [](PictValue c, PictValue s, PictValue) { return std::max(c, s); };
+inline constexpr auto kPictSubtractOver = [](PictValue c, PictValue s, PictValue) { return c - s; };
+inline constexpr auto kPictMinimum = [](PictValue c, PictValue s, PictValue) { return std::min(c, s); };
 
 /// A run of pixels: equally long spans of red, green and blue.
 using PictRun = std::array<std::span<std::uint16_t>, 3>;
