@@ -45,7 +45,8 @@ inline LegacyLoaded LoadLegacy(const Objects::KString& path, int fileType, const
     const std::unique_ptr<Devices::ImageReaderInterface> reader(
         Devices::CreateImageReader(fileType, request.preferences.legacy));
     if (!reader) std::abort();
-    if (reader->Open(path) && std::int64_t{reader->GetHeight()} * reader->GetRowPitch() > kMaxBytes) return loaded;
+    const bool isOpen = reader->Open(path) && reader->SelectFrame(request.level);
+    if (isOpen && std::int64_t{reader->GetHeight()} * reader->GetRowPitch() > kMaxBytes) return loaded;
     loaded.block = Devices::LoadThroughReader(*reader, loaded.desc, path, request).value_or(nullptr);
     return loaded;
 }
@@ -67,7 +68,7 @@ inline bool CheckRows(const Objects::KString& path, int fileType, int frame,
                       const Devices::LoadPreferences& preferences) {
     const std::unique_ptr<Devices::ImageReaderInterface> reader(
         Devices::CreateImageReader(fileType, preferences.legacy));
-    if (!reader->Open(path)) return false;
+    if (!reader->Open(path) || !reader->SelectFrame(frame)) return false;
     const LegacyLoaded whole = LoadLegacyTwice(
         path, fileType, {.level = frame, .orientation = reader->GetOrientation(), .preferences = preferences});
     if (!whole.block) return false;

@@ -79,13 +79,15 @@ Owned InspectLegacy(DetectedFile& file, ELegacyReading reading) {
     PartFacts facts;
     SetChannels(facts, Common::FactsOf(reader->GetFormat()));
     if (facts.channels.size() == 4) facts.channels.pop_back();
-    SetSize(facts, reader->GetWidth(), reader->GetHeight());
     facts.part.orientation = reader->GetOrientation();
     facts.part.alpha = kAlphaNone;
     facts.part.seconds = seconds;
     const auto frames = static_cast<std::size_t>(std::max(reader->GetFrameCount(), 1));
-    for (std::size_t frame = 0; frame < std::min(frames, InspectedFile::kMaxParts); ++frame)
+    for (std::size_t frame = 0; frame < std::min(frames, InspectedFile::kMaxParts); ++frame) {
+        if (!reader->SelectFrame(static_cast<int>(frame))) break;
+        SetSize(facts, reader->GetWidth(), reader->GetHeight());
         inspected->Add(facts);
+    }
     return inspected;
 }
 

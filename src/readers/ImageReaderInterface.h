@@ -27,7 +27,7 @@ struct PictureFiles {
 /// made by `CreateImageReader` and owned by its caller. One thread at a time.
 ///
 /// A reader holds an open source, which is nothing while no file is open, and the header that was read from it, which
-/// then is that of a picture without pixels. Messages are raised in `OpenFiles` and `ReadFrame` alone, not by the
+/// then is that of a picture without pixels. Messages are raised in `OpenFiles`, `SelectFrame` and `ReadFrame` alone, not by the
 /// decoders that they ask.
 class ImageReaderInterface {
 public:
@@ -39,6 +39,11 @@ public:
     /// Decodes frame `frame` (0 and up) into `buffer`: exactly `GetHeight()` x `GetRowPitch()` bytes, which the caller
     /// has allocated. False on corrupt or short data; what was decoded by then stays in the buffer.
     virtual bool ReadImage(unsigned char* buffer, int frame);
+
+    /// Chooses the frame (0 and up) that the describing operations and `ReadFrame` are about, for formats whose frames
+    /// have sizes of their own: called between them and `Open`, before which it is the first. False where there is no
+    /// such frame.
+    virtual bool SelectFrame(int /*frame*/) { return true; }
 
     // Valid once `Open` returned true.
     virtual int GetWidth() = 0;     ///< pixel columns

@@ -98,6 +98,7 @@ Result<PixelBlock> DecodeFitted(ImageReaderInterface& reader, ImageDescription& 
 Result<PixelBlock> Load(ImageReaderInterface& reader, ImageDescription& desc, PictureFiles files,
                         const LoadRequest& request) {
     if (const Result<> opened = reader.Open(std::move(files)); !opened) return std::unexpected(opened.error());
+    if (!reader.SelectFrame(request.level)) return std::unexpected(Failure::kUnsupported);
     Describe(reader, request.orientation, desc);
     const Fitting fitting(desc, request);
     if (const Result<> within = CheckLimits(reader, desc, fitting); !within) return std::unexpected(within.error());

@@ -177,6 +177,32 @@ TEST_F(LegacyLoad, TheDescriptionIsTheReaders) {
     EXPECT_EQ(desc.gamma, 2.2);
 }
 
+/// Frames of one row, each as wide as its number and one more.
+class ReaderOfSizes final : public ScriptedReader {
+public:
+    bool SelectFrame(int wanted) override {
+        calls += "Select ";
+        Script(*this, wanted + 1, 1, Colour(std::string(static_cast<std::size_t>(wanted + 1), 'x')));
+        return wanted < 3;
+    }
+};
+
+TEST_F(LegacyLoad, AFrameIsChosenBeforeItIsDescribed) {
+    ReaderOfSizes sizes;
+    const auto block = LoadThroughReader(sizes, desc, path, {.level = 2});
+    ASSERT_TRUE(block.has_value());
+    EXPECT_EQ(desc.width, 3);
+    EXPECT_EQ(sizes.frame, 2);
+    EXPECT_TRUE(sizes.calls.starts_with("Open Select Width "));
+}
+
+TEST_F(LegacyLoad, AFrameThatThereIsNotLeavesTheDescriptionAlone) {
+    ReaderOfSizes sizes;
+    EXPECT_EQ(LoadThroughReader(sizes, desc, path, {.level = 3}).error(), Failure::kUnsupported);
+    ExpectMarked(desc);
+    EXPECT_EQ(sizes.calls, "Open Select ");
+}
+
 TEST_F(LegacyLoad, AReaderIsAskedInOrderAndOnce) {
     Script(reader, 1, 1, Colour("a"));
     ASSERT_TRUE(Load({.level = 17}));
