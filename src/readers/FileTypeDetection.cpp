@@ -63,6 +63,9 @@ ImageFileType TypeOf(ByteSource& source, std::span<const ContentProbe> probes) {
 
 /// Files that only the common reading knows, asked when the contract's knows nothing of them.
 constexpr ContentProbe kCommonProbes[] = {
+    {PCX, IsCommonPcx},
+    {PCX, IsDcx},
+    {FLIC, IsOtherFlic},
     {PICT, IsCommonPict},
 };
 

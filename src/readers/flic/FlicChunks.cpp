@@ -112,10 +112,12 @@ Result<> DecodeByteDeltaPacket(ByteSource& source, FlicFrame& frame, std::uint64
     return Take(source, value).transform([&] { std::ranges::fill(frame.At(start, length), value); });
 }
 
-Result<> DecodeWordDeltaPacket(ByteSource& source, FlicFrame& frame, std::uint64_t rowStart) {
+Result<> DecodeWordDeltaPacket(ByteSource& source, FlicFrame& frame, std::uint64_t rowStart, Reading* reading) {
     std::uint8_t skip = 0;
     std::int8_t count = 0;
     if (const Result<> taken = Take(source, skip, count); !taken) return taken;
+    if (count <= 0 && reading != nullptr)
+        (void)reading->IsCommon("repeated pairs of pixels are drawn by their column by the host's rules");
     const std::uint64_t start = rowStart + skip;
     if (count > 0) return TakeIndices(source, frame, start, 2 * static_cast<std::uint64_t>(count));
     std::array<unsigned char, 2> word{};
@@ -128,12 +130,15 @@ Result<> DecodeWordDeltaPacket(ByteSource& source, FlicFrame& frame, std::uint64
 }
 
 /// Takes the words before the packets of a row, and how many these are.
-Result<> TakeRowWords(ByteSource& source, FlicFrame& frame, std::uint64_t& row, std::uint16_t& packets) {
+Result<> TakeRowWords(ByteSource& source, FlicFrame& frame, std::uint64_t& row, std::uint16_t& packets,
+                      Reading* reading) {
     constexpr unsigned kMoveDown = 0x4000, kFlags = 0xC000;
     for (;;) {
         if (const Result<> taken = Take(source, packets); !taken) return taken;
         if ((packets & kFlags) == 0) return {};
         if ((packets & kMoveDown) != 0) {
+            if (reading != nullptr)
+                (void)reading->IsCommon("rows that are skipped lead out of the picture by the host's rules");
             row = std::min<std::uint64_t>(row + (packets & ~kFlags), frame.Height());
         } else if (frame.Width() > 0) {
             const std::uint64_t last = RowStart(frame, row) + frame.Width() - 1;
@@ -194,13 +199,113 @@ Result<> DecodeFlicByteDelta(ByteSource& source, FlicFrame& frame) {
 }
 
 Result<> DecodeFlicWordDelta(ByteSource& source, FlicFrame& frame) {
+    return CompareFlicWordDelta(source, frame, nullptr);
+}
+
+Result<> CompareFlicWordDelta(ByteSource& source, FlicFrame& frame, Reading* reading) {
     std::uint16_t rows = 0;
     if (const Result<> taken = Take(source, rows); !taken) return taken;
     for (std::uint64_t row = 0; rows > 0; --rows, ++row) {
         std::uint16_t packets = 0;
-        if (const Result<> taken = TakeRowWords(source, frame, row, packets); !taken) return taken;
+        if (const Result<> taken = TakeRowWords(source, frame, row, packets, reading); !taken) return taken;
+        if (packets > 1 && reading != nullptr)
+            (void)reading->IsCommon("every change of a row counts its columns from the left by the host's rules");
         for (const std::uint64_t start = RowStart(frame, row); packets > 0; --packets) {
-            if (const Result<> decoded = DecodeWordDeltaPacket(source, frame, start); !decoded) return decoded;
+            if (const Result<> decoded = DecodeWordDeltaPacket(source, frame, start, reading); !decoded) return decoded;
+        }
+    }
+    return {};
+}
+
+// --- The common reading ---------------------------------------------------------------------------------------------
+
+namespace {
+
+Result<> DecodeCommonWordPacket(ByteSource& source, FlicFrame& frame, std::uint64_t& offset) {
+    std::uint8_t skip = 0;
+    std::int8_t count = 0;
+    if (const Result<> taken = Take(source, skip, count); !taken) return taken;
+    const std::uint64_t start = offset + skip;
+    const auto length = 2 * static_cast<std::uint64_t>(count < 0 ? -count : count);
+    offset = start + length;
+    if (count >= 0) return TakeIndices(source, frame, start, length);
+    std::array<unsigned char, 2> word{};
+    if (const Result<> taken = TakeBytes(source, word); !taken) return taken;
+    const std::span<unsigned char> indices = frame.At(start, length);
+    for (std::size_t i = 0; i < indices.size(); ++i)
+        indices[i] = word[i % 2];
+    return {};
+}
+
+/// Takes the words before the packets of a row, and how many these are.
+Result<> TakeCommonRowWords(ByteSource& source, FlicFrame& frame, std::uint64_t& row, std::uint16_t& packets) {
+    constexpr unsigned kFlags = 0xC000, kLastIndex = 0x8000;
+    for (;;) {
+        if (const Result<> taken = Take(source, packets); !taken) return taken;
+        if ((packets & kFlags) == 0) return {};
+        if ((packets & kFlags) == kFlags) {
+            row = std::min<std::uint64_t>(row + (0x10000U - packets), frame.Height());
+        } else if ((packets & kFlags) == kLastIndex && frame.Width() > 0) {
+            const std::uint64_t last = RowStart(frame, row) + frame.Width() - 1;
+            std::ranges::fill(frame.At(last, 1), static_cast<unsigned char>(packets));
+        }
+    }
+}
+
+}  // namespace
+
+Result<> DecodeFlicCommonPalette(ByteSource& source, FlicPalette& palette, bool hasSixBits) {
+    constexpr std::size_t kColours = 256;
+    std::uint16_t packets = 0;
+    if (const Result<> taken = Take(source, packets); !taken) return taken;
+    for (std::size_t index = 0; packets > 0; --packets) {
+        std::uint8_t skip = 0, count = 0;
+        if (const Result<> taken = Take(source, skip, count); !taken) return taken;
+        index = std::min(index + skip, kColours);
+        const std::size_t colours = count == 0 ? kColours : count;
+        const auto bytes = std::span(palette).subspan(3 * index, 3 * std::min(colours, kColours - index));
+        const std::size_t taken = source.ReadSome(bytes);
+        if (hasSixBits) {
+            for (unsigned char& component : bytes.first(taken))
+                component = static_cast<unsigned char>(component << 2 | (component >> 4 & 3));
+        }
+        if (taken < bytes.size()) return std::unexpected(Failure::kTruncated);
+        if (const Result<> skipped = source.Skip(3 * colours - bytes.size()); !skipped) return skipped;
+        index += bytes.size() / 3;
+    }
+    return {};
+}
+
+std::uint64_t FlicCopyRowBytes(std::uint64_t bodyBytes, const FlicFrame& frame) {
+    const std::uint64_t width = frame.Width();
+    for (const std::uint64_t step : {2, 4}) {
+        const std::uint64_t filled = (width + step - 1) / step * step;
+        if (frame.Height() > 1 && bodyBytes == filled * frame.Height()) return filled;
+    }
+    return width;
+}
+
+Result<> DecodeFlicCommonCopy(ByteSource& source, FlicFrame& frame) {
+    const std::uint64_t width = frame.Width();
+    const std::uint64_t rowBytes = FlicCopyRowBytes(source.Remaining(), frame);
+    if (rowBytes == width) return DecodeFlicCopy(source, frame);
+    for (std::uint64_t y = 0; y < frame.Height(); ++y) {
+        const Result<> taken = TakeIndices(source, frame, RowStart(frame, y), width).and_then([&] {
+            return source.Skip(rowBytes - width);
+        });
+        if (!taken) return taken;
+    }
+    return {};
+}
+
+Result<> DecodeFlicCommonWordDelta(ByteSource& source, FlicFrame& frame) {
+    std::uint16_t rows = 0;
+    if (const Result<> taken = Take(source, rows); !taken) return taken;
+    for (std::uint64_t row = 0; rows > 0; --rows, ++row) {
+        std::uint16_t packets = 0;
+        if (const Result<> taken = TakeCommonRowWords(source, frame, row, packets); !taken) return taken;
+        for (std::uint64_t offset = RowStart(frame, row); packets > 0; --packets) {
+            if (const Result<> decoded = DecodeCommonWordPacket(source, frame, offset); !decoded) return decoded;
         }
     }
     return {};

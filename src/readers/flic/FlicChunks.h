@@ -4,6 +4,7 @@
 #include "common/ByteSource.h"
 #include "common/PixelBlock.h"
 #include "common/Result.h"
+#include "readers/Reading.h"
 
 #include <array>
 #include <cstddef>
@@ -73,5 +74,24 @@ private:
 /// Unlike in other programs, the column counts from the start of the row for every packet, one word is written as often
 /// as the column, taken as a signed byte, is below zero, and a move that is written as a negative number goes far down.
 [[nodiscard]] Common::Result<> DecodeFlicWordDelta(Common::ByteSource& source, FlicFrame& frame);
+/// The same; the reading, where there is one, is asked for all that others would draw otherwise.
+[[nodiscard]] Common::Result<> CompareFlicWordDelta(Common::ByteSource& source, FlicFrame& frame, Reading* reading);
+
+// The same bodies in the common reading. A source holds the one body and nothing else.
+
+/// Colours beyond entry 255 are passed over. Of 6 bits a component, the highest two follow the lowest once more.
+[[nodiscard]] Common::Result<> DecodeFlicCommonPalette(Common::ByteSource& source, FlicPalette& palette,
+                                                       bool hasSixBits);
+
+/// The bytes of a row: as the frame has them, or filled up to a multiple of two or four where the body is that long.
+std::uint64_t FlicCopyRowBytes(std::uint64_t bodyBytes, const FlicFrame& frame);
+
+[[nodiscard]] Common::Result<> DecodeFlicCommonCopy(Common::ByteSource& source, FlicFrame& frame);
+
+/// Of each row: words, of which the first below 0x4000 is the number of packets. Before it, one with both high bits is,
+/// as a signed number, below zero by the rows to move down, and one with the highest alone gives the row's last index.
+/// Of each packet: columns to skip since the last one (1), `n`, then `n` words, or one to be written -`n` times where
+/// that is negative.
+[[nodiscard]] Common::Result<> DecodeFlicCommonWordDelta(Common::ByteSource& source, FlicFrame& frame);
 
 }  // namespace Kavra::Devices

@@ -46,17 +46,6 @@ constexpr std::uint64_t kFirstChunk = 128;
 constexpr std::uint32_t kChunkHeaderBytes = 6;
 constexpr std::uint64_t kFrameBodyBytes = 10;
 
-enum ChunkKind : std::uint16_t {
-    kColour256 = 4,
-    kDeltaFlc = 7,
-    kColour64 = 11,
-    kDeltaFli = 12,
-    kBlack = 13,
-    kByteRun = 15,
-    kCopy = 16,
-    kFrame = 0xF1FA,
-};
-
 /// A chunk that is smaller than its own header leads nowhere.
 Result<> SkipBody(ByteSource& source, std::uint32_t chunkBytes) {
     if (chunkBytes < kChunkHeaderBytes) return std::unexpected(Failure::kMalformed);
@@ -64,43 +53,69 @@ Result<> SkipBody(ByteSource& source, std::uint32_t chunkBytes) {
 }
 
 /// Plays one chunk but a frame's own. Fails where nothing can follow it.
-Result<> PlayChunk(ByteSource& source, std::uint16_t kind, std::uint32_t bytes, FlicFrame& frame,
-                   FlicPalette& palette) {
+Result<> PlayChunk(ByteSource& source, std::uint16_t kind, std::uint32_t bytes, FlicFrame& frame, FlicPalette& palette,
+                   Reading* reading) {
     switch (kind) {
-        case kColour256:
+        case kFlicColour256:
             return DecodeFlicPalette(source, palette, 1);
-        case kColour64:
+        case kFlicColour64:
             return DecodeFlicPalette(source, palette, 4);
-        case kBlack:
+        case kFlicBlack:
             frame.Clear();
             return {};
-        case kByteRun:
+        case kFlicByteRun:
             return DecodeFlicByteRun(source, frame);
-        case kCopy:
+        case kFlicCopy:
             return DecodeFlicCopy(source, frame);
-        case kDeltaFli:
+        case kFlicDeltaFli:
             return DecodeFlicByteDelta(source, frame);
-        case kDeltaFlc:
-            return DecodeFlicWordDelta(source, frame);
+        case kFlicDeltaFlc:
+            return CompareFlicWordDelta(source, frame, reading);
         default:
             return SkipBody(source, bytes);
     }
 }
 
+/// Asks for what the common reading would have made of a chunk that begins at `start` and was played.
+void CompareChunk(Reading& reading, const ByteSource& source, std::uint16_t kind, std::uint64_t start,
+                  std::uint32_t bytes, const FlicFrame& frame, const FlicPalette& palette) {
+    constexpr unsigned char kExact = 4 * 16;  // components below are the same either way
+    if (kind == kFlicColour64 && std::ranges::any_of(palette, [](unsigned char value) { return value >= kExact; }))
+        (void)reading.IsCommon("colours of 6 bits never get fully bright by the host's rules");
+    const bool isWhole = kind != kFlicFrame && bytes >= kChunkHeaderBytes;
+    if (kind == kFlicCopy && isWhole && FlicCopyRowBytes(bytes - kChunkHeaderBytes, frame) != frame.Width())
+        (void)reading.IsCommon("what fills up rows is drawn by the host's rules");
+    if (isWhole && source.Position() != start + bytes && source.Remaining() > kChunkHeaderBytes)
+        (void)reading.IsCommon("parts of frames are looked for where others end early, by the host's rules");
+}
+
+/// Asks for what the common reading would have played beyond the last chunk.
+void CompareEnd(Reading& reading, ByteSource& source, int reached, int wanted) {
+    const Result<std::uint32_t> bytes = source.Little<std::uint32_t>();
+    const Result<std::uint16_t> kind = source.Little<std::uint16_t>();
+    const bool isComplete = reached == wanted && kind == kFlicFrame;
+    if (bytes && kind && !isComplete)
+        (void)reading.IsCommon("only as many parts are played as the header counts frames, by the host's rules");
+}
+
 }  // namespace
 
-void PlayFlic(ByteSource& source, const FlicHeader& header, int wanted, FlicFrame& frame, FlicPalette& palette) {
+void PlayFlic(ByteSource& source, const FlicHeader& header, int wanted, FlicFrame& frame, FlicPalette& palette,
+              Reading* reading) {
     if (!source.Seek(kFirstChunk)) return;
     int reached = -1;
     for (int budget = header.frames; budget > 0 && reached <= wanted; --budget) {
+        const std::uint64_t start = source.Position();
         const Result<std::uint32_t> bytes = source.Little<std::uint32_t>();
         const Result<std::uint16_t> kind = source.Little<std::uint16_t>();
         if (!bytes || !kind) return;
-        if (*kind == kFrame) ++reached;
-        const Result<> played =
-            *kind == kFrame ? source.Skip(kFrameBodyBytes) : PlayChunk(source, *kind, *bytes, frame, palette);
+        if (*kind == kFlicFrame) ++reached;
+        const Result<> played = *kind == kFlicFrame ? source.Skip(kFrameBodyBytes)
+                                                    : PlayChunk(source, *kind, *bytes, frame, palette, reading);
+        if (reading != nullptr) CompareChunk(*reading, source, *kind, start, *bytes, frame, palette);
         if (!played) return;
     }
+    if (reading != nullptr && reached <= wanted) CompareEnd(*reading, source, reached, wanted);
 }
 
 // --- The reader -----------------------------------------------------------------------------------------------------
@@ -119,12 +134,22 @@ Table256<std::uint32_t> PixelTable(const FlicPalette& palette) {
 void FLICReader::Close() {
     mSource.reset();
     mHeader = {};
+    mMovie = {};
 }
 
 Result<> FLICReader::OpenFiles(PictureFiles files) {
-    const Result<FlicHeader> header = ReadFlicHeader(files.source);
-    if (!header) return std::unexpected(header.error());
-    mHeader = *header;
+    if (mReading.IsCommon()) {
+        const Result<FlicMovie> movie = ReadFlicMovie(files.source);
+        if (!movie) return std::unexpected(movie.error());
+        mMovie = *movie;
+        mHeader = movie->header;
+    } else {
+        const Result<FlicHeader> header = ReadFlicHeader(files.source);
+        if (!header) return std::unexpected(header.error());
+        mHeader = *header;
+        if (mHeader.width == 0 || mHeader.height == 0)
+            (void)mReading.IsCommon("a picture whose size is not told is refused by the host's rules");
+    }
     mSource = std::move(files.source);
     return {};
 }
@@ -134,7 +159,13 @@ Result<> FLICReader::ReadFrame(Common::RowSink& rows, int frame) {
     if (mHeader.width == 0 || mHeader.height == 0) return {};
     FlicFrame played(mHeader.width, mHeader.height);
     FlicPalette palette{};
-    PlayFlic(*mSource, mHeader, std::max(frame, 0), played, palette);
+    if (mReading.IsCommon()) {
+        PlayFlicMovie(*mSource, mMovie, frame, played, palette);
+    } else {
+        if (FindFlicStart(*mSource) != kFirstChunk)
+            (void)mReading.IsCommon("frames that begin elsewhere than usual are not found by the host's rules");
+        PlayFlic(*mSource, mHeader, std::max(frame, 0), played, palette, &mReading);
+    }
     const Table256<std::uint32_t> table = PixelTable(palette);
     for (std::span<const unsigned char> indices = played.Indices(); !indices.empty();) {
         const std::span<unsigned char> pixels = rows.NextRows(indices.size() / mHeader.width);

@@ -18,35 +18,28 @@
 ///
 /// A frame is a chunk too, of which only the count of chunks inside (2) and 8 unused bytes are the body: the chunks
 /// inside follow like any other.
+///
+/// So the contract has it; how the common reading plays files stands in `FlicMovie.h`.
 #pragma once
 
 #include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
 #include "readers/Reading.h"
 #include "readers/flic/FlicChunks.h"
+#include "readers/flic/FlicHeader.h"
+#include "readers/flic/FlicMovie.h"
 
 #include <cstdint>
 #include <optional>
 
 namespace Kavra::Devices {
 
-struct FlicHeader {
-    std::uint16_t frames = 0;
-    std::uint16_t width = 0;
-    std::uint16_t height = 0;
-};
-
-/// The header of a file that says it is FLI or FLC. Of a file that ends inside its header, but not before the kind, the
-/// missing bytes are zero. The position of the source does not matter and is not kept.
-[[nodiscard]] Common::Result<FlicHeader> ReadFlicHeader(Common::ByteSource& source);
-
-/// Whether the file is one that the reader opens.
-bool IsFlic(Common::ByteSource& source);
-
 /// Plays the chunks from the first on into `frame` and `palette`, until those of frame `wanted` are done and the next
 /// frame has begun, the file ends, or as many chunks were read as the header counts frames. The last limit means that
 /// an animation whose frames hold several chunks each is never played to its end. Chunks of other kinds are skipped.
-void PlayFlic(Common::ByteSource& source, const FlicHeader& header, int wanted, FlicFrame& frame, FlicPalette& palette);
+/// A reading that is given is asked for what the common one would show otherwise.
+void PlayFlic(Common::ByteSource& source, const FlicHeader& header, int wanted, FlicFrame& frame, FlicPalette& palette,
+              Reading* reading = nullptr);
 
 /// Every frame comes out as opaque `kR8G8B8A8`. A file that ends early, or whose chunks are damaged, gives the last
 /// picture that was reached: `ReadFrame` fails only when no file is open. Throws `std::bad_alloc` where there is no
@@ -63,7 +56,7 @@ public:
     int GetWidth() override { return mHeader.width; }
     int GetHeight() override { return mHeader.height; }
     int GetRowPitch() override { return 4 * mHeader.width; }
-    int GetFrameCount() override { return mHeader.frames; }
+    int GetFrameCount() override { return mReading.IsCommon() ? mMovie.frames : mHeader.frames; }
     std::uint64_t GetWorkingBytes() override { return FlicFrame::BytesOf(mHeader.width, mHeader.height); }
 
     const char* GetDifference() const override { return mReading.Difference(); }
@@ -72,6 +65,7 @@ private:
     Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     FlicHeader mHeader;
+    FlicMovie mMovie;  // of the common reading
 };
 
 }  // namespace Kavra::Devices

@@ -1,63 +1,23 @@
 #include "readers/pcx/PcxReader.h"
 
-#include "common/ByteOrder.h"
 #include "readers/SampleTables.h"
 #include "readers/WriteRows.h"
+#include "readers/pcx/PcxCommonColours.h"
+#include "readers/pcx/PcxCommonRows.h"
+#include "readers/pcx/PcxDifferences.h"
+#include "readers/pcx/PcxSamples.h"
 
 #include <kavra/devices/Sys.h>
 
 #include <algorithm>
 #include <atomic>
-#include <bit>
-#include <cstring>
 #include <utility>
 
 namespace Kavra::Devices {
 
 using Common::ByteSource;
 using Common::Failure;
-using Common::LittleAt;
 using Common::Result;
-
-// --- The header ------------------------------------------------------------------------------------------------------
-
-namespace {
-
-constexpr std::uint8_t kManufacturer = 10;
-
-bool IsKnown(const PcxHeader& header) {
-    constexpr std::array kVersions = {0, 2, 3, 5};
-    constexpr std::array kBits = {1, 4, 8, 24};
-    return std::ranges::contains(kVersions, header.version) && header.encoding <= 1 &&
-           std::ranges::contains(kBits, header.Bits());
-}
-
-}  // namespace
-
-Result<PcxHeader> ReadPcxHeader(ByteSource& source) {
-    const auto bytes = source.BytesAt<kPcxHeaderBytes>(0);
-    if (!bytes) return std::unexpected(bytes.error());
-    if (bytes->front() != kManufacturer) return std::unexpected(Failure::kMalformed);
-    PcxHeader header = {
-        .version = (*bytes)[1],
-        .encoding = (*bytes)[2],
-        .bitsPerPlane = (*bytes)[3],
-        .planes = (*bytes)[65],
-        .xMin = LittleAt<std::uint16_t, 4>(*bytes),
-        .yMin = LittleAt<std::uint16_t, 6>(*bytes),
-        .xMax = LittleAt<std::uint16_t, 8>(*bytes),
-        .yMax = LittleAt<std::uint16_t, 10>(*bytes),
-        .bytesPerLine = LittleAt<std::uint16_t, 66>(*bytes),
-        .paletteInfo = LittleAt<std::uint16_t, 68>(*bytes),
-    };
-    if (!IsKnown(header)) return std::unexpected(Failure::kUnsupported);
-    std::ranges::copy(std::span(*bytes).subspan<16, 48>(), header.palette.begin());
-    return header;
-}
-
-bool IsPcx(ByteSource& source) {
-    return ReadPcxHeader(source).has_value();
-}
 
 // --- Colours ---------------------------------------------------------------------------------------------------------
 
@@ -144,7 +104,15 @@ PcxLines::PcxLines(ByteSource& source, const PcxHeader& header, std::size_t capa
 }
 
 std::size_t PcxLines::Read(std::span<unsigned char> out) {
-    if (!mRuns) return ReadRaw(out.first(mCapacity));
+    const std::size_t count = mRuns ? ReadCoded(out) : ReadRaw(out.first(mCapacity));
+    const bool isMissingBytes = mRuns ? mRuns->IsOutOfData() : count < mCapacity;
+    mEndedEarly = mEndedEarly || (isMissingBytes && mHasBytes);
+    mHasBytes = mHasBytes || count > 0;
+    return count;
+}
+
+std::size_t PcxLines::ReadCoded(std::span<unsigned char> out) {
+    mWereInStep = mWereInStep && (mRuns->IsInStep() || mRuns->IsOutOfData());
     const std::span<const unsigned char> line = mRuns->NextLine();
     std::ranges::copy(line, out.begin());
     if (mRuns->IsOutOfData()) ++mLinesOutOfData;
@@ -161,7 +129,7 @@ std::size_t PcxLines::ReadRaw(std::span<unsigned char> out) {
 }
 
 void PcxLines::DropRun() {
-    if (mRuns) mRuns->DropRun();
+    if (mRuns && mRuns->DropRun()) mWereInStep = false;
 }
 
 int PcxLines::TakeLinesOutOfData() {
@@ -174,21 +142,6 @@ namespace {
 
 constexpr std::size_t kBitsOfByte = 8;
 constexpr std::size_t kColours = 3;
-
-/// Eight pixels as one number, so that they are worked on together.
-using EightPixels = std::uint64_t;
-
-/// For each byte its bits, the highest first in memory, as a byte 0 or 1 each.
-constexpr auto kBits = [] {
-    std::array<EightPixels, 256> table{};
-    for (std::size_t byte = 0; byte < table.size(); ++byte) {
-        std::array<unsigned char, kBitsOfByte> bits{};
-        for (std::size_t bit = 0; bit < kBitsOfByte; ++bit)
-            bits[bit] = static_cast<unsigned char>(byte >> (kBitsOfByte - 1 - bit) & 1U);
-        table[byte] = std::bit_cast<EightPixels>(bits);
-    }
-    return table;
-}();
 
 constexpr std::size_t BytesOfBits(std::size_t width) {
     return (width + kBitsOfByte - 1) / kBitsOfByte;
@@ -208,18 +161,6 @@ std::size_t LineCapacity(const PcxHeader& header) {
 std::size_t PlaneBytes(const PcxHeader& header) {
     const std::size_t needed = header.Bits() == 24 ? Width(header) : BytesOfBits(Width(header));
     return std::max(LineCapacity(header), needed);
-}
-
-/// Sets bit `plane` (0 to 7) of each index where the packed bit, after `flip`, is set.
-void AddPlane(std::span<const unsigned char> packed, unsigned flip, unsigned plane, std::span<unsigned char> indices) {
-    unsigned char* eight = indices.first(packed.size() * kBitsOfByte).data();
-    for (const unsigned char byte : packed) {
-        EightPixels pixels = 0;
-        std::memcpy(&pixels, eight, sizeof pixels);
-        pixels |= kBits[byte ^ flip] << plane;  // which stays inside each byte
-        std::memcpy(eight, &pixels, sizeof pixels);
-        eight += sizeof pixels;
-    }
 }
 
 }  // namespace
@@ -253,7 +194,7 @@ void PcxIndexRows::NextFromPlanes() {
     for (std::size_t plane = 0; plane < mPlanes; ++plane) {
         const std::span<unsigned char> packed = std::span(mPacked).subspan(plane * mPlaneBytes, mPlaneBytes);
         (void)mLines.Read(packed);
-        AddPlane(packed.first(BytesOfBits(mWidth)), 0x00, static_cast<unsigned>(plane), mIndices);
+        AddPcxSamples<1>(packed.first(BytesOfBits(mWidth)), 0x00, static_cast<unsigned>(plane), mIndices);
     }
 }
 
@@ -262,7 +203,7 @@ void PcxIndexRows::NextFromBits() {
     const std::size_t count = mLines.Read(mPacked);
     std::ranges::fill(std::span(mPacked).subspan(count), 0);
     std::ranges::fill(mIndices, 0);
-    AddPlane(mPacked, 0xFF, 0, mIndices);
+    AddPcxSamples<1>(mPacked, 0xFF, 0, mIndices);
 }
 
 /// The packed bytes are read into the row and spread from its end, so that none is overwritten before its turn.
@@ -310,51 +251,116 @@ namespace {
 
 constexpr std::uint16_t kGreyPalette = 2;
 
+void WarnOfMissingData() {
+    Sys::Warning(L"PCXReader::Invalid Frame -- out of data", nullptr);
+}
+
 void WarnOfLinesOutOfData(PcxLines& lines) {
     for (int line = lines.TakeLinesOutOfData(); line > 0; --line)
-        Sys::Warning(L"PCXReader::Invalid Frame -- out of data", nullptr);
+        WarnOfMissingData();
 }
 
 }  // namespace
 
 void PCXReader::Close() {
     mSource.reset();
+    mBinder.reset();
+    mPages.clear();
     mHeader = {};
     mPalette.reset();
 }
 
 Result<> PCXReader::OpenFiles(PictureFiles files) {
-    const Result<PcxHeader> header = ReadPcxHeader(files.source);
+    return mReading.IsCommon() ? OpenCommonFile(std::move(files.source)) : OpenContractFile(std::move(files.source));
+}
+
+Result<> PCXReader::OpenContractFile(ByteSource source) {
+    const Result<PcxHeader> header = ReadPcxHeader(source);
     if (!header) return std::unexpected(header.error());
     if (header->Width() < 1 || header->Height() < 1) return std::unexpected(Failure::kMalformed);
     if (header->Bits() != 24) {
-        const Result<PcxPalette> palette = PcxPalette::Read(files.source, *header);
-        if (!palette) return std::unexpected(palette.error());
+        const Result<PcxPalette> palette = PcxPalette::Read(source, *header);
+        if (!palette) {
+            (void)mReading.IsCommon("a picture without its 256 colours is refused by the host's rules");
+            return std::unexpected(palette.error());
+        }
         if (header->Bits() == 4) SetPcxNibbles(header->paletteInfo == kGreyPalette || palette->IsGreyRamp());
         mPalette = *palette;
     }
     mHeader = *header;
-    mSource = std::move(files.source);
+    mSource = std::move(source);
     return {};
+}
+
+Result<> PCXReader::OpenCommonFile(ByteSource source) {
+    if (!IsDcx(source)) {
+        const Result<PcxHeader> header = ReadCommonPcxHeader(source);
+        if (!header) return std::unexpected(header.error());
+        mHeader = *header;
+        mSource = std::move(source);
+        return {};
+    }
+    Result<std::vector<DcxPage>> pages = FindDcxPages(source);
+    if (!pages) return std::unexpected(pages.error());
+    mPages = *std::move(pages);
+    mBinder = std::move(source);
+    return OpenPage(0);
+}
+
+Result<> PCXReader::OpenPage(std::size_t page) {
+    Result<ByteSource> file = OpenDcxPage(*mBinder, mPages[page]);
+    if (!file) return std::unexpected(file.error());
+    const Result<PcxHeader> header = ReadCommonPcxHeader(*file);
+    if (!header) return std::unexpected(header.error());
+    mHeader = *header;
+    mSource = *std::move(file);
+    return {};
+}
+
+bool PCXReader::SelectFrame(int frame) {
+    if (mPages.empty()) return true;  // the one picture, whatever is asked for
+    const std::size_t page = frame < 0 ? 0 : static_cast<std::size_t>(frame);
+    if (page >= mPages.size()) {
+        Sys::Warning(L"Frame index out of range", nullptr);
+        return false;
+    }
+    return OpenPage(page).has_value();
 }
 
 Result<> PCXReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
-    const auto height = static_cast<std::size_t>(GetHeight()), pitch = static_cast<std::size_t>(GetRowPitch());
-    if (mPalette) {
-        PcxIndexRows stored(*mSource, mHeader);
-        WriteRows(rows, height, pitch, [&](std::span<unsigned char> pixels) {
-            mPalette->Colour(stored.Next(), pixels);
-            WarnOfLinesOutOfData(stored.Lines());
-        });
+    if (mReading.IsCommon()) {
+        ReadCommonFrame(rows);
     } else {
-        PcxColourRows stored(*mSource, mHeader);
-        WriteRows(rows, height, pitch, [&](std::span<unsigned char> pixels) {
-            stored.Next(pixels);
-            WarnOfLinesOutOfData(stored.Lines());
-        });
+        ReadContractFrame(rows);
     }
     return {};
+}
+
+void PCXReader::ReadCommonFrame(Common::RowSink& rows) {
+    PcxCommonRows stored(*mSource, mHeader, FindCommonPcxColours(*mSource, mHeader));
+    WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
+              [&](std::span<unsigned char> pixels) { stored.Next(pixels); });
+    if (stored.IsOutOfData()) WarnOfMissingData();
+}
+
+void PCXReader::ReadContractFrame(Common::RowSink& rows) {
+    PcxDifferences differences(mReading, *mSource, mHeader, mPalette ? &*mPalette : nullptr);
+    const auto write = [&](auto& stored, const auto& next) {
+        WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
+                  [&](std::span<unsigned char> pixels) {
+                      next(pixels);
+                      WarnOfLinesOutOfData(stored.Lines());
+                  });
+        differences.CompareLines(stored.Lines());
+    };
+    if (mPalette) {
+        PcxIndexRows stored(*mSource, mHeader);
+        write(stored, [&](std::span<unsigned char> pixels) { mPalette->Colour(stored.Next(), pixels); });
+    } else {
+        PcxColourRows stored(*mSource, mHeader);
+        write(stored, [&](std::span<unsigned char> pixels) { stored.Next(pixels); });
+    }
 }
 
 }  // namespace Kavra::Devices

@@ -15,11 +15,16 @@
 ///         68      2  kind of palette: 2 is grey
 ///        128         lines, those of all planes of a row one after another
 ///       -769    769  of version 5 with 8 bits a pixel: a byte of any value, and a palette of 256 colours
+///
+/// What stands here is read as the contract has it; what the common reading does otherwise - and which other files it
+/// knows, those of several pages among them - stands in `PcxCommonColours.h`, `PcxCommonRows.h` and `DcxPages.h`.
 #pragma once
 
 #include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
 #include "readers/Reading.h"
+#include "readers/pcx/DcxPages.h"
+#include "readers/pcx/PcxHeader.h"
 #include "readers/pcx/PcxRuns.h"
 
 #include <array>
@@ -30,33 +35,6 @@
 #include <vector>
 
 namespace Kavra::Devices {
-
-inline constexpr std::size_t kPcxHeaderBytes = 128;
-
-struct PcxHeader {
-    std::uint8_t version = 0;
-    std::uint8_t encoding = 0;
-    std::uint8_t bitsPerPlane = 0;
-    std::uint8_t planes = 0;
-    std::uint16_t xMin = 1, yMin = 1, xMax = 0, yMax = 0;  ///< until they are read there are no pixels
-    std::array<unsigned char, 48> palette{};
-    std::uint16_t bytesPerLine = 0;
-    std::uint16_t paletteInfo = 0;
-
-    int Bits() const { return bitsPerPlane * planes; }
-    int Width() const { return xMax - xMin + 1; }   ///< below 1 where the columns run backwards
-    int Height() const { return yMax - yMin + 1; }  ///< likewise
-    bool IsPlanar() const { return planes >= 2 && Bits() != 24; }
-    /// Whether the colours stand at the end of the file, 256 of them.
-    bool HasTrailingPalette() const { return version == 5 && Bits() == 8; }
-};
-
-/// The header of a file that is accepted as PCX, which takes a known version and encoding and 1, 4, 8 or 24 bits a
-/// pixel over all planes. The position of the source does not matter and is not kept.
-[[nodiscard]] Common::Result<PcxHeader> ReadPcxHeader(Common::ByteSource& source);
-
-/// Whether the file is one that the reader knows: it may have no pixels all the same, or lack its palette.
-bool IsPcx(Common::ByteSource& source);
 
 class PcxPalette {
 public:
@@ -106,18 +84,31 @@ public:
     /// Forgets what is left of a run that did not fit into the last line.
     void DropRun();
 
+    /// Whether each line began where those before it end by the file's length of a line.
+    bool WereInStep() const { return mWereInStep; }
+
+    /// Whether bytes were missing in lines behind such that had some.
+    bool EndedEarly() const { return mEndedEarly; }
+
+    /// Where in the source the next line begins.
+    std::uint64_t Position() const { return mRuns ? mRuns->Position() : mSource.Position(); }
+
     /// How many lines since it was last asked the data ended in or before. Of run-length coded files: raw ones end
     /// unnoticed.
     int TakeLinesOutOfData();
 
 private:
     std::size_t ReadRaw(std::span<unsigned char> out);
+    std::size_t ReadCoded(std::span<unsigned char> out);
 
     Common::ByteSource& mSource;
     std::size_t mCapacity;
     std::size_t mLineBytes;
     std::optional<PcxRuns> mRuns;  // nothing for raw lines
     int mLinesOutOfData = 0;
+    bool mHasBytes = false;
+    bool mWereInStep = true;
+    bool mEndedEarly = false;
 };
 
 /// Rows of a picture with a palette: an index a pixel.
@@ -169,7 +160,8 @@ private:
     std::array<std::size_t, 3> mFilled{};  // of each plane, how many bytes may be other than 0
 };
 
-/// One frame of `kR8G8B8A8`, rows from the top. Files of 1, 4 and 8 bits a pixel have a palette, in one plane or in one
+/// Frames of `kR8G8B8A8`, rows from the top: one, but for files of several pages in the common reading, of which each has
+/// a size of its own. Files of 1, 4 and 8 bits a pixel have a palette, in one plane or in one
 /// plane a bit; files of 24 bits have three planes of colour.
 ///
 /// Only opening fails: for what is no PCX file, has no pixels or lacks its palette. Pixels whose index has no colour
@@ -181,17 +173,28 @@ public:
 
     void Close() override;
     Common::Result<> OpenFiles(PictureFiles files) override;
+    bool SelectFrame(int frame) override;
+    /// Reads the frame that was selected, whatever `frame` says.
     Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
 
     int GetWidth() override { return mHeader.Width(); }
     int GetHeight() override { return mHeader.Height(); }
     int GetRowPitch() override { return 4 * mHeader.Width(); }
+    int GetFrameCount() override { return mPages.empty() ? 1 : static_cast<int>(mPages.size()); }
 
     const char* GetDifference() const override { return mReading.Difference(); }
 
 private:
+    Common::Result<> OpenContractFile(Common::ByteSource source);
+    Common::Result<> OpenCommonFile(Common::ByteSource source);
+    Common::Result<> OpenPage(std::size_t page);
+    void ReadContractFrame(Common::RowSink& rows);
+    void ReadCommonFrame(Common::RowSink& rows);
+
     Reading mReading;
-    std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
+    std::optional<Common::ByteSource> mSource;  // nothing unless a file is open; of several pages the selected one
+    std::optional<Common::ByteSource> mBinder;  // the file with the pages
+    std::vector<DcxPage> mPages;
     PcxHeader mHeader;
     std::optional<PcxPalette> mPalette;  // nothing for 24 bits
 };

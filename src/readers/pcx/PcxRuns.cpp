@@ -45,19 +45,21 @@ std::uint64_t CountMarks(std::span<const unsigned char, kBlock> bytes) {
 }  // namespace
 
 PcxRuns::PcxRuns(ByteSource& source, std::size_t capacity, std::size_t lineBytes)
-    : mSource(source), mLine(capacity), mCapacity(capacity), mLineBytes(lineBytes) {}
+    : mSource(source), mLine(capacity), mCapacity(capacity), mLineBytes(lineBytes), mTaken(lineBytes) {}
 
 std::span<const unsigned char> PcxRuns::NextLine() {
     mIsOutOfData = false;
     mDone = std::min(mRunLength, mCapacity);
     std::fill_n(mLine.begin(), mDone, mRunValue);
     mRunLength -= mDone;
+    mTaken = 0;
 
     const std::size_t end = std::min(mCapacity, mLineBytes);
     while (mDone < end) {
         TakeCodes(end);
         if (mDone < end && !TakeCode()) break;
     }
+    if (mTaken == 0) mTaken = mDone;
     return std::span(mLine).first(mDone);
 }
 
@@ -109,7 +111,8 @@ bool PcxRuns::TakeCode() {
 void PcxRuns::AddRun(std::size_t length, unsigned char value) {
     const std::size_t total = mDone + length;
     if (total > mCapacity) {
-        mRunLength = total - std::min(total, mLineBytes);
+        mTaken = std::min(total, mLineBytes);
+        mRunLength = total - mTaken;
         mRunValue = value;
     }
     const std::size_t fits = std::min(length, mCapacity - mDone);

@@ -4,8 +4,10 @@
 #include "common/ByteSource.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace Kavra::Devices {
@@ -28,8 +30,14 @@ public:
     /// Whether the last line wanted a byte that was not there.
     bool IsOutOfData() const { return mIsOutOfData; }
 
-    /// Forgets what is left of the last run.
-    void DropRun() { mRunLength = 0; }
+    /// Whether the last line took as many bytes as the file says that a line has, no matter how many of them it holds.
+    bool IsInStep() const { return mTaken == mLineBytes; }
+
+    /// Where in the source the next code stands.
+    std::uint64_t Position() const { return mSource.Position() + mPeeked - mAhead.size(); }
+
+    /// Forgets what is left of the last run, and tells whether that was anything.
+    bool DropRun() { return std::exchange(mRunLength, 0) != 0; }
 
 private:
     void TakeCodes(std::size_t end);
@@ -44,6 +52,7 @@ private:
     std::size_t mCapacity;
     std::size_t mLineBytes;
     std::size_t mDone = 0;       // bytes of the line
+    std::size_t mTaken;          // bytes of the codes up to the end of the line, skipped padding included
     std::size_t mRunLength = 0;  // what the next line begins with
     unsigned char mRunValue = 0;
     bool mIsOutOfData = false;
