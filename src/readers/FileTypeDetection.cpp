@@ -6,6 +6,7 @@
 #include "readers/pcx/PcxReader.h"
 #include "readers/pict/PictReader.h"
 #include "readers/rlc/RlcReader.h"
+#include "readers/spot/SpotCommonHeader.h"
 #include "readers/spot/SpotReader.h"
 
 #include <algorithm>
@@ -85,6 +86,30 @@ int IsCommonImageExtension(const KString& path) {
     return kCommon.contains(extension) ? Other : -1;
 }
 
+namespace {
+
+/// A raster whose files these are, in the contract's reading.
+bool TakeSpot(const KString& path, ByteSource& source, DetectedFile& file) {
+    Result<PictureFiles> raster = OpenSpotFiles(path, &source);
+    if (!raster || !IsSpot(*raster)) return false;
+    file.type = Spot;
+    file.files = *std::move(raster);
+    return true;
+}
+
+/// The same in the common reading.
+bool TakeSpotCommon(const KString& path, ByteSource& source, DetectedFile& file) {
+    Result<PictureFiles> raster = OpenSpotCommonFiles(path, &source);
+    const SpotFiles kind = raster ? AreSpotCommon(*raster) : SpotFiles::kOther;
+    if (kind == SpotFiles::kOther) return false;
+    file.type = Spot;
+    file.isShown = kind == SpotFiles::kWhole;
+    file.files = *std::move(raster);
+    return true;
+}
+
+}  // namespace
+
 DetectedFile DetectFile(const KString& path, ELegacyReading reading) {
     DetectedFile file;
     if (IsCommonImageExtension(path) > 0) {
@@ -94,15 +119,14 @@ DetectedFile DetectFile(const KString& path, ELegacyReading reading) {
     Result<ByteSource> source = ByteSource::Open(path);
     if (!source) return file;
     file.start = ReadStart(*source);
+    const bool isCommon = reading == kLegacyCommon;
+    // Samples may look like anything: a name that says what they are and a header that describes them are known better.
+    const bool isNamed = SpotNameOf(path.ToChars()) != SpotName::kOther;
+    if (isCommon && isNamed && TakeSpotCommon(path, *source, file)) return file;
     file.type = TypeOf(*source, kContentProbes);
     if (file.type == Other) {
-        Result<PictureFiles> raster = OpenSpotFiles(path, &*source);
-        if (raster && IsSpot(*raster)) {
-            file.type = Spot;
-            file.files = *std::move(raster);
-            return file;
-        }
-        if (reading == kLegacyCommon) file.type = TypeOf(*source, kCommonProbes);
+        if (isCommon ? TakeSpotCommon(path, *source, file) : TakeSpot(path, *source, file)) return file;
+        if (isCommon) file.type = TypeOf(*source, kCommonProbes);
     }
     file.files = PictureFiles{path.ToChars(), *std::move(source), std::nullopt};
     return file;

@@ -17,11 +17,12 @@ struct DetectedFile {
     ImageFileType type = None;
     std::optional<PictureFiles> files;                  ///< nothing of type `None`, nor where the extension decided
     std::optional<std::array<unsigned char, 4>> start;  ///< its first bytes, zero where it has fewer; likewise
+    bool isShown = true;  ///< false: described and never shown; reading it raises a warning that says why
 };
 
 /// Opens a file and tells what it is: by its extension where that is a common one, else by its first bytes. The common
-/// reading knows more files of the legacy formats; what the contract's knows is the same to both. Never throws for what
-/// a file holds. Threads: any.
+/// reading knows more files of the legacy formats; what the contract's knows is the same to both, but for rasters, whose
+/// samples the common reading takes from the file that is named. Never throws for what a file holds. Threads: any.
 DetectedFile DetectFile(const KString& path, ELegacyReading reading = kLegacyContract);
 
 /// The `ImageFileType` alone, in the contract's reading.

@@ -261,7 +261,9 @@ Result<LoadedPixels> LoadWithoutLibrary(ImageDescription& desc, const KString& p
 void TellOfCommonReading(const KString& path, const LoadRequest& request, int fileType) {
     ILegacyObserver* const observer = request.preferences.legacyObserver;
     const bool isAsked = observer != nullptr && fileType == Other && request.preferences.legacy == kLegacyContract;
-    if (isAsked && HasImageReader(DetectFile(path, kLegacyCommon).type))
+    if (!isAsked) return;
+    const DetectedFile common = DetectFile(path, kLegacyCommon);
+    if (common.isShown && HasImageReader(common.type))
         observer->ReadingsDiffer("of no kind that the host's rules know");
 }
 

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Kavra::Devices {
 
@@ -85,7 +86,11 @@ enum class SampleKind {
     kSigned16 = 3,
     kUnsigned32 = 4,
     kSigned32 = 5,
-    kFloat = 6
+    kFloat = 6,
+    // Read in the common reading alone:
+    kPacked = 7,  ///< of 1 to 7 bits, the first highest in its byte
+    kSigned8 = 8,
+    kDouble = 9
 };
 
 enum class MapUnits { kNone = 0, kInches = 1, kFeet = 2, kMeters = 3, kDegrees = 4 };
@@ -102,7 +107,7 @@ struct Georeference {
     std::string projection, datum, zone;  ///< as they stand in the header, cut at 63 characters
 };
 
-/// A header that was accepted, which means: 1 or 3 bands; columns, rows and bits at least 1; no count of bytes
+/// A header that was accepted, which means in the contract's reading: 1 or 3 bands; columns, rows and bits at least 1; no count of bytes
 /// negative; at most 32 bits where there is one band; and as many bytes of data as it needs. Counts of bytes that no
 /// file can have stop at the largest 64-bit number.
 struct SpotHeader {
@@ -124,6 +129,11 @@ struct SpotHeader {
     std::int32_t greyEntries = 0;      ///< 256 where the palette maps the values of each band, else 0
     SpotPalette palette = GreyRamp();
     Georeference georeference;
+
+    // Of the common reading alone:
+    bool bigEndian = false;              ///< numbers of several bytes begin with the highest
+    std::optional<double> noData;        ///< the sample that says that a pixel has no value
+    std::vector<std::uint32_t> colours;  ///< the four bytes of each value's pixel; empty: values are shown as such
 };
 
 /// Parses the text of a header for a pixel file of `dataBytes` bytes, without palette and path. Fails when it is not

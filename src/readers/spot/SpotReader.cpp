@@ -1,18 +1,20 @@
 #include "readers/spot/SpotReader.h"
 
 #include "common/Limits.h"
-#include "common/ParallelRange.h"
-#include "common/PixelRun.h"
-#include "readers/WriteRows.h"
+#include "readers/spot/SpotCommonHeader.h"
+#include "readers/spot/SpotCommonRows.h"
+#include "readers/spot/SpotConvert.h"
+#include "readers/spot/SpotDifference.h"
 #include "readers/spot/SpotKernels.h"
-#include "readers/spot/SpotRows.h"
 
 #include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/Sys.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <format>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -28,78 +30,6 @@ using Common::Sum;
 // --- Pixels ----------------------------------------------------------------------------------------------------------
 
 namespace {
-
-using Line = std::span<const unsigned char>;
-
-/// Rows in which the samples of all bands stand together.
-SpotRows WholeRows(ByteSource& file, const SpotHeader& header) {
-    return SpotRows(file, {header.skipBytes}, header.totalRowBytes);
-}
-
-/// Where a band begins that follows the band before it.
-std::int64_t BandStart(const SpotHeader& header, std::int64_t band) {
-    const std::int64_t stride = Sum(Product(header.bandRowBytes, header.rows), header.bandGapBytes);
-    return Sum(Product(stride, band), header.skipBytes);
-}
-
-/// Where in a row the samples of a band begin.
-std::int64_t FirstByte(const SpotHeader& header, std::int64_t band) {
-    return Sum(Product(header.bandRowBytes, band), header.recordSkipBytes);
-}
-
-/// Where the rows of pixels go.
-struct PixelRows {
-    Common::RowSink& sink;
-    std::int64_t count;
-    std::size_t pitch;
-};
-
-/// Where in a row the lines begin of which a row of pixels is made.
-template <std::size_t Count>
-using Firsts = std::array<std::int64_t, Count>;
-
-/// Converts as many rows as can be gathered, many at the same time, and tells how many that were.
-template <std::size_t Count, class Convert>
-std::int64_t ConvertGathered(SpotRows& rows, const Firsts<Count>& firsts, std::size_t bytes, const PixelRows& out,
-                             const Convert& convert) {
-    const std::size_t serialRows = Common::kSerialBytes / (out.pitch + Count * bytes);
-    if (!std::ranges::all_of(firsts, [&](std::int64_t first) { return rows.IsInOneSlot(first, bytes); })) return 0;
-    std::int64_t row = 0, gathered = 0;  // as yet, and up to where rows are in memory
-    while (row < out.count) {
-        if (row == gathered) gathered = std::min(row + rows.Gather(row), out.count);
-        if (row == gathered) break;
-        const std::span<unsigned char> pixels = out.sink.NextRows(static_cast<std::size_t>(gathered - row));
-        const std::size_t count = pixels.size() / out.pitch;
-        Common::ForEachRange(count, serialRows, [&](std::size_t begin, std::size_t end) {
-            for (std::size_t at = begin; at < end; ++at) {
-                std::array<Line, Count> lines;
-                for (std::size_t i = 0; i < Count; ++i)
-                    lines[i] = rows.Gathered(row + static_cast<std::int64_t>(at), firsts[i], bytes);
-                convert(pixels.subspan(at * out.pitch, out.pitch), lines);
-            }
-        });
-        row += static_cast<std::int64_t>(count);
-    }
-    return row;
-}
-
-/// Calls `convert(rowOfOut, lines)` for each row, with the lines of `bytes` bytes that begin at `firsts`.
-template <std::size_t Count, class Convert>
-void ConvertRows(SpotRows rows, const Firsts<Count>& firsts, std::size_t bytes, const PixelRows& out,
-                 const Convert& convert) {
-    std::int64_t row = ConvertGathered(rows, firsts, bytes, out, convert);
-    if (row == out.count) return;
-    std::vector<SpotLine> sources;
-    for (const std::int64_t first : firsts)
-        sources.emplace_back(rows, first, bytes);
-    WriteRows(out.sink, static_cast<std::size_t>(out.count - row), out.pitch, [&](std::span<unsigned char> pixels) {
-        std::array<Line, Count> lines;
-        for (std::size_t i = 0; i < Count; ++i)
-            lines[i] = sources[i].Read(row);
-        convert(pixels, lines);
-        ++row;
-    });
-}
 
 std::size_t SampleBytes(SampleKind kind) {
     switch (kind) {
@@ -231,6 +161,26 @@ Result<> DecodeSpot(ByteSource& file, const SpotHeader& header, int frame, const
 
 namespace {
 
+/// Whether the common reading has the same pixels of a raster as the contract's has.
+bool IsReadAsInContract(const SpotHeader& header) {
+    if (header.noData || !header.colours.empty()) return false;
+    if (header.sampleKind == SampleKind::k8Bit) return header.bands == 1 || header.bands == 3;
+    const bool isKept = header.sampleKind == SampleKind::kUnsigned16 || header.sampleKind == SampleKind::kFloat;
+    return isKept && header.bands == 1 && !header.bigEndian;
+}
+
+/// The header of the files that the common reading takes for the same path, with its colours; nothing where it takes
+/// none.
+std::optional<SpotHeader> HeaderInCommon(PictureFiles& files) {
+    const KString path(files.path.c_str());
+    Result<PictureFiles> named = OpenSpotCommonFiles(path);
+    if (!named || AreSpotCommon(*named) != SpotFiles::kWhole) return std::nullopt;
+    Result<SpotHeader> header = ReadSpotCommonHeader(*named);
+    if (!header) return std::nullopt;
+    AddSpotColours(path, *header);
+    return *std::move(header);
+}
+
 std::int64_t RowBytes(EFormat format, std::int32_t columns) {
     return std::int64_t{Utilities::AFormatConvertor::BytesPerPixel(format)} * columns;
 }
@@ -241,28 +191,58 @@ bool IsSpot(PictureFiles& files) {
     return files.header && files.source.Size() > 0 && ReadSpotHeader(*files.header, files.source.Size()).has_value();
 }
 
+SpotFiles AreSpotCommon(PictureFiles& files) {
+    const Result<SpotHeader> header = ReadSpotCommonHeader(files);
+    if (!header) return SpotFiles::kOther;
+    if (SpotRowsIn(*header, files.source.Size()) == header->rows) return SpotFiles::kWhole;
+    return SpotNameOf(files.path) != SpotName::kOther ? SpotFiles::kCut : SpotFiles::kOther;
+}
+
 Result<PictureFiles> SpotReader::FindFiles(const KString& path) {
-    return OpenSpotFiles(path);
+    return mReading.IsCommon() ? OpenSpotCommonFiles(path) : OpenSpotFiles(path);
 }
 
 void SpotReader::Close() {
     mSource.reset();
     mHeader = {};
+    mCommonHeader.reset();
     mFormat = kUnknown;
     mFrameCount = 1;
 }
 
 Result<> SpotReader::OpenFiles(PictureFiles files) {
     if (!files.header) return std::unexpected(Failure::kCannotOpen);
+    return mReading.IsCommon() ? OpenCommonFiles(std::move(files)) : OpenContractFiles(std::move(files));
+}
+
+Result<> SpotReader::OpenContractFiles(PictureFiles files) {
     Result<SpotHeader> header = ReadSpotHeader(*files.header, files.source.Size());
     if (!header) return std::unexpected(header.error());
     const KString path(files.path.c_str());
     header->path = PathWithExtension(path, L".hdr").value_or(files.path);
     AddSpotPalette(path, *header);
+    mCommonHeader = HeaderInCommon(files);
+    mIsNamed = PathWithExtension(path, L".bil") == files.path;
     const Result<EFormat> format = FormatOf(*header);
-    if (!format) return std::unexpected(format.error());
+    if (!format) {
+        if (mCommonHeader) (void)mReading.IsCommon("samples of this depth are not shown by the host's rules");
+        return std::unexpected(format.error());
+    }
     mFormat = *format;
     mFrameCount = FrameCountOf(*header);
+    mHeader = *std::move(header);
+    mSource = std::move(files.source);
+    return {};
+}
+
+Result<> SpotReader::OpenCommonFiles(PictureFiles files) {
+    Result<SpotHeader> header = ReadSpotCommonHeader(files);
+    if (!header) return std::unexpected(header.error());
+    const KString path(files.path.c_str());
+    header->path = PathWithExtension(path, L".hdr").value_or(files.path);
+    AddSpotColours(path, *header);
+    mFormat = SpotCommonFormat(*header);
+    mFrameCount = SpotCommonFrames(*header);
     mHeader = *std::move(header);
     mSource = std::move(files.source);
     return {};
@@ -273,12 +253,36 @@ int SpotReader::GetRowPitch() {
         std::min<std::int64_t>(RowBytes(mFormat, mHeader.columns), std::numeric_limits<int>::max()));
 }
 
+std::uint64_t SpotReader::GetWorkingBytes() {
+    return mReading.IsCommon() ? SpotCommonWorkingBytes(mHeader) : 0;
+}
+
 Result<> SpotReader::ReadFrame(Common::RowSink& rows, int frame) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
     // A row whose bytes an int cannot count is one that no caller has memory for.
     if (GetRowPitch() != RowBytes(mFormat, mHeader.columns)) return std::unexpected(Failure::kTooLarge);
-    return DecodeSpot(*mSource, mHeader, std::clamp(frame, 0, mFrameCount - 1),
-                      {.sink = rows, .count = mHeader.rows, .pitch = static_cast<std::size_t>(GetRowPitch())});
+    const PixelRows out{.sink = rows, .count = mHeader.rows, .pitch = static_cast<std::size_t>(GetRowPitch())};
+    const int band = std::clamp(frame, 0, mFrameCount - 1);
+    if (!mReading.IsCommon()) {
+        TellOfDifference();
+        return DecodeSpot(*mSource, mHeader, band, out);
+    }
+    const std::int64_t present = SpotRowsIn(mHeader, mSource->Size());
+    if (present < mHeader.rows) {
+        const std::wstring text = std::format(L"the data end after {} of {} rows", present, mHeader.rows);
+        Sys::Warning(text.c_str(), nullptr);
+        return std::unexpected(Failure::kTruncated);
+    }
+    if (IsReadAsInContract(mHeader)) return DecodeSpot(*mSource, mHeader, band, out);
+    DecodeSpotCommon(*mSource, mHeader, band, out);
+    return {};
+}
+
+void SpotReader::TellOfDifference() {
+    if (!mCommonHeader) return;
+    const char* const how = mIsNamed ? HowSpotDiffers(*mSource, mHeader, *mCommonHeader)
+                                     : "the samples are those of the file that ends in .bil by the host's rules";
+    if (how != nullptr) (void)mReading.IsCommon(how);
 }
 
 }  // namespace Kavra::Devices

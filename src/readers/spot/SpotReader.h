@@ -33,14 +33,27 @@ namespace Kavra::Devices {
 /// Whether open files are those of a raster: the data are not empty, and the header describes them.
 bool IsSpot(PictureFiles& files);
 
+/// What the common reading takes the files of a path for.
+enum class SpotFiles {
+    kOther,
+    kWhole,
+    kCut,  ///< a raster by its name and header, of which rows are missing
+};
+SpotFiles AreSpotCommon(PictureFiles& files);
+
 /// 8-bit rasters of one band come out as `kL8`, or as `kR8G8B8A8` where a palette colours them; of three bands as
 /// `kR8G8B8A8`. Each band of a deeper raster is a frame of its own: `kL16`, or `kR32F` for floats. Samples are
 /// little-endian. A sample that its row does not hold is zero.
+///
+/// The common reading has a header (`SpotCommonHeader.h`) and pixels (`SpotCommonRows.h`) of its own, and takes the
+/// samples from the file that is named. A raster of which rows are missing is described; reading it raises a warning that
+/// says how many rows there are, and fails.
 class SpotReader final : public ImageReaderInterface {
 public:
     explicit SpotReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
 
-    /// Any path beside the ".bil" and the ".hdr" file that shares their name leads to them.
+    /// Any path beside the ".bil" and the ".hdr" file that shares their name leads to them; in the common reading that of
+    /// the samples.
     Common::Result<PictureFiles> FindFiles(const KString& path) override;
     void Close() override;
     Common::Result<> OpenFiles(PictureFiles files) override;
@@ -53,13 +66,20 @@ public:
     int GetRowPitch() override;
     EFormat GetFormat() override { return mFormat; }
     int GetFrameCount() override { return mFrameCount; }
+    std::uint64_t GetWorkingBytes() override;
 
     const char* GetDifference() const override { return mReading.Difference(); }
 
 private:
+    Common::Result<> OpenContractFiles(PictureFiles files);
+    Common::Result<> OpenCommonFiles(PictureFiles files);
+    void TellOfDifference();
+
     Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a raster is open
     SpotHeader mHeader;
+    std::optional<SpotHeader> mCommonHeader;  // in the contract's reading: what the other would go by
+    bool mIsNamed = true;                     // whether the samples stand in the file that was named
     EFormat mFormat = kUnknown;
     int mFrameCount = 1;
 };

@@ -1,0 +1,336 @@
+#include "readers/spot/SpotCommonRows.h"
+
+#include "common/PackedLayout.h"
+#include "readers/SampleTables.h"
+#include "readers/spot/SpotCommonHeader.h"
+
+#include <bit>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+#include <utility>
+
+namespace Kavra::Devices {
+
+using Common::ByteSource;
+
+// --- Samples ---------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Where the samples of a band stand in a line, in samples.
+struct Samples {
+    Line line;
+    std::size_t first = 0;
+    std::size_t step = 1;
+};
+
+template <class Number>
+using BitsOf =
+    std::conditional_t<sizeof(Number) == 1, std::uint8_t,
+                       std::conditional_t<sizeof(Number) == 2, std::uint16_t,
+                                          std::conditional_t<sizeof(Number) == 4, std::uint32_t, std::uint64_t>>>;
+
+template <class Number, bool IsBig, class Take>
+void TakeNumbers(const Samples& samples, std::size_t count, const Take& take) {
+    constexpr bool kIsSwapped = IsBig == (std::endian::native == std::endian::little);
+    const unsigned char* at = samples.line.data() + samples.first * sizeof(Number);
+    for (std::size_t x = 0; x < count; ++x, at += samples.step * sizeof(Number)) {
+        BitsOf<Number> bits;
+        std::memcpy(&bits, at, sizeof bits);
+        if constexpr (kIsSwapped && sizeof bits > 1) bits = std::byteswap(bits);
+        take(x, std::bit_cast<Number>(bits));
+    }
+}
+
+/// Samples of less than a byte, the first highest. They may cross from one byte into the next.
+template <class Take>
+void TakePacked(const Samples& samples, std::size_t bits, std::size_t count, const Take& take) {
+    const unsigned white = (1U << bits) - 1;
+    std::size_t at = samples.first * bits;
+    for (std::size_t x = 0; x < count; ++x, at += samples.step * bits) {
+        const std::size_t byte = at / 8;
+        const unsigned next = byte + 1 < samples.line.size() ? samples.line[byte + 1] : 0;
+        const unsigned word = samples.line[byte] * 256U + next;
+        take(x, static_cast<std::uint8_t>(word >> (16 - at % 8 - bits) & white));
+    }
+}
+
+/// Calls `take(x, sample)` for each of the first `count` samples, which are of the kinds that an `Out` is made of.
+template <class Out, class Take>
+void TakeSamples(const SpotHeader& header, const Samples& samples, std::size_t count, const Take& take) {
+    const auto numbers = [&]<class Number>(Number) {
+        header.bigEndian ? TakeNumbers<Number, true>(samples, count, take)
+                         : TakeNumbers<Number, false>(samples, count, take);
+    };
+    if constexpr (std::is_same_v<Out, float>) {
+        switch (header.sampleKind) {
+            case SampleKind::kSigned8:
+                return numbers(std::int8_t{});
+            case SampleKind::kSigned16:
+                return numbers(std::int16_t{});
+            case SampleKind::kUnsigned32:
+                return numbers(std::uint32_t{});
+            case SampleKind::kSigned32:
+                return numbers(std::int32_t{});
+            case SampleKind::kFloat:
+                return numbers(float{});
+            default:
+                return numbers(double{});
+        }
+    } else if constexpr (std::is_same_v<Out, std::uint16_t>) {
+        numbers(std::uint16_t{});
+    } else {
+        if (header.sampleKind == SampleKind::k8Bit) return numbers(std::uint8_t{});
+        TakePacked(samples, static_cast<std::size_t>(header.bits), count, take);
+    }
+}
+
+// --- Rows ------------------------------------------------------------------------------------------------------------
+
+/// A row of pixels in the making: `channels` elements a pixel.
+template <class Out>
+struct Pixels {
+    std::span<unsigned char> bytes;
+    std::size_t channels;
+
+    std::size_t Count() const { return bytes.size() / sizeof(Out) / channels; }
+    void Set(std::size_t x, std::size_t channel, Out value) const {
+        std::memcpy(bytes.data() + (x * channels + channel) * sizeof value, &value, sizeof value);
+    }
+    Out At(std::size_t x, std::size_t channel) const {
+        Out value;
+        std::memcpy(&value, bytes.data() + (x * channels + channel) * sizeof value, sizeof value);
+        return value;
+    }
+};
+
+template <class Out>
+constexpr Out kOpaque = std::is_same_v<Out, float> ? Out{1} : std::numeric_limits<Out>::max();
+
+constexpr std::size_t kColours = 3;
+
+/// What samples become in the picture.
+template <class Out>
+class Values {
+public:
+    explicit Values(const SpotHeader& header) : mHeader(header) {
+        if constexpr (std::is_same_v<Out, unsigned char>) {
+            const std::vector<std::uint32_t> pixels = SpotValuePixels(header);
+            for (std::size_t value = 0; value < pixels.size(); ++value)
+                mBytes[value] = std::bit_cast<std::array<unsigned char, 4>>(pixels[value])[0];
+        }
+        if (header.noData)
+            mNoData = Of(static_cast<std::conditional_t<std::is_same_v<Out, float>, double, Out>>(*header.noData));
+    }
+
+    template <class Sample>
+    Out Of(Sample sample) const {
+        if constexpr (std::is_same_v<Out, unsigned char>) return mBytes[sample];
+        return static_cast<Out>(sample);
+    }
+
+    void Fill(const Pixels<Out>& pixels, std::size_t channel, const Samples& samples) const {
+        TakeSamples<Out>(mHeader, samples, pixels.Count(),
+                         [&](std::size_t x, auto sample) { pixels.Set(x, channel, Of(sample)); });
+    }
+
+    /// The alpha of a row whose colours are there.
+    void FillAlpha(const Pixels<Out>& pixels) const {
+        for (std::size_t x = 0; x < pixels.Count(); ++x) {
+            const bool isNoData =
+                mNoData && pixels.At(x, 0) == *mNoData && pixels.At(x, 1) == *mNoData && pixels.At(x, 2) == *mNoData;
+            pixels.Set(x, kColours, isNoData ? Out{0} : kOpaque<Out>);
+        }
+    }
+
+private:
+    const SpotHeader& mHeader;
+    Table256<unsigned char> mBytes{};
+    std::optional<Out> mNoData;
+};
+
+template <class Out>
+void ConvertGrey(const Values<Out>& values, const Pixels<Out>& pixels, const Samples& samples) {
+    values.Fill(pixels, 0, samples);
+    if (pixels.channels == 1) return;
+    for (std::size_t x = 0; x < pixels.Count(); ++x) {
+        pixels.Set(x, 1, pixels.At(x, 0));
+        pixels.Set(x, 2, pixels.At(x, 0));
+    }
+    values.FillAlpha(pixels);
+}
+
+/// Calls `convert(rowOfOut, samples)` for each row, with the samples of `Count` bands that are wanted.
+template <std::size_t Count, class Convert>
+void ConvertBands(ByteSource& file, const SpotHeader& header, const std::array<int, Count>& bands, const PixelRows& out,
+                  const Convert& convert) {
+    const auto lineBytes = static_cast<std::size_t>(SpotLineBytes(header));
+    if (header.layout == SpotLayout::kByPixel) {
+        const auto step = static_cast<std::size_t>(header.bands);
+        return ConvertRows<1>(WholeRows(file, header), {0}, lineBytes, out,
+                              [&](std::span<unsigned char> pixels, const std::array<Line, 1>& lines) {
+                                  std::array<Samples, Count> samples;
+                                  for (std::size_t i = 0; i < Count; ++i)
+                                      samples[i] = {lines[0], static_cast<std::size_t>(bands[i]), step};
+                                  convert(pixels, samples);
+                              });
+    }
+    const auto convertLines = [&](std::span<unsigned char> pixels, const std::array<Line, Count>& lines) {
+        std::array<Samples, Count> samples;
+        for (std::size_t i = 0; i < Count; ++i)
+            samples[i] = {.line = lines[i]};
+        convert(pixels, samples);
+    };
+    const bool isSequential = header.layout == SpotLayout::kSequential;
+    Firsts<Count> firsts;
+    for (std::size_t i = 0; i < Count; ++i)
+        firsts[i] = FirstByte(header, isSequential ? static_cast<std::int64_t>(i) : bands[i]);
+    if (!isSequential) return ConvertRows<Count>(WholeRows(file, header), firsts, lineBytes, out, convertLines);
+    if constexpr (Count == kColours) {
+        ConvertRows<Count>(
+            SpotRows(file, {BandStart(header, bands[0]), BandStart(header, bands[1]), BandStart(header, bands[2])},
+                     header.bandRowBytes),
+            firsts, lineBytes, out, convertLines);
+    } else {
+        ConvertRows<Count>(SpotRows(file, {BandStart(header, bands[0])}, header.bandRowBytes), firsts, lineBytes, out,
+                           convertLines);
+    }
+}
+
+template <class Out>
+void DecodeValues(ByteSource& file, const SpotHeader& header, int frame, std::size_t channels, const PixelRows& out) {
+    const Values<Out> values(header);
+    if (header.bands < static_cast<int>(kColours)) {
+        return ConvertBands<1>(file, header, {frame}, out,
+                               [&](std::span<unsigned char> row, const std::array<Samples, 1>& samples) {
+                                   ConvertGrey(values, Pixels<Out>{row, channels}, samples[0]);
+                               });
+    }
+    const std::array<int, kColours> bands = {header.blueFirst ? 2 : 0, 1, header.blueFirst ? 0 : 2};
+    ConvertBands<kColours>(file, header, bands, out,
+                           [&](std::span<unsigned char> row, const std::array<Samples, kColours>& samples) {
+                               const Pixels<Out> pixels{row, channels};
+                               for (std::size_t channel = 0; channel < kColours; ++channel)
+                                   values.Fill(pixels, channel, samples[channel]);
+                               values.FillAlpha(pixels);
+                           });
+}
+
+/// One band whose values have pixels of their own.
+void DecodeColours(ByteSource& file, const SpotHeader& header, int frame, const PixelRows& out) {
+    const std::vector<std::uint32_t> colours = header.bits <= 8 ? SpotValuePixels(header) : header.colours;
+    const auto set = [&](std::span<unsigned char> row, std::size_t x, std::int64_t value) {
+        const bool isThere = value >= 0 && value < static_cast<std::int64_t>(colours.size());
+        const std::uint32_t pixel = isThere ? colours[static_cast<std::size_t>(value)] : 0;
+        std::memcpy(row.data() + x * sizeof pixel, &pixel, sizeof pixel);
+    };
+    Table256<std::uint32_t> table{};
+    std::copy_n(colours.begin(), std::min(colours.size(), table.size()), table.begin());
+    ConvertBands<1>(file, header, {frame}, out, [&](std::span<unsigned char> row, const std::array<Samples, 1>& bands) {
+        const Samples& samples = bands[0];
+        const std::size_t count = row.size() / sizeof(std::uint32_t);
+        const auto take = [&](std::size_t x, auto value) { set(row, x, static_cast<std::int64_t>(value)); };
+        if (header.sampleKind == SampleKind::k8Bit && samples.step == 1) {
+            LookUp(row, samples.line, table);
+        } else if (header.sampleKind == SampleKind::kSigned16) {
+            TakeSamples<float>(header, samples, count, take);
+        } else if (header.bits == 16) {
+            TakeSamples<std::uint16_t>(header, samples, count, take);
+        } else {
+            TakeSamples<unsigned char>(header, samples, count, take);
+        }
+    });
+}
+
+}  // namespace
+
+// --- The raster ------------------------------------------------------------------------------------------------------
+
+int SpotCommonFrames(const SpotHeader& header) {
+    return header.bands == 2 ? 2 : 1;
+}
+
+EFormat SpotCommonFormat(const SpotHeader& header) {
+    const bool isColour = header.bands >= static_cast<int>(kColours);
+    if (!header.colours.empty()) return kR8G8B8A8;
+    switch (header.sampleKind) {
+        case SampleKind::k8Bit:
+        case SampleKind::kPacked:
+            return isColour || header.noData ? kR8G8B8A8 : kL8;
+        case SampleKind::kUnsigned16:
+            return isColour || header.noData ? kR16G16B16A16 : kL16;
+        default:
+            return isColour ? kR32G32B32A32F : kR32F;
+    }
+}
+
+void DecodeSpotCommon(ByteSource& file, const SpotHeader& header, int frame, const PixelRows& out) {
+    switch (SpotCommonFormat(header)) {
+        case kR8G8B8A8:
+            if (header.bands < static_cast<int>(kColours)) return DecodeColours(file, header, frame, out);
+            return DecodeValues<unsigned char>(file, header, frame, 4, out);
+        case kL8:
+            return DecodeValues<unsigned char>(file, header, frame, 1, out);
+        case kL16:
+            return DecodeValues<std::uint16_t>(file, header, frame, 1, out);
+        case kR16G16B16A16:
+            return DecodeValues<std::uint16_t>(file, header, frame, 4, out);
+        case kR32F:
+            return DecodeValues<float>(file, header, frame, 1, out);
+        default:
+            return DecodeValues<float>(file, header, frame, 4, out);
+    }
+}
+
+std::uint64_t SpotCommonWorkingBytes(const SpotHeader& header) {
+    const bool isOneLine = header.layout == SpotLayout::kByPixel || header.bands < static_cast<int>(kColours);
+    return static_cast<std::uint64_t>(Common::Product(SpotLineBytes(header), isOneLine ? 1 : 3));
+}
+
+namespace {
+
+/// Looks at each row of pixels before the next ones come.
+class AlphaSearch : public Common::RowSink {
+public:
+    AlphaSearch(EFormat format, int columns)
+        : mPitch(static_cast<std::size_t>(Common::PackedRowBytes(format, columns))),
+          mPixelBytes(mPitch / static_cast<std::size_t>(columns)) {}
+
+    std::span<unsigned char> NextRows(std::size_t most) override {
+        Look();
+        const std::size_t rows = std::clamp<std::size_t>(Common::kSerialBytes / mPitch, 1, most);
+        mRows.assign(rows * mPitch, 0);
+        return mRows;
+    }
+
+    bool HasFound() {
+        Look();
+        return mHasFound;
+    }
+
+private:
+    /// An alpha is 0 where the last quarter of its pixel is.
+    void Look() {
+        const std::size_t alphaBytes = mPixelBytes / 4;
+        for (std::size_t at = 0; at < mRows.size() && !mHasFound; at += mPixelBytes) {
+            const auto alpha = std::span(mRows).subspan(at + 3 * alphaBytes, alphaBytes);
+            mHasFound = std::ranges::all_of(alpha, [](unsigned char byte) { return byte == 0; });
+        }
+    }
+
+    std::size_t mPitch, mPixelBytes;
+    std::vector<unsigned char> mRows;
+    bool mHasFound = false;
+};
+
+}  // namespace
+
+bool HasTransparentPixel(ByteSource& file, const SpotHeader& header) {
+    AlphaSearch search(SpotCommonFormat(header), header.columns);
+    const auto pitch = static_cast<std::size_t>(Common::PackedRowBytes(SpotCommonFormat(header), header.columns));
+    DecodeSpotCommon(file, header, 0, {.sink = search, .count = header.rows, .pitch = pitch});
+    return search.HasFound();
+}
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,29 @@
+/// Pixels of band rasters that the contract's reading has no such pixels of: packed, big-endian and signed samples,
+/// any number of bands, no-data values.
+#pragma once
+
+#include "readers/spot/SpotConvert.h"
+
+#include <kavra/devices/EFormat.h>
+
+namespace Kavra::Devices {
+
+/// One band is grey, or of the colours of its palette; the first three of more are red, green and blue. Two are two
+/// pictures in grey.
+int SpotCommonFrames(const SpotHeader& header);
+
+/// The smallest format that holds the samples: unsigned ones up to 8 and 16 bits fill its range, all others are floats
+/// of their values. Unsigned ones have an alpha where there is a no-data value.
+EFormat SpotCommonFormat(const SpotHeader& header);
+
+/// Decodes frame `frame`, from 0 up, in that format into `out`. A pixel of which all samples are the no-data value gets
+/// the alpha 0, where the format has one. The file holds all rows.
+void DecodeSpotCommon(Common::ByteSource& file, const SpotHeader& header, int frame, const PixelRows& out);
+
+/// Bytes that this holds beside a few rows of pixels.
+std::uint64_t SpotCommonWorkingBytes(const SpotHeader& header);
+
+/// Whether a pixel of the raster, decoded so, is transparent. The format has an alpha.
+bool HasTransparentPixel(Common::ByteSource& file, const SpotHeader& header);
+
+}  // namespace Kavra::Devices
