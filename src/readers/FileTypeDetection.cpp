@@ -49,6 +49,7 @@ bool IsOpenExr(ByteSource& source) {
 struct ContentProbe {
     ImageFileType type;
     bool (*accepts)(ByteSource& source);
+    bool isShown = true;
 };
 
 /// The first that accepts a file decides, so the order is as much a part of the answer as the probes are.
@@ -56,17 +57,31 @@ constexpr ContentProbe kContentProbes[] = {
     {DDS, IsDds}, {OpenEXR, IsOpenExr}, {PCX, IsPcx}, {CALS, IsCals}, {FLIC, IsFlic}, {PICT, IsPict}, {RLC, IsRlc},
 };
 
-ImageFileType TypeOf(ByteSource& source, std::span<const ContentProbe> probes) {
+/// Settles what a file is; leaves what it was where no probe accepts it.
+void TakeType(ByteSource& source, std::span<const ContentProbe> probes, DetectedFile& file) {
     const auto accepts = [&](const ContentProbe& probe) { return probe.accepts(source); };
     const auto found = std::ranges::find_if(probes, accepts);
-    return found == probes.end() ? Other : found->type;
+    if (found == probes.end()) return;
+    file.type = found->type;
+    file.isShown = found->isShown;
+}
+
+bool IsCommonCals(ByteSource& source) {
+    const Result<CalsCommonHeader> header = ReadCalsCommonHeader(source);
+    return header && header->rasterType == 1;
+}
+
+bool IsOtherCals(ByteSource& source) {
+    return ReadCalsCommonHeader(source).has_value();
 }
 
 /// Files that only the common reading knows, asked when the contract's knows nothing of them.
 constexpr ContentProbe kCommonProbes[] = {
     {PCX, IsCommonPcx},
     {PCX, IsDcx},
-    {FLIC, IsOtherFlic},
+    {FLIC, IsOtherFlic, false},
+    {CALS, IsCommonCals},
+    {CALS, IsOtherCals, false},
     {PICT, IsCommonPict},
 };
 
@@ -123,10 +138,11 @@ DetectedFile DetectFile(const KString& path, ELegacyReading reading) {
     // Samples may look like anything: a name that says what they are and a header that describes them are known better.
     const bool isNamed = SpotNameOf(path.ToChars()) != SpotName::kOther;
     if (isCommon && isNamed && TakeSpotCommon(path, *source, file)) return file;
-    file.type = TypeOf(*source, kContentProbes);
+    file.type = Other;
+    TakeType(*source, kContentProbes, file);
     if (file.type == Other) {
         if (isCommon ? TakeSpotCommon(path, *source, file) : TakeSpot(path, *source, file)) return file;
-        if (isCommon) file.type = TypeOf(*source, kCommonProbes);
+        if (isCommon) TakeType(*source, kCommonProbes, file);
     }
     file.files = PictureFiles{path.ToChars(), *std::move(source), std::nullopt};
     return file;

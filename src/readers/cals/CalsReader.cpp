@@ -1,5 +1,6 @@
 #include "readers/cals/CalsReader.h"
 
+#include "common/Limits.h"
 #include "readers/BilevelRow.h"
 #include "readers/TextScanner.h"
 #include "readers/WriteRows.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <format>
 #include <limits>
 #include <span>
 #include <utility>
@@ -101,15 +103,54 @@ bool IsCals(ByteSource& source) {
 
 // --- The reader ------------------------------------------------------------------------------------------------------
 
+namespace {
+
+constexpr std::int32_t kUntiled = 1;
+constexpr unsigned char kPaper = 0xFF;
+
+/// The next row with its ink in zeros. False, with a warning, where it cannot be decoded.
+bool DecodeInk(Ccitt::Decoder& decoder, std::span<unsigned char> packed) {
+    if (decoder.DecodeRows(packed) == Ccitt::Outcome::kBadCode) {
+        Sys::Warning(decoder.LastBadCode().Message().data(), nullptr);
+        return false;
+    }
+    for (unsigned char& byte : packed)
+        byte ^= kPaper;
+    return true;
+}
+
+/// Rows of an image whose header does not tell them.
+std::int32_t CountRows(ByteSource& source, const CalsCommonHeader& header) {
+    if (header.width > Common::kMaxSide || !source.Seek(header.dataStart)) return 0;
+    Ccitt::Decoder decoder(source, header.width, Ccitt::Mode::kGroup4, Ccitt::BitOrder::kMostSignificantFirst);
+    std::int32_t rows = 0;
+    while (rows < Common::kMaxSide && !decoder.IsAtEnd() && decoder.SkipRow() == Ccitt::Outcome::kDecoded)
+        ++rows;
+    return rows;
+}
+
+}  // namespace
+
 void CALSReader::Close() {
     mSource.reset();
     mHeader = {};
+    mCommonHeader.reset();
 }
 
 Result<> CALSReader::OpenFiles(PictureFiles files) {
+    if (mReading.IsCommon()) return OpenCommonFiles(std::move(files));
     const Result<CalsHeader> header = ReadCalsHeader(files.source);
     if (!header) return std::unexpected(header.error());
     mHeader = *header;
+    mSource = std::move(files.source);
+    return {};
+}
+
+Result<> CALSReader::OpenCommonFiles(PictureFiles files) {
+    Result<CalsCommonHeader> header = ReadCalsCommonHeader(files.source);
+    if (!header) return std::unexpected(header.error());
+    if (header->height < 1 && header->rasterType == kUntiled) header->height = CountRows(files.source, *header);
+    mCommonHeader = *header;
     mSource = std::move(files.source);
     return {};
 }
@@ -122,6 +163,7 @@ int CALSReader::GetRowPitch() {
 
 Result<> CALSReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
+    if (mReading.IsCommon("drawings are shown in negative by the host's rules")) return ReadCommonFrame(rows);
     const std::int32_t width = GetWidth();
     const std::int32_t height = GetHeight();
     if (width < 1 || height < 1) return {};
@@ -135,6 +177,28 @@ Result<> CALSReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
         ExpandBilevelRow(packed, pixels);
     };
     WriteRows(rows, static_cast<std::size_t>(height), static_cast<std::size_t>(GetRowPitch()), writeRow);
+    return {};
+}
+
+Result<> CALSReader::ReadCommonFrame(Common::RowSink& rows) {
+    if (mCommonHeader->rasterType != kUntiled) {
+        const std::wstring text =
+            std::format(L"CALS rasters of type {} are not read: type 1 is", mCommonHeader->rasterType);
+        Sys::Warning(text.c_str(), nullptr);
+        return std::unexpected(Failure::kUnsupported);
+    }
+    const std::int32_t width = GetWidth();
+    if (GetHeight() < 1) return {};
+    (void)mSource->Seek(mCommonHeader->dataStart);
+    Ccitt::Decoder decoder(*mSource, width, Ccitt::Mode::kGroup4, Ccitt::BitOrder::kMostSignificantFirst);
+    std::vector<unsigned char> packed((static_cast<std::size_t>(width) + 7) / 8);
+    bool isOver = false;
+    const auto writeRow = [&](std::span<unsigned char> pixels) {
+        if (!isOver) isOver = decoder.IsAtEnd() || !DecodeInk(decoder, packed);
+        if (isOver) std::ranges::fill(packed, kPaper);
+        ExpandBilevelRow(packed, pixels);
+    };
+    WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()), writeRow);
     return {};
 }
 

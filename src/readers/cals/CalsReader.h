@@ -16,6 +16,7 @@
 #include "common/ByteSource.h"
 #include "readers/ImageReaderInterface.h"
 #include "readers/Reading.h"
+#include "readers/cals/CalsCommonHeader.h"
 
 #include <kavra/devices/EDataOrientation.h>
 
@@ -68,6 +69,11 @@ bool IsCals(Common::ByteSource& source);
 ///
 /// A row that cannot be decoded raises one warning and shows the row before it once more; decoding goes on. Rows for
 /// which there is no data are black. Nothing makes `ReadFrame` fail but that no file is open.
+///
+/// The common reading shows ink in black on white paper, and takes headers as real files have them
+/// (`CalsCommonHeader`). The image ends with its end of block, or with the first row that cannot be decoded, which
+/// raises one warning; the rest is white. A missing number of rows is counted. Rasters of another type than 1 are described;
+/// reading them raises a warning that says why, and fails.
 class CALSReader final : public ImageReaderInterface {
 public:
     explicit CALSReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
@@ -78,18 +84,24 @@ public:
     /// `frame` does not matter. Writes nothing where the header's counts are not above 0.
     Common::Result<> ReadFrame(Common::RowSink& rows, int frame) override;
 
-    int GetWidth() override { return mHeader.Width(); }
-    int GetHeight() override { return mHeader.Height(); }
+    int GetWidth() override { return mCommonHeader ? mCommonHeader->width : mHeader.Width(); }
+    int GetHeight() override { return mCommonHeader ? mCommonHeader->height : mHeader.Height(); }
     /// At most the largest `int`.
     int GetRowPitch() override;
-    EDataOrientation GetOrientation() override { return mHeader.Orientation(); }
+    EDataOrientation GetOrientation() override {
+        return mCommonHeader ? mCommonHeader->orientation : mHeader.Orientation();
+    }
 
     const char* GetDifference() const override { return mReading.Difference(); }
 
 private:
+    Common::Result<> OpenCommonFiles(PictureFiles files);
+    Common::Result<> ReadCommonFrame(Common::RowSink& rows);
+
     Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     CalsHeader mHeader;
+    std::optional<CalsCommonHeader> mCommonHeader;  // of the common reading, instead
 };
 
 }  // namespace Kavra::Devices

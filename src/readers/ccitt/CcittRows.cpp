@@ -289,6 +289,21 @@ Outcome Decoder::DecodeRows(std::span<unsigned char> rows) {
     return Outcome::kDecoded;
 }
 
+bool Decoder::IsAtEnd() {
+    constexpr int kBits = kAllZeros + 1;
+    constexpr std::uint64_t kOne = std::uint64_t{1} << kAllZeros;  // the first bit is the lowest
+    constexpr std::uint64_t kMask = (kOne << 1) - 1;
+    for (;;) {
+        BitWindow window = mInput.Refill(mInput.Window());
+        const bool isLine = (window.bits & kMask) == kOne;
+        const bool isBlock = isLine && (window.bits >> kBits & kMask) == kOne;
+        if (isLine) window.Drop(kBits);
+        mInput.Keep(window, mInput.Position(window));
+        if (isBlock || window.count <= 0) return true;
+        if (!isLine) return false;
+    }
+}
+
 Outcome Decoder::DecodeRow(std::span<unsigned char> packed) {
     RowDecoder row(mInput, mReference, mCurrent);
     const RowEnd end = DecodeRuns(row);
@@ -297,7 +312,7 @@ Outcome Decoder::DecodeRow(std::span<unsigned char> packed) {
         mInput.GiveUp(row.Reach());
         return Outcome::kBadCode;
     }
-    mCurrent.Fill(packed);
+    if (!packed.empty()) mCurrent.Fill(packed);
     std::swap(mCurrent, mReference);
     ++mRowsDecoded;
     if (end == RowEnd::kEndOfData) {

@@ -143,7 +143,7 @@ private:
 /// - Where the data end every further row is white.
 /// - Runs are cut at the width. A row that ends too early is white from there, or, where an end of line or an extension
 ///   code ends a two-dimensional row, of the colour that was due.
-/// - No end of block is known: whatever follows is decoded.
+/// - No end of block is known, unless `IsAtEnd` is asked: whatever follows is decoded.
 ///
 /// Time is linear in the rows and in the data, memory in the width.
 class Decoder {
@@ -154,6 +154,13 @@ public:
 
     /// Decodes as many rows as fill `rows`, at (width + 7) / 8 bytes each.
     [[nodiscard]] Outcome DecodeRows(std::span<unsigned char> rows);
+
+    /// Decodes a row without showing it.
+    [[nodiscard]] Outcome SkipRow() { return DecodeRow({}); }
+
+    /// Whether no row of Group 4 follows: an end of block does, or no bit is left. Steps over a single end of line, which
+    /// some writers begin rows with. To be asked between rows, by readers that know where an image ends.
+    bool IsAtEnd();
 
     /// Which code was bad in the last row that was lost to one.
     const BadCode& LastBadCode() const { return mBadCode; }
