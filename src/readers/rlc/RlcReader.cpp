@@ -159,19 +159,34 @@ public:
     /// Stands at the first row's number of runs. The source must outlive this object.
     explicit RlcRows(ByteSource& source);
 
-    /// Applies the runs of the next row from the last to the first. Fails when one of them is refused, which leaves
-    /// those before it unapplied; the row behind can be read all the same. `isLast` says that no row follows.
-    [[nodiscard]] Result<> ReadInto(RlcMask& mask, bool isLast);
+    /// Reads the next row; `isLast` says that none follows.
+    void Next(bool isLast);
+
+    /// Applies the runs of the row from the last to the first. Fails when one of them is refused, which leaves those
+    /// before it unapplied.
+    [[nodiscard]] Result<> SetRuns(RlcMask& mask) const;
+
+    /// Applies all runs that lie in the row.
+    void SetWholeRuns(RlcMask& mask) const;
 
 private:
+    struct Run {
+        std::uint16_t start, end;
+    };
+    Run RunAt(std::size_t number) const {
+        const auto numbers = std::span(mNumbers).subspan(number * kRunBytes, kRunBytes);
+        return {BigNumber(numbers), BigNumber(numbers.subspan(kNumberBytes))};
+    }
+
     ByteSource& mSource;
-    std::int16_t mRuns;
-    std::vector<unsigned char> mNumbers;  // of a row, as in the file
+    std::int16_t mRuns;                   // of the row behind, as its number says
+    std::size_t mPresent = 0;             // runs of the row
+    std::vector<unsigned char> mNumbers;  // of the row, as in the file
 };
 
 RlcRows::RlcRows(ByteSource& source) : mSource(source), mRuns(source.Big<std::int16_t>().value_or(0)) {}
 
-Result<> RlcRows::ReadInto(RlcMask& mask, bool isLast) {
+void RlcRows::Next(bool isLast) {
     const std::size_t runBytes = kRunBytes * static_cast<std::size_t>(std::max<int>(mRuns, 0));
     const std::size_t rowBytes = runBytes + (isLast ? 0 : kNumberBytes);
     if (mNumbers.size() < rowBytes) mNumbers.resize(rowBytes);
@@ -180,12 +195,20 @@ Result<> RlcRows::ReadInto(RlcMask& mask, bool isLast) {
     const bool hasNext = row.size() == runBytes + kNumberBytes;
     mRuns = hasNext ? static_cast<std::int16_t>(BigNumber(row.subspan(runBytes))) : std::int16_t{0};
 
-    for (std::size_t run = std::min(row.size(), runBytes) / kRunBytes; run-- > 0;) {
-        const auto numbers = row.subspan(run * kRunBytes, kRunBytes);
-        const Result<> set = mask.SetRun(BigNumber(numbers), BigNumber(numbers.subspan(kNumberBytes)));
-        if (!set) return set;
+    mPresent = std::min(row.size(), runBytes) / kRunBytes;
+}
+
+Result<> RlcRows::SetRuns(RlcMask& mask) const {
+    for (std::size_t run = mPresent; run-- > 0;) {
+        const auto [start, end] = RunAt(run);
+        if (const Result<> set = mask.SetRun(start, end); !set) return set;
     }
     return {};
+}
+
+void RlcRows::SetWholeRuns(RlcMask& mask) const {
+    for (std::size_t run = 0; run < mPresent; ++run)
+        mask.SetWholeRun(RunAt(run).start, RunAt(run).end);
 }
 
 }  // namespace
@@ -219,6 +242,21 @@ Result<> RlcMask::SetRun(std::uint16_t start, std::uint16_t end) {
     return {};
 }
 
+void RlcMask::SetWholeRun(std::uint16_t start, std::uint16_t end) {
+    if (start >= end || end > mColumns) return;
+    if (start == 0 && end == mColumns) {
+        std::ranges::fill(mBytes, 0xFF);  // as `SetRun` does
+        return;
+    }
+    const std::size_t left = static_cast<std::size_t>(mColumns - end);
+    const std::size_t right = static_cast<std::size_t>(mColumns - start);
+    for (std::size_t byte = left / 8; byte * 8 < right; ++byte) {
+        const std::size_t first = std::max(left, byte * 8) - byte * 8;
+        const std::size_t behind = std::min(right, byte * 8 + 8) - byte * 8;
+        mBytes[byte] |= Bits(first, behind - first);
+    }
+}
+
 // --- The reader -----------------------------------------------------------------------------------------------------
 
 namespace {
@@ -246,9 +284,22 @@ Result<> RlcReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     RlcRows stored(*mSource);
     RlcMask mask(mHeader.columns);
     int left = mHeader.rows;
+    const auto tellOfLostRuns = [&] {
+        if (mReading.Difference() != nullptr) return;
+        RlcMask whole(mHeader.columns);
+        stored.SetWholeRuns(whole);
+        if (std::ranges::equal(mask.Bytes(), whole.Bytes())) return;
+        (void)mReading.IsCommon("runs that come close to the end of a row are left out by the host's rules");
+    };
     const auto writeRow = [&](std::span<unsigned char> pixels) {
         mask.Clear();
-        if (!stored.ReadInto(mask, --left == 0)) Sys::Warning(L"Invalid Row -- out of buffer bound", nullptr);
+        stored.Next(--left == 0);
+        if (mReading.IsCommon()) {
+            stored.SetWholeRuns(mask);
+        } else if (!stored.SetRuns(mask)) {
+            Sys::Warning(L"Invalid Row -- out of buffer bound", nullptr);
+            tellOfLostRuns();
+        }
         ExpandBilevelRow(mask.Bytes(), pixels);
     };
     WriteRows(rows, static_cast<std::size_t>(mHeader.rows), static_cast<std::size_t>(GetRowPitch()), writeRow);

@@ -78,6 +78,9 @@ public:
     /// always taken.
     [[nodiscard]] Common::Result<> SetRun(std::uint16_t start, std::uint16_t end);
 
+    /// Sets the bits of a run that lies in the row, and of no other.
+    void SetWholeRun(std::uint16_t start, std::uint16_t end);
+
     /// The leftmost pixel in the highest bit. Bits behind the last column may be set.
     std::span<const unsigned char> Bytes() const { return mBytes; }
 
@@ -89,6 +92,9 @@ private:
 /// Shows set pixels in opaque white on opaque black. A row with a run that is refused (`RlcMask`) raises one warning
 /// and shows only the runs that the file has behind that one. Where the file ends the rest is black. Nothing makes
 /// `ReadFrame` fail but that no file is open.
+///
+/// No description of the format is known, nor another program that reads it: the common reading differs in that alone,
+/// that it shows every run that lies in its row.
 class RlcReader final : public ImageReaderInterface {
 public:
     explicit RlcReader(ELegacyReading reading = kLegacyContract) : mReading(reading) {}
