@@ -27,8 +27,8 @@ struct PictureFiles {
 /// made by `CreateImageReader` and owned by its caller. One thread at a time.
 ///
 /// A reader holds an open source, which is nothing while no file is open, and the header that was read from it, which
-/// then is that of a picture without pixels. Messages are raised in `OpenFiles`, `SelectFrame` and `ReadFrame` alone, not by the
-/// decoders that they ask.
+/// then is that of a picture without pixels. Messages are raised in `OpenFiles`, `SelectFrame` and `ReadFrame` alone, not
+/// by the decoders that they ask.
 class ImageReaderInterface {
 public:
     virtual ~ImageReaderInterface() = default;
@@ -40,11 +40,6 @@ public:
     /// has allocated. False on corrupt or short data; what was decoded by then stays in the buffer.
     virtual bool ReadImage(unsigned char* buffer, int frame);
 
-    /// Chooses the frame (0 and up) that the describing operations and `ReadFrame` are about, for formats whose frames
-    /// have sizes of their own: called between them and `Open`, before which it is the first. False where there is no
-    /// such frame.
-    virtual bool SelectFrame(int /*frame*/) { return true; }
-
     // Valid once `Open` returned true.
     virtual int GetWidth() = 0;     ///< pixel columns
     virtual int GetHeight() = 0;    ///< pixel rows
@@ -52,8 +47,14 @@ public:
     virtual EFormat GetFormat() { return kR8G8B8A8; }
     virtual int GetFrameCount() { return 1; }
     virtual EDataOrientation GetOrientation() { return kTopLeft; }
+    /// Chooses the frame (0 and up) that the describing operations and `ReadFrame` are about, for formats whose frames
+    /// have sizes of their own: called between them and `Open`, before which it is the first. False where there is no
+    /// such frame.
+    virtual bool SelectFrame(int /*frame*/) { return true; }
     /// Bytes that the reader holds while `ReadFrame` runs, beside what the sink holds and a few rows.
     virtual std::uint64_t GetWorkingBytes() { return 0; }
+    /// Has the reader find out what `GetDifference` tells, also where that takes work. Asked before `Open`.
+    virtual void LookForDifferences() {}
     /// What the contract's reading did so far that the common one does otherwise (`Reading::Difference`), or null.
     virtual const char* GetDifference() const { return nullptr; }
 

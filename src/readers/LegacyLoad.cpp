@@ -110,8 +110,9 @@ Result<PixelBlock> Load(ImageReaderInterface& reader, ImageDescription& desc, Pi
 
 Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescription& desc, PictureFiles files,
                                      const LoadRequest& request) {
-    Result<PixelBlock> block = Load(reader, desc, std::move(files), request);
     ILegacyObserver* const observer = request.preferences.legacyObserver;
+    if (observer != nullptr) reader.LookForDifferences();
+    Result<PixelBlock> block = Load(reader, desc, std::move(files), request);
     if (observer != nullptr && reader.GetDifference() != nullptr) observer->ReadingsDiffer(reader.GetDifference());
     return block;
 }
