@@ -6,9 +6,13 @@ top, worked out here from "Inside Macintosh: Imaging With QuickDraw" (1994), app
 by any reader. NAME.size holds the width and the height.
 """
 
+import io
 import struct
 import sys
+import zlib
 from pathlib import Path
+
+from PIL import Image
 
 WHITE, BLACK = (255, 255, 255), (0, 0, 0)
 RED, GREEN, BLUE = (255, 0, 0), (0, 255, 0), (0, 0, 255)
@@ -456,9 +460,56 @@ def write_streams(out):
     out.write("cut-in-row-6", kept, cut[: end + 40], tail=b"")
 
 
+def png(picture):
+    chunk = lambda kind, data: struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+    rows = b"".join(b"\0" + bytes(value for pixel in row for value in pixel) for row in picture)
+    head = struct.pack(">IIBBBBB", len(picture[0]), len(picture), 8, 2, 0, 0, 0)
+    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", head) + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
+
+
+def compressed(codec, data, width, height, scale=1, left=0, top=0, mask=b"", matte=b""):
+    """A CompressedQuickTime opcode."""
+    fixed = lambda value: int(value * 65536)
+    matrix = struct.pack(">9i", fixed(scale), 0, 0, 0, fixed(scale), 0, fixed(left), fixed(top), 1 << 30)
+    out = b"\0\0" + matrix + struct.pack(">I", len(matte)) + bytes(8) + b"\0\0" + rect(0, 0, height, width)
+    out += bytes(4) + struct.pack(">I", len(mask))
+    out += (struct.pack(">I", 86) + bytes(82) + matte if matte else b"") + mask
+    out += struct.pack(">I4s8xHH12xHHiiIh", 86, codec, 1, 1, width, height, 72 << 16, 72 << 16, len(data), 1) + bytes(32)
+    out += struct.pack(">hh", 24, -1) + data
+    return op(0x8200, struct.pack(">I", len(out)) + out)
+
+
+def write_quicktime(out):
+    picture = colourful(64, 20)
+    stand_in = bitmap(as_bits(bits_picture(64, 20)))
+    out.simple("quicktime-png", picture, compressed(b"png ", png(picture), 64, 20), stand_in)
+    page = Page(64, 20).put(0, 0, picture)
+    out.write("quicktime-matte", page, header(64, 20) + compressed(b"png ", png(picture), 64, 20, matte=bytes(9)) + stand_in)
+    page = Page(140, 50).put(5, 7, [[pixel for pixel in row for _ in range(2)] for row in picture for _ in range(2)])
+    out.write("quicktime-scaled-moved", page, header(140, 50) + compressed(b"png ", png(picture), 64, 20, 2, 5, 7))
+    mask = region((2, 5, 60), (10, 5, 60), box=(2, 5, 10, 60))
+    page = Page(64, 20).put(5, 2, [row[5:60] for row in picture[2:10]])
+    out.write("quicktime-mask", page, header(64, 20) + compressed(b"png ", png(picture), 64, 20, mask=mask))
+    photo = Image.new("RGB", (64, 20))
+    photo.putdata([(x * 4, y * 12, 128) for y in range(20) for x in range(64)])
+    for codec, form in ((b"jpeg", "jpeg"), (b"WRLE", "bmp"), (b"tiff", "tiff")):
+        data = io.BytesIO()
+        photo.save(data, form)
+        decoded = Image.open(io.BytesIO(data.getvalue())).convert("RGB").tobytes()
+        pixels = [tuple(decoded[at : at + 3]) for at in range(0, len(decoded), 3)]
+        rows = [pixels[64 * y : 64 * y + 64] for y in range(20)]
+        out.simple(f"quicktime-{form}", rows, compressed(codec, data.getvalue(), 64, 20), stand_in)
+    unknown = compressed(b"SVQ3", bytes(300), 64, 20)
+    out.simple("quicktime-unknown", bits_picture(64, 20), unknown, stand_in)
+    identity = struct.pack(">9i", 65536, 0, 0, 0, 65536, 0, 0, 0, 1 << 30)
+    plain = b"\0\0" + identity + bytes(4) + bytes(8) + direct(picture)
+    out.simple("quicktime-uncompressed", picture, op(0x8201, struct.pack(">I", len(plain)) + plain))
+
+
 def main():
     out = Folder(sys.argv[1])
-    for write in (write_direct, write_indexed, write_bitmaps, write_colours, write_modes, write_places, write_regions, write_streams):
+    for write in (write_direct, write_indexed, write_bitmaps, write_colours, write_modes, write_places, write_regions, write_streams,
+                  write_quicktime):
         write(out)
 
 

@@ -1,6 +1,7 @@
 #include "readers/pict/PictCommonCanvas.h"
 
 #include "readers/pict/PictCommonPixels.h"
+#include "readers/pict/PictQuickTime.h"
 
 #include <algorithm>
 #include <cstring>
@@ -82,9 +83,12 @@ void PictCommonCanvas::StartRecords() {
 }
 
 PictCommonCanvas::Drawing PictCommonCanvas::Start(const PictCommonRecord& record) const {
-    ByteSource rows(mFile);
+    std::vector<unsigned char> decoded;
+    if (record.IsCompressed()) decoded = DecodePictCompressed(mFile, record.compressed);
+    ByteSource rows(record.IsCompressed() ? std::span<const unsigned char>(decoded) : mFile);
     (void)rows.Seek(record.bitmap.rows);  // where rows were found
     return {.record = &record,
+            .decoded = std::move(decoded),
             .rows = std::move(rows),
             .clip = PictRegionScan(record.clip, mFile),
             .mask = PictRegionScan(record.mask, mFile),
@@ -110,14 +114,18 @@ bool PictCommonCanvas::HasAlpha(const PictCommonRecord& record) const {
 /// Rows are asked for from the top, each any number of times.
 std::span<const unsigned char> PictCommonCanvas::RowAt(Drawing& drawing, int row) {
     const PictRowLayout& layout = drawing.record->bitmap.layout;
-    for (; drawing.nextRow <= row; ++drawing.nextRow)
-        drawing.stored = NextPictRow(drawing.rows, layout).value_or(std::span<const unsigned char>());
-    return mBuffer.Unpack(drawing.stored, layout);
+    for (; drawing.nextRow <= row; ++drawing.nextRow) {
+        const auto stored = NextPictRow(drawing.rows, layout);
+        drawing.stored = stored ? std::optional(*stored) : std::nullopt;
+    }
+    if (!drawing.stored) return {};
+    return mBuffer.Unpack(*drawing.stored, layout);
 }
 
 void PictCommonCanvas::Draw(Drawing& drawing, std::span<unsigned char> out) {
     const PictRecord& bitmap = drawing.record->bitmap;
     const std::span<const unsigned char> row = RowAt(drawing, drawing.record->Rows().At(mY) - bitmap.bounds.top);
+    if (row.empty()) return;
     std::span<const unsigned char> pixels = row;
     if (drawing.record->Columns().IsScaled()) {
         const auto width = static_cast<std::size_t>(bitmap.bounds.Width());

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -27,17 +28,19 @@ private:
     /// A record that covers a part of the row.
     struct Drawing {
         const PictCommonRecord* record;
-        Common::ByteSource rows;  // behind the row that is at hand
+        std::vector<unsigned char> decoded;  // of a compressed picture: its rows
+        Common::ByteSource rows;             // behind the row that is at hand
         PictRegionScan clip, mask;
         std::array<PictPixel, 256> palette{};  // of indices
         bool hasAlpha = false;
-        int nextRow = 0;                          // of the bitmap, from its top: the one behind that at hand
-        std::span<const unsigned char> stored{};  // the row at hand
+        int nextRow = 0;  // of the bitmap, from its top: the one behind that at hand
+        std::optional<std::span<const unsigned char>> stored{};  // the row at hand; nothing where it is not there
     };
 
     void StartRecords();
     Drawing Start(const PictCommonRecord& record) const;
     bool HasAlpha(const PictCommonRecord& record) const;
+    /// Nothing where the row is not there.
     std::span<const unsigned char> RowAt(Drawing& drawing, int row);
     void Draw(Drawing& drawing, std::span<unsigned char> out);
     void DrawRun(const Drawing& drawing, std::span<const unsigned char> row, int left, int right,

@@ -1,6 +1,7 @@
 #include "readers/pict/PictCommonRecord.h"
 
 #include "common/Limits.h"
+#include "readers/pict/PictStream.h"
 
 #include <algorithm>
 #include <array>
@@ -49,7 +50,13 @@ std::uint64_t PictCommonRecord::Work() const {
     const std::uint64_t unpacked = Pixels(static_cast<std::uint64_t>(bitmap.bounds.Width()), rows);
     const std::uint64_t regions =
         Common::Sum<std::uint64_t>(PictRegionSteps(clip, covered.Height()), PictRegionSteps(mask, covered.Height()));
-    return Common::Sum<std::uint64_t>(Common::Sum<std::uint64_t>(drawn, std::max(drawn, unpacked)), regions);
+    const std::uint64_t work =
+        Common::Sum<std::uint64_t>(Common::Sum<std::uint64_t>(drawn, std::max(drawn, unpacked)), regions);
+    if (!IsCompressed()) return work;
+    // The image library opens it at a price, and decodes all of it.
+    constexpr std::uint64_t kOpening = 1 << 16;
+    return Common::Sum<std::uint64_t>(work, kOpening + Pixels(static_cast<std::uint64_t>(bitmap.bounds.Width()),
+                                                              static_cast<std::uint64_t>(bitmap.bounds.Height())));
 }
 
 /// Without pixels in its source the whole bitmap is meant; without any in its destination it has its own size.
@@ -77,7 +84,6 @@ namespace {
 constexpr std::uint16_t kPixelMapFlag = 0x8000;
 constexpr unsigned kMaxRowBytesOfByteCounts = 250;
 constexpr unsigned kMinPackedRowBytes = 8;
-constexpr PictRect kEverywhere = {-0x8000, -0x8000, 0x7FFF, 0x7FFF};
 
 /// What a pixel map says of itself behind its bounds (36 bytes); what is not listed is not used.
 ///
@@ -197,12 +203,28 @@ Result<> ReadPlacement(ByteSource& source, PictRecord& bitmap) {
 
 }  // namespace
 
+std::optional<PictBitmapOpcode> PictBitmapOpcodeOf(std::uint16_t opcode) {
+    switch (opcode) {
+        case PictOpcode::kBitsRect:
+        case PictOpcode::kBitsRegion:
+        case PictOpcode::kPackBitsRect:
+        case PictOpcode::kPackBitsRegion:
+        case PictOpcode::kDirectBitsRect:
+        case PictOpcode::kDirectBitsRegion:
+            return PictBitmapOpcode{.isDirect = opcode >= PictOpcode::kDirectBitsRect,
+                                    .hasMask = (opcode & 1) != 0,
+                                    .isPacked = opcode >= PictOpcode::kPackBitsRect};
+        default:
+            return std::nullopt;
+    }
+}
+
 Result<PictCommonRecord> ReadPictCommonRecord(ByteSource& source, PictBitmapOpcode opcode, const PictState& state) {
     PictCommonRecord record;
     const Result<Storages> storages = ReadHeader(source, opcode, record);
     if (!storages) return std::unexpected(storages.error());
     if (const Result<> placed = ReadPlacement(source, record.bitmap); !placed) return std::unexpected(placed.error());
-    record.mask.box = kEverywhere;
+    record.mask.box = kPictEverywhere;
     if (opcode.hasMask) {
         const Result<PictRegion> mask = ReadPictRegion(source);
         if (!mask) return std::unexpected(mask.error());

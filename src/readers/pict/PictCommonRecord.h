@@ -8,6 +8,7 @@
 #include "readers/pict/PictRegion.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace Kavra::Devices {
 
@@ -24,12 +25,21 @@ struct PictAxis {
     }
 };
 
+/// All that coordinates reach.
+inline constexpr PictRect kPictEverywhere = {-0x8000, -0x8000, 0x7FFF, 0x7FFF};
+
 /// What the opcodes before a bitmap have set.
 struct PictState {
     PictRect frame;
     PictRegion clip;
     PictColours colours;
     PictColour highlight = kPictBlack;
+};
+
+/// A picture that lies in the file in another format.
+struct PictCompressed {
+    std::uint64_t offset = 0, bytes = 0;
+    const char* format = nullptr;  ///< as the image library calls it; null: it is none such
 };
 
 /// A bitmap with all that it is drawn by. `bitmap.covered` is what it may draw on: its destination inside the frame, the
@@ -39,7 +49,9 @@ struct PictCommonRecord {
     int storedRows = 0;  ///< from the top; fewer than the bounds have where the file ends before
     PictRegion clip, mask;
     PictInks inks{};
+    PictCompressed compressed{};  ///< instead of rows: its pixels are to be decoded first
 
+    bool IsCompressed() const { return compressed.format != nullptr; }
     PictAxis Columns() const;
     PictAxis Rows() const;
     bool IsComplete() const { return storedRows >= bitmap.bounds.Height(); }
@@ -52,6 +64,9 @@ struct PictCommonRecord {
 struct PictBitmapOpcode {
     bool isDirect, hasMask, isPacked;
 };
+
+/// What an opcode says of the bitmap behind it; nothing where there is none.
+std::optional<PictBitmapOpcode> PictBitmapOpcodeOf(std::uint16_t opcode);
 
 /// Reads a bitmap after its opcode. Fails where it ends before its rows, or is of a depth that there is not; rows that
 /// are damaged are no failure, since each has its length.

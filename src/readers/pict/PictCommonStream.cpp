@@ -1,6 +1,7 @@
 #include "readers/pict/PictCommonStream.h"
 
 #include "common/Limits.h"
+#include "readers/pict/PictQuickTime.h"
 #include "readers/pict/PictStream.h"
 
 #include <array>
@@ -22,7 +23,6 @@ constexpr std::uint64_t kMacBinaryBytes = 128;
 constexpr std::array<std::uint64_t, 3> kStarts = {kPreambleBytes, 0, kMacBinaryBytes + kPreambleBytes};
 
 constexpr std::uint64_t kSizeBytes = 2;  // of the picture, its low 16 bits at best: not used
-constexpr PictRect kEverywhere = {-0x8000, -0x8000, 0x7FFF, 0x7FFF};
 
 struct Start {
     PictRect frame;
@@ -56,8 +56,9 @@ constexpr std::uint16_t kClassicForeground = 0x0E;
 constexpr std::uint16_t kClassicBackground = 0x0F;
 constexpr std::uint16_t kHighlight = 0x1D;
 constexpr std::uint16_t kDefaultHighlight = 0x1E;
-constexpr std::uint16_t kDirectBitsRegion = 0x9B;
 constexpr std::uint16_t kHeader = 0x0C00;
+constexpr std::uint16_t kCompressed = 0x8200;
+constexpr std::uint16_t kUncompressed = 0x8201;
 }  // namespace CommonOpcode
 
 /// One of the eight colours of the first Macintosh, by the inks that its number asks a printer for.
@@ -80,7 +81,7 @@ class CommonWalk {
 public:
     CommonWalk(ByteSource& file, PictCommonPicture& picture) : mFile(file), mPicture(picture) {
         mState.frame = picture.frame;
-        mState.clip.box = kEverywhere;
+        mState.clip.box = kPictEverywhere;
     }
 
     /// Fails where the stream is damaged, with all records before that taken.
@@ -117,20 +118,16 @@ private:
             case CommonOpcode::kDefaultHighlight:
                 mState.highlight = kPictBlack;
                 return {};
-            case PictOpcode::kBitsRect:
-            case PictOpcode::kBitsRegion:
-            case PictOpcode::kPackBitsRect:
-            case PictOpcode::kPackBitsRegion:
-            case PictOpcode::kDirectBitsRect:
-            case CommonOpcode::kDirectBitsRegion:
-                return TakeRecord({.isDirect = opcode >= PictOpcode::kDirectBitsRect,
-                                   .hasMask = (opcode & 1) != 0,
-                                   .isPacked = opcode >= PictOpcode::kPackBitsRect});
             case CommonOpcode::kHeader:
                 return TakeHeader();
+            case CommonOpcode::kCompressed:
+            case CommonOpcode::kUncompressed:
+                return TakeQuickTime(opcode);
             default:
-                return SkipOperands(mFile, opcode);
+                break;
         }
+        if (const auto bitmap = PictBitmapOpcodeOf(opcode)) return TakeRecord(*bitmap);
+        return SkipOperands(mFile, opcode);
     }
 
     Result<> TakeColour(PictColour& colour) {
@@ -144,7 +141,7 @@ private:
     /// A region without pixels hides everything. No picture is meant to, but some writers leave it empty.
     Result<> TakeClip() {
         return ReadPictRegion(mFile).transform([&](const PictRegion& region) {
-            mState.clip = region.box.IsEmpty() ? PictRegion{.box = kEverywhere} : region;
+            mState.clip = region.box.IsEmpty() ? PictRegion{.box = kPictEverywhere} : region;
         });
     }
 
@@ -170,8 +167,31 @@ private:
         return {};
     }
 
+    /// A picture that cannot be decoded is skipped, as any program without its compression does.
+    Result<> TakeQuickTime(std::uint16_t opcode) {
+        const Result<std::uint32_t> length = mFile.Big<std::uint32_t>();
+        if (!length) return std::unexpected(length.error());
+        const std::uint64_t end = mFile.Position() + *length;
+        if (end > mFile.Size()) return std::unexpected(Failure::kTruncated);
+        std::optional<PictCommonRecord> record = opcode == CommonOpcode::kCompressed
+                                                     ? ReadPictCompressed(mFile, end, mState)
+                                                     : ReadPictUncompressed(mFile, end, mState);
+        if (const Result<> behind = mFile.Seek(end); !behind || !record) return behind;
+        const PictRect place = record->bitmap.destination;
+        return Keep(*std::move(record)).transform([&] { mQuickTime = place; });
+    }
+
+    /// Whether a bitmap is only for programs without QuickTime: behind a picture of it, in its place, in one bit, it
+    /// says that something else is needed.
+    bool IsStandIn(const PictCommonRecord& record) const {
+        if (mQuickTime.IsEmpty() || record.IsCompressed() || record.bitmap.layout.pixelSize != 1) return false;
+        const PictRect& to = record.bitmap.destination;
+        const PictRect common = Intersection(to, mQuickTime);
+        return common.Width() == to.Width() && common.Height() == to.Height();
+    }
+
     Result<> Keep(PictCommonRecord&& record) {
-        if (record.bitmap.covered.IsEmpty()) return {};
+        if (record.bitmap.covered.IsEmpty() || IsStandIn(record)) return {};
         mWork = Common::Sum<std::uint64_t>(mWork, record.Work());
         if (mWork > 2 * kMaxPictPixels) return std::unexpected(Failure::kTooLarge);
         mBytes += PictCommonPicture::BytesOf(record);
@@ -183,6 +203,7 @@ private:
     ByteSource& mFile;
     PictCommonPicture& mPicture;
     PictState mState;
+    PictRect mQuickTime;  // where the last picture of QuickTime is
     std::uint64_t mWork = 0;
     std::uint64_t mBytes = mFile.Size();  // and what the records take
     const std::uint64_t mMaxBytes = Common::ReaderBounds().bytes;
@@ -196,7 +217,7 @@ bool BeginsWithOpcodes(ByteSource& file, PictVersion version) {
         const Result<std::uint16_t> opcode = ReadPictOpcode(file, version);
         if (!opcode) return false;
         const bool isPattern = *opcode >= PictOpcode::kBackgroundPattern && *opcode <= PictOpcode::kFillPattern;
-        const bool isBitmap = *opcode >= PictOpcode::kBitsRect && *opcode <= CommonOpcode::kDirectBitsRegion;
+        const bool isBitmap = *opcode >= PictOpcode::kBitsRect && *opcode <= PictOpcode::kDirectBitsRegion;
         if (*opcode == PictOpcode::kEnd || isPattern || isBitmap) return true;
         const bool isColour = *opcode == PictOpcode::kForeground || *opcode == PictOpcode::kBackground ||
                               *opcode == PictOpcode::kOperationColour;
@@ -207,6 +228,15 @@ bool BeginsWithOpcodes(ByteSource& file, PictVersion version) {
 }
 
 }  // namespace
+
+std::uint64_t PictCommonPicture::BytesOf(const PictCommonRecord& record) {
+    const PictRect& bounds = record.bitmap.bounds;
+    const std::uint64_t pixels =
+        record.IsCompressed() ? static_cast<std::uint64_t>(bounds.Width()) * static_cast<std::uint64_t>(bounds.Height())
+                              : 0;
+    return 4096 + record.bitmap.colours.size() * sizeof(PictColour) +
+           16 * (std::uint64_t{record.clip.words} + record.mask.words) + 3 * pixels;
+}
 
 std::optional<std::uint64_t> FindPict(ByteSource& file) {
     for (const std::uint64_t offset : kStarts) {

@@ -19,11 +19,8 @@ struct PictCommonPicture {
     std::vector<PictCommonRecord> records;  ///< those that draw anything, in the order of the picture
     bool isDamaged = false;                 ///< the stream breaks off behind the last record, or in it
 
-    /// What a record takes, with its palette while it is drawn and its places in lists that grow by doubling.
-    static std::uint64_t BytesOf(const PictCommonRecord& record) {
-        return 4096 + record.bitmap.colours.size() * sizeof(PictColour) +
-               16 * (std::uint64_t{record.clip.words} + record.mask.words);
-    }
+    /// What a record takes, with its palette or pixels while it is drawn and its places in lists that grow by doubling.
+    static std::uint64_t BytesOf(const PictCommonRecord& record);
     /// What all records take.
     std::uint64_t WorkingBytes() const {
         std::uint64_t bytes = 0;

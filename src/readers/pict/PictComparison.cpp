@@ -15,6 +15,7 @@ constexpr std::size_t kMaxRecords = 4096;
 
 // What the contract's reading does. In the order in which it is told: what shows most comes first.
 constexpr const char* kCutToFrame = "a picture of more than 72 dpi is cut to its frame by the host's rules";
+constexpr const char* kNoQuickTime = "pictures compressed by QuickTime are left out by the host's rules";
 constexpr const char* kNothingShown =
     "a bitmap that is to be stretched or moved empties the picture by the host's rules";
 constexpr const char* kTwoColours = "copied colours are drawn in two colours by the host's rules";
@@ -71,9 +72,14 @@ const char* HowRecord(const PictPicture& picture, const PictRecord& contract, co
     return bitmap.layout.components == 4 && bitmap.layout.pixelSize == 32 ? kNoAlpha : nullptr;
 }
 
+bool HasCompressed(const PictCommonPicture& picture) {
+    return std::ranges::any_of(picture.records, &PictCommonRecord::IsCompressed);
+}
+
 /// Why the pictures may differ, or null where they do not.
 const char* How(const PictPicture& contract, const PictCommonPicture& common) {
     if (!IsSame(contract.frame, common.frame)) return kCutToFrame;
+    if (HasCompressed(common)) return kNoQuickTime;
     if (contract.records.empty()) return common.records.empty() ? nullptr : kNothingShown;
     if (contract.records.size() != common.records.size()) return kOtherwise;
     for (std::size_t i = 0; i < contract.records.size(); ++i) {
@@ -86,26 +92,30 @@ const char* How(const PictPicture& contract, const PictCommonPicture& common) {
 
 PictComparison::PictComparison(const PictPicture& contract, std::span<const unsigned char> file) {
     if (contract.records.size() > kMaxRecords) return;
-    ByteSource source(file);
-    Result<PictCommonPicture> picture = ReadPictCommonPicture(source);
-    if (!picture || picture->records.size() > kMaxRecords) return;
-    mPicture = *std::move(picture);
-    mHow = How(contract, *mPicture);
-    if (mHow == nullptr) return;
-    if (!IsSame(contract.frame, mPicture->frame)) {
-        mDiffers = true;
-        return;
+    try {
+        ByteSource source(file);
+        Result<PictCommonPicture> picture = ReadPictCommonPicture(source);
+        if (!picture || picture->records.size() > kMaxRecords) return;
+        mPicture = *std::move(picture);
+        mHow = How(contract, *mPicture);
+        // Compressed pictures are decoded whole, which is more than a load that does not show them may take.
+        mDiffers = mHow != nullptr && (!IsSame(contract.frame, mPicture->frame) || HasCompressed(*mPicture));
+        if (mHow != nullptr && !mDiffers) mCanvas = std::make_unique<PictCommonCanvas>(*mPicture, file);
+    } catch (const std::bad_alloc&) {
+        mCanvas = nullptr;  // nothing is said then
     }
-    mCanvas = std::make_unique<PictCommonCanvas>(*mPicture, file);
 }
 
 void PictComparison::Look(std::span<const unsigned char> row) {
     if (!mCanvas) return;
-    mRow.resize(row.size());
-    mCanvas->DrawRow(mRow);
-    if (std::ranges::equal(mRow, row)) return;
-    mDiffers = true;
-    mCanvas = nullptr;
+    try {
+        mRow.resize(row.size());
+        mCanvas->DrawRow(mRow);
+        mDiffers = !std::ranges::equal(mRow, row);
+        if (mDiffers) mCanvas = nullptr;
+    } catch (const std::bad_alloc&) {
+        mCanvas = nullptr;
+    }
 }
 
 }  // namespace Kavra::Devices

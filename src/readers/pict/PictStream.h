@@ -10,7 +10,7 @@
 
 namespace Kavra::Devices {
 
-/// The opcodes that mean something in both readings. The same numbers in version 1, where they have one byte.
+/// The opcodes that mean something here. The same numbers in version 1, where they have one byte.
 namespace PictOpcode {
 inline constexpr std::uint16_t kBackgroundPattern = 0x12;
 inline constexpr std::uint16_t kPenPattern = 0x13;
@@ -23,6 +23,7 @@ inline constexpr std::uint16_t kBitsRegion = 0x91;
 inline constexpr std::uint16_t kPackBitsRect = 0x98;
 inline constexpr std::uint16_t kPackBitsRegion = 0x99;
 inline constexpr std::uint16_t kDirectBitsRect = 0x9A;
+inline constexpr std::uint16_t kDirectBitsRegion = 0x9B;  // in the common reading
 inline constexpr std::uint16_t kEnd = 0xFF;
 }  // namespace PictOpcode
 
