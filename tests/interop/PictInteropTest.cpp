@@ -2,7 +2,9 @@
 
 #include "interop/PeerFiles.h"
 #include "support/MessageRecorder.h"
+#include "support/TemporaryFolder.h"
 
+#include <kavra/devices/LoadPreferences.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
 #include <gtest/gtest.h>
@@ -40,6 +42,59 @@ TEST(PictInterop, OurSamplesReadElsewhereAsHere) {
     ASSERT_FALSE(files.empty());
     for (const auto& file : files)
         EXPECT_EQ(Differences(Channels(LoadPeer(file).bytes, 3), PeerPixels(file, ".rgb")), 0U) << file;
+}
+
+// --- The common reading ----------------------------------------------------------------------------------------------
+
+Loaded LoadCommon(const std::filesystem::path& file) {
+    LoadPreferences preferences;
+    preferences.legacy = kLegacyCommon;
+    const LoadPreferencesScope scope(preferences);
+    return LoadPeer(file);
+}
+
+TEST(PictInterop, EveryFileOfTheOthersReadsAsTheyReadIt) {
+    const auto files = Peers("pict", ".pct");
+    EXPECT_GE(files.size(), 15U);
+    for (const auto& file : files)
+        EXPECT_EQ(Differences(Channels(LoadCommon(file).bytes, 3), PeerPixels(file, ".rgb")), 0U) << file;
+}
+
+TEST(PictInterop, KnownPixelsComeOutAsTheyAreMeant) {
+    const auto files = Peers("pict-known", ".pict");
+    EXPECT_GE(files.size(), 140U);
+    for (const auto& file : files) {
+        const auto meant = ReadAll(std::filesystem::path(file).replace_extension(".want"));
+        EXPECT_EQ(Differences(LoadCommon(file).bytes, meant), 0U) << file;
+    }
+}
+
+// What is meant is not only what this project takes it for: of each kind that another program reads, one does read it so.
+TEST(PictInterop, KnownPixelsHaveWitnesses) {
+    for (const std::string kind : {"direct16-pack0-300",
+                                   "direct32-pack0-3",
+                                   "direct32-pack4-101",
+                                   "direct32-alpha",
+                                   "direct32-four-components-0",
+                                   "indexed1-33",
+                                   "indexed2-270",
+                                   "indexed4-33",
+                                   "indexed8-270",
+                                   "indexed-by-number",
+                                   "indexed-device-table",
+                                   "indexed-padded-rows",
+                                   "bands",
+                                   "bands-indexed",
+                                   "resolution-300",
+                                   "mode0",
+                                   "mode64",
+                                   "no-end",
+                                   "preamble-0",
+                                   "preamble-512",
+                                   "quicktime-jpeg",
+                                   "quicktime-uncompressed",
+                                   "colours-do-not-tint-copies"})
+        EXPECT_FALSE(ReadAll(Peer("pict-known/" + kind + ".witness")).empty()) << kind;
 }
 
 }  // namespace

@@ -178,16 +178,21 @@ private:
                                                      : ReadPictUncompressed(mFile, end, mState);
         if (const Result<> behind = mFile.Seek(end); !behind || !record) return behind;
         const PictRect place = record->bitmap.destination;
-        return Keep(*std::move(record)).transform([&] { mQuickTime = place; });
+        return Keep(*std::move(record)).transform([&] {
+            mQuickTime = place;
+            mIsBehindQuickTime = true;
+        });
     }
 
-    /// Whether a bitmap is only for programs without QuickTime: behind a picture of it, in its place, in one bit, it
-    /// says that something else is needed.
-    bool IsStandIn(const PictCommonRecord& record) const {
-        if (mQuickTime.IsEmpty() || record.IsCompressed() || record.bitmap.layout.pixelSize != 1) return false;
+    /// Whether a bitmap is only for programs without QuickTime: the next one behind a picture of it, in its place. What
+    /// says in one bit that something else is needed may come in parts.
+    bool IsStandIn(const PictCommonRecord& record) {
+        if (record.IsCompressed() || mQuickTime.IsEmpty()) return false;
+        const bool isNext = std::exchange(mIsBehindQuickTime, false);
         const PictRect& to = record.bitmap.destination;
         const PictRect common = Intersection(to, mQuickTime);
-        return common.Width() == to.Width() && common.Height() == to.Height();
+        const bool isInPlace = common.Width() == to.Width() && common.Height() == to.Height();
+        return isInPlace && (isNext || record.bitmap.layout.pixelSize == 1);
     }
 
     Result<> Keep(PictCommonRecord&& record) {
@@ -204,6 +209,7 @@ private:
     PictCommonPicture& mPicture;
     PictState mState;
     PictRect mQuickTime;  // where the last picture of QuickTime is
+    bool mIsBehindQuickTime = false;
     std::uint64_t mWork = 0;
     std::uint64_t mBytes = mFile.Size();  // and what the records take
     const std::uint64_t mMaxBytes = Common::ReaderBounds().bytes;

@@ -57,6 +57,13 @@ TEST(PictQuickTime, TheBitmapForProgramsWithoutItIsLeftOut) {
     PictMaker maker({0, 0, 1, 2});
     Add(maker, 0x8200, Compressed(BmpOfTwoPixels())).Bitmap(Drawing({"##"}));
     EXPECT_EQ(DecodeCommon(maker.End()).block, kRedAndBlue);
+    PictMaker coloured({0, 0, 1, 2});
+    Add(coloured, 0x8200, Compressed(BmpOfTwoPixels())).Indexed(GreyMap(0, 0, {{1, 2}}));
+    EXPECT_EQ(DecodeCommon(coloured.End()).block, kRedAndBlue);
+    PictMaker over({0, 0, 1, 2});
+    Add(over, 0x8200, Compressed(BmpOfTwoPixels()));
+    over.Indexed(GreyMap(0, 0, {{1, 2}})).Indexed(GreyMap(0, 0, {{3, 4}}));
+    EXPECT_EQ(Reds(DecodeCommon(over.End())), (Bytes{3, 4})) << "what is drawn over both";
     PictMaker beside({0, 0, 1, 3});
     PictMap wide = Drawing({"###"});
     Add(beside, 0x8200, Compressed(BmpOfTwoPixels())).Bitmap(wide);
