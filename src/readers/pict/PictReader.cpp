@@ -111,7 +111,7 @@ Result<> PictReader::TakeFile(ByteSource& file) {
 Result<> PictReader::TakePicture() {
     Result<PictPicture> picture = ReadPictPicture(*mSource);
     if (!picture) {
-        if (IsReadElsewhere()) (void)mReading.IsCommon("the picture counts as damaged by the host's rules");
+        if (mIsCompared && IsReadElsewhere()) (void)mReading.IsCommon("the picture counts as damaged by the host's rules");
         Sys::Warning(L"The data is corrupted.", nullptr);
         return std::unexpected(picture.error());
     }
@@ -160,13 +160,14 @@ Result<> PictReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
 
 void PictReader::ReadContractRows(Common::RowSink& rows) {
     PictCanvas canvas(mHeader, Bytes());
-    PictComparison comparison(mHeader, Bytes());
+    std::optional<PictComparison> comparison;
+    if (mIsCompared) comparison.emplace(mHeader, Bytes());
     WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
               [&](std::span<unsigned char> pixels) {
                   canvas.DrawRow(pixels);
-                  comparison.Look(pixels);
+                  if (comparison) comparison->Look(pixels);
               });
-    if (comparison.Difference() != nullptr) (void)mReading.IsCommon(comparison.Difference());
+    if (comparison && comparison->Difference() != nullptr) (void)mReading.IsCommon(comparison->Difference());
     if (canvas.LeavesPixelsOut())
         (void)mReading.IsCommon("palette indices without a colour are left out by the host's rules");
 }

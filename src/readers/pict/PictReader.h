@@ -52,6 +52,7 @@ public:
     int GetRowPitch() override { return 4 * Frame().Width(); }
     std::uint64_t GetWorkingBytes() override;
 
+    void LookForDifferences() override { mIsCompared = true; }
     const char* GetDifference() const override { return mReading.Difference(); }
 
 private:
@@ -65,6 +66,7 @@ private:
 
     Common::PixelBlock mFile;  // its bytes
     Reading mReading;
+    bool mIsCompared = false;                   // with the common reading, which draws some pictures twice
     std::optional<Common::ByteSource> mSource;  // over them; nothing unless a file is open
     PictPicture mHeader;                        // and all that follows it but the rows; in the contract's reading
     PictCommonPicture mCommon;                  // the same in the common reading

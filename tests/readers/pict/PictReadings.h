@@ -18,6 +18,7 @@ inline Decoded DecodePictAs(const ByteBuilder& file, Devices::ELegacyReading rea
     const MessageRecorder recorder;
     Decoded decoded;
     Devices::PictReader reader(reading);
+    if (note != nullptr) reader.LookForDifferences();
     decoded.opened = reader.Open(Wide(path));
     if (decoded.opened) ReadFrame(reader, 0, decoded);
     decoded.messages = recorder.Texts();
