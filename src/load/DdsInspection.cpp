@@ -1,9 +1,9 @@
 #include "load/DdsInspection.h"
 
-#include "common/ByteOrder.h"
 #include "common/PixelFormats.h"
 #include "common/dds/DdsShape.h"
 #include "load/ColourMeaning.h"
+#include "load/DdsCommonLoad.h"
 #include "load/FormatChannels.h"
 #include "load/LibraryInspection.h"
 #include "load/OpenInput.h"
@@ -19,12 +19,9 @@ namespace Kavra::Devices {
 
 namespace {
 
-constexpr std::uint32_t kAlphaPremultipliedMode = 2;  // of the extension's last field
-
 struct StoredDds {
     Dds::Header header;
     Dds::Shape shape;
-    std::uint32_t alphaMode = 0;  ///< 0: not said
 };
 
 std::optional<StoredDds> ReadStored(Common::ByteSource& source) {
@@ -34,8 +31,7 @@ std::optional<StoredDds> ReadStored(Common::ByteSource& source) {
     const auto header = Dds::ParseHeader(std::span(start).first(count));
     const auto shape = header ? Dds::ShapeOf(*header) : std::nullopt;
     if (!shape) return std::nullopt;
-    const std::uint32_t lastField = Common::LittleAt<std::uint32_t, Dds::kMaxHeaderBytes - 4>(start);
-    return StoredDds{*header, *shape, header->isExtended ? lastField & 7 : 0};
+    return StoredDds{*header, *shape};
 }
 
 const Dds::DxgiRow* RowOf(const Dds::Header& header) {
@@ -92,9 +88,29 @@ bool SetHostPixels(PartFacts& facts, const KString& path) {
     return true;
 }
 
+/// Pixels that the common reading delivers.
+bool AddCommonPart(InspectedFile& file, const KString& path, Common::ByteSource& source) {
+    const auto picture = OpenCommonDds(path, &source, 0);
+    if (!picture) return false;
+    const StoredDds dds{picture->Header(), picture->Shape()};
+    PartFacts facts;
+    DescribeCommonDds(facts, *picture);
+    SetShape(facts, dds);
+    facts.part.elements = ElementsOf(dds, source.Size());
+    if (const auto stored = Dds::FindLayout(dds.header); stored && stored->IsCompressed()) {
+        facts.compression = Common::FactsOf(stored->format).name.substr(1);
+        facts.part.bitsPerSample = 0;
+    } else if (const std::int32_t bits = BitsOf(dds.header); bits > 0) {
+        facts.part.bitsPerSample = bits;
+    }
+    file.Add(facts);
+    return true;
+}
+
 }  // namespace
 
-bool AddDdsPart(InspectedFile& file, const KString& path, Common::ByteSource& source) {
+bool AddDdsPart(InspectedFile& file, const KString& path, Common::ByteSource& source, ELegacyReading reading) {
+    if (reading == kLegacyCommon && AddCommonPart(file, path, source)) return true;
     const std::optional<StoredDds> dds = ReadStored(source);
     if (!dds) return false;
     PartFacts facts;
@@ -109,7 +125,7 @@ bool AddDdsPart(InspectedFile& file, const KString& path, Common::ByteSource& so
     SetShape(facts, *dds);
     facts.part.elements = ElementsOf(*dds, source.Size());
     facts.part.bitsPerSample = BitsOf(dds->header);
-    const bool isPremultiplied = dds->alphaMode == kAlphaPremultipliedMode && facts.part.alpha != kAlphaNone;
+    const bool isPremultiplied = dds->header.Alpha() == Dds::kAlphaModePremultiplied && facts.part.alpha != kAlphaNone;
     if (isPremultiplied) facts.part.alpha = kAlphaPremultiplied;
     file.Add(facts);
     return true;

@@ -67,6 +67,7 @@ Header FlatHeader(Header header, const Extent& levelSize) {
         header.dimension = kDimension2D;
         header.misc &= ~kMiscCube;
         header.arraySize = 1;
+        header.misc2 = 0;
     }
     return header;
 }

@@ -18,9 +18,10 @@ bool HasText(const OIIO::ImageSpec& spec, const char* word) {
     return OIIO::Strutil::contains(TextAttribute(spec, "textureformat").value_or(""), word);
 }
 
-/// Reads the one picture of a DDS file in memory, which must have this size and number of channels.
-bool DecodeFlat(std::span<const unsigned char> file, int width, int height, int fileChannels, int channels,
-                OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride) {
+}  // namespace
+
+bool DecodeFlatDds(std::span<const unsigned char> file, int width, int height, int fileChannels, int channels,
+                   OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride) {
     OIIO::Filesystem::IOMemReader memory(file.data(), file.size());
     OIIO::Filesystem::IOProxy* proxy = &memory;
     OIIO::ImageSpec config;
@@ -35,8 +36,6 @@ bool DecodeFlat(std::span<const unsigned char> file, int width, int height, int 
     return input->read_image(0, 0, 0, channels, type, out, static_cast<OIIO::stride_t>(pixelStride)) &&
            !input->has_error();
 }
-
-}  // namespace
 
 OIIO::ImageSpec DdsLevelSpec(const OIIO::ImageSpec& top, int level) {
     OIIO::ImageSpec spec = top;
@@ -131,7 +130,7 @@ bool DdsSlices::ReadSlices(int level, const OIIO::ImageSpec& levelSpec, int firs
             continue;
         }
         if (!ReadBytes(SliceOffset(level, slice), std::span(flat).subspan(headerBytes)) ||
-            !DecodeFlat(flat, width, height, levelSpec.nchannels, channels, type, out, pixelStride)) {
+            !DecodeFlatDds(flat, width, height, levelSpec.nchannels, channels, type, out, pixelStride)) {
             return false;
         }
     }

@@ -28,6 +28,11 @@ OIIO::ImageSpec DdsLevelSpec(const OIIO::ImageSpec& top, int level);
 /// The same for the level at which `input`, an open DDS file, stands. Flat textures have the library's own spec.
 OIIO::ImageSpec DdsLevelSpec(OIIO::ImageInput& input);
 
+/// Reads channels 0 to `channels` - 1 of the one picture of a DDS file in memory, which must have this size and number of
+/// channels, into pixels that are `pixelStride` bytes apart in tight rows. False when the library refuses it.
+bool DecodeFlatDds(std::span<const unsigned char> file, int width, int height, int fileChannels, int channels,
+                   OIIO::TypeDesc type, unsigned char* out, std::size_t pixelStride);
+
 /// Decodes the faces and slices of one file. Objects share nothing, so files may be read on any number of threads, each
 /// object on one at a time.
 class DdsSlices {

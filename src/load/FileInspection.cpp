@@ -38,9 +38,9 @@ Owned InspectByLibrary(OIIO::ImageInput& input) {
     return file;
 }
 
-Owned InspectDds(const KString& path, Common::ByteSource& source) {
+Owned InspectDds(const KString& path, Common::ByteSource& source, ELegacyReading reading) {
     Owned file = NewFile("dds");
-    return AddDdsPart(*file, path, source) ? std::move(file) : nullptr;
+    return AddDdsPart(*file, path, source, reading) ? std::move(file) : nullptr;
 }
 
 void SetSize(PartFacts& facts, int width, int height) {
@@ -126,7 +126,7 @@ IFileInspection* InspectFile(const KString& path) {
     Common::ByteSource* const source = file.files ? &file.files->source : own ? &*own : nullptr;
     if (source == nullptr) return nullptr;
     if (file.type == DDS) {
-        if (Owned inspected = InspectDds(path, *source)) return inspected.release();
+        if (Owned inspected = InspectDds(path, *source, reading)) return inspected.release();
     }
     if (const auto input = OpenInput(path, *source)) return InspectByLibrary(*input).release();
     return InspectExr(path, file).release();

@@ -115,17 +115,6 @@ void ChooseSize(TextureLoad& load) {
     load.outDepth = std::max(load.index >= 31 ? 0 : load.fileDesc.depth >> load.index, 1);
 }
 
-int UsageOf(ETextureType type) {
-    switch (type) {
-        case kTextureCube:
-            return kUsageTextureCube;
-        case kTextureVolume:
-            return kUsageTextureVolume;
-        default:
-            return kUsageTexture2D;
-    }
-}
-
 bool ChooseFormat(TextureLoad& load) {
     if (load.format == kUnknown && load.request.formatHandler != nullptr) {
         load.format =
@@ -211,6 +200,17 @@ Raster ReadFast(TextureLoad& load, Common::ByteSource& file) {
 }
 
 }  // namespace
+
+int UsageOf(ETextureType type) {
+    switch (type) {
+        case kTextureCube:
+            return kUsageTextureCube;
+        case kTextureVolume:
+            return kUsageTextureVolume;
+        default:
+            return kUsageTexture2D;
+    }
+}
 
 bool TextureLoad::IsDds() const {
     return fileType == DDS;

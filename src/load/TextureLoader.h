@@ -26,6 +26,9 @@ namespace Kavra::Devices {
 Common::PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const LoadRequest& request,
                                      int fileType, Common::ByteSource* open = nullptr);
 
+/// What a texture is for, as `IImageFormatHandler::ChooseFormat` is told.
+int UsageOf(ETextureType type);
+
 /// What was asked for, what the file holds and what was chosen, in the order in which it becomes known.
 struct TextureLoad {
     TextureLoad(ImageDescription& description, const KString& file, const LoadRequest& wanted, int type)

@@ -24,6 +24,7 @@ enum LegacyCode : std::uint32_t {
     kFourCCRXGB = FourCC("RXGB"),
     kFourCCATI1 = FourCC("ATI1"),
     kFourCCATI2 = FourCC("ATI2"),
+    kFourCCA2XY = FourCC("A2XY"),  ///< also where a bit count stands: BC5 under another code
     kFourCCBC4U = FourCC("BC4U"),
     kFourCCBC4S = FourCC("BC4S"),
     kFourCCBC5U = FourCC("BC5U"),

@@ -20,10 +20,8 @@ constexpr Field kPlainFields[] = {
     {104, &Header::alphaMask}, {108, &Header::caps1},   {112, &Header::caps2},
 };
 constexpr Field kExtensionFields[] = {
-    {128, &Header::dxgiFormat},
-    {132, &Header::dimension},
-    {136, &Header::misc},
-    {140, &Header::arraySize},
+    {128, &Header::dxgiFormat}, {132, &Header::dimension}, {136, &Header::misc},
+    {140, &Header::arraySize},  {144, &Header::misc2},
 };
 
 struct Constant {

@@ -33,6 +33,7 @@ enum : std::uint32_t {
     kPixelAlpha = 0x1,  ///< the alpha mask is meant
     kPixelAlphaOnly = 0x2,
     kPixelFourCC = 0x4,
+    kPixelPalette = 0x20,  ///< indices of 8 bits into 256 colours, which stand before them
     kPixelRgb = 0x40,
     kPixelYuv = 0x200,
     kPixelLuminance = 0x20000,
@@ -58,6 +59,15 @@ enum : std::uint32_t {
     kMiscCube = 0x4,
 };
 
+/// What the alpha is, by the DX10 extension.
+enum AlphaMode : std::uint32_t {
+    kAlphaModeUnknown = 0,
+    kAlphaModeStraight = 1,
+    kAlphaModePremultiplied = 2,
+    kAlphaModeOpaque = 3,  ///< there is none
+    kAlphaModeCustom = 4,  ///< a fourth channel that is no transparency
+};
+
 /// All fields that mean something. Those of the DX10 extension are 0 when the file has none.
 struct Header {
     std::uint32_t flags = 0;
@@ -79,6 +89,7 @@ struct Header {
     std::uint32_t dimension = 0;
     std::uint32_t misc = 0;
     std::uint32_t arraySize = 0;
+    std::uint32_t misc2 = 0;  ///< its low three bits: an `AlphaMode`
     bool isExtended = false;  ///< the DX10 extension follows
 
     bool operator==(const Header&) const = default;
@@ -87,6 +98,7 @@ struct Header {
     std::size_t Bytes() const;
     /// Whether `fourCC` is what says how the pixels are stored.
     bool HasFourCC() const { return (pixelFlags & kPixelFourCC) != 0; }
+    AlphaMode Alpha() const { return static_cast<AlphaMode>(misc2 & 7); }
     /// Bit i: the caps name face i of a cube.
     std::uint32_t NamedFaces() const { return (caps2 & kCapsAllFaces) / kCapsFirstFace; }
 };

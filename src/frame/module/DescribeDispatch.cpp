@@ -6,6 +6,7 @@
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
 #include "frame/module/Dispatch.h"
+#include "load/DdsCommonLoad.h"
 #include "load/FileDescription.h"
 #include "load/OpenInput.h"
 #include "readers/FileTypeDetection.h"
@@ -66,6 +67,14 @@ bool DescribeByDdsReader(ImageDesc& desc, const KString& path, bool& alphaVarian
     return OnlyHostDescribes(desc.format);
 }
 
+/// What the common reading gives of a DDS, where that is another one.
+bool DescribeByCommonReading(ImageDesc& desc, const KString& path, DetectedFile& file) {
+    Common::ByteSource* const open = file.files ? &file.files->source : nullptr;
+    const auto picture = OpenCommonDds(path, open, 0);
+    if (picture) DescribeCommonDds(desc, *picture);
+    return picture.has_value();
+}
+
 void DescribeByExrHandler(ImageDesc& desc, const KString& path, const DetectedFile& file) {
     if (!PrefersExrHandler(path, file)) return;
     EXRHandler exr(true);
@@ -87,8 +96,10 @@ ImageDesc* DescribeImage(const KString& path) {
     if (file.type == None || !desc) return nullptr;
 
     bool alphaVariant = false;
-    const bool found =
+    bool found =
         file.type == DDS ? DescribeByDdsReader(*desc, path, alphaVariant) : DescribeByReader(*desc, file, reading);
+    // What the library decodes is described as it comes, not as the blocks that the host's reader sees.
+    if (file.type == DDS && reading == kLegacyCommon) found = DescribeByCommonReading(*desc, path, file);
     if (const auto input = found ? nullptr : OpenForLibrary(path, file)) {
         const OwnedDesc described(GetImageDescByOIIO(input.get(), file.type, alphaVariant));
         if (!described) return nullptr;

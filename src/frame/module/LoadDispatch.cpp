@@ -13,6 +13,7 @@
 #include "formats/PixelFormatMapping.h"
 #include "frame/module/Dispatch.h"
 #include "load/ChosenSlice.h"
+#include "load/DdsCommonLoad.h"
 #include "load/FormatChannels.h"
 #include "load/TextureLoader.h"
 #include "load/geometry/Reshape.h"
@@ -21,6 +22,7 @@
 
 #include <kavra/devices/DDSReader.h>
 #include <kavra/devices/EXRHandler.h>
+#include <kavra/devices/IImageFormatHandler.h>
 #include <kavra/devices/Sys.h>
 
 #include <algorithm>
@@ -257,14 +259,25 @@ Result<LoadedPixels> LoadWithoutLibrary(ImageDescription& desc, const KString& p
     });
 }
 
+/// Who hears, of a load in the contract's reading, what the other one does otherwise; null: nobody.
+ILegacyObserver* ListenerOf(const LoadRequest& request) {
+    return request.preferences.legacy == kLegacyContract ? request.preferences.legacyObserver : nullptr;
+}
+
 /// Whoever asks hears that a file which nothing else knows has a reader in the other reading.
 void TellOfCommonReading(const KString& path, const LoadRequest& request, int fileType) {
-    ILegacyObserver* const observer = request.preferences.legacyObserver;
-    const bool isAsked = observer != nullptr && fileType == Other && request.preferences.legacy == kLegacyContract;
-    if (!isAsked) return;
+    ILegacyObserver* const listener = ListenerOf(request);
+    if (listener == nullptr || fileType != Other) return;
     const DetectedFile common = DetectFile(path, kLegacyCommon);
     if (common.isShown && HasImageReader(common.type))
-        observer->ReadingsDiffer("of no kind that the host's rules know");
+        listener->ReadingsDiffer("of no kind that the host's rules know");
+}
+
+/// Whoever asks hears of a DDS that the other reading shows otherwise.
+void TellOfCommonDds(const KString& path, const LoadRequest& request, Common::ByteSource* open) {
+    ILegacyObserver* const listener = ListenerOf(request);
+    const char* const difference = listener != nullptr ? DdsDifference(path, open, request.level) : nullptr;
+    if (difference != nullptr) listener->ReadingsDiffer(difference);
 }
 
 /// Hosts are told of every failure in the same words.
@@ -273,11 +286,34 @@ IMemoryWrapper<void>* Refuse(Failure /*reason*/) {
     return nullptr;
 }
 
+/// The wanted format: the request's, or the one that the caller chooses once it knows the file's.
+EFormat FormatFor(const ImageDescription& desc, const LoadRequest& request) {
+    if (request.format != kUnknown || request.formatHandler == nullptr) return request.format;
+    return request.formatHandler->ChooseFormat(desc.format, UsageOf(desc.textureType));
+}
+
+/// A DDS in the common reading.
+IMemoryWrapper<void>* LoadByCommonReading(ImageDescription& desc, DdsCommonPicture& picture,
+                                          const LoadRequest& request) {
+    Result<PixelBlock> block = LoadCommonDds(desc, picture, request);
+    if (!block) return Refuse(block.error());
+    LoadedPixels pixels{.own = *std::move(block), .host = nullptr, .isLegacy = true};
+    const char* const channels = request.preferences.channels;
+    if (channels != nullptr && !TakeChannels(desc, pixels, channels)) return Refuse(Failure::kUnsupported);
+    if (!Convert(desc, pixels, FormatFor(desc, request), Common::ReaderBounds())) return Refuse(Failure::kTooLarge);
+    return Wrap(std::move(pixels));
+}
+
 }  // namespace
 
 IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, const LoadRequest& request) {
     DetectedFile file = DetectFile(path, request.preferences.legacy);
     Common::ByteSource* const open = file.files ? &file.files->source : nullptr;
+    if (file.type == DDS && request.preferences.legacy == kLegacyCommon) {
+        if (auto picture = OpenCommonDds(path, open, request.level))
+            return LoadByCommonReading(desc, *picture, request);
+    }
+    if (file.type == DDS) TellOfCommonDds(path, request, open);
     if (PixelBlock block = LoadTextureByOIIO(desc, path, request, file.type, open)) {
         return Common::WrapBlock(std::move(block));
     }

@@ -3,7 +3,7 @@
 #include "common/PixelBlock.h"
 #include "common/dds/DdsHeader.h"
 #include "common/dds/DdsShape.h"
-#include "frame/host/devices/DdsStoredLayouts.h"
+#include "common/dds/DdsStoredLayouts.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/DDSReader.h>

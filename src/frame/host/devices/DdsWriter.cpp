@@ -1,7 +1,7 @@
 #include "common/FileHandle.h"
 #include "common/dds/DdsHeader.h"
 #include "common/dds/DdsShape.h"
-#include "frame/host/devices/DdsStoredLayouts.h"
+#include "common/dds/DdsStoredLayouts.h"
 
 #include <kavra/devices/DDSWriter.h>
 #include <kavra/objects/OS.h>

@@ -1,4 +1,4 @@
-#include "frame/host/devices/DdsWidening.h"
+#include "common/dds/DdsWidening.h"
 
 #include "common/PixelFormats.h"
 
@@ -105,6 +105,46 @@ void WidenNormalised(const StoredLayout& layout, Row row, unsigned char* out, st
     });
 }
 
+/// One channel on the way to colours around a middle.
+struct MiddleScale {
+    std::uint64_t mask;
+    int bits, shift;
+    std::int64_t top;
+    bool isSigned;
+
+    MiddleScale(std::uint64_t channelMask, bool signedChannel, std::int64_t maximum)
+        : mask(channelMask),
+          bits(mask == 0 ? 0 : std::bit_width(mask) - std::countr_zero(mask)),
+          shift(mask == 0 ? 0 : std::countr_zero(mask)),
+          top(maximum),
+          isSigned(signedChannel) {}
+
+    /// Rounded half up.
+    std::int64_t operator()(std::uint64_t pixel) const {
+        const auto stored = static_cast<std::int64_t>((pixel & mask) >> shift);
+        const std::int64_t whole = (std::int64_t{1} << bits) - 1;
+        if (!isSigned) return (2 * stored * top + whole) / (2 * whole);
+        const std::int64_t largest = whole / 2;
+        const std::int64_t value = stored > largest ? std::max(stored - whole - 1, -largest) : stored;
+        return ((value + largest) * top + largest) / (2 * largest);
+    }
+};
+
+template <class Value>
+void WidenAroundMiddle(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
+    constexpr std::int64_t kTop = std::numeric_limits<Value>::max();
+    const auto channels = static_cast<std::size_t>(Common::FactsOf(layout.format).channels);
+    const auto scale = [&](int c) { return MiddleScale(layout.masks[c], (layout.signedChannels >> c & 1) != 0, kTop); };
+    const std::array<MiddleScale, 4> scales = {scale(0), scale(1), scale(2), scale(3)};
+    ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
+        for (std::size_t c = 0; c < channels; ++c) {
+            const std::int64_t absent = c == 3 ? kTop : (kTop + 1) / 2;
+            const auto value = static_cast<Value>(scales[c].mask == 0 ? absent : scales[c](pixel));
+            std::memcpy(out + (x * channels + c) * sizeof value, &value, sizeof value);
+        }
+    });
+}
+
 using Halfs = std::array<std::uint16_t, 4>;
 
 constexpr std::uint16_t kHalfOne = 0x3C00;
@@ -170,6 +210,23 @@ void WidenToHalfs(const StoredLayout& layout, Row row, unsigned char* out, std::
 
 void WidenToFloats(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
     WidenNormalised<float>(layout, row, out, width);
+}
+
+void WidenAroundMiddleToBytes(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
+    WidenAroundMiddle<std::uint8_t>(layout, row, out, width);
+}
+
+void WidenAroundMiddleToShorts(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
+    WidenAroundMiddle<std::uint16_t>(layout, row, out, width);
+}
+
+void WidenThreeFloats(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {
+    constexpr std::size_t kStored = 3 * sizeof(float), kPixel = 4 * sizeof(float);
+    const float opaque = 1;
+    for (std::size_t x = 0; x < width; ++x) {
+        std::memcpy(out + x * kPixel, row.data() + x * kStored, kStored);
+        std::memcpy(out + x * kPixel + kStored, &opaque, sizeof opaque);
+    }
 }
 
 void WidenPackedFloats(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {

@@ -4,7 +4,7 @@
 /// Direct3D rules (https://learn.microsoft.com/windows/win32/direct3d11/floating-point-rules, "Integer Conversion").
 #pragma once
 
-#include "frame/host/devices/DdsStoredLayouts.h"
+#include "common/dds/DdsStoredLayouts.h"
 
 namespace Kavra::Devices::Dds {
 
@@ -16,6 +16,16 @@ void WidenToShorts(const StoredLayout&, std::span<const unsigned char> row, unsi
 /// neighbour is. A half tells up to 11 bits apart, a single all 16.
 void WidenToHalfs(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
 void WidenToFloats(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
+
+/// Signed channels as colours of 8 or 16 bits, 0 in the middle of the range: -1 becomes 0, 1 the largest value, also of a
+/// channel that is not stored, which is 0. Unsigned channels as above.
+void WidenAroundMiddleToBytes(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out,
+                              std::size_t width);
+void WidenAroundMiddleToShorts(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out,
+                               std::size_t width);
+
+/// Three floats to four, alpha 1.
+void WidenThreeFloats(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
 
 /// `kDxgiR11G11B10Float`: floats of 5 bits of exponent and 6, 6, 5 of mantissa; to halfs, exactly, alpha 1.
 void WidenPackedFloats(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);

@@ -1,7 +1,7 @@
-#include "frame/host/devices/DdsStoredLayouts.h"
+#include "common/dds/DdsStoredLayouts.h"
 
 #include "common/PixelFormats.h"
-#include "frame/host/devices/DdsWidening.h"
+#include "common/dds/DdsWidening.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,0 +1,184 @@
+#include "common/dds/DdsBlocks.h"
+
+#include "common/ByteOrder.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+namespace Kavra::Devices::Dds {
+namespace {
+
+constexpr std::size_t kPixelBytes = 4;
+constexpr int kPixels = kBlockSide * kBlockSide;
+
+using Colour = std::array<unsigned char, kPixelBytes>;
+
+std::uint64_t LittleBits(const unsigned char* bytes, int count) {
+    std::uint64_t bits = 0;
+    for (int i = count; i-- > 0;)
+        bits = bits << 8 | bytes[i];
+    return bits;
+}
+
+/// A colour of 5, 6 and 5 bits, each widened to the nearest of 8.
+std::array<int, 3> EndOf(std::uint64_t word) {
+    const auto widened = [](std::uint64_t value, int maximum) {
+        return (static_cast<int>(value) * 510 + maximum) / (2 * maximum);
+    };
+    return {widened(word >> 11, 31), widened(word >> 5 & 63, 63), widened(word & 31, 31)};
+}
+
+enum class Colours { kThreeOrFour, kFour };
+
+void DecodeColours(const unsigned char* block, Colours kind, unsigned char* out, std::size_t pitch) {
+    const std::uint64_t word0 = LittleBits(block, 2), word1 = LittleBits(block + 2, 2);
+    const std::array<int, 3> first = EndOf(word0), last = EndOf(word1);
+    const bool hasFour = kind == Colours::kFour || word0 > word1;
+    std::array<Colour, 4> colours{};  // the fourth of three is transparent black
+    for (std::size_t c = 0; c < 3; ++c) {
+        const int a = first[c], b = last[c];
+        colours[0][c] = static_cast<std::uint8_t>(a);
+        colours[1][c] = static_cast<std::uint8_t>(b);
+        colours[2][c] = static_cast<std::uint8_t>(hasFour ? (2 * a + b + 1) / 3 : (a + b + 1) / 2);
+        if (hasFour) colours[3][c] = static_cast<std::uint8_t>((a + 2 * b + 1) / 3);
+    }
+    colours[0][3] = colours[1][3] = colours[2][3] = 255;
+    colours[3][3] = hasFour ? 255 : 0;
+    std::uint64_t bits = LittleBits(block + 4, 4);
+    for (int y = 0; y < kBlockSide; ++y, out += pitch) {
+        for (std::size_t x = 0; x < kBlockSide; ++x, bits >>= 2)
+            std::memcpy(out + x * kPixelBytes, colours[bits & 3].data(), kPixelBytes);
+    }
+}
+
+/// One value of each pixel of a block, `step` bytes apart.
+void PutIndexed(const unsigned char* block, const std::array<unsigned char, 8>& values, unsigned char* out,
+                std::size_t pitch, std::size_t step) {
+    std::uint64_t bits = LittleBits(block + 2, 6);
+    for (int y = 0; y < kBlockSide; ++y, out += pitch) {
+        for (std::size_t x = 0; x < kBlockSide; ++x, bits >>= 3)
+            out[x * step] = values[bits & 7];
+    }
+}
+
+/// An unsigned channel.
+void DecodeChannel(const unsigned char* block, unsigned char* out, std::size_t pitch, std::size_t step) {
+    const int a = block[0], b = block[1];
+    const int steps = a > b ? 7 : 5;
+    std::array<unsigned char, 8> values{block[0], block[1], 0, 0, 0, 0, 0, 255};
+    for (int i = 1; i < steps; ++i)
+        values[static_cast<std::size_t>(i) + 1] = static_cast<std::uint8_t>(((steps - i) * a + i * b + 1) / steps);
+    PutIndexed(block, values, out, pitch, step);
+}
+
+/// A signed channel. Its lowest value is as the one above it, but tells the two kinds of blocks apart.
+void DecodeSignedChannel(const unsigned char* block, unsigned char* out, std::size_t pitch, std::size_t step) {
+    constexpr int kMax = 127;
+    const int storedA = static_cast<std::int8_t>(block[0]), storedB = static_cast<std::int8_t>(block[1]);
+    const int a = std::max(storedA, -kMax), b = std::max(storedB, -kMax);
+    const int steps = storedA > storedB ? 7 : 5;
+    const auto colour = [](int sum, int parts) {
+        return static_cast<std::uint8_t>(((sum + kMax * parts) * 255 + kMax * parts) / (2 * kMax * parts));
+    };
+    std::array<unsigned char, 8> values{colour(a, 1), colour(b, 1), 0, 0, 0, 0, 0, 255};
+    for (int i = 1; i < steps; ++i)
+        values[static_cast<std::size_t>(i) + 1] = colour((steps - i) * a + i * b, steps);
+    PutIndexed(block, values, out, pitch, step);
+}
+
+template <class Write>
+void ForEachPixel(unsigned char* out, std::size_t pitch, const Write& write) {
+    for (int y = 0; y < kBlockSide; ++y, out += pitch) {
+        for (std::size_t x = 0; x < kBlockSide; ++x)
+            write(out + x * kPixelBytes);
+    }
+}
+
+/// Two channels of which nothing else is known.
+void SetBlue(unsigned char blue, unsigned char* out, std::size_t pitch) {
+    ForEachPixel(out, pitch, [&](unsigned char* pixel) {
+        pixel[2] = blue;
+        pixel[3] = 255;
+    });
+}
+
+constexpr std::size_t kHalfBlock = 8;  // bytes
+
+}  // namespace
+
+void DecodeBC1(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeColours(block, Colours::kThreeOrFour, out, pitch);
+}
+
+void DecodeBC2(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeColours(block + kHalfBlock, Colours::kFour, out, pitch);
+    std::uint64_t alphas = LittleBits(block, kHalfBlock);
+    ForEachPixel(out, pitch, [&](unsigned char* pixel) {
+        pixel[3] = static_cast<std::uint8_t>((alphas & 15) * 17);
+        alphas >>= 4;
+    });
+}
+
+void DecodeBC3(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeColours(block + kHalfBlock, Colours::kFour, out, pitch);
+    DecodeChannel(block, out + 3, pitch, kPixelBytes);
+}
+
+void DecodeRXGB(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeBC3(block, out, pitch);
+    ForEachPixel(out, pitch, [](unsigned char* pixel) {
+        pixel[0] = pixel[3];
+        pixel[3] = 255;
+    });
+}
+
+void DecodeBC4(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeChannel(block, out, pitch, 1);
+}
+
+void DecodeBC4Signed(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeSignedChannel(block, out, pitch, 1);
+}
+
+void DecodeBC5(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeChannel(block, out, pitch, kPixelBytes);
+    DecodeChannel(block + kHalfBlock, out + 1, pitch, kPixelBytes);
+    SetBlue(0, out, pitch);
+}
+
+void DecodeBC5Signed(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    constexpr unsigned char kMiddle = 128;
+    DecodeSignedChannel(block, out, pitch, kPixelBytes);
+    DecodeSignedChannel(block + kHalfBlock, out + 1, pitch, kPixelBytes);
+    SetBlue(kMiddle, out, pitch);
+}
+
+void DecodeATI2(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeChannel(block, out + 1, pitch, kPixelBytes);
+    DecodeChannel(block + kHalfBlock, out, pitch, kPixelBytes);
+    SetBlue(0, out, pitch);
+}
+
+void DecodeBlockRow(DecodeBlock decode, std::span<const unsigned char> blocks, std::size_t blockBytes,
+                    std::size_t width, int rows, std::size_t pixelBytes, unsigned char* out, std::size_t pitch) {
+    const std::size_t across = blocks.size() / blockBytes;
+    std::array<unsigned char, kPixels * kPixelBytes> edge;
+    const std::size_t edgePitch = kBlockSide * pixelBytes;
+    for (std::size_t i = 0; i < across; ++i) {
+        const std::size_t x = i * kBlockSide;
+        const unsigned char* const block = blocks.data() + i * blockBytes;
+        unsigned char* const first = out + x * pixelBytes;
+        if (rows == kBlockSide && x + kBlockSide <= width) {
+            decode(block, first, pitch);
+            continue;
+        }
+        decode(block, edge.data(), edgePitch);
+        const std::size_t bytes = std::min<std::size_t>(kBlockSide, width - x) * pixelBytes;
+        for (int y = 0; y < rows; ++y)
+            std::memcpy(first + static_cast<std::size_t>(y) * pitch, edge.data() + y * edgePitch, bytes);
+    }
+}
+
+}  // namespace Kavra::Devices::Dds

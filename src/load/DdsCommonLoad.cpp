@@ -1,0 +1,281 @@
+#include "load/DdsCommonLoad.h"
+
+#include "common/HostExtras.h"
+#include "common/Limits.h"
+#include "common/PackedLayout.h"
+#include "common/PixelFormats.h"
+#include "formats/PixelFormatMapping.h"
+#include "load/AlphaAnalysis.h"
+#include "load/ChosenSlice.h"
+#include "load/DdsLibraryView.h"
+#include "load/DdsSlices.h"
+#include "load/FormatChannels.h"
+#include "load/OpenInput.h"
+#include "load/geometry/RowReshape.h"
+#include "readers/WriteRows.h"
+
+#include <kavra/devices/Sys.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace Kavra::Devices {
+
+namespace {
+
+using Common::Failure;
+using Common::PixelBlock;
+using Common::Result;
+
+std::optional<DdsCommonPicture> Open(const KString& path, Common::ByteSource* open) {
+    if (open != nullptr) return DdsCommonPicture::Open(open->Again());
+    std::optional<Common::ByteSource> own = OpenFile(path);
+    return own ? DdsCommonPicture::Open(*std::move(own)) : std::nullopt;
+}
+
+/// Whether the library finds the same faces, slices and levels at the same places.
+bool IsSeenByLibrary(const DdsCommonPicture& picture) {
+    const auto shape = Dds::LibraryShapeOf(picture.Header());
+    const auto unit = Dds::LibraryUnitOf(picture.Header());
+    return shape == picture.Shape() && unit == picture.Layout().pixels.unit;
+}
+
+/// Whether a load by the contract's reading takes a level's pixels from other places.
+bool IsMisplaced(const DdsCommonPicture& picture) {
+    const bool isLibrarys = Dds::LibraryUnitOf(picture.Header()).has_value();
+    const auto shape = isLibrarys ? Dds::LibraryShapeOf(picture.Header()) : Dds::ShapeOf(picture.Header());
+    const Dds::Shape& own = picture.Shape();
+    if (!shape) return false;  // the host's own reader has the format's view, where the library has none
+    return shape->type != own.type || shape->faces != own.faces ||
+           (own.type == kTextureCube && shape->levels != own.levels);
+}
+
+// --- Blocks of the library -------------------------------------------------------------------------------------------
+
+/// Has the library decode rows of blocks, as a file of their own.
+void DecodeByLibrary(Dds::Dxgi number, EFormat format, std::span<const unsigned char> stored, int width, int rows,
+                     unsigned char* out) {
+    Dds::Header header;
+    header.pixelFlags = Dds::kPixelFourCC;
+    header.fourCC = Dds::kFourCCDX10;
+    header.isExtended = true;
+    header.dxgiFormat = number;
+    header.flags = Dds::kHasCaps | Dds::kHasHeight | Dds::kHasWidth | Dds::kHasPixelFormat;
+    header.width = static_cast<std::uint32_t>(width);
+    header.height = static_cast<std::uint32_t>(rows);
+    std::vector<unsigned char> file = Dds::ComposeHeader(Dds::FlatHeader(header, {width, rows, 1}));
+    file.insert(file.end(), stored.begin(), stored.end());
+
+    const Common::PixelFormat& facts = Common::FactsOf(format);
+    const bool isLight = facts.element == ElementType::kHalf;
+    const int channels = isLight ? 3 : 4;
+    const OIIO::ImageSpec spec = FormatToImageSpec(format, OIIO::ImageSpec(width, rows, 4));
+    const std::size_t bytes = spec.image_bytes(false);
+    if (isLight) SetToOpaque(out, bytes, spec);
+    const auto pixelBytes = static_cast<std::size_t>(facts.BytesPerPixel());
+    (void)DecodeFlatDds(file, width, rows, channels, channels, LibraryType(facts.element), out, pixelBytes);
+}
+
+DdsCommonPicture::DecodeBlocks DecoderOf(const DdsCommonPicture& picture) {
+    const Dds::CommonLayout& layout = picture.Layout();
+    if (layout.libraryBlocks == Dds::kDxgiUnknown) return {};
+    return [number = layout.libraryBlocks, format = layout.pixels.format](std::span<const unsigned char> stored,
+                                                                          int width, int rows, unsigned char* out) {
+        DecodeByLibrary(number, format, stored, width, rows, out);
+    };
+}
+
+// --- Loading ---------------------------------------------------------------------------------------------------------
+
+/// What is read of a file: one face or slice of a level, or all of them.
+struct Wanted {
+    int level;
+    int first, count;
+    ETextureType type;
+    Dds::Extent size;  ///< of the level
+};
+
+std::optional<Wanted> WantedOf(const DdsCommonPicture& picture, const LoadRequest& request) {
+    const int level = std::max(request.level, 0);
+    if (level >= picture.Shape().levels) return std::nullopt;
+    Wanted wanted{.level = level,
+                  .first = 0,
+                  .count = picture.SliceCount(level),
+                  .type = picture.Shape().type,
+                  .size = picture.LevelSize(level)};
+    if (!WantsSlice(request.preferences)) return wanted;
+    const std::optional<int> slice = SliceNumber(request.preferences, wanted.type, wanted.size.depth);
+    if (!slice || !picture.HasSlice(*slice)) return std::nullopt;
+    wanted.first = *slice;
+    wanted.count = 1;
+    wanted.type = kTexture2D;
+    wanted.size.depth = 1;
+    return wanted;
+}
+
+void Describe(ImageDescription& desc, const DdsCommonPicture& picture, const Wanted& wanted) {
+    desc = Common::DescribePacked(wanted.size.width, wanted.size.height, picture.Format());
+    desc.depth = wanted.size.depth;
+    desc.dataSize *= static_cast<unsigned>(wanted.size.depth);
+    desc.textureType = wanted.type;
+    desc.hasAlpha = picture.HasAlpha();
+}
+
+int Limited(int side, int limit) {
+    return limit < 1 ? side : std::min(side, limit);
+}
+
+struct Fitting {
+    IncomingRows picture;
+    Reshaping wanted;
+
+    Fitting(const ImageDescription& desc, const LoadRequest& request)
+        : picture{.format = desc.format,
+                  .width = desc.width,
+                  .height = desc.height,
+                  .faces = FaceCount(desc.textureType)},
+          wanted(ReshapingFor(request, Limited(desc.width, request.width), Limited(desc.height, request.height),
+                              kTopLeft)) {}
+
+    bool Resizes() const { return wanted.width != picture.width || wanted.height != picture.height; }
+    bool IsNeeded() const { return Resizes() || wanted.to != wanted.from; }
+};
+
+/// What a file can claim without holding it is bound as it is for the legacy formats.
+bool IsWithinLimits(const DdsCommonPicture& picture, const Wanted& wanted, const ImageDescription& desc,
+                    const Fitting& fitting) {
+    if (!Common::FitsPitch(Common::PackedRowBytes(desc.format, desc.width))) return false;
+    const auto count = static_cast<std::uint64_t>(wanted.count);
+    const std::uint64_t rows = static_cast<std::uint64_t>(desc.height) * count;
+    const std::uint64_t bytes = static_cast<std::uint64_t>(desc.rowPitch) * rows;
+    Common::PictureSize size{.pixels = static_cast<std::uint64_t>(desc.width) * rows,
+                             .blockBytes = bytes,
+                             .workingBytes = picture.WorkingBytes(desc.width)};
+    if (!Common::HostBounds().Hold({.pixels = size.pixels, .blockBytes = bytes})) return false;
+    if (fitting.IsNeeded()) {
+        const std::uint64_t reshaped = desc.depth > 1 ? bytes : RowReshape::BytesFor(fitting.picture, fitting.wanted);
+        size.workingBytes = Common::Sum<std::uint64_t>(size.workingBytes, reshaped);
+        if (desc.depth <= 1) size.blockBytes = 0;  // never stands in memory by itself
+    }
+    const Common::PictureBounds bounds = picture.IsWhole(wanted.level) ? Common::HostBounds() : Common::ReaderBounds();
+    return bounds.Hold(size) && size.blockBytes <= Common::HostBlockCeiling();
+}
+
+PixelBlock ReadAll(DdsCommonPicture& picture, const Wanted& wanted, std::size_t sliceBytes) {
+    PixelBlock block = Common::NewZeroedBlock(sliceBytes * static_cast<unsigned>(wanted.count));
+    const DdsCommonPicture::DecodeBlocks decode = DecoderOf(picture);
+    for (int i = 0; i < wanted.count; ++i) {
+        const int slice = wanted.first + i;
+        if (picture.HasSlice(slice))
+            picture.ReadSlice(wanted.level, slice, block.get() + static_cast<unsigned>(i) * sliceBytes, decode);
+    }
+    return block;
+}
+
+/// Rows that the file ends before are not asked of the sink, so that they stay zero: behind them there are no others.
+Raster ReadReshaped(DdsCommonPicture& picture, const Wanted& wanted, const Fitting& fitting) {
+    RowReshape rows(fitting.picture, fitting.wanted);
+    const DdsCommonPicture::DecodeBlocks decode = DecoderOf(picture);
+    const auto rowBytes = static_cast<std::size_t>(Common::PackedRowBytes(picture.Format(), wanted.size.width));
+    for (int slice = wanted.first; slice < wanted.first + wanted.count; ++slice) {
+        if (picture.HasSlice(slice)) {
+            picture.ReadSlice(wanted.level, slice, rows, decode);
+        } else {
+            WriteRows(rows, static_cast<std::size_t>(wanted.size.height), rowBytes, [](std::span<unsigned char>) {});
+        }
+    }
+    return rows.Finish();
+}
+
+/// The picture as it is wanted; brings `desc` up to date. Slices are reordered only as they stand.
+PixelBlock Read(ImageDescription& desc, DdsCommonPicture& picture, const Wanted& wanted, const Fitting& fitting) {
+    const std::size_t sliceBytes = desc.dataSize / static_cast<unsigned>(desc.depth);
+    if (!fitting.IsNeeded()) return ReadAll(picture, wanted, sliceBytes);
+    Raster raster;
+    if (desc.depth > 1) {
+        raster =
+            PackedRaster(desc.format, desc.width, desc.height, ReadAll(picture, wanted, sliceBytes), desc.dataSize);
+        raster.slices = desc.depth;
+        raster = Reshape(std::move(raster), fitting.wanted);
+    } else {
+        raster = ReadReshaped(picture, wanted, fitting);
+    }
+    if (!raster || !Common::FitsPitch(static_cast<std::int64_t>(raster.pitch))) return nullptr;
+    Common::SetPacked(desc, raster.width, raster.height, raster.format);
+    desc.dataSize *= static_cast<unsigned>(desc.depth);
+    desc.orientation = fitting.wanted.to;
+    desc.defaultOrientation = fitting.wanted.to == kTopLeft;
+    return std::move(raster.block);
+}
+
+void SettleAlpha(ImageDescription& desc, const DdsCommonPicture& picture, unsigned char* pixels) {
+    const OIIO::ImageSpec spec = FormatToImageSpec(desc.format, OIIO::ImageSpec());
+    const std::size_t bytes = desc.dataSize * static_cast<std::size_t>(FaceCount(desc.textureType));
+    if (picture.Layout().dropsAlpha) SetToOpaque(pixels, bytes, spec);
+    if (desc.hasAlpha) GetAlphaProperty(pixels, bytes, spec, desc.hasTransparentPixels, desc.hasTranslucentPixels);
+}
+
+}  // namespace
+
+std::optional<DdsCommonPicture> OpenCommonDds(const KString& path, Common::ByteSource* open, int level) {
+    std::optional<DdsCommonPicture> picture = Open(path, open);
+    if (!picture) return std::nullopt;
+    const int shown = std::min(std::max(level, 0), picture->Shape().levels - 1);
+    if (picture->Layout().isLeftToLibrary && IsSeenByLibrary(*picture) && picture->IsWhole(shown)) return std::nullopt;
+    return picture;
+}
+
+const char* DdsDifference(const KString& path, Common::ByteSource* open, int level) {
+    const std::optional<DdsCommonPicture> picture = Open(path, open);
+    level = std::max(level, 0);
+    if (!picture || level >= picture->Shape().levels || !picture->HasRows(level)) return nullptr;
+    if (!picture->IsWhole(level)) return "a file that ends early is no picture by the host's rules";
+    if (picture->Layout().difference != nullptr) return picture->Layout().difference;
+    return IsMisplaced(*picture) ? "faces, slices or levels are not found where they are by the host's rules" : nullptr;
+}
+
+Result<PixelBlock> LoadCommonDds(ImageDescription& desc, DdsCommonPicture& picture, const LoadRequest& request) {
+    const std::optional<Wanted> wanted = WantedOf(picture, request);
+    if (!wanted) {
+        Sys::Warning(L"Frame index out of range", nullptr);
+        return std::unexpected(Failure::kUnsupported);
+    }
+    if (!picture.HasRows(wanted->level)) return std::unexpected(Failure::kTruncated);
+    if (!Common::FitsPitch(Common::PackedRowBytes(picture.Format(), wanted->size.width)))
+        return std::unexpected(Failure::kTooLarge);
+    Describe(desc, picture, *wanted);
+    const Fitting fitting(desc, request);
+    if (desc.depth > 1 && fitting.Resizes()) return std::unexpected(Failure::kUnsupported);
+    if (!IsWithinLimits(picture, *wanted, desc, fitting)) return std::unexpected(Failure::kTooLarge);
+    PixelBlock block = Read(desc, picture, *wanted, fitting);
+    if (!block) return std::unexpected(Failure::kUnsupported);
+    SettleAlpha(desc, picture, block.get());
+    return block;
+}
+
+void DescribeCommonDds(ImageDesc& desc, const DdsCommonPicture& picture) {
+    const Dds::Shape& shape = picture.Shape();
+    desc.width = shape.size.width;
+    desc.height = shape.size.height;
+    desc.depth = shape.size.depth;
+    desc.format = picture.Format();
+    desc.textureType = shape.type;
+    desc.frameCount = shape.levels;
+    desc.orientation = kTopLeft;
+    desc.gamma = Common::kDefaultGamma;
+}
+
+void DescribeCommonDds(PartFacts& facts, const DdsCommonPicture& picture) {
+    const Dds::CommonLayout& layout = picture.Layout();
+    SetChannels(facts, Common::FactsOf(picture.Format()));
+    if (facts.channels.size() == 4) {
+        const PartFacts::Channel alpha = facts.channels.back();
+        facts.channels.resize(layout.colourChannels == 2 ? 2 : 3);
+        if (picture.HasAlpha()) facts.channels.push_back(alpha);
+    }
+    const EAlphaKind kind = layout.isPremultiplied ? kAlphaPremultiplied : kAlphaStraight;
+    facts.part.alpha = picture.HasAlpha() ? kind : kAlphaNone;
+}
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,383 @@
+#include "readers/dds/DdsCommonLayout.h"
+
+#include "common/PixelFormats.h"
+#include "common/dds/DdsWidening.h"
+
+#include <algorithm>
+#include <bit>
+#include <iterator>
+
+namespace Kavra::Devices::Dds {
+namespace {
+
+// --- What the contract's reading does otherwise ----------------------------------------------------------------------
+
+constexpr const char* kSignedIsLight = "signed values are light from -1 to 1 by the host's rules, the lower half black";
+constexpr const char* kStaysBlocks = "its blocks are not decoded by the host's rules";
+constexpr const char* kPairIsGrey = "red and green are taken for grey and alpha by the host's rules";
+constexpr const char* kDivides = "premultiplied colours wrap around where they exceed their alpha by the host's rules";
+constexpr const char* kStrayAlpha = "a channel without meaning is taken for alpha by the host's rules";
+constexpr const char* kIsCut = "channels of more than 8 bits are cut to 8 by the host's rules";
+constexpr const char* kRepeatsBits = "5 and 6 bits are widened to 8 by repeating some of them by the host's rules";
+constexpr const char* kLoneRed = "a single channel is drawn in red by the host's rules";
+constexpr const char* kUnknownKind = "of a kind of pixels that the host's rules do not know";
+constexpr const char* kAlphaIsData = "a fourth channel that is no transparency is taken for alpha by the host's rules";
+
+// --- Blocks ----------------------------------------------------------------------------------------------------------
+
+struct BlockKind {
+    EFormat blocks;
+    EFormat pixels;
+    bool hasAlpha;
+    int colourChannels;
+    DecodeBlock decode;
+    Dxgi library;
+    const char* difference;  ///< where the library knows the number
+};
+
+constexpr BlockKind kBlockKinds[] = {
+    {kBC1, kR8G8B8A8, true, 3, DecodeBC1, kDxgiBC1Unorm, nullptr},
+    {kBC2, kR8G8B8A8, true, 3, DecodeBC2, kDxgiBC2Unorm, nullptr},
+    {kBC3, kR8G8B8A8, true, 3, DecodeBC3, kDxgiBC3Unorm, nullptr},
+    {kBC4, kL8, false, 1, DecodeBC4, kDxgiBC4Unorm, nullptr},
+    {kBC4Snorm, kL8, false, 1, DecodeBC4Signed, kDxgiBC4Snorm, kStaysBlocks},
+    {kBC5, kR8G8B8A8, false, 2, DecodeBC5, kDxgiBC5Unorm, kPairIsGrey},
+    {kBC5Snorm, kR8G8B8A8, false, 2, DecodeBC5Signed, kDxgiBC5Snorm, kStaysBlocks},
+    {kBC6H, kR16G16B16A16F, false, 3, nullptr, kDxgiBC6HUf16, nullptr},
+    {kBC6HSigned, kR16G16B16A16F, false, 3, nullptr, kDxgiBC6HSf16, nullptr},
+    {kBC7, kR8G8B8A8, true, 3, nullptr, kDxgiBC7Unorm, nullptr},
+};
+
+constexpr EFormat WithoutSrgb(EFormat blocks) {
+    switch (blocks) {
+        case kBC1Srgb:
+            return kBC1;
+        case kBC2Srgb:
+            return kBC2;
+        case kBC3Srgb:
+            return kBC3;
+        case kBC7Srgb:
+            return kBC7;
+        default:
+            return blocks;
+    }
+}
+
+/// Numbers of blocks for which the library has no other than the typed ones.
+constexpr bool IsTypeless(std::uint32_t code) {
+    constexpr Dxgi kTypeless[] = {kDxgiBC1Typeless, kDxgiBC2Typeless,  kDxgiBC3Typeless, kDxgiBC4Typeless,
+                                  kDxgiBC5Typeless, kDxgiBC6HTypeless, kDxgiBC7Typeless};
+    return std::ranges::contains(kTypeless, code);
+}
+
+std::optional<CommonLayout> BlockLayout(const StoredLayout& stored, std::uint32_t dxgi) {
+    const auto* const kind = std::ranges::find(kBlockKinds, WithoutSrgb(stored.format), &BlockKind::blocks);
+    if (kind == std::end(kBlockKinds)) return std::nullopt;
+    const char* const difference = IsTypeless(dxgi) ? kStaysBlocks : kind->difference;
+    return CommonLayout{
+        .pixels = {.format = kind->pixels, .hasAlpha = kind->hasAlpha, .unit = stored.unit},
+        .decodeBlock = kind->decode,
+        .libraryBlocks = kind->decode == nullptr ? kind->library : kDxgiUnknown,
+        .colourChannels = kind->colourChannels,
+        .isLeftToLibrary = difference == nullptr,
+        .difference = difference,
+    };
+}
+
+/// What codes mean beyond their number.
+void Specialise(CommonLayout& layout, const Header& header) {
+    const auto become = [&](DecodeBlock decode, const char* difference) {
+        layout.decodeBlock = decode;
+        layout.isLeftToLibrary = false;
+        layout.difference = difference;
+    };
+    switch (header.fourCC) {
+        case kFourCCDXT2:
+        case kFourCCDXT4:
+            layout.isPremultiplied = true;
+            return become(layout.decodeBlock, kDivides);
+        case kFourCCRXGB:
+            layout.pixels.hasAlpha = false;
+            return become(DecodeRXGB, kStrayAlpha);
+        case kFourCCATI2:
+            // Writers that store red first say so where others have the number of bits.
+            if (header.bitCount != kFourCCA2XY) become(DecodeATI2, kPairIsGrey);
+            return;
+        default:
+            return;
+    }
+}
+
+// --- Pixels ----------------------------------------------------------------------------------------------------------
+
+constexpr StoredLayout InRows(StoredLayout stored, EFormat format, WidenRow widen) {
+    stored.format = format;
+    stored.widen = widen;
+    return stored;
+}
+
+/// Formats that hold signed values as floats become those of 8 or 16 bits around the middle.
+CommonLayout AroundMiddle(const StoredLayout& stored) {
+    const bool isFine = std::ranges::any_of(stored.masks, [](auto mask) { return std::popcount(mask) > 8; });
+    const bool isOne = stored.masks[1] == 0 && stored.masks[2] == 0 && stored.masks[3] == 0;
+    CommonLayout layout;
+    layout.colourChannels = isOne ? 1 : stored.masks[2] == 0 ? 2 : 3;
+    layout.difference = kSignedIsLight;
+    const EFormat format = isOne ? (isFine ? kL16 : kL8) : isFine ? kR16G16B16A16 : kR8G8B8A8;
+    layout.pixels = InRows(stored, format, isFine ? WidenAroundMiddleToShorts : WidenAroundMiddleToBytes);
+    return layout;
+}
+
+/// The masks of formats that are stored as they are delivered, but not in the common reading.
+constexpr Masks MasksOf(EFormat format) {
+    switch (format) {
+        case kB8G8R8A8:
+            return {0xFF0000, 0xFF00, 0xFF, 0xFF000000};
+        case kB8G8R8X8:
+            return {0xFF0000, 0xFF00, 0xFF, 0};
+        case kR8G8B8X8:
+            return {0xFF, 0xFF00, 0xFF0000, 0};
+        case kR16G16:
+            return {0xFFFF, 0xFFFF0000, 0, 0};
+        default:
+            return {};
+    }
+}
+
+int ColourChannels(const StoredLayout& stored) {
+    const Common::PixelFormat& facts = Common::FactsOf(stored.format);
+    if (facts.channels < 3) return facts.channels;
+    const bool isPair = stored.masks[0] != 0 && stored.masks[2] == 0;
+    return isPair ? 2 : 3;
+}
+
+/// The same pixels in formats that are of use to everyone.
+CommonLayout PixelLayout(StoredLayout stored) {
+    if (stored.signedChannels != 0) return AroundMiddle(stored);
+    CommonLayout layout;
+    switch (stored.format) {
+        case kB8G8R8A8:
+        case kB8G8R8X8:
+        case kR8G8B8X8:
+            stored.masks = MasksOf(stored.format);
+            stored = InRows(stored, kR8G8B8A8, WidenToBytes);
+            break;
+        case kR16G16:
+            stored.masks = MasksOf(stored.format);
+            stored = InRows(stored, kR16G16B16A16, WidenToShorts);
+            layout.difference = kPairIsGrey;
+            break;
+        case kR32G32B32F:
+            stored = InRows(stored, kR32G32B32A32F, WidenThreeFloats);
+            break;
+        case kA8:
+            stored.format = kL8;
+            stored.hasAlpha = false;
+            break;
+        default:
+            break;
+    }
+    layout.pixels = stored;
+    layout.colourChannels = ColourChannels(stored);
+    return layout;
+}
+
+// --- Masks -----------------------------------------------------------------------------------------------------------
+
+/// A single channel is grey, whatever it is called.
+void MakeGrey(CommonLayout& layout, const Header& header) {
+    Masks& masks = layout.pixels.masks;
+    masks[1] = masks[2] = masks[0];
+    layout.colourChannels = 1;
+    layout.difference = kLoneRed;
+    if (header.bitCount != static_cast<unsigned>(std::popcount(masks[0])) || masks[3] != 0) return;
+    if (header.bitCount == 8) layout.pixels = InRows(layout.pixels, kL8, nullptr);
+    if (header.bitCount == 16) layout.pixels = InRows(layout.pixels, kL16, nullptr);
+}
+
+/// Which channels the library widens as everybody does: those of 8 bits at most, but for 5 and 6.
+const char* MaskDifference(const Header& header, bool hasAlpha) {
+    const std::uint32_t masks[] = {header.redMask, header.greenMask, header.blueMask, hasAlpha ? header.alphaMask : 0};
+    const auto has = [&](auto isSo) {
+        return std::ranges::any_of(masks, [&](std::uint32_t mask) { return isSo(std::popcount(mask)); });
+    };
+    if (has([](int bits) { return bits > 8; })) return kIsCut;
+    if (has([](int bits) { return bits == 5 || bits == 6; })) return kRepeatsBits;
+    return nullptr;
+}
+
+std::optional<CommonLayout> MaskedLayout(const Header& header) {
+    const std::optional<StoredLayout> stored = FindLayout(header);
+    if (!stored) return std::nullopt;
+    CommonLayout layout = PixelLayout(*stored);
+    const bool isGrey = (header.pixelFlags & kPixelLuminance) != 0, isYuv = (header.pixelFlags & kPixelYuv) != 0;
+    if (isGrey) layout.colourChannels = 1;
+    if (layout.pixels.signedChannels != 0 || isYuv) return layout;
+    const bool isLone =
+        (header.pixelFlags & kPixelRgb) != 0 && header.redMask != 0 && header.greenMask == 0 && header.blueMask == 0;
+    if (isLone) {
+        MakeGrey(layout, header);
+        return layout;
+    }
+    // The host's reader is asked for grey of 16 bits.
+    const bool isGrey16 = isGrey && layout.pixels.format == kL16;
+    layout.difference = isGrey16 ? nullptr : MaskDifference(header, layout.pixels.hasAlpha);
+    layout.isLeftToLibrary = layout.difference == nullptr;
+    return layout;
+}
+
+// --- Palettes --------------------------------------------------------------------------------------------------------
+
+constexpr std::uint32_t kD3dA8P8 = 40, kD3dP8 = 41;
+
+/// Indices of 8 bits, alone or with an alpha behind each.
+std::optional<CommonLayout> PaletteLayout(const Header& header) {
+    const bool isCode = header.HasFourCC() && (header.fourCC == kD3dP8 || header.fourCC == kD3dA8P8);
+    const bool isFlag = (header.pixelFlags & kPixelPalette) != 0 && (header.bitCount == 8 || header.bitCount == 16);
+    if (!isCode && !isFlag) return std::nullopt;
+    const bool isPair = isCode ? header.fourCC == kD3dA8P8 : header.bitCount == 16;
+    return CommonLayout{
+        .pixels = {.format = kR8G8B8A8, .hasAlpha = true, .unit = PixelUnit(isPair ? 2 : 1)},
+        .hasPalette = true,
+        .difference = kUnknownKind,
+    };
+}
+
+// --- Headers ---------------------------------------------------------------------------------------------------------
+
+constexpr std::uint32_t kRgba = kPixelRgb | kPixelAlpha;
+
+/// Numbers of D3DFORMAT that mean masks.
+struct NumberedMasks {
+    std::uint32_t code, pixelFlags, bitCount;
+    std::uint32_t masks[4];
+};
+
+constexpr NumberedMasks kNumberedMasks[] = {
+    {20, kPixelRgb, 24, {0xFF0000, 0xFF00, 0xFF, 0}},                // R8G8B8
+    {21, kRgba, 32, {0xFF0000, 0xFF00, 0xFF, 0xFF000000}},           // A8R8G8B8
+    {22, kPixelRgb, 32, {0xFF0000, 0xFF00, 0xFF, 0}},                // X8R8G8B8
+    {23, kPixelRgb, 16, {0xF800, 0x7E0, 0x1F, 0}},                   // R5G6B5
+    {24, kPixelRgb, 16, {0x7C00, 0x3E0, 0x1F, 0}},                   // X1R5G5B5
+    {25, kRgba, 16, {0x7C00, 0x3E0, 0x1F, 0x8000}},                  // A1R5G5B5
+    {26, kRgba, 16, {0xF00, 0xF0, 0xF, 0xF000}},                     // A4R4G4B4
+    {27, kPixelRgb, 8, {0xE0, 0x1C, 0x3, 0}},                        // R3G3B2
+    {28, kPixelAlphaOnly, 8, {0, 0, 0, 0xFF}},                       // A8
+    {29, kRgba, 16, {0xE0, 0x1C, 0x3, 0xFF00}},                      // A8R3G3B2
+    {30, kPixelRgb, 16, {0xF00, 0xF0, 0xF, 0}},                      // X4R4G4B4
+    {31, kRgba, 32, {0x3FF, 0xFFC00, 0x3FF00000, 0xC0000000}},       // A2B10G10R10
+    {32, kRgba, 32, {0xFF, 0xFF00, 0xFF0000, 0xFF000000}},           // A8B8G8R8
+    {33, kPixelRgb, 32, {0xFF, 0xFF00, 0xFF0000, 0}},                // X8B8G8R8
+    {34, kPixelRgb, 32, {0xFFFF, 0xFFFF0000, 0, 0}},                 // G16R16
+    {35, kRgba, 32, {0x3FF00000, 0xFFC00, 0x3FF, 0xC0000000}},       // A2R10G10B10
+    {50, kPixelLuminance, 8, {0xFF, 0, 0, 0}},                       // L8
+    {51, kPixelLuminance | kPixelAlpha, 16, {0xFF, 0, 0, 0xFF00}},   // A8L8
+    {52, kPixelLuminance | kPixelAlpha, 8, {0xF, 0, 0, 0xF0}},       // A4L4
+    {60, kPixelBump, 16, {0xFF, 0xFF00, 0, 0}},                      // V8U8
+    {61, kPixelBumpLuminance, 16, {0x1F, 0x3E0, 0xFC00, 0}},         // L6V5U5
+    {62, kPixelBumpLuminance, 32, {0xFF, 0xFF00, 0xFF0000, 0}},      // X8L8V8U8
+    {63, kPixelBump, 32, {0xFF, 0xFF00, 0xFF0000, 0xFF000000}},      // Q8W8V8U8
+    {64, kPixelBump, 32, {0xFFFF, 0xFFFF0000, 0, 0}},                // V16U16
+    {67, kPixelBump, 32, {0x3FF00000, 0xFFC00, 0x3FF, 0xC0000000}},  // A2W10V10U10
+    {81, kPixelLuminance, 16, {0xFFFF, 0, 0, 0}},                    // L16
+};
+
+void SetMasks(Header& header, const NumberedMasks& row) {
+    header.pixelFlags = row.pixelFlags;
+    header.fourCC = 0;
+    header.bitCount = row.bitCount;
+    header.redMask = row.masks[0];
+    header.greenMask = row.masks[1];
+    header.blueMask = row.masks[2];
+    header.alphaMask = row.masks[3];
+}
+
+constexpr std::uint32_t kSaysKind = kPixelAlpha | kPixelAlphaOnly | kPixelFourCC | kPixelPalette | kPixelRgb |
+                                    kPixelYuv | kPixelLuminance | kPixelBumpLuminance | kPixelBump;
+
+bool IsCode(std::uint32_t fourCC) {
+    return DxgiOfLegacy(fourCC) != kDxgiUnknown || fourCC == kFourCCUYVY;
+}
+
+/// The header with the flags that its other fields ask for, and masks for the numbers that mean them.
+Header Mended(Header header) {
+    const std::uint32_t colours = header.redMask | header.greenMask | header.blueMask;
+    const bool hasMasks = (colours | header.alphaMask) != 0 && header.bitCount != 0;
+    const bool isNoCode = header.HasFourCC() && header.fourCC == 0 && hasMasks;
+    if (isNoCode) header.pixelFlags &= ~kPixelFourCC;
+    if ((header.pixelFlags & kSaysKind) == 0) {
+        if (IsCode(header.fourCC)) {
+            header.pixelFlags |= kPixelFourCC;
+        } else if (colours != 0) {
+            header.pixelFlags |= header.alphaMask != 0 ? kRgba : kPixelRgb;
+        } else if (header.alphaMask != 0) {
+            header.pixelFlags |= kPixelAlphaOnly;
+        }
+    }
+    const auto* const numbered = std::ranges::find(kNumberedMasks, header.fourCC, &NumberedMasks::code);
+    if (header.HasFourCC() && numbered != std::end(kNumberedMasks)) SetMasks(header, *numbered);
+    // Fifteen bits are stored in two bytes.
+    if (!header.HasFourCC() && header.bitCount > 0 && header.bitCount < 32)
+        header.bitCount = (header.bitCount + 7) & ~7U;
+    return header;
+}
+
+std::optional<CommonLayout> LayoutOf(const Header& header) {
+    if (!header.isExtended) {
+        if (const auto palette = PaletteLayout(header)) return palette;
+        if (!header.HasFourCC()) return MaskedLayout(header);
+    }
+    Header known = header;
+    if (header.HasFourCC() && header.fourCC == kFourCCA2XY) known.fourCC = kFourCCBC5U;
+    const std::optional<StoredLayout> stored = FindLayout(known);
+    if (!stored) return std::nullopt;
+    const std::uint32_t dxgi = header.isExtended ? header.dxgiFormat : DxgiOfLegacy(known.fourCC);
+    if (stored->IsCompressed()) {
+        std::optional<CommonLayout> layout = BlockLayout(*stored, dxgi);
+        if (layout && !header.isExtended) Specialise(*layout, header);
+        if (layout && known.fourCC != header.fourCC) layout->difference = kUnknownKind;
+        return layout;
+    }
+    constexpr Dxgi kShownByLibrary[] = {kDxgiR8G8B8A8Unorm,    kDxgiR8G8B8A8UnormSrgb, kDxgiR16Unorm,
+                                        kDxgiB8G8R8A8Unorm,    kDxgiB8G8R8X8Unorm,     kDxgiB8G8R8A8UnormSrgb,
+                                        kDxgiB8G8R8X8UnormSrgb};
+    CommonLayout layout = PixelLayout(*stored);
+    layout.isLeftToLibrary = header.isExtended && std::ranges::contains(kShownByLibrary, dxgi);
+    if (header.isExtended && dxgi == kDxgiR10G10B10A2Unorm) layout.difference = kIsCut;
+    return layout;
+}
+
+void ApplyAlphaMode(CommonLayout& layout, AlphaMode mode) {
+    if (!layout.pixels.hasAlpha) return;
+    if (mode == kAlphaModePremultiplied) layout.isPremultiplied = true;
+    if (mode != kAlphaModeOpaque && mode != kAlphaModeCustom) return;
+    layout.pixels.hasAlpha = false;
+    layout.dropsAlpha = true;
+    layout.isLeftToLibrary = false;
+    if (mode == kAlphaModeCustom && layout.difference == nullptr) layout.difference = kAlphaIsData;
+}
+
+}  // namespace
+
+std::optional<CommonLayout> FindCommonLayout(const Header& header) {
+    const Header mended = Mended(header);
+    std::optional<CommonLayout> layout = LayoutOf(mended);
+    if (!layout) return std::nullopt;
+    if (mended != header) {
+        layout->isLeftToLibrary = false;
+        layout->difference = kUnknownKind;
+    }
+    if (header.isExtended) ApplyAlphaMode(*layout, header.Alpha());
+    return layout;
+}
+
+std::optional<Shape> CommonShapeOf(const Header& header, const StoredUnit& unit, std::uint64_t bytes) {
+    const std::optional<Shape> flagged = ShapeOf(header);
+    if (!flagged || flagged->levels > 1 || header.mipCount < 2) return flagged;
+    Header meant = header;
+    meant.flags |= kHasMipCount;
+    const std::optional<Shape> shape = ShapeOf(meant);
+    return LevelEnd(unit, *shape, shape->levels - 1) <= bytes ? shape : flagged;
+}
+
+}  // namespace Kavra::Devices::Dds

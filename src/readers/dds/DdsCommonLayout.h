@@ -1,0 +1,45 @@
+/// What the pixels of a DDS file are by the published descriptions, kind by kind, for the common reading.
+///
+/// - Microsoft: "Programming Guide for DDS" (https://learn.microsoft.com/windows/win32/direct3ddds/dx-graphics-dds-pguide),
+///   D3DFORMAT, DXGI_FORMAT, and the Direct3D 11 functional specification, "Data Conversion" and "Block Compression".
+/// - Where these say what a shader samples and not what a picture shows, what programs agree on: one channel is grey, two
+///   are red and green, signed values lie around the middle of the range.
+#pragma once
+
+#include "common/dds/DdsBlocks.h"
+#include "common/dds/DdsCodes.h"
+#include "common/dds/DdsHeader.h"
+#include "common/dds/DdsShape.h"
+#include "common/dds/DdsStoredLayouts.h"
+
+#include <kavra/devices/Export.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace Kavra::Devices::Dds {
+
+inline constexpr std::size_t kPaletteBytes = 1024;  ///< 256 colours: red, green, blue, alpha
+
+struct CommonLayout {
+    StoredLayout pixels;                ///< what is stored, what is delivered, and the way where it is by rows
+    DecodeBlock decodeBlock = nullptr;  ///< of blocks that are decoded by ourselves
+    Dxgi libraryBlocks = kDxgiUnknown;  ///< the number by which the image library decodes blocks
+    bool hasPalette = false;            ///< which stands before the pixels
+    int colourChannels = 3;             ///< that are stored: 1 is grey
+    bool isPremultiplied = false;       ///< colours are multiplied by their alpha
+    bool dropsAlpha = false;            ///< what is stored as alpha is none
+    bool isLeftToLibrary = false;       ///< the image library shows these pixels right
+    const char* difference =
+        nullptr;  ///< what the contract's reading does otherwise (`ILegacyObserver`); null: nothing
+};
+
+/// The layout that a header describes, also where its flags miss; nothing when it is none that is known.
+std::optional<CommonLayout> FindCommonLayout(const Header& header);
+
+/// The shape that a header describes (`ShapeOf`). Levels that no flag means count where the file is so long that it has
+/// `bytes` for them.
+std::optional<Shape> CommonShapeOf(const Header& header, const StoredUnit& unit, std::uint64_t bytes);
+
+}  // namespace Kavra::Devices::Dds

@@ -1,0 +1,176 @@
+#include "readers/dds/DdsCommonPicture.h"
+
+#include "common/ParallelRange.h"
+#include "common/PixelFormats.h"
+#include "readers/WriteRows.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+namespace Kavra::Devices {
+
+namespace {
+
+constexpr std::size_t kBandBytes = std::size_t{1} << 20;     // that are read at a time, or one row of blocks
+constexpr std::size_t kSerialPixels = std::size_t{1} << 16;  // which are not worth waking a thread for
+constexpr std::size_t kColourBytes = 4;
+
+}  // namespace
+
+/// Some rows of pixels or blocks as they are stored.
+struct DdsCommonPicture::Band {
+    std::span<const unsigned char> stored;
+    std::size_t rowBytes;  ///< of one row of pixels or blocks
+    int width, rows;       ///< in pixels
+};
+
+std::optional<DdsCommonPicture> DdsCommonPicture::Open(Common::ByteSource file) {
+    std::array<unsigned char, Dds::kMaxHeaderBytes> start{};
+    if (!file.Seek(0)) return std::nullopt;
+    const std::size_t count = file.ReadSome(start);
+    const auto header = Dds::ParseHeader(std::span(start).first(count), Dds::ExtensionRule::kAnyCode);
+    if (!header) return std::nullopt;
+    const auto layout = Dds::FindCommonLayout(*header);
+    if (!layout) return std::nullopt;
+    const std::uint64_t begin = header->Bytes() + (layout->hasPalette ? Dds::kPaletteBytes : 0);
+    const std::uint64_t pixelBytes = file.Size() > begin ? file.Size() - begin : 0;
+    const auto shape = Dds::CommonShapeOf(*header, layout->pixels.unit, pixelBytes);
+    if (!shape) return std::nullopt;
+    DdsCommonPicture picture(std::move(file), *header, *layout, *shape, begin);
+    if (layout->hasPalette && !picture.ReadPalette()) return std::nullopt;
+    return picture;
+}
+
+DdsCommonPicture::DdsCommonPicture(Common::ByteSource file, const Dds::Header& header, const Dds::CommonLayout& layout,
+                                   const Dds::Shape& shape, std::uint64_t pixelsBegin)
+    : mFile(std::move(file)), mHeader(header), mLayout(layout), mShape(shape), mPixelsBegin(pixelsBegin) {}
+
+/// A palette without any alpha was written without thinking of one.
+bool DdsCommonPicture::ReadPalette() {
+    if (!mFile.Seek(mHeader.Bytes()) || !mFile.Read(mPalette)) return false;
+    bool hasAlpha = false;
+    for (std::size_t i = 3; i < mPalette.size(); i += kColourBytes)
+        hasAlpha = hasAlpha || mPalette[i] != 0;
+    if (hasAlpha) return true;
+    for (std::size_t i = 3; i < mPalette.size(); i += kColourBytes)
+        mPalette[i] = 255;
+    mLayout.pixels.hasAlpha = mLayout.pixels.unit.bytes > 1;
+    return true;
+}
+
+std::uint64_t DdsCommonPicture::SliceOffset(int level, int slice) const {
+    const Dds::StoredUnit& unit = mLayout.pixels.unit;
+    if (mShape.type == kTextureCube) return mPixelsBegin + Dds::LevelOffset(unit, mShape, slice, level);
+    const std::uint64_t sliceBytes = Dds::StoredSliceBytes(unit, LevelSize(level));
+    return mPixelsBegin + Dds::LevelOffset(unit, mShape, 0, level) + static_cast<unsigned>(slice) * sliceBytes;
+}
+
+bool DdsCommonPicture::IsWhole(int level) const {
+    return mPixelsBegin + Dds::LevelEnd(mLayout.pixels.unit, mShape, level) <= mFile.Size();
+}
+
+bool DdsCommonPicture::HasRows(int level) const {
+    const std::uint64_t begin = mPixelsBegin + Dds::LevelOffset(mLayout.pixels.unit, mShape, 0, level);
+    return begin + Dds::StoredRowBytes(mLayout.pixels.unit, LevelSize(level).width) <= mFile.Size();
+}
+
+std::size_t DdsCommonPicture::PixelRowBytes(int width) const {
+    return static_cast<std::size_t>(width) * static_cast<std::size_t>(Common::FactsOf(Format()).BytesPerPixel());
+}
+
+std::size_t DdsCommonPicture::RowsOfBand(int width) const {
+    return std::max<std::size_t>(kBandBytes / Dds::StoredRowBytes(mLayout.pixels.unit, width), 1);
+}
+
+std::uint64_t DdsCommonPicture::WorkingBytes(int width) const {
+    const std::uint64_t rows = RowsOfBand(width);
+    const std::uint64_t rowBytes = Dds::StoredRowBytes(mLayout.pixels.unit, width);
+    return rows * (rowBytes + mLayout.pixels.unit.height * PixelRowBytes(width));
+}
+
+/// One row of pixels or blocks.
+void DdsCommonPicture::DecodeRow(std::span<const unsigned char> stored, int width, int rows, unsigned char* out) const {
+    const Dds::StoredLayout& pixels = mLayout.pixels;
+    const auto columns = static_cast<std::size_t>(width);
+    if (mLayout.decodeBlock != nullptr) {
+        const auto pixelBytes = static_cast<std::size_t>(Common::FactsOf(Format()).BytesPerPixel());
+        Dds::DecodeBlockRow(mLayout.decodeBlock, stored, pixels.unit.bytes, columns, rows, pixelBytes, out,
+                            PixelRowBytes(width));
+    } else if (mLayout.hasPalette) {
+        const std::size_t bytes = pixels.unit.bytes;
+        for (std::size_t x = 0; x < columns; ++x) {
+            std::memcpy(out + x * kColourBytes, mPalette.data() + stored[x * bytes] * kColourBytes, kColourBytes);
+            if (bytes > 1) out[x * kColourBytes + 3] = stored[x * bytes + 1];
+        }
+    } else if (pixels.widen != nullptr) {
+        pixels.widen(pixels, stored, out, columns);
+    } else {
+        std::memcpy(out, stored.data(), stored.size());
+    }
+}
+
+void DdsCommonPicture::Decode(const Band& band, unsigned char* out, const DecodeBlocks& decode) const {
+    if (mLayout.libraryBlocks != Dds::kDxgiUnknown) {
+        if (decode) decode(band.stored, band.width, band.rows, out);
+        return;
+    }
+    const int unitRows = mLayout.pixels.unit.height;
+    const std::size_t outBytes = static_cast<std::size_t>(unitRows) * PixelRowBytes(band.width);
+    const std::size_t rowPixels = static_cast<std::size_t>(band.width) * static_cast<std::size_t>(unitRows);
+    Common::ForEachRange(
+        band.stored.size() / band.rowBytes, kSerialPixels / rowPixels, [&](std::size_t begin, std::size_t end) {
+            for (std::size_t i = begin; i < end; ++i) {
+                const int rows = std::min(unitRows, band.rows - static_cast<int>(i) * unitRows);
+                DecodeRow(band.stored.subspan(i * band.rowBytes, band.rowBytes), band.width, rows, out + i * outBytes);
+            }
+        });
+}
+
+/// Calls `take(band, y)` for the rows that are there, in order; `y` is the first row of the band.
+template <class Take>
+void DdsCommonPicture::ReadBands(int level, int slice, const Take& take) {
+    const Dds::Extent size = LevelSize(level);
+    const Dds::StoredUnit& unit = mLayout.pixels.unit;
+    const std::size_t rowBytes = Dds::StoredRowBytes(unit, size.width);
+    const int bandRows = static_cast<int>(std::min<std::size_t>(RowsOfBand(size.width), Dds::kMaxSide)) * unit.height;
+    if (SliceOffset(level, slice) > mFile.Size() || !mFile.Seek(SliceOffset(level, slice))) return;
+    std::vector<unsigned char> stored;
+    for (int y = 0; y < size.height; y += bandRows) {
+        const int wanted = std::min(bandRows, size.height - y);
+        const std::size_t unitRows = static_cast<std::size_t>((wanted + unit.height - 1) / unit.height);
+        stored.resize(unitRows * rowBytes);
+        const std::size_t whole = mFile.ReadSome(stored) / rowBytes;
+        const int rows = std::min(wanted, static_cast<int>(whole) * unit.height);
+        if (rows > 0)
+            take(Band{.stored = std::span(stored).first(whole * rowBytes),
+                      .rowBytes = rowBytes,
+                      .width = size.width,
+                      .rows = rows},
+                 y);
+        if (whole < unitRows) return;
+    }
+}
+
+void DdsCommonPicture::ReadSlice(int level, int slice, unsigned char* out, const DecodeBlocks& decode) {
+    const std::size_t pitch = PixelRowBytes(LevelSize(level).width);
+    ReadBands(level, slice,
+              [&](const Band& band, int y) { Decode(band, out + static_cast<std::size_t>(y) * pitch, decode); });
+}
+
+void DdsCommonPicture::ReadSlice(int level, int slice, Common::RowSink& sink, const DecodeBlocks& decode) {
+    const std::size_t pitch = PixelRowBytes(LevelSize(level).width);
+    std::vector<unsigned char> pixels;
+    ReadBands(level, slice, [&](const Band& band, int /*y*/) {
+        pixels.resize(static_cast<std::size_t>(band.rows) * pitch);
+        Decode(band, pixels.data(), decode);
+        const unsigned char* next = pixels.data();
+        WriteRows(sink, static_cast<std::size_t>(band.rows), pitch, [&](std::span<unsigned char> row) {
+            std::memcpy(row.data(), next, pitch);
+            next += pitch;
+        });
+    });
+}
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,74 @@
+/// A DDS file in the common reading: its shape, and its faces and slices row by row.
+#pragma once
+
+#include "common/ByteSource.h"
+#include "common/RowSink.h"
+#include "readers/dds/DdsCommonLayout.h"
+
+#include <kavra/devices/Export.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+
+namespace Kavra::Devices {
+
+/// An open file with a header that is known. Pixels that the file ends before are left alone. One thread at a time.
+class DdsCommonPicture {
+public:
+    /// Decodes whole rows of blocks that lie in `stored`, a slice of `width` columns, to `rows` rows at `out`, packed.
+    using DecodeBlocks =
+        std::function<void(std::span<const unsigned char> stored, int width, int rows, unsigned char* out)>;
+
+    /// Nothing when the file is no DDS, or one of a kind that nobody knows.
+    static std::optional<DdsCommonPicture> Open(Common::ByteSource file);
+
+    const Dds::Header& Header() const { return mHeader; }
+    const Dds::CommonLayout& Layout() const { return mLayout; }
+    const Dds::Shape& Shape() const { return mShape; }
+    EFormat Format() const { return mLayout.pixels.format; }
+    bool HasAlpha() const { return mLayout.pixels.hasAlpha; }
+    Dds::Extent LevelSize(int level) const { return Dds::LevelSize(mShape.size, level); }
+    /// Faces of a cube, those that are not there included, or slices of a level.
+    int SliceCount(int level) const { return mShape.FaceCount() * LevelSize(level).depth; }
+    bool HasSlice(int slice) const { return mShape.type != kTextureCube || mShape.HasFace(slice); }
+
+    /// Whether the file holds all of a level, or at least its first row.
+    bool IsWhole(int level) const;
+    bool HasRows(int level) const;
+
+    /// Bytes that reading takes beside the picture, for rows of this width.
+    std::uint64_t WorkingBytes(int width) const;
+
+    /// Reads a face or slice into `out`: all rows of it, packed. `decode` is asked for blocks that the layout leaves to
+    /// the image library. Throws `std::bad_alloc`.
+    void ReadSlice(int level, int slice, unsigned char* out, const DecodeBlocks& decode = {});
+    /// The same into a sink.
+    void ReadSlice(int level, int slice, Common::RowSink& sink, const DecodeBlocks& decode = {});
+
+private:
+    struct Band;
+
+    DdsCommonPicture(Common::ByteSource file, const Dds::Header& header, const Dds::CommonLayout& layout,
+                     const Dds::Shape& shape, std::uint64_t pixelsBegin);
+    bool ReadPalette();
+    std::uint64_t SliceOffset(int level, int slice) const;
+    std::size_t RowsOfBand(int width) const;
+    std::size_t PixelRowBytes(int width) const;
+    void DecodeRow(std::span<const unsigned char> stored, int width, int rows, unsigned char* out) const;
+    void Decode(const Band& band, unsigned char* out, const DecodeBlocks& decode) const;
+    template <class Take>
+    void ReadBands(int level, int slice, const Take& take);
+
+    Common::ByteSource mFile;
+    Dds::Header mHeader;
+    Dds::CommonLayout mLayout;
+    Dds::Shape mShape;
+    std::uint64_t mPixelsBegin;
+    std::array<unsigned char, Dds::kPaletteBytes> mPalette{};
+};
+
+}  // namespace Kavra::Devices
