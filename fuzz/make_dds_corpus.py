@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes the seeds of fuzz_dds_reader: one small file for each kind of layout and shape.
+"""Writes the seeds of fuzz_dds_reader and fuzz_dds_common: one small file for each kind of layout and shape.
 
-Usage: make_dds_corpus.py [FOLDER]   (default: corpus/fuzz_dds_reader beside this script)
+Usage: make_dds_corpus.py [FOLDER]   (default: corpus beside this script), which gets a folder for each
 """
 
 import pathlib
@@ -71,14 +71,34 @@ SEEDS |= {
     "empty": header(0, 0, GREY),
 }
 
+# What only the common reading knows.
+COMMON_CODES = ["DXT2", "DXT4", "RXGB", "ATI1", "BC5S", "A2XY", 23, 41, 50, 60]
+COMMON_DXGI = [70, 73, 76, 79, 82, 84, 94, 96, 97]
+COMMON_SEEDS = {f"code_{value}": header(5, 6, code(value)) + pixels(1300) for value in COMMON_CODES}
+COMMON_SEEDS |= {f"dxgi_{value}": header(5, 6, code("DX10"), dx10=dxgi(value)) + pixels(64) for value in COMMON_DXGI}
+COMMON_SEEDS |= {
+    "palette": header(3, 2, masks(0x20, 8)) + pixels(1030),
+    "palette_alpha": header(3, 2, masks(0x21, 16, 0, 0, 0, 0xFF00)) + pixels(1036),
+    "no_flags": header(3, 2, masks(0, 32, 0xFF0000, 0xFF00, 0xFF, 0xFF000000)) + pixels(24),
+    "15_bits": header(3, 2, masks(0x40, 15, 0x7C00, 0x3E0, 0x1F)) + pixels(12),
+    "rows_missing": header(2, 6, LAYOUTS["565"]) + pixels(11),
+    "blocks_missing": header(9, 9, code("DX10"), dx10=dxgi(97)) + pixels(60),
+    "cube_rows_missing": header(4, 4, code("BC5S"), 0x21007, mips=2, caps1=0x401008, caps2=0xFE00) + pixels(100),
+    "volume_565": header(3, 2, LAYOUTS["565"], 0x821007, depth=3, mips=2, caps1=0x401008, caps2=0x200000) + pixels(38),
+    "levels_unflagged": header(2, 2, LAYOUTS["565"], mips=2, caps1=0x1008, caps2=0xFE00) + pixels(60),
+    "alpha_custom": header(3, 2, code("DX10"), dx10=dxgi(28)[:16] + b"\4\0\0\0") + pixels(24),
+    "huge_565": header(1 << 20, 1 << 20, LAYOUTS["565"]) + pixels(16),
+}
+
 
 def main():
-    beside = pathlib.Path(__file__).parent / "corpus" / "fuzz_dds_reader"
-    folder = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else beside
-    folder.mkdir(parents=True, exist_ok=True)
-    for name, data in SEEDS.items():
-        (folder / f"{name}.dds").write_bytes(data)
-    print(f"{len(SEEDS)} seeds")
+    corpus = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else pathlib.Path(__file__).parent / "corpus"
+    for target, seeds in (("fuzz_dds_reader", SEEDS), ("fuzz_dds_common", SEEDS | COMMON_SEEDS)):
+        folder = corpus / target
+        folder.mkdir(parents=True, exist_ok=True)
+        for name, data in seeds.items():
+            (folder / f"{name}.dds").write_bytes(data)
+        print(f"{target}: {len(seeds)} seeds")
 
 
 main()

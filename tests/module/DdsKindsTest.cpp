@@ -126,6 +126,13 @@ INSTANTIATE_TEST_SUITE_P(
                  kR8G8B8A8,
                  {51, 51, 51, 153},
                  ""},
+        KindCase{"grey, its mask outside", Masked({77}, kGrey, 8, 0xFF000000), kL8, {77}, "do not know"},
+        KindCase{"grey and alpha, its mask outside",
+                 Masked({77, 9}, kGreyAlpha, 16, 0xFF, 0, 0, 0xFF000000),
+                 kR8G8B8A8,
+                 {77, 77, 77, 9},
+                 "do not know",
+                 true},
         KindCase{"alpha alone", Masked({77}, 0x2, 8, 0, 0, 0, 0xFF), kL8, {77}, ""}));
 
 // -127 is nothing, 127 everything, 0 the middle, 64 is 191.75, -128 as -127

@@ -299,8 +299,20 @@ bool IsCode(std::uint32_t fourCC) {
     return DxgiOfLegacy(fourCC) != kDxgiUnknown || fourCC == kFourCCUYVY;
 }
 
+/// Grey whose masks lie outside of its pixels, as some writers have them: it comes first, its alpha behind it.
+void MendGrey(Header& header) {
+    if ((header.pixelFlags & kPixelLuminance) == 0 || (header.bitCount != 8 && header.bitCount != 16)) return;
+    const std::uint32_t all = (1U << header.bitCount) - 1;
+    const bool hasAlpha = (header.pixelFlags & kPixelAlpha) != 0;
+    if ((header.redMask & all) != 0 && (!hasAlpha || (header.alphaMask & all) != 0)) return;
+    const std::uint32_t lower = (1U << header.bitCount / 2) - 1;
+    header.redMask = hasAlpha ? lower : all;
+    header.alphaMask = hasAlpha ? all & ~lower : 0;
+}
+
 /// The header with the flags that its other fields ask for, and masks for the numbers that mean them.
 Header Mended(Header header) {
+    if (header.isExtended) return header;
     const std::uint32_t colours = header.redMask | header.greenMask | header.blueMask;
     const bool hasMasks = (colours | header.alphaMask) != 0 && header.bitCount != 0;
     const bool isNoCode = header.HasFourCC() && header.fourCC == 0 && hasMasks;
@@ -319,6 +331,7 @@ Header Mended(Header header) {
     // Fifteen bits are stored in two bytes.
     if (!header.HasFourCC() && header.bitCount > 0 && header.bitCount < 32)
         header.bitCount = (header.bitCount + 7) & ~7U;
+    MendGrey(header);
     return header;
 }
 
