@@ -221,7 +221,7 @@ Result<> SpotReader::OpenContractFiles(PictureFiles files) {
     const KString path(files.path.c_str());
     header->path = PathWithExtension(path, L".hdr").value_or(files.path);
     AddSpotPalette(path, *header);
-    mCommonHeader = HeaderInCommon(files);
+    if (mIsCompared) mCommonHeader = HeaderInCommon(files);
     mIsNamed = PathWithExtension(path, L".bil") == files.path;
     const Result<EFormat> format = FormatOf(*header);
     if (!format) {

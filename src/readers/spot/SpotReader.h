@@ -68,6 +68,7 @@ public:
     int GetFrameCount() override { return mFrameCount; }
     std::uint64_t GetWorkingBytes() override;
 
+    void LookForDifferences() override { mIsCompared = true; }
     const char* GetDifference() const override { return mReading.Difference(); }
 
 private:
@@ -76,6 +77,7 @@ private:
     void TellOfDifference();
 
     Reading mReading;
+    bool mIsCompared = false;                   // with the common reading, which has another header
     std::optional<Common::ByteSource> mSource;  // nothing unless a raster is open
     SpotHeader mHeader;
     std::optional<SpotHeader> mCommonHeader;  // in the contract's reading: what the other would go by
