@@ -5,7 +5,16 @@
 #include "readers/ImageFileType.h"
 #include "support/TemporaryFolder.h"
 
+#include <kavra/devices/LoadPreferences.h>
+
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <format>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
 
 namespace {
 
@@ -77,6 +86,70 @@ TEST(PcxInterop, OurSamplesReadElsewhereAsHere) {
         EXPECT_EQ(Differences(Channels(LoadPeer(path).bytes, 3), isOneBit ? InTwoColours(theirs, file) : theirs), 0U)
             << path;
     }
+}
+
+// --- The common reading ----------------------------------------------------------------------------------------------
+
+Bytes InCommon(const std::filesystem::path& file, int frame = 0) {
+    LoadPreferences preferences;
+    preferences.legacy = kLegacyCommon;
+    const LoadPreferencesScope scope(preferences);
+    return Channels(LoadPeer(file, {.level = frame}).bytes, 3);
+}
+
+TEST(PcxInterop, FilesOfOthersReadInTheCommonReadingAsTheirWritersReadThem) {
+    for (const auto& file : Peers("pcx", ".pcx")) {
+        // But for a file of one bit, which only its writer reads as its negative.
+        const bool isMagickMono = file.filename() == "magick-mono.pcx";
+        EXPECT_EQ(Differences(InCommon(file), PeerPixels(file, isMagickMono ? ".ffmpeg.rgb" : ".rgb")), 0U) << file;
+    }
+}
+
+TEST(PcxInterop, PagesOfOthersReadAsTheirWriterReadsThem) {
+    const auto file = Peer("dcx/magick.dcx");
+    for (const int page : {0, 1, 2})
+        EXPECT_EQ(Differences(InCommon(file, page), PeerPixels(file, std::format(".{}.rgb", page))), 0U) << page;
+}
+
+TEST(PcxInterop, EveryKindOfFileReadsAsItWasMade) {
+    const auto files = Peers("pcx-known", ".pcx");
+    ASSERT_GT(files.size(), 200U);
+    for (const auto& file : files)
+        EXPECT_EQ(Differences(InCommon(file), PeerPixels(file, ".rgb")), 0U) << file;
+    for (const int page : {0, 1, 2, 3}) {
+        const auto pages = Peer("pcx-known/pages.dcx");
+        EXPECT_EQ(Differences(InCommon(pages, page), PeerPixels(pages, std::format(".{}.rgb", page))), 0U) << page;
+    }
+}
+
+/// The programs that read each file of pcx-files as it was made.
+std::map<std::string, std::set<std::string>> Witnesses() {
+    std::map<std::string, std::set<std::string>> witnesses;
+    std::ifstream list(Peer("pcx-witnesses"));
+    for (std::string line; std::getline(list, line);) {
+        std::istringstream words(line);
+        std::string file, program;
+        words >> file;
+        while (words >> program)
+            witnesses[file].insert(program);
+    }
+    return witnesses;
+}
+
+// So that what the files hold is not our opinion alone.
+TEST(PcxInterop, OtherProgramsReadTheCommonKindsLikewise) {
+    const auto witnesses = Witnesses();
+    for (const std::string family : {"v2", "v4", "v5", "padded", "unpadded", "long-runs", "window", "grey-flag"}) {
+        for (const std::string kind : {"1x1", "2x1", "1x2", "1x3", "1x4", "4x1", "8x1", "8x3", "8x4"}) {
+            const std::string name = family + "-" + kind + ".pcx";
+            EXPECT_TRUE(witnesses.contains(name)) << name;
+        }
+    }
+    for (const std::string name :
+         {"no-colours-1x2", "no-colours-1x3", "no-colours-1x4", "no-colours-4x1", "no-colours-1x1", "equal-colours-1x1",
+          "ega-colours-1x1", "white-first-1x1", "dark-greys-4x1", "v0-1x1", "v3-1x1", "other-marker-8x1",
+          "filled-up-8x1", "before-palette-8x1"})
+        EXPECT_TRUE(witnesses.contains(name + ".pcx")) << name;
 }
 
 }  // namespace

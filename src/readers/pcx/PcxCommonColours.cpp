@@ -103,14 +103,14 @@ bool AreFirstOfEga(const PcxHeader& header) {
 
 Pixels HeaderColours(const PcxHeader& header) {
     const std::size_t count = std::size_t{1} << header.Bits();
-    if (header.bitsPerPlane == 2 && header.planes == 1) {
+    const bool isPackedFour = header.bitsPerPlane == 2 && header.planes == 1;
+    if (isPackedFour) {
         if (const auto cga = CgaColours(header)) return *cga;
     }
-    const bool isFourPacked = header.bitsPerPlane == 2 && !AreAlike(header, count);  // of which the EGA has none
     Pixels pixels{};
     if (count == 2) {
         if (!HasPalette(header, 2) || AreCgaSettings(header) || AreFirstOfEga(header)) return Greys(2);
-    } else if (!isFourPacked && !HasPalette(header, count)) {
+    } else if (AreAlike(header, count) || (!isPackedFour && !HasPalette(header, count))) {  // no EGA has four colours
         if (header.paletteInfo == kGreyPalette && AreAlike(header, count)) return Greys(count);
         for (std::size_t i = 0; i < count; ++i)
             pixels[i] = PixelOf(EgaColour(i));

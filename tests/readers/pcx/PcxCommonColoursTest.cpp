@@ -122,6 +122,13 @@ TEST(PcxCommonColours, VersionsWithoutAPaletteHaveTheColoursOfTheEga) {
     }
 }
 
+TEST(PcxCommonColours, PlanesOfTwoBitsWithoutAPaletteHaveTheColoursOfTheEga) {
+    PcxHeader header = PcxFields(2, 2, 4, 1, 1);
+    header.version = 3;
+    const Bytes pixels = InCommon(PcxHead(header, {0x6C, 0xC1, 0xC6})).block;
+    EXPECT_EQ(pixels, Colours({0xFF55FF, 0x00AA00, 0xAAAAAA, 0x555555})) << "13 2 7 8";
+}
+
 TEST(PcxCommonColours, SixteenColoursThatAreAllAlikeAreThoseOfTheEga) {
     PcxHeader header = PcxFields(4, 1, 16, 1, 8);
     header.palette.fill(0);
