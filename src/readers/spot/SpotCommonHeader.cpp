@@ -185,9 +185,17 @@ SpotLayout LayoutOf(std::string_view word, SpotName name) {
     return SpotLayout::kByLine;
 }
 
-/// Where the samples lie. One band lies by line whatever the layout is called.
-void ReadPlaces(const Lines& text, SpotName name, SpotHeader& header) {
-    header.layout = header.bands == 1 ? SpotLayout::kByLine : LayoutOf(text.Word("LAYOUT"), name);
+/// Some versions of GDAL say how few bits samples have and write a byte for each: the length tells.
+bool AreBytes(const SpotHeader& header, std::uint64_t dataBytes) {
+    const std::int64_t samples = Product(Product(header.columns, header.rows), header.bands);
+    const std::int64_t lines = header.layout == SpotLayout::kByPixel ? 1 : header.bands;
+    const std::int64_t packed = Product(Product(SpotLineBytes(header), header.rows), lines);
+    const auto bytes = static_cast<std::uint64_t>(Sum(header.skipBytes, samples));
+    return header.sampleKind == SampleKind::kPacked && dataBytes == bytes && samples > packed;
+}
+
+/// Where the samples lie.
+void ReadPlaces(const Lines& text, SpotHeader& header) {
     header.bandGapBytes = text.Bytes("BANDGAPBYTES", 0);
     if (header.layout == SpotLayout::kByPixel) {
         header.bandRowBytes = header.totalRowBytes = text.Bytes("TOTALROWBYTES", SpotLineBytes(header));
@@ -207,7 +215,7 @@ void ReadPlaces(const Lines& text, SpotName name, SpotHeader& header) {
 }  // namespace
 
 std::int64_t SpotLineBytes(const SpotHeader& header) {
-    const std::int64_t rowBits = Product(header.bits, header.columns);
+    const std::int64_t rowBits = Product(header.inBytes ? 8 : header.bits, header.columns);
     return Sum(header.layout == SpotLayout::kByPixel ? Product(rowBits, header.bands) : rowBits, 7) / 8;
 }
 
@@ -224,7 +232,10 @@ Result<SpotHeader> ParseSpotCommonHeader(std::string_view whole, std::uint64_t d
     header.skipBytes = text.Bytes("SKIPBYTES", 0);
     ReadSamples(text, dataBytes, name, header);
     if (header.sampleKind == SampleKind::kNone) return std::unexpected(Failure::kUnsupported);
-    ReadPlaces(text, name, header);
+    // One band lies by line whatever the layout is called.
+    header.layout = header.bands == 1 ? SpotLayout::kByLine : LayoutOf(text.Word("LAYOUT"), name);
+    header.inBytes = AreBytes(header, dataBytes);
+    ReadPlaces(text, header);
     const std::int32_t order = text.Integer("BAND_RGB").value_or(1);
     header.blueFirst = header.bands == 3 && (order == 3 || order == 321);
     return header;
@@ -282,11 +293,11 @@ std::vector<std::uint32_t> ParseColours(std::string_view text, std::size_t value
 
 constexpr std::uint32_t kAlpha = PackedPixel(0, 0, 0, 255);
 
-/// The grey of each value where all of them have one; nothing otherwise.
+/// The grey of each value of up to 8 bits where all of them have one; nothing otherwise.
 std::optional<SpotPalette> GreysOf(const std::vector<std::uint32_t>& colours) {
     SpotPalette greys{};
-    if (colours.size() != greys.size()) return std::nullopt;
-    for (std::size_t value = 0; value < greys.size(); ++value) {
+    if (colours.empty() || colours.size() > greys.size()) return std::nullopt;
+    for (std::size_t value = 0; value < colours.size(); ++value) {
         const auto bytes = std::bit_cast<std::array<std::uint8_t, 4>>(colours[value]);
         if (bytes[3] != 255 || bytes[0] != bytes[1] || bytes[1] != bytes[2]) return std::nullopt;
         greys[value] = {bytes[0], bytes[1], bytes[2]};
@@ -324,7 +335,8 @@ std::vector<std::uint32_t> SpotValuePixels(const SpotHeader& header) {
     if (!header.colours.empty()) return pixels;
     const unsigned white = (1U << header.bits) - 1;
     for (unsigned value = 0; value <= white; ++value) {
-        const auto grey = static_cast<unsigned char>((value * 255 + white / 2) / white);
+        const auto shade = static_cast<unsigned char>((value * 255 + white / 2) / white);
+        const unsigned char grey = header.greyEntries > 0 ? header.palette[value].red : shade;
         pixels[value] = PackedPixel(grey, grey, grey, 255);
     }
     if (header.noData) pixels[static_cast<std::size_t>(*header.noData)] &= ~kAlpha;

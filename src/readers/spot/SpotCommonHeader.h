@@ -20,7 +20,7 @@
 /// and BAND_RGB and RECORDSKIPBYTES as in `SpotReader.h`. A keyword is the first word of its line, in any case; a value
 /// is the next one; blanks, tabs and "=" stand between. The last of two lines counts. What begins with another word
 /// is a comment. Counts that are too small for the samples are taken as absent. Rows of samples below 8 bits are filled
-/// up to whole bytes.
+/// up to whole bytes; where the length of the file is that of a byte for each of them, they are bytes.
 ///
 /// Without NBITS, PIXELTYPE and counts the length of the samples tells: 2, 4 or 8 bytes each, where the latter two
 /// are floats. A file named ".flt" holds floats. Without PIXELTYPE a NODATA below zero makes samples signed.
@@ -55,12 +55,12 @@ std::int64_t SpotRowsIn(const SpotHeader& header, std::uint64_t dataBytes);
 std::int64_t SpotLineBytes(const SpotHeader& header);
 
 /// Gives a raster of one band, of up to 16 bits, the colours in the ".clr" file beside a path or, where there is none,
-/// in the ".pal" file. Values without a colour are transparent black, and so are those that do not count as
-/// values. A palette that is not one is left out.
+/// in the ".pal" file. Values without a colour are transparent black; the no-data value keeps its colour and is
+/// transparent. Where all values of up to 8 bits have a grey these become the palette. One that is none is left out.
 void AddSpotColours(const KString& path, SpotHeader& header);
 
-/// The four bytes of the pixel of each value of a sample of up to 8 bits, 256 of them: the colours, or greys that go
-/// from black to white. A no-data value is transparent.
+/// The four bytes of the pixel of each value of a sample of up to 8 bits, 256 of them: the colours, or greys of the palette
+/// or that go from black to white. A no-data value is transparent.
 std::vector<std::uint32_t> SpotValuePixels(const SpotHeader& header);
 
 }  // namespace Kavra::Devices

@@ -81,7 +81,7 @@ void TakeSamples(const SpotHeader& header, const Samples& samples, std::size_t c
     } else if constexpr (std::is_same_v<Out, std::uint16_t>) {
         numbers(std::uint16_t{});
     } else {
-        if (header.sampleKind == SampleKind::k8Bit) return numbers(std::uint8_t{});
+        if (header.sampleKind == SampleKind::k8Bit || header.inBytes) return numbers(std::uint8_t{});
         TakePacked(samples, static_cast<std::size_t>(header.bits), count, take);
     }
 }

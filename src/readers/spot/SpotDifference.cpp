@@ -4,8 +4,6 @@
 #include "readers/spot/SpotCommonRows.h"
 #include "readers/spot/SpotKernels.h"
 
-#include <algorithm>
-
 namespace Kavra::Devices {
 
 namespace {
@@ -39,7 +37,6 @@ bool HasOtherValue(Common::ByteSource& file, const SpotHeader& contract, const S
     const PixelTable host = ContractPixels(contract);
     SpotHeader marked = common;
     marked.colours = SpotValuePixels(common);
-    if (common.greyEntries > 0) std::ranges::copy(ContractPixels(common), marked.colours.begin());
     bool isAny = false;
     for (std::size_t value = 0; value < host.size(); ++value) {
         const bool isOther = host[value] != marked.colours[value];

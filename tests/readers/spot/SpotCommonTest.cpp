@@ -164,6 +164,15 @@ TEST_F(SpotCommon, SamplesOfAFewBitsFillTheRangeOfGreys) {
     EXPECT_EQ(Pixels("NCOLS 3\nNROWS 1\nNBITS 6\n", {0x07, 0xEF, 0xC0}), (Bytes{4, 251, 255})) << "across bytes";
 }
 
+TEST_F(SpotCommon, SamplesOfAFewBitsAreBytesWhereTheLengthIsThatOfBytes) {
+    const std::string lines = "NCOLS 3\nBANDROWBYTES 1\nTOTALROWBYTES 1\n";
+    EXPECT_EQ(Pixels(lines + "NBITS 1\n", {1, 0, 1, 0, 1, 0}), (Bytes{255, 0, 255, 0, 255, 0}));
+    EXPECT_EQ(Pixels("NCOLS 4\nNBITS 4\nSKIPBYTES 1\n", {9, 0, 1, 2, 3, 4, 5, 6, 15}),
+              (Bytes{0, 17, 34, 51, 68, 85, 102, 255}));
+    EXPECT_EQ(Pixels("NCOLS 1\nNBITS 1\n", {0x80, 0x7F}), (Bytes{255, 0})) << "which rows of one byte are not";
+    EXPECT_EQ(Pixels(lines + "NBITS 1\n", {0x80, 0x40, 0, 0, 0}), (Bytes{255, 0, 0, 0, 255, 0})) << "nor this one";
+}
+
 TEST_F(SpotCommon, SamplesOfAFewBitsHaveBandsToo) {
     const Bytes expected = Opaque({0, 85, 255, 255, 0, 85, 170, 255, 0, 0, 255, 170});
     EXPECT_EQ(Pixels("NBITS 2\nNBANDS 3\n", {0x30, 0x40, 0xD0, 0x80, 0xF0, 0x20}), expected);
