@@ -2,6 +2,7 @@
 
 #include "support/TemporaryFolder.h"
 
+#include <kavra/devices/LoadPreferences.h>
 #include <kavra/oiio/OIIOImageHandler.h>
 
 #include <gtest/gtest.h>
@@ -44,6 +45,13 @@ Loaded LoadPeer(const fs::path& file, const LoadRequest& request) {
     const std::optional<Loaded> loaded = LoadFile(handler, file, request);
     EXPECT_TRUE(loaded) << file;
     return loaded.value_or(Loaded{});
+}
+
+Loaded LoadPeerCommon(const fs::path& file, const LoadRequest& request) {
+    Devices::LoadPreferences preferences;
+    preferences.legacy = Devices::kLegacyCommon;
+    const Devices::LoadPreferencesScope scope(preferences);
+    return LoadPeer(file, request);
 }
 
 std::size_t Differences(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b) {

@@ -25,6 +25,9 @@ std::vector<unsigned char> Channels(const std::vector<unsigned char>& rgba, int 
 /// Loads with the handler as a host does; the test fails and the result is empty when that fails.
 Loaded LoadPeer(const std::filesystem::path& file, const LoadRequest& request = {});
 
+/// The same in the common reading of legacy files.
+Loaded LoadPeerCommon(const std::filesystem::path& file, const LoadRequest& request = {});
+
 /// How many bytes differ; all when the sizes do.
 std::size_t Differences(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b);
 
