@@ -53,7 +53,38 @@ BandRaster Map() {
     return raster;
 }
 
+/// The sea in steps of depth and the land, 4 bits each; the sea's deepest step has number 0 and a colour.
+BandRaster Coast() {
+    constexpr std::array<float, 5> kDepths = {-300, -200, -120, -60, 0};
+    BandRaster raster{.columns = 95, .rows = 72, .bits = 4, .cell = 40};
+    raster.palette = {{16, 44, 92}, {26, 66, 124}, {42, 96, 158}, {70, 132, 190}, {120, 172, 214}, {214, 200, 160}};
+    Survey(raster, [&](float altitude) {
+        const auto steps = std::ranges::count_if(kDepths, [altitude](float above) { return altitude >= above; });
+        raster.samples.push_back(static_cast<unsigned char>(steps));
+    });
+    return raster;
+}
+
+/// Numbers of 16 bits that begin with their highest byte, band after band with a gap between them.
+BandRaster DeepPhoto() {
+    const Picture picture = Paint(48, 32, Fields, true);
+    BandRaster raster{.columns = picture.width, .rows = picture.height, .bands = 3, .bits = 16, .layout = "BSQ"};
+    raster.bigEndian = true;
+    raster.bandGapBytes = 64;
+    raster.extension = ".bsq";
+    for (const unsigned char byte : ToBytes(picture))
+        raster.samples.insert(raster.samples.end(), {byte, byte});
+    return raster;
+}
+
 }  // namespace
+
+void WriteCommonBandSamples(const std::string& folder) {
+    const std::filesystem::path place(folder);
+    std::filesystem::create_directories(place);
+    Legacy::WriteBandFiles(place / "coast", Coast());
+    Legacy::WriteBandFiles(place / "fields", DeepPhoto());
+}
 
 void WriteBandSamples(const std::string& folder) {
     const std::filesystem::path place(folder);

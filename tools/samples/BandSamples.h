@@ -9,4 +9,8 @@ namespace Kavra::Samples {
 /// own beside one another. Throws `std::runtime_error`.
 void WriteBandSamples(const std::string& folder);
 
+/// Writes the rasters coast (4 bits and a palette) and fields (three bands of 16 bits, big-endian), which the common
+/// reading alone shows as they were meant, likewise.
+void WriteCommonBandSamples(const std::string& folder);
+
 }  // namespace Kavra::Samples

@@ -2,11 +2,13 @@
 
 #include "Picture.h"
 #include "legacy/CalsFile.h"
+#include "legacy/CcittEncoder.h"
 #include "legacy/RlcFile.h"
 
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <string>
 
 namespace Kavra::Samples {
 namespace {
@@ -69,6 +71,17 @@ Bitmap Turned(const Bitmap& image) {
     return turned;
 }
 
+/// The image mirrored at the diagonal that rises to the right.
+Bitmap Transverse(const Bitmap& image) {
+    Bitmap turned(image.height, image.width);
+    for (int y = 0; y < turned.height; ++y) {
+        for (int x = 0; x < turned.width; ++x) {
+            if (image.At(image.width - 1 - y, image.height - 1 - x)) turned.Set(x, y);
+        }
+    }
+    return turned;
+}
+
 /// Light and shade by lines that swell, as in an engraving.
 Bitmap Engraving(const Picture& picture) {
     constexpr int kSpacing = 5;
@@ -92,6 +105,16 @@ Colour FlowerOnGround(float x, float y) {
 }
 
 }  // namespace
+
+void WriteCommonBilevelSamples(const std::string& folder) {
+    const Bitmap stored = Transverse(Drawing());
+    // Pixels go up, rows to the left.
+    ByteBuilder file;
+    file.Text("srcdocid: flange\r\ndstdocid: NONE\r\nrtype: 1\r\nrorient: 090,090\r\n");
+    file.Text("rpelcnt: " + std::to_string(stored.width) + " , " + std::to_string(stored.height) + "\r\n");
+    file.Text("rdensty: 0100\r\nnotes: lines instead of records\r\n");
+    WriteBytes(folder + "/drawing-lines.cal", file.Append(Legacy::EncodeGroup4(stored)).Bytes());
+}
 
 void WriteBilevelSamples(const std::string& folder) {
     const Bitmap drawing = Drawing();

@@ -9,4 +9,7 @@ namespace Kavra::Samples {
 /// Throws `std::runtime_error`.
 void WriteBilevelSamples(const std::string& folder);
 
+/// Writes drawing-lines.cal, which the common reading alone shows, into `folder`, which is there. Throws likewise.
+void WriteCommonBilevelSamples(const std::string& folder);
+
 }  // namespace Kavra::Samples

@@ -139,6 +139,8 @@ void WriteAll(const std::string& folder) {
     WritePcxSamples(folder);
     WriteFlicSamples(folder);
     WriteBandSamples(folder + "/bands");
+    WriteCommonBandSamples(folder + "/common");
+    WriteCommonBilevelSamples(folder + "/common");
 }
 
 }  // namespace
