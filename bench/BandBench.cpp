@@ -7,6 +7,8 @@
 #include "Bench.h"
 #include "legacy/BandFile.h"
 
+#include <kavra/devices/LoadPreferences.h>
+
 #include <array>
 
 namespace {
@@ -40,7 +42,11 @@ std::vector<std::array<int, 3>> Ramp(int red, int green, int blue) {
     return palette;
 }
 
-void LoadBands(benchmark::State& state, const Legacy::BandRaster& raster) {
+void LoadBands(benchmark::State& state, const Legacy::BandRaster& raster,
+               Devices::ELegacyReading reading = Devices::kLegacyContract) {
+    Devices::LoadPreferences preferences;
+    preferences.legacy = reading;
+    const Devices::LoadPreferencesScope scope(preferences);
     const TemporaryFolder folder;
     Legacy::WriteBandFiles(folder / "raster", raster);
     const std::filesystem::path path = folder / "raster.bil";
@@ -68,10 +74,22 @@ void Bands(benchmark::State& state, const char* layout, int bands, int bits, cha
     LoadBands(state, Raster(layout, bands, bits, type));
 }
 
+void CommonBands(benchmark::State& state, const char* layout, int bands, int bits, char type, bool bigEndian = false) {
+    Legacy::BandRaster raster = Raster(layout, bands, bits, type);
+    raster.bigEndian = bigEndian;
+    LoadBands(state, raster, Devices::kLegacyCommon);
+}
+
 void Palette(benchmark::State& state, int bands, int red, int green, int blue) {
     Legacy::BandRaster raster = Raster("BIL", bands, 8, 'U');
     raster.palette = Ramp(red, green, blue);
     LoadBands(state, raster);
+}
+
+void CommonPalette(benchmark::State& state, int red, int green, int blue) {
+    Legacy::BandRaster raster = Raster("BIL", 1, 8, 'U');
+    raster.palette = Ramp(red, green, blue);
+    LoadBands(state, raster, Devices::kLegacyCommon);
 }
 
 #define KAVRA_BAND_BENCH(function, name, ...) \
@@ -88,5 +106,18 @@ KAVRA_BAND_BENCH(Bands, floats, "BIL", 1, 32, 'F');
 KAVRA_BAND_BENCH(Palette, colours, 1, 255, 128, 64);
 KAVRA_BAND_BENCH(Palette, grey_table, 1, 128, 128, 128);
 KAVRA_BAND_BENCH(Palette, rgb_tables, 3, 128, 64, 32);
+// The same in the common reading, and what it alone reads.
+KAVRA_BAND_BENCH(CommonBands, grey, "BIL", 1, 8, 'U');
+KAVRA_BAND_BENCH(CommonBands, rgb_bil, "BIL", 3, 8, 'U');
+KAVRA_BAND_BENCH(CommonBands, rgb_bip, "BIP", 3, 8, 'U');
+KAVRA_BAND_BENCH(CommonBands, rgb_bsq, "BSQ", 3, 8, 'U');
+KAVRA_BAND_BENCH(CommonBands, grey16, "BIL", 1, 16, 'U');
+KAVRA_BAND_BENCH(CommonBands, grey16_big, "BIL", 1, 16, 'U', true);
+KAVRA_BAND_BENCH(CommonBands, signed16, "BIL", 1, 16, 'S');
+KAVRA_BAND_BENCH(CommonBands, rgb16_bil, "BIL", 3, 16, 'U');
+KAVRA_BAND_BENCH(CommonBands, rgb16_bip, "BIP", 3, 16, 'U');
+KAVRA_BAND_BENCH(CommonBands, floats, "BIL", 1, 32, 'F');
+KAVRA_BAND_BENCH(CommonPalette, colours, 255, 128, 64);
+KAVRA_BAND_BENCH(CommonPalette, grey_table, 128, 128, 128);
 
 }  // namespace

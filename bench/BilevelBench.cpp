@@ -10,6 +10,8 @@
 #include "legacy/RlcFile.h"
 #include "readers/ccitt/CcittRows.h"
 
+#include <kavra/devices/LoadPreferences.h>
+
 namespace {
 
 using namespace Kavra;
@@ -31,12 +33,18 @@ void LoadDrawing(benchmark::State& state, const Bitmap& image, const Legacy::Byt
     state.counters["ratio"] = best.Ratio();
 }
 
-void LoadCals(benchmark::State& state) {
+void LoadCals(benchmark::State& state, ELegacyReading reading) {
+    LoadPreferences preferences;
+    preferences.legacy = reading;
+    const LoadPreferencesScope scope(preferences);
     const Bitmap image = Drawing(20'000, 14'000);
     LoadDrawing(state, image, Legacy::CalsFile(image));
 }
 
-void LoadRlc(benchmark::State& state) {
+void LoadRlc(benchmark::State& state, ELegacyReading reading) {
+    LoadPreferences preferences;
+    preferences.legacy = reading;
+    const LoadPreferencesScope scope(preferences);
     const Bitmap image = Drawing(8192, 8192);
     LoadDrawing(state, image, Legacy::RlcFile(image));
 }
@@ -56,8 +64,10 @@ void DecodeFax(benchmark::State& state, Ccitt::Mode mode, std::vector<unsigned c
     CountBytes(state, data.size());
 }
 
-BENCHMARK(LoadCals)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
-BENCHMARK(LoadRlc)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK_CAPTURE(LoadCals, contract, kLegacyContract)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK_CAPTURE(LoadCals, common, kLegacyCommon)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK_CAPTURE(LoadRlc, contract, kLegacyContract)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK_CAPTURE(LoadRlc, common, kLegacyCommon)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
 BENCHMARK_CAPTURE(DecodeFax, group4, Ccitt::Mode::kGroup4, Legacy::EncodeGroup4)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(DecodeFax, group3, Ccitt::Mode::kGroup3, Legacy::EncodeGroup3)->Unit(benchmark::kMillisecond);
 

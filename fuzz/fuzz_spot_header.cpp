@@ -1,7 +1,7 @@
 // The header of a Spot raster, as text and as a file with a palette beside it.
 
 #include "FuzzFile.h"
-#include "readers/spot/SpotHeader.h"
+#include "readers/spot/SpotCommonHeader.h"
 
 #include <cstdlib>
 #include <limits>
@@ -21,6 +21,21 @@ void Check(const Devices::SpotHeader& header) {
     if (!shape || !placement || !palette) std::abort();
 }
 
+/// The same of the common reading, with samples of so many bytes.
+void CheckCommon(const std::string& text, std::uint64_t dataBytes) {
+    const auto parsed = Devices::ParseSpotCommonHeader(text, dataBytes, Devices::SpotName::kOther);
+    if (!parsed) return;
+    const bool isSequential = parsed->layout == Devices::SpotLayout::kSequential;
+    const std::int64_t row = isSequential ? parsed->bandRowBytes : parsed->totalRowBytes;
+    const std::int64_t rows = Devices::SpotRowsIn(*parsed, dataBytes);
+    const bool shape = parsed->columns >= 1 && parsed->rows >= 1 && parsed->bands >= 1;
+    const bool placement = Devices::SpotLineBytes(*parsed) >= 1 && row >= Devices::SpotLineBytes(*parsed) &&
+                           parsed->skipBytes >= 0 && parsed->bandGapBytes >= 0 && parsed->recordSkipBytes >= 0;
+    if (!shape || !placement || rows < 0 || rows > parsed->rows) std::abort();
+    // What is there holds the samples that it is said to hold.
+    if (rows > 1 && dataBytes / static_cast<std::uint64_t>(row) + 1 < static_cast<std::uint64_t>(rows)) std::abort();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -28,6 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr std::uint64_t kAnyLength = std::numeric_limits<std::uint64_t>::max();
     const auto parsed = Devices::ParseSpotHeader(text, kAnyLength);
     if (parsed) Check(*parsed);
+    for (const std::uint64_t bytes : {std::uint64_t{0}, std::uint64_t{size}, kAnyLength})
+        CheckCommon(text, bytes);
     if (parsed && parsed->totalRowBytes > 0 && Devices::ParseSpotHeader(text, 0)) std::abort();
 
     const Fuzz::FuzzFile file({data, size}, ".hdr");
