@@ -22,6 +22,7 @@ Read ReadIn(Devices::ELegacyReading reading, const std::filesystem::path& path, 
     const MessageRecorder recorder;
     Read result;
     Reader reader(reading);
+    reader.LookForDifferences();
     result.opened = reader.Open(Wide(path));
     if (result.opened) ReadFrame(reader, frame, result);
     result.messages = recorder.Texts();
