@@ -41,8 +41,8 @@ FlicMovie Movie(int width, int height, int frames) {
     return movie;
 }
 
-void Play(const std::filesystem::path& path, int frame) {
-    FLICReader reader;
+void Play(const std::filesystem::path& path, int frame, ELegacyReading reading) {
+    FLICReader reader(reading);
     if (!reader.Open(Wide(path))) throw std::runtime_error("cannot open " + path.string());
     const auto bytes = static_cast<std::size_t>(reader.GetRowPitch()) * static_cast<std::size_t>(reader.GetHeight());
     const Common::PixelBlock block = Common::NewZeroedBlock(bytes);
@@ -50,15 +50,16 @@ void Play(const std::filesystem::path& path, int frame) {
     benchmark::DoNotOptimize(block.get());
 }
 
-void Flic(benchmark::State& state, int width, int height, int frames, FlicCoding coding) {
+void Flic(benchmark::State& state, int width, int height, int frames, FlicCoding coding,
+          ELegacyReading reading = kLegacyContract) {
     Legacy::ByteBuilder bytes = MakeFlic(Movie(width, height, frames), coding);
     bytes.At(6).Little16(65535);  // or the reader would stop half way
     const TemporaryFolder folder;
     const auto path = folder.Write("movie.flc", bytes.Bytes());
     const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    Play(path, frames - 1);
+    Play(path, frames - 1, reading);
     const BestTimes best = BesideTimed(
-        state, [&] { return Seconds([&] { Play(path, frames - 1); }); },
+        state, [&] { return Seconds([&] { Play(path, frames - 1, reading); }); },
         [&] { return TimeBlockWrite(4 * pixels, Memory::kFresh); });
     CountItems(state, pixels * static_cast<std::size_t>(frames));
     state.counters["play_ms"] = 1000 * best.work;
@@ -72,5 +73,11 @@ KAVRA_FLIC_BENCH(runs, 640, 480, 100, FlicCoding::kWhole);
 KAVRA_FLIC_BENCH(copies, 640, 480, 100, FlicCoding::kCopies);
 KAVRA_FLIC_BENCH(large_runs, 8192, 8192, 1, FlicCoding::kWhole);
 KAVRA_FLIC_BENCH(large_copy, 8192, 8192, 1, FlicCoding::kCopies);
+
+KAVRA_FLIC_BENCH(common_changes, 640, 480, 100, FlicCoding::kChanges, kLegacyCommon);
+KAVRA_FLIC_BENCH(common_runs, 640, 480, 100, FlicCoding::kWhole, kLegacyCommon);
+KAVRA_FLIC_BENCH(common_copies, 640, 480, 100, FlicCoding::kCopies, kLegacyCommon);
+KAVRA_FLIC_BENCH(common_large_runs, 8192, 8192, 1, FlicCoding::kWhole, kLegacyCommon);
+KAVRA_FLIC_BENCH(common_large_copy, 8192, 8192, 1, FlicCoding::kCopies, kLegacyCommon);
 
 }  // namespace

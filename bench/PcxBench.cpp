@@ -6,6 +6,8 @@
 #include "Bench.h"
 #include "legacy/PcxFile.h"
 
+#include <kavra/devices/LoadPreferences.h>
+
 namespace {
 
 using namespace Kavra;
@@ -44,6 +46,7 @@ struct Layout {
     int planes;
     Scene scene;
     bool isCoded = true;
+    Devices::ELegacyReading reading = Devices::kLegacyContract;
 };
 
 std::vector<unsigned char> File(const Layout& layout) {
@@ -58,6 +61,9 @@ std::vector<unsigned char> File(const Layout& layout) {
 void LoadPcx(benchmark::State& state, const Layout& layout) {
     const TemporaryFolder folder;
     const auto path = folder.Write("picture.pcx", File(layout));
+    Devices::LoadPreferences preferences;
+    preferences.legacy = layout.reading;
+    const Devices::LoadPreferencesScope scope(preferences);
     if (TimeLoad(path).desc.dataSize != 4 * kPixels) return state.SkipWithError("loaded wrongly");
     const BestTimes best = BesideTimed(
         state, [&] { return TimeLoad(path).seconds; }, [] { return TimeBlockWrite(4 * kPixels, Memory::kKept); });
@@ -77,5 +83,15 @@ KAVRA_PCX_BENCH(colours_drawing, 8, 3, Scene::kDrawing);
 KAVRA_PCX_BENCH(nibbles, 4, 1, Scene::kDrawing);
 KAVRA_PCX_BENCH(four_planes, 1, 4, Scene::kDrawing);
 KAVRA_PCX_BENCH(bits, 1, 1, Scene::kDrawing);
+
+// The same in the common reading, which has more to undo in none of them.
+KAVRA_PCX_BENCH(common_bytes_photo, 8, 1, Scene::kPhoto, true, Devices::kLegacyCommon);
+KAVRA_PCX_BENCH(common_bytes_drawing, 8, 1, Scene::kDrawing, true, Devices::kLegacyCommon);
+KAVRA_PCX_BENCH(common_bytes_raw, 8, 1, Scene::kPhoto, false, Devices::kLegacyCommon);
+KAVRA_PCX_BENCH(common_colours_photo, 8, 3, Scene::kPhoto, true, Devices::kLegacyCommon);
+KAVRA_PCX_BENCH(common_colours_drawing, 8, 3, Scene::kDrawing, true, Devices::kLegacyCommon);
+KAVRA_PCX_BENCH(common_nibbles, 4, 1, Scene::kDrawing, true, Devices::kLegacyCommon);
+KAVRA_PCX_BENCH(common_four_planes, 1, 4, Scene::kDrawing, true, Devices::kLegacyCommon);
+KAVRA_PCX_BENCH(common_bits, 1, 1, Scene::kDrawing, true, Devices::kLegacyCommon);
 
 }  // namespace
