@@ -2,8 +2,6 @@
 
 #include "common/ByteOrder.h"
 
-#include <kavra/devices/Sys.h>
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -120,18 +118,17 @@ std::uint64_t FindFlicStart(ByteSource& source) {
     return told > kHeaderBytes && StartsFrames(source, told) ? told : kHeaderBytes;
 }
 
+const wchar_t* WhyFlicIsRefused(ByteSource& source) {
+    if (IsOtherFlic(source))
+        return L"FLICReader::Unsupported kind -- an animation of many colours or of another coding (FLX)";
+    if (HasManyColours(source)) return L"FLICReader::Unsupported kind -- an animation of more than 8 bits a pixel";
+    return nullptr;
+}
+
 Result<FlicMovie> ReadFlicMovie(ByteSource& source) {
-    if (IsOtherFlic(source)) {
-        Sys::Warning(L"FLICReader::Unsupported kind -- an animation of many colours or of another coding (FLX)",
-                     nullptr);
-        return std::unexpected(Failure::kUnsupported);
-    }
     const Result<FlicHeader> header = ReadFlicHeader(source);
     if (!header) return std::unexpected(header.error());
-    if (HasManyColours(source)) {
-        Sys::Warning(L"FLICReader::Unsupported kind -- an animation of more than 8 bits a pixel", nullptr);
-        return std::unexpected(Failure::kUnsupported);
-    }
+    if (HasManyColours(source)) return std::unexpected(Failure::kUnsupported);
     FlicMovie movie = {.header = *header, .firstChunk = FindFlicStart(source), .hasSixBits = HasShortHeader(source)};
     if (movie.header.width == 0 || movie.header.height == 0) {
         const bool isFli = KindOf(source) == kFli;

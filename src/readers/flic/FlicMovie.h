@@ -25,8 +25,10 @@ bool IsOtherFlic(Common::ByteSource& source);
 /// Where the first chunk is looked for.
 std::uint64_t FindFlicStart(Common::ByteSource& source);
 
+/// Why a file that is an animation all the same is none that is shown, as a message to the user; null where it is shown.
+const wchar_t* WhyFlicIsRefused(Common::ByteSource& source);
+
 /// Describes a file, whose frames it counts. A size that the header does not tell is that of the screens of the time.
-/// Raises a warning and fails for animations of related kinds.
 [[nodiscard]] Common::Result<FlicMovie> ReadFlicMovie(Common::ByteSource& source);
 
 /// Plays frames up to `wanted`, or the last one where there are fewer. What is damaged changes as much as there is of

@@ -3,6 +3,8 @@
 #include "common/ByteOrder.h"
 #include "readers/SampleTables.h"
 
+#include <kavra/devices/Sys.h>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -129,6 +131,19 @@ Table256<std::uint32_t> PixelTable(const FlicPalette& palette) {
     return table;
 }
 
+/// Whether the common reading shows another picture than one that was played. Of large frames it is not known.
+bool IsPlayedOtherwise(ByteSource& source, int frame, const FlicFrame& played, const FlicPalette& palette) {
+    constexpr std::size_t kMaxCompared = 1 << 24;  // what a comparison may take in memory
+    const Result<FlicMovie> movie = ReadFlicMovie(source);
+    if (!movie || played.Indices().size() > kMaxCompared) return false;
+    FlicFrame other(played.Width(), played.Height());
+    FlicPalette otherPalette{};
+    PlayFlicMovie(source, *movie, frame, other, otherPalette);
+    const Table256<std::uint32_t> ours = PixelTable(palette), theirs = PixelTable(otherPalette);
+    return !std::ranges::equal(played.Indices(), other.Indices(),
+                               [&](unsigned char a, unsigned char b) { return ours[a] == theirs[b]; });
+}
+
 }  // namespace
 
 void FLICReader::Close() {
@@ -139,6 +154,7 @@ void FLICReader::Close() {
 
 Result<> FLICReader::OpenFiles(PictureFiles files) {
     if (mReading.IsCommon()) {
+        if (const wchar_t* const why = WhyFlicIsRefused(files.source)) Sys::Warning(why, nullptr);
         const Result<FlicMovie> movie = ReadFlicMovie(files.source);
         if (!movie) return std::unexpected(movie.error());
         mMovie = *movie;
@@ -154,6 +170,17 @@ Result<> FLICReader::OpenFiles(PictureFiles files) {
     return {};
 }
 
+void FLICReader::PlayContract(int frame, FlicFrame& played, FlicPalette& palette) {
+    Reading how;  // the first thing that the common reading does otherwise, whether it shows or not
+    if (!mIsCompared) return PlayFlic(*mSource, mHeader, frame, played, palette);
+    if (FindFlicStart(*mSource) != kFirstChunk)
+        (void)how.IsCommon("frames that begin elsewhere than usual are not found by the host's rules");
+    PlayFlic(*mSource, mHeader, frame, played, palette, &how);
+    if (IsPlayedOtherwise(*mSource, frame, played, palette))
+        (void)mReading.IsCommon(how.Difference() != nullptr ? how.Difference()
+                                                            : "other frames are shown by the host's rules");
+}
+
 Result<> FLICReader::ReadFrame(Common::RowSink& rows, int frame) {
     if (!mSource) return std::unexpected(Failure::kCannotOpen);
     if (mHeader.width == 0 || mHeader.height == 0) return {};
@@ -162,9 +189,7 @@ Result<> FLICReader::ReadFrame(Common::RowSink& rows, int frame) {
     if (mReading.IsCommon()) {
         PlayFlicMovie(*mSource, mMovie, frame, played, palette);
     } else {
-        if (FindFlicStart(*mSource) != kFirstChunk)
-            (void)mReading.IsCommon("frames that begin elsewhere than usual are not found by the host's rules");
-        PlayFlic(*mSource, mHeader, std::max(frame, 0), played, palette, &mReading);
+        PlayContract(std::max(frame, 0), played, palette);
     }
     const Table256<std::uint32_t> table = PixelTable(palette);
     for (std::span<const unsigned char> indices = played.Indices(); !indices.empty();) {

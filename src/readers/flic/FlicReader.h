@@ -59,10 +59,14 @@ public:
     int GetFrameCount() override { return mReading.IsCommon() ? mMovie.frames : mHeader.frames; }
     std::uint64_t GetWorkingBytes() override { return FlicFrame::BytesOf(mHeader.width, mHeader.height); }
 
+    void LookForDifferences() override { mIsCompared = true; }
     const char* GetDifference() const override { return mReading.Difference(); }
 
 private:
+    void PlayContract(int frame, FlicFrame& played, FlicPalette& palette);
+
     Reading mReading;
+    bool mIsCompared = false;                   // with the common reading, in which small frames are played once more
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     FlicHeader mHeader;
     FlicMovie mMovie;  // of the common reading

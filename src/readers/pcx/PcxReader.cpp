@@ -4,7 +4,7 @@
 #include "readers/WriteRows.h"
 #include "readers/pcx/PcxCommonColours.h"
 #include "readers/pcx/PcxCommonRows.h"
-#include "readers/pcx/PcxDifferences.h"
+#include "readers/pcx/PcxComparison.h"
 #include "readers/pcx/PcxSamples.h"
 
 #include <kavra/devices/Sys.h>
@@ -345,14 +345,18 @@ void PCXReader::ReadCommonFrame(Common::RowSink& rows) {
 }
 
 void PCXReader::ReadContractFrame(Common::RowSink& rows) {
-    PcxDifferences differences(mReading, *mSource, mHeader, mPalette ? &*mPalette : nullptr);
+    ByteSource again = mSource->Again();
+    std::optional<PcxComparison> comparison;
+    if (mIsCompared) comparison.emplace(again, mHeader, mPalette ? &*mPalette : nullptr);
     const auto write = [&](auto& stored, const auto& next) {
         WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
                   [&](std::span<unsigned char> pixels) {
                       next(pixels);
                       WarnOfLinesOutOfData(stored.Lines());
+                      if (comparison) comparison->Look(pixels);
                   });
-        differences.CompareLines(stored.Lines());
+        const char* const how = comparison ? comparison->Difference(stored.Lines()) : nullptr;
+        if (how != nullptr) (void)mReading.IsCommon(how);
     };
     if (mPalette) {
         PcxIndexRows stored(*mSource, mHeader);

@@ -182,6 +182,7 @@ public:
     int GetRowPitch() override { return 4 * mHeader.Width(); }
     int GetFrameCount() override { return mPages.empty() ? 1 : static_cast<int>(mPages.size()); }
 
+    void LookForDifferences() override { mIsCompared = true; }
     const char* GetDifference() const override { return mReading.Difference(); }
 
 private:
@@ -192,6 +193,7 @@ private:
     void ReadCommonFrame(Common::RowSink& rows);
 
     Reading mReading;
+    bool mIsCompared = false;                   // with the common reading, which decodes the picture once more
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open; of several pages the selected one
     std::optional<Common::ByteSource> mBinder;  // the file with the pages
     std::vector<DcxPage> mPages;

@@ -28,6 +28,7 @@ Shown Show(const ByteBuilder& file, ELegacyReading reading, int frame) {
     const MessageRecorder recorder;
     Shown shown;
     FLICReader reader(reading);
+    reader.LookForDifferences();
     shown.opened = reader.Open(Wide(folder.Write("file", file.Bytes())));
     if (shown.opened) ReadFrame(reader, frame, shown);
     shown.messages = recorder.Texts();

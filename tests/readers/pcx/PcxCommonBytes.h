@@ -19,6 +19,7 @@ inline PcxShown ShowPcx(const ByteBuilder& file, Devices::ELegacyReading reading
     const MessageRecorder recorder;
     PcxShown shown;
     Devices::PCXReader reader(reading);
+    reader.LookForDifferences();
     shown.opened = reader.Open(Wide(folder.Write("file", file.Bytes()))) && reader.SelectFrame(frame);
     if (shown.opened) ReadFrame(reader, frame, shown);
     shown.messages = recorder.Texts();
