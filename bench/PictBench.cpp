@@ -6,6 +6,8 @@
 #include "Bench.h"
 #include "legacy/PictFile.h"
 
+#include <kavra/devices/LoadPreferences.h>
+
 namespace {
 
 using namespace Kavra;
@@ -39,7 +41,10 @@ Legacy::ByteBuilder Indices(const std::vector<unsigned char>& indices) {
 }
 
 template <class MakePicture>
-void LoadPict(benchmark::State& state, MakePicture makePicture) {
+void LoadPict(benchmark::State& state, Devices::ELegacyReading reading, MakePicture makePicture) {
+    Devices::LoadPreferences preferences;
+    preferences.legacy = reading;
+    const Devices::LoadPreferencesScope scope(preferences);
     const TemporaryFolder folder;
     const auto path = folder.Write("picture.pict", makePicture().Bytes());
     TimeLoad(path);
@@ -50,8 +55,14 @@ void LoadPict(benchmark::State& state, MakePicture makePicture) {
     state.counters["ratio"] = best.Ratio();
 }
 
-#define KAVRA_PICT_BENCH(name, picture) \
-    BENCHMARK_CAPTURE(LoadPict, name, [] { return picture; })->UseManualTime()->Unit(benchmark::kMillisecond)
+#define KAVRA_PICT_BENCH_AS(name, reading, picture)                             \
+    BENCHMARK_CAPTURE(LoadPict, name, Devices::reading, [] { return picture; }) \
+        ->UseManualTime()                                                       \
+        ->Unit(benchmark::kMillisecond)
+/// A row for each reading.
+#define KAVRA_PICT_BENCH(name, picture)                  \
+    KAVRA_PICT_BENCH_AS(name, kLegacyContract, picture); \
+    KAVRA_PICT_BENCH_AS(name##_common, kLegacyCommon, picture)
 
 using Legacy::PictMode;
 
@@ -66,5 +77,9 @@ KAVRA_PICT_BENCH(pict_16,
 KAVRA_PICT_BENCH(pict_8, Indices(TexturedPixels(kSide, kSide, 1)));
 KAVRA_PICT_BENCH(pict_8_fields, Indices(Fields()));
 KAVRA_PICT_BENCH(pict_1, Legacy::PictOfBits(kSide, kSide, Dots()));
+
+// What only the common reading shows: sixteen pixels for each stored one, and a mask of two edges a row.
+KAVRA_PICT_BENCH_AS(pict_16_enlarged_masked_common, kLegacyCommon,
+                    Legacy::PictThroughCircle(kSide / 4, kSide / 4, TexturedPixels(kSide / 4, kSide / 4, 3), 4));
 
 }  // namespace

@@ -60,6 +60,13 @@ TEST(PictInterop, EveryFileOfTheOthersReadsAsTheyReadIt) {
         EXPECT_EQ(Differences(Channels(LoadCommon(file).bytes, 3), PeerPixels(file, ".rgb")), 0U) << file;
 }
 
+TEST(PictInterop, OurSamplesForTheCommonReadingReadElsewhereAsInIt) {
+    const auto files = Peers("ours-common", ".pict");
+    ASSERT_FALSE(files.empty());
+    for (const auto& file : files)
+        EXPECT_EQ(Differences(Channels(LoadCommon(file).bytes, 3), PeerPixels(file, ".rgb")), 0U) << file;
+}
+
 TEST(PictInterop, KnownPixelsComeOutAsTheyAreMeant) {
     const auto files = Peers("pict-known", ".pict");
     EXPECT_GE(files.size(), 140U);

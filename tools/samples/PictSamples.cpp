@@ -32,6 +32,11 @@ void WritePictSamples(const std::string& folder) {
         Legacy::PictOfIndices(city.width, city.height, OrderedIndices(city, kSteps), ColourCube(kSteps)).Bytes());
     const Picture grey = Brightness(Paint(480, 320, [](float x, float y) { return Spheres(x, y, 1.5F).colour; }, true));
     WriteBytes(folder + "/dots.pict", Legacy::PictOfBits(grey.width, grey.height, ToDots(grey)).Bytes());
+    const Picture small = Paint(66, 44, Dunes, true);
+    WriteBytes(folder + "/bands.pict", Legacy::PictOfBands(small.width, small.height, ToBytes(small), 16).Bytes());
+    const Picture flower = Paint(60, 40, FlowerInMeadow, true);
+    WriteBytes(folder + "/circle.pict",
+               Legacy::PictThroughCircle(flower.width, flower.height, ToBytes(flower), 3).Bytes());
 }
 
 }  // namespace Kavra::Samples

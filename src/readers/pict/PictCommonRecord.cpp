@@ -173,13 +173,17 @@ Result<Storages> ReadHeader(ByteSource& source, PictBitmapOpcode opcode, PictCom
     bitmap.bounds = *bounds;
     layout.width = bounds->Width();
     layout.rowBytes = *rowBytes & ~kPixelMapFlag;
-    if (bounds->IsEmpty() || layout.rowBytes == 0) return std::unexpected(Failure::kMalformed);
+    if (bounds->IsEmpty()) return std::unexpected(Failure::kMalformed);
+    const auto bytes = [&](int bits) { return static_cast<unsigned>((layout.width * bits + 7) / 8); };
     const bool isMap = opcode.isDirect || (*rowBytes & kPixelMapFlag) != 0;
     const Result<MapHeader> map = isMap ? ReadMapHeader(source) : MapHeader{};
     if (!map) return std::unexpected(map.error());
     if (!IsDepth(map->bits)) return std::unexpected(Failure::kUnsupported);
     layout.pixelSize = map->bits;
     layout.components = map->components == 4 ? 4 : 3;
+    // Rows of direct colour may be longer than their field can tell: then it holds the low bits of their length.
+    if (layout.IsDirect()) layout.rowBytes = std::max(layout.rowBytes, bytes(layout.pixelSize));
+    if (layout.rowBytes == 0) return std::unexpected(Failure::kMalformed);
     if (!isMap) {
         bitmap.colours = {kPictWhite, kPictBlack};
     } else if (!opcode.isDirect) {

@@ -17,7 +17,7 @@ constexpr std::size_t kMaxRecords = 4096;
 constexpr const char* kCutToFrame = "a picture of more than 72 dpi is cut to its frame by the host's rules";
 constexpr const char* kNoQuickTime = "pictures compressed by QuickTime are left out by the host's rules";
 constexpr const char* kNothingShown =
-    "a bitmap that is to be stretched or moved empties the picture by the host's rules";
+    "bitmaps that are stretched, moved or of masked direct colour are left out by the host's rules";
 constexpr const char* kTwoColours = "copied colours are drawn in two colours by the host's rules";
 constexpr const char* kNotMoved = "bitmaps are not drawn where and as large as they should be by the host's rules";
 constexpr const char* kNotClipped = "clipping and mask regions are ignored by the host's rules";

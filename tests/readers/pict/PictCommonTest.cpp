@@ -95,7 +95,8 @@ TEST(PictCommon, ASourceIsScaledToItsDestination) {
     EXPECT_EQ(Reds(DecodeCommon(file)), (Bytes{10, 10, 10, 20, 20, 20, 10, 10, 10, 20, 20, 20,  //
                                                30, 30, 30, 40, 40, 40, 30, 30, 30, 40, 40, 40}));
     EXPECT_EQ(Reds(DecodePictAs(file, kLegacyContract)), Bytes(24, 255));
-    EXPECT_EQ(NoteOf(file), "a bitmap that is to be stretched or moved empties the picture by the host's rules");
+    EXPECT_EQ(NoteOf(file),
+              "bitmaps that are stretched, moved or of masked direct colour are left out by the host's rules");
 }
 
 TEST(PictCommon, ShrinkingTakesTheNearestPixels) {
@@ -173,6 +174,23 @@ TEST(PictCommon, DirectColourIsStoredInEveryPacking) {
     const auto four = Opaque({{0, 0, 8}, {0, 0, 8}, {0, 0, 8}, {0, 0, 16}});
     EXPECT_EQ(pixels(Direct(4, 1, 16, {0, 1, 0, 1, 0, 1, 0, 2}), 1), four);
     EXPECT_EQ(pixels(Direct(4, 1, 16, {6, 0xFE, 0, 1, 0, 0, 2}), 3), four);
+}
+
+TEST(PictCommon, RowsOfDirectColourMayBeLongerThanTheirFieldTells) {
+    for (const int width : {8192, 8193}) {
+        PictMap map = Direct(width, 1, 32, {});
+        map.rowBytes = 0x8000 | (static_cast<unsigned>(width) * 4 & 0xFFFF);
+        Bytes packets;
+        for (int left = 3 * width; left > 0; left -= 128) {
+            const int count = std::min(left, 128);
+            packets.push_back(static_cast<unsigned char>(count == 1 ? 0 : 257 - count));
+            packets.push_back(7);
+        }
+        map.data = {static_cast<unsigned char>(packets.size() >> 8), static_cast<unsigned char>(packets.size() & 0xFF)};
+        map.data.insert(map.data.end(), packets.begin(), packets.end());
+        EXPECT_EQ(Reds(DecodeCommon(PictMaker({0, 0, 1, width}).Direct(map).End())),
+                  Bytes(static_cast<std::size_t>(width), 7));
+    }
 }
 
 TEST(PictCommon, TheFlag128DoesNothing) {

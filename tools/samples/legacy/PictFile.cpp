@@ -1,6 +1,7 @@
 #include "legacy/PictFile.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Kavra::Legacy {
 
@@ -10,8 +11,9 @@ constexpr std::size_t kPreambleBytes = 512;
 constexpr std::size_t kMaxUnits = 128;  // of a packet that every program reads alike
 constexpr unsigned kPixelMapFlag = 0x8000;
 
-void AddRect(ByteBuilder& file, int width, int height) {
-    file.Big16(0).Big16(0).Big16(static_cast<unsigned>(height)).Big16(static_cast<unsigned>(width));
+void AddRect(ByteBuilder& file, int width, int height, int top = 0) {
+    file.Big16(static_cast<unsigned>(top)).Big16(0);
+    file.Big16(static_cast<unsigned>(top + height)).Big16(static_cast<unsigned>(width));
 }
 
 /// All that comes before the image.
@@ -43,9 +45,9 @@ struct PixelMap {
     unsigned packing;
 };
 
-void AddPixelMap(ByteBuilder& file, int width, int height, unsigned rowBytes, const PixelMap& map) {
+void AddPixelMap(ByteBuilder& file, int width, int height, unsigned rowBytes, const PixelMap& map, int top = 0) {
     file.Big16(rowBytes | kPixelMapFlag);
-    AddRect(file, width, height);
+    AddRect(file, width, height, top);
     file.Big16(0).Big16(map.packing).Big16(0).Big16(0);
     file.Big16(72).Big16(0).Big16(72).Big16(0);
     file.Big16(map.type).Big16(map.bits).Big16(map.components).Big16(map.componentBits).Fill(12, 0);
@@ -61,6 +63,31 @@ void AddRow(ByteBuilder& file, std::span<const unsigned char> row, std::size_t u
     const std::vector<unsigned char> packed = PackPictRow(row, unit);
     const auto count = static_cast<unsigned>(packed.size());
     (wideCount ? file.Big16(count) : file.Byte(count)).Append(packed);
+}
+
+/// A region: the circle in the middle that touches the upper and the lower edge. Of each row that is not like the one
+/// above, where it changes.
+void AddCircle(ByteBuilder& file, int width, int height) {
+    ByteBuilder rows;
+    int before = 0;  // half the width of the row above
+    for (int y = 0; y < height; ++y) {
+        const double fromMiddle = y + 0.5 - 0.5 * height;
+        const int half = static_cast<int>(std::sqrt(0.25 * height * height - fromMiddle * fromMiddle));
+        if (half == before) continue;
+        std::vector<int> edges = {width / 2 - half, width / 2 + half};
+        if (before > 0) edges.insert(edges.end(), {width / 2 - before, width / 2 + before});
+        std::ranges::sort(edges);
+        rows.Big16(static_cast<unsigned>(y));
+        for (const int edge : edges)
+            rows.Big16(static_cast<unsigned>(edge));
+        rows.Big16(0x7FFF);
+        before = half;
+    }
+    rows.Big16(static_cast<unsigned>(height)).Big16(static_cast<unsigned>(width / 2 - before));
+    rows.Big16(static_cast<unsigned>(width / 2 + before)).Big16(0x7FFF).Big16(0x7FFF);
+    file.Big16(static_cast<unsigned>(10 + rows.Size()));
+    AddRect(file, width, height);
+    file.Append(rows.Bytes());
 }
 
 /// Units from the start that are all the same.
@@ -115,6 +142,40 @@ std::vector<unsigned char> RowOfBits(std::span<const unsigned char> black, std::
 }
 
 }  // namespace
+
+ByteBuilder PictOfBands(int width, int height, std::span<const unsigned char> rgb, int rowsOfBand) {
+    const std::size_t bytes = 3 * static_cast<std::size_t>(width);
+    const auto rowBytes = static_cast<unsigned>(4 * width);
+    ByteBuilder file = Start(width, height);
+    for (int top = 0; top < height; top += rowsOfBand) {
+        const int rows = std::min(rowsOfBand, height - top);
+        file.Fill(file.Size() % 2, 0).Big16(0x009A).Big16(0).Big16(0x00FF);
+        AddPixelMap(file, width, rows, rowBytes,
+                    {.type = 16, .bits = 32, .components = 3, .componentBits = 8, .packing = 4}, top);
+        AddRect(file, width, rows, top);
+        AddRect(file, width, rows, top);
+        file.Big16(static_cast<unsigned>(PictMode::kCopy));
+        for (int y = top; y < top + rows; ++y)
+            AddRow(file, Row32(rgb.subspan(static_cast<std::size_t>(y) * bytes, bytes)), 1, rowBytes > 250);
+    }
+    return End(file);
+}
+
+ByteBuilder PictThroughCircle(int width, int height, std::span<const unsigned char> rgb, int times) {
+    const std::size_t bytes = 3 * static_cast<std::size_t>(width);
+    const auto rowBytes = static_cast<unsigned>(2 * width);
+    ByteBuilder file = Start(times * width, times * height);
+    file.Big16(0x009B).Big16(0).Big16(0x00FF);
+    AddPixelMap(file, width, height, rowBytes,
+                {.type = 16, .bits = 16, .components = 3, .componentBits = 5, .packing = 3});
+    AddRect(file, width, height);
+    AddRect(file, times * width, times * height);
+    file.Big16(static_cast<unsigned>(PictMode::kCopy));
+    AddCircle(file, times * width, times * height);
+    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y)
+        AddRow(file, Row16(rgb.subspan(y * bytes, bytes)), 2, rowBytes > 250);
+    return End(file);
+}
 
 std::vector<unsigned char> PackPictRow(std::span<const unsigned char> row, std::size_t unit) {
     std::vector<unsigned char> packed;

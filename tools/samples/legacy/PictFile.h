@@ -35,6 +35,14 @@ ByteBuilder PictOfColours(int width, int height, std::span<const unsigned char> 
 /// One byte a pixel: black where it is not zero. Stored in 1 bit a pixel.
 ByteBuilder PictOfBits(int width, int height, std::span<const unsigned char> black);
 
+// What only readers see as it is that follow the whole description (`--legacy common`):
+
+/// Three bytes a pixel in 32 bits and as many bands as fit, each a bitmap of its own that is copied.
+ByteBuilder PictOfBands(int width, int height, std::span<const unsigned char> rgb, int rowsOfBand);
+
+/// Three bytes a pixel in 16 bits, copied and enlarged so many times, with a circle for its mask that fills the height.
+ByteBuilder PictThroughCircle(int width, int height, std::span<const unsigned char> rgb, int times);
+
 /// A row in PackBits, with units of 1 or 2 bytes.
 std::vector<unsigned char> PackPictRow(std::span<const unsigned char> row, std::size_t unit);
 
