@@ -23,6 +23,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int type = Devices::DetectImageFileType(file.Name());
     if (type < Devices::CALS || type > Devices::Other || type == Devices::Spot) std::abort();
 
+    // The common reading knows more files, and none otherwise.
+    const int common = Devices::DetectFile(file.Name(), Devices::kLegacyCommon).type;
+    if (type != Devices::Other && common != type) std::abort();
+
     // A side file matters to nothing but what would be unknown without it.
     const Fuzz::FuzzFile header(Bytes(kHeader), ".hdr");
     const Fuzz::FuzzFile raster({data, size}, ".bil");
