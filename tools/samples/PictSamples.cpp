@@ -32,7 +32,7 @@ void WritePictSamples(const std::string& folder) {
         Legacy::PictOfIndices(city.width, city.height, OrderedIndices(city, kSteps), ColourCube(kSteps)).Bytes());
     const Picture grey = Brightness(Paint(480, 320, [](float x, float y) { return Spheres(x, y, 1.5F).colour; }, true));
     WriteBytes(folder + "/dots.pict", Legacy::PictOfBits(grey.width, grey.height, ToDots(grey)).Bytes());
-    const Picture small = Paint(66, 44, Dunes, true);
+    const Picture small = Paint(84, 56, Dunes, true);
     WriteBytes(folder + "/bands.pict", Legacy::PictOfBands(small.width, small.height, ToBytes(small), 16).Bytes());
     const Picture flower = Paint(60, 40, FlowerInMeadow, true);
     WriteBytes(folder + "/circle.pict",

@@ -1,14 +1,10 @@
 #include "readers/pict/PictQuickTime.h"
 
-#include "readers/pict/PictStream.h"
-
-#include <OpenImageIO/filesystem.h>
-#include <OpenImageIO/imageio.h>
+#include "readers/EmbeddedPicture.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <memory>
 #include <string_view>
 
 namespace Kavra::Devices {
@@ -124,36 +120,9 @@ Result<PictCompressed> ReadDescription(ByteSource& source, std::uint64_t end) {
     return picture;
 }
 
-/// A compressed picture, opened by the image library where it lies in memory.
-class OpenedPicture {
-public:
-    OpenedPicture(std::span<const unsigned char> file, const PictCompressed& picture)
-        : mReader(file.data() + picture.offset, picture.bytes), mInput(OIIO::ImageInput::create(picture.format)) {
-        OIIO::ImageSpec config;
-        config.attribute("oiio:UnassociatedAlpha", 1);
-        config.attribute("oiio:ioproxy", OIIO::TypeDesc::PTR, static_cast<const void*>(&mProxy));
-        if (mInput && !mInput->open(std::string("picture.") + picture.format, mSpec, config)) mInput = nullptr;
-        (void)OIIO::geterror();  // which the library would keep for ever
-    }
-
-    bool IsOpen() const { return mInput != nullptr; }
-    const OIIO::ImageSpec& Spec() const { return mSpec; }
-
-    /// Reads one colour as three alike. What cannot be read stays as it is.
-    void ReadInto(std::vector<unsigned char>& rgb) {
-        const int channels = mSpec.nchannels >= 3 ? 3 : 1;
-        if (!mInput->read_image(0, 0, 0, channels, OIIO::TypeDesc::UINT8, rgb.data(), 3)) (void)mInput->geterror();
-        if (channels == 3) return;
-        for (std::size_t at = 0; at + 3 <= rgb.size(); at += 3)
-            rgb[at + 1] = rgb[at + 2] = rgb[at];
-    }
-
-private:
-    OIIO::Filesystem::IOMemReader mReader;
-    OIIO::Filesystem::IOProxy* mProxy = &mReader;
-    std::unique_ptr<OIIO::ImageInput> mInput;
-    OIIO::ImageSpec mSpec;
-};
+std::span<const unsigned char> BytesOf(std::span<const unsigned char> file, const PictCompressed& picture) {
+    return file.subspan(picture.offset, picture.bytes);
+}
 
 Result<PictRegion> ReadMask(ByteSource& source, std::uint32_t bytes) {
     if (bytes == 0) return PictRegion{.box = kPictEverywhere};
@@ -164,16 +133,13 @@ Result<PictRegion> ReadMask(ByteSource& source, std::uint32_t bytes) {
 
 /// The size of the pixels is the library's, which decodes them, whatever the description says.
 bool TakeSize(ByteSource& source, PictCommonRecord& record) {
-    constexpr int kMaxSide = 0x7FFF;
     if (!source.Seek(0)) return false;
-    const OpenedPicture picture(source.Peek(), record.compressed);
-    const OIIO::ImageSpec& spec = picture.Spec();
-    if (!picture.IsOpen() || spec.width < 1 || spec.height < 1) return false;
-    if (spec.width > kMaxSide || spec.height > kMaxSide || spec.nchannels < 1) return false;
-    record.bitmap.bounds = {.bottom = spec.height, .right = spec.width};
+    const auto size = EmbeddedPictureSize(BytesOf(source.Peek(), record.compressed), record.compressed.format);
+    if (!size) return false;
+    record.bitmap.bounds = {.bottom = size->height, .right = size->width};
     record.bitmap.layout = {
-        .width = spec.width, .pixelSize = 32, .components = 3, .storage = PictRowStorage::kWithoutPad};
-    record.storedRows = spec.height;
+        .width = size->width, .pixelSize = 32, .components = 3, .storage = PictRowStorage::kWithoutPad};
+    record.storedRows = size->height;
     return true;
 }
 
@@ -210,13 +176,7 @@ std::optional<PictCommonRecord> ReadPictUncompressed(ByteSource& source, std::ui
 }
 
 std::vector<unsigned char> DecodePictCompressed(std::span<const unsigned char> file, const PictCompressed& picture) {
-    OpenedPicture opened(file, picture);
-    std::vector<unsigned char> rgb;
-    if (!opened.IsOpen()) return rgb;
-    rgb.assign(3 * static_cast<std::size_t>(opened.Spec().width) * static_cast<std::size_t>(opened.Spec().height),
-               0xFF);
-    opened.ReadInto(rgb);
-    return rgb;
+    return DecodeEmbeddedPicture(BytesOf(file, picture), picture.format);
 }
 
 }  // namespace Kavra::Devices
