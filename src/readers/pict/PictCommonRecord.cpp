@@ -8,6 +8,7 @@
 #include <ranges>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace Kavra::Devices {
 
@@ -106,24 +107,34 @@ bool IsDepth(unsigned bits) {
     return std::ranges::contains(std::array{1U, 2U, 4U, 8U, 16U, 32U}, bits);
 }
 
-/// What of the ways to store rows fits, the published one first.
-struct Storages {
-    PictRowStorage published, other;
-};
+/// The ways in which rows may be stored, the published one first.
+using Layouts = std::vector<PictRowLayout>;
 
 /// Rows of fewer than 8 bytes are never packed, whatever is said of them. A count is one byte up to 250 row bytes; some
 /// writers make it two for direct colour at any width. Bitmaps of the opcodes for what is not packed are packed all the
-/// same in some files.
-Storages StoragesOf(const PictRowLayout& layout, PictBitmapOpcode opcode, std::uint16_t packing) {
+/// same in some files. Rows of 32 bits may have another number of components than is said.
+Layouts LayoutsOf(const PictRowLayout& layout, PictBitmapOpcode opcode, std::uint16_t packing) {
     using enum PictRowStorage;
-    if (layout.rowBytes < kMinPackedRowBytes) return {kPlain, kPlain};
-    if (opcode.isDirect && packing == 1) return {kPlain, kPlain};
-    if (opcode.isDirect && packing == 2)
-        return layout.pixelSize == 32 ? Storages{kWithoutPad, kPlain} : Storages{kPlain, kPlain};
+    const auto stored = [&](PictRowStorage storage) {
+        PictRowLayout result = layout;
+        result.storage = storage;
+        return result;
+    };
+    if (layout.rowBytes < kMinPackedRowBytes) return {stored(kPlain)};
+    if (layout.IsDirect() && packing == 2 && layout.pixelSize == 32) return {stored(kWithoutPad), stored(kPlain)};
+    if (layout.IsDirect() && (packing == 1 || packing == 2)) return {stored(kPlain)};
     const bool wide = layout.rowBytes > kMaxRowBytesOfByteCounts;
-    const PictRowStorage counts = wide ? kWordCounts : kByteCounts;
-    if (!opcode.isPacked) return {counts, kPlain};
-    return {counts, wide ? kByteCounts : kWordCounts};
+    const PictRowLayout published = stored(wide ? kWordCounts : kByteCounts);
+    if (!opcode.isPacked) return {published, stored(kPlain)};
+    Layouts layouts = {published, stored(wide ? kByteCounts : kWordCounts)};
+    if (layout.pixelSize == 32) {
+        for (const std::size_t i : {0U, 1U}) {
+            PictRowLayout other = layouts[i];
+            other.components = 7 - other.components;  // 3 or 4
+            layouts.push_back(other);
+        }
+    }
+    return layouts;
 }
 
 /// How far rows of a layout go.
@@ -144,25 +155,25 @@ Stretch LookThrough(ByteSource& source, const PictRowLayout& layout, int rows) {
     return stretch;
 }
 
-/// Settles how the rows are stored, and goes behind them.
-Result<> TakeRows(ByteSource& source, const Storages& storages, PictCommonRecord& record) {
-    PictRowLayout& layout = record.bitmap.layout;
+/// Settles how the rows are stored, by the first layout in which all are whole or else that in which most are, and goes
+/// behind them.
+Result<> TakeRows(ByteSource& source, const Layouts& layouts, PictCommonRecord& record) {
     const int rows = record.bitmap.bounds.Height();
     record.bitmap.rows = source.Position();
-    layout.storage = storages.published;
-    Stretch stretch = LookThrough(source, layout, rows);
-    if (stretch.wholeRows < rows && storages.other != storages.published) {
-        PictRowLayout other = layout;
-        other.storage = storages.other;
+    Stretch best{.wholeRows = -1};
+    for (const PictRowLayout& layout : layouts) {
         if (const Result<> back = source.Seek(record.bitmap.rows); !back) return back;
-        const Stretch otherwise = LookThrough(source, other, rows);
-        if (otherwise.wholeRows > stretch.wholeRows) layout = other, stretch = otherwise;
+        const Stretch stretch = LookThrough(source, layout, rows);
+        if (stretch.wholeRows <= best.wholeRows) continue;
+        best = stretch;
+        record.bitmap.layout = layout;
+        if (best.wholeRows == rows) break;
     }
-    record.storedRows = stretch.rows;
-    return source.Seek(stretch.end);
+    record.storedRows = best.rows;
+    return source.Seek(best.end);
 }
 
-Result<Storages> ReadHeader(ByteSource& source, PictBitmapOpcode opcode, PictCommonRecord& record) {
+Result<Layouts> ReadHeader(ByteSource& source, PictBitmapOpcode opcode, PictCommonRecord& record) {
     PictRecord& bitmap = record.bitmap;
     PictRowLayout& layout = bitmap.layout;
     const std::uint64_t address = opcode.isDirect ? 4 : 0;  // in the memory of the writer
@@ -191,7 +202,7 @@ Result<Storages> ReadHeader(ByteSource& source, PictBitmapOpcode opcode, PictCom
         if (!colours) return std::unexpected(colours.error());
         bitmap.colours = *std::move(colours);
     }
-    return StoragesOf(layout, {layout.IsDirect(), opcode.hasMask, opcode.isPacked}, map->packing);
+    return LayoutsOf(layout, {layout.IsDirect(), opcode.hasMask, opcode.isPacked}, map->packing);
 }
 
 Result<> ReadPlacement(ByteSource& source, PictRecord& bitmap) {
@@ -225,8 +236,8 @@ std::optional<PictBitmapOpcode> PictBitmapOpcodeOf(std::uint16_t opcode) {
 
 Result<PictCommonRecord> ReadPictCommonRecord(ByteSource& source, PictBitmapOpcode opcode, const PictState& state) {
     PictCommonRecord record;
-    const Result<Storages> storages = ReadHeader(source, opcode, record);
-    if (!storages) return std::unexpected(storages.error());
+    const Result<Layouts> layouts = ReadHeader(source, opcode, record);
+    if (!layouts) return std::unexpected(layouts.error());
     if (const Result<> placed = ReadPlacement(source, record.bitmap); !placed) return std::unexpected(placed.error());
     record.mask.box = kPictEverywhere;
     if (opcode.hasMask) {
@@ -234,7 +245,7 @@ Result<PictCommonRecord> ReadPictCommonRecord(ByteSource& source, PictBitmapOpco
         if (!mask) return std::unexpected(mask.error());
         record.mask = *mask;
     }
-    if (const Result<> taken = TakeRows(source, *storages, record); !taken) return std::unexpected(taken.error());
+    if (const Result<> taken = TakeRows(source, *layouts, record); !taken) return std::unexpected(taken.error());
     PlacePictRecord(record, state);
     return record;
 }

@@ -1,5 +1,6 @@
 #include "readers/pict/PictModes.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -91,21 +92,31 @@ void Highlight(const PictInks& inks, Source source, Page page) {
     });
 }
 
+// The largest sum is 65535 * 65535 + 32767, which has 32 bits.
 constexpr auto kBlend = [](PictValue c, PictValue s, PictValue o) {
-    return static_cast<PictValue>((std::uint64_t{s} * o + std::uint64_t{c} * (0xFFFF - o) + 0x7FFF) / 0xFFFF);
+    return (s * o + c * (0xFFFF - o) + 0x7FFF) / 0xFFFF;
 };
 
-/// `Channel(page, source, operation)` for every channel by itself.
+/// `Channel(page, source, operation)` for every channel by itself. In parts of a fixed size, with an operation for each
+/// of their bytes, those of alpha too, which is set afterwards: so compilers make vectors of the loops.
 template <auto Channel>
 void EachChannel(const PictInks& inks, Source source, Page page) {
-    for (std::size_t at = 0; at + kPixelBytes <= page.size(); at += kPixelBytes) {
-        for (std::size_t channel = 0; channel < 3; ++channel) {
-            unsigned char& c = page[at + channel];
-            const auto value =
-                static_cast<std::uint16_t>(Channel(c * 257, source[at + channel] * 257, inks.operation[channel]));
-            c = static_cast<unsigned char>(value >> 8);
+    constexpr std::size_t kPart = 64;
+    std::array<std::uint16_t, kPart> operations{};
+    for (std::size_t i = 0; i < kPart; ++i)
+        operations[i] = i % kPixelBytes < 3 ? inks.operation[i % kPixelBytes] : 0;
+    std::array<unsigned char, kPart> from{}, to{};
+    for (std::size_t at = 0; at < page.size(); at += kPart) {
+        const std::size_t bytes = std::min(kPart, page.size() - at);
+        std::memcpy(from.data(), source.data() + at, bytes);
+        std::memcpy(to.data(), page.data() + at, bytes);
+        for (std::size_t i = 0; i < kPart; ++i) {
+            const auto value = static_cast<std::uint16_t>(Channel(to[i] * 257, from[i] * 257, operations[i]));
+            to[i] = static_cast<unsigned char>(value >> 8);
         }
-        page[at + 3] = 0xFF;
+        for (std::size_t i = 3; i < kPart; i += kPixelBytes)
+            to[i] = 0xFF;
+        std::memcpy(page.data() + at, to.data(), bytes);
     }
 }
 

@@ -193,6 +193,15 @@ TEST(PictCommon, RowsOfDirectColourMayBeLongerThanTheirFieldTells) {
     }
 }
 
+TEST(PictCommon, RowsMayHaveAnotherNumberOfComponentsThanIsSaid) {
+    PictMap map = Direct(2, 1, 32, {7, 5, 1, 4, 2, 5, 3, 6});
+    map.components = 4;
+    EXPECT_EQ(DecodeCommon(PictMaker({0, 0, 1, 2}).Direct(map).End()).block, Opaque({{1, 2, 3}, {4, 5, 6}}));
+    map.components = 3;
+    map.data = {9, 7, 0, 0, 1, 4, 2, 5, 3, 6};
+    EXPECT_EQ(DecodeCommon(PictMaker({0, 0, 1, 2}).Direct(map).End()).block, Opaque({{1, 2, 3}, {4, 5, 6}}));
+}
+
 TEST(PictCommon, TheFlag128DoesNothing) {
     const auto file = PictMaker({0, 0, 1, 2}).Direct(Direct(2, 1, 32, {8, 0x80, 5, 1, 4, 2, 5, 3, 6})).End();
     EXPECT_EQ(DecodeCommon(file).block, Opaque({{1, 2, 3}, {4, 5, 6}}));
