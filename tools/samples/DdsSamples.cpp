@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
 
 namespace Kavra::Samples {
@@ -142,6 +144,84 @@ Bytes VolumeBytes(int size, int depth) {
     return bytes;
 }
 
+// --- Relief ----------------------------------------------------------------------------------------------------------
+
+constexpr int kReliefSize = 64;
+
+/// How far a surface leans to the right and down, each from -1 to 1: that of the tile, as high as it is bright.
+std::array<float, 2> SlopeAt(const Picture& tile, int x, int y) {
+    const auto height = [&](int column, int row) {
+        const float* p = tile.At((column + kReliefSize) % kReliefSize, (row + kReliefSize) % kReliefSize);
+        return p[0] + p[1] + p[2];
+    };
+    const float right = height(x - 1, y) - height(x + 1, y), down = height(x, y - 1) - height(x, y + 1);
+    const float length = std::sqrt(right * right + down * down + 1);
+    return {right / length, down / length};
+}
+
+/// A channel of 4 x 4 values in 8 bytes: their range in seven equal steps, each value the nearest of eight.
+void AppendBc4Block(const std::array<int, 16>& values, Bytes& out) {
+    const auto [low, high] = std::ranges::minmax(values);
+    std::uint64_t indices = 0;
+    for (std::size_t i = 0; i < values.size() && high > low; ++i) {
+        const int step = (14 * (high - values[i]) + high - low) / (2 * (high - low));  // from the high end
+        const std::uint64_t index = step == 0 ? 0 : step == 7 ? 1 : static_cast<std::uint64_t>(step) + 1;
+        indices |= index << (3 * i);
+    }
+    out.push_back(static_cast<unsigned char>(high));
+    out.push_back(static_cast<unsigned char>(low));
+    for (int i = 0; i < 6; ++i)
+        out.push_back(static_cast<unsigned char>(indices >> (8 * i)));
+}
+
+/// The slopes in two channels around 128.
+Bytes ToBc5(const Picture& tile) {
+    Bytes bytes;
+    for (int top = 0; top < kReliefSize; top += 4) {
+        for (int left = 0; left < kReliefSize; left += 4) {
+            for (const std::size_t channel : {0, 1}) {
+                std::array<int, 16> values{};
+                for (int i = 0; i < 16; ++i) {
+                    const float slope = SlopeAt(tile, left + i % 4, top + i / 4)[channel];
+                    values[static_cast<std::size_t>(i)] = static_cast<int>((slope + 1) * 127.5F + 0.5F);
+                }
+                AppendBc4Block(values, bytes);
+            }
+        }
+    }
+    return bytes;
+}
+
+/// The slopes in two signed channels of 8 bits, under a header that the host does not write: of a bump map.
+Bytes BumpMap(const Picture& tile) {
+    constexpr std::uint32_t kBump = 0x80000, kSide = kReliefSize;
+    std::array<std::uint32_t, 32> header = {0x20534444, 124, 0x1007, kSide, kSide};
+    header[19] = 32;
+    header[20] = kBump;
+    header[22] = 16;
+    header[23] = 0xFF;
+    header[24] = 0xFF00;
+    header[27] = 0x1000;
+    Bytes bytes(sizeof header);
+    std::memcpy(bytes.data(), header.data(), sizeof header);
+    for (int y = 0; y < kReliefSize; ++y) {
+        for (int x = 0; x < kReliefSize; ++x) {
+            for (const float slope : SlopeAt(tile, x, y))
+                bytes.push_back(static_cast<unsigned char>(static_cast<signed char>(std::lround(slope * 127))));
+        }
+    }
+    return bytes;
+}
+
+void WriteRelief(const std::string& folder) {
+    const Picture tile = Paint(kReliefSize, kReliefSize, Ornament, false);
+    WriteDds(folder + "/normals.dds", kTexture2D, kBC5, kReliefSize, kReliefSize, 1, 1, ToBc5(tile));
+    const Bytes bump = BumpMap(tile);
+    std::ofstream file(folder + "/bump.dds", std::ios::binary);
+    file.write(reinterpret_cast<const char*>(bump.data()), static_cast<std::streamsize>(bump.size()));
+    if (!file.flush()) throw std::runtime_error(folder + "/bump.dds: cannot be written");
+}
+
 }  // namespace
 
 void WriteDdsSamples(const std::string& folder) {
@@ -166,6 +246,7 @@ void WriteDdsSamples(const std::string& folder) {
     WriteDds(folder + "/cube.dds", kTextureCube, kR8G8B8A8, 64, 64, 1, 1, CubeBytes(64, 1));
     WriteDds(folder + "/cube-mips.dds", kTextureCube, kR8G8B8A8, 32, 32, 1, 6, CubeBytes(32, 6));
     WriteDds(folder + "/volume.dds", kTextureVolume, kR8G8B8A8, 32, 32, 8, 1, VolumeBytes(32, 8));
+    WriteRelief(folder);
 }
 
 }  // namespace Kavra::Samples

@@ -5,7 +5,8 @@
 
 namespace Kavra::Samples {
 
-/// Writes photo.dds, mips.dds, bc1.dds, dx10.dds, float.dds, cube.dds, cube-mips.dds and volume.dds into `folder`.
+/// Writes photo.dds, mips.dds, bc1.dds, dx10.dds, float.dds, cube.dds, cube-mips.dds, volume.dds, normals.dds and bump.dds
+/// into `folder`.
 /// Throws `std::runtime_error`.
 void WriteDdsSamples(const std::string& folder);
 
