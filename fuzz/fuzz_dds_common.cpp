@@ -61,7 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Common::ByteSource file(bytes);
     const KString noPath(L"");
     for (int level = 0; level < picture->Shape().levels; ++level) {
-        (void)DdsDifference(noPath, &file, level);
+        (void)DdsDifference(noPath, &file, {.width = 1, .level = level});
         LoadLevel(bytes, *picture, level);
     }
     return 0;

@@ -51,6 +51,25 @@ bool IsMisplaced(const DdsCommonPicture& picture) {
            (own.type == kTextureCube && shape->levels != own.levels);
 }
 
+/// Which the contract's reading refuses: it halves the depth of a level once more for each level.
+bool IsLowerVolume(const DdsCommonPicture& picture, int level) {
+    return level > 0 && picture.LevelSize(level).depth > 1;
+}
+
+int Limited(int side, int limit) {
+    return limit < 1 ? side : std::min(side, limit);
+}
+
+/// Whether a load is wanted smaller or turned of a file that only the host's own reader takes, which does neither.
+bool IsLeftAsItIs(const DdsCommonPicture& picture, const LoadRequest& request) {
+    const bool isLibrarys = Dds::LibraryUnitOf(picture.Header()) && Dds::LibraryShapeOf(picture.Header());
+    if (isLibrarys || WantsSlice(request.preferences)) return false;
+    const Dds::Extent size = picture.LevelSize(std::max(request.level, 0));
+    const bool isSmaller =
+        Limited(size.width, request.width) < size.width || Limited(size.height, request.height) < size.height;
+    return isSmaller || request.orientation != kTopLeft;
+}
+
 // --- Blocks of the library -------------------------------------------------------------------------------------------
 
 /// Has the library decode rows of blocks, as a file of their own.
@@ -122,10 +141,6 @@ void Describe(ImageDescription& desc, const DdsCommonPicture& picture, const Wan
     desc.hasAlpha = picture.HasAlpha();
 }
 
-int Limited(int side, int limit) {
-    return limit < 1 ? side : std::min(side, limit);
-}
-
 struct Fitting {
     IncomingRows picture;
     Reshaping wanted;
@@ -163,7 +178,10 @@ bool IsWithinLimits(const DdsCommonPicture& picture, const Wanted& wanted, const
 }
 
 PixelBlock ReadAll(DdsCommonPicture& picture, const Wanted& wanted, std::size_t sliceBytes) {
-    PixelBlock block = Common::NewZeroedBlock(sliceBytes * static_cast<unsigned>(wanted.count));
+    const std::size_t bytes = sliceBytes * static_cast<unsigned>(wanted.count);
+    const bool isFilled = picture.IsWhole(wanted.level) && picture.Shape().HasAllFaces() &&
+                          picture.Layout().libraryBlocks == Dds::kDxgiUnknown;
+    PixelBlock block = isFilled ? Common::NewBlock(bytes) : Common::NewZeroedBlock(bytes);
     const DdsCommonPicture::DecodeBlocks decode = DecoderOf(picture);
     for (int i = 0; i < wanted.count; ++i) {
         const int slice = wanted.first + i;
@@ -222,17 +240,21 @@ std::optional<DdsCommonPicture> OpenCommonDds(const KString& path, Common::ByteS
     std::optional<DdsCommonPicture> picture = Open(path, open);
     if (!picture) return std::nullopt;
     const int shown = std::min(std::max(level, 0), picture->Shape().levels - 1);
-    if (picture->Layout().isLeftToLibrary && IsSeenByLibrary(*picture) && picture->IsWhole(shown)) return std::nullopt;
+    const bool isShown = picture->Layout().isLeftToLibrary && IsSeenByLibrary(*picture) && picture->IsWhole(shown);
+    if (isShown && !IsLowerVolume(*picture, shown)) return std::nullopt;
     return picture;
 }
 
-const char* DdsDifference(const KString& path, Common::ByteSource* open, int level) {
+const char* DdsDifference(const KString& path, Common::ByteSource* open, const LoadRequest& request) {
     const std::optional<DdsCommonPicture> picture = Open(path, open);
-    level = std::max(level, 0);
+    const int level = std::max(request.level, 0);
     if (!picture || level >= picture->Shape().levels || !picture->HasRows(level)) return nullptr;
     if (!picture->IsWhole(level)) return "a file that ends early is no picture by the host's rules";
     if (picture->Layout().difference != nullptr) return picture->Layout().difference;
-    return IsMisplaced(*picture) ? "faces, slices or levels are not found where they are by the host's rules" : nullptr;
+    if (IsMisplaced(*picture)) return "faces, slices or levels are not found where they are by the host's rules";
+    if (IsLowerVolume(*picture, level) && !WantsSlice(request.preferences))
+        return "lower levels of volumes are refused by the host's rules";
+    return IsLeftAsItIs(*picture, request) ? "neither made smaller nor turned by the host's rules" : nullptr;
 }
 
 Result<PixelBlock> LoadCommonDds(ImageDescription& desc, DdsCommonPicture& picture, const LoadRequest& request) {
@@ -241,9 +263,12 @@ Result<PixelBlock> LoadCommonDds(ImageDescription& desc, DdsCommonPicture& pictu
         Sys::Warning(L"Frame index out of range", nullptr);
         return std::unexpected(Failure::kUnsupported);
     }
-    if (!picture.HasRows(wanted->level)) return std::unexpected(Failure::kTruncated);
+    if (!picture.HasRows(wanted->level, wanted->first)) return std::unexpected(Failure::kTruncated);
     if (!Common::FitsPitch(Common::PackedRowBytes(picture.Format(), wanted->size.width)))
         return std::unexpected(Failure::kTooLarge);
+    const bool isForLibrary = picture.Layout().libraryBlocks != Dds::kDxgiUnknown;
+    if (isForLibrary && static_cast<unsigned>(wanted->size.width) > Dds::kMaxLibrarySide)
+        return std::unexpected(Failure::kUnsupported);
     Describe(desc, picture, *wanted);
     const Fitting fitting(desc, request);
     if (desc.depth > 1 && fitting.Resizes()) return std::unexpected(Failure::kUnsupported);

@@ -19,8 +19,9 @@ namespace Kavra::Devices {
 /// right, and for what is no DDS of a known kind. `open` is the file where it is open already. Throws `std::bad_alloc`.
 std::optional<DdsCommonPicture> OpenCommonDds(const KString& path, Common::ByteSource* open, int level);
 
-/// What the contract's reading of a DDS file does otherwise than the common one (`ILegacyObserver`); null: nothing.
-const char* DdsDifference(const KString& path, Common::ByteSource* open, int level);
+/// What the contract's reading of a DDS file does otherwise than the common one (`ILegacyObserver`); null: nothing. As far
+/// as the header, the length of the file and the request tell.
+const char* DdsDifference(const KString& path, Common::ByteSource* open, const LoadRequest& request);
 
 /// Reads what is wanted of a picture, at the size and in the orientation that are wanted, in the picture's own format.
 /// Rows that the file ends before are zero, as faces are that it leaves out. Fills `desc`. Fails, with a message, where

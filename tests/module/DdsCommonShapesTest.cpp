@@ -99,6 +99,31 @@ TEST_F(DdsReadings, SlicesOfAVolumeStandBehindOneAnother) {
     EXPECT_FALSE(Common(file, {.width = 1})) << "slices are not resized";
 }
 
+TEST_F(DdsReadings, LowerLevelsOfAVolumeAreThere) {
+    DdsFile file{.width = 4, .height = 4, .depth = 4, .mips = 2};
+    AppendPixels(file.data, 64, {1, 1, 1, 1});
+    AppendPixels(file.data, 8, {2, 3, 4, 5});
+    Bytes expected;
+    AppendPixels(expected, 8, {2, 3, 4, 5});
+    EXPECT_EQ(CommonBytes(file, {.level = 1}), expected);
+    EXPECT_FALSE(Contract(file, {.level = 1}));
+    EXPECT_EQ(heard, (std::vector<std::string>{"lower levels of volumes are refused by the host's rules"}));
+    EXPECT_TRUE(Contract(file));
+    EXPECT_TRUE(heard.empty());
+}
+
+TEST_F(DdsReadings, WhatTheHostsReaderDeliversIsMadeSmallerAndTurned) {
+    DdsFile file{.width = 2, .height = 2, .data = {0, 0x3C, 0, 0x3C, 0, 0x3C, 0, 0x3C}};
+    file.Masks(4, 0, 0).fourCC = 111;
+    EXPECT_EQ(CommonBytes(file, {.width = 1, .height = 1}), (Bytes{0, 0x3C}));
+    EXPECT_FALSE(Contract(file, {.width = 1, .height = 1}));
+    EXPECT_EQ(heard, (std::vector<std::string>{"neither made smaller nor turned by the host's rules"}));
+    EXPECT_TRUE(Contract(file, {.orientation = kTopRight}));
+    EXPECT_EQ(heard.size(), 1U);
+    EXPECT_TRUE(Contract(file));
+    EXPECT_TRUE(heard.empty());
+}
+
 TEST_F(DdsReadings, ACubeThatOnlyTheExtensionNamesIsOne) {
     DdsFile file{.width = 1, .height = 1, .miscFlags = 4};
     for (unsigned char face = 0; face < 6; ++face)
@@ -194,6 +219,15 @@ TEST_F(DdsReadings, OfBlocksThatEndEarlyTheRowsOfBlocksAreThere) {
                   Bytes(half, 0));
         EXPECT_EQ(Common(file, {.width = 4, .height = 4})->bytes.size(), half) << "also made smaller";
     }
+}
+
+TEST_F(DdsReadings, AFaceOfWhichNoRowIsThereIsRefused) {
+    DdsFile file = Of565({.width = 2, .height = 2, .faces = 0x3F, .data = Words({1, 1, 1, 1, 2, 2})});
+    EXPECT_EQ(CommonBytes(file, Face(0)), Shades({1, 1, 1, 1}));
+    Bytes half = Shades({2, 2});
+    half.resize(16);
+    EXPECT_EQ(CommonBytes(file, Face(1)), half);
+    EXPECT_FALSE(Common(file, Face(2)));
 }
 
 TEST_F(DdsReadings, WhatAHeaderClaimsBeyondTheLimitsIsRefused) {

@@ -276,7 +276,7 @@ void TellOfCommonReading(const KString& path, const LoadRequest& request, int fi
 /// Whoever asks hears of a DDS that the other reading shows otherwise.
 void TellOfCommonDds(const KString& path, const LoadRequest& request, Common::ByteSource* open) {
     ILegacyObserver* const listener = ListenerOf(request);
-    const char* const difference = listener != nullptr ? DdsDifference(path, open, request.level) : nullptr;
+    const char* const difference = listener != nullptr ? DdsDifference(path, open, request) : nullptr;
     if (difference != nullptr) listener->ReadingsDiffer(difference);
 }
 

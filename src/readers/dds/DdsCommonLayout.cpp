@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <iterator>
+#include <utility>
 
 namespace Kavra::Devices::Dds {
 namespace {
@@ -335,20 +336,37 @@ Header Mended(Header header) {
     return header;
 }
 
+/// Codes that some writers have for numbers that have none.
+constexpr std::pair<std::uint32_t, Dxgi> kWritersCodes[] = {
+    {kFourCCA2XY, kDxgiBC5Unorm}, {FourCC("BC6H"), kDxgiBC6HUf16}, {FourCC("BC7L"), kDxgiBC7Unorm}};
+
+std::optional<Dxgi> WritersNumber(const Header& header) {
+    using Row = std::pair<std::uint32_t, Dxgi>;
+    const auto* const row = std::ranges::find(kWritersCodes, header.fourCC, &Row::first);
+    if (header.isExtended || !header.HasFourCC() || row == std::end(kWritersCodes)) return std::nullopt;
+    return row->second;
+}
+
 std::optional<CommonLayout> LayoutOf(const Header& header) {
     if (!header.isExtended) {
         if (const auto palette = PaletteLayout(header)) return palette;
         if (!header.HasFourCC()) return MaskedLayout(header);
     }
-    Header known = header;
-    if (header.HasFourCC() && header.fourCC == kFourCCA2XY) known.fourCC = kFourCCBC5U;
-    const std::optional<StoredLayout> stored = FindLayout(known);
+    if (const std::optional<Dxgi> number = WritersNumber(header)) {
+        Header known = header;
+        known.isExtended = true;
+        known.dxgiFormat = *number;
+        std::optional<CommonLayout> layout = LayoutOf(known);
+        layout->isLeftToLibrary = false;
+        layout->difference = kUnknownKind;
+        return layout;
+    }
+    const std::optional<StoredLayout> stored = FindLayout(header);
     if (!stored) return std::nullopt;
-    const std::uint32_t dxgi = header.isExtended ? header.dxgiFormat : DxgiOfLegacy(known.fourCC);
+    const std::uint32_t dxgi = header.isExtended ? header.dxgiFormat : DxgiOfLegacy(header.fourCC);
     if (stored->IsCompressed()) {
         std::optional<CommonLayout> layout = BlockLayout(*stored, dxgi);
         if (layout && !header.isExtended) Specialise(*layout, header);
-        if (layout && known.fourCC != header.fourCC) layout->difference = kUnknownKind;
         return layout;
     }
     constexpr Dxgi kShownByLibrary[] = {kDxgiR8G8B8A8Unorm,    kDxgiR8G8B8A8UnormSrgb, kDxgiR16Unorm,

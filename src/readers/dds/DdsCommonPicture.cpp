@@ -14,6 +14,7 @@ namespace Kavra::Devices {
 namespace {
 
 constexpr std::size_t kBandBytes = std::size_t{1} << 20;     // that are read at a time, or one row of blocks
+constexpr std::size_t kMaxBandRows = 4096;                   // whose height the image library takes
 constexpr std::size_t kSerialPixels = std::size_t{1} << 16;  // which are not worth waking a thread for
 constexpr std::size_t kColourBytes = 4;
 
@@ -71,9 +72,8 @@ bool DdsCommonPicture::IsWhole(int level) const {
     return mPixelsBegin + Dds::LevelEnd(mLayout.pixels.unit, mShape, level) <= mFile.Size();
 }
 
-bool DdsCommonPicture::HasRows(int level) const {
-    const std::uint64_t begin = mPixelsBegin + Dds::LevelOffset(mLayout.pixels.unit, mShape, 0, level);
-    return begin + Dds::StoredRowBytes(mLayout.pixels.unit, LevelSize(level).width) <= mFile.Size();
+bool DdsCommonPicture::HasRows(int level, int slice) const {
+    return SliceOffset(level, slice) + Dds::StoredRowBytes(mLayout.pixels.unit, LevelSize(level).width) <= mFile.Size();
 }
 
 std::size_t DdsCommonPicture::PixelRowBytes(int width) const {
@@ -81,7 +81,7 @@ std::size_t DdsCommonPicture::PixelRowBytes(int width) const {
 }
 
 std::size_t DdsCommonPicture::RowsOfBand(int width) const {
-    return std::max<std::size_t>(kBandBytes / Dds::StoredRowBytes(mLayout.pixels.unit, width), 1);
+    return std::clamp<std::size_t>(kBandBytes / Dds::StoredRowBytes(mLayout.pixels.unit, width), 1, kMaxBandRows);
 }
 
 std::uint64_t DdsCommonPicture::WorkingBytes(int width) const {
@@ -134,7 +134,7 @@ void DdsCommonPicture::ReadBands(int level, int slice, const Take& take) {
     const Dds::Extent size = LevelSize(level);
     const Dds::StoredUnit& unit = mLayout.pixels.unit;
     const std::size_t rowBytes = Dds::StoredRowBytes(unit, size.width);
-    const int bandRows = static_cast<int>(std::min<std::size_t>(RowsOfBand(size.width), Dds::kMaxSide)) * unit.height;
+    const int bandRows = static_cast<int>(RowsOfBand(size.width)) * unit.height;
     if (SliceOffset(level, slice) > mFile.Size() || !mFile.Seek(SliceOffset(level, slice))) return;
     std::vector<unsigned char> stored;
     for (int y = 0; y < size.height; y += bandRows) {
@@ -153,7 +153,22 @@ void DdsCommonPicture::ReadBands(int level, int slice, const Take& take) {
     }
 }
 
+bool DdsCommonPicture::IsStoredAsDelivered() const {
+    return !mLayout.hasPalette && mLayout.pixels.widen == nullptr && !mLayout.pixels.unit.IsBlock();
+}
+
+/// Only whole rows count as being there.
+void DdsCommonPicture::CopySlice(int level, int slice, unsigned char* out) {
+    const Dds::Extent size = LevelSize(level);
+    const std::size_t pitch = PixelRowBytes(size.width);
+    const std::uint64_t begin = SliceOffset(level, slice);
+    if (begin > mFile.Size() || !mFile.Seek(begin)) return;
+    const std::uint64_t rows = std::min<std::uint64_t>(mFile.Remaining() / pitch, static_cast<unsigned>(size.height));
+    (void)mFile.ReadSome(std::span(out, rows * pitch));
+}
+
 void DdsCommonPicture::ReadSlice(int level, int slice, unsigned char* out, const DecodeBlocks& decode) {
+    if (IsStoredAsDelivered()) return CopySlice(level, slice, out);
     const std::size_t pitch = PixelRowBytes(LevelSize(level).width);
     ReadBands(level, slice,
               [&](const Band& band, int y) { Decode(band, out + static_cast<std::size_t>(y) * pitch, decode); });

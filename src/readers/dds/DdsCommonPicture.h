@@ -36,9 +36,9 @@ public:
     int SliceCount(int level) const { return mShape.FaceCount() * LevelSize(level).depth; }
     bool HasSlice(int slice) const { return mShape.type != kTextureCube || mShape.HasFace(slice); }
 
-    /// Whether the file holds all of a level, or at least its first row.
+    /// Whether the file holds all of a level, or at least the first row of a face or slice of it.
     bool IsWhole(int level) const;
-    bool HasRows(int level) const;
+    bool HasRows(int level, int slice = 0) const;
 
     /// Bytes that reading takes beside the picture, for rows of this width.
     std::uint64_t WorkingBytes(int width) const;
@@ -56,6 +56,8 @@ private:
                      const Dds::Shape& shape, std::uint64_t pixelsBegin);
     bool ReadPalette();
     std::uint64_t SliceOffset(int level, int slice) const;
+    bool IsStoredAsDelivered() const;
+    void CopySlice(int level, int slice, unsigned char* out);
     std::size_t RowsOfBand(int width) const;
     std::size_t PixelRowBytes(int width) const;
     void DecodeRow(std::span<const unsigned char> stored, int width, int rows, unsigned char* out) const;
