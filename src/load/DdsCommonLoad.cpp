@@ -227,11 +227,15 @@ PixelBlock Read(ImageDescription& desc, DdsCommonPicture& picture, const Wanted&
     return std::move(raster.block);
 }
 
+/// Of pixels that the host's reader delivers alike nothing more is told than it does, which does not look for transparent
+/// ones: that would take longer than reading them.
 void SettleAlpha(ImageDescription& desc, const DdsCommonPicture& picture, unsigned char* pixels) {
     const OIIO::ImageSpec spec = FormatToImageSpec(desc.format, OIIO::ImageSpec());
     const std::size_t bytes = desc.dataSize * static_cast<std::size_t>(FaceCount(desc.textureType));
     if (picture.Layout().dropsAlpha) SetToOpaque(pixels, bytes, spec);
-    if (desc.hasAlpha) GetAlphaProperty(pixels, bytes, spec, desc.hasTransparentPixels, desc.hasTranslucentPixels);
+    const bool isHosts = picture.Layout().difference == nullptr && !picture.Layout().isLeftToLibrary;
+    if (desc.hasAlpha && !isHosts)
+        GetAlphaProperty(pixels, bytes, spec, desc.hasTransparentPixels, desc.hasTranslucentPixels);
 }
 
 }  // namespace

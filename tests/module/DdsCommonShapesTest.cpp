@@ -237,6 +237,16 @@ TEST_F(DdsReadings, WhatAHeaderClaimsBeyondTheLimitsIsRefused) {
     EXPECT_EQ(messages.Texts(), (std::vector<std::wstring>{L"format is not supported"}));
 }
 
+TEST_F(DdsReadings, TransparentPixelsAreToldOf) {
+    DdsFile file{.width = 3, .height = 1, .data = {0, 0, 0, 0x80, 0xFF, 0xFF}};
+    file.Masks(0x41, 16, 0x7C00, 0x3E0, 0x1F, 0x8000);
+    const auto loaded = Common(file);
+    ASSERT_TRUE(loaded);
+    EXPECT_TRUE(loaded->desc.hasAlpha);
+    EXPECT_TRUE(loaded->desc.hasTransparentPixels);
+    EXPECT_FALSE(loaded->desc.hasTranslucentPixels);
+}
+
 // --- What is said of a file ------------------------------------------------------------------------------------------
 
 struct DeleteIt {
