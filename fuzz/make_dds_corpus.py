@@ -79,6 +79,7 @@ COMMON_SEEDS |= {f"dxgi_{value}": header(5, 6, code("DX10"), dx10=dxgi(value)) +
 COMMON_SEEDS |= {
     "palette": header(3, 2, masks(0x20, 8)) + pixels(1030),
     "palette_alpha": header(3, 2, masks(0x21, 16, 0, 0, 0, 0xFF00)) + pixels(1036),
+    "gaps": header(1, 3, LAYOUTS["rgb24"], flags=0x100F)[:20] + b"\4\0\0\0" + header(1, 3, LAYOUTS["rgb24"])[24:] + pixels(12),
     "no_flags": header(3, 2, masks(0, 32, 0xFF0000, 0xFF00, 0xFF, 0xFF000000)) + pixels(24),
     "15_bits": header(3, 2, masks(0x40, 15, 0x7C00, 0x3E0, 0x1F)) + pixels(12),
     "rows_missing": header(2, 6, LAYOUTS["565"]) + pixels(11),

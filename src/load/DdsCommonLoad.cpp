@@ -38,7 +38,7 @@ std::optional<DdsCommonPicture> Open(const KString& path, Common::ByteSource* op
 bool IsSeenByLibrary(const DdsCommonPicture& picture) {
     const auto shape = Dds::LibraryShapeOf(picture.Header());
     const auto unit = Dds::LibraryUnitOf(picture.Header());
-    return shape == picture.Shape() && unit == picture.Layout().pixels.unit;
+    return shape == picture.Shape() && unit == picture.Layout().pixels.unit && !picture.HasGaps();
 }
 
 /// Whether a load by the contract's reading takes a level's pixels from other places.
@@ -254,6 +254,7 @@ const char* DdsDifference(const KString& path, Common::ByteSource* open, const L
     const int level = std::max(request.level, 0);
     if (!picture || level >= picture->Shape().levels || !picture->HasRows(level)) return nullptr;
     if (!picture->IsWhole(level)) return "a file that ends early is no picture by the host's rules";
+    if (picture->HasGaps()) return "rows with gaps between them are skewed by the host's rules";
     if (picture->Layout().difference != nullptr) return picture->Layout().difference;
     if (IsMisplaced(*picture)) return "faces, slices or levels are not found where they are by the host's rules";
     if (IsLowerVolume(*picture, level) && !WantsSlice(request.preferences))

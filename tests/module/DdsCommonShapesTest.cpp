@@ -183,6 +183,23 @@ TEST_F(DdsReadings, FormatsAndChannelsAreThoseOfTheRequest) {
     EXPECT_FALSE(Common(file, red));
 }
 
+TEST_F(DdsReadings, RowsWithGapsAreFoundByThePitchThatTheLengthOfTheFileConfirms) {
+    DdsFile file{.width = 1, .height = 2, .data = {1, 2, 3, 99, 4, 5, 6, 99}};
+    Bytes bytes = file.Masks(0x40, 24, 0xFF, 0xFF00, 0xFF0000).Bytes();
+    const Bytes tight = {1, 2, 3, 255, 99, 4, 5, 255}, right = {1, 2, 3, 255, 4, 5, 6, 255};
+    EXPECT_EQ(Load(bytes, kLegacyCommon)->bytes, tight) << "no pitch";
+    bytes[8] |= 0x8;
+    bytes[20] = 4;
+    EXPECT_EQ(Load(bytes, kLegacyCommon)->bytes, right);
+    EXPECT_EQ(Load(bytes, kLegacyContract)->bytes, tight);
+    EXPECT_EQ(heard, (std::vector<std::string>{"rows with gaps between them are skewed by the host's rules"}));
+    bytes.pop_back();
+    EXPECT_EQ(Load(bytes, kLegacyCommon)->bytes, right) << "the last row without its gap";
+    EXPECT_EQ(Load(bytes, kLegacyCommon, {.orientation = kBottomLeft})->bytes, (Bytes{4, 5, 6, 255, 1, 2, 3, 255}));
+    bytes[20] = 5;
+    EXPECT_EQ(Load(bytes, kLegacyCommon)->bytes, tight) << "another pitch";
+}
+
 // --- Files that end early --------------------------------------------------------------------------------------------
 
 TEST_F(DdsReadings, OfFilesThatEndEarlyTheRowsAreThereThatAre) {

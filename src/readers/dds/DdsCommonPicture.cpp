@@ -41,6 +41,7 @@ std::optional<DdsCommonPicture> DdsCommonPicture::Open(Common::ByteSource file) 
     if (!shape) return std::nullopt;
     DdsCommonPicture picture(std::move(file), *header, *layout, *shape, begin);
     if (layout->hasPalette && !picture.ReadPalette()) return std::nullopt;
+    picture.FindGaps();
     return picture;
 }
 
@@ -59,6 +60,17 @@ bool DdsCommonPicture::ReadPalette() {
         mPalette[i] = 255;
     mLayout.pixels.hasAlpha = mLayout.pixels.unit.bytes > 1;
     return true;
+}
+
+void DdsCommonPicture::FindGaps() {
+    const Dds::StoredUnit& unit = mLayout.pixels.unit;
+    const std::uint64_t rowBytes = Dds::StoredRowBytes(unit, mShape.size.width), pitch = mHeader.pitch;
+    const bool isFlat = mShape.type == kTexture2D && mShape.levels == 1 && mHeader.arraySize < 2 && !unit.IsBlock();
+    if (!isFlat || (mHeader.flags & Dds::kHasPitch) == 0 || pitch <= rowBytes) return;
+    const std::uint64_t bytes = mFile.Size() - std::min(mFile.Size(), mPixelsBegin);
+    const std::uint64_t all = pitch * static_cast<unsigned>(mShape.size.height), gap = pitch - rowBytes;
+    const bool isLastWithout = bytes == all - gap && mShape.size.height > 1;
+    if (bytes == all || isLastWithout) mGapBytes = gap;
 }
 
 std::uint64_t DdsCommonPicture::SliceOffset(int level, int slice) const {
@@ -81,12 +93,13 @@ std::size_t DdsCommonPicture::PixelRowBytes(int width) const {
 }
 
 std::size_t DdsCommonPicture::RowsOfBand(int width) const {
-    return std::clamp<std::size_t>(kBandBytes / Dds::StoredRowBytes(mLayout.pixels.unit, width), 1, kMaxBandRows);
+    return std::clamp<std::size_t>(kBandBytes / (Dds::StoredRowBytes(mLayout.pixels.unit, width) + mGapBytes), 1,
+                                   kMaxBandRows);
 }
 
 std::uint64_t DdsCommonPicture::WorkingBytes(int width) const {
     const std::uint64_t rows = RowsOfBand(width);
-    const std::uint64_t rowBytes = Dds::StoredRowBytes(mLayout.pixels.unit, width);
+    const std::uint64_t rowBytes = Dds::StoredRowBytes(mLayout.pixels.unit, width) + mGapBytes;
     return rows * (rowBytes + mLayout.pixels.unit.height * PixelRowBytes(width));
 }
 
@@ -107,7 +120,7 @@ void DdsCommonPicture::DecodeRow(std::span<const unsigned char> stored, int widt
     } else if (pixels.widen != nullptr) {
         pixels.widen(pixels, stored, out, columns);
     } else {
-        std::memcpy(out, stored.data(), stored.size());
+        std::memcpy(out, stored.data(), PixelRowBytes(width));
     }
 }
 
@@ -133,7 +146,7 @@ template <class Take>
 void DdsCommonPicture::ReadBands(int level, int slice, const Take& take) {
     const Dds::Extent size = LevelSize(level);
     const Dds::StoredUnit& unit = mLayout.pixels.unit;
-    const std::size_t rowBytes = Dds::StoredRowBytes(unit, size.width);
+    const std::size_t rowBytes = Dds::StoredRowBytes(unit, size.width) + mGapBytes;
     const int bandRows = static_cast<int>(RowsOfBand(size.width)) * unit.height;
     if (SliceOffset(level, slice) > mFile.Size() || !mFile.Seek(SliceOffset(level, slice))) return;
     std::vector<unsigned char> stored;
@@ -141,7 +154,7 @@ void DdsCommonPicture::ReadBands(int level, int slice, const Take& take) {
         const int wanted = std::min(bandRows, size.height - y);
         const std::size_t unitRows = static_cast<std::size_t>((wanted + unit.height - 1) / unit.height);
         stored.resize(unitRows * rowBytes);
-        const std::size_t whole = mFile.ReadSome(stored) / rowBytes;
+        const std::size_t whole = (mFile.ReadSome(stored) + mGapBytes) / rowBytes;  // the last may lack its gap
         const int rows = std::min(wanted, static_cast<int>(whole) * unit.height);
         if (rows > 0)
             take(Band{.stored = std::span(stored).first(whole * rowBytes),
@@ -154,7 +167,7 @@ void DdsCommonPicture::ReadBands(int level, int slice, const Take& take) {
 }
 
 bool DdsCommonPicture::IsStoredAsDelivered() const {
-    return !mLayout.hasPalette && mLayout.pixels.widen == nullptr && !mLayout.pixels.unit.IsBlock();
+    return !HasGaps() && !mLayout.hasPalette && mLayout.pixels.widen == nullptr && !mLayout.pixels.unit.IsBlock();
 }
 
 /// Only whole rows count as being there.

@@ -36,6 +36,10 @@ public:
     int SliceCount(int level) const { return mShape.FaceCount() * LevelSize(level).depth; }
     bool HasSlice(int slice) const { return mShape.type != kTextureCube || mShape.HasFace(slice); }
 
+    /// Whether rows lie further apart than they are long: in a file of one level whose length the header's pitch
+    /// accounts for, and nothing else does.
+    bool HasGaps() const { return mGapBytes > 0; }
+
     /// Whether the file holds all of a level, or at least the first row of a face or slice of it.
     bool IsWhole(int level) const;
     bool HasRows(int level, int slice = 0) const;
@@ -55,6 +59,7 @@ private:
     DdsCommonPicture(Common::ByteSource file, const Dds::Header& header, const Dds::CommonLayout& layout,
                      const Dds::Shape& shape, std::uint64_t pixelsBegin);
     bool ReadPalette();
+    void FindGaps();
     std::uint64_t SliceOffset(int level, int slice) const;
     bool IsStoredAsDelivered() const;
     void CopySlice(int level, int slice, unsigned char* out);
@@ -70,6 +75,7 @@ private:
     Dds::CommonLayout mLayout;
     Dds::Shape mShape;
     std::uint64_t mPixelsBegin;
+    std::size_t mGapBytes = 0;  // behind each row of pixels
     std::array<unsigned char, Dds::kPaletteBytes> mPalette{};
 };
 
