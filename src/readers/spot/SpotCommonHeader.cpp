@@ -152,6 +152,23 @@ std::int64_t BytesBySize(const Lines& text, const SpotHeader& header, std::uint6
     return std::max<std::int64_t>(bytes - header.skipBytes, 0) / samples;
 }
 
+/// Whether a sample can be this number.
+bool CanHave(const SpotHeader& header, double number) {
+    switch (header.sampleKind) {
+        case SampleKind::kFloat:
+        case SampleKind::kDouble:
+            return true;
+        case SampleKind::kSigned8:
+        case SampleKind::kSigned16:
+        case SampleKind::kSigned32: {
+            const double half = std::ldexp(1.0, header.bits - 1);
+            return number == std::floor(number) && number >= -half && number < half;
+        }
+        default:
+            return number == std::floor(number) && number >= 0 && number < std::ldexp(1.0, header.bits);
+    }
+}
+
 void ReadSamples(const Lines& text, std::uint64_t dataBytes, SpotName name, SpotHeader& header) {
     header.noData = text.Real("NODATA");
     if (!header.noData) header.noData = text.Real("NODATA_VALUE");
@@ -168,11 +185,7 @@ void ReadSamples(const Lines& text, std::uint64_t dataBytes, SpotName name, Spot
     header.bits = text.Integer("NBITS").value_or(static_cast<std::int32_t>(bits));
     const bool seemsFloat = isUntold && isLong && text.Word("PIXELTYPE").empty();
     header.sampleKind = KindOf(header.bits, seemsFloat ? 'F' : TypeOf(text, header, name));
-    const bool isWhole = header.noData && *header.noData == std::floor(*header.noData) && *header.noData >= 0;
-    const bool isUnsigned = header.sampleKind == SampleKind::kPacked || header.sampleKind == SampleKind::k8Bit ||
-                            header.sampleKind == SampleKind::kUnsigned16;
-    // One that no sample can have says nothing.
-    if (isUnsigned && !(isWhole && *header.noData < std::ldexp(1.0, header.bits))) header.noData.reset();
+    if (header.noData && !CanHave(header, *header.noData)) header.noData.reset();  // then it says nothing
     header.bigEndian =
         !text.Word("BYTEORDER").empty() && !text.Begins("BYTEORDER", "I") && !text.Begins("BYTEORDER", "L");
 }
@@ -339,7 +352,7 @@ std::vector<std::uint32_t> SpotValuePixels(const SpotHeader& header) {
         const unsigned char grey = header.greyEntries > 0 ? header.palette[value].red : shade;
         pixels[value] = PackedPixel(grey, grey, grey, 255);
     }
-    if (header.noData) pixels[static_cast<std::size_t>(*header.noData)] &= ~kAlpha;
+    if (header.noData && *header.noData >= 0) pixels[static_cast<std::size_t>(*header.noData)] &= ~kAlpha;
     return pixels;
 }
 

@@ -63,26 +63,28 @@ void TakeSamples(const SpotHeader& header, const Samples& samples, std::size_t c
         header.bigEndian ? TakeNumbers<Number, true>(samples, count, take)
                          : TakeNumbers<Number, false>(samples, count, take);
     };
-    if constexpr (std::is_same_v<Out, float>) {
+    constexpr bool kIsFloat = std::is_same_v<Out, float>;
+    if constexpr (std::is_same_v<Out, unsigned char>) {
+        if (header.sampleKind == SampleKind::kSigned8) return numbers(std::int8_t{});
+        if (header.sampleKind == SampleKind::k8Bit || header.inBytes) return numbers(std::uint8_t{});
+        return TakePacked(samples, static_cast<std::size_t>(header.bits), count, take);
+    } else {
         switch (header.sampleKind) {
-            case SampleKind::kSigned8:
-                return numbers(std::int8_t{});
+            case SampleKind::kUnsigned16:
+                return numbers(std::uint16_t{});
             case SampleKind::kSigned16:
                 return numbers(std::int16_t{});
             case SampleKind::kUnsigned32:
                 return numbers(std::uint32_t{});
             case SampleKind::kSigned32:
                 return numbers(std::int32_t{});
-            case SampleKind::kFloat:
-                return numbers(float{});
             default:
-                return numbers(double{});
+                break;
         }
-    } else if constexpr (std::is_same_v<Out, std::uint16_t>) {
-        numbers(std::uint16_t{});
-    } else {
-        if (header.sampleKind == SampleKind::k8Bit || header.inBytes) return numbers(std::uint8_t{});
-        TakePacked(samples, static_cast<std::size_t>(header.bits), count, take);
+    }
+    if constexpr (kIsFloat) {
+        if (header.sampleKind == SampleKind::kSigned8) return numbers(std::int8_t{});
+        header.sampleKind == SampleKind::kFloat ? numbers(float{}) : numbers(double{});
     }
 }
 
@@ -110,6 +112,20 @@ constexpr Out kOpaque = std::is_same_v<Out, float> ? Out{1} : std::numeric_limit
 
 constexpr std::size_t kColours = 3;
 
+/// Whether a sample is a value. One whose no-data value no sample can have is.
+template <class Sample>
+bool HasData(const SpotHeader& header, Sample sample) {
+    if constexpr (std::is_floating_point_v<Sample>)
+        return !header.noData || sample != static_cast<Sample>(*header.noData);
+    return !header.noData || static_cast<double>(sample) != *header.noData;
+}
+
+template <class Sample>
+bool IsWord(Sample sample) {
+    if constexpr (std::is_integral_v<Sample>) return std::in_range<std::uint16_t>(sample);
+    return false;
+}
+
 /// What samples become in the picture.
 template <class Out>
 class Values {
@@ -120,34 +136,30 @@ public:
             for (std::size_t value = 0; value < pixels.size(); ++value)
                 mBytes[value] = std::bit_cast<std::array<unsigned char, 4>>(pixels[value])[0];
         }
-        if (header.noData)
-            mNoData = Of(static_cast<std::conditional_t<std::is_same_v<Out, float>, double, Out>>(*header.noData));
     }
 
-    template <class Sample>
-    Out Of(Sample sample) const {
-        if constexpr (std::is_same_v<Out, unsigned char>) return mBytes[sample];
-        return static_cast<Out>(sample);
-    }
-
+    /// Sets a channel of a row, and in the alpha whether one of the channels has data, the first of them at first.
     void Fill(const Pixels<Out>& pixels, std::size_t channel, const Samples& samples) const {
-        TakeSamples<Out>(mHeader, samples, pixels.Count(),
-                         [&](std::size_t x, auto sample) { pixels.Set(x, channel, Of(sample)); });
-    }
-
-    /// The alpha of a row whose colours are there.
-    void FillAlpha(const Pixels<Out>& pixels) const {
-        for (std::size_t x = 0; x < pixels.Count(); ++x) {
-            const bool isNoData =
-                mNoData && pixels.At(x, 0) == *mNoData && pixels.At(x, 1) == *mNoData && pixels.At(x, 2) == *mNoData;
-            pixels.Set(x, kColours, isNoData ? Out{0} : kOpaque<Out>);
-        }
+        const auto take = [&](std::size_t x, auto sample) {
+            pixels.Set(x, channel, Of(sample));
+            if (pixels.channels == 1) return;
+            const bool hasData = HasData(mHeader, sample);
+            if (hasData || channel == 0) pixels.Set(x, kColours, hasData ? kOpaque<Out> : Out{0});
+        };
+        TakeSamples<Out>(mHeader, samples, pixels.Count(), take);
     }
 
 private:
+    /// A number below zero, which only one without data is where this is not a float, becomes zero.
+    template <class Sample>
+    Out Of(Sample sample) const {
+        if constexpr (std::is_same_v<Out, unsigned char>) return mBytes[static_cast<unsigned char>(sample)];
+        if constexpr (std::is_same_v<Out, std::uint16_t>) return IsWord(sample) ? static_cast<Out>(sample) : Out{0};
+        return static_cast<Out>(sample);
+    }
+
     const SpotHeader& mHeader;
     Table256<unsigned char> mBytes{};
-    std::optional<Out> mNoData;
 };
 
 template <class Out>
@@ -158,7 +170,6 @@ void ConvertGrey(const Values<Out>& values, const Pixels<Out>& pixels, const Sam
         pixels.Set(x, 1, pixels.At(x, 0));
         pixels.Set(x, 2, pixels.At(x, 0));
     }
-    values.FillAlpha(pixels);
 }
 
 /// Calls `convert(rowOfOut, samples)` for each row, with the samples of `Count` bands that are wanted.
@@ -213,7 +224,6 @@ void DecodeValues(ByteSource& file, const SpotHeader& header, int frame, std::si
                                const Pixels<Out> pixels{row, channels};
                                for (std::size_t channel = 0; channel < kColours; ++channel)
                                    values.Fill(pixels, channel, samples[channel]);
-                               values.FillAlpha(pixels);
                            });
 }
 
@@ -253,16 +263,21 @@ int SpotCommonFrames(const SpotHeader& header) {
 
 EFormat SpotCommonFormat(const SpotHeader& header) {
     const bool isColour = header.bands >= static_cast<int>(kColours);
+    const bool isShort = header.bits <= 8;
     if (!header.colours.empty()) return kR8G8B8A8;
     switch (header.sampleKind) {
+        case SampleKind::kFloat:
+        case SampleKind::kDouble:
+            return isColour ? kR32G32B32A32F : kR32F;
         case SampleKind::k8Bit:
         case SampleKind::kPacked:
-            return isColour || header.noData ? kR8G8B8A8 : kL8;
         case SampleKind::kUnsigned16:
-            return isColour || header.noData ? kR16G16B16A16 : kL16;
+            break;
         default:
-            return isColour ? kR32G32B32A32F : kR32F;
+            if (!header.fitsWords) return isColour ? kR32G32B32A32F : kR32F;
     }
+    if (isColour || header.noData) return isShort ? kR8G8B8A8 : kR16G16B16A16;
+    return isShort ? kL8 : kL16;
 }
 
 void DecodeSpotCommon(ByteSource& file, const SpotHeader& header, int frame, const PixelRows& out) {
@@ -281,6 +296,52 @@ void DecodeSpotCommon(ByteSource& file, const SpotHeader& header, int frame, con
         default:
             return DecodeValues<float>(file, header, frame, 4, out);
     }
+}
+
+namespace {
+
+/// Takes a byte a row, and knows whether one of them is 0.
+class RowFlags : public Common::RowSink {
+public:
+    std::span<unsigned char> NextRows(std::size_t most) override {
+        Look();
+        mFlags.assign(std::min(most, kMost), 0);
+        return mFlags;
+    }
+    bool AreAllSet() {
+        Look();
+        return mAreSet;
+    }
+
+private:
+    static constexpr std::size_t kMost = 65536;
+
+    void Look() { mAreSet = mAreSet && !std::ranges::contains(mFlags, 0); }
+
+    std::vector<unsigned char> mFlags;
+    bool mAreSet = true;
+};
+
+/// Whether all samples of a line are such numbers, or none.
+bool AreWords(const SpotHeader& header, const Samples& samples) {
+    bool areWords = true;
+    const auto take = [&](std::size_t, auto sample) { areWords &= IsWord(sample) || !HasData(header, sample); };
+    TakeSamples<float>(header, samples, static_cast<std::size_t>(header.columns), take);
+    return areWords;
+}
+
+}  // namespace
+
+bool FitsWords(ByteSource& file, const SpotHeader& header) {
+    for (int band = 0; band < std::min(header.bands, static_cast<int>(kColours)); ++band) {
+        RowFlags flags;
+        ConvertBands<1>(file, header, {band}, {.sink = flags, .count = header.rows, .pitch = 1},
+                        [&](std::span<unsigned char> flag, const std::array<Samples, 1>& samples) {
+                            flag[0] = AreWords(header, samples[0]) ? 1 : 0;
+                        });
+        if (!flags.AreAllSet()) return false;
+    }
+    return true;
 }
 
 std::uint64_t SpotCommonWorkingBytes(const SpotHeader& header) {

@@ -12,13 +12,18 @@ namespace Kavra::Devices {
 /// pictures in grey.
 int SpotCommonFrames(const SpotHeader& header);
 
-/// The smallest format that holds the samples: unsigned ones up to 8 and 16 bits fill its range, all others are floats
-/// of their values. Unsigned ones have an alpha where there is a no-data value.
+/// The smallest format that holds the samples: unsigned ones up to 8 and 16 bits, and signed and longer ones all of which
+/// are such numbers (`fitsWords`), are integers and have an alpha where there is a no-data value. All others are floats of their
+/// values.
 EFormat SpotCommonFormat(const SpotHeader& header);
 
 /// Decodes frame `frame`, from 0 up, in that format into `out`. A pixel of which all samples are the no-data value gets
 /// the alpha 0, where the format has one. The file holds all rows.
 void DecodeSpotCommon(Common::ByteSource& file, const SpotHeader& header, int frame, const PixelRows& out);
+
+/// Whether all samples that are shown, which are signed or of 32 bits, lie between 0 and 65535 or are the no-data value.
+/// The file holds all rows.
+bool FitsWords(Common::ByteSource& file, const SpotHeader& header);
 
 /// Bytes that this holds beside a few rows of pixels.
 std::uint64_t SpotCommonWorkingBytes(const SpotHeader& header);

@@ -59,11 +59,11 @@ const char* HowSpotDiffers(Common::ByteSource& file, const SpotHeader& contract,
         return "what the header says of the samples is taken otherwise by the host's rules";
     if (isSeveral && contract.bands > 1) return "each band is a picture in grey by the host's rules";
     if (isSeveral && common.bigEndian) return "numbers begin with their lowest byte by the host's rules";
-    if (common.sampleKind == SampleKind::kSigned8 || common.sampleKind == SampleKind::kSigned16) {
-        return "numbers have no sign by the host's rules";
-    }
+    const bool isSigned = common.sampleKind == SampleKind::kSigned8 || common.sampleKind == SampleKind::kSigned16;
+    if (isSigned && !common.fitsWords) return "numbers have no sign by the host's rules";
     if (isSeveral && !common.colours.empty()) return "only 8 bits have a palette by the host's rules";
-    if (contract.sampleKind != common.sampleKind) return "what a sample is is told otherwise by the host's rules";
+    if (contract.sampleKind != common.sampleKind && !isSigned)
+        return "what a sample is is told otherwise by the host's rules";
     const bool mapsBands = contract.bands == 3 && IsMapping(contract);
     if (mapsBands) return "the palette beside them changes three bands by the host's rules";
     if (contract.bands == 1 && contract.bits == 8) {

@@ -132,6 +132,7 @@ struct SpotHeader {
 
     // Of the common reading alone:
     bool inBytes = false;                ///< a sample of less than 8 bits takes a byte all the same
+    bool fitsWords = false;              ///< of signed and long integers: all are unsigned ones of 16 bits
     bool bigEndian = false;              ///< numbers of several bytes begin with the highest
     std::optional<double> noData;        ///< the sample that says that a pixel has no value
     std::vector<std::uint32_t> colours;  ///< the four bytes of each value's pixel; empty: values are shown as such

@@ -161,11 +161,26 @@ Result<> DecodeSpot(ByteSource& file, const SpotHeader& header, int frame, const
 
 namespace {
 
+/// Has a header know whether its integers are small ones: the format depends on it. Those of a file that is cut count
+/// as large.
+void LookAtIntegers(ByteSource& file, SpotHeader& header) {
+    const auto kind = header.sampleKind;
+    const bool isLong = kind == SampleKind::kSigned8 || kind == SampleKind::kSigned16 ||
+                        kind == SampleKind::kUnsigned32 || kind == SampleKind::kSigned32;
+    const bool isWhole = SpotRowsIn(header, file.Size()) == header.rows;
+    // What is larger takes long to look at.
+    constexpr std::int64_t kMaxSamples = std::int64_t{1} << 30;
+    const std::int64_t samples = Product(Product(header.columns, header.rows), std::min(header.bands, 3));
+    const bool isBounded = samples <= kMaxSamples && header.columns <= Common::kMaxSide;
+    header.fitsWords = isLong && header.colours.empty() && isWhole && isBounded && FitsWords(file, header);
+}
+
 /// Whether the common reading has the same pixels of a raster as the contract's has.
 bool IsReadAsInContract(const SpotHeader& header) {
     if (header.noData || !header.colours.empty()) return false;
     if (header.sampleKind == SampleKind::k8Bit) return header.bands == 1 || header.bands == 3;
-    const bool isKept = header.sampleKind == SampleKind::kUnsigned16 || header.sampleKind == SampleKind::kFloat;
+    const bool isKept = header.sampleKind == SampleKind::kUnsigned16 || header.sampleKind == SampleKind::kFloat ||
+                        (header.sampleKind == SampleKind::kSigned16 && header.fitsWords);
     return isKept && header.bands == 1 && !header.bigEndian;
 }
 
@@ -241,6 +256,7 @@ Result<> SpotReader::OpenCommonFiles(PictureFiles files) {
     const KString path(files.path.c_str());
     header->path = PathWithExtension(path, L".hdr").value_or(files.path);
     AddSpotColours(path, *header);
+    LookAtIntegers(files.source, *header);
     mFormat = SpotCommonFormat(*header);
     mFrameCount = SpotCommonFrames(*header);
     mHeader = *std::move(header);
@@ -280,6 +296,7 @@ Result<> SpotReader::ReadFrame(Common::RowSink& rows, int frame) {
 
 void SpotReader::TellOfDifference() {
     if (!mCommonHeader) return;
+    if (mIsNamed) LookAtIntegers(*mSource, *mCommonHeader);
     const char* const how = mIsNamed ? HowSpotDiffers(*mSource, mHeader, *mCommonHeader)
                                      : "the samples are those of the file that ends in .bil by the host's rules";
     if (how != nullptr) (void)mReading.IsCommon(how);

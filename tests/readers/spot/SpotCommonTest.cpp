@@ -215,8 +215,43 @@ TEST_F(SpotCommon, NumbersWithASignAndLongOnesAreFloatsOfTheirValues) {
     EXPECT_EQ(Values("NROWS 1\nNBITS 64\nPIXELTYPE FLOAT\nBYTEORDER M\n",
                      {0x3F, 0xF8, 0, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0}),
               (Floats{1.5F, -2}));
-    EXPECT_EQ(NoteOf("NBITS 16\nPIXELTYPE S\n", Bytes(8)), "numbers have no sign by the host's rules");
+    EXPECT_EQ(NoteOf("NBITS 16\nPIXELTYPE S\n", Bytes(8, 255)), "numbers have no sign by the host's rules");
     EXPECT_EQ(NoteOf("NBITS 32\n", Bytes(16)), "samples of this depth are not shown by the host's rules");
+}
+
+TEST_F(SpotCommon, NumbersThatAreSmallAndNotBelowZeroKeepTheirGreys) {
+    const Words words = {0, 1, 0x7FFF, 300};
+    Write("NBITS 16\nPIXELTYPE SIGNEDINT\n", {0, 0, 1, 0, 0xFF, 0x7F, 0x2C, 1});
+    EXPECT_EQ(Common().format, kL16);
+    EXPECT_EQ(ElementsOf<std::uint16_t>(Common()), words);
+    EXPECT_EQ(Contract().block, Common().block);
+    EXPECT_EQ(Contract().note, "") << "both show the same";
+    for (const char* type : {"SIGNEDINT", "UNSIGNEDINT"}) {
+        Write(std::string("NBITS 32\nBYTEORDER M\nPIXELTYPE ") + type + "\n",
+              {0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0x7F, 0xFF, 0, 0, 1, 0x2C});
+        EXPECT_EQ(Common().format, kL16) << type;
+        EXPECT_EQ(ElementsOf<std::uint16_t>(Common()), words) << type;
+    }
+    Write("PIXELTYPE SIGNEDINT\n", {0, 1, 127, 5});
+    EXPECT_EQ(Common().format, kL8);
+    EXPECT_EQ(Common().block, (Bytes{0, 1, 127, 5}));
+    EXPECT_EQ(Contract().note, "");
+
+    Write("NROWS 1\nNBITS 16\nPIXELTYPE S\nNBANDS 3\nLAYOUT BIP\n", {1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0});
+    EXPECT_EQ(Common().format, kR16G16B16A16);
+    EXPECT_EQ(ElementsOf<std::uint16_t>(Common()), (Words{1, 2, 3, 65535, 4, 5, 6, 65535}));
+}
+
+TEST_F(SpotCommon, ANumberBelowZeroThatStandsForNoDataIsTransparentBlack) {
+    Write("NBITS 16\nNODATA -9999\n", {0xF1, 0xD8, 0, 0, 7, 0, 0x10, 0x27});
+    EXPECT_EQ(Common().format, kR16G16B16A16);
+    EXPECT_EQ(ElementsOf<std::uint16_t>(Common()),
+              (Words{0, 0, 0, 0, 0, 0, 0, 65535, 7, 7, 7, 65535, 10000, 10000, 10000, 65535}));
+    EXPECT_EQ(Contract().note, "pixels without data are shown as their numbers by the host's rules");
+    Write("PIXELTYPE S\nNODATA -128\n", {0x80, 0, 7, 127});
+    EXPECT_EQ(Common().block, (Bytes{0, 0, 0, 0, 0, 0, 0, 255, 7, 7, 7, 255, 127, 127, 127, 255}));
+    Write("NBITS 32\nPIXELTYPE S\nNROWS 1\nNODATA -1e39\n", {1, 0, 0, 0, 2, 0, 0, 0});
+    EXPECT_EQ(Common().format, kL16) << "a value that no sample can have is none";
 }
 
 TEST_F(SpotCommon, WhereNothingTellsTheLengthDoes) {
