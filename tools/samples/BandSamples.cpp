@@ -55,7 +55,7 @@ BandRaster Map() {
 
 /// The sea in steps of depth and the land, 4 bits each; the sea's deepest step has number 0 and a colour.
 BandRaster Coast() {
-    constexpr std::array<float, 5> kDepths = {-300, -200, -120, -60, 0};
+    constexpr std::array<float, 5> kDepths = {-155, -125, -85, -40, 0};
     BandRaster raster{.columns = 95, .rows = 72, .bits = 4, .cell = 40};
     raster.palette = {{16, 44, 92}, {26, 66, 124}, {42, 96, 158}, {70, 132, 190}, {120, 172, 214}, {214, 200, 160}};
     Survey(raster, [&](float altitude) {
