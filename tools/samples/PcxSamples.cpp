@@ -3,6 +3,8 @@
 #include "Dither.h"
 #include "legacy/PcxFile.h"
 
+#include <filesystem>
+
 namespace Kavra::Samples {
 namespace {
 
@@ -17,6 +19,26 @@ Bytes Triples(const std::vector<PaletteColour>& palette) {
 
 void Write(const std::string& path, const Legacy::PcxPicture& picture) {
     WriteBytes(path, Legacy::PcxFile(picture));
+}
+
+/// What only the common reading shows: four colours of a CGA, and pages of three sizes.
+void WriteCommonSamples(const std::string& folder) {
+    std::filesystem::create_directories(folder);
+    const std::vector<PaletteColour> cga = {{0, 0, 0}, {85, 255, 85}, {255, 85, 85}, {255, 255, 85}};
+    const Bytes settings = {0x00, 0, 0, 0x20, 0, 0};  // a black background; not the white palette, but bright
+    const Picture meadow = Paint(160, 100, FlowerInMeadow, true);
+    Write(folder + "/cga.pcx", {meadow.width, meadow.height, 2, 1, true, settings, DiffusedIndices(meadow, cga)});
+
+    const Picture letter = Paint(60, 90, LetterF, false), circuit = Paint(120, 80, Circuit, false);
+    const Picture sea = Paint(60, 40, Sea, true);
+    const std::vector<PaletteColour> two = {{0, 0, 0}, {255, 255, 255}}, sixteen = ColourCube({2, 4, 2});
+    const Bytes pages = Legacy::DcxFile({
+        Legacy::PcxFile({letter.width, letter.height, 1, 1, true, Triples(two), DiffusedIndices(letter, two)}),
+        Legacy::PcxFile(
+            {circuit.width, circuit.height, 1, 4, true, Triples(sixteen), DiffusedIndices(circuit, sixteen)}),
+        Legacy::PcxFile({sea.width, sea.height, 8, 3, true, {}, ToBytes(sea)}),
+    });
+    WriteBytes(folder + "/pages.dcx", pages);
 }
 
 }  // namespace
@@ -45,6 +67,7 @@ void WritePcxSamples(const std::string& folder) {
             bits.push_back(Nearest(inkAndPaper, letter.At(x, y)) == 0 ? 1 : 0);
     }
     Write(folder + "/letter.pcx", {letter.width, letter.height, 1, 1, true, Triples(inkAndPaper), bits});
+    WriteCommonSamples(folder + "/common");
 }
 
 }  // namespace Kavra::Samples

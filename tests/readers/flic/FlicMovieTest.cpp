@@ -113,6 +113,15 @@ TEST(FlicMovie, AnAnimationOfOneFrameIsShown) {
     EXPECT_EQ(InContract(file).difference, kBudget);
 }
 
+TEST(FlicMovie, ChunksThatChangeNothingMakeNoDifference) {
+    ByteBuilder file = FlicHeaderBytes(3, 2, 1);
+    AddFrameOf(file, 2, First({10, 11}));
+    AddFrameOf(file, 1, Change(10));  // beyond what the header counts
+    EXPECT_EQ(InContract(file, 1).difference, "");
+    AddFrameOf(file, 1, Change(12));
+    EXPECT_EQ(InContract(file, 2).difference, kBudget);
+}
+
 TEST(FlicMovie, FramesAreCountedAndTheOneThatLeadsBackIsNone) {
     EXPECT_EQ(InCommon(FourFrames(4)).frameCount, 4);
     EXPECT_EQ(InCommon(FourFrames(3)).frameCount, 3) << "the fourth leads back to the first";

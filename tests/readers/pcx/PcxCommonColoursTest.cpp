@@ -122,6 +122,14 @@ TEST(PcxCommonColours, VersionsWithoutAPaletteHaveTheColoursOfTheEga) {
     }
 }
 
+TEST(PcxCommonColours, ColoursThatNoPixelHasMakeNoDifference) {
+    PcxHeader header = PcxFields(4, 1, 2, 1, 1);
+    header.version = 3;
+    SetColours(header, 0, {0x000000, 0x123456, 0x00AA00});
+    EXPECT_EQ(InContract(PcxHead(header, {0x02})).difference, "");
+    EXPECT_NE(InContract(PcxHead(header, {0x12})).difference, "");
+}
+
 TEST(PcxCommonColours, PlanesOfTwoBitsWithoutAPaletteHaveTheColoursOfTheEga) {
     PcxHeader header = PcxFields(2, 2, 4, 1, 1);
     header.version = 3;

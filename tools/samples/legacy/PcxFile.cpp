@@ -99,4 +99,17 @@ std::vector<unsigned char> PcxFile(const PcxPicture& picture) {
     return file;
 }
 
+std::vector<unsigned char> DcxFile(const std::vector<std::vector<unsigned char>>& pages) {
+    constexpr unsigned kDcx = 0x3ADE68B1;
+    ByteBuilder list, pictures;
+    list.Little32(kDcx);
+    const std::size_t start = 4 * (pages.size() + 2);
+    for (const Bytes& page : pages) {
+        list.Little32(static_cast<unsigned>(start + pictures.Size()));
+        pictures.Append(page);
+    }
+    list.Little32(0).Append(pictures.Bytes());
+    return {list.Bytes().begin(), list.Bytes().end()};
+}
+
 }  // namespace Kavra::Legacy

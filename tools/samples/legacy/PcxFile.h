@@ -9,7 +9,7 @@ namespace Kavra::Legacy {
 struct PcxPicture {
     int width = 0;
     int height = 0;
-    int bitsPerPlane = 8;  ///< 1, 4 or 8
+    int bitsPerPlane = 8;  ///< 1, 2, 4 or 8
     int planes = 1;        ///< 1, or with one bit each more (a bit of the index in each), or 3 with 8 bits
     bool isCoded = true;   ///< run-length coded, else raw
 
@@ -23,5 +23,8 @@ struct PcxPicture {
 /// The bytes of a file of version 5. Lines have an even number of bytes, as the format asks for; the byte that fills
 /// them up repeats the last one and is a part of its run, so that no reader can take it for a pixel.
 std::vector<unsigned char> PcxFile(const PcxPicture& picture);
+
+/// The bytes of a DCX file of these PCX files, at most 1023.
+std::vector<unsigned char> DcxFile(const std::vector<std::vector<unsigned char>>& pages);
 
 }  // namespace Kavra::Legacy
