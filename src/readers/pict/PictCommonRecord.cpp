@@ -48,7 +48,10 @@ std::uint64_t PictCommonRecord::Work() const {
     if (covered.IsEmpty()) return 0;
     const auto rows = static_cast<std::uint64_t>(covered.Height());
     const std::uint64_t drawn = Pixels(static_cast<std::uint64_t>(covered.Width()), rows);
-    const std::uint64_t unpacked = Pixels(static_cast<std::uint64_t>(bitmap.bounds.Width()), rows);
+    // Alpha is looked for in all rows.
+    const bool mayHaveAlpha = bitmap.layout.pixelSize == 32 && bitmap.layout.components == 4;
+    const std::uint64_t unpacked = Pixels(static_cast<std::uint64_t>(bitmap.bounds.Width()),
+                                          mayHaveAlpha ? static_cast<std::uint64_t>(storedRows) : rows);
     const std::uint64_t regions =
         Common::Sum<std::uint64_t>(PictRegionSteps(clip, covered.Height()), PictRegionSteps(mask, covered.Height()));
     const std::uint64_t work =

@@ -79,15 +79,17 @@ Result<> SkipOperands(ByteSource& file, std::uint16_t opcode) {
 /// Follows the opcodes and gathers what they say.
 class CommonWalk {
 public:
-    CommonWalk(ByteSource& file, PictCommonPicture& picture) : mFile(file), mPicture(picture) {
+    CommonWalk(ByteSource& file, PictCommonPicture& picture, std::size_t maxRecords)
+        : mFile(file), mPicture(picture), mMaxRecords(maxRecords) {
         mState.frame = picture.frame;
         mState.clip.box = kPictEverywhere;
     }
 
-    /// Fails where the stream is damaged, with all records before that taken.
+    /// Fails where the stream is damaged, with all records before that taken. Behind a bitmap it may end without saying so.
     Result<> ToTheEnd(PictVersion version) {
         for (;;) {
             const Result<std::uint16_t> opcode = ReadPictOpcode(mFile, version);
+            if (!opcode && !mPicture.records.empty()) return {};
             if (!opcode) return std::unexpected(opcode.error());
             if (*opcode == PictOpcode::kEnd) return {};
             if (const Result<> taken = Take(*opcode); !taken) return taken;
@@ -198,7 +200,7 @@ private:
     Result<> Keep(PictCommonRecord&& record) {
         if (record.bitmap.covered.IsEmpty() || IsStandIn(record)) return {};
         mWork = Common::Sum<std::uint64_t>(mWork, record.Work());
-        if (mWork > 2 * kMaxPictPixels) return std::unexpected(Failure::kTooLarge);
+        if (mWork > kMaxPictWork || mPicture.records.size() >= mMaxRecords) return std::unexpected(Failure::kTooLarge);
         mBytes += PictCommonPicture::BytesOf(record);
         if (mBytes > mMaxBytes) throw std::bad_alloc();
         mPicture.records.push_back(std::move(record));
@@ -210,6 +212,7 @@ private:
     PictState mState;
     PictRect mQuickTime;  // where the last picture of QuickTime is
     bool mIsBehindQuickTime = false;
+    const std::size_t mMaxRecords;
     std::uint64_t mWork = 0;
     std::uint64_t mBytes = mFile.Size();  // and what the records take
     const std::uint64_t mMaxBytes = Common::ReaderBounds().bytes;
@@ -252,7 +255,7 @@ std::optional<std::uint64_t> FindPict(ByteSource& file) {
     return std::nullopt;
 }
 
-Result<PictCommonPicture> ReadPictCommonPicture(ByteSource& file) {
+Result<PictCommonPicture> ReadPictCommonPicture(ByteSource& file, std::size_t maxRecords) {
     // A picture that breaks off early is still one, as is one with zeros before its version.
     const std::uint64_t offset = FindPict(file).value_or(kPreambleBytes);
     const Result<PictRect> frame =
@@ -263,7 +266,7 @@ Result<PictCommonPicture> ReadPictCommonPicture(ByteSource& file) {
     if (!version) return std::unexpected(version.error());
     PictCommonPicture picture;
     picture.frame = *frame;
-    CommonWalk walk(file, picture);
+    CommonWalk walk(file, picture, maxRecords);
     const Result<> walked = walk.ToTheEnd(*version);
     if (!walked && (walked.error() == Failure::kTooLarge || picture.records.empty()))
         return std::unexpected(walked.error());

@@ -7,7 +7,9 @@
 #include "common/Result.h"
 #include "readers/pict/PictCommonRecord.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -30,6 +32,9 @@ struct PictCommonPicture {
     }
 };
 
+/// What drawing a picture may take, in pixels (`PictCommonRecord::Work`).
+inline constexpr std::uint64_t kMaxPictWork = std::uint64_t{1} << 32;
+
 /// Where in a file the picture begins: behind 512 bytes of the program that wrote it, at once, or behind these 512 and
 /// the 128 of a MacBinary file. Nothing where no picture is there: a frame, the version, and opcodes that are whole.
 /// The position of the source does not matter and is not kept.
@@ -39,9 +44,10 @@ std::optional<std::uint64_t> FindPict(Common::ByteSource& file);
 /// page is the frame, or in pictures with an extended header the rectangle in which their opcodes draw, which has all
 /// the pixels of a picture of more than 72 dpi.
 ///
-/// Fails when there is no picture, when the stream breaks off before any bitmap, or when it takes more than
-/// `kMaxPictPixels` of work to draw. Time is linear in the file. Throws `std::bad_alloc`, also where the file and its
+/// Fails when there is no picture, when the stream breaks off before any bitmap, when it has more than `maxRecords` or
+/// takes more than `kMaxPictWork` to draw. Time is linear in the file. Throws `std::bad_alloc`, also where the file and its
 /// records would take more than `Common::ReaderBounds`.
-[[nodiscard]] Common::Result<PictCommonPicture> ReadPictCommonPicture(Common::ByteSource& file);
+[[nodiscard]] Common::Result<PictCommonPicture> ReadPictCommonPicture(
+    Common::ByteSource& file, std::size_t maxRecords = std::numeric_limits<std::size_t>::max());
 
 }  // namespace Kavra::Devices

@@ -10,9 +10,6 @@ using Common::Result;
 
 namespace {
 
-/// Pictures of more bitmaps are not compared: their second list would take more than a load is told to.
-constexpr std::size_t kMaxRecords = 4096;
-
 // What the contract's reading does. In the order in which it is told: what shows most comes first.
 constexpr const char* kCutToFrame = "a picture of more than 72 dpi is cut to its frame by the host's rules";
 constexpr const char* kNoQuickTime = "pictures compressed by QuickTime are left out by the host's rules";
@@ -29,10 +26,12 @@ bool IsSame(const PictRect& a, const PictRect& b) {
     return a.top == b.top && a.left == b.left && a.bottom == b.bottom && a.right == b.right;
 }
 
-/// Both readings' way to store rows.
-bool IsStoredAlike(const PictRowLayout& a, const PictRowLayout& b) {
-    return a.pixelSize == b.pixelSize && a.IsPacked() == b.IsPacked() &&
-           (!a.IsPacked() || a.HasWordCounts() == b.HasWordCounts()) && a.PlainBytes() % 0x8000 == b.PlainBytes();
+/// Whether both readings find the same bytes for each row. The contract's keeps a high bit that is not of the length.
+bool IsStoredAlike(const PictRowLayout& contract, const PictRowLayout& common) {
+    if (contract.pixelSize != common.pixelSize || contract.IsPacked() != common.IsPacked()) return false;
+    if (contract.pixelSize == 32 && contract.components != common.components) return false;
+    return contract.IsPacked() ? contract.HasWordCounts() == common.HasWordCounts()
+                               : (contract.rowBytes & 0x7FFF) == common.PlainBytes();
 }
 
 bool IsMode(const PictRecord& record, std::initializer_list<std::uint16_t> modes) {
@@ -91,11 +90,11 @@ const char* How(const PictPicture& contract, const PictCommonPicture& common) {
 }  // namespace
 
 PictComparison::PictComparison(const PictPicture& contract, std::span<const unsigned char> file) {
-    if (contract.records.size() > kMaxRecords) return;
+    if (contract.records.size() > kMaxComparedPictRecords) return;
     try {
         ByteSource source(file);
-        Result<PictCommonPicture> picture = ReadPictCommonPicture(source);
-        if (!picture || picture->records.size() > kMaxRecords) return;
+        Result<PictCommonPicture> picture = ReadPictCommonPicture(source, kMaxComparedPictRecords);
+        if (!picture) return;
         mPicture = *std::move(picture);
         mHow = How(contract, *mPicture);
         // Compressed pictures are decoded whole, which is more than a load that does not show them may take.

@@ -4,12 +4,16 @@
 #include "readers/pict/PictCommonCanvas.h"
 #include "readers/pict/PictStream.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <span>
 #include <vector>
 
 namespace Kavra::Devices {
+
+/// Pictures of more bitmaps are not compared: a second list of them would take more than a load is told to.
+inline constexpr std::size_t kMaxComparedPictRecords = 4096;
 
 /// Draws a picture in the common reading beside the contract's, until the first row that differs. Draws nothing where
 /// the two are told to be alike, or not, by what the opcodes say: so most pictures cost no more than a look at these.

@@ -122,7 +122,7 @@ Result<> PictReader::TakePicture() {
 /// Whether the common reading finds a bitmap in a file that the contract's refuses.
 bool PictReader::IsReadElsewhere() {
     try {
-        const Result<PictCommonPicture> picture = ReadPictCommonPicture(*mSource);
+        const Result<PictCommonPicture> picture = ReadPictCommonPicture(*mSource, kMaxComparedPictRecords);
         return picture && !picture->records.empty();
     } catch (const std::bad_alloc&) {
         return false;

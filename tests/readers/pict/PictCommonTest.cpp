@@ -113,6 +113,22 @@ TEST(PictCommon, APartOfASourceIsDrawnWhereItIsTo) {
               (Bytes{255, 255, 5, 6, 255, 255, 255, 255}));
 }
 
+TEST(PictCommon, RectanglesWithoutPixelsMeanAllOfTheBitmap) {
+    PictMap map = GreyMap(0, 0, {{1, 2}});
+    map.source = {0, 0, 0, 0};
+    map.destination = {1, 1, 1, 1};
+    EXPECT_EQ(Reds(DecodeCommon(PictMaker({0, 0, 2, 3}).Indexed(map).End())), (Bytes{255, 255, 255, 255, 1, 2}));
+}
+
+TEST(PictCommon, PicturesOfVeryManyBitmapsAreNotCompared) {
+    PictMaker maker({0, 0, 1, 1});
+    for (int i = 0; i < 4096; ++i)
+        maker.Direct(Column(0, 0, {{1, 2, 3}}));
+    PictMaker more = maker;
+    EXPECT_NE(NoteOf(maker.End()), "");
+    EXPECT_EQ(NoteOf(more.Direct(Column(0, 0, {{1, 2, 3}})).End()), "");
+}
+
 TEST(PictCommon, WhatIsOutsideTheStoredPixelsIsNotDrawn) {
     PictMap map = GreyMap(0, 0, {{1, 2}});
     map.source = {0, -1, 1, 3};
@@ -272,6 +288,7 @@ TEST(PictCommon, APictureThatBreaksOffShowsTheRowsThatAreThere) {
     EXPECT_EQ(NoteOf(cut), "the picture counts as damaged by the host's rules");
     const Decoded withoutEnd = DecodeCommon(whole.File());
     EXPECT_EQ(Reds(withoutEnd), (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9}));
+    EXPECT_TRUE(withoutEnd.messages.empty()) << "nothing is missing but the word that it ends";
 }
 
 TEST(PictCommon, APictureThatBreaksOffBeforeAnyPixelIsRefused) {
@@ -320,6 +337,21 @@ TEST(PictCommon, StepsThroughRegionsAreCounted) {
     for (int i = 0; i < 10; ++i)
         maker.Indexed(map, 0x91, Bytes(mask.Bytes().begin(), mask.Bytes().end()));
     EXPECT_FALSE(DecodeCommon(maker.End()).opened);
+}
+
+TEST(PictCommon, TheRowsThatAlphaIsLookedForInAreCounted) {
+    PictMap map = Direct(32767, 32767, 32, Bytes(2 * 32767, 0));
+    map.components = 4;
+    map.rowBytes = 0x8000 | 1000;
+    PictMaker maker({0, 0, 1, 1});
+    const auto isTaken = [](const ByteBuilder& file) {
+        auto source = file.Source();
+        return ReadPictCommonPicture(source).has_value();
+    };
+    for (int i = 0; i < 4; ++i)
+        maker.Direct(map);
+    EXPECT_TRUE(isTaken(PictMaker(maker).End()));
+    EXPECT_FALSE(isTaken(maker.Direct(map).End()));
 }
 
 TEST(PictCommon, TheObserverOfALoadHearsOfTheDifference) {
