@@ -76,7 +76,8 @@ void DecodeChannel(const unsigned char* block, unsigned char* out, std::size_t p
 /// A signed channel. Its lowest value is as the one above it, but tells the two kinds of blocks apart.
 void DecodeSignedChannel(const unsigned char* block, unsigned char* out, std::size_t pitch, std::size_t step) {
     constexpr int kMax = 127;
-    const int storedA = static_cast<std::int8_t>(block[0]), storedB = static_cast<std::int8_t>(block[1]);
+    const auto signedOf = [](int byte) { return byte > kMax ? byte - 256 : byte; };
+    const int storedA = signedOf(block[0]), storedB = signedOf(block[1]);
     const int a = std::max(storedA, -kMax), b = std::max(storedB, -kMax);
     const int steps = storedA > storedB ? 7 : 5;
     const auto colour = [](int sum, int parts) {
