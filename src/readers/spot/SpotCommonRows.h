@@ -21,9 +21,9 @@ EFormat SpotCommonFormat(const SpotHeader& header);
 /// the alpha 0, where the format has one. The file holds all rows.
 void DecodeSpotCommon(Common::ByteSource& file, const SpotHeader& header, int frame, const PixelRows& out);
 
-/// Whether all samples that are shown, which are signed or of 32 bits, lie between 0 and 65535 or are the no-data value.
-/// The file holds all rows.
-bool FitsWords(Common::ByteSource& file, const SpotHeader& header);
+/// Has a header know whether its integers, signed or of 32 bits, all lie between 0 and 65535 or are the no-data value: the
+/// format depends on it. Those of a file that is cut, or takes long to look through, count as others.
+void LookAtIntegers(Common::ByteSource& file, SpotHeader& header);
 
 /// Bytes that this holds beside a few rows of pixels.
 std::uint64_t SpotCommonWorkingBytes(const SpotHeader& header);

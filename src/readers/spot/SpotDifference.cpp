@@ -3,6 +3,7 @@
 #include "readers/spot/SpotCommonHeader.h"
 #include "readers/spot/SpotCommonRows.h"
 #include "readers/spot/SpotKernels.h"
+#include "readers/spot/SpotReader.h"
 
 namespace Kavra::Devices {
 
@@ -51,9 +52,8 @@ bool IsMapping(const SpotHeader& header) {
     return header.greyEntries > 0 && header.palette != GreyRamp();
 }
 
-}  // namespace
-
-const char* HowSpotDiffers(Common::ByteSource& file, const SpotHeader& contract, const SpotHeader& common) {
+/// Of two headers for the same samples.
+const char* HowPixelsDiffer(Common::ByteSource& file, const SpotHeader& contract, const SpotHeader& common) {
     const bool isSeveral = contract.bits > 8;
     if (!LieAlike(contract, common))
         return "what the header says of the samples is taken otherwise by the host's rules";
@@ -72,6 +72,23 @@ const char* HowSpotDiffers(Common::ByteSource& file, const SpotHeader& contract,
     }
     const bool isTransparent = common.noData && SpotCommonFormat(common) != kR32F && HasTransparentPixel(file, common);
     return isTransparent ? "pixels without data are shown as their numbers by the host's rules" : nullptr;
+}
+
+}  // namespace
+
+const char* HowSpotDiffers(const std::wstring& path, const SpotHeader* contract) {
+    const KString name(path.c_str());
+    Common::Result<PictureFiles> files = OpenSpotCommonFiles(name);
+    if (!files || AreSpotCommon(*files) != SpotFiles::kWhole) return nullptr;
+    Common::Result<SpotHeader> common = ReadSpotCommonHeader(*files);
+    if (!common) return nullptr;
+    if (contract == nullptr) return "samples of this depth are not shown by the host's rules";
+    if (PathWithExtension(name, L".bil") != path) {
+        return "the samples are those of the file that ends in .bil by the host's rules";
+    }
+    AddSpotColours(name, *common);
+    LookAtIntegers(files->source, *common);
+    return HowPixelsDiffer(files->source, *contract, *common);
 }
 
 }  // namespace Kavra::Devices

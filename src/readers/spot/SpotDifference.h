@@ -3,10 +3,13 @@
 
 #include "readers/spot/SpotHeader.h"
 
+#include <string>
+
 namespace Kavra::Devices {
 
-/// What the contract's reading does otherwise with a raster than the common one, in words for `ILegacyObserver`, or null
-/// where both show the same. `file` has the contract's samples. Where only the values decide, they are searched.
-const char* HowSpotDiffers(Common::ByteSource& file, const SpotHeader& contract, const SpotHeader& common);
+/// What the contract's reading does otherwise than the common one with the raster that a path leads to, in words for
+/// `ILegacyObserver`, or null where both show the same or the common one shows nothing. `contract` is the contract's
+/// header, null where that reading knows the raster and does not show it. Where only the values decide, they are searched.
+const char* HowSpotDiffers(const std::wstring& path, const SpotHeader* contract);
 
 }  // namespace Kavra::Devices

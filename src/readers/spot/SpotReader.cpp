@@ -161,20 +161,6 @@ Result<> DecodeSpot(ByteSource& file, const SpotHeader& header, int frame, const
 
 namespace {
 
-/// Has a header know whether its integers are small ones: the format depends on it. Those of a file that is cut count
-/// as large.
-void LookAtIntegers(ByteSource& file, SpotHeader& header) {
-    const auto kind = header.sampleKind;
-    const bool isLong = kind == SampleKind::kSigned8 || kind == SampleKind::kSigned16 ||
-                        kind == SampleKind::kUnsigned32 || kind == SampleKind::kSigned32;
-    const bool isWhole = SpotRowsIn(header, file.Size()) == header.rows;
-    // What is larger takes long to look at.
-    constexpr std::int64_t kMaxSamples = std::int64_t{1} << 30;
-    const std::int64_t samples = Product(Product(header.columns, header.rows), std::min(header.bands, 3));
-    const bool isBounded = samples <= kMaxSamples && header.columns <= Common::kMaxSide;
-    header.fitsWords = isLong && header.colours.empty() && isWhole && isBounded && FitsWords(file, header);
-}
-
 /// Whether the common reading has the same pixels of a raster as the contract's has.
 bool IsReadAsInContract(const SpotHeader& header) {
     if (header.noData || !header.colours.empty()) return false;
@@ -182,18 +168,6 @@ bool IsReadAsInContract(const SpotHeader& header) {
     const bool isKept = header.sampleKind == SampleKind::kUnsigned16 || header.sampleKind == SampleKind::kFloat ||
                         (header.sampleKind == SampleKind::kSigned16 && header.fitsWords);
     return isKept && header.bands == 1 && !header.bigEndian;
-}
-
-/// The header of the files that the common reading takes for the same path, with its colours; nothing where it takes
-/// none.
-std::optional<SpotHeader> HeaderInCommon(PictureFiles& files) {
-    const KString path(files.path.c_str());
-    Result<PictureFiles> named = OpenSpotCommonFiles(path);
-    if (!named || AreSpotCommon(*named) != SpotFiles::kWhole) return std::nullopt;
-    Result<SpotHeader> header = ReadSpotCommonHeader(*named);
-    if (!header) return std::nullopt;
-    AddSpotColours(path, *header);
-    return *std::move(header);
 }
 
 std::int64_t RowBytes(EFormat format, std::int32_t columns) {
@@ -220,7 +194,7 @@ Result<PictureFiles> SpotReader::FindFiles(const KString& path) {
 void SpotReader::Close() {
     mSource.reset();
     mHeader = {};
-    mCommonHeader.reset();
+    mContract = {};
     mFormat = kUnknown;
     mFrameCount = 1;
 }
@@ -236,13 +210,9 @@ Result<> SpotReader::OpenContractFiles(PictureFiles files) {
     const KString path(files.path.c_str());
     header->path = PathWithExtension(path, L".hdr").value_or(files.path);
     AddSpotPalette(path, *header);
-    if (mIsCompared) mCommonHeader = HeaderInCommon(files);
-    mIsNamed = PathWithExtension(path, L".bil") == files.path;
     const Result<EFormat> format = FormatOf(*header);
-    if (!format) {
-        if (mCommonHeader) (void)mReading.IsCommon("samples of this depth are not shown by the host's rules");
-        return std::unexpected(format.error());
-    }
+    mContract = {.path = files.path, .isShown = format.has_value()};
+    if (!format) return std::unexpected(format.error());
     mFormat = *format;
     mFrameCount = FrameCountOf(*header);
     mHeader = *std::move(header);
@@ -279,10 +249,7 @@ Result<> SpotReader::ReadFrame(Common::RowSink& rows, int frame) {
     if (GetRowPitch() != RowBytes(mFormat, mHeader.columns)) return std::unexpected(Failure::kTooLarge);
     const PixelRows out{.sink = rows, .count = mHeader.rows, .pitch = static_cast<std::size_t>(GetRowPitch())};
     const int band = std::clamp(frame, 0, mFrameCount - 1);
-    if (!mReading.IsCommon()) {
-        TellOfDifference();
-        return DecodeSpot(*mSource, mHeader, band, out);
-    }
+    if (!mReading.IsCommon()) return DecodeSpot(*mSource, mHeader, band, out);
     const std::int64_t present = SpotRowsIn(mHeader, mSource->Size());
     if (present < mHeader.rows) {
         const std::wstring text = std::format(L"the data end after {} of {} rows", present, mHeader.rows);
@@ -294,12 +261,13 @@ Result<> SpotReader::ReadFrame(Common::RowSink& rows, int frame) {
     return {};
 }
 
-void SpotReader::TellOfDifference() {
-    if (!mCommonHeader) return;
-    if (mIsNamed) LookAtIntegers(*mSource, *mCommonHeader);
-    const char* const how = mIsNamed ? HowSpotDiffers(*mSource, mHeader, *mCommonHeader)
-                                     : "the samples are those of the file that ends in .bil by the host's rules";
-    if (how != nullptr) (void)mReading.IsCommon(how);
+const char* SpotReader::GetDifference() const {
+    if (!mContract.path.empty() && !mContract.isAsked) {
+        mContract.isAsked = true;
+        const char* const how = HowSpotDiffers(mContract.path, mContract.isShown ? &mHeader : nullptr);
+        if (how != nullptr) (void)mReading.IsCommon(how);
+    }
+    return mReading.Difference();
 }
 
 }  // namespace Kavra::Devices

@@ -27,6 +27,7 @@
 #include "readers/spot/SpotHeader.h"
 
 #include <optional>
+#include <string>
 
 namespace Kavra::Devices {
 
@@ -68,20 +69,24 @@ public:
     int GetFrameCount() override { return mFrameCount; }
     std::uint64_t GetWorkingBytes() override;
 
-    void LookForDifferences() override { mIsCompared = true; }
-    const char* GetDifference() const override { return mReading.Difference(); }
+    /// Looks at the files once more when it is asked, and at the samples where these decide.
+    const char* GetDifference() const override;
 
 private:
     Common::Result<> OpenContractFiles(PictureFiles files);
     Common::Result<> OpenCommonFiles(PictureFiles files);
-    void TellOfDifference();
 
-    Reading mReading;
-    bool mIsCompared = false;                   // with the common reading, which has another header
+    /// The files that are open in the contract's reading, for whoever asks what the other would make of them.
+    struct ContractFiles {
+        std::wstring path;
+        bool isShown = false;
+        mutable bool isAsked = false;
+    };
+
+    mutable Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a raster is open
     SpotHeader mHeader;
-    std::optional<SpotHeader> mCommonHeader;  // in the contract's reading: what the other would go by
-    bool mIsNamed = true;                     // whether the samples stand in the file that was named
+    ContractFiles mContract;
     EFormat mFormat = kUnknown;
     int mFrameCount = 1;
 };
