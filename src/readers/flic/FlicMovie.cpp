@@ -161,10 +161,13 @@ public:
     }
 
 private:
-    /// Short bodies are read at once, long ones through a buffer of their own.
+    /// Short bodies are read at once, long ones through a buffer of their own, whole copies into the frame.
     void PlayBody(const Chunk& chunk) {
         constexpr std::uint64_t kMaxAtOnce = 1 << 20;
         const std::uint64_t bytes = chunk.end - chunk.start - kChunkHeaderBytes;
+        const bool isWholeCopy = chunk.kind == kFlicCopy && bytes >= mFrame.Indices().size() &&
+                                 FlicCopyRowBytes(bytes, mFrame) == mFrame.Width();
+        if (isWholeCopy) return (void)DecodeFlicCopy(mSource, mFrame);
         if (bytes > kMaxAtOnce) {
             if (auto body = mSource.Slice(bytes)) Decode(chunk.kind, *body);
             return;
