@@ -25,9 +25,6 @@ struct PictAxis {
     }
 };
 
-/// All that coordinates reach.
-inline constexpr PictRect kPictEverywhere = {-0x8000, -0x8000, 0x7FFF, 0x7FFF};
-
 /// What the opcodes before a bitmap have set.
 struct PictState {
     PictRect frame;

@@ -14,7 +14,8 @@ using Common::Result;
 namespace {
 
 constexpr int kEnd = 0x7FFF;  // of a row, and in the place of a row of all rows
-constexpr unsigned kBoxBytes = 10;
+constexpr unsigned kSizeBytes = 2;
+constexpr unsigned kBoxBytes = 10;  // with the size
 constexpr int kNoRow = std::numeric_limits<int>::max();
 
 }  // namespace
@@ -22,7 +23,10 @@ constexpr int kNoRow = std::numeric_limits<int>::max();
 Result<PictRegion> ReadPictRegion(ByteSource& source) {
     const Result<std::uint16_t> size = source.Big<std::uint16_t>();
     if (!size) return std::unexpected(size.error());
-    if (*size < kBoxBytes) return std::unexpected(Failure::kMalformed);
+    if (*size < kSizeBytes) return std::unexpected(Failure::kMalformed);
+    if (*size < kBoxBytes) {
+        return source.Skip(*size - kSizeBytes).transform([] { return PictRegion{.box = kPictEverywhere}; });
+    }
     return ReadPictRect(source).and_then([&](const PictRect& box) {
         const PictRegion region{.box = box, .offset = source.Position(), .words = (*size - kBoxBytes) / 2};
         return source.Skip(*size - kBoxBytes).transform([&] { return region; });

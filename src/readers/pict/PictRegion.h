@@ -27,8 +27,11 @@ struct PictRegion {
     bool IsRect() const { return words == 0; }
 };
 
-/// Reads a region and leaves the source, a whole file in memory, behind it. Fails where the file or the size ends
-/// within the box.
+/// All that coordinates reach.
+inline constexpr PictRect kPictEverywhere = {-0x8000, -0x8000, 0x7FFF, 0x7FFF};
+
+/// Reads a region and leaves the source, a whole file in memory, behind it. One that is too short for a box is
+/// everywhere. Fails where the file ends within it, or its size is less than its own two bytes.
 [[nodiscard]] Common::Result<PictRegion> ReadPictRegion(Common::ByteSource& source);
 
 /// The steps, at most, that it takes to move a scan down so many rows.
