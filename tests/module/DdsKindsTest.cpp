@@ -166,6 +166,9 @@ INSTANTIATE_TEST_SUITE_P(
                  kR16G16B16A16, Shorts({65535, 32832, 49183, 21845}), "signed", true},
         KindCase{"110", Numbered(Shorts({32767, 0x8001, 0, 0x8000}), 110), kR16G16B16A16, Shorts({65535, 0, 32768, 0}),
                  "signed", true},
+        // the third part of (0, 0) is 1, of (64, 64) of 127 it is 0.7016
+        KindCase{"117", Numbered({0, 0}, 117), kR8G8B8A8, {128, 128, 255, 255}, "signed"},
+        KindCase{"117, a slope", Numbered({0x40, 0x40}, 117), kR8G8B8A8, {192, 192, 217, 255}, "signed"},
         KindCase{"dxgi 31", Dxgi({0x81, 0x00, 0x7F, 0x40}, 31), kR8G8B8A8, {0, 128, 255, 192}, "signed", true},
         KindCase{"dxgi 63", Dxgi({0x40}, 63), kL8, {192}, "signed"},
         KindCase{"dxgi 58", Dxgi({0x00, 0x00}, 58), kL16, Shorts({32768}), "signed"}));

@@ -220,6 +220,16 @@ void WidenAroundMiddleToShorts(const StoredLayout& layout, Row row, unsigned cha
     WidenAroundMiddle<std::uint16_t>(layout, row, out, width);
 }
 
+void WidenNormals(const StoredLayout& layout, Row row, unsigned char* out, std::size_t width) {
+    WidenAroundMiddleToBytes(layout, row, out, width);
+    ForEachPixel(layout, row, width, [&](std::size_t x, std::uint64_t pixel) {
+        const float u = Normalised(pixel, layout.masks[0], true), v = Normalised(pixel, layout.masks[1], true);
+        const float third = std::sqrt(std::max(1 - u * u - v * v, 0.0F));
+        constexpr float kHalfRange = 127.5F, kHalfStep = 0.5F;
+        out[x * sizeof(Colour) + 2] = static_cast<std::uint8_t>((third + 1) * kHalfRange + kHalfStep);
+    });
+}
+
 void WidenThreeFloats(const StoredLayout&, Row row, unsigned char* out, std::size_t width) {
     constexpr std::size_t kStored = 3 * sizeof(float), kPixel = 4 * sizeof(float);
     const float opaque = 1;

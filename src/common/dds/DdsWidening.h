@@ -24,6 +24,9 @@ void WidenAroundMiddleToBytes(const StoredLayout&, std::span<const unsigned char
 void WidenAroundMiddleToShorts(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out,
                                std::size_t width);
 
+/// `kD3dCxV8U8`: two signed bytes of a vector of length 1, whose third part follows from them. Around the middle, too.
+void WidenNormals(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
+
 /// Three floats to four, alpha 1.
 void WidenThreeFloats(const StoredLayout&, std::span<const unsigned char> row, unsigned char* out, std::size_t width);
 

@@ -373,6 +373,10 @@ std::optional<CommonLayout> LayoutOf(const Header& header) {
                                         kDxgiB8G8R8A8Unorm,    kDxgiB8G8R8X8Unorm,     kDxgiB8G8R8A8UnormSrgb,
                                         kDxgiB8G8R8X8UnormSrgb};
     CommonLayout layout = PixelLayout(*stored);
+    if (!header.isExtended && header.fourCC == kD3dCxV8U8) {
+        layout.pixels.widen = WidenNormals;
+        layout.colourChannels = 3;
+    }
     layout.isLeftToLibrary = header.isExtended && std::ranges::contains(kShownByLibrary, dxgi);
     if (header.isExtended && dxgi == kDxgiR10G10B10A2Unorm) layout.difference = kIsCut;
     return layout;
