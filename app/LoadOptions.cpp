@@ -84,8 +84,12 @@ std::uint64_t LoadedImage::BlockSize() const {
 
 Owned<ImageDesc> Describe(IImageHandler& handler, Report& report) {
     const MessageScope scope(report);
-    const LoadPreferencesScope preferred(LegacyPreferences());
-    return Owned<ImageDesc>(handler.GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
+    LoadPreferences preferences;
+    const LegacyNote note(preferences);
+    const LoadPreferencesScope preferred(preferences);
+    Owned<ImageDesc> desc(handler.GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
+    note.Tell(report);
+    return desc;
 }
 
 namespace {

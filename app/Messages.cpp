@@ -50,7 +50,16 @@ void Report::Fail(std::string_view text, std::string_view file) {
 
 void Report::FailUnlessSaid(std::size_t mark, std::string_view text, std::string_view file) {
     mFailed = true;
-    if (mCount == mark) Say("error", text, file);
+    if (IsOnlyNotedSince(mark)) Say("error", text, file);
+}
+
+bool Report::IsOnlyNotedSince(std::size_t mark) const {
+    std::size_t end = mCount;
+    for (auto run = mRuns.rbegin(); run != mRuns.rend() && end > mark; ++run) {
+        if (run->kind != "note") return false;
+        end -= run->count;
+    }
+    return true;
 }
 
 bool Report::WasSaidSince(std::size_t mark, std::string_view text) const {

@@ -28,7 +28,7 @@ public:
     void NoteOnce(std::string_view text);
     /// Says `text` as an error and marks the file as failed.
     void Fail(std::string_view text, std::string_view file = {});
-    /// Marks the file as failed; says "cannot be read" or the like only when nothing was said since `mark`.
+    /// Marks the file as failed; says "cannot be read" or the like only when nothing but notes was said since `mark`.
     void FailUnlessSaid(std::size_t mark, std::string_view text, std::string_view file = {});
 
     bool Failed() const { return mFailed; }
@@ -55,6 +55,8 @@ private:
         std::string text;
         std::size_t count;
     };
+
+    bool IsOnlyNotedSince(std::size_t mark) const;
 
     std::string mFile;
     std::vector<Run> mRuns;

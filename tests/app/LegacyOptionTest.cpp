@@ -78,8 +78,9 @@ TEST(LegacyOption, EveryCommandThatReadsPicturesTakesIt) {
                                          {"tile", in, folder / "out.png", "--repeat", "2x2"}};
     for (const Words& command : commands)
         ExpectDone(Joined({command, {"--legacy", "common"}}));
-    ExpectDone({"light", in, "--legacy", "common"},
-               NoteLine(in, "8 x 1 pixels, and an equirectangular map is twice as wide as high; directions may be wrong"));
+    ExpectDone(
+        {"light", in, "--legacy", "common"},
+        NoteLine(in, "8 x 1 pixels, and an equirectangular map is twice as wide as high; directions may be wrong"));
     ExpectWrongUsage({"formats", "--legacy", "common"}, "formats: error: there is no option --legacy");
 }
 
@@ -92,6 +93,9 @@ TEST(LegacyOption, AFileThatOnlyTheCommonReadingKnowsIsNamedAsSuch) {
     const std::string file = folder.Write("pages.dcx", pages).string();
     ExpectFailed({"convert", file, folder / "out.png"},
                  UnreadableLine(file) + NoteLine(file, "of no kind that the host's rules know" + kAdvice));
+    ExpectFailed({"info", file},
+                 NoteLine(file, "of no kind that the host's rules know" + kAdvice) + ErrorLine(file, "cannot be read"));
+    ExpectDone({"info", file, "--legacy", "common"});
     ExpectDone({"convert", file, folder / "out.png", "--legacy", "common"});
     EXPECT_EQ(PictureFile(folder / "out.png").At(0, 0), kRed);
 }

@@ -17,9 +17,10 @@ enum ELegacyReading : std::int32_t {
 class ILegacyObserver {
 public:
     /// Called during a load in the contract's reading, on the thread that loads and once a load at most, for a file of
-    /// which the common reading shows something else or shows anything at all. `how` tells in English what the
-    /// contract's reading does, without a period: "set bits are drawn in the first of two colours". It lives as long as
-    /// the module does. Not called where a load cannot tell.
+    /// which the common reading shows something else or shows anything at all; during a description of a file, where it
+    /// describes nothing and the common reading would. `how` tells in English what the contract's reading does, without
+    /// a period: "set bits are drawn in the first of two colours". It lives as long as the module does. Not called where
+    /// a load cannot tell.
     virtual void ReadingsDiffer(const char* how) noexcept = 0;
 
 protected:

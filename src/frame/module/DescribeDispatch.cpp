@@ -90,7 +90,8 @@ std::unique_ptr<OIIO::ImageInput> OpenForLibrary(const KString& path, DetectedFi
 }  // namespace
 
 ImageDesc* DescribeImage(const KString& path) {
-    const ELegacyReading reading = Common::HostLoadPreferences().legacy;
+    const LoadPreferences preferences = Common::HostLoadPreferences();
+    const ELegacyReading reading = preferences.legacy;
     DetectedFile file = DetectFile(path, reading);
     OwnedDesc desc(new ImageDesc);
     if (file.type == None || !desc) return nullptr;
@@ -109,7 +110,9 @@ ImageDesc* DescribeImage(const KString& path) {
         }
     }
     if (desc->format == kUnknown) DescribeByExrHandler(*desc, path, file);
-    return desc->format == kUnknown ? nullptr : desc.release();
+    if (desc->format != kUnknown) return desc.release();
+    TellOfCommonReading(path, preferences, file.type);
+    return nullptr;
 }
 
 }  // namespace Kavra::Devices

@@ -19,6 +19,20 @@ inline bool PrefersExrHandler(const KString& path, const DetectedFile& file) {
     return file.start ? Common::PrefersExrHandler(path, *file.start) : EXRHandler::IsPreferedHandler(path);
 }
 
+/// Who hears, in the contract's reading, what the other one does otherwise; null: nobody.
+inline ILegacyObserver* ListenerOf(const LoadPreferences& preferences) {
+    return preferences.legacy == kLegacyContract ? preferences.legacyObserver : nullptr;
+}
+
+/// Whoever listens hears that a file, `Other` to the contract's reading and to nobody a picture, is one in the other.
+inline void TellOfCommonReading(const KString& path, const LoadPreferences& preferences, int fileType) {
+    ILegacyObserver* const listener = ListenerOf(preferences);
+    if (listener == nullptr || fileType != Other) return;
+    const DetectedFile common = DetectFile(path, kLegacyCommon);
+    if (common.isShown && HasImageReader(common.type))
+        listener->ReadingsDiffer("of no kind that the host's rules know");
+}
+
 /// What `IImageHandler::GetImageDesc` does. Throws what the allocator and the libraries throw.
 ImageDesc* DescribeImage(const KString& path);
 

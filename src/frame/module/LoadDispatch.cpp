@@ -259,23 +259,9 @@ Result<LoadedPixels> LoadWithoutLibrary(ImageDescription& desc, const KString& p
     });
 }
 
-/// Who hears, of a load in the contract's reading, what the other one does otherwise; null: nobody.
-ILegacyObserver* ListenerOf(const LoadRequest& request) {
-    return request.preferences.legacy == kLegacyContract ? request.preferences.legacyObserver : nullptr;
-}
-
-/// Whoever asks hears that a file which nothing else knows has a reader in the other reading.
-void TellOfCommonReading(const KString& path, const LoadRequest& request, int fileType) {
-    ILegacyObserver* const listener = ListenerOf(request);
-    if (listener == nullptr || fileType != Other) return;
-    const DetectedFile common = DetectFile(path, kLegacyCommon);
-    if (common.isShown && HasImageReader(common.type))
-        listener->ReadingsDiffer("of no kind that the host's rules know");
-}
-
 /// Whoever asks hears of a DDS that the other reading shows otherwise.
 void TellOfCommonDds(const KString& path, const LoadRequest& request, Common::ByteSource* open) {
-    ILegacyObserver* const listener = ListenerOf(request);
+    ILegacyObserver* const listener = ListenerOf(request.preferences);
     const char* const difference = listener != nullptr ? DdsDifference(path, open, request) : nullptr;
     if (difference != nullptr) listener->ReadingsDiffer(difference);
 }
@@ -322,7 +308,7 @@ IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, c
     const ImageFileType type = file.type;
     Result<LoadedPixels> pixels = LoadWithoutLibrary(desc, path, request, std::move(file));
     if (!pixels) {
-        TellOfCommonReading(path, request, type);
+        TellOfCommonReading(path, request.preferences, type);
         return Refuse(pixels.error());
     }
     const Common::PictureBounds bounds = pixels->isLegacy ? Common::ReaderBounds() : Common::HostBounds();
