@@ -139,15 +139,17 @@ void PcxCommonRows::Colour(std::span<unsigned char> pixels) {
     const unsigned char* red = Component(0).data();
     const unsigned char* green = Component(1).data();
     const unsigned char* blue = Component(2).data();
-    const unsigned char* alpha = mHasAlpha ? Component(kAlpha).data() : nullptr;
-    for (std::size_t x = 0; x < mWidth; ++x) {
+    // Four plain stores are what the compiler makes vectors of, where the count is no member that they might change.
+    const std::size_t width = mWidth;
+    for (std::size_t x = 0; x < width; ++x) {
         pixels[4 * x] = red[x];
         pixels[4 * x + 1] = green[x];
         pixels[4 * x + 2] = blue[x];
         pixels[4 * x + 3] = kOpaque;
     }
-    if (alpha == nullptr) return;
-    for (std::size_t x = 0; x < mWidth; ++x)
+    if (!mHasAlpha) return;
+    const unsigned char* alpha = Component(kAlpha).data();
+    for (std::size_t x = 0; x < width; ++x)
         pixels[4 * x + kAlpha] = alpha[x];
 }
 
