@@ -186,15 +186,16 @@ private:
         });
     }
 
-    /// Whether a bitmap is only for programs without QuickTime: the next one behind a picture of it, in its place. What
-    /// says in one bit that something else is needed may come in parts.
+    /// Whether a bitmap is only for programs without QuickTime: the next one behind a picture of it, in just its place, or
+    /// any in one bit within it, which say that something else is needed.
     bool IsStandIn(const PictCommonRecord& record) {
         if (record.IsCompressed() || mQuickTime.IsEmpty()) return false;
         const bool isNext = std::exchange(mIsBehindQuickTime, false);
         const PictRect& to = record.bitmap.destination;
         const PictRect common = Intersection(to, mQuickTime);
-        const bool isInPlace = common.Width() == to.Width() && common.Height() == to.Height();
-        return isInPlace && (isNext || record.bitmap.layout.pixelSize == 1);
+        const bool isWithin = common.Width() == to.Width() && common.Height() == to.Height();
+        const bool isAll = isWithin && to.Width() == mQuickTime.Width() && to.Height() == mQuickTime.Height();
+        return (isNext && isAll) || (isWithin && record.bitmap.layout.pixelSize == 1);
     }
 
     Result<> Keep(PictCommonRecord&& record) {

@@ -64,6 +64,9 @@ TEST(PictQuickTime, TheBitmapForProgramsWithoutItIsLeftOut) {
     Add(over, 0x8200, Compressed(BmpOfTwoPixels()));
     over.Indexed(GreyMap(0, 0, {{1, 2}})).Indexed(GreyMap(0, 0, {{3, 4}}));
     EXPECT_EQ(Reds(DecodeCommon(over.End())), (Bytes{3, 4})) << "what is drawn over both";
+    PictMaker part({0, 0, 1, 2});
+    Add(part, 0x8200, Compressed(BmpOfTwoPixels())).Indexed(GreyMap(1, 0, {{9}}));
+    EXPECT_EQ(Reds(DecodeCommon(part.End())), (Bytes{255, 9})) << "a picture of its own";
     PictMaker beside({0, 0, 1, 3});
     PictMap wide = Drawing({"###"});
     Add(beside, 0x8200, Compressed(BmpOfTwoPixels())).Bitmap(wide);
