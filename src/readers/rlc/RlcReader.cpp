@@ -249,12 +249,13 @@ void RlcMask::SetWholeRun(std::uint16_t start, std::uint16_t end) {
         return;
     }
     const std::size_t left = static_cast<std::size_t>(mColumns - end);
-    const std::size_t right = static_cast<std::size_t>(mColumns - start);
-    for (std::size_t byte = left / 8; byte * 8 < right; ++byte) {
-        const std::size_t first = std::max(left, byte * 8) - byte * 8;
-        const std::size_t behind = std::min(right, byte * 8 + 8) - byte * 8;
-        mBytes[byte] |= Bits(first, behind - first);
-    }
+    const std::size_t length = static_cast<std::size_t>(end - start);
+    const std::size_t inFirst = std::min(length, 8 - left % 8);
+    mBytes[left / 8] |= Bits(left % 8, inFirst);
+    const std::size_t whole = (length - inFirst) / 8;
+    std::ranges::fill(std::span(mBytes).subspan(left / 8 + 1, whole), 0xFF);
+    const std::size_t inLast = (length - inFirst) % 8;
+    if (inLast != 0) mBytes[left / 8 + 1 + whole] |= Bits(0, inLast);
 }
 
 // --- The reader -----------------------------------------------------------------------------------------------------

@@ -252,12 +252,17 @@ private:
     bool mAreSet = true;
 };
 
-/// Whether all samples of a line are such numbers, or none.
+/// Whether all samples of a line, which are whole numbers, are such ones or none: as the bits of all of them together.
 bool AreWords(const SpotHeader& header, const Samples& samples) {
-    bool areWords = true;
-    const auto take = [&](std::size_t, auto sample) { areWords &= IsWord(sample) || !HasData(header, sample); };
+    const bool hasNoData = header.noData.has_value();
+    const auto noData = static_cast<std::int64_t>(header.noData.value_or(0));
+    std::int64_t all = 0;
+    const auto take = [&](std::size_t, auto sample) {
+        const auto number = static_cast<std::int64_t>(sample);
+        all |= hasNoData && number == noData ? 0 : number;
+    };
     TakeSamples<float>(header, samples, static_cast<std::size_t>(header.columns), take);
-    return areWords;
+    return IsWord(all);
 }
 
 bool FitsWords(ByteSource& file, const SpotHeader& header) {

@@ -12,8 +12,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <format>
 #include <limits>
 #include <utility>
@@ -161,13 +163,47 @@ Result<> DecodeSpot(ByteSource& file, const SpotHeader& header, int frame, const
 
 namespace {
 
-/// Whether the common reading has the same pixels of a raster as the contract's has.
+/// Turns the bytes of each number round before its rows are complete, a few rows at a time.
+class SwappedRows : public Common::RowSink {
+public:
+    /// Numbers of 2 or 4 bytes. The sink must outlive this one.
+    SwappedRows(Common::RowSink& rows, std::size_t pitch, std::size_t numberBytes)
+        : mSink(rows), mMost(std::max<std::size_t>(Common::kSerialBytes / pitch, 1)), mNumberBytes(numberBytes) {}
+
+    std::span<unsigned char> NextRows(std::size_t most) override {
+        Finish();
+        mRows = mSink.NextRows(std::min(most, mMost));
+        return mRows;
+    }
+    /// To be called once more at the end.
+    void Finish() {
+        mNumberBytes == 2 ? Swap<std::uint16_t>() : Swap<std::uint32_t>();
+        mRows = {};
+    }
+
+private:
+    template <class Number>
+    void Swap() {
+        for (std::size_t at = 0; at < mRows.size(); at += sizeof(Number)) {
+            Number number;
+            std::memcpy(&number, mRows.data() + at, sizeof number);
+            number = std::byteswap(number);
+            std::memcpy(mRows.data() + at, &number, sizeof number);
+        }
+    }
+
+    Common::RowSink& mSink;
+    std::size_t mMost, mNumberBytes;
+    std::span<unsigned char> mRows;
+};
+
+/// Whether the common reading has the same pixels of a raster as the contract's has, but for the order of their bytes.
 bool IsReadAsInContract(const SpotHeader& header) {
     if (header.noData || !header.colours.empty()) return false;
     if (header.sampleKind == SampleKind::k8Bit) return header.bands == 1 || header.bands == 3;
     const bool isKept = header.sampleKind == SampleKind::kUnsigned16 || header.sampleKind == SampleKind::kFloat ||
                         (header.sampleKind == SampleKind::kSigned16 && header.fitsWords);
-    return isKept && header.bands == 1 && !header.bigEndian;
+    return isKept && header.bands == 1;
 }
 
 std::int64_t RowBytes(EFormat format, std::int32_t columns) {
@@ -256,7 +292,14 @@ Result<> SpotReader::ReadFrame(Common::RowSink& rows, int frame) {
         Sys::Warning(text.c_str(), nullptr);
         return std::unexpected(Failure::kTruncated);
     }
-    if (IsReadAsInContract(mHeader)) return DecodeSpot(*mSource, mHeader, band, out);
+    if (IsReadAsInContract(mHeader)) {
+        if (!mHeader.bigEndian || mHeader.bits == 8) return DecodeSpot(*mSource, mHeader, band, out);
+        SwappedRows swapped(rows, out.pitch, static_cast<std::size_t>(mHeader.bits) / 8);
+        const Result<> decoded =
+            DecodeSpot(*mSource, mHeader, band, {.sink = swapped, .count = out.count, .pitch = out.pitch});
+        swapped.Finish();
+        return decoded;
+    }
     DecodeSpotCommon(*mSource, mHeader, band, out);
     return {};
 }

@@ -28,13 +28,17 @@ using BitsOf =
 template <class Number, bool IsBig, class Take>
 void TakeNumbers(const Samples& samples, std::size_t count, const Take& take) {
     constexpr bool kIsSwapped = IsBig == (std::endian::native == std::endian::little);
-    const unsigned char* at = samples.line.data() + samples.first * sizeof(Number);
-    for (std::size_t x = 0; x < count; ++x, at += samples.step * sizeof(Number)) {
-        BitsOf<Number> bits;
-        std::memcpy(&bits, at, sizeof bits);
-        if constexpr (kIsSwapped && sizeof bits > 1) bits = std::byteswap(bits);
-        take(x, std::bit_cast<Number>(bits));
-    }
+    const auto takeEach = [&](auto step) {
+        const unsigned char* at = samples.line.data() + samples.first * sizeof(Number);
+        for (std::size_t x = 0; x < count; ++x, at += step * sizeof(Number)) {
+            BitsOf<Number> bits;
+            std::memcpy(&bits, at, sizeof bits);
+            if constexpr (kIsSwapped && sizeof bits > 1) bits = std::byteswap(bits);
+            take(x, std::bit_cast<Number>(bits));
+        }
+    };
+    // A step that the compiler knows makes whole vectors of them.
+    samples.step == 1 ? takeEach(std::integral_constant<std::size_t, 1>{}) : takeEach(samples.step);
 }
 
 /// Samples of less than a byte, the first highest. They may cross from one byte into the next.
