@@ -265,14 +265,21 @@ bool AreWords(const SpotHeader& header, const Samples& samples) {
     return IsWord(all);
 }
 
+bool FitWords(ByteSource& file, const SpotHeader& header, int band, std::int64_t rows) {
+    RowFlags flags;
+    ConvertBands<1>(file, header, {band}, {.sink = flags, .count = rows, .pitch = 1},
+                    [&](std::span<unsigned char> flag, const std::array<Samples, 1>& samples) {
+                        flag[0] = AreWords(header, samples[0]) ? 1 : 0;
+                    });
+    return flags.AreAllSet();
+}
+
+/// Of most rasters with others the first rows tell.
 bool FitsWords(ByteSource& file, const SpotHeader& header) {
+    constexpr std::int64_t kFirstRows = 64;
     for (int band = 0; band < std::min(header.bands, static_cast<int>(kColours)); ++band) {
-        RowFlags flags;
-        ConvertBands<1>(file, header, {band}, {.sink = flags, .count = header.rows, .pitch = 1},
-                        [&](std::span<unsigned char> flag, const std::array<Samples, 1>& samples) {
-                            flag[0] = AreWords(header, samples[0]) ? 1 : 0;
-                        });
-        if (!flags.AreAllSet()) return false;
+        if (!FitWords(file, header, band, std::min<std::int64_t>(header.rows, kFirstRows))) return false;
+        if (!FitWords(file, header, band, header.rows)) return false;
     }
     return true;
 }

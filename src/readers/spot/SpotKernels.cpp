@@ -8,6 +8,7 @@
 
 #include <hwy/highway.h>
 
+#include <algorithm>
 #include <cstring>
 
 HWY_BEFORE_NAMESPACE();
@@ -84,6 +85,27 @@ std::size_t FloatsOfPixels(unsigned char* out, std::span<const unsigned char> in
     return SamplesOfPixels<std::uint32_t>(out, in, band);
 }
 
+/// As many numbers as fill whole vectors; the result is how many bytes that were.
+template <class Number>
+std::size_t SwapBytes(std::span<unsigned char> numbers) {
+    const hn::ScalableTag<Number> d;
+    const std::size_t bytes = hn::Lanes(d) * sizeof(Number);
+    std::size_t at = 0;
+    for (; at + bytes <= numbers.size(); at += bytes) {
+        auto* const lanes = reinterpret_cast<Number*>(numbers.data() + at);
+        hn::StoreU(hn::ReverseLaneBytes(hn::LoadU(d, lanes)), d, lanes);
+    }
+    return at;
+}
+
+std::size_t SwapWords(std::span<unsigned char> numbers) {
+    return SwapBytes<std::uint16_t>(numbers);
+}
+
+std::size_t SwapLongs(std::span<unsigned char> numbers) {
+    return SwapBytes<std::uint32_t>(numbers);
+}
+
 }  // namespace Kavra::Devices::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -95,6 +117,8 @@ HWY_EXPORT(PixelsToRgba);
 HWY_EXPORT(BytesThroughTable);
 HWY_EXPORT(WordsOfPixels);
 HWY_EXPORT(FloatsOfPixels);
+HWY_EXPORT(SwapWords);
+HWY_EXPORT(SwapLongs);
 
 namespace {
 
@@ -169,6 +193,13 @@ void SampleFromPixels(std::span<unsigned char> out, std::span<const unsigned cha
         std::memcpy(out.subspan(x * sampleBytes, sampleBytes).data(),
                     in.subspan(3 * x * sampleBytes + first, sampleBytes).data(), sampleBytes);
     }
+}
+
+void SwapNumbers(std::span<unsigned char> numbers, std::size_t numberBytes) {
+    std::size_t at =
+        numberBytes == 2 ? HWY_DYNAMIC_DISPATCH(SwapWords)(numbers) : HWY_DYNAMIC_DISPATCH(SwapLongs)(numbers);
+    for (; at < numbers.size(); at += numberBytes)
+        std::ranges::reverse(numbers.subspan(at, numberBytes));
 }
 
 }  // namespace Kavra::Devices

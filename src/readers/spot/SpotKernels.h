@@ -44,6 +44,9 @@ void RgbaFromPixels(std::span<unsigned char> out, std::span<const unsigned char>
 void RgbaFromPixels(std::span<unsigned char> out, std::span<const unsigned char> in, bool blueFirst,
                     const PixelTables& tables);
 
+/// Turns the bytes of each number of 2 or 4 of them round.
+void SwapNumbers(std::span<unsigned char> numbers, std::size_t numberBytes);
+
 /// Sample `band` of each pixel of three samples of 2 or 4 bytes.
 void SampleFromPixels(std::span<unsigned char> out, std::span<const unsigned char> in, std::size_t sampleBytes,
                       int band);

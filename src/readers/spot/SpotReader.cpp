@@ -12,10 +12,8 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <format>
 #include <limits>
 #include <utility>
@@ -177,21 +175,11 @@ public:
     }
     /// To be called once more at the end.
     void Finish() {
-        mNumberBytes == 2 ? Swap<std::uint16_t>() : Swap<std::uint32_t>();
+        SwapNumbers(mRows, mNumberBytes);
         mRows = {};
     }
 
 private:
-    template <class Number>
-    void Swap() {
-        for (std::size_t at = 0; at < mRows.size(); at += sizeof(Number)) {
-            Number number;
-            std::memcpy(&number, mRows.data() + at, sizeof number);
-            number = std::byteswap(number);
-            std::memcpy(mRows.data() + at, &number, sizeof number);
-        }
-    }
-
     Common::RowSink& mSink;
     std::size_t mMost, mNumberBytes;
     std::span<unsigned char> mRows;
