@@ -6,6 +6,8 @@
 #include "support/Loading.h"
 #include "support/Program.h"
 
+#include <kavra/devices/LoadPreferences.h>
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -90,6 +92,37 @@ TEST_F(FileInspection, FramesOfAnAnimationSayHowLongTheyAreShown) {
     EXPECT_GT(flic->PartCount(), 1U);
     EXPECT_GT(flic->Part(0).seconds, 0.0);
     EXPECT_LT(flic->Part(0).seconds, 1.0);
+}
+
+TEST_F(FileInspection, AnimationsSayTheirSpeedAlikeInBothReadings) {
+    Bytes fli = Zeros(128);
+    fli[4] = 0x11;
+    fli[5] = 0xAF;
+    fli[6] = fli[8] = fli[10] = 1;
+    fli[16] = 35;
+    for (const auto reading : {kLegacyContract, kLegacyCommon}) {
+        LoadPreferences preferences;
+        preferences.legacy = reading;
+        const LoadPreferencesScope scope(preferences);
+        fli[16] = 35;
+        EXPECT_DOUBLE_EQ(Inspect(folder.Write("a.fli", fli))->Part(0).seconds, 0.5) << "seventieths";
+        fli[16] = 0;
+        EXPECT_DOUBLE_EQ(Inspect(folder.Write("a.fli", fli))->Part(0).seconds, 0) << "as fast as may be";
+        EXPECT_DOUBLE_EQ(Inspect(Sample("balloon.flc"))->Part(0).seconds, 0.1) << "thousandths";
+    }
+}
+
+TEST_F(FileInspection, APageOfADcxFileIsAPartOfItsOwnSize) {
+    LoadPreferences preferences;
+    preferences.legacy = kLegacyCommon;
+    const LoadPreferencesScope scope(preferences);
+    const Inspected file = Inspect(Sample("common/pages.dcx"));
+    ASSERT_TRUE(file);
+    EXPECT_STREQ(file->FileType(), "PCX");
+    ASSERT_EQ(file->PartCount(), 3U);
+    EXPECT_EQ(file->Part(0).levels[0].height, 90);
+    EXPECT_EQ(file->Part(1).levels[0].width, 120);
+    EXPECT_EQ(file->Part(2).levels[0].height, 40);
 }
 
 TEST_F(FileInspection, LegacyFilesSayWhatTheirReadersKnow) {
