@@ -311,7 +311,7 @@ std::optional<SpotPalette> GreysOf(const std::vector<std::uint32_t>& colours) {
     SpotPalette greys{};
     if (colours.empty() || colours.size() > greys.size()) return std::nullopt;
     for (std::size_t value = 0; value < colours.size(); ++value) {
-        const auto bytes = std::bit_cast<std::array<std::uint8_t, 4>>(colours[value]);
+        const auto bytes = std::bit_cast<std::array<unsigned char, 4>>(colours[value]);
         if (bytes[3] != 255 || bytes[0] != bytes[1] || bytes[1] != bytes[2]) return std::nullopt;
         greys[value] = {bytes[0], bytes[1], bytes[2]};
     }

@@ -235,7 +235,7 @@ class RowFlags : public Common::RowSink {
 public:
     std::span<unsigned char> NextRows(std::size_t most) override {
         Look();
-        mFlags.assign(std::min(most, kMost), 0);
+        mFlags.assign(std::min(most, kMaxRows), 0);
         return mFlags;
     }
     bool AreAllSet() {
@@ -244,7 +244,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kMost = 65536;
+    static constexpr std::size_t kMaxRows = 65536;
 
     void Look() { mAreSet = mAreSet && !std::ranges::contains(mFlags, 0); }
 

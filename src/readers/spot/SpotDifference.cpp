@@ -52,6 +52,8 @@ bool IsMapping(const SpotHeader& header) {
     return header.greyEntries > 0 && header.palette != GreyRamp();
 }
 
+constexpr const char* kShowsNoData = "pixels without data are shown as their numbers by the host's rules";
+
 /// Of two headers for the same samples.
 const char* HowPixelsDiffer(Common::ByteSource& file, const SpotHeader& contract, const SpotHeader& common) {
     const bool isSeveral = contract.bits > 8;
@@ -67,11 +69,12 @@ const char* HowPixelsDiffer(Common::ByteSource& file, const SpotHeader& contract
     const bool mapsBands = contract.bands == 3 && IsMapping(contract);
     if (mapsBands) return "the palette beside them changes three bands by the host's rules";
     if (contract.bands == 1 && contract.bits == 8) {
-        const bool isOther = HasOtherValue(file, contract, common);
-        return isOther ? "the palette and the values without data are shown otherwise by the host's rules" : nullptr;
+        const bool hasPalette = !common.colours.empty() || contract.greyEntries > 0 || contract.colourEntries > 0;
+        if (!HasOtherValue(file, contract, common)) return nullptr;
+        return hasPalette ? "the palette is read otherwise by the host's rules" : kShowsNoData;
     }
     const bool isTransparent = common.noData && SpotCommonFormat(common) != kR32F && HasTransparentPixel(file, common);
-    return isTransparent ? "pixels without data are shown as their numbers by the host's rules" : nullptr;
+    return isTransparent ? kShowsNoData : nullptr;
 }
 
 }  // namespace

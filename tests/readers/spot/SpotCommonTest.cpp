@@ -325,7 +325,7 @@ TEST_F(SpotCommon, EveryEntryOfAPaletteCounts) {
     mFolder.Write("q.clr", "# comment\n! comment\n0 50 60 70 Water\n1 10 300 -5\n3 1 2 3\n");
     EXPECT_EQ(Pixels("", {0, 1, 2, 3}), (Bytes{50, 60, 70, 255, 10, 255, 0, 255, 0, 0, 0, 0, 1, 2, 3, 255}))
         << "a value without a colour is transparent";
-    EXPECT_EQ(Contract().note, "the palette and the values without data are shown otherwise by the host's rules");
+    EXPECT_EQ(Contract().note, "the palette is read otherwise by the host's rules");
     EXPECT_EQ(NoteOf("", {3, 3, 3, 3}), "") << "where no value has another colour, both show the same";
     EXPECT_EQ(Pixels("NODATA 3\n", {0, 0, 3, 3}), (Bytes{50, 60, 70, 255, 50, 60, 70, 255, 1, 2, 3, 0, 1, 2, 3, 0}));
 }
