@@ -77,12 +77,8 @@ bool IsOtherCals(ByteSource& source) {
 
 /// Files that only the common reading knows, asked when the contract's knows nothing of them.
 constexpr ContentProbe kCommonProbes[] = {
-    {PCX, IsCommonPcx},
-    {PCX, IsDcx},
-    {FLIC, IsOtherFlic, false},
-    {CALS, IsCommonCals},
-    {CALS, IsOtherCals, false},
-    {PICT, IsCommonPict},
+    {PCX, IsCommonPcx},         {PCX, IsDcx},         {FLIC, IsOtherFlic, false}, {CALS, IsCommonCals},
+    {CALS, IsOtherCals, false}, {PICT, IsCommonPict},
 };
 
 }  // namespace

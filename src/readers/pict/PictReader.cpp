@@ -111,7 +111,8 @@ Result<> PictReader::TakeFile(ByteSource& file) {
 Result<> PictReader::TakePicture() {
     Result<PictPicture> picture = ReadPictPicture(*mSource);
     if (!picture) {
-        if (mIsCompared && IsReadElsewhere()) (void)mReading.IsCommon("the picture counts as damaged by the host's rules");
+        if (mIsCompared && IsReadElsewhere())
+            (void)mReading.IsCommon("the picture counts as damaged by the host's rules");
         Sys::Warning(L"The data is corrupted.", nullptr);
         return std::unexpected(picture.error());
     }
