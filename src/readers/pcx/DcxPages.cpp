@@ -53,6 +53,7 @@ Result<std::vector<DcxPage>> FindDcxPages(ByteSource& source) {
     std::set<std::uint64_t> ends(starts.begin(), starts.end());
     ends.insert(source.Size());
     std::vector<DcxPage> pages;
+    pages.reserve(starts.size());
     for (const std::uint64_t start : starts)
         pages.push_back({.start = start, .bytes = *ends.upper_bound(start) - start});
     if (pages.empty()) return std::unexpected(Failure::kMalformed);

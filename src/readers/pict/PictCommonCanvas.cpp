@@ -93,7 +93,8 @@ PictCommonCanvas::Drawing PictCommonCanvas::Start(const PictCommonRecord& record
             .clip = PictRegionScan(record.clip, mFile),
             .mask = PictRegionScan(record.mask, mFile),
             .palette = PictCommonPalette(record),
-            .hasAlpha = HasAlpha(record)};
+            .hasAlpha = HasAlpha(record),
+            .stored = std::nullopt};
 }
 
 /// A fourth component is alpha unless it is 0 everywhere, which is what programs without alpha leave in it.

@@ -34,7 +34,7 @@ private:
         std::array<PictPixel, 256> palette{};  // of indices
         bool hasAlpha = false;
         int nextRow = 0;  // of the bitmap, from its top: the one behind that at hand
-        std::optional<std::span<const unsigned char>> stored{};  // the row at hand; nothing where it is not there
+        std::optional<std::span<const unsigned char>> stored;  // the row at hand; nothing where it is not there
     };
 
     void StartRecords();

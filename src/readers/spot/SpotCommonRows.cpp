@@ -7,6 +7,7 @@
 #include "readers/spot/SpotSamples.h"
 
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -45,8 +46,10 @@ constexpr std::size_t kColours = 3;
 /// Whether a sample is a value. One whose no-data value no sample can have is.
 template <class Sample>
 bool HasData(const SpotHeader& header, Sample sample) {
-    if constexpr (std::is_floating_point_v<Sample>)
-        return !header.noData || sample != static_cast<Sample>(*header.noData);
+    if constexpr (std::is_floating_point_v<Sample>) {
+        const bool canBe = header.noData && std::abs(*header.noData) <= std::numeric_limits<Sample>::max();
+        return !canBe || sample != static_cast<Sample>(*header.noData);
+    }
     return !header.noData || static_cast<double>(sample) != *header.noData;
 }
 
@@ -254,11 +257,12 @@ private:
 
 /// Whether all samples of a line, which are whole numbers, are such ones or none: as the bits of all of them together.
 bool AreWords(const SpotHeader& header, const Samples& samples) {
-    const bool hasNoData = header.noData.has_value();
-    const auto noData = static_cast<std::int64_t>(header.noData.value_or(0));
+    constexpr double kBeyondSamples = 1e15;  // of 32 bits at most
+    const bool hasNoData = header.noData && std::abs(*header.noData) < kBeyondSamples;
+    const auto noData = hasNoData ? static_cast<std::int64_t>(*header.noData) : 0;
     std::int64_t all = 0;
     const auto take = [&](std::size_t, auto sample) {
-        const auto number = static_cast<std::int64_t>(sample);
+        const auto number = static_cast<std::int64_t>(sample);  // NOLINT(bugprone-signed-char-misuse): of 8 bits
         all |= hasNoData && number == noData ? 0 : number;
     };
     TakeSamples<float>(header, samples, static_cast<std::size_t>(header.columns), take);

@@ -23,9 +23,7 @@ namespace Kavra::Devices {
 
 using Common::ByteSource;
 using Common::Failure;
-using Common::Product;
 using Common::Result;
-using Common::Sum;
 
 // --- Pixels ----------------------------------------------------------------------------------------------------------
 
