@@ -492,7 +492,7 @@ def write_quicktime(out):
     out.write("quicktime-mask", page, header(64, 20) + compressed(b"png ", png(picture), 64, 20, mask=mask))
     photo = Image.new("RGB", (64, 20))
     photo.putdata([(x * 4, y * 12, 128) for y in range(20) for x in range(64)])
-    for codec, form in ((b"jpeg", "jpeg"), (b"WRLE", "bmp"), (b"tiff", "tiff")):
+    for codec, form in ((b"jpeg", "jpeg"), (b"WRLE", "bmp")):
         data = io.BytesIO()
         photo.save(data, form)
         decoded = Image.open(io.BytesIO(data.getvalue())).convert("RGB").tobytes()

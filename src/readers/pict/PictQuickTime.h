@@ -12,7 +12,7 @@
 namespace Kavra::Devices {
 
 /// The data of opcode 0x8200 behind their length, up to `end`: where and how a compressed picture is drawn, and the
-/// picture. Nothing where its compression is not JPEG, PNG, TIFF, BMP or GIF, or it is not whole enough for a size.
+/// picture. Nothing where its compression is not JPEG, PNG, BMP or GIF, or it is not whole enough for a size.
 /// The source is a whole file in memory, and is left anywhere.
 std::optional<PictCommonRecord> ReadPictCompressed(Common::ByteSource& source, std::uint64_t end,
                                                    const PictState& state);
