@@ -22,4 +22,9 @@ struct LoadRequest {
     LoadPreferences preferences = {};              ///< of the thread that asked
 };
 
+/// A side of the result: what is wanted of it, and never more than there is.
+constexpr int WantedSide(int wanted, int available) {
+    return wanted < 1 || wanted > available ? available : wanted;
+}
+
 }  // namespace Kavra::Devices

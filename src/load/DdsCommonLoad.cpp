@@ -56,17 +56,13 @@ bool IsLowerVolume(const DdsCommonPicture& picture, int level) {
     return level > 0 && picture.LevelSize(level).depth > 1;
 }
 
-int Limited(int side, int limit) {
-    return limit < 1 ? side : std::min(side, limit);
-}
-
 /// Whether a load is wanted smaller or turned of a file that only the host's own reader takes, which does neither.
 bool IsLeftAsItIs(const DdsCommonPicture& picture, const LoadRequest& request) {
     const bool isLibrarys = Dds::LibraryUnitOf(picture.Header()) && Dds::LibraryShapeOf(picture.Header());
     if (isLibrarys || WantsSlice(request.preferences)) return false;
     const Dds::Extent size = picture.LevelSize(std::max(request.level, 0));
     const bool isSmaller =
-        Limited(size.width, request.width) < size.width || Limited(size.height, request.height) < size.height;
+        WantedSide(request.width, size.width) < size.width || WantedSide(request.height, size.height) < size.height;
     return isSmaller || request.orientation != kTopLeft;
 }
 
@@ -150,7 +146,7 @@ struct Fitting {
                   .width = desc.width,
                   .height = desc.height,
                   .faces = FaceCount(desc.textureType)},
-          wanted(ReshapingFor(request, Limited(desc.width, request.width), Limited(desc.height, request.height),
+          wanted(ReshapingFor(request, WantedSide(request.width, desc.width), WantedSide(request.height, desc.height),
                               kTopLeft)) {}
 
     bool Resizes() const { return wanted.width != picture.width || wanted.height != picture.height; }

@@ -104,13 +104,9 @@ bool Describe(TextureLoad& load, Common::ByteSource& file) {
     return load.nativeSpec.format != OIIO::TypeUnknown || Fail(L"Unsupported texture type");
 }
 
-int WantedSize(int wanted, int available) {
-    return wanted < 1 ? available : std::min(wanted, available);
-}
-
 void ChooseSize(TextureLoad& load) {
-    load.outWidth = WantedSize(load.request.width, load.fileDesc.width);
-    load.outHeight = WantedSize(load.request.height, load.fileDesc.height);
+    load.outWidth = WantedSide(load.request.width, load.fileDesc.width);
+    load.outHeight = WantedSide(load.request.height, load.fileDesc.height);
     // Halved for frames too, which matters for volumes only.
     load.outDepth = std::max(load.index >= 31 ? 0 : load.fileDesc.depth >> load.index, 1);
 }

@@ -56,7 +56,7 @@ public:
     /// Has the reader find out what `GetDifference` tells, also where that takes work. Asked before `Open`.
     virtual void LookForDifferences() {}
     /// What the contract's reading did so far that the common one does otherwise (`Reading::Difference`), or null.
-    virtual const char* GetDifference() const { return nullptr; }
+    virtual const char* GetDifference() { return nullptr; }
 
     /// Opens the files of the picture that a path leads to: the file itself, unless the format has others.
     [[nodiscard]] virtual Common::Result<PictureFiles> FindFiles(const KString& path);

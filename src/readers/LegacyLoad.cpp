@@ -5,7 +5,6 @@
 #include "common/PixelFormats.h"
 #include "load/geometry/RowReshape.h"
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -28,10 +27,6 @@ void Describe(ImageReaderInterface& reader, EDataOrientation wanted, ImageDescri
     desc.orientation = reader.GetOrientation();
 }
 
-int Limited(int side, int limit) {
-    return limit < 1 ? side : std::min(side, limit);
-}
-
 /// The picture of a file and what is to be made of it.
 struct Fitting {
     IncomingRows picture;
@@ -39,7 +34,7 @@ struct Fitting {
 
     Fitting(const ImageDescription& desc, const LoadRequest& request)
         : picture{.format = desc.format, .width = desc.width, .height = desc.height},
-          wanted(ReshapingFor(request, Limited(desc.width, request.width), Limited(desc.height, request.height),
+          wanted(ReshapingFor(request, WantedSide(request.width, desc.width), WantedSide(request.height, desc.height),
                               desc.orientation)) {}
 
     bool IsNeeded() const {
@@ -113,7 +108,8 @@ Result<PixelBlock> LoadThroughReader(ImageReaderInterface& reader, ImageDescript
     ILegacyObserver* const observer = request.preferences.legacyObserver;
     if (observer != nullptr) reader.LookForDifferences();
     Result<PixelBlock> block = Load(reader, desc, std::move(files), request);
-    if (observer != nullptr && reader.GetDifference() != nullptr) observer->ReadingsDiffer(reader.GetDifference());
+    const char* const difference = observer != nullptr ? reader.GetDifference() : nullptr;
+    if (difference != nullptr) observer->ReadingsDiffer(difference);
     return block;
 }
 

@@ -203,6 +203,32 @@ TEST_F(LegacyLoad, AFrameThatThereIsNotLeavesTheDescriptionAlone) {
     EXPECT_EQ(sizes.calls, "Open Select ");
 }
 
+class ReaderOfDifferences final : public ScriptedReader {
+public:
+    void LookForDifferences() override { calls += "Look "; }
+    const char* GetDifference() override { return calls += "Difference ", "upside down"; }
+};
+
+struct Listener final : ILegacyObserver {
+    std::string heard;
+    void ReadingsDiffer(const char* how) noexcept override { heard += how; }
+};
+
+TEST_F(LegacyLoad, DifferencesAreLookedForOnlyWhereSomebodyHearsOfThem) {
+    ReaderOfDifferences silent, heard;
+    for (ReaderOfDifferences* const each : {&silent, &heard})
+        Script(*each, 1, 1, Colour("x"));
+    Listener listener;
+    LoadRequest request;
+    ASSERT_TRUE(LoadThroughReader(silent, desc, path, request).has_value());
+    EXPECT_FALSE(silent.calls.contains("Look") || silent.calls.contains("Difference")) << silent.calls;
+    request.preferences.legacyObserver = &listener;
+    ASSERT_TRUE(LoadThroughReader(heard, desc, path, request).has_value());
+    EXPECT_TRUE(heard.calls.starts_with("Look Open ")) << heard.calls;
+    EXPECT_TRUE(heard.calls.ends_with("Difference ")) << heard.calls;
+    EXPECT_EQ(listener.heard, "upside down");
+}
+
 TEST_F(LegacyLoad, AReaderIsAskedInOrderAndOnce) {
     Script(reader, 1, 1, Colour("a"));
     ASSERT_TRUE(Load({.level = 17}));

@@ -69,10 +69,6 @@ int LevelSize(int size, int level) {
     return std::max(size >> level, 1);
 }
 
-int WantedSize(int wanted, int available) {
-    return wanted < 1 ? available : std::min(wanted, available);
-}
-
 /// Leaves `desc.orientation` as it is: the rows come as they are stored.
 bool DescribeExr(const EXRHandler& exr, ImageDescription& desc) {
     const EFormat format = exr.supportsAlpha() ? kR32G32B32A32F : kR32G32B32F;
@@ -113,7 +109,7 @@ HostBlock LoadDds(ImageDescription& desc, const KString& path, const LoadRequest
     const int levelDepth = LevelSize(reader.Depth(), level);
     // Halved `level` times more, so a lower level of a volume is refused while it has more than one slice.
     const int wantedDepth = LevelSize(levelDepth, level);
-    if (WantedSize(request.width, levelWidth) != levelWidth || WantedSize(request.height, levelHeight) != levelHeight ||
+    if (WantedSide(request.width, levelWidth) != levelWidth || WantedSide(request.height, levelHeight) != levelHeight ||
         wantedDepth != levelDepth) {
         return nullptr;
     }
@@ -189,7 +185,7 @@ bool Convert(ImageDescription& desc, LoadedPixels& pixels, EFormat format, const
 
 /// Brings a flat picture to the size and orientation that are wanted, as far as its format can be; `desc` with it.
 bool Fit(ImageDescription& desc, LoadedPixels& pixels, const LoadRequest& request) {
-    const int width = WantedSize(request.width, desc.width), height = WantedSize(request.height, desc.height);
+    const int width = WantedSide(request.width, desc.width), height = WantedSide(request.height, desc.height);
     const bool keepsSize = width == desc.width && height == desc.height;
     if (keepsSize && request.orientation == kTopLeft) return true;
     if (!Common::FactsOf(desc.format).inLibrary) return keepsSize;

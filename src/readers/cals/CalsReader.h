@@ -92,7 +92,7 @@ public:
         return mCommonHeader ? mCommonHeader->orientation : mHeader.Orientation();
     }
 
-    const char* GetDifference() const override { return mReading.Difference(); }
+    const char* GetDifference() override { return mReading.Difference(); }
 
 private:
     Common::Result<> OpenCommonFiles(PictureFiles files);

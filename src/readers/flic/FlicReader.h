@@ -60,7 +60,7 @@ public:
     std::uint64_t GetWorkingBytes() override { return FlicFrame::BytesOf(mHeader.width, mHeader.height); }
 
     void LookForDifferences() override { mIsCompared = true; }
-    const char* GetDifference() const override { return mReading.Difference(); }
+    const char* GetDifference() override { return mReading.Difference(); }
 
 private:
     void PlayContract(int frame, FlicFrame& played, FlicPalette& palette);

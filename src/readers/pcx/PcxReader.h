@@ -183,7 +183,7 @@ public:
     int GetFrameCount() override { return mPages.empty() ? 1 : static_cast<int>(mPages.size()); }
 
     void LookForDifferences() override { mIsCompared = true; }
-    const char* GetDifference() const override { return mReading.Difference(); }
+    const char* GetDifference() override { return mReading.Difference(); }
 
 private:
     Common::Result<> OpenContractFile(Common::ByteSource source);

@@ -53,7 +53,7 @@ public:
     std::uint64_t GetWorkingBytes() override;
 
     void LookForDifferences() override { mIsCompared = true; }
-    const char* GetDifference() const override { return mReading.Difference(); }
+    const char* GetDifference() override { return mReading.Difference(); }
 
 private:
     Common::Result<> TakeFile(Common::ByteSource& file);

@@ -286,7 +286,7 @@ Result<> RlcReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     RlcMask mask(mHeader.columns);
     int left = mHeader.rows;
     const auto tellOfLostRuns = [&] {
-        if (mReading.Difference() != nullptr) return;
+        if (!mIsCompared || mReading.Difference() != nullptr) return;
         RlcMask whole(mHeader.columns);
         stored.SetWholeRuns(whole);
         if (std::ranges::equal(mask.Bytes(), whole.Bytes())) return;

@@ -112,10 +112,12 @@ public:
     /// the count of the one before.
     int GetFrameCount() override { return mFrameCount; }
 
-    const char* GetDifference() const override { return mReading.Difference(); }
+    void LookForDifferences() override { mIsCompared = true; }
+    const char* GetDifference() override { return mReading.Difference(); }
 
 private:
     Reading mReading;
+    bool mIsCompared = false;                   // with the common reading, row by row
     std::optional<Common::ByteSource> mSource;  // nothing unless a file is open
     RlcHeader mHeader;
     int mFrameCount = 0;  // which closing leaves alone

@@ -290,7 +290,7 @@ Result<> SpotReader::ReadFrame(Common::RowSink& rows, int frame) {
     return {};
 }
 
-const char* SpotReader::GetDifference() const {
+const char* SpotReader::GetDifference() {
     if (!mContract.path.empty() && !mContract.isAsked) {
         mContract.isAsked = true;
         const char* const how = HowSpotDiffers(mContract.path, mContract.isShown ? &mHeader : nullptr);

@@ -70,7 +70,7 @@ public:
     std::uint64_t GetWorkingBytes() override;
 
     /// Looks at the files once more when it is asked, and at the samples where these decide.
-    const char* GetDifference() const override;
+    const char* GetDifference() override;
 
 private:
     Common::Result<> OpenContractFiles(PictureFiles files);
@@ -80,10 +80,10 @@ private:
     struct ContractFiles {
         std::wstring path;
         bool isShown = false;
-        mutable bool isAsked = false;
+        bool isAsked = false;
     };
 
-    mutable Reading mReading;
+    Reading mReading;
     std::optional<Common::ByteSource> mSource;  // nothing unless a raster is open
     SpotHeader mHeader;
     ContractFiles mContract;
