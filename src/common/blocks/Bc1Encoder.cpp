@@ -1,0 +1,516 @@
+// The wider variants of AVX-512 have nothing that these kernels would use, and SSSE3 alone is rare.
+#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL | HWY_AVX3_ZEN4 | HWY_AVX3_SPR | HWY_AVX10_2)
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "common/blocks/Bc1Encoder.cpp"
+// clang-format off: before what includes highway.h
+#include <hwy/foreach_target.h>  // compiles this file once per vector width
+// clang-format on
+
+#include "common/blocks/BlockEncoders.h"
+
+#include "common/blocks/BlockLanes-inl.h"
+
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+HWY_BEFORE_NAMESPACE();
+namespace Kavra::Common::HWY_NAMESPACE {
+namespace {
+
+// --- The colours of a block ------------------------------------------------------------------------------------------
+
+constexpr std::array<float, 3> kTop = {31, 63, 31};  // of a component of an end
+
+/// What a decoder makes of a component of 5 or 6 bits: its high bits again below its low ones.
+HWY_INLINE Value Widened(Value bits, std::size_t channel) {
+    return channel == 1 ? hn::Add(hn::Mul(bits, Same(4)), hn::Floor(hn::Mul(bits, Same(1.0F / 16))))
+                        : hn::Add(hn::Mul(bits, Same(8)), hn::Floor(hn::Mul(bits, Same(1.0F / 4))));
+}
+
+HWY_INLINE Colour Widened(const Colour& bits) {
+    return {Widened(bits[0], 0), Widened(bits[1], 1), Widened(bits[2], 2)};
+}
+
+HWY_INLINE Colour Narrowed(const Colour& colour) {
+    Colour bits;
+    for (std::size_t c = 0; c < 3; ++c)
+        bits[c] = Clamped(hn::Round(hn::Mul(colour[c], Same(kTop[c] / 255))), 0, kTop[c]);
+    return bits;
+}
+
+HWY_INLINE Colour Difference(const Colour& a, const Colour& b) {
+    return {hn::Sub(a[0], b[0]), hn::Sub(a[1], b[1]), hn::Sub(a[2], b[2])};
+}
+
+HWY_INLINE Value Dot(const Colour& a, const Colour& b) {
+    return hn::Add(hn::Add(hn::Mul(a[0], b[0]), hn::Mul(a[1], b[1])), hn::Mul(a[2], b[2]));
+}
+
+HWY_INLINE Colour Scaled(const Colour& colour, const Colour& by) {
+    return {hn::Mul(colour[0], by[0]), hn::Mul(colour[1], by[1]), hn::Mul(colour[2], by[2])};
+}
+
+HWY_INLINE Colour Along(const Colour& from, const Colour& direction, Value distance) {
+    Colour at;
+    for (std::size_t c = 0; c < 3; ++c)
+        at[c] = hn::Add(from[c], hn::Mul(direction[c], distance));
+    return at;
+}
+
+/// The pixels of several blocks, and what of them counts.
+struct Pixels {
+    const LaneBlocks& blocks;
+    Colour weights;
+    bool isMasked;  ///< whether transparent pixels do not count
+
+    Pixels(const LaneBlocks& from, const BlockFit& fit, bool masked)
+        : blocks(from), weights{Same(fit.weights[0]), Same(fit.weights[1]), Same(fit.weights[2])}, isMasked(masked) {}
+
+    /// 1 where the pixel counts.
+    HWY_INLINE Value Counts(std::size_t pixel) const {
+        if (!isMasked) return Same(1);
+        return hn::IfThenElseZero(hn::Ge(blocks.At(pixel, 3), Same(128)), Same(1));
+    }
+};
+
+// --- Lines through colours -------------------------------------------------------------------------------------------
+
+/// Both ends of a line as a block holds them, and which of the evenly spaced colours from `a` to `b` each pixel gets.
+struct Line {
+    Colour a, b;  ///< of 5, 6 and 5 bits
+    Value error;  ///< summed over the pixels that count
+};
+
+using Steps = std::array<Value, kBlockPixels>;
+
+/// Gives each pixel the nearest of `last` + 1 colours; returns the error.
+template <bool kWithSteps>
+HWY_INLINE Value Assign(const Pixels& pixels, const Colour& aBits, const Colour& bBits, float last, Steps* steps) {
+    const Colour a = Widened(aBits);
+    const Colour direction = Difference(Widened(bBits), a);
+    const Colour weighted = Scaled(direction, pixels.weights);
+    const Value length = Dot(direction, weighted);
+    const Value perLength = hn::IfThenElseZero(hn::Gt(length, Same(0)), hn::Div(Same(last), length));
+    Value error = Same(0);
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Colour offset = Difference(pixels.blocks.At(i), a);
+        const Value step = Clamped(hn::Round(hn::Mul(Dot(offset, weighted), perLength)), 0, last);
+        const Colour left = Difference(offset, Along({Same(0), Same(0), Same(0)}, direction,
+                                                     hn::Mul(step, Same(1 / last))));
+        Value square = Dot(Scaled(left, left), pixels.weights);
+        if (pixels.isMasked) square = hn::Mul(square, pixels.Counts(i));
+        error = hn::Add(error, square);
+        if constexpr (kWithSteps) (*steps)[i] = step;
+    }
+    return error;
+}
+
+HWY_INLINE Line LineOf(const Pixels& pixels, const Colour& a, const Colour& b, float last) {
+    Line line{Narrowed(a), Narrowed(b), Same(0)};
+    line.error = Assign<false>(pixels, line.a, line.b, last, nullptr);
+    return line;
+}
+
+/// In each lane the line with the smaller error.
+HWY_INLINE void KeepBetter(Line& best, const Line& other) {
+    const auto isBetter = hn::Lt(other.error, best.error);
+    for (std::size_t c = 0; c < 3; ++c) {
+        best.a[c] = hn::IfThenElse(isBetter, other.a[c], best.a[c]);
+        best.b[c] = hn::IfThenElse(isBetter, other.b[c], best.b[c]);
+    }
+    best.error = hn::IfThenElse(isBetter, other.error, best.error);
+}
+
+struct Moments {
+    Value count;
+    Colour mean;
+    Colour squares;   ///< red with red, green with green, blue with blue
+    Colour products;  ///< red with green, green with blue, blue with red
+};
+
+HWY_INLINE Moments MomentsOf(const Pixels& pixels) {
+    Moments m{Same(0), {Same(0), Same(0), Same(0)}, {Same(0), Same(0), Same(0)}, {Same(0), Same(0), Same(0)}};
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Value counts = pixels.Counts(i);
+        m.count = hn::Add(m.count, counts);
+        m.mean = Along(m.mean, pixels.blocks.At(i), counts);
+    }
+    const Value perCount = hn::Div(Same(1), hn::Max(m.count, Same(1)));
+    m.mean = Scaled(m.mean, {perCount, perCount, perCount});
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Colour offset = Difference(pixels.blocks.At(i), m.mean);
+        const Value counts = pixels.Counts(i);
+        m.squares = Along(m.squares, Scaled(offset, offset), counts);
+        m.products = Along(m.products, Scaled(offset, {offset[1], offset[2], offset[0]}), counts);
+    }
+    return m;
+}
+
+/// The direction in which the colours differ most, by a few multiplications with their covariances; of any length.
+HWY_INLINE Colour AxisOf(const Moments& m, const Colour& weights) {
+    const Colour rows[3] = {{m.squares[0], m.products[0], m.products[2]},
+                            {m.products[0], m.squares[1], m.products[1]},
+                            {m.products[2], m.products[1], m.squares[2]}};
+    const auto greenLeads = hn::Gt(m.squares[1], m.squares[0]);
+    Colour axis;
+    for (std::size_t c = 0; c < 3; ++c)
+        axis[c] = hn::IfThenElse(greenLeads, rows[1][c], rows[0][c]);
+    const auto blueLeads = hn::Gt(m.squares[2], hn::Max(m.squares[0], m.squares[1]));
+    for (std::size_t c = 0; c < 3; ++c)
+        axis[c] = hn::IfThenElse(blueLeads, rows[2][c], axis[c]);
+    for (int turn = 0; turn < 4; ++turn) {
+        const Colour weighted = Scaled(axis, weights);
+        axis = {Dot(rows[0], weighted), Dot(rows[1], weighted), Dot(rows[2], weighted)};
+        const Value largest = hn::Max(hn::Max(hn::Abs(axis[0]), hn::Abs(axis[1])), hn::Abs(axis[2]));
+        const Value shrink = hn::IfThenElseZero(hn::Gt(largest, Same(1e-20F)), hn::Div(Same(1), largest));
+        axis = Scaled(axis, {shrink, shrink, shrink});
+    }
+    return axis;
+}
+
+/// From the first to the last colour along their axis.
+HWY_INLINE Line Guess(const Pixels& pixels, const Moments& moments, const Colour& axis, float last) {
+    const Colour weighted = Scaled(axis, pixels.weights);
+    const Value length = Dot(axis, weighted);
+    Value low = Same(0), high = Same(0);
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        Value at = Dot(Difference(pixels.blocks.At(i), moments.mean), weighted);
+        if (pixels.isMasked) at = hn::Mul(at, pixels.Counts(i));
+        low = hn::Min(low, at);
+        high = hn::Max(high, at);
+    }
+    const Value perLength = hn::IfThenElseZero(hn::Gt(length, Same(0)), hn::Div(Same(1), length));
+    return LineOf(pixels, Along(moments.mean, axis, hn::Mul(low, perLength)),
+                  Along(moments.mean, axis, hn::Mul(high, perLength)), last);
+}
+
+/// The ends that are best for pixels that stay at their steps (least squares); the same line where all are at one.
+HWY_INLINE Line Refined(const Pixels& pixels, const Line& line, float last) {
+    Steps steps;
+    (void)Assign<true>(pixels, line.a, line.b, last, &steps);
+    Value count = Same(0), sum = Same(0), squares = Same(0);
+    Colour all = {Same(0), Same(0), Same(0)}, nearB = all;
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Value counts = pixels.Counts(i);
+        const Value share = hn::Mul(hn::Mul(steps[i], Same(1 / last)), counts);
+        count = hn::Add(count, counts);
+        sum = hn::Add(sum, share);
+        squares = hn::Add(squares, hn::Mul(share, share));
+        all = Along(all, pixels.blocks.At(i), counts);
+        nearB = Along(nearB, pixels.blocks.At(i), share);
+    }
+    const Value both = hn::Sub(sum, squares);                            // shares of a times shares of b
+    const Value nearA = hn::Add(hn::Sub(count, hn::Add(sum, sum)), squares);  // shares of a, squared
+    const Value determinant = hn::Sub(hn::Mul(nearA, squares), hn::Mul(both, both));
+    const auto isSolvable = hn::Gt(determinant, Same(1e-3F));
+    const Value scale = hn::IfThenElseZero(isSolvable, hn::Div(Same(1), determinant));
+    Colour a, b;
+    for (std::size_t c = 0; c < 3; ++c) {
+        const Value ofA = hn::Sub(all[c], nearB[c]), ofB = nearB[c];
+        a[c] = hn::Mul(hn::Sub(hn::Mul(ofA, squares), hn::Mul(ofB, both)), scale);
+        b[c] = hn::Mul(hn::Sub(hn::Mul(ofB, nearA), hn::Mul(ofA, both)), scale);
+    }
+    Line refined = LineOf(pixels, a, b, last);
+    refined.error = hn::IfThenElse(isSolvable, refined.error, Same(HUGE_VALF));
+    return refined;
+}
+
+/// Moves each component of both ends by one, and keeps what is better. Whether anything was.
+HWY_INLINE bool Nudge(const Pixels& pixels, Line& line, float last) {
+    const Value before = line.error;
+    for (std::size_t c = 0; c < 6; ++c) {
+        for (const float by : {-1.0F, 1.0F}) {
+            Line moved = line;
+            Value& component = c < 3 ? moved.a[c] : moved.b[c - 3];
+            component = Clamped(hn::Add(component, Same(by)), 0, kTop[c % 3]);
+            moved.error = Assign<false>(pixels, moved.a, moved.b, last, nullptr);
+            KeepBetter(line, moved);
+        }
+    }
+    return !hn::AllTrue(Lanes(), hn::Ge(line.error, before));
+}
+
+// --- Every division of the colours along their axis ------------------------------------------------------------------
+
+/// The colours in the order in which they lie along an axis, and the sums of the first 0 to 16 of them.
+struct SortedSums {
+    std::array<Colour, kBlockPixels + 1> first;
+
+    HWY_INLINE SortedSums(const Pixels& pixels, const Colour& axis) {
+        const Colour weighted = Scaled(axis, pixels.weights);
+        std::array<Value, kBlockPixels> keys;
+        std::array<Colour, kBlockPixels> colours;
+        for (std::size_t i = 0; i < kBlockPixels; ++i) {
+            colours[i] = pixels.blocks.At(i);
+            keys[i] = Dot(colours[i], weighted);
+        }
+        // Batcher's odd-even merge sort: the same comparisons in every lane.
+        for (std::size_t p = 1; p < kBlockPixels; p *= 2)
+            for (std::size_t k = p; k >= 1; k /= 2)
+                for (std::size_t j = k % p; j + k < kBlockPixels; j += 2 * k)
+                    for (std::size_t i = 0; i < k && i + j + k < kBlockPixels; ++i)
+                        if ((i + j) / (2 * p) == (i + j + k) / (2 * p)) Order(keys, colours, i + j, i + j + k);
+        first[0] = {Same(0), Same(0), Same(0)};
+        for (std::size_t i = 0; i < kBlockPixels; ++i)
+            first[i + 1] = Along(first[i], colours[i], Same(1));
+    }
+
+private:
+    HWY_INLINE static void Order(std::array<Value, kBlockPixels>& keys, std::array<Colour, kBlockPixels>& colours,
+                                 std::size_t i, std::size_t j) {
+        const auto isSwapped = hn::Gt(keys[i], keys[j]);
+        const auto exchange = [&](Value& a, Value& b) {
+            const Value low = hn::IfThenElse(isSwapped, b, a);
+            b = hn::IfThenElse(isSwapped, a, b);
+            a = low;
+        };
+        exchange(keys[i], keys[j]);
+        for (std::size_t c = 0; c < 3; ++c)
+            exchange(colours[i][c], colours[j][c]);
+    }
+};
+
+/// What the sums of a division of 16 pixels among the steps of a line give; the same in all lanes.
+struct Division {
+    float nearA, nearB, both;  ///< sums of the squared shares of either end, and of their products
+
+    bool IsSolvable() const { return nearA * nearB - both * both > 1e-3F; }
+};
+
+/// Tries the ends that are best for one division; `nearB` is the sum of the colours, each times its share of b.
+HWY_INLINE void TryDivision(const Pixels& pixels, const Colour& all, const Colour& nearB, const Division& division,
+                            Line& best) {
+    const float scale = 1 / (division.nearA * division.nearB - division.both * division.both);
+    Line line;
+    line.error = Same(0);
+    for (std::size_t c = 0; c < 3; ++c) {
+        const Value ofB = nearB[c], ofA = hn::Sub(all[c], nearB[c]);
+        const auto narrowed = [&](Value numerator) {
+            return Clamped(hn::Round(hn::Mul(numerator, Same(scale * kTop[c] / 255))), 0, kTop[c]);
+        };
+        line.a[c] = narrowed(hn::Sub(hn::Mul(ofA, Same(division.nearB)), hn::Mul(ofB, Same(division.both))));
+        line.b[c] = narrowed(hn::Sub(hn::Mul(ofB, Same(division.nearA)), hn::Mul(ofA, Same(division.both))));
+        const Value a = Widened(line.a[c], c), b = Widened(line.b[c], c);
+        // Without the sum of the squares of the colours, which all lines have.
+        const Value squares = hn::Add(hn::Mul(hn::Mul(a, a), Same(division.nearA)),
+                                      hn::Mul(hn::Mul(b, b), Same(division.nearB)));
+        const Value cross = hn::Sub(hn::Mul(hn::Mul(a, b), Same(division.both)),
+                                    hn::Add(hn::Mul(a, ofA), hn::Mul(b, ofB)));
+        line.error = hn::Add(line.error, hn::Mul(hn::Add(squares, hn::Add(cross, cross)), pixels.weights[c]));
+    }
+    KeepBetter(best, line);
+}
+
+/// The best of all divisions into four colours.
+HWY_INLINE Line BestOfFour(const Pixels& pixels, const SortedSums& sums) {
+    Line best{{Same(0), Same(0), Same(0)}, {Same(0), Same(0), Same(0)}, Same(HUGE_VALF)};
+    const Colour& all = sums.first[kBlockPixels];
+    for (std::size_t i = 0; i <= kBlockPixels; ++i) {
+        for (std::size_t j = i; j <= kBlockPixels; ++j) {
+            for (std::size_t k = j; k <= kBlockPixels; ++k) {
+                const auto n0 = static_cast<float>(i), n1 = static_cast<float>(j - i), n2 = static_cast<float>(k - j),
+                           n3 = static_cast<float>(kBlockPixels - k);
+                const Division division{.nearA = n0 + (4 * n1 + n2) / 9,
+                                        .nearB = n3 + (4 * n2 + n1) / 9,
+                                        .both = 2 * (n1 + n2) / 9};
+                if (!division.IsSolvable()) continue;
+                // Shares of b are 0, 1/3, 2/3, 1: a third of what lies behind each border.
+                Colour nearB;
+                for (std::size_t c = 0; c < 3; ++c) {
+                    const Value borders =
+                        hn::Add(hn::Add(sums.first[i][c], sums.first[j][c]), sums.first[k][c]);
+                    nearB[c] = hn::Sub(all[c], hn::Mul(borders, Same(1.0F / 3)));
+                }
+                TryDivision(pixels, all, nearB, division, best);
+            }
+        }
+    }
+    return best;
+}
+
+/// The best of all divisions into three colours.
+HWY_INLINE Line BestOfThree(const Pixels& pixels, const SortedSums& sums) {
+    Line best{{Same(0), Same(0), Same(0)}, {Same(0), Same(0), Same(0)}, Same(HUGE_VALF)};
+    const Colour& all = sums.first[kBlockPixels];
+    for (std::size_t i = 0; i <= kBlockPixels; ++i) {
+        for (std::size_t j = i; j <= kBlockPixels; ++j) {
+            const auto n0 = static_cast<float>(i), n1 = static_cast<float>(j - i),
+                       n2 = static_cast<float>(kBlockPixels - j);
+            const Division division{.nearA = n0 + n1 / 4, .nearB = n2 + n1 / 4, .both = n1 / 4};
+            if (!division.IsSolvable()) continue;
+            Colour nearB;
+            for (std::size_t c = 0; c < 3; ++c)
+                nearB[c] = hn::Sub(all[c], hn::Mul(hn::Add(sums.first[i][c], sums.first[j][c]), Same(0.5F)));
+            TryDivision(pixels, all, nearB, division, best);
+        }
+    }
+    return best;
+}
+
+// --- Blocks ----------------------------------------------------------------------------------------------------------
+
+/// The best line that is found in an effort.
+HWY_INLINE Line Fitted(const Pixels& pixels, float last, BlockEffort effort) {
+    const Moments moments = MomentsOf(pixels);
+    const Colour axis = AxisOf(moments, pixels.weights);
+    Line best = Guess(pixels, moments, axis, last);
+    if (effort == BlockEffort::kBest && !pixels.isMasked) {
+        const SortedSums sums(pixels, axis);
+        Line divided = last == 3 ? BestOfFour(pixels, sums) : BestOfThree(pixels, sums);
+        divided.error = Assign<false>(pixels, divided.a, divided.b, last, nullptr);
+        KeepBetter(best, divided);
+    }
+    const int refinements = effort == BlockEffort::kFast ? 1 : 3;
+    for (int turn = 0; turn < refinements; ++turn)
+        KeepBetter(best, Refined(pixels, best, last));
+    const int nudges = effort == BlockEffort::kFast ? 0 : effort == BlockEffort::kGood ? 1 : 8;
+    for (int turn = 0; turn < nudges; ++turn) {
+        if (!Nudge(pixels, best, last)) break;
+    }
+    return best;
+}
+
+/// The lines of the lanes as numbers, each with the steps of its pixels.
+struct LinesAsNumbers {
+    HWY_ALIGN std::int32_t a[kMaxLanes], b[kMaxLanes];
+    HWY_ALIGN std::int32_t steps[kBlockPixels][kMaxLanes];
+    HWY_ALIGN float error[kMaxLanes];
+
+    HWY_INLINE LinesAsNumbers(const Pixels& pixels, const Line& line, float last) {
+        const hn::RebindToSigned<Lanes> whole;
+        const auto packed = [&](const Colour& c) {
+            const Value number = hn::Add(hn::Add(hn::Mul(c[0], Same(2048)), hn::Mul(c[1], Same(32))), c[2]);
+            return hn::ConvertTo(whole, number);
+        };
+        Steps assigned;
+        hn::Store(Assign<true>(pixels, line.a, line.b, last, &assigned), Lanes(), error);
+        hn::Store(packed(line.a), whole, a);
+        hn::Store(packed(line.b), whole, b);
+        for (std::size_t i = 0; i < kBlockPixels; ++i)
+            hn::Store(hn::ConvertTo(whole, assigned[i]), whole, steps[i]);
+    }
+};
+
+void StoreBlock(std::uint32_t first, std::uint32_t second, std::uint32_t indices, unsigned char* out) {
+    const std::uint32_t ends = first | second << 16;
+    for (unsigned i = 0; i < 4; ++i) {
+        out[i] = static_cast<unsigned char>(ends >> 8 * i);
+        out[4 + i] = static_cast<unsigned char>(indices >> 8 * i);
+    }
+}
+
+/// A block of four colours. Those of BC1 have the larger number first, else they would be of three.
+void StoreFour(const LinesAsNumbers& lines, std::size_t lane, bool inOrder, unsigned char* out) {
+    constexpr std::array<std::uint32_t, 4> kIndexOfStep = {0, 2, 3, 1};
+    auto first = static_cast<std::uint32_t>(lines.a[lane]), second = static_cast<std::uint32_t>(lines.b[lane]);
+    const bool isTurned = inOrder && first < second;
+    const bool isOne = first == second;
+    if (isTurned) std::swap(first, second);
+    std::uint32_t indices = 0;
+    for (std::size_t i = 0; i < kBlockPixels && !isOne; ++i) {
+        const auto step = static_cast<std::size_t>(lines.steps[i][lane]);
+        indices |= kIndexOfStep[isTurned ? 3 - step : step] << 2 * i;
+    }
+    StoreBlock(first, second, indices, out);
+}
+
+/// A block of three colours and transparent black, which has the smaller number first.
+void StoreThree(const LinesAsNumbers& lines, std::size_t lane, std::uint32_t transparent, unsigned char* out) {
+    constexpr std::array<std::uint32_t, 3> kIndexOfStep = {0, 2, 1};
+    auto first = static_cast<std::uint32_t>(lines.a[lane]), second = static_cast<std::uint32_t>(lines.b[lane]);
+    const bool isTurned = first > second;
+    if (isTurned) std::swap(first, second);
+    std::uint32_t indices = 0;
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const auto step = static_cast<std::size_t>(lines.steps[i][lane]);
+        const bool isTransparent = (transparent >> i & 1) != 0;
+        indices |= (isTransparent ? 3U : kIndexOfStep[isTurned ? 2 - step : step]) << 2 * i;
+    }
+    StoreBlock(first, second, indices, out);
+}
+
+/// Four colours, or three where those are nearer.
+HWY_INLINE void EncodeOpaque(const LaneBlocks& blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
+    const Pixels pixels(blocks, fit, false);
+    const LinesAsNumbers four(pixels, Fitted(pixels, 3, fit.effort), 3);
+    if (fit.effort == BlockEffort::kFast) {
+        for (std::size_t lane = 0; lane < count; ++lane)
+            StoreFour(four, lane, true, out.first + lane * out.stride);
+        return;
+    }
+    const LinesAsNumbers three(pixels, Fitted(pixels, 2, fit.effort), 2);
+    for (std::size_t lane = 0; lane < count; ++lane) {
+        const bool isThree = three.error[lane] < four.error[lane];
+        isThree ? StoreThree(three, lane, 0, out.first + lane * out.stride) : StoreFour(four, lane, true, out.first + lane * out.stride);
+    }
+}
+
+HWY_INLINE std::uint32_t TransparentOf(const float* block) {
+    std::uint32_t transparent = 0;
+    for (std::size_t i = 0; i < kBlockPixels; ++i)
+        if (!(block[4 * i + 3] >= 128)) transparent |= 1U << i;
+    return transparent;
+}
+
+HWY_INLINE void EncodeCutOut(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
+    const LaneBlocks lanes(blocks, count);
+    std::array<std::uint32_t, kMaxLanes> transparent{};
+    std::uint32_t any = 0;
+    for (std::size_t lane = 0; lane < count; ++lane)
+        any |= transparent[lane] = TransparentOf(blocks + lane * kBlockFloats);
+    EncodeOpaque(lanes, count, out, fit);
+    if (any == 0) return;
+    const Pixels pixels(lanes, fit, true);
+    const LinesAsNumbers three(pixels, Fitted(pixels, 2, fit.effort), 2);
+    for (std::size_t lane = 0; lane < count; ++lane)
+        if (transparent[lane] != 0) StoreThree(three, lane, transparent[lane], out.first + lane * out.stride);
+}
+
+}  // namespace
+
+void Bc1(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
+    InLanes(blocks, count, out, [&](const float* some, std::size_t n, BlockPlaces to) {
+        EncodeOpaque(LaneBlocks(some, n), n, to, fit);
+    });
+}
+
+void Bc1Alpha(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
+    InLanes(blocks, count, out, [&](const float* some, std::size_t n, BlockPlaces to) { EncodeCutOut(some, n, to, fit); });
+}
+
+void Bc3Colour(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
+    InLanes(blocks, count, out, [&](const float* some, std::size_t n, BlockPlaces to) {
+        const LaneBlocks lanes(some, n);
+        const Pixels pixels(lanes, fit, false);
+        const LinesAsNumbers four(pixels, Fitted(pixels, 3, fit.effort), 3);
+        for (std::size_t lane = 0; lane < n; ++lane)
+            StoreFour(four, lane, false, to.first + lane * to.stride);
+    });
+}
+
+}  // namespace Kavra::Common::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Kavra::Common {
+
+HWY_EXPORT(Bc1);
+HWY_EXPORT(Bc1Alpha);
+HWY_EXPORT(Bc3Colour);
+
+void EncodeBc1(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
+    HWY_DYNAMIC_DISPATCH(Bc1)(blocks, count, out, fit);
+}
+
+void EncodeBc1Alpha(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
+    HWY_DYNAMIC_DISPATCH(Bc1Alpha)(blocks, count, out, fit);
+}
+
+void EncodeBc3Colour(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
+    HWY_DYNAMIC_DISPATCH(Bc3Colour)(blocks, count, out, fit);
+}
+
+}  // namespace Kavra::Common
+#endif

@@ -1,0 +1,249 @@
+// The wider variants of AVX-512 have nothing that these kernels would use, and SSSE3 alone is rare.
+#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL | HWY_AVX3_ZEN4 | HWY_AVX3_SPR | HWY_AVX10_2)
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "common/blocks/Bc4Encoder.cpp"
+// clang-format off: before what includes highway.h
+#include <hwy/foreach_target.h>  // compiles this file once per vector width
+// clang-format on
+
+#include "common/blocks/BlockEncoders.h"
+
+#include "common/blocks/BlockLanes-inl.h"
+
+#include <cmath>
+#include <cstdint>
+
+HWY_BEFORE_NAMESPACE();
+namespace Kavra::Common::HWY_NAMESPACE {
+namespace {
+
+/// The values of one channel, and the least and the largest that there is.
+struct Channel {
+    const LaneBlocks& blocks;
+    std::size_t channel;
+    float low, high;
+
+    HWY_INLINE Value At(std::size_t pixel) const { return Clamped(blocks.At(pixel, channel), low, high); }
+};
+
+/// Both ends of a line, whole numbers, of which `a` comes first.
+struct Ends {
+    Value a, b;
+    Value error;
+};
+
+using Steps = std::array<Value, kBlockPixels>;
+
+/// Blocks hold a line of eight values, or one of six beside the least and the largest value that there is.
+template <int kLast>
+inline constexpr bool kHasLimits = kLast == 5;
+
+constexpr float kAtLow = 6, kAtHigh = 7;  // steps of values beside a line of six: as its indices are numbered
+
+/// Gives each pixel the nearest value; returns the error.
+template <int kLast, bool kWithSteps>
+HWY_INLINE Value Assign(const Channel& channel, Value a, Value b, Steps* steps) {
+    const Value direction = hn::Sub(b, a);
+    const auto isLine = hn::Ne(direction, Same(0));
+    const Value perStep = hn::IfThenElseZero(isLine, hn::Div(Same(kLast), direction));
+    const Value step = hn::Mul(direction, Same(1.0F / kLast));
+    Value error = Same(0);
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Value value = channel.At(i), offset = hn::Sub(value, a);
+        Value at = Clamped(hn::Round(hn::Mul(offset, perStep)), 0, kLast);
+        const Value left = hn::Sub(offset, hn::Mul(step, at));
+        Value square = hn::Mul(left, left);
+        if constexpr (kHasLimits<kLast>) {
+            const auto take = [&](float limit, float index) {
+                const Value beside = hn::Sub(value, Same(limit)), other = hn::Mul(beside, beside);
+                const auto isNearer = hn::Lt(other, square);
+                square = hn::IfThenElse(isNearer, other, square);
+                if constexpr (kWithSteps) at = hn::IfThenElse(isNearer, Same(index), at);
+            };
+            take(channel.low, kAtLow);
+            take(channel.high, kAtHigh);
+        }
+        error = hn::Add(error, square);
+        if constexpr (kWithSteps) (*steps)[i] = at;
+    }
+    return error;
+}
+
+template <int kLast>
+HWY_INLINE Ends EndsOf(const Channel& channel, Value a, Value b) {
+    const auto whole = [&](Value end) { return Clamped(hn::Round(end), channel.low, channel.high); };
+    Ends ends{whole(a), whole(b), Same(0)};
+    ends.error = Assign<kLast, false>(channel, ends.a, ends.b, nullptr);
+    return ends;
+}
+
+HWY_INLINE void KeepBetter(Ends& best, const Ends& other) {
+    const auto isBetter = hn::Lt(other.error, best.error);
+    best.a = hn::IfThenElse(isBetter, other.a, best.a);
+    best.b = hn::IfThenElse(isBetter, other.b, best.b);
+    best.error = hn::IfThenElse(isBetter, other.error, best.error);
+}
+
+/// From the least to the largest value of the block, of those that are not at a limit anyway.
+template <int kLast>
+HWY_INLINE Ends Guess(const Channel& channel) {
+    Value low = Same(channel.high), high = Same(channel.low);
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Value value = channel.At(i);
+        Value toLow = value, toHigh = value;
+        if constexpr (kHasLimits<kLast>) {
+            constexpr float kNear = 2;
+            const auto isAtLimit = hn::Or(hn::Lt(value, Same(channel.low + kNear)), hn::Gt(value, Same(channel.high - kNear)));
+            toLow = hn::IfThenElse(isAtLimit, Same(channel.high), value);
+            toHigh = hn::IfThenElse(isAtLimit, Same(channel.low), value);
+        }
+        low = hn::Min(low, toLow);
+        high = hn::Max(high, toHigh);
+    }
+    return EndsOf<kLast>(channel, low, hn::Max(low, high));
+}
+
+/// The ends that are best for pixels that stay at their steps (least squares); no better ones where all are at one.
+template <int kLast>
+HWY_INLINE Ends Refined(const Channel& channel, const Ends& ends) {
+    Steps steps;
+    (void)Assign<kLast, true>(channel, ends.a, ends.b, &steps);
+    Value count = Same(0), sum = Same(0), squares = Same(0), all = Same(0), ofB = Same(0);
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Value value = channel.At(i);
+        const auto isOnLine = hn::Le(steps[i], Same(kLast));
+        const Value share = hn::IfThenElseZero(isOnLine, hn::Mul(steps[i], Same(1.0F / kLast)));
+        count = hn::Add(count, hn::IfThenElseZero(isOnLine, Same(1)));
+        sum = hn::Add(sum, share);
+        squares = hn::Add(squares, hn::Mul(share, share));
+        all = hn::Add(all, hn::IfThenElseZero(isOnLine, value));
+        ofB = hn::Add(ofB, hn::Mul(value, share));
+    }
+    const Value both = hn::Sub(sum, squares), ofA = hn::Sub(all, ofB);
+    const Value nearA = hn::Add(hn::Sub(count, hn::Add(sum, sum)), squares);
+    const Value determinant = hn::Sub(hn::Mul(nearA, squares), hn::Mul(both, both));
+    const auto isSolvable = hn::Gt(determinant, Same(1e-3F));
+    const Value scale = hn::IfThenElseZero(isSolvable, hn::Div(Same(1), determinant));
+    Ends refined = EndsOf<kLast>(channel, hn::Mul(hn::Sub(hn::Mul(ofA, squares), hn::Mul(ofB, both)), scale),
+                                 hn::Mul(hn::Sub(hn::Mul(ofB, nearA), hn::Mul(ofA, both)), scale));
+    refined.error = hn::IfThenElse(isSolvable, refined.error, Same(HUGE_VALF));
+    return refined;
+}
+
+/// Moves both ends by up to `reach`, and keeps what is better. Whether anything was.
+template <int kLast>
+HWY_INLINE bool Nudge(const Channel& channel, Ends& ends, int reach) {
+    const Ends before = ends;
+    for (int a = -reach; a <= reach; ++a)
+        for (int b = -reach; b <= reach; ++b)
+            if (a != 0 || b != 0)
+                KeepBetter(ends, EndsOf<kLast>(channel, hn::Add(before.a, Same(static_cast<float>(a))),
+                                               hn::Add(before.b, Same(static_cast<float>(b)))));
+    return !hn::AllTrue(Lanes(), hn::Ge(ends.error, before.error));
+}
+
+template <int kLast>
+HWY_INLINE Ends Fitted(const Channel& channel, BlockEffort effort) {
+    Ends best = Guess<kLast>(channel);
+    const int refinements = effort == BlockEffort::kFast ? 1 : 2;
+    for (int turn = 0; turn < refinements; ++turn)
+        KeepBetter(best, Refined<kLast>(channel, best));
+    if (effort == BlockEffort::kFast) return best;
+    if (effort == BlockEffort::kGood) {
+        (void)Nudge<kLast>(channel, best, 1);
+        return best;
+    }
+    for (int turn = 0; turn < 6 && Nudge<kLast>(channel, best, 3); ++turn)
+        KeepBetter(best, Refined<kLast>(channel, best));
+    return best;
+}
+
+/// The ends of the lanes as numbers, each with the steps of its pixels.
+struct EndsAsNumbers {
+    HWY_ALIGN std::int32_t a[kMaxLanes], b[kMaxLanes];
+    HWY_ALIGN std::int32_t steps[kBlockPixels][kMaxLanes];
+    HWY_ALIGN float error[kMaxLanes];
+};
+
+template <int kLast>
+HWY_INLINE EndsAsNumbers Numbers(const Channel& channel, const Ends& ends) {
+    const hn::RebindToSigned<Lanes> whole;
+    EndsAsNumbers numbers;
+    Steps steps;
+    hn::Store(Assign<kLast, true>(channel, ends.a, ends.b, &steps), Lanes(), numbers.error);
+    hn::Store(hn::ConvertTo(whole, ends.a), whole, numbers.a);
+    hn::Store(hn::ConvertTo(whole, ends.b), whole, numbers.b);
+    for (std::size_t i = 0; i < kBlockPixels; ++i)
+        hn::Store(hn::ConvertTo(whole, steps[i]), whole, numbers.steps[i]);
+    return numbers;
+}
+
+/// A line of eight has the larger end first, one of six the smaller one or two equal ones.
+template <int kLast>
+HWY_INLINE void StoreEnds(const EndsAsNumbers& numbers, std::size_t lane, unsigned char* out) {
+    int first = numbers.a[lane], second = numbers.b[lane];
+    const bool isTurned = kHasLimits<kLast> ? first > second : first < second;
+    const bool isOne = first == second;
+    if (isTurned) std::swap(first, second);
+    std::uint64_t indices = 0;
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const std::int32_t assigned = numbers.steps[i][lane];
+        std::uint64_t index = static_cast<std::uint64_t>(assigned);
+        if (assigned <= kLast) {
+            const int step = isOne ? 0 : isTurned ? kLast - assigned : assigned;
+            index = step == 0 ? 0 : step == kLast ? 1 : static_cast<std::uint64_t>(step) + 1;
+        }
+        indices |= index << 3 * i;
+    }
+    out[0] = static_cast<unsigned char>(first);
+    out[1] = static_cast<unsigned char>(second);
+    for (unsigned i = 0; i < 6; ++i)
+        out[2 + i] = static_cast<unsigned char>(indices >> 8 * i);
+}
+
+HWY_INLINE void EncodeChannel(const Channel& channel, std::size_t count, BlockPlaces out, BlockEffort effort) {
+    const EndsAsNumbers eight = Numbers<7>(channel, Fitted<7>(channel, effort));
+    const EndsAsNumbers six = Numbers<5>(channel, Fitted<5>(channel, effort));
+    for (std::size_t lane = 0; lane < count; ++lane) {
+        unsigned char* const block = out.first + lane * out.stride;
+        six.error[lane] < eight.error[lane] ? StoreEnds<5>(six, lane, block) : StoreEnds<7>(eight, lane, block);
+    }
+}
+
+}  // namespace
+
+void Bc4(const float* blocks, std::size_t count, std::size_t channel, bool isSigned, BlockPlaces out,
+         BlockEffort effort) {
+    InLanes(blocks, count, out, [&](const float* some, std::size_t n, BlockPlaces to) {
+        const LaneBlocks lanes(some, n);
+        EncodeChannel({lanes, channel, isSigned ? -127.0F : 0.0F, isSigned ? 127.0F : 255.0F}, n, to, effort);
+    });
+}
+
+}  // namespace Kavra::Common::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Kavra::Common {
+
+HWY_EXPORT(Bc4);
+
+void EncodeBc4(const float* blocks, std::size_t count, std::size_t channel, bool isSigned, BlockPlaces out,
+               BlockEffort effort) {
+    HWY_DYNAMIC_DISPATCH(Bc4)(blocks, count, channel, isSigned, out, effort);
+}
+
+void EncodeBc2Alpha(const float* blocks, std::size_t count, BlockPlaces out) {
+    for (std::size_t block = 0; block < count; ++block) {
+        const auto bits = [&](std::size_t pixel) {
+            const float alpha = blocks[block * kBlockFloats + 4 * pixel + 3];
+            return static_cast<unsigned>(std::clamp(alpha, 0.0F, 255.0F) * (15.0F / 255) + 0.5F);
+        };
+        for (std::size_t i = 0; i < kBlockPixels; i += 2)
+            out.first[block * out.stride + i / 2] = static_cast<unsigned char>(bits(i) | bits(i + 1) << 4);
+    }
+}
+
+}  // namespace Kavra::Common
+#endif
