@@ -131,16 +131,15 @@ HWY_INLINE Ends Refined(const Channel& channel, const Ends& ends) {
     return refined;
 }
 
-/// Moves both ends by up to `reach`, and keeps what is better. Whether anything was.
+/// Moves both ends by up to `reach`, and keeps what is better.
 template <int kLast>
-HWY_INLINE bool Nudge(const Channel& channel, Ends& ends, int reach) {
+HWY_INLINE void Nudge(const Channel& channel, Ends& ends, int reach) {
     const Ends before = ends;
     for (int a = -reach; a <= reach; ++a)
         for (int b = -reach; b <= reach; ++b)
             if (a != 0 || b != 0)
                 KeepBetter(ends, EndsOf<kLast>(channel, hn::Add(before.a, Same(static_cast<float>(a))),
                                                hn::Add(before.b, Same(static_cast<float>(b)))));
-    return !hn::AllTrue(Lanes(), hn::Ge(ends.error, before.error));
 }
 
 template <int kLast>
@@ -151,11 +150,16 @@ HWY_INLINE Ends Fitted(const Channel& channel, BlockEffort effort) {
         KeepBetter(best, Refined<kLast>(channel, best));
     if (effort == BlockEffort::kFast) return best;
     if (effort == BlockEffort::kGood) {
-        (void)Nudge<kLast>(channel, best, 1);
+        Nudge<kLast>(channel, best, 1);
         return best;
     }
-    for (int turn = 0; turn < 6 && Nudge<kLast>(channel, best, 3); ++turn)
+    // Until nothing is found any more: what a lane finds does not depend on how long others go on.
+    for (int turn = 0; turn < 6; ++turn) {
+        const Value before = best.error;
         KeepBetter(best, Refined<kLast>(channel, best));
+        Nudge<kLast>(channel, best, 3);
+        if (hn::AllTrue(Lanes(), hn::Ge(best.error, before))) break;
+    }
     return best;
 }
 

@@ -1,0 +1,761 @@
+// The wider variants of AVX-512 have nothing that these kernels would use, and SSSE3 alone is rare.
+#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL | HWY_AVX3_ZEN4 | HWY_AVX3_SPR | HWY_AVX10_2)
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "common/blocks/Bc7Encoder.cpp"
+// clang-format off: before what includes highway.h
+#include <hwy/foreach_target.h>  // compiles this file once per vector width
+// clang-format on
+
+#include "common/blocks/Bc7Encoder.h"
+
+#include "common/blocks/Bc7Packing.h"
+#include "common/blocks/BlockLanes-inl.h"
+
+#include <cmath>
+#include <utility>
+#include <vector>
+
+HWY_BEFORE_NAMESPACE();
+namespace Kavra::Common::HWY_NAMESPACE {
+namespace {
+
+using Whole = hn::RebindToSigned<Lanes>;
+using WholeValue = hn::Vec<Whole>;
+using Mask = hn::Mask<Lanes>;
+
+template <std::size_t kChannels>
+using Vector = std::array<Value, kChannels>;
+
+// --- What a line is fitted to ----------------------------------------------------------------------------------------
+
+/// Some channels of the pixels of a subset, a different subset in each lane.
+template <std::size_t kChannels>
+struct Points {
+    const LaneBlocks& blocks;
+    std::array<std::size_t, kChannels> channels;
+    std::array<float, kChannels> weights;
+    const std::array<Value, kBlockPixels>* counts = nullptr;  ///< 1 for the pixels of the subset; null: all are
+
+    HWY_INLINE Vector<kChannels> At(std::size_t pixel) const {
+        Vector<kChannels> point;
+        for (std::size_t c = 0; c < kChannels; ++c)
+            point[c] = blocks.At(pixel, channels[c]);
+        return point;
+    }
+    HWY_INLINE Value Counted(std::size_t pixel, Value value) const {
+        return counts == nullptr ? value : hn::Mul(value, (*counts)[pixel]);
+    }
+    HWY_INLINE Value Counts(std::size_t pixel) const { return counts == nullptr ? Same(1) : (*counts)[pixel]; }
+};
+
+/// How the ends of a line are stored, and how many colours lie between them.
+template <std::size_t kChannels>
+struct Grid {
+    std::array<int, kChannels> bits;  ///< of each channel, without the low bit
+    LowBits lowBits;
+    int indexBits;
+    bool isLowSet = false;  ///< whether the low bits are 1 in any case
+
+    float Last() const { return static_cast<float>((1 << indexBits) - 1); }
+};
+
+/// Both ends of a line as they are stored.
+template <std::size_t kChannels>
+struct Line {
+    Vector<kChannels> a, b;  ///< whole numbers, without the low bits
+    Value lowA, lowB;        ///< 0 or 1
+    Value error;
+};
+
+template <std::size_t kChannels>
+HWY_INLINE Value Dot(const Vector<kChannels>& a, const Vector<kChannels>& b) {
+    Value sum = hn::Mul(a[0], b[0]);
+    for (std::size_t c = 1; c < kChannels; ++c)
+        sum = hn::Add(sum, hn::Mul(a[c], b[c]));
+    return sum;
+}
+
+template <std::size_t kChannels>
+HWY_INLINE Vector<kChannels> Difference(const Vector<kChannels>& a, const Vector<kChannels>& b) {
+    Vector<kChannels> difference;
+    for (std::size_t c = 0; c < kChannels; ++c)
+        difference[c] = hn::Sub(a[c], b[c]);
+    return difference;
+}
+
+template <std::size_t kChannels>
+HWY_INLINE Vector<kChannels> Along(const Vector<kChannels>& from, const Vector<kChannels>& direction, Value by) {
+    Vector<kChannels> at;
+    for (std::size_t c = 0; c < kChannels; ++c)
+        at[c] = hn::Add(from[c], hn::Mul(direction[c], by));
+    return at;
+}
+
+template <std::size_t kChannels>
+HWY_INLINE Vector<kChannels> Weighted(const Points<kChannels>& points, const Vector<kChannels>& vector) {
+    Vector<kChannels> weighted;
+    for (std::size_t c = 0; c < kChannels; ++c)
+        weighted[c] = hn::Mul(vector[c], Same(points.weights[c]));
+    return weighted;
+}
+
+// --- Ends as they are stored -----------------------------------------------------------------------------------------
+
+HWY_INLINE float PowerOfTwo(int exponent) {
+    return exponent >= 0 ? static_cast<float>(1 << exponent) : 1.0F / static_cast<float>(1 << -exponent);
+}
+
+/// A stored component as a decoder widens it to 8 bits.
+template <std::size_t kChannels>
+HWY_INLINE Value Decoded(const Grid<kChannels>& grid, std::size_t c, Value stored, Value low) {
+    const bool hasLow = grid.lowBits != LowBits::kNone;
+    const int bits = grid.bits[c] + (hasLow ? 1 : 0);
+    const Value full = hasLow ? hn::Add(hn::Add(stored, stored), low) : stored;
+    if (bits == 8) return full;
+    return hn::Add(hn::Mul(full, Same(PowerOfTwo(8 - bits))), hn::Floor(hn::Mul(full, Same(PowerOfTwo(8 - 2 * bits)))));
+}
+
+template <std::size_t kChannels>
+HWY_INLINE Vector<kChannels> Decoded(const Grid<kChannels>& grid, const Vector<kChannels>& stored, Value low) {
+    Vector<kChannels> decoded;
+    for (std::size_t c = 0; c < kChannels; ++c)
+        decoded[c] = Decoded(grid, c, stored[c], low);
+    return decoded;
+}
+
+/// The stored component nearest to a value of 0 to 255.
+template <std::size_t kChannels>
+HWY_INLINE Value Stored(const Grid<kChannels>& grid, std::size_t c, Value value, Value low) {
+    const auto top = static_cast<float>((1 << grid.bits[c]) - 1);
+    if (grid.lowBits == LowBits::kNone) return Clamped(hn::Round(hn::Mul(value, Same(top / 255))), 0, top);
+    const float full = 2 * top + 1;
+    return Clamped(hn::Round(hn::Mul(hn::Sub(hn::Mul(value, Same(full / 255)), low), Same(0.5F))), 0, top);
+}
+
+template <std::size_t kChannels>
+HWY_INLINE Vector<kChannels> Stored(const Grid<kChannels>& grid, const Vector<kChannels>& end, Value low) {
+    Vector<kChannels> stored;
+    for (std::size_t c = 0; c < kChannels; ++c)
+        stored[c] = Stored(grid, c, end[c], low);
+    return stored;
+}
+
+/// How far an end is from where it is stored with a low bit.
+template <std::size_t kChannels>
+HWY_INLINE Value Loss(const Points<kChannels>& points, const Grid<kChannels>& grid, const Vector<kChannels>& end,
+                      Value low) {
+    const Vector<kChannels> off = Difference(Decoded(grid, Stored(grid, end, low), low), end);
+    return Dot(off, Weighted(points, off));
+}
+
+/// The line between two ends, with the low bits that fit them best.
+template <std::size_t kChannels>
+HWY_INLINE Line<kChannels> Narrowed(const Points<kChannels>& points, const Grid<kChannels>& grid,
+                                    const Vector<kChannels>& a, const Vector<kChannels>& b) {
+    Line<kChannels> line;
+    line.lowA = line.lowB = Same(grid.isLowSet ? 1 : 0);
+    if (grid.lowBits != LowBits::kNone && !grid.isLowSet) {
+        Value gainA = hn::Sub(Loss(points, grid, a, Same(0)), Loss(points, grid, a, Same(1)));
+        Value gainB = hn::Sub(Loss(points, grid, b, Same(0)), Loss(points, grid, b, Same(1)));
+        if (grid.lowBits == LowBits::kPerSubset) gainA = gainB = hn::Add(gainA, gainB);
+        line.lowA = hn::IfThenElseZero(hn::Gt(gainA, Same(0)), Same(1));
+        line.lowB = hn::IfThenElseZero(hn::Gt(gainB, Same(0)), Same(1));
+    }
+    line.a = Stored(grid, a, line.lowA);
+    line.b = Stored(grid, b, line.lowB);
+    return line;
+}
+
+// --- Errors ----------------------------------------------------------------------------------------------------------
+
+using Steps = std::array<Value, kBlockPixels>;
+
+/// Gives each pixel the nearest colour of the line; returns the error of those that count, as a decoder rounds them.
+template <bool kWithSteps, std::size_t kChannels>
+HWY_INLINE Value Assign(const Points<kChannels>& points, const Grid<kChannels>& grid, const Line<kChannels>& line,
+                        Steps* steps) {
+    const float last = grid.Last();
+    const Vector<kChannels> a = Decoded(grid, line.a, line.lowA);
+    const Vector<kChannels> direction = Difference(Decoded(grid, line.b, line.lowB), a);
+    const Vector<kChannels> weighted = Weighted(points, direction);
+    const Value length = Dot(direction, weighted);
+    const Value perLength = hn::IfThenElseZero(hn::Gt(length, Same(0)), hn::Div(Same(last), length));
+    Value error = Same(0);
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Vector<kChannels> point = points.At(i);
+        const Value step = Clamped(hn::Round(hn::Mul(Dot(Difference(point, a), weighted), perLength)), 0, last);
+        const Value share = hn::Round(hn::Mul(step, Same(64 / last)));  // of 64
+        Vector<kChannels> off;
+        for (std::size_t c = 0; c < kChannels; ++c) {
+            const Value between = hn::Mul(hn::Add(hn::Mul(direction[c], share), Same(32)), Same(1.0F / 64));
+            off[c] = hn::Sub(point[c], hn::Add(a[c], hn::Floor(between)));
+        }
+        error = hn::Add(error, points.Counted(i, Dot(off, Weighted(points, off))));
+        if constexpr (kWithSteps) (*steps)[i] = step;
+    }
+    return error;
+}
+
+template <std::size_t kChannels>
+HWY_INLINE Line<kChannels> LineOf(const Points<kChannels>& points, const Grid<kChannels>& grid,
+                                  const Vector<kChannels>& a, const Vector<kChannels>& b) {
+    Line<kChannels> line = Narrowed(points, grid, a, b);
+    line.error = Assign<false>(points, grid, line, nullptr);
+    return line;
+}
+
+/// In each lane the line with the smaller error.
+template <std::size_t kChannels>
+HWY_INLINE void KeepBetter(Line<kChannels>& best, const Line<kChannels>& other) {
+    const Mask isBetter = hn::Lt(other.error, best.error);
+    for (std::size_t c = 0; c < kChannels; ++c) {
+        best.a[c] = hn::IfThenElse(isBetter, other.a[c], best.a[c]);
+        best.b[c] = hn::IfThenElse(isBetter, other.b[c], best.b[c]);
+    }
+    best.lowA = hn::IfThenElse(isBetter, other.lowA, best.lowA);
+    best.lowB = hn::IfThenElse(isBetter, other.lowB, best.lowB);
+    best.error = hn::IfThenElse(isBetter, other.error, best.error);
+}
+
+// --- Fitting ---------------------------------------------------------------------------------------------------------
+
+template <std::size_t kChannels>
+struct Shape {
+    Vector<kChannels> mean;
+    Vector<kChannels> axis;  ///< the direction in which the points differ most, of any length
+};
+
+template <std::size_t kChannels>
+HWY_INLINE Shape<kChannels> ShapeOf(const Points<kChannels>& points) {
+    Shape<kChannels> shape;
+    Value count = Same(0);
+    shape.mean.fill(Same(0));
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        count = hn::Add(count, points.Counts(i));
+        shape.mean = Along(shape.mean, points.At(i), points.Counts(i));
+    }
+    const Value perCount = hn::Div(Same(1), hn::Max(count, Same(1)));
+    for (Value& mean : shape.mean)
+        mean = hn::Mul(mean, perCount);
+    std::array<Vector<kChannels>, kChannels> rows;
+    for (Vector<kChannels>& row : rows)
+        row.fill(Same(0));
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Vector<kChannels> off = Difference(points.At(i), shape.mean);
+        for (std::size_t r = 0; r < kChannels; ++r)
+            for (std::size_t c = r; c < kChannels; ++c)
+                rows[r][c] = hn::Add(rows[r][c], points.Counted(i, hn::Mul(off[r], off[c])));
+    }
+    for (std::size_t r = 0; r < kChannels; ++r)
+        for (std::size_t c = 0; c < r; ++c)
+            rows[r][c] = rows[c][r];
+    // From the row of the channel that differs most, a few multiplications with the covariances.
+    shape.axis = rows[0];
+    Value most = rows[0][0];
+    for (std::size_t r = 1; r < kChannels; ++r) {
+        const Mask isMore = hn::Gt(rows[r][r], most);
+        most = hn::Max(most, rows[r][r]);
+        for (std::size_t c = 0; c < kChannels; ++c)
+            shape.axis[c] = hn::IfThenElse(isMore, rows[r][c], shape.axis[c]);
+    }
+    for (int turn = 0; turn < 4; ++turn) {
+        const Vector<kChannels> weighted = Weighted(points, shape.axis);
+        Value largest = Same(0);
+        for (std::size_t c = 0; c < kChannels; ++c) {
+            shape.axis[c] = Dot(rows[c], weighted);
+            largest = hn::Max(largest, hn::Abs(shape.axis[c]));
+        }
+        const Value shrink = hn::IfThenElseZero(hn::Gt(largest, Same(1e-20F)), hn::Div(Same(1), largest));
+        for (Value& component : shape.axis)
+            component = hn::Mul(component, shrink);
+    }
+    return shape;
+}
+
+/// From the first to the last point along their axis.
+template <std::size_t kChannels>
+HWY_INLINE Line<kChannels> Guess(const Points<kChannels>& points, const Grid<kChannels>& grid) {
+    const Shape<kChannels> shape = ShapeOf(points);
+    const Vector<kChannels> weighted = Weighted(points, shape.axis);
+    const Value length = Dot(shape.axis, weighted);
+    Value low = Same(0), high = Same(0);
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Value at = points.Counted(i, Dot(Difference(points.At(i), shape.mean), weighted));
+        low = hn::Min(low, at);
+        high = hn::Max(high, at);
+    }
+    const Value perLength = hn::IfThenElseZero(hn::Gt(length, Same(0)), hn::Div(Same(1), length));
+    return LineOf(points, grid, Along(shape.mean, shape.axis, hn::Mul(low, perLength)),
+                  Along(shape.mean, shape.axis, hn::Mul(high, perLength)));
+}
+
+/// The ends that are best for pixels that stay at their steps (least squares).
+template <std::size_t kChannels>
+HWY_INLINE Line<kChannels> Refined(const Points<kChannels>& points, const Grid<kChannels>& grid,
+                                   const Line<kChannels>& line) {
+    Steps steps;
+    (void)Assign<true>(points, grid, line, &steps);
+    const float last = grid.Last();
+    Value count = Same(0), sum = Same(0), squares = Same(0);
+    Vector<kChannels> all, ofB;
+    all.fill(Same(0));
+    ofB.fill(Same(0));
+    for (std::size_t i = 0; i < kBlockPixels; ++i) {
+        const Value share = points.Counted(i, hn::Mul(steps[i], Same(1 / last)));
+        count = hn::Add(count, points.Counts(i));
+        sum = hn::Add(sum, share);
+        squares = hn::Add(squares, hn::Mul(share, share));
+        all = Along(all, points.At(i), points.Counts(i));
+        ofB = Along(ofB, points.At(i), share);
+    }
+    const Value both = hn::Sub(sum, squares);
+    const Value nearA = hn::Add(hn::Sub(count, hn::Add(sum, sum)), squares);
+    const Value determinant = hn::Sub(hn::Mul(nearA, squares), hn::Mul(both, both));
+    const Mask isSolvable = hn::Gt(determinant, Same(1e-3F));
+    const Value scale = hn::IfThenElseZero(isSolvable, hn::Div(Same(1), determinant));
+    Vector<kChannels> a, b;
+    for (std::size_t c = 0; c < kChannels; ++c) {
+        const Value ofA = hn::Sub(all[c], ofB[c]);
+        a[c] = Clamped(hn::Mul(hn::Sub(hn::Mul(ofA, squares), hn::Mul(ofB[c], both)), scale), 0, 255);
+        b[c] = Clamped(hn::Mul(hn::Sub(hn::Mul(ofB[c], nearA), hn::Mul(ofA, both)), scale), 0, 255);
+    }
+    Line<kChannels> refined = LineOf(points, grid, a, b);
+    refined.error = hn::IfThenElse(isSolvable, refined.error, Same(HUGE_VALF));
+    return refined;
+}
+
+/// Moves each stored component of both ends by one, and turns each low bit, and keeps what is better. Whether anything
+/// was.
+template <std::size_t kChannels>
+HWY_INLINE bool Nudge(const Points<kChannels>& points, const Grid<kChannels>& grid, Line<kChannels>& line) {
+    const Value before = line.error;
+    const auto consider = [&](Line<kChannels>& moved) {
+        moved.error = Assign<false>(points, grid, moved, nullptr);
+        KeepBetter(line, moved);
+    };
+    for (std::size_t c = 0; c < 2 * kChannels; ++c) {
+        const std::size_t channel = c % kChannels;
+        for (const float by : {-1.0F, 1.0F}) {
+            Line<kChannels> moved = line;
+            Value& component = c < kChannels ? moved.a[channel] : moved.b[channel];
+            component = Clamped(hn::Add(component, Same(by)), 0, static_cast<float>((1 << grid.bits[channel]) - 1));
+            consider(moved);
+        }
+    }
+    if (grid.lowBits != LowBits::kNone && !grid.isLowSet) {
+        const bool isShared = grid.lowBits == LowBits::kPerSubset;
+        for (int end = 0; end < (isShared ? 1 : 2); ++end) {
+            Line<kChannels> turned = line;
+            if (isShared || end == 0) turned.lowA = hn::Sub(Same(1), line.lowA);
+            if (isShared || end == 1) turned.lowB = hn::Sub(Same(1), line.lowB);
+            consider(turned);
+        }
+    }
+    return !hn::AllTrue(Lanes(), hn::Ge(line.error, before));
+}
+
+struct Budget {
+    int refinements;
+    int nudges;
+};
+
+template <std::size_t kChannels>
+HWY_INLINE Line<kChannels> Fitted(const Points<kChannels>& points, const Grid<kChannels>& grid, const Budget& budget) {
+    Line<kChannels> best = Guess(points, grid);
+    for (int turn = 0; turn < budget.refinements; ++turn)
+        KeepBetter(best, Refined(points, grid, best));
+    for (int turn = 0; turn < budget.nudges && Nudge(points, grid, best); ++turn) {
+    }
+    return best;
+}
+
+// --- The best block of each lane -------------------------------------------------------------------------------------
+
+class BestBlocks {
+public:
+    explicit BestBlocks(std::size_t count) : mCount(count) { mErrors.fill(HUGE_VALF); }
+
+    /// Calls `make(lane, block)` for the lanes in which an error is smaller than what there is, to fill the block in.
+    template <class Make>
+    HWY_INLINE void Offer(Value error, const Make& make) {
+        HWY_ALIGN float errors[kMaxLanes];
+        hn::Store(error, Lanes(), errors);
+        for (std::size_t lane = 0; lane < mCount; ++lane) {
+            if (!(errors[lane] < mErrors[lane])) continue;
+            mErrors[lane] = errors[lane];
+            mBlocks[lane] = {};
+            make(lane, mBlocks[lane]);
+        }
+    }
+
+    void Store(unsigned char* const* places) {
+        for (std::size_t lane = 0; lane < mCount; ++lane) {
+            TurnEndsOfBc7(mBlocks[lane]);
+            PackBc7(mBlocks[lane], places[lane]);
+        }
+    }
+
+private:
+    std::size_t mCount;
+    std::array<float, kMaxLanes> mErrors;
+    std::array<Bc7Block, kMaxLanes> mBlocks;
+};
+
+/// Vectors as numbers of their lanes.
+struct LaneBytes {
+    HWY_ALIGN std::int32_t lanes[kMaxLanes];
+
+    HWY_INLINE LaneBytes() = default;
+    HWY_INLINE explicit LaneBytes(Value value) { hn::Store(hn::ConvertTo(Whole(), value), Whole(), lanes); }
+    std::uint8_t operator[](std::size_t lane) const { return static_cast<std::uint8_t>(lanes[lane]); }
+};
+
+template <std::size_t kChannels>
+struct LineBytes {
+    std::array<LaneBytes, kChannels> a, b;
+    LaneBytes lowA, lowB;
+    std::array<LaneBytes, kBlockPixels> steps;
+
+    HWY_INLINE LineBytes(const Points<kChannels>& points, const Grid<kChannels>& grid, const Line<kChannels>& line) {
+        Steps assigned;
+        (void)Assign<true>(points, grid, line, &assigned);
+        for (std::size_t c = 0; c < kChannels; ++c) {
+            a[c] = LaneBytes(line.a[c]);
+            b[c] = LaneBytes(line.b[c]);
+        }
+        lowA = LaneBytes(line.lowA);
+        lowB = LaneBytes(line.lowB);
+        for (std::size_t i = 0; i < kBlockPixels; ++i)
+            steps[i] = LaneBytes(assigned[i]);
+    }
+
+    /// Fills in both ends of a subset.
+    void FillEnds(std::size_t lane, std::size_t subset, const std::array<std::size_t, kChannels>& slots,
+                  Bc7Block& block) const {
+        for (std::size_t c = 0; c < kChannels; ++c) {
+            block.ends[2 * subset][slots[c]] = a[c][lane];
+            block.ends[2 * subset + 1][slots[c]] = b[c][lane];
+        }
+        block.lowBits[2 * subset] = lowA[lane];
+        block.lowBits[2 * subset + 1] = lowB[lane];
+    }
+};
+
+// --- Modes -----------------------------------------------------------------------------------------------------------
+
+/// What is tried for a group of blocks of which all or none are opaque.
+struct Group {
+    const LaneBlocks& blocks;
+    std::array<float, 4> weights;
+    bool isOpaque;
+    BestBlocks& best;
+};
+
+template <std::size_t kChannels>
+Grid<kChannels> GridOf(const Bc7Mode& mode, bool isLowSet) {
+    Grid<kChannels> grid{{}, mode.lowBits, mode.indexBits, isLowSet};
+    for (std::size_t c = 0; c < kChannels; ++c)
+        grid.bits[c] = c < 3 ? mode.colourBits : mode.alphaBits;
+    return grid;
+}
+
+/// The numbers of partitions, one in each lane.
+struct LanePartitions {
+    HWY_ALIGN std::int32_t numbers[kMaxLanes];
+};
+
+/// A mode whose channels share their indices, in partitions of one, two or three subsets.
+template <std::size_t kChannels, std::size_t kSubsets>
+void TryMode(const Group& group, int number, const LanePartitions& partitions, const Budget& budget) {
+    const Bc7Mode& mode = kBc7Modes[static_cast<std::size_t>(number)];
+    // What is opaque stays so exactly.
+    const Grid<kChannels> grid = GridOf<kChannels>(mode, kChannels == 4 && group.isOpaque);
+    Points<kChannels> points{group.blocks, {}, {}, nullptr};
+    for (std::size_t c = 0; c < kChannels; ++c) {
+        points.channels[c] = c;
+        points.weights[c] = group.weights[c];
+    }
+    std::array<std::array<Value, kBlockPixels>, kSubsets> counts;
+    if constexpr (kSubsets > 1) {
+        HWY_ALIGN std::int32_t patterns[kMaxLanes];
+        for (std::size_t lane = 0; lane < LaneCount(); ++lane)
+            patterns[lane] = static_cast<std::int32_t>(PartitionOf(kSubsets, static_cast<std::size_t>(partitions.numbers[lane])));
+        WholeValue pattern = hn::Load(Whole(), patterns);
+        for (std::size_t i = 0; i < kBlockPixels; ++i) {
+            const WholeValue subset = hn::And(pattern, hn::Set(Whole(), 3));
+            for (std::size_t s = 0; s < kSubsets; ++s)
+                counts[s][i] = hn::IfThenElseZero(
+                    hn::RebindMask(Lanes(), hn::Eq(subset, hn::Set(Whole(), static_cast<std::int32_t>(s)))), Same(1));
+            pattern = hn::ShiftRight<2>(pattern);
+        }
+    }
+    std::array<Line<kChannels>, kSubsets> lines;
+    Value error = Same(0);
+    for (std::size_t s = 0; s < kSubsets; ++s) {
+        points.counts = kSubsets > 1 ? &counts[s] : nullptr;
+        lines[s] = Fitted(points, grid, budget);
+        error = hn::Add(error, lines[s].error);
+    }
+    std::array<LineBytes<kChannels>, kSubsets> bytes = [&]<std::size_t... kS>(std::index_sequence<kS...>) {
+        return std::array<LineBytes<kChannels>, kSubsets>{LineBytes<kChannels>(points, grid, lines[kS])...};
+    }(std::make_index_sequence<kSubsets>());
+    group.best.Offer(error, [&](std::size_t lane, Bc7Block& block) {
+        block.mode = number;
+        block.partition = kSubsets > 1 ? partitions.numbers[lane] : 0;
+        const Partition partition = PartitionOf(kSubsets, static_cast<std::size_t>(block.partition));
+        for (std::size_t s = 0; s < kSubsets; ++s)
+            bytes[s].FillEnds(lane, s, points.channels, block);
+        for (std::size_t i = 0; i < kBlockPixels; ++i)
+            block.indices[i] = bytes[SubsetOf(partition, i)].steps[i][lane];
+    });
+}
+
+/// A mode whose alpha, or the channel in whose place it is rotated, has indices of its own.
+void TryTwoIndices(const Group& group, int number, std::size_t rotation, bool isSelected, const Budget& budget) {
+    const Bc7Mode& mode = kBc7Modes[static_cast<std::size_t>(number)];
+    std::array<std::size_t, 4> channels = {0, 1, 2, 3};
+    if (rotation > 0) std::swap(channels[3], channels[rotation - 1]);
+    Grid<3> colours = GridOf<3>(mode, false);
+    Grid<1> alone{{mode.alphaBits}, mode.lowBits, mode.alphaIndexBits, false};
+    if (isSelected) std::swap(colours.indexBits, alone.indexBits);
+    const auto weight = [&](std::size_t c) { return group.weights[channels[c]]; };
+    const Points<3> three{group.blocks, {channels[0], channels[1], channels[2]}, {weight(0), weight(1), weight(2)}};
+    const Points<1> one{group.blocks, {channels[3]}, {weight(3)}};
+    const Line<3> line = Fitted(three, colours, budget);
+    const Line<1> aloneLine = Fitted(one, alone, budget);
+    const LineBytes<3> bytes(three, colours, line);
+    const LineBytes<1> aloneBytes(one, alone, aloneLine);
+    group.best.Offer(hn::Add(line.error, aloneLine.error), [&](std::size_t lane, Bc7Block& block) {
+        block.mode = number;
+        block.rotation = static_cast<int>(rotation);
+        block.selection = isSelected ? 1 : 0;
+        bytes.FillEnds(lane, 0, {0, 1, 2}, block);
+        aloneBytes.FillEnds(lane, 0, {3}, block);
+        for (std::size_t i = 0; i < kBlockPixels; ++i) {
+            (isSelected ? block.alphaIndices : block.indices)[i] = bytes.steps[i][lane];
+            (isSelected ? block.indices : block.alphaIndices)[i] = aloneBytes.steps[i][lane];
+        }
+    });
+}
+
+// --- Choosing partitions ---------------------------------------------------------------------------------------------
+
+/// Of each pixel its channels and the products of each two, and their sums over all.
+template <std::size_t kChannels>
+struct Products {
+    static constexpr std::size_t kCount = kChannels + kChannels * (kChannels + 1) / 2;
+    std::array<std::array<Value, kCount>, kBlockPixels> pixels;
+    std::array<Value, kCount> all;
+
+    HWY_INLINE explicit Products(const Group& group) {
+        all.fill(Same(0));
+        for (std::size_t i = 0; i < kBlockPixels; ++i) {
+            std::size_t at = kChannels;
+            for (std::size_t r = 0; r < kChannels; ++r)
+                pixels[i][r] = hn::Mul(hn::Sub(group.blocks.At(i, r), Same(128)), Same(std::sqrt(group.weights[r])));
+            for (std::size_t r = 0; r < kChannels; ++r)
+                for (std::size_t c = r; c < kChannels; ++c)
+                    pixels[i][at++] = hn::Mul(pixels[i][r], pixels[i][c]);
+            for (std::size_t k = 0; k < kCount; ++k)
+                all[k] = hn::Add(all[k], pixels[i][k]);
+        }
+    }
+};
+
+/// How far points are from the line through them: the sum of their variances less the largest along any axis.
+template <std::size_t kChannels>
+HWY_INLINE Value OffLine(const std::array<Value, Products<kChannels>::kCount>& sums, float count) {
+    std::array<Vector<kChannels>, kChannels> rows;
+    std::size_t at = kChannels;
+    Value trace = Same(0);
+    for (std::size_t r = 0; r < kChannels; ++r) {
+        for (std::size_t c = r; c < kChannels; ++c)
+            rows[r][c] = rows[c][r] = hn::Sub(sums[at++], hn::Mul(hn::Mul(sums[r], sums[c]), Same(1 / count)));
+        trace = hn::Add(trace, rows[r][r]);
+    }
+    Vector<kChannels> axis = rows[0];
+    Value most = rows[0][0];
+    for (std::size_t r = 1; r < kChannels; ++r) {
+        const Mask isMore = hn::Gt(rows[r][r], most);
+        most = hn::Max(most, rows[r][r]);
+        for (std::size_t c = 0; c < kChannels; ++c)
+            axis[c] = hn::IfThenElse(isMore, rows[r][c], axis[c]);
+    }
+    // Rayleigh's quotient after two multiplications.
+    Vector<kChannels> next;
+    for (int turn = 0; turn < 2; ++turn) {
+        if (turn > 0) axis = next;
+        const Value largest = hn::Max(most, Same(1e-6F));
+        const Value shrink = hn::Div(Same(1), largest);
+        for (Value& component : axis)
+            component = hn::Mul(component, shrink);
+        for (std::size_t c = 0; c < kChannels; ++c)
+            next[c] = Dot(rows[c], axis);
+    }
+    const Value length = Dot(axis, axis);
+    const Value along = hn::IfThenElseZero(hn::Gt(length, Same(1e-12F)), hn::Div(Dot(axis, next), length));
+    return hn::Max(hn::Sub(trace, along), Same(0));
+}
+
+/// The numbers of the partitions that divide each lane's pixels best, the best first.
+template <std::size_t kMost>
+struct Ranking {
+    std::array<Value, kMost> errors;
+    std::array<Value, kMost> numbers;
+
+    HWY_INLINE Ranking() {
+        errors.fill(Same(HUGE_VALF));
+        numbers.fill(Same(0));
+    }
+    HWY_INLINE void Insert(Value error, float number) {
+        Value at = Same(number);
+        for (std::size_t rank = 0; rank < kMost; ++rank) {
+            const Mask isBefore = hn::Lt(error, errors[rank]);
+            const Value pushed = errors[rank], pushedNumber = numbers[rank];
+            errors[rank] = hn::IfThenElse(isBefore, error, pushed);
+            numbers[rank] = hn::IfThenElse(isBefore, at, pushedNumber);
+            error = hn::IfThenElse(isBefore, pushed, error);
+            at = hn::IfThenElse(isBefore, pushedNumber, at);
+        }
+    }
+    HWY_INLINE LanePartitions At(std::size_t rank) const {
+        LanePartitions partitions;
+        hn::Store(hn::ConvertTo(Whole(), numbers[rank]), Whole(), partitions.numbers);
+        return partitions;
+    }
+};
+
+template <std::size_t kMost, std::size_t kSubsets, std::size_t kChannels>
+HWY_INLINE Ranking<kMost> Ranked(const Products<kChannels>& products, std::size_t partitions) {
+    constexpr std::size_t kCount = Products<kChannels>::kCount;
+    Ranking<kMost> ranking;
+    for (std::size_t number = 0; number < partitions; ++number) {
+        const Partition partition = PartitionOf(kSubsets, number);
+        std::array<std::array<Value, kCount>, kSubsets> sums;
+        std::array<float, kSubsets> counts{};
+        for (std::size_t s = 1; s < kSubsets; ++s)
+            sums[s].fill(Same(0));
+        for (std::size_t i = 0; i < kBlockPixels; ++i) {
+            const std::size_t s = SubsetOf(partition, i);
+            ++counts[s];
+            if (s == 0) continue;
+            for (std::size_t k = 0; k < kCount; ++k)
+                sums[s][k] = hn::Add(sums[s][k], products.pixels[i][k]);
+        }
+        sums[0] = products.all;
+        for (std::size_t s = 1; s < kSubsets; ++s)
+            for (std::size_t k = 0; k < kCount; ++k)
+                sums[0][k] = hn::Sub(sums[0][k], sums[s][k]);
+        Value error = Same(0);
+        for (std::size_t s = 0; s < kSubsets; ++s)
+            error = hn::Add(error, OffLine<kChannels>(sums[s], counts[s]));
+        ranking.Insert(error, static_cast<float>(number));
+    }
+    return ranking;
+}
+
+// --- Groups of blocks ------------------------------------------------------------------------------------------------
+
+constexpr LanePartitions kWhole{};
+
+void EncodeOpaque(const Group& group, BlockEffort effort) {
+    const bool isFast = effort == BlockEffort::kFast, isBest = effort == BlockEffort::kBest;
+    const Budget budget = isFast ? Budget{1, 0} : isBest ? Budget{3, 4} : Budget{2, 1};
+    TryMode<4, 1>(group, 6, kWhole, budget);
+    const Products<3> products(group);
+    if (isFast) {
+        const auto ranking = Ranked<1, 2>(products, 16);
+        TryMode<3, 2>(group, 1, ranking.At(0), budget);
+        return;
+    }
+    constexpr std::size_t kMost = 8;
+    const std::size_t tried = isBest ? kMost : 2;
+    const auto two = Ranked<kMost, 2>(products, 64);
+    for (std::size_t rank = 0; rank < tried; ++rank) {
+        TryMode<3, 2>(group, 1, two.At(rank), budget);
+        TryMode<3, 2>(group, 3, two.At(rank), budget);
+    }
+    const auto zero = Ranked<kMost, 3>(products, 16);
+    const auto three = Ranked<kMost, 3>(products, 64);
+    for (std::size_t rank = 0; rank < tried / 2; ++rank) {
+        TryMode<3, 3>(group, 0, zero.At(rank), budget);
+        TryMode<3, 3>(group, 2, three.At(rank), budget);
+    }
+    for (std::size_t rotation = 0; rotation < 4; ++rotation) {
+        if (rotation > 0) TryTwoIndices(group, 5, rotation, false, budget);
+        if (isBest && rotation > 0) {
+            TryTwoIndices(group, 4, rotation, false, budget);
+            TryTwoIndices(group, 4, rotation, true, budget);
+        }
+    }
+}
+
+void EncodeWithAlpha(const Group& group, BlockEffort effort) {
+    const bool isFast = effort == BlockEffort::kFast, isBest = effort == BlockEffort::kBest;
+    const Budget budget = isFast ? Budget{1, 0} : isBest ? Budget{3, 4} : Budget{2, 1};
+    TryMode<4, 1>(group, 6, kWhole, budget);
+    for (std::size_t rotation = 0; rotation < (isFast ? 1U : 4U); ++rotation) {
+        TryTwoIndices(group, 5, rotation, false, budget);
+        if (isFast) continue;
+        TryTwoIndices(group, 4, rotation, false, budget);
+        TryTwoIndices(group, 4, rotation, true, budget);
+    }
+    if (isFast) return;
+    const Products<4> products(group);
+    constexpr std::size_t kMost = 8;
+    const auto two = Ranked<kMost, 2>(products, 64);
+    for (std::size_t rank = 0; rank < (isBest ? kMost : 2); ++rank)
+        TryMode<4, 2>(group, 7, two.At(rank), budget);
+}
+
+bool IsOpaque(const float* block) {
+    for (std::size_t i = 0; i < kBlockPixels; ++i)
+        if (!(block[4 * i + 3] >= 254.5F)) return false;
+    return true;
+}
+
+/// Blocks of one kind, wherever they stand.
+void EncodeAlike(const std::vector<std::uint32_t>& numbers, bool isOpaque, const float* blocks, unsigned char* out,
+                 const Bc7Fit& fit) {
+    const std::size_t lanes = LaneCount();
+    for (std::size_t at = 0; at < numbers.size(); at += lanes) {
+        const std::size_t count = std::min(lanes, numbers.size() - at);
+        HWY_ALIGN float gathered[kBlockFloats * kMaxLanes];
+        std::array<unsigned char*, kMaxLanes> places{};
+        for (std::size_t i = 0; i < count; ++i) {
+            std::copy_n(blocks + numbers[at + i] * kBlockFloats, kBlockFloats, gathered + i * kBlockFloats);
+            places[i] = out + std::size_t{16} * numbers[at + i];
+        }
+        const LaneBlocks laneBlocks(gathered, count);
+        BestBlocks best(count);
+        const Group group{laneBlocks, fit.weights, isOpaque, best};
+        isOpaque ? EncodeOpaque(group, fit.effort) : EncodeWithAlpha(group, fit.effort);
+        best.Store(places.data());
+    }
+}
+
+}  // namespace
+
+void Bc7(const float* blocks, std::size_t count, unsigned char* out, const Bc7Fit& fit) {
+    std::array<std::vector<std::uint32_t>, 2> numbers;  // a block is the same whatever stands beside it
+    for (std::size_t block = 0; block < count; ++block)
+        numbers[IsOpaque(blocks + block * kBlockFloats) ? 1 : 0].push_back(static_cast<std::uint32_t>(block));
+    EncodeAlike(numbers[0], false, blocks, out, fit);
+    EncodeAlike(numbers[1], true, blocks, out, fit);
+}
+
+}  // namespace Kavra::Common::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Kavra::Common {
+
+HWY_EXPORT(Bc7);
+
+void EncodeBc7(const float* blocks, std::size_t count, unsigned char* out, const Bc7Fit& fit) {
+    HWY_DYNAMIC_DISPATCH(Bc7)(blocks, count, out, fit);
+}
+
+}  // namespace Kavra::Common
+#endif
