@@ -9,7 +9,7 @@
 
 #include "common/blocks/BlockEncoders.h"
 
-#include "common/blocks/BlockLanes-inl.h"
+#include "common/blocks/BlockLines-inl.h"
 
 #include <cmath>
 #include <cstdint>
@@ -18,6 +18,9 @@
 HWY_BEFORE_NAMESPACE();
 namespace Kavra::Common::HWY_NAMESPACE {
 namespace {
+
+using Colour = Vector<3>;
+using Pixels = Points<3>;
 
 // --- The colours of a block ------------------------------------------------------------------------------------------
 
@@ -40,41 +43,6 @@ HWY_INLINE Colour Narrowed(const Colour& colour) {
     return bits;
 }
 
-HWY_INLINE Colour Difference(const Colour& a, const Colour& b) {
-    return {hn::Sub(a[0], b[0]), hn::Sub(a[1], b[1]), hn::Sub(a[2], b[2])};
-}
-
-HWY_INLINE Value Dot(const Colour& a, const Colour& b) {
-    return hn::Add(hn::Add(hn::Mul(a[0], b[0]), hn::Mul(a[1], b[1])), hn::Mul(a[2], b[2]));
-}
-
-HWY_INLINE Colour Scaled(const Colour& colour, const Colour& by) {
-    return {hn::Mul(colour[0], by[0]), hn::Mul(colour[1], by[1]), hn::Mul(colour[2], by[2])};
-}
-
-HWY_INLINE Colour Along(const Colour& from, const Colour& direction, Value distance) {
-    Colour at;
-    for (std::size_t c = 0; c < 3; ++c)
-        at[c] = hn::Add(from[c], hn::Mul(direction[c], distance));
-    return at;
-}
-
-/// The pixels of several blocks, and what of them counts.
-struct Pixels {
-    const LaneBlocks& blocks;
-    Colour weights;
-    bool isMasked;  ///< whether transparent pixels do not count
-
-    Pixels(const LaneBlocks& from, const BlockFit& fit, bool masked)
-        : blocks(from), weights{Same(fit.weights[0]), Same(fit.weights[1]), Same(fit.weights[2])}, isMasked(masked) {}
-
-    /// 1 where the pixel counts.
-    HWY_INLINE Value Counts(std::size_t pixel) const {
-        if (!isMasked) return Same(1);
-        return hn::IfThenElseZero(hn::Ge(blocks.At(pixel, 3), Same(128)), Same(1));
-    }
-};
-
 // --- Lines through colours -------------------------------------------------------------------------------------------
 
 /// Both ends of a line as a block holds them, and which of the evenly spaced colours from `a` to `b` each pixel gets.
@@ -83,32 +51,28 @@ struct Line {
     Value error;  ///< summed over the pixels that count
 };
 
-using Steps = std::array<Value, kBlockPixels>;
-
 /// Gives each pixel the nearest of `last` + 1 colours; returns the error.
 template <bool kWithSteps>
 HWY_INLINE Value Assign(const Pixels& pixels, const Colour& aBits, const Colour& bBits, float last, Steps* steps) {
     const Colour a = Widened(aBits);
     const Colour direction = Difference(Widened(bBits), a);
-    const Colour weighted = Scaled(direction, pixels.weights);
+    const Colour weighted = Weighted(pixels, direction);
     const Value length = Dot(direction, weighted);
     const Value perLength = hn::IfThenElseZero(hn::Gt(length, Same(0)), hn::Div(Same(last), length));
     Value error = Same(0);
     for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        const Colour offset = Difference(pixels.blocks.At(i), a);
+        const Colour offset = Difference(pixels.At(i), a);
         const Value step = Clamped(hn::Round(hn::Mul(Dot(offset, weighted), perLength)), 0, last);
-        const Colour left = Difference(offset, Along({Same(0), Same(0), Same(0)}, direction,
-                                                     hn::Mul(step, Same(1 / last))));
-        Value square = Dot(Scaled(left, left), pixels.weights);
-        if (pixels.isMasked) square = hn::Mul(square, pixels.Counts(i));
-        error = hn::Add(error, square);
+        const Value share = hn::Mul(step, Same(-1 / last));
+        const Colour left = Along(offset, direction, share);
+        error = hn::Add(error, pixels.Counted(i, Dot(left, Weighted(pixels, left))));
         if constexpr (kWithSteps) (*steps)[i] = step;
     }
     return error;
 }
 
-HWY_INLINE Line LineOf(const Pixels& pixels, const Colour& a, const Colour& b, float last) {
-    Line line{Narrowed(a), Narrowed(b), Same(0)};
+HWY_INLINE Line LineOf(const Pixels& pixels, const Ends<3>& ends, float last) {
+    Line line{Narrowed(ends.a), Narrowed(ends.b), Same(0)};
     line.error = Assign<false>(pixels, line.a, line.b, last, nullptr);
     return line;
 }
@@ -123,97 +87,13 @@ HWY_INLINE void KeepBetter(Line& best, const Line& other) {
     best.error = hn::IfThenElse(isBetter, other.error, best.error);
 }
 
-struct Moments {
-    Value count;
-    Colour mean;
-    Colour squares;   ///< red with red, green with green, blue with blue
-    Colour products;  ///< red with green, green with blue, blue with red
-};
-
-HWY_INLINE Moments MomentsOf(const Pixels& pixels) {
-    Moments m{Same(0), {Same(0), Same(0), Same(0)}, {Same(0), Same(0), Same(0)}, {Same(0), Same(0), Same(0)}};
-    for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        const Value counts = pixels.Counts(i);
-        m.count = hn::Add(m.count, counts);
-        m.mean = Along(m.mean, pixels.blocks.At(i), counts);
-    }
-    const Value perCount = hn::Div(Same(1), hn::Max(m.count, Same(1)));
-    m.mean = Scaled(m.mean, {perCount, perCount, perCount});
-    for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        const Colour offset = Difference(pixels.blocks.At(i), m.mean);
-        const Value counts = pixels.Counts(i);
-        m.squares = Along(m.squares, Scaled(offset, offset), counts);
-        m.products = Along(m.products, Scaled(offset, {offset[1], offset[2], offset[0]}), counts);
-    }
-    return m;
-}
-
-/// The direction in which the colours differ most, by a few multiplications with their covariances; of any length.
-HWY_INLINE Colour AxisOf(const Moments& m, const Colour& weights) {
-    const Colour rows[3] = {{m.squares[0], m.products[0], m.products[2]},
-                            {m.products[0], m.squares[1], m.products[1]},
-                            {m.products[2], m.products[1], m.squares[2]}};
-    const auto greenLeads = hn::Gt(m.squares[1], m.squares[0]);
-    Colour axis;
-    for (std::size_t c = 0; c < 3; ++c)
-        axis[c] = hn::IfThenElse(greenLeads, rows[1][c], rows[0][c]);
-    const auto blueLeads = hn::Gt(m.squares[2], hn::Max(m.squares[0], m.squares[1]));
-    for (std::size_t c = 0; c < 3; ++c)
-        axis[c] = hn::IfThenElse(blueLeads, rows[2][c], axis[c]);
-    for (int turn = 0; turn < 4; ++turn) {
-        const Colour weighted = Scaled(axis, weights);
-        axis = {Dot(rows[0], weighted), Dot(rows[1], weighted), Dot(rows[2], weighted)};
-        const Value largest = hn::Max(hn::Max(hn::Abs(axis[0]), hn::Abs(axis[1])), hn::Abs(axis[2]));
-        const Value shrink = hn::IfThenElseZero(hn::Gt(largest, Same(1e-20F)), hn::Div(Same(1), largest));
-        axis = Scaled(axis, {shrink, shrink, shrink});
-    }
-    return axis;
-}
-
-/// From the first to the last colour along their axis.
-HWY_INLINE Line Guess(const Pixels& pixels, const Moments& moments, const Colour& axis, float last) {
-    const Colour weighted = Scaled(axis, pixels.weights);
-    const Value length = Dot(axis, weighted);
-    Value low = Same(0), high = Same(0);
-    for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        Value at = Dot(Difference(pixels.blocks.At(i), moments.mean), weighted);
-        if (pixels.isMasked) at = hn::Mul(at, pixels.Counts(i));
-        low = hn::Min(low, at);
-        high = hn::Max(high, at);
-    }
-    const Value perLength = hn::IfThenElseZero(hn::Gt(length, Same(0)), hn::Div(Same(1), length));
-    return LineOf(pixels, Along(moments.mean, axis, hn::Mul(low, perLength)),
-                  Along(moments.mean, axis, hn::Mul(high, perLength)), last);
-}
-
-/// The ends that are best for pixels that stay at their steps (least squares); the same line where all are at one.
+/// The line that is best for pixels that stay at their steps.
 HWY_INLINE Line Refined(const Pixels& pixels, const Line& line, float last) {
     Steps steps;
     (void)Assign<true>(pixels, line.a, line.b, last, &steps);
-    Value count = Same(0), sum = Same(0), squares = Same(0);
-    Colour all = {Same(0), Same(0), Same(0)}, nearB = all;
-    for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        const Value counts = pixels.Counts(i);
-        const Value share = hn::Mul(hn::Mul(steps[i], Same(1 / last)), counts);
-        count = hn::Add(count, counts);
-        sum = hn::Add(sum, share);
-        squares = hn::Add(squares, hn::Mul(share, share));
-        all = Along(all, pixels.blocks.At(i), counts);
-        nearB = Along(nearB, pixels.blocks.At(i), share);
-    }
-    const Value both = hn::Sub(sum, squares);                            // shares of a times shares of b
-    const Value nearA = hn::Add(hn::Sub(count, hn::Add(sum, sum)), squares);  // shares of a, squared
-    const Value determinant = hn::Sub(hn::Mul(nearA, squares), hn::Mul(both, both));
-    const auto isSolvable = hn::Gt(determinant, Same(1e-3F));
-    const Value scale = hn::IfThenElseZero(isSolvable, hn::Div(Same(1), determinant));
-    Colour a, b;
-    for (std::size_t c = 0; c < 3; ++c) {
-        const Value ofA = hn::Sub(all[c], nearB[c]), ofB = nearB[c];
-        a[c] = hn::Mul(hn::Sub(hn::Mul(ofA, squares), hn::Mul(ofB, both)), scale);
-        b[c] = hn::Mul(hn::Sub(hn::Mul(ofB, nearA), hn::Mul(ofA, both)), scale);
-    }
-    Line refined = LineOf(pixels, a, b, last);
-    refined.error = hn::IfThenElse(isSolvable, refined.error, Same(HUGE_VALF));
+    const BestEnds<3> best = LeastSquares(pixels, steps, last);
+    Line refined = LineOf(pixels, best.ends, last);
+    refined.error = hn::IfThenElse(best.isKnown, refined.error, Same(HUGE_VALF));
     return refined;
 }
 
@@ -239,11 +119,11 @@ struct SortedSums {
     std::array<Colour, kBlockPixels + 1> first;
 
     HWY_INLINE SortedSums(const Pixels& pixels, const Colour& axis) {
-        const Colour weighted = Scaled(axis, pixels.weights);
+        const Colour weighted = Weighted(pixels, axis);
         std::array<Value, kBlockPixels> keys;
         std::array<Colour, kBlockPixels> colours;
         for (std::size_t i = 0; i < kBlockPixels; ++i) {
-            colours[i] = pixels.blocks.At(i);
+            colours[i] = pixels.At(i);
             keys[i] = Dot(colours[i], weighted);
         }
         // Batcher's odd-even merge sort: the same comparisons in every lane.
@@ -298,7 +178,7 @@ HWY_INLINE void TryDivision(const Pixels& pixels, const Colour& all, const Colou
                                       hn::Mul(hn::Mul(b, b), Same(division.nearB)));
         const Value cross = hn::Sub(hn::Mul(hn::Mul(a, b), Same(division.both)),
                                     hn::Add(hn::Mul(a, ofA), hn::Mul(b, ofB)));
-        line.error = hn::Add(line.error, hn::Mul(hn::Add(squares, hn::Add(cross, cross)), pixels.weights[c]));
+        line.error = hn::Add(line.error, hn::Mul(hn::Add(squares, hn::Add(cross, cross)), Same(pixels.weights[c])));
     }
     KeepBetter(best, line);
 }
@@ -353,11 +233,9 @@ HWY_INLINE Line BestOfThree(const Pixels& pixels, const SortedSums& sums) {
 
 /// The best line that is found in an effort.
 HWY_INLINE Line Fitted(const Pixels& pixels, float last, BlockEffort effort) {
-    const Moments moments = MomentsOf(pixels);
-    const Colour axis = AxisOf(moments, pixels.weights);
-    Line best = Guess(pixels, moments, axis, last);
-    if (effort == BlockEffort::kBest && !pixels.isMasked) {
-        const SortedSums sums(pixels, axis);
+    Line best = LineOf(pixels, ExtentOf(pixels), last);
+    if (effort == BlockEffort::kBest && pixels.counts == nullptr) {
+        const SortedSums sums(pixels, ShapeOf(pixels).axis);
         Line divided = last == 3 ? BestOfFour(pixels, sums) : BestOfThree(pixels, sums);
         divided.error = Assign<false>(pixels, divided.a, divided.b, last, nullptr);
         KeepBetter(best, divided);
@@ -433,7 +311,7 @@ void StoreThree(const LinesAsNumbers& lines, std::size_t lane, std::uint32_t tra
 
 /// Four colours, or three where those are nearer.
 HWY_INLINE void EncodeOpaque(const LaneBlocks& blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
-    const Pixels pixels(blocks, fit, false);
+    const Pixels pixels{blocks, {0, 1, 2}, fit.weights};
     const LinesAsNumbers four(pixels, Fitted(pixels, 3, fit.effort), 3);
     if (fit.effort == BlockEffort::kFast) {
         for (std::size_t lane = 0; lane < count; ++lane)
@@ -462,7 +340,10 @@ HWY_INLINE void EncodeCutOut(const float* blocks, std::size_t count, BlockPlaces
         any |= transparent[lane] = TransparentOf(blocks + lane * kBlockFloats);
     EncodeOpaque(lanes, count, out, fit);
     if (any == 0) return;
-    const Pixels pixels(lanes, fit, true);
+    std::array<Value, kBlockPixels> counts;
+    for (std::size_t i = 0; i < kBlockPixels; ++i)
+        counts[i] = hn::IfThenElseZero(hn::Ge(lanes.At(i, 3), Same(128)), Same(1));
+    const Pixels pixels{lanes, {0, 1, 2}, fit.weights, &counts};
     const LinesAsNumbers three(pixels, Fitted(pixels, 2, fit.effort), 2);
     for (std::size_t lane = 0; lane < count; ++lane)
         if (transparent[lane] != 0) StoreThree(three, lane, transparent[lane], out.first + lane * out.stride);
@@ -483,7 +364,7 @@ void Bc1Alpha(const float* blocks, std::size_t count, BlockPlaces out, const Blo
 void Bc3Colour(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
     InLanes(blocks, count, out, [&](const float* some, std::size_t n, BlockPlaces to) {
         const LaneBlocks lanes(some, n);
-        const Pixels pixels(lanes, fit, false);
+        const Pixels pixels{lanes, {0, 1, 2}, fit.weights};
         const LinesAsNumbers four(pixels, Fitted(pixels, 3, fit.effort), 3);
         for (std::size_t lane = 0; lane < n; ++lane)
             StoreFour(four, lane, false, to.first + lane * to.stride);

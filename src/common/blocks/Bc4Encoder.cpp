@@ -9,7 +9,7 @@
 
 #include "common/blocks/BlockEncoders.h"
 
-#include "common/blocks/BlockLanes-inl.h"
+#include "common/blocks/BlockLines-inl.h"
 
 #include <cmath>
 #include <cstdint>
@@ -24,16 +24,14 @@ struct Channel {
     std::size_t channel;
     float low, high;
 
-    HWY_INLINE Value At(std::size_t pixel) const { return Clamped(blocks.At(pixel, channel), low, high); }
+    HWY_INLINE Value At(std::size_t pixel) const { return blocks.At(pixel, channel); }
 };
 
 /// Both ends of a line, whole numbers, of which `a` comes first.
-struct Ends {
+struct Line {
     Value a, b;
     Value error;
 };
-
-using Steps = std::array<Value, kBlockPixels>;
 
 /// Blocks hold a line of eight values, or one of six beside the least and the largest value that there is.
 template <int kLast>
@@ -71,14 +69,14 @@ HWY_INLINE Value Assign(const Channel& channel, Value a, Value b, Steps* steps) 
 }
 
 template <int kLast>
-HWY_INLINE Ends EndsOf(const Channel& channel, Value a, Value b) {
+HWY_INLINE Line LineOf(const Channel& channel, Value a, Value b) {
     const auto whole = [&](Value end) { return Clamped(hn::Round(end), channel.low, channel.high); };
-    Ends ends{whole(a), whole(b), Same(0)};
+    Line ends{whole(a), whole(b), Same(0)};
     ends.error = Assign<kLast, false>(channel, ends.a, ends.b, nullptr);
     return ends;
 }
 
-HWY_INLINE void KeepBetter(Ends& best, const Ends& other) {
+HWY_INLINE void KeepBetter(Line& best, const Line& other) {
     const auto isBetter = hn::Lt(other.error, best.error);
     best.a = hn::IfThenElse(isBetter, other.a, best.a);
     best.b = hn::IfThenElse(isBetter, other.b, best.b);
@@ -87,7 +85,7 @@ HWY_INLINE void KeepBetter(Ends& best, const Ends& other) {
 
 /// From the least to the largest value of the block, of those that are not at a limit anyway.
 template <int kLast>
-HWY_INLINE Ends Guess(const Channel& channel) {
+HWY_INLINE Line Guess(const Channel& channel) {
     Value low = Same(channel.high), high = Same(channel.low);
     for (std::size_t i = 0; i < kBlockPixels; ++i) {
         const Value value = channel.At(i);
@@ -101,50 +99,40 @@ HWY_INLINE Ends Guess(const Channel& channel) {
         low = hn::Min(low, toLow);
         high = hn::Max(high, toHigh);
     }
-    return EndsOf<kLast>(channel, low, hn::Max(low, high));
+    return LineOf<kLast>(channel, low, hn::Max(low, high));
 }
 
 /// The ends that are best for pixels that stay at their steps (least squares); no better ones where all are at one.
 template <int kLast>
-HWY_INLINE Ends Refined(const Channel& channel, const Ends& ends) {
+HWY_INLINE Line Refined(const Channel& channel, const Line& ends) {
     Steps steps;
     (void)Assign<kLast, true>(channel, ends.a, ends.b, &steps);
-    Value count = Same(0), sum = Same(0), squares = Same(0), all = Same(0), ofB = Same(0);
+    std::array<Value, kBlockPixels> onLine;
     for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        const Value value = channel.At(i);
-        const auto isOnLine = hn::Le(steps[i], Same(kLast));
-        const Value share = hn::IfThenElseZero(isOnLine, hn::Mul(steps[i], Same(1.0F / kLast)));
-        count = hn::Add(count, hn::IfThenElseZero(isOnLine, Same(1)));
-        sum = hn::Add(sum, share);
-        squares = hn::Add(squares, hn::Mul(share, share));
-        all = hn::Add(all, hn::IfThenElseZero(isOnLine, value));
-        ofB = hn::Add(ofB, hn::Mul(value, share));
+        onLine[i] = hn::IfThenElseZero(hn::Le(steps[i], Same(kLast)), Same(1));
+        steps[i] = hn::Min(steps[i], Same(kLast));
     }
-    const Value both = hn::Sub(sum, squares), ofA = hn::Sub(all, ofB);
-    const Value nearA = hn::Add(hn::Sub(count, hn::Add(sum, sum)), squares);
-    const Value determinant = hn::Sub(hn::Mul(nearA, squares), hn::Mul(both, both));
-    const auto isSolvable = hn::Gt(determinant, Same(1e-3F));
-    const Value scale = hn::IfThenElseZero(isSolvable, hn::Div(Same(1), determinant));
-    Ends refined = EndsOf<kLast>(channel, hn::Mul(hn::Sub(hn::Mul(ofA, squares), hn::Mul(ofB, both)), scale),
-                                 hn::Mul(hn::Sub(hn::Mul(ofB, nearA), hn::Mul(ofA, both)), scale));
-    refined.error = hn::IfThenElse(isSolvable, refined.error, Same(HUGE_VALF));
+    const Points<1> points{channel.blocks, {channel.channel}, {1}, &onLine};
+    const BestEnds<1> best = LeastSquares(points, steps, kLast);
+    Line refined = LineOf<kLast>(channel, best.ends.a[0], best.ends.b[0]);
+    refined.error = hn::IfThenElse(best.isKnown, refined.error, Same(HUGE_VALF));
     return refined;
 }
 
 /// Moves both ends by up to `reach`, and keeps what is better.
 template <int kLast>
-HWY_INLINE void Nudge(const Channel& channel, Ends& ends, int reach) {
-    const Ends before = ends;
+HWY_INLINE void Nudge(const Channel& channel, Line& ends, int reach) {
+    const Line before = ends;
     for (int a = -reach; a <= reach; ++a)
         for (int b = -reach; b <= reach; ++b)
             if (a != 0 || b != 0)
-                KeepBetter(ends, EndsOf<kLast>(channel, hn::Add(before.a, Same(static_cast<float>(a))),
+                KeepBetter(ends, LineOf<kLast>(channel, hn::Add(before.a, Same(static_cast<float>(a))),
                                                hn::Add(before.b, Same(static_cast<float>(b)))));
 }
 
 template <int kLast>
-HWY_INLINE Ends Fitted(const Channel& channel, BlockEffort effort) {
-    Ends best = Guess<kLast>(channel);
+HWY_INLINE Line Fitted(const Channel& channel, BlockEffort effort) {
+    Line best = Guess<kLast>(channel);
     const int refinements = effort == BlockEffort::kFast ? 1 : 2;
     for (int turn = 0; turn < refinements; ++turn)
         KeepBetter(best, Refined<kLast>(channel, best));
@@ -164,16 +152,16 @@ HWY_INLINE Ends Fitted(const Channel& channel, BlockEffort effort) {
 }
 
 /// The ends of the lanes as numbers, each with the steps of its pixels.
-struct EndsAsNumbers {
+struct LinesAsNumbers {
     HWY_ALIGN std::int32_t a[kMaxLanes], b[kMaxLanes];
     HWY_ALIGN std::int32_t steps[kBlockPixels][kMaxLanes];
     HWY_ALIGN float error[kMaxLanes];
 };
 
 template <int kLast>
-HWY_INLINE EndsAsNumbers Numbers(const Channel& channel, const Ends& ends) {
+HWY_INLINE LinesAsNumbers Numbers(const Channel& channel, const Line& ends) {
     const hn::RebindToSigned<Lanes> whole;
-    EndsAsNumbers numbers;
+    LinesAsNumbers numbers;
     Steps steps;
     hn::Store(Assign<kLast, true>(channel, ends.a, ends.b, &steps), Lanes(), numbers.error);
     hn::Store(hn::ConvertTo(whole, ends.a), whole, numbers.a);
@@ -185,7 +173,7 @@ HWY_INLINE EndsAsNumbers Numbers(const Channel& channel, const Ends& ends) {
 
 /// A line of eight has the larger end first, one of six the smaller one or two equal ones.
 template <int kLast>
-HWY_INLINE void StoreEnds(const EndsAsNumbers& numbers, std::size_t lane, unsigned char* out) {
+HWY_INLINE void StoreEnds(const LinesAsNumbers& numbers, std::size_t lane, unsigned char* out) {
     int first = numbers.a[lane], second = numbers.b[lane];
     const bool isTurned = kHasLimits<kLast> ? first > second : first < second;
     const bool isOne = first == second;
@@ -207,8 +195,8 @@ HWY_INLINE void StoreEnds(const EndsAsNumbers& numbers, std::size_t lane, unsign
 }
 
 HWY_INLINE void EncodeChannel(const Channel& channel, std::size_t count, BlockPlaces out, BlockEffort effort) {
-    const EndsAsNumbers eight = Numbers<7>(channel, Fitted<7>(channel, effort));
-    const EndsAsNumbers six = Numbers<5>(channel, Fitted<5>(channel, effort));
+    const LinesAsNumbers eight = Numbers<7>(channel, Fitted<7>(channel, effort));
+    const LinesAsNumbers six = Numbers<5>(channel, Fitted<5>(channel, effort));
     for (std::size_t lane = 0; lane < count; ++lane) {
         unsigned char* const block = out.first + lane * out.stride;
         six.error[lane] < eight.error[lane] ? StoreEnds<5>(six, lane, block) : StoreEnds<7>(eight, lane, block);

@@ -10,7 +10,7 @@
 #include "common/blocks/Bc7Encoder.h"
 
 #include "common/blocks/Bc7Packing.h"
-#include "common/blocks/BlockLanes-inl.h"
+#include "common/blocks/BlockPartitions-inl.h"
 
 #include <cmath>
 #include <utility>
@@ -19,35 +19,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace Kavra::Common::HWY_NAMESPACE {
 namespace {
-
-using Whole = hn::RebindToSigned<Lanes>;
-using WholeValue = hn::Vec<Whole>;
-using Mask = hn::Mask<Lanes>;
-
-template <std::size_t kChannels>
-using Vector = std::array<Value, kChannels>;
-
-// --- What a line is fitted to ----------------------------------------------------------------------------------------
-
-/// Some channels of the pixels of a subset, a different subset in each lane.
-template <std::size_t kChannels>
-struct Points {
-    const LaneBlocks& blocks;
-    std::array<std::size_t, kChannels> channels;
-    std::array<float, kChannels> weights;
-    const std::array<Value, kBlockPixels>* counts = nullptr;  ///< 1 for the pixels of the subset; null: all are
-
-    HWY_INLINE Vector<kChannels> At(std::size_t pixel) const {
-        Vector<kChannels> point;
-        for (std::size_t c = 0; c < kChannels; ++c)
-            point[c] = blocks.At(pixel, channels[c]);
-        return point;
-    }
-    HWY_INLINE Value Counted(std::size_t pixel, Value value) const {
-        return counts == nullptr ? value : hn::Mul(value, (*counts)[pixel]);
-    }
-    HWY_INLINE Value Counts(std::size_t pixel) const { return counts == nullptr ? Same(1) : (*counts)[pixel]; }
-};
 
 /// How the ends of a line are stored, and how many colours lie between them.
 template <std::size_t kChannels>
@@ -67,38 +38,6 @@ struct Line {
     Value lowA, lowB;        ///< 0 or 1
     Value error;
 };
-
-template <std::size_t kChannels>
-HWY_INLINE Value Dot(const Vector<kChannels>& a, const Vector<kChannels>& b) {
-    Value sum = hn::Mul(a[0], b[0]);
-    for (std::size_t c = 1; c < kChannels; ++c)
-        sum = hn::Add(sum, hn::Mul(a[c], b[c]));
-    return sum;
-}
-
-template <std::size_t kChannels>
-HWY_INLINE Vector<kChannels> Difference(const Vector<kChannels>& a, const Vector<kChannels>& b) {
-    Vector<kChannels> difference;
-    for (std::size_t c = 0; c < kChannels; ++c)
-        difference[c] = hn::Sub(a[c], b[c]);
-    return difference;
-}
-
-template <std::size_t kChannels>
-HWY_INLINE Vector<kChannels> Along(const Vector<kChannels>& from, const Vector<kChannels>& direction, Value by) {
-    Vector<kChannels> at;
-    for (std::size_t c = 0; c < kChannels; ++c)
-        at[c] = hn::Add(from[c], hn::Mul(direction[c], by));
-    return at;
-}
-
-template <std::size_t kChannels>
-HWY_INLINE Vector<kChannels> Weighted(const Points<kChannels>& points, const Vector<kChannels>& vector) {
-    Vector<kChannels> weighted;
-    for (std::size_t c = 0; c < kChannels; ++c)
-        weighted[c] = hn::Mul(vector[c], Same(points.weights[c]));
-    return weighted;
-}
 
 // --- Ends as they are stored -----------------------------------------------------------------------------------------
 
@@ -152,7 +91,8 @@ HWY_INLINE Value Loss(const Points<kChannels>& points, const Grid<kChannels>& gr
 /// The line between two ends, with the low bits that fit them best.
 template <std::size_t kChannels>
 HWY_INLINE Line<kChannels> Narrowed(const Points<kChannels>& points, const Grid<kChannels>& grid,
-                                    const Vector<kChannels>& a, const Vector<kChannels>& b) {
+                                    const Ends<kChannels>& ends) {
+    const Vector<kChannels>&a = ends.a, &b = ends.b;
     Line<kChannels> line;
     line.lowA = line.lowB = Same(grid.isLowSet ? 1 : 0);
     if (grid.lowBits != LowBits::kNone && !grid.isLowSet) {
@@ -168,8 +108,6 @@ HWY_INLINE Line<kChannels> Narrowed(const Points<kChannels>& points, const Grid<
 }
 
 // --- Errors ----------------------------------------------------------------------------------------------------------
-
-using Steps = std::array<Value, kBlockPixels>;
 
 /// Gives each pixel the nearest colour of the line; returns the error of those that count, as a decoder rounds them.
 template <bool kWithSteps, std::size_t kChannels>
@@ -199,8 +137,8 @@ HWY_INLINE Value Assign(const Points<kChannels>& points, const Grid<kChannels>& 
 
 template <std::size_t kChannels>
 HWY_INLINE Line<kChannels> LineOf(const Points<kChannels>& points, const Grid<kChannels>& grid,
-                                  const Vector<kChannels>& a, const Vector<kChannels>& b) {
-    Line<kChannels> line = Narrowed(points, grid, a, b);
+                                  const Ends<kChannels>& ends) {
+    Line<kChannels> line = Narrowed(points, grid, ends);
     line.error = Assign<false>(points, grid, line, nullptr);
     return line;
 }
@@ -220,108 +158,19 @@ HWY_INLINE void KeepBetter(Line<kChannels>& best, const Line<kChannels>& other) 
 
 // --- Fitting ---------------------------------------------------------------------------------------------------------
 
-template <std::size_t kChannels>
-struct Shape {
-    Vector<kChannels> mean;
-    Vector<kChannels> axis;  ///< the direction in which the points differ most, of any length
-};
-
-template <std::size_t kChannels>
-HWY_INLINE Shape<kChannels> ShapeOf(const Points<kChannels>& points) {
-    Shape<kChannels> shape;
-    Value count = Same(0);
-    shape.mean.fill(Same(0));
-    for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        count = hn::Add(count, points.Counts(i));
-        shape.mean = Along(shape.mean, points.At(i), points.Counts(i));
-    }
-    const Value perCount = hn::Div(Same(1), hn::Max(count, Same(1)));
-    for (Value& mean : shape.mean)
-        mean = hn::Mul(mean, perCount);
-    std::array<Vector<kChannels>, kChannels> rows;
-    for (Vector<kChannels>& row : rows)
-        row.fill(Same(0));
-    for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        const Vector<kChannels> off = Difference(points.At(i), shape.mean);
-        for (std::size_t r = 0; r < kChannels; ++r)
-            for (std::size_t c = r; c < kChannels; ++c)
-                rows[r][c] = hn::Add(rows[r][c], points.Counted(i, hn::Mul(off[r], off[c])));
-    }
-    for (std::size_t r = 0; r < kChannels; ++r)
-        for (std::size_t c = 0; c < r; ++c)
-            rows[r][c] = rows[c][r];
-    // From the row of the channel that differs most, a few multiplications with the covariances.
-    shape.axis = rows[0];
-    Value most = rows[0][0];
-    for (std::size_t r = 1; r < kChannels; ++r) {
-        const Mask isMore = hn::Gt(rows[r][r], most);
-        most = hn::Max(most, rows[r][r]);
-        for (std::size_t c = 0; c < kChannels; ++c)
-            shape.axis[c] = hn::IfThenElse(isMore, rows[r][c], shape.axis[c]);
-    }
-    for (int turn = 0; turn < 4; ++turn) {
-        const Vector<kChannels> weighted = Weighted(points, shape.axis);
-        Value largest = Same(0);
-        for (std::size_t c = 0; c < kChannels; ++c) {
-            shape.axis[c] = Dot(rows[c], weighted);
-            largest = hn::Max(largest, hn::Abs(shape.axis[c]));
-        }
-        const Value shrink = hn::IfThenElseZero(hn::Gt(largest, Same(1e-20F)), hn::Div(Same(1), largest));
-        for (Value& component : shape.axis)
-            component = hn::Mul(component, shrink);
-    }
-    return shape;
-}
-
-/// From the first to the last point along their axis.
-template <std::size_t kChannels>
-HWY_INLINE Line<kChannels> Guess(const Points<kChannels>& points, const Grid<kChannels>& grid) {
-    const Shape<kChannels> shape = ShapeOf(points);
-    const Vector<kChannels> weighted = Weighted(points, shape.axis);
-    const Value length = Dot(shape.axis, weighted);
-    Value low = Same(0), high = Same(0);
-    for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        const Value at = points.Counted(i, Dot(Difference(points.At(i), shape.mean), weighted));
-        low = hn::Min(low, at);
-        high = hn::Max(high, at);
-    }
-    const Value perLength = hn::IfThenElseZero(hn::Gt(length, Same(0)), hn::Div(Same(1), length));
-    return LineOf(points, grid, Along(shape.mean, shape.axis, hn::Mul(low, perLength)),
-                  Along(shape.mean, shape.axis, hn::Mul(high, perLength)));
-}
-
-/// The ends that are best for pixels that stay at their steps (least squares).
+/// The line that is best for pixels that stay at their steps.
 template <std::size_t kChannels>
 HWY_INLINE Line<kChannels> Refined(const Points<kChannels>& points, const Grid<kChannels>& grid,
                                    const Line<kChannels>& line) {
     Steps steps;
     (void)Assign<true>(points, grid, line, &steps);
-    const float last = grid.Last();
-    Value count = Same(0), sum = Same(0), squares = Same(0);
-    Vector<kChannels> all, ofB;
-    all.fill(Same(0));
-    ofB.fill(Same(0));
-    for (std::size_t i = 0; i < kBlockPixels; ++i) {
-        const Value share = points.Counted(i, hn::Mul(steps[i], Same(1 / last)));
-        count = hn::Add(count, points.Counts(i));
-        sum = hn::Add(sum, share);
-        squares = hn::Add(squares, hn::Mul(share, share));
-        all = Along(all, points.At(i), points.Counts(i));
-        ofB = Along(ofB, points.At(i), share);
-    }
-    const Value both = hn::Sub(sum, squares);
-    const Value nearA = hn::Add(hn::Sub(count, hn::Add(sum, sum)), squares);
-    const Value determinant = hn::Sub(hn::Mul(nearA, squares), hn::Mul(both, both));
-    const Mask isSolvable = hn::Gt(determinant, Same(1e-3F));
-    const Value scale = hn::IfThenElseZero(isSolvable, hn::Div(Same(1), determinant));
-    Vector<kChannels> a, b;
+    BestEnds<kChannels> best = LeastSquares(points, steps, grid.Last());
     for (std::size_t c = 0; c < kChannels; ++c) {
-        const Value ofA = hn::Sub(all[c], ofB[c]);
-        a[c] = Clamped(hn::Mul(hn::Sub(hn::Mul(ofA, squares), hn::Mul(ofB[c], both)), scale), 0, 255);
-        b[c] = Clamped(hn::Mul(hn::Sub(hn::Mul(ofB[c], nearA), hn::Mul(ofA, both)), scale), 0, 255);
+        best.ends.a[c] = Clamped(best.ends.a[c], 0, 255);
+        best.ends.b[c] = Clamped(best.ends.b[c], 0, 255);
     }
-    Line<kChannels> refined = LineOf(points, grid, a, b);
-    refined.error = hn::IfThenElse(isSolvable, refined.error, Same(HUGE_VALF));
+    Line<kChannels> refined = LineOf(points, grid, best.ends);
+    refined.error = hn::IfThenElse(best.isKnown, refined.error, Same(HUGE_VALF));
     return refined;
 }
 
@@ -362,7 +211,7 @@ struct Budget {
 
 template <std::size_t kChannels>
 HWY_INLINE Line<kChannels> Fitted(const Points<kChannels>& points, const Grid<kChannels>& grid, const Budget& budget) {
-    Line<kChannels> best = Guess(points, grid);
+    Line<kChannels> best = LineOf(points, grid, ExtentOf(points));
     for (int turn = 0; turn < budget.refinements; ++turn)
         KeepBetter(best, Refined(points, grid, best));
     for (int turn = 0; turn < budget.nudges && Nudge(points, grid, best); ++turn) {
@@ -460,11 +309,6 @@ Grid<kChannels> GridOf(const Bc7Mode& mode, bool isLowSet) {
     return grid;
 }
 
-/// The numbers of partitions, one in each lane.
-struct LanePartitions {
-    HWY_ALIGN std::int32_t numbers[kMaxLanes];
-};
-
 /// A mode whose channels share their indices, in partitions of one, two or three subsets.
 template <std::size_t kChannels, std::size_t kSubsets>
 void TryMode(const Group& group, int number, const LanePartitions& partitions, const Budget& budget) {
@@ -476,20 +320,8 @@ void TryMode(const Group& group, int number, const LanePartitions& partitions, c
         points.channels[c] = c;
         points.weights[c] = group.weights[c];
     }
-    std::array<std::array<Value, kBlockPixels>, kSubsets> counts;
-    if constexpr (kSubsets > 1) {
-        HWY_ALIGN std::int32_t patterns[kMaxLanes];
-        for (std::size_t lane = 0; lane < LaneCount(); ++lane)
-            patterns[lane] = static_cast<std::int32_t>(PartitionOf(kSubsets, static_cast<std::size_t>(partitions.numbers[lane])));
-        WholeValue pattern = hn::Load(Whole(), patterns);
-        for (std::size_t i = 0; i < kBlockPixels; ++i) {
-            const WholeValue subset = hn::And(pattern, hn::Set(Whole(), 3));
-            for (std::size_t s = 0; s < kSubsets; ++s)
-                counts[s][i] = hn::IfThenElseZero(
-                    hn::RebindMask(Lanes(), hn::Eq(subset, hn::Set(Whole(), static_cast<std::int32_t>(s)))), Same(1));
-            pattern = hn::ShiftRight<2>(pattern);
-        }
-    }
+    SubsetCounts<kSubsets> counts;
+    if constexpr (kSubsets > 1) counts = CountsOf<kSubsets>(partitions);
     std::array<Line<kChannels>, kSubsets> lines;
     Value error = Same(0);
     for (std::size_t s = 0; s < kSubsets; ++s) {
@@ -539,122 +371,6 @@ void TryTwoIndices(const Group& group, int number, std::size_t rotation, bool is
     });
 }
 
-// --- Choosing partitions ---------------------------------------------------------------------------------------------
-
-/// Of each pixel its channels and the products of each two, and their sums over all.
-template <std::size_t kChannels>
-struct Products {
-    static constexpr std::size_t kCount = kChannels + kChannels * (kChannels + 1) / 2;
-    std::array<std::array<Value, kCount>, kBlockPixels> pixels;
-    std::array<Value, kCount> all;
-
-    HWY_INLINE explicit Products(const Group& group) {
-        all.fill(Same(0));
-        for (std::size_t i = 0; i < kBlockPixels; ++i) {
-            std::size_t at = kChannels;
-            for (std::size_t r = 0; r < kChannels; ++r)
-                pixels[i][r] = hn::Mul(hn::Sub(group.blocks.At(i, r), Same(128)), Same(std::sqrt(group.weights[r])));
-            for (std::size_t r = 0; r < kChannels; ++r)
-                for (std::size_t c = r; c < kChannels; ++c)
-                    pixels[i][at++] = hn::Mul(pixels[i][r], pixels[i][c]);
-            for (std::size_t k = 0; k < kCount; ++k)
-                all[k] = hn::Add(all[k], pixels[i][k]);
-        }
-    }
-};
-
-/// How far points are from the line through them: the sum of their variances less the largest along any axis.
-template <std::size_t kChannels>
-HWY_INLINE Value OffLine(const std::array<Value, Products<kChannels>::kCount>& sums, float count) {
-    std::array<Vector<kChannels>, kChannels> rows;
-    std::size_t at = kChannels;
-    Value trace = Same(0);
-    for (std::size_t r = 0; r < kChannels; ++r) {
-        for (std::size_t c = r; c < kChannels; ++c)
-            rows[r][c] = rows[c][r] = hn::Sub(sums[at++], hn::Mul(hn::Mul(sums[r], sums[c]), Same(1 / count)));
-        trace = hn::Add(trace, rows[r][r]);
-    }
-    Vector<kChannels> axis = rows[0];
-    Value most = rows[0][0];
-    for (std::size_t r = 1; r < kChannels; ++r) {
-        const Mask isMore = hn::Gt(rows[r][r], most);
-        most = hn::Max(most, rows[r][r]);
-        for (std::size_t c = 0; c < kChannels; ++c)
-            axis[c] = hn::IfThenElse(isMore, rows[r][c], axis[c]);
-    }
-    // Rayleigh's quotient after two multiplications.
-    Vector<kChannels> next;
-    for (int turn = 0; turn < 2; ++turn) {
-        if (turn > 0) axis = next;
-        const Value largest = hn::Max(most, Same(1e-6F));
-        const Value shrink = hn::Div(Same(1), largest);
-        for (Value& component : axis)
-            component = hn::Mul(component, shrink);
-        for (std::size_t c = 0; c < kChannels; ++c)
-            next[c] = Dot(rows[c], axis);
-    }
-    const Value length = Dot(axis, axis);
-    const Value along = hn::IfThenElseZero(hn::Gt(length, Same(1e-12F)), hn::Div(Dot(axis, next), length));
-    return hn::Max(hn::Sub(trace, along), Same(0));
-}
-
-/// The numbers of the partitions that divide each lane's pixels best, the best first.
-template <std::size_t kMost>
-struct Ranking {
-    std::array<Value, kMost> errors;
-    std::array<Value, kMost> numbers;
-
-    HWY_INLINE Ranking() {
-        errors.fill(Same(HUGE_VALF));
-        numbers.fill(Same(0));
-    }
-    HWY_INLINE void Insert(Value error, float number) {
-        Value at = Same(number);
-        for (std::size_t rank = 0; rank < kMost; ++rank) {
-            const Mask isBefore = hn::Lt(error, errors[rank]);
-            const Value pushed = errors[rank], pushedNumber = numbers[rank];
-            errors[rank] = hn::IfThenElse(isBefore, error, pushed);
-            numbers[rank] = hn::IfThenElse(isBefore, at, pushedNumber);
-            error = hn::IfThenElse(isBefore, pushed, error);
-            at = hn::IfThenElse(isBefore, pushedNumber, at);
-        }
-    }
-    HWY_INLINE LanePartitions At(std::size_t rank) const {
-        LanePartitions partitions;
-        hn::Store(hn::ConvertTo(Whole(), numbers[rank]), Whole(), partitions.numbers);
-        return partitions;
-    }
-};
-
-template <std::size_t kMost, std::size_t kSubsets, std::size_t kChannels>
-HWY_INLINE Ranking<kMost> Ranked(const Products<kChannels>& products, std::size_t partitions) {
-    constexpr std::size_t kCount = Products<kChannels>::kCount;
-    Ranking<kMost> ranking;
-    for (std::size_t number = 0; number < partitions; ++number) {
-        const Partition partition = PartitionOf(kSubsets, number);
-        std::array<std::array<Value, kCount>, kSubsets> sums;
-        std::array<float, kSubsets> counts{};
-        for (std::size_t s = 1; s < kSubsets; ++s)
-            sums[s].fill(Same(0));
-        for (std::size_t i = 0; i < kBlockPixels; ++i) {
-            const std::size_t s = SubsetOf(partition, i);
-            ++counts[s];
-            if (s == 0) continue;
-            for (std::size_t k = 0; k < kCount; ++k)
-                sums[s][k] = hn::Add(sums[s][k], products.pixels[i][k]);
-        }
-        sums[0] = products.all;
-        for (std::size_t s = 1; s < kSubsets; ++s)
-            for (std::size_t k = 0; k < kCount; ++k)
-                sums[0][k] = hn::Sub(sums[0][k], sums[s][k]);
-        Value error = Same(0);
-        for (std::size_t s = 0; s < kSubsets; ++s)
-            error = hn::Add(error, OffLine<kChannels>(sums[s], counts[s]));
-        ranking.Insert(error, static_cast<float>(number));
-    }
-    return ranking;
-}
-
 // --- Groups of blocks ------------------------------------------------------------------------------------------------
 
 constexpr LanePartitions kWhole{};
@@ -663,7 +379,7 @@ void EncodeOpaque(const Group& group, BlockEffort effort) {
     const bool isFast = effort == BlockEffort::kFast, isBest = effort == BlockEffort::kBest;
     const Budget budget = isFast ? Budget{1, 0} : isBest ? Budget{3, 4} : Budget{2, 1};
     TryMode<4, 1>(group, 6, kWhole, budget);
-    const Products<3> products(group);
+    const Products<3> products(group.blocks, group.weights.data());
     if (isFast) {
         const auto ranking = Ranked<1, 2>(products, 16);
         TryMode<3, 2>(group, 1, ranking.At(0), budget);
@@ -702,7 +418,7 @@ void EncodeWithAlpha(const Group& group, BlockEffort effort) {
         TryTwoIndices(group, 4, rotation, true, budget);
     }
     if (isFast) return;
-    const Products<4> products(group);
+    const Products<4> products(group.blocks, group.weights.data());
     constexpr std::size_t kMost = 8;
     const auto two = Ranked<kMost, 2>(products, 64);
     for (std::size_t rank = 0; rank < (isBest ? kMost : 2); ++rank)

@@ -21,7 +21,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 using Lanes = hn::ScalableTag<float>;
 using Value = hn::Vec<Lanes>;
-using Colour = std::array<Value, 3>;
 
 inline constexpr std::size_t kMaxLanes = HWY_MAX_BYTES / sizeof(float);
 
@@ -52,7 +51,6 @@ public:
     HWY_INLINE Value At(std::size_t pixel, std::size_t channel) const {
         return hn::Load(Lanes(), mValues + (4 * pixel + channel) * mLanes);
     }
-    HWY_INLINE Colour At(std::size_t pixel) const { return {At(pixel, 0), At(pixel, 1), At(pixel, 2)}; }
 
 private:
     std::size_t mLanes;
