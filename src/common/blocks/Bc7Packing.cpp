@@ -1,29 +1,12 @@
 #include "common/blocks/Bc7Packing.h"
 
+#include "common/blocks/BitWriter.h"
+
 #include <algorithm>
 
 namespace Kavra::Common {
 
 namespace {
-
-/// Bits, the lowest first.
-class BitWriter {
-public:
-    void Put(unsigned value, int bits) {
-        const std::uint64_t wide = value;
-        mWords[mAt / 64] |= wide << mAt % 64;
-        if (mAt % 64 + static_cast<unsigned>(bits) > 64) mWords[1] |= wide >> (64 - mAt % 64);
-        mAt += static_cast<unsigned>(bits);
-    }
-    void Store(unsigned char* out) const {
-        for (unsigned i = 0; i < 16; ++i)
-            out[i] = static_cast<unsigned char>(mWords[i / 8] >> 8 * (i % 8));
-    }
-
-private:
-    std::array<std::uint64_t, 2> mWords{};
-    unsigned mAt = 0;
-};
 
 void PutEnds(const Bc7Block& block, const Bc7Mode& mode, BitWriter& bits) {
     const auto ends = static_cast<std::size_t>(2 * mode.subsets);
