@@ -294,6 +294,53 @@ void StoreFour(const LinesAsNumbers& lines, std::size_t lane, bool inOrder, unsi
     StoreBlock(first, second, indices, out);
 }
 
+/// For each value of 8 bits the ends of `kBits` bits of which a third of the way is nearest to it.
+template <int kBits>
+constexpr auto kEndsOfOne = [] {
+    std::array<std::array<std::uint8_t, 2>, 256> table{};
+    constexpr int kCount = 1 << kBits;
+    const auto widened = [](int bits) { return bits << (8 - kBits) | bits >> (2 * kBits - 8); };
+    for (int value = 0; value < 256; ++value) {
+        int least = 1 << 20;
+        for (int a = 0; a < kCount; ++a) {
+            for (int b = 0; b < kCount; ++b) {
+                const int off = 2 * widened(a) + widened(b) - 3 * value;
+                // Of equal ones the ends that are near each other, as decoders differ in how they round between them.
+                const int cost = 64 * (off < 0 ? -off : off) + (a < b ? b - a : a - b);
+                if (cost >= least) continue;
+                least = cost;
+                table[static_cast<std::size_t>(value)] = {static_cast<std::uint8_t>(a), static_cast<std::uint8_t>(b)};
+            }
+        }
+    }
+    return table;
+}();
+
+/// A block of one colour: all pixels a third of the way between two ends, which lies nearer to it than an end can.
+void StoreOne(const float* colour, bool inOrder, unsigned char* out) {
+    const auto value = [&](std::size_t c) {
+        return static_cast<std::size_t>(std::clamp(colour[c], 0.0F, 255.0F) + 0.5F);
+    };
+    const auto &red = kEndsOfOne<5>[value(0)], &green = kEndsOfOne<6>[value(1)], &blue = kEndsOfOne<5>[value(2)];
+    const auto packed = [&](std::size_t end) {
+        return static_cast<std::uint32_t>(red[end] << 11 | green[end] << 5 | blue[end]);
+    };
+    std::uint32_t first = packed(0), second = packed(1);
+    std::uint32_t index = first == second ? 0 : 2;
+    if (inOrder && first < second) {
+        std::swap(first, second);
+        index = 3;
+    }
+    StoreBlock(first, second, index * 0x55555555U, out);
+}
+
+bool IsOne(const float* block) {
+    for (std::size_t i = 1; i < kBlockPixels; ++i)
+        for (std::size_t c = 0; c < 3; ++c)
+            if (block[4 * i + c] != block[c]) return false;
+    return true;
+}
+
 /// A block of three colours and transparent black, which has the smaller number first.
 void StoreThree(const LinesAsNumbers& lines, std::size_t lane, std::uint32_t transparent, unsigned char* out) {
     constexpr std::array<std::uint32_t, 3> kIndexOfStep = {0, 2, 1};
@@ -310,18 +357,22 @@ void StoreThree(const LinesAsNumbers& lines, std::size_t lane, std::uint32_t tra
 }
 
 /// Four colours, or three where those are nearer.
-HWY_INLINE void EncodeOpaque(const LaneBlocks& blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
-    const Pixels pixels{blocks, {0, 1, 2}, fit.weights};
+HWY_INLINE void EncodeOpaque(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
+    const LaneBlocks lanes(blocks, count);
+    const Pixels pixels{lanes, {0, 1, 2}, fit.weights};
     const LinesAsNumbers four(pixels, Fitted(pixels, 3, fit.effort), 3);
-    if (fit.effort == BlockEffort::kFast) {
-        for (std::size_t lane = 0; lane < count; ++lane)
-            StoreFour(four, lane, true, out.first + lane * out.stride);
-        return;
-    }
-    const LinesAsNumbers three(pixels, Fitted(pixels, 2, fit.effort), 2);
+    const bool isFast = fit.effort == BlockEffort::kFast;
+    const LinesAsNumbers three = isFast ? four : LinesAsNumbers(pixels, Fitted(pixels, 2, fit.effort), 2);
     for (std::size_t lane = 0; lane < count; ++lane) {
-        const bool isThree = three.error[lane] < four.error[lane];
-        isThree ? StoreThree(three, lane, 0, out.first + lane * out.stride) : StoreFour(four, lane, true, out.first + lane * out.stride);
+        unsigned char* const place = out.first + lane * out.stride;
+        const float* const block = blocks + lane * kBlockFloats;
+        if (IsOne(block)) {
+            StoreOne(block, true, place);
+        } else if (three.error[lane] < four.error[lane]) {
+            StoreThree(three, lane, 0, place);
+        } else {
+            StoreFour(four, lane, true, place);
+        }
     }
 }
 
@@ -338,7 +389,7 @@ HWY_INLINE void EncodeCutOut(const float* blocks, std::size_t count, BlockPlaces
     std::uint32_t any = 0;
     for (std::size_t lane = 0; lane < count; ++lane)
         any |= transparent[lane] = TransparentOf(blocks + lane * kBlockFloats);
-    EncodeOpaque(lanes, count, out, fit);
+    EncodeOpaque(blocks, count, out, fit);
     if (any == 0) return;
     std::array<Value, kBlockPixels> counts;
     for (std::size_t i = 0; i < kBlockPixels; ++i)
@@ -353,7 +404,7 @@ HWY_INLINE void EncodeCutOut(const float* blocks, std::size_t count, BlockPlaces
 
 void Bc1(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
     InLanes(blocks, count, out, [&](const float* some, std::size_t n, BlockPlaces to) {
-        EncodeOpaque(LaneBlocks(some, n), n, to, fit);
+        EncodeOpaque(some, n, to, fit);
     });
 }
 
@@ -366,8 +417,11 @@ void Bc3Colour(const float* blocks, std::size_t count, BlockPlaces out, const Bl
         const LaneBlocks lanes(some, n);
         const Pixels pixels{lanes, {0, 1, 2}, fit.weights};
         const LinesAsNumbers four(pixels, Fitted(pixels, 3, fit.effort), 3);
-        for (std::size_t lane = 0; lane < n; ++lane)
-            StoreFour(four, lane, false, to.first + lane * to.stride);
+        for (std::size_t lane = 0; lane < n; ++lane) {
+            const float* const block = some + lane * kBlockFloats;
+            unsigned char* const place = to.first + lane * to.stride;
+            IsOne(block) ? StoreOne(block, false, place) : StoreFour(four, lane, false, place);
+        }
     });
 }
 
