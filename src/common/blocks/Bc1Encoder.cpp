@@ -303,7 +303,8 @@ constexpr auto kEndsOfOne = [] {
     for (int value = 0; value < 256; ++value) {
         int least = 1 << 20;
         for (int a = 0; a < kCount; ++a) {
-            for (int b = 0; b < kCount; ++b) {
+            const int wanted = (3 * value - 2 * widened(a)) * (kCount - 1) / 255;
+            for (int b = std::max(wanted - 1, 0); b <= std::min(wanted + 1, kCount - 1); ++b) {
                 const int off = 2 * widened(a) + widened(b) - 3 * value;
                 // Of equal ones the ends that are near each other, as decoders differ in how they round between them.
                 const int cost = 64 * (off < 0 ? -off : off) + (a < b ? b - a : a - b);
