@@ -11,6 +11,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace Kavra::Common {
@@ -133,5 +134,12 @@ struct Bc6hBlock {
 /// Writes the 16 bytes of a block. The ends fit the mode, and indices are as the layout asks: their highest bit is 0
 /// where it is left out.
 void PackBc6h(const Bc6hBlock& block, unsigned char* out);
+
+/// What a block holds; nothing of the four reserved codes.
+std::optional<Bc6hBlock> UnpackBc6h(const unsigned char* block, bool isSigned);
+
+/// Decodes a block to `out`: four rows of four pixels, red, green, blue as the bits of halves, `pitch` halves from a row
+/// to the next. Blocks of reserved codes are black.
+void DecodeBc6h(const unsigned char* block, bool isSigned, std::uint16_t* out, std::size_t pitch);
 
 }  // namespace Kavra::Common

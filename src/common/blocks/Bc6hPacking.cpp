@@ -1,5 +1,7 @@
-#include "common/blocks/BitWriter.h"
+#include "common/blocks/BlockBits.h"
 #include "common/blocks/Bc6hLayout.h"
+
+#include <algorithm>
 
 namespace Kavra::Common {
 
@@ -12,7 +14,89 @@ void PutField(const Bc6hField& field, std::uint32_t value, BitWriter& bits) {
     }
 }
 
+std::uint32_t TakeField(const Bc6hField& field, BitReader& bits) {
+    std::uint32_t value = 0;
+    for (unsigned i = 0; i < field.bits; ++i)
+        value |= bits.Take(1) << (field.isReversed ? field.first - i : field.first + i);
+    return value;
+}
+
+std::int32_t SignExtended(std::int32_t value, int bits) {
+    const std::int32_t sign = 1 << (bits - 1);
+    return ((value & ((1 << bits) - 1)) ^ sign) - sign;
+}
+
+/// Makes values of differences and of bits, in place.
+void FinishEnds(const Bc6hMode& mode, bool isSigned, Bc6hBlock& block) {
+    const auto ends = static_cast<std::size_t>(2 * mode.regions);
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        std::int32_t& first = block.ends[0][channel];
+        for (std::size_t end = 1; end < ends; ++end) {
+            std::int32_t& value = block.ends[end][channel];
+            if (mode.isDelta)
+                value = (first + SignExtended(value, mode.deltaBits[channel])) & ((1 << mode.endBits) - 1);
+            if (isSigned) value = SignExtended(value, mode.endBits);
+        }
+        if (isSigned) first = SignExtended(first, mode.endBits);
+    }
+}
+
+/// The two bits of the short codes tell these from the five bits of all others.
+std::optional<std::size_t> ModeOf(const unsigned char* block) {
+    const unsigned bits = (block[0] & 3) < 2 ? block[0] & 3 : block[0] & 31;
+    const auto* const found = std::ranges::find(kBc6hModes, bits, &Bc6hMode::code);
+    if (found == kBc6hModes.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - kBc6hModes.begin());
+}
+
+std::uint16_t HalfOf(int wide, bool isSigned) {
+    if (!isSigned) return static_cast<std::uint16_t>(wide * 31 >> 6);
+    const int size = (wide < 0 ? -wide : wide) * 31 >> 5;
+    return static_cast<std::uint16_t>(wide < 0 && size > 0 ? 0x8000 | size : size);
+}
+
 }  // namespace
+
+std::optional<Bc6hBlock> UnpackBc6h(const unsigned char* bytes, bool isSigned) {
+    const std::optional<std::size_t> number = ModeOf(bytes);
+    if (!number) return std::nullopt;
+    const Bc6hMode& mode = kBc6hModes[*number];
+    Bc6hBlock block;
+    block.mode = static_cast<int>(*number);
+    BitReader bits(bytes);
+    (void)bits.Take(mode.codeBits);
+    for (const Bc6hField& field : kBc6hFields[*number])
+        block.ends[field.end][field.channel] |= static_cast<std::int32_t>(TakeField(field, bits));
+    FinishEnds(mode, isSigned, block);
+    if (mode.regions == 2) block.partition = static_cast<int>(bits.Take(5));
+    const auto partition = static_cast<std::size_t>(block.partition);
+    for (std::size_t i = 0; i < block.indices.size(); ++i) {
+        const std::size_t region = SubsetOf(PartitionOf(mode.regions, partition), i);
+        const bool isAnchor = AnchorOf(mode.regions, partition, region) == i;
+        block.indices[i] = static_cast<std::uint8_t>(bits.Take(mode.IndexBits() - (isAnchor ? 1 : 0)));
+    }
+    return block;
+}
+
+void DecodeBc6h(const unsigned char* bytes, bool isSigned, std::uint16_t* out, std::size_t pitch) {
+    const std::optional<Bc6hBlock> block = UnpackBc6h(bytes, isSigned);
+    if (!block) {
+        for (std::size_t row = 0; row < 4; ++row)
+            std::fill_n(out + row * pitch, 12, std::uint16_t{0});
+        return;
+    }
+    const Bc6hMode& mode = kBc6hModes[static_cast<std::size_t>(block->mode)];
+    const Partition partition = PartitionOf(mode.regions, static_cast<std::size_t>(block->partition));
+    for (std::size_t i = 0; i < block->indices.size(); ++i) {
+        const std::size_t region = SubsetOf(partition, i);
+        const int weight = WeightOf(block->indices[i], mode.IndexBits());
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            const int a = WidenedHdr(block->ends[2 * region][channel], mode.endBits, isSigned);
+            const int b = WidenedHdr(block->ends[2 * region + 1][channel], mode.endBits, isSigned);
+            out[i / 4 * pitch + i % 4 * 3 + channel] = HalfOf(((64 - weight) * a + weight * b + 32) >> 6, isSigned);
+        }
+    }
+}
 
 void PackBc6h(const Bc6hBlock& block, unsigned char* out) {
     const auto number = static_cast<std::size_t>(block.mode);

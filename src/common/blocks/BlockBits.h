@@ -1,12 +1,12 @@
-/// The bits of a block.
+/// The 128 bits of a block, the lowest first.
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace Kavra::Common {
 
-/// Writes 128 bits, the lowest first.
 class BitWriter {
 public:
     /// `bits` is at most 32; the bits of `value` above them are 0.
@@ -18,13 +18,33 @@ public:
         mAt += static_cast<unsigned>(bits);
     }
     void Store(unsigned char* out) const {
-        for (unsigned i = 0; i < 16; ++i)
+        for (std::size_t i = 0; i < 16; ++i)
             out[i] = static_cast<unsigned char>(mWords[i / 8] >> 8 * (i % 8));
     }
 
 private:
     std::array<std::uint64_t, 2> mWords{};
     unsigned mAt = 0;
+};
+
+class BitReader {
+public:
+    explicit BitReader(const unsigned char* block) {
+        for (std::size_t i = 0; i < 16; ++i)
+            mWords[i / 8] |= std::uint64_t{block[i]} << 8 * (i % 8);
+    }
+    /// The next bits, 0 to 16 of them.
+    std::uint32_t Take(int bits) {
+        const auto value = static_cast<std::uint32_t>(mWords[0] & ((std::uint64_t{1} << bits) - 1));
+        if (bits > 0) {
+            mWords[0] = mWords[0] >> bits | mWords[1] << (64 - bits);
+            mWords[1] >>= bits;
+        }
+        return value;
+    }
+
+private:
+    std::array<std::uint64_t, 2> mWords{};
 };
 
 }  // namespace Kavra::Common
