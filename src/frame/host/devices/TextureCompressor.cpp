@@ -1,0 +1,157 @@
+#include "common/ParallelRange.h"
+#include "common/blocks/Bc6hEncoder.h"
+#include "common/blocks/Bc7Encoder.h"
+#include "common/blocks/BlockEncoders.h"
+#include "common/blocks/BlockPixels.h"
+
+#include <kavra/devices/TextureCompressor.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace Kavra::Devices {
+
+namespace {
+
+using Common::BlockEffort;
+using Common::BlockPlaces;
+using Common::BlockScale;
+using Common::FactsOf;
+using Common::PixelFormat;
+
+/// `options` as far as its user knows them, with values that are none put right.
+CompressionOptions Known(const CompressionOptions& options) {
+    CompressionOptions known;
+    std::memcpy(&known, &options, std::min<std::size_t>(options.size, sizeof(known)));
+    if (known.effort != kCompressionFast && known.effort != kCompressionBest) known.effort = kCompressionGood;
+    for (float& weight : known.weights)
+        if (!(weight > 0) || weight > std::numeric_limits<float>::max()) weight = 1;
+    return known;
+}
+
+BlockEffort EffortOf(ECompressionEffort effort) {
+    return effort == kCompressionFast   ? BlockEffort::kFast
+           : effort == kCompressionBest ? BlockEffort::kBest
+                                        : BlockEffort::kGood;
+}
+
+BlockScale ScaleOf(EFormat format) {
+    switch (format) {
+        case kBC4Snorm:
+        case kBC5Snorm:
+            return BlockScale::kSigned;
+        case kBC6H:
+            return BlockScale::kHalfBits;
+        case kBC6HSigned:
+            return BlockScale::kSignedHalfBits;
+        default:
+            return BlockScale::kUnsigned;
+    }
+}
+
+/// Encodes rows of blocks of one format.
+class Encoder {
+public:
+    Encoder(EFormat format, const CompressionOptions& options, bool hasAlpha)
+        : mFormat(format),
+          mEffort(EffortOf(options.effort)),
+          mCutoff(options.cutoff * 255),
+          mHasAlpha(hasAlpha),
+          mStride(static_cast<std::size_t>(FactsOf(format).bytesPerBlock)) {
+        std::copy_n(options.weights, mWeights.size(), mWeights.begin());
+    }
+
+    /// `blocks` may be changed on the way.
+    void Encode(std::span<float> blocks, unsigned char* out) const {
+        const std::size_t count = blocks.size() / Common::kBlockFloats;
+        const float* const pixels = blocks.data();
+        if (!mHasAlpha) SetOpaque(blocks);
+        const Common::BlockFit fit{mEffort, {mWeights[0], mWeights[1], mWeights[2]}};
+        const BlockPlaces first{out, mStride}, second{out + 8, mStride};
+        const bool isSigned = mFormat == kBC4Snorm || mFormat == kBC5Snorm || mFormat == kBC6HSigned;
+        switch (mFormat) {
+            case kBC1:
+            case kBC1Srgb:
+                if (mHasAlpha) {
+                    CutAlpha(blocks);
+                    return EncodeBc1Alpha(pixels, count, first, fit);
+                }
+                return EncodeBc1(pixels, count, first, fit);
+            case kBC2:
+            case kBC2Srgb:
+                Common::EncodeBc2Alpha(pixels, count, first);
+                return EncodeBc3Colour(pixels, count, second, fit);
+            case kBC3:
+            case kBC3Srgb:
+                Common::EncodeBc4(pixels, count, 3, false, first, mEffort);
+                return EncodeBc3Colour(pixels, count, second, fit);
+            case kBC4:
+            case kBC4Snorm:
+                return Common::EncodeBc4(pixels, count, 0, isSigned, first, mEffort);
+            case kBC5:
+            case kBC5Snorm:
+                Common::EncodeBc4(pixels, count, 0, isSigned, first, mEffort);
+                return Common::EncodeBc4(pixels, count, 1, isSigned, second, mEffort);
+            case kBC6H:
+            case kBC6HSigned:
+                return EncodeBc6h(pixels, count, out, isSigned, fit);
+            default:
+                return EncodeBc7(pixels, count, out, {mEffort, mWeights});
+        }
+    }
+
+private:
+    void SetOpaque(std::span<float> blocks) const {
+        for (std::size_t i = 3; i < blocks.size(); i += 4)
+            blocks[i] = 255;
+    }
+    /// The encoder cuts at a half.
+    void CutAlpha(std::span<float> blocks) const {
+        for (std::size_t i = 3; i < blocks.size(); i += 4)
+            blocks[i] = blocks[i] >= mCutoff ? 255.0F : 0.0F;
+    }
+
+    EFormat mFormat;
+    BlockEffort mEffort;
+    float mCutoff;
+    bool mHasAlpha;
+    std::size_t mStride;
+    std::array<float, 4> mWeights{};
+};
+
+bool IsBlocks(const PixelFormat& format) {
+    return format.bytesPerBlock > 0;
+}
+
+}  // namespace
+
+std::uint64_t BlockBytes(EFormat format, int width, int height) {
+    if (width < 1 || height < 1) return 0;
+    const std::uint64_t blocks = std::uint64_t{Common::BlocksAlong(width)} * Common::BlocksAlong(height);
+    return blocks * static_cast<unsigned>(FactsOf(format).bytesPerBlock);
+}
+
+bool CompressPicture(EFormat from, const void* pixels, std::size_t pitch, int width, int height, EFormat to,
+                     void* blocks, const CompressionOptions& options) {
+    const PixelFormat &source = FactsOf(from), &target = FactsOf(to);
+    if (pixels == nullptr || blocks == nullptr || width < 1 || height < 1) return false;
+    if (!source.HasPixels() || IsBlocks(source) || !IsBlocks(target)) return false;
+    if (pitch < static_cast<std::size_t>(width) * static_cast<unsigned>(source.BytesPerPixel())) return false;
+
+    const CompressionOptions known = Known(options);
+    const Encoder encoder(to, known, known.withAlpha && source.hasAlpha);
+    const Common::BlockPicture picture{static_cast<const unsigned char*>(pixels), pitch, width, height, source};
+    const std::size_t rowBytes = Common::BlocksAlong(width) * static_cast<unsigned>(target.bytesPerBlock);
+    auto* const out = static_cast<unsigned char*>(blocks);
+    Common::ForEachRange(Common::BlocksAlong(height), 1, [&](std::size_t begin, std::size_t end) {
+        std::vector<float> row;
+        for (std::size_t y = begin; y < end; ++y) {
+            GatherBlocks(picture, y, ScaleOf(to), row);
+            encoder.Encode(row, out + y * rowBytes);
+        }
+    });
+    return true;
+}
+
+}  // namespace Kavra::Devices
