@@ -97,7 +97,7 @@ public:
             case kBC6HSigned:
                 return EncodeBc6h(pixels, count, out, isSigned, fit);
             default:
-                return EncodeBc7(pixels, count, out, {mEffort, mWeights});
+                return Common::EncodeBc7(pixels, count, out, {mEffort, mWeights});
         }
     }
 
