@@ -66,41 +66,6 @@ bool IsLeftAsItIs(const DdsCommonPicture& picture, const LoadRequest& request) {
     return isSmaller || request.orientation != kTopLeft;
 }
 
-// --- Blocks of the library -------------------------------------------------------------------------------------------
-
-/// Has the library decode rows of blocks, as a file of their own.
-void DecodeByLibrary(Dds::Dxgi number, EFormat format, std::span<const unsigned char> stored, int width, int rows,
-                     unsigned char* out) {
-    Dds::Header header;
-    header.pixelFlags = Dds::kPixelFourCC;
-    header.fourCC = Dds::kFourCCDX10;
-    header.isExtended = true;
-    header.dxgiFormat = number;
-    header.flags = Dds::kHasCaps | Dds::kHasHeight | Dds::kHasWidth | Dds::kHasPixelFormat;
-    header.width = static_cast<std::uint32_t>(width);
-    header.height = static_cast<std::uint32_t>(rows);
-    std::vector<unsigned char> file = Dds::ComposeHeader(Dds::FlatHeader(header, {width, rows, 1}));
-    file.insert(file.end(), stored.begin(), stored.end());
-
-    const Common::PixelFormat& facts = Common::FactsOf(format);
-    const bool isLight = facts.element == ElementType::kHalf;
-    const int channels = isLight ? 3 : 4;
-    const OIIO::ImageSpec spec = FormatToImageSpec(format, OIIO::ImageSpec(width, rows, 4));
-    const std::size_t bytes = spec.image_bytes(false);
-    if (isLight) SetToOpaque(out, bytes, spec);
-    const auto pixelBytes = static_cast<std::size_t>(facts.BytesPerPixel());
-    (void)DecodeFlatDds(file, width, rows, channels, channels, LibraryType(facts.element), out, pixelBytes);
-}
-
-DdsCommonPicture::DecodeBlocks DecoderOf(const DdsCommonPicture& picture) {
-    const Dds::CommonLayout& layout = picture.Layout();
-    if (layout.libraryBlocks == Dds::kDxgiUnknown) return {};
-    return [number = layout.libraryBlocks, format = layout.pixels.format](std::span<const unsigned char> stored,
-                                                                          int width, int rows, unsigned char* out) {
-        DecodeByLibrary(number, format, stored, width, rows, out);
-    };
-}
-
 // --- Loading ---------------------------------------------------------------------------------------------------------
 
 /// What is read of a file: one face or slice of a level, or all of them.
@@ -175,14 +140,12 @@ bool IsWithinLimits(const DdsCommonPicture& picture, const Wanted& wanted, const
 
 PixelBlock ReadAll(DdsCommonPicture& picture, const Wanted& wanted, std::size_t sliceBytes) {
     const std::size_t bytes = sliceBytes * static_cast<unsigned>(wanted.count);
-    const bool isFilled = picture.IsWhole(wanted.level) && picture.Shape().HasAllFaces() &&
-                          picture.Layout().libraryBlocks == Dds::kDxgiUnknown;
+    const bool isFilled = picture.IsWhole(wanted.level) && picture.Shape().HasAllFaces();
     PixelBlock block = isFilled ? Common::NewBlock(bytes) : Common::NewZeroedBlock(bytes);
-    const DdsCommonPicture::DecodeBlocks decode = DecoderOf(picture);
     for (int i = 0; i < wanted.count; ++i) {
         const int slice = wanted.first + i;
         if (picture.HasSlice(slice))
-            picture.ReadSlice(wanted.level, slice, block.get() + static_cast<unsigned>(i) * sliceBytes, decode);
+            picture.ReadSlice(wanted.level, slice, block.get() + static_cast<unsigned>(i) * sliceBytes);
     }
     return block;
 }
@@ -190,11 +153,10 @@ PixelBlock ReadAll(DdsCommonPicture& picture, const Wanted& wanted, std::size_t 
 /// Rows that the file ends before are not asked of the sink, so that they stay zero: behind them there are no others.
 Raster ReadReshaped(DdsCommonPicture& picture, const Wanted& wanted, const Fitting& fitting) {
     RowReshape rows(fitting.picture, fitting.wanted);
-    const DdsCommonPicture::DecodeBlocks decode = DecoderOf(picture);
     const auto rowBytes = static_cast<std::size_t>(Common::PackedRowBytes(picture.Format(), wanted.size.width));
     for (int slice = wanted.first; slice < wanted.first + wanted.count; ++slice) {
         if (picture.HasSlice(slice)) {
-            picture.ReadSlice(wanted.level, slice, rows, decode);
+            picture.ReadSlice(wanted.level, slice, rows);
         } else {
             WriteRows(rows, static_cast<std::size_t>(wanted.size.height), rowBytes, [](std::span<unsigned char>) {});
         }
@@ -267,9 +229,6 @@ Result<PixelBlock> LoadCommonDds(ImageDescription& desc, DdsCommonPicture& pictu
     if (!picture.HasRows(wanted->level, wanted->first)) return std::unexpected(Failure::kTruncated);
     if (!Common::FitsPitch(Common::PackedRowBytes(picture.Format(), wanted->size.width)))
         return std::unexpected(Failure::kTooLarge);
-    const bool isForLibrary = picture.Layout().libraryBlocks != Dds::kDxgiUnknown;
-    if (isForLibrary && static_cast<unsigned>(wanted->size.width) > Dds::kMaxLibrarySide)
-        return std::unexpected(Failure::kUnsupported);
     Describe(desc, picture, *wanted);
     const Fitting fitting(desc, request);
     if (desc.depth > 1 && fitting.Resizes()) return std::unexpected(Failure::kUnsupported);

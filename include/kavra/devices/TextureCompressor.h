@@ -55,8 +55,9 @@ KAVRA_DEVICES_API std::uint64_t BlockBytes(EFormat format, int width, int height
 KAVRA_DEVICES_API bool CompressPicture(EFormat from, const void* pixels, std::size_t pitch, int width, int height,
                                        EFormat to, void* blocks, const CompressionOptions& options = {});
 
-/// The pixel format that holds what blocks of `format` decode to: `kR8G8B8A8`, of BC4 `kL8`, of BC6H and signed formats
-/// halves. `kUnknown` for formats that are not block-compressed.
+/// The pixel format that holds what blocks of `format` decode to: `kR8G8B8A8` (of BC5 blue is 0), of BC4 `kL8`, of signed
+/// BC4 and BC5 `kR16F` and `kR16G16F`, which hold -1 to 1, of BC6H `kR16G16B16A16F`. `kUnknown` for formats that are not
+/// block-compressed. Threads: any.
 KAVRA_DEVICES_API EFormat DecodedFormat(EFormat format);
 
 /// Decodes the blocks of a picture into rows of `DecodedFormat(from)`, `pitch` bytes from row to row, block by block as

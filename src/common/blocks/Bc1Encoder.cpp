@@ -8,7 +8,6 @@
 // clang-format on
 
 #include "common/blocks/BlockEncoders.h"
-
 #include "common/blocks/BlockLines-inl.h"
 
 #include <cmath>
@@ -174,10 +173,10 @@ HWY_INLINE void TryDivision(const Pixels& pixels, const Colour& all, const Colou
         line.b[c] = narrowed(hn::Sub(hn::Mul(ofB, Same(division.nearA)), hn::Mul(ofA, Same(division.both))));
         const Value a = Widened(line.a[c], c), b = Widened(line.b[c], c);
         // Without the sum of the squares of the colours, which all lines have.
-        const Value squares = hn::Add(hn::Mul(hn::Mul(a, a), Same(division.nearA)),
-                                      hn::Mul(hn::Mul(b, b), Same(division.nearB)));
-        const Value cross = hn::Sub(hn::Mul(hn::Mul(a, b), Same(division.both)),
-                                    hn::Add(hn::Mul(a, ofA), hn::Mul(b, ofB)));
+        const Value squares =
+            hn::Add(hn::Mul(hn::Mul(a, a), Same(division.nearA)), hn::Mul(hn::Mul(b, b), Same(division.nearB)));
+        const Value cross =
+            hn::Sub(hn::Mul(hn::Mul(a, b), Same(division.both)), hn::Add(hn::Mul(a, ofA), hn::Mul(b, ofB)));
         line.error = hn::Add(line.error, hn::Mul(hn::Add(squares, hn::Add(cross, cross)), Same(pixels.weights[c])));
     }
     KeepBetter(best, line);
@@ -192,15 +191,13 @@ HWY_INLINE Line BestOfFour(const Pixels& pixels, const SortedSums& sums) {
             for (std::size_t k = j; k <= kBlockPixels; ++k) {
                 const auto n0 = static_cast<float>(i), n1 = static_cast<float>(j - i), n2 = static_cast<float>(k - j),
                            n3 = static_cast<float>(kBlockPixels - k);
-                const Division division{.nearA = n0 + (4 * n1 + n2) / 9,
-                                        .nearB = n3 + (4 * n2 + n1) / 9,
-                                        .both = 2 * (n1 + n2) / 9};
+                const Division division{
+                    .nearA = n0 + (4 * n1 + n2) / 9, .nearB = n3 + (4 * n2 + n1) / 9, .both = 2 * (n1 + n2) / 9};
                 if (!division.IsSolvable()) continue;
                 // Shares of b are 0, 1/3, 2/3, 1: a third of what lies behind each border.
                 Colour nearB;
                 for (std::size_t c = 0; c < 3; ++c) {
-                    const Value borders =
-                        hn::Add(hn::Add(sums.first[i][c], sums.first[j][c]), sums.first[k][c]);
+                    const Value borders = hn::Add(hn::Add(sums.first[i][c], sums.first[j][c]), sums.first[k][c]);
                     nearB[c] = hn::Sub(all[c], hn::Mul(borders, Same(1.0F / 3)));
                 }
                 TryDivision(pixels, all, nearB, division, best);
@@ -404,13 +401,13 @@ HWY_INLINE void EncodeCutOut(const float* blocks, std::size_t count, BlockPlaces
 }  // namespace
 
 void Bc1(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
-    InLanes(blocks, count, out, [&](const float* some, std::size_t n, BlockPlaces to) {
-        EncodeOpaque(some, n, to, fit);
-    });
+    InLanes(blocks, count, out,
+            [&](const float* some, std::size_t n, BlockPlaces to) { EncodeOpaque(some, n, to, fit); });
 }
 
 void Bc1Alpha(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {
-    InLanes(blocks, count, out, [&](const float* some, std::size_t n, BlockPlaces to) { EncodeCutOut(some, n, to, fit); });
+    InLanes(blocks, count, out,
+            [&](const float* some, std::size_t n, BlockPlaces to) { EncodeCutOut(some, n, to, fit); });
 }
 
 void Bc3Colour(const float* blocks, std::size_t count, BlockPlaces out, const BlockFit& fit) {

@@ -8,7 +8,6 @@
 // clang-format on
 
 #include "common/blocks/BlockEncoders.h"
-
 #include "common/blocks/BlockLines-inl.h"
 
 #include <cmath>
@@ -92,7 +91,8 @@ HWY_INLINE Line Guess(const Channel& channel) {
         Value toLow = value, toHigh = value;
         if constexpr (kHasLimits<kLast>) {
             constexpr float kNear = 2;
-            const auto isAtLimit = hn::Or(hn::Lt(value, Same(channel.low + kNear)), hn::Gt(value, Same(channel.high - kNear)));
+            const auto isAtLimit =
+                hn::Or(hn::Lt(value, Same(channel.low + kNear)), hn::Gt(value, Same(channel.high - kNear)));
             toLow = hn::IfThenElse(isAtLimit, Same(channel.high), value);
             toHigh = hn::IfThenElse(isAtLimit, Same(channel.low), value);
         }

@@ -67,7 +67,7 @@ HWY_INLINE Value Widened(Value stored, int bits, Scale scale) {
 
 /// The pixels of a region, and which of them lacks a bit of its index.
 struct Region {
-    Pixels pixels;                        ///< wide
+    Pixels pixels;                             ///< wide
     std::array<Value, kBlockPixels> isAnchor;  ///< 1 for one pixel in each lane
     Scale scale;
 };

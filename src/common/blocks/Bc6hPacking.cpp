@@ -1,5 +1,5 @@
-#include "common/blocks/BlockBits.h"
 #include "common/blocks/Bc6hLayout.h"
+#include "common/blocks/BlockBits.h"
 
 #include <algorithm>
 
@@ -49,12 +49,6 @@ std::optional<std::size_t> ModeOf(const unsigned char* block) {
     return static_cast<std::size_t>(found - kBc6hModes.begin());
 }
 
-std::uint16_t HalfOf(int wide, bool isSigned) {
-    if (!isSigned) return static_cast<std::uint16_t>(wide * 31 >> 6);
-    const int size = (wide < 0 ? -wide : wide) * 31 >> 5;
-    return static_cast<std::uint16_t>(wide < 0 && size > 0 ? 0x8000 | size : size);
-}
-
 }  // namespace
 
 std::optional<Bc6hBlock> UnpackBc6h(const unsigned char* bytes, bool isSigned) {
@@ -69,33 +63,8 @@ std::optional<Bc6hBlock> UnpackBc6h(const unsigned char* bytes, bool isSigned) {
         block.ends[field.end][field.channel] |= static_cast<std::int32_t>(TakeField(field, bits));
     FinishEnds(mode, isSigned, block);
     if (mode.regions == 2) block.partition = static_cast<int>(bits.Take(5));
-    const auto partition = static_cast<std::size_t>(block.partition);
-    for (std::size_t i = 0; i < block.indices.size(); ++i) {
-        const std::size_t region = SubsetOf(PartitionOf(mode.regions, partition), i);
-        const bool isAnchor = AnchorOf(mode.regions, partition, region) == i;
-        block.indices[i] = static_cast<std::uint8_t>(bits.Take(mode.IndexBits() - (isAnchor ? 1 : 0)));
-    }
+    block.indices = TakeIndices(bits, mode.IndexBits(), mode.regions, static_cast<std::size_t>(block.partition));
     return block;
-}
-
-void DecodeBc6h(const unsigned char* bytes, bool isSigned, std::uint16_t* out, std::size_t pitch) {
-    const std::optional<Bc6hBlock> block = UnpackBc6h(bytes, isSigned);
-    if (!block) {
-        for (std::size_t row = 0; row < 4; ++row)
-            std::fill_n(out + row * pitch, 12, std::uint16_t{0});
-        return;
-    }
-    const Bc6hMode& mode = kBc6hModes[static_cast<std::size_t>(block->mode)];
-    const Partition partition = PartitionOf(mode.regions, static_cast<std::size_t>(block->partition));
-    for (std::size_t i = 0; i < block->indices.size(); ++i) {
-        const std::size_t region = SubsetOf(partition, i);
-        const int weight = WeightOf(block->indices[i], mode.IndexBits());
-        for (std::size_t channel = 0; channel < 3; ++channel) {
-            const int a = WidenedHdr(block->ends[2 * region][channel], mode.endBits, isSigned);
-            const int b = WidenedHdr(block->ends[2 * region + 1][channel], mode.endBits, isSigned);
-            out[i / 4 * pitch + i % 4 * 3 + channel] = HalfOf(((64 - weight) * a + weight * b + 32) >> 6, isSigned);
-        }
-    }
 }
 
 void PackBc6h(const Bc6hBlock& block, unsigned char* out) {

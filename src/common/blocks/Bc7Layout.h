@@ -88,9 +88,9 @@ inline constexpr std::array<std::uint8_t, 64> kSecondAnchorOfThree = {
     3, 15, 5,  5,  5, 8,  5,  10, 5,  10, 8,  13, 15, 12, 3,  3,
 };
 inline constexpr std::array<std::uint8_t, 64> kThirdAnchorOfThree = {
-    15, 8, 8,  3,  15, 15, 3,  8,  15, 15, 15, 15, 15, 15, 15, 8,   //
-    15, 8, 15, 3,  15, 8,  15, 8,  3,  15, 6,  10, 15, 15, 10, 8,   //
-    15, 3, 15, 10, 10, 8,  9,  10, 6,  15, 8,  15, 3,  6,  6,  8,   //
+    15, 8, 8,  3,  15, 15, 3,  8,  15, 15, 15, 15, 15, 15, 15, 8,  //
+    15, 8, 15, 3,  15, 8,  15, 8,  3,  15, 6,  10, 15, 15, 10, 8,  //
+    15, 3, 15, 10, 10, 8,  9,  10, 6,  15, 8,  15, 3,  6,  6,  8,  //
     15, 3, 15, 15, 15, 15, 15, 15, 15, 15, 15, 15, 3,  15, 15, 8,
 };
 
@@ -124,7 +124,7 @@ struct Bc7Block {
     int rotation = 0;
     int selection = 0;
     std::array<std::array<std::uint8_t, 4>, 6> ends{};  ///< red, green, blue, alpha: both ends of each subset
-    std::array<std::uint8_t, 6> lowBits{};              ///< of each end; those of a subset are equal where it shares one
+    std::array<std::uint8_t, 6> lowBits{};  ///< of each end; those of a subset are equal where it shares one
     std::array<std::uint8_t, 16> indices{};
     std::array<std::uint8_t, 16> alphaIndices{};  ///< of the second set
 };

@@ -88,58 +88,9 @@ std::optional<Bc7Block> UnpackBc7(const unsigned char* bytes) {
         const bool isShared = mode.lowBits == LowBits::kPerSubset && end % 2 == 1;
         block.lowBits[end] = isShared ? block.lowBits[end - 1] : take(1);
     }
-    for (std::size_t i = 0; i < block.indices.size(); ++i)
-        block.indices[i] = take(mode.indexBits - (IsAnchor(block, mode, i) ? 1 : 0));
-    for (std::size_t i = 0; mode.alphaIndexBits > 0 && i < block.alphaIndices.size(); ++i)
-        block.alphaIndices[i] = take(mode.alphaIndexBits - (i == 0 ? 1 : 0));
+    block.indices = TakeIndices(bits, mode.indexBits, mode.subsets, static_cast<std::size_t>(block.partition));
+    if (mode.alphaIndexBits > 0) block.alphaIndices = TakeIndices(bits, mode.alphaIndexBits, 1, 0);
     return block;
-}
-
-namespace {
-
-using End = std::array<int, 4>;
-
-/// An end as 8 bits a channel; opaque where the mode has no alpha.
-End WidenedEnd(const Bc7Block& block, const Bc7Mode& mode, std::size_t end) {
-    const int lowBits = mode.lowBits == LowBits::kNone ? 0 : 1;
-    const auto widened = [&](std::size_t channel, int bits) {
-        const int value = block.ends[end][channel] << lowBits | (lowBits > 0 ? block.lowBits[end] : 0);
-        return Widened(value, bits + lowBits);
-    };
-    return {widened(0, mode.colourBits), widened(1, mode.colourBits), widened(2, mode.colourBits),
-            mode.alphaBits > 0 ? widened(3, mode.alphaBits) : 255};
-}
-
-unsigned char Between(int a, int b, int weight) {
-    return static_cast<unsigned char>(((64 - weight) * a + weight * b + 32) >> 6);
-}
-
-}  // namespace
-
-void DecodeBc7(const unsigned char* bytes, unsigned char* out, std::size_t pitch) {
-    const std::optional<Bc7Block> block = UnpackBc7(bytes);
-    if (!block) {
-        for (std::size_t row = 0; row < 4; ++row)
-            std::fill_n(out + row * pitch, 16, static_cast<unsigned char>(0));
-        return;
-    }
-    const Bc7Mode& mode = kBc7Modes[static_cast<std::size_t>(block->mode)];
-    const Partition partition = PartitionOf(mode.subsets, static_cast<std::size_t>(block->partition));
-    std::array<End, 6> ends;
-    for (std::size_t end = 0; end < static_cast<std::size_t>(2 * mode.subsets); ++end)
-        ends[end] = WidenedEnd(*block, mode, end);
-    const bool hasTwo = mode.alphaIndexBits > 0;
-    for (std::size_t i = 0; i < block->indices.size(); ++i) {
-        const int first = WeightOf(block->indices[i], mode.indexBits);
-        const int second = hasTwo ? WeightOf(block->alphaIndices[i], mode.alphaIndexBits) : first;
-        const int colour = block->selection != 0 ? second : first, alpha = block->selection != 0 ? first : second;
-        const std::size_t subset = SubsetOf(partition, i);
-        const End &a = ends[2 * subset], &b = ends[2 * subset + 1];
-        unsigned char* const pixel = out + i / 4 * pitch + i % 4 * 4;
-        for (std::size_t channel = 0; channel < 4; ++channel)
-            pixel[channel] = Between(a[channel], b[channel], channel == 3 ? alpha : colour);
-        if (block->rotation > 0) std::swap(pixel[3], pixel[block->rotation - 1]);
-    }
 }
 
 void TurnEndsOfBc7(Bc7Block& block) {

@@ -13,10 +13,6 @@ void PackBc7(const Bc7Block& block, unsigned char* out);
 /// What a block holds; nothing of the reserved kind, whose first byte is 0.
 std::optional<Bc7Block> UnpackBc7(const unsigned char* block);
 
-/// Decodes a block to `out`: four rows of four pixels, red, green, blue, alpha of 8 bits, `pitch` bytes from a row to the
-/// next. Blocks of the reserved kind are transparent black.
-void DecodeBc7(const unsigned char* block, unsigned char* out, std::size_t pitch);
-
 /// Turns the ends of subsets whose left out bit is set, and their indices, so that it is 0. The colours stay.
 void TurnEndsOfBc7(Bc7Block& block);
 

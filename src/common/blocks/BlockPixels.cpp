@@ -79,13 +79,15 @@ void GatherBlocks(const BlockPicture& picture, std::size_t blockRow, BlockScale 
     const float opaque = MaximumOf(format.element);
     for (std::size_t y = 0; y < 4; ++y) {
         const std::size_t from = std::min(4 * blockRow + y, static_cast<std::size_t>(picture.height) - 1);
-        GetResampleKernels().toFloats(format.element, picture.rows + from * picture.pitch, width * channels, row.data());
+        GetResampleKernels().toFloats(format.element, picture.rows + from * picture.pitch, width * channels,
+                                      row.data());
         for (float& value : std::span(row).first(width * channels))
             value = Scaled(value, format.element, scale);
         const float opaqueHere = Scaled(opaque, format.element, scale);
         for (std::size_t x = 0; x < 4 * columns; ++x) {
             const Pixel pixel = Coloured(row.data() + std::min(x, width - 1) * channels, format, opaqueHere);
-            std::ranges::copy(pixel, blocks.begin() + static_cast<std::ptrdiff_t>(x / 4 * kBlockFloats + (y * 4 + x % 4) * 4));
+            std::ranges::copy(pixel,
+                              blocks.begin() + static_cast<std::ptrdiff_t>(x / 4 * kBlockFloats + (y * 4 + x % 4) * 4));
         }
     }
 }

@@ -32,22 +32,21 @@ struct BlockKind {
     EFormat pixels;
     bool hasAlpha;
     int colourChannels;
-    DecodeBlock decode;
-    Dxgi library;
+    Common::DecodeBlock decode;
     const char* difference;  ///< where the library knows the number
 };
 
 constexpr BlockKind kBlockKinds[] = {
-    {kBC1, kR8G8B8A8, true, 3, DecodeBC1, kDxgiBC1Unorm, nullptr},
-    {kBC2, kR8G8B8A8, true, 3, DecodeBC2, kDxgiBC2Unorm, nullptr},
-    {kBC3, kR8G8B8A8, true, 3, DecodeBC3, kDxgiBC3Unorm, nullptr},
-    {kBC4, kL8, false, 1, DecodeBC4, kDxgiBC4Unorm, nullptr},
-    {kBC4Snorm, kL8, false, 1, DecodeBC4Signed, kDxgiBC4Snorm, kStaysBlocks},
-    {kBC5, kR8G8B8A8, false, 2, DecodeBC5, kDxgiBC5Unorm, kPairIsGrey},
-    {kBC5Snorm, kR8G8B8A8, false, 2, DecodeBC5Signed, kDxgiBC5Snorm, kStaysBlocks},
-    {kBC6H, kR16G16B16A16F, false, 3, nullptr, kDxgiBC6HUf16, nullptr},
-    {kBC6HSigned, kR16G16B16A16F, false, 3, nullptr, kDxgiBC6HSf16, nullptr},
-    {kBC7, kR8G8B8A8, true, 3, nullptr, kDxgiBC7Unorm, nullptr},
+    {kBC1, kR8G8B8A8, true, 3, Common::DecodeBc1, nullptr},
+    {kBC2, kR8G8B8A8, true, 3, Common::DecodeBc2, nullptr},
+    {kBC3, kR8G8B8A8, true, 3, Common::DecodeBc3, nullptr},
+    {kBC4, kL8, false, 1, Common::DecodeBc4, nullptr},
+    {kBC4Snorm, kL8, false, 1, Common::DecodeBc4Signed, kStaysBlocks},
+    {kBC5, kR8G8B8A8, false, 2, Common::DecodeBc5, kPairIsGrey},
+    {kBC5Snorm, kR8G8B8A8, false, 2, Common::DecodeBc5Signed, kStaysBlocks},
+    {kBC6H, kR16G16B16A16F, false, 3, Common::DecodeBc6h, nullptr},
+    {kBC6HSigned, kR16G16B16A16F, false, 3, Common::DecodeBc6hSigned, nullptr},
+    {kBC7, kR8G8B8A8, true, 3, Common::DecodeBc7, nullptr},
 };
 
 constexpr EFormat WithoutSrgb(EFormat blocks) {
@@ -79,7 +78,6 @@ std::optional<CommonLayout> BlockLayout(const StoredLayout& stored, std::uint32_
     return CommonLayout{
         .pixels = {.format = kind->pixels, .hasAlpha = kind->hasAlpha, .unit = stored.unit},
         .decodeBlock = kind->decode,
-        .libraryBlocks = kind->decode == nullptr ? kind->library : kDxgiUnknown,
         .colourChannels = kind->colourChannels,
         .isLeftToLibrary = difference == nullptr,
         .difference = difference,
@@ -88,7 +86,7 @@ std::optional<CommonLayout> BlockLayout(const StoredLayout& stored, std::uint32_
 
 /// What codes mean beyond their number.
 void Specialise(CommonLayout& layout, const Header& header) {
-    const auto become = [&](DecodeBlock decode, const char* difference) {
+    const auto become = [&](Common::DecodeBlock decode, const char* difference) {
         layout.decodeBlock = decode;
         layout.isLeftToLibrary = false;
         layout.difference = difference;
@@ -100,10 +98,10 @@ void Specialise(CommonLayout& layout, const Header& header) {
             return become(layout.decodeBlock, kDivides);
         case kFourCCRXGB:
             layout.pixels.hasAlpha = false;
-            return become(DecodeRXGB, kStrayAlpha);
+            return become(Common::DecodeRxgb, kStrayAlpha);
         case kFourCCATI2:
             // Writers that store red first say so where others have the number of bits.
-            if (header.bitCount != kFourCCA2XY) become(DecodeATI2, kPairIsGrey);
+            if (header.bitCount != kFourCCA2XY) become(Common::DecodeAti2, kPairIsGrey);
             return;
         default:
             return;

@@ -6,7 +6,7 @@
 ///   are red and green, signed values lie around the middle of the range.
 #pragma once
 
-#include "common/dds/DdsBlocks.h"
+#include "common/blocks/BlockDecoders.h"
 #include "common/dds/DdsCodes.h"
 #include "common/dds/DdsHeader.h"
 #include "common/dds/DdsShape.h"
@@ -23,14 +23,13 @@ namespace Kavra::Devices::Dds {
 inline constexpr std::size_t kPaletteBytes = 1024;  ///< 256 colours: red, green, blue, alpha
 
 struct CommonLayout {
-    StoredLayout pixels;                ///< what is stored, what is delivered, and the way where it is by rows
-    DecodeBlock decodeBlock = nullptr;  ///< of blocks that are decoded by ourselves
-    Dxgi libraryBlocks = kDxgiUnknown;  ///< the number by which the image library decodes blocks
-    bool hasPalette = false;            ///< which stands before the pixels
-    int colourChannels = 3;             ///< that are stored: 1 is grey
-    bool isPremultiplied = false;       ///< colours are multiplied by their alpha
-    bool dropsAlpha = false;            ///< what is stored as alpha is none
-    bool isLeftToLibrary = false;       ///< the image library shows these pixels right
+    StoredLayout pixels;                        ///< what is stored, what is delivered, and the way where it is by rows
+    Common::DecodeBlock decodeBlock = nullptr;  ///< of blocks
+    bool hasPalette = false;                    ///< which stands before the pixels
+    int colourChannels = 3;                     ///< that are stored: 1 is grey
+    bool isPremultiplied = false;               ///< colours are multiplied by their alpha
+    bool dropsAlpha = false;                    ///< what is stored as alpha is none
+    bool isLeftToLibrary = false;               ///< the image library shows these pixels right
     const char* difference =
         nullptr;  ///< what the contract's reading does otherwise (`ILegacyObserver`); null: nothing
 };

@@ -109,8 +109,8 @@ void DdsCommonPicture::DecodeRow(std::span<const unsigned char> stored, int widt
     const auto columns = static_cast<std::size_t>(width);
     if (mLayout.decodeBlock != nullptr) {
         const auto pixelBytes = static_cast<std::size_t>(Common::FactsOf(Format()).BytesPerPixel());
-        Dds::DecodeBlockRow(mLayout.decodeBlock, stored, pixels.unit.bytes, columns, rows, pixelBytes, out,
-                            PixelRowBytes(width));
+        Common::DecodeBlockRow(mLayout.decodeBlock, stored, pixels.unit.bytes, columns, rows, pixelBytes, out,
+                               PixelRowBytes(width));
     } else if (mLayout.hasPalette) {
         const std::size_t bytes = pixels.unit.bytes;
         for (std::size_t x = 0; x < columns; ++x) {
@@ -124,11 +124,7 @@ void DdsCommonPicture::DecodeRow(std::span<const unsigned char> stored, int widt
     }
 }
 
-void DdsCommonPicture::Decode(const Band& band, unsigned char* out, const DecodeBlocks& decode) const {
-    if (mLayout.libraryBlocks != Dds::kDxgiUnknown) {
-        if (decode) decode(band.stored, band.width, band.rows, out);
-        return;
-    }
+void DdsCommonPicture::Decode(const Band& band, unsigned char* out) const {
     const int unitRows = mLayout.pixels.unit.height;
     const std::size_t outBytes = static_cast<std::size_t>(unitRows) * PixelRowBytes(band.width);
     const std::size_t rowPixels = static_cast<std::size_t>(band.width) * static_cast<std::size_t>(unitRows);
@@ -180,19 +176,18 @@ void DdsCommonPicture::CopySlice(int level, int slice, unsigned char* out) {
     (void)mFile.ReadSome(std::span(out, rows * pitch));
 }
 
-void DdsCommonPicture::ReadSlice(int level, int slice, unsigned char* out, const DecodeBlocks& decode) {
+void DdsCommonPicture::ReadSlice(int level, int slice, unsigned char* out) {
     if (IsStoredAsDelivered()) return CopySlice(level, slice, out);
     const std::size_t pitch = PixelRowBytes(LevelSize(level).width);
-    ReadBands(level, slice,
-              [&](const Band& band, int y) { Decode(band, out + static_cast<std::size_t>(y) * pitch, decode); });
+    ReadBands(level, slice, [&](const Band& band, int y) { Decode(band, out + static_cast<std::size_t>(y) * pitch); });
 }
 
-void DdsCommonPicture::ReadSlice(int level, int slice, Common::RowSink& sink, const DecodeBlocks& decode) {
+void DdsCommonPicture::ReadSlice(int level, int slice, Common::RowSink& sink) {
     const std::size_t pitch = PixelRowBytes(LevelSize(level).width);
     std::vector<unsigned char> pixels;
     ReadBands(level, slice, [&](const Band& band, int /*y*/) {
         pixels.resize(static_cast<std::size_t>(band.rows) * pitch);
-        Decode(band, pixels.data(), decode);
+        Decode(band, pixels.data());
         const unsigned char* next = pixels.data();
         WriteRows(sink, static_cast<std::size_t>(band.rows), pitch, [&](std::span<unsigned char> row) {
             std::memcpy(row.data(), next, pitch);

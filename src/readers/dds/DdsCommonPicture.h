@@ -10,7 +10,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <span>
 
@@ -19,10 +18,6 @@ namespace Kavra::Devices {
 /// An open file with a header that is known. Pixels that the file ends before are left alone. One thread at a time.
 class DdsCommonPicture {
 public:
-    /// Decodes whole rows of blocks that lie in `stored`, a slice of `width` columns, to `rows` rows at `out`, packed.
-    using DecodeBlocks =
-        std::function<void(std::span<const unsigned char> stored, int width, int rows, unsigned char* out)>;
-
     /// Nothing when the file is no DDS, or one of a kind that nobody knows.
     static std::optional<DdsCommonPicture> Open(Common::ByteSource file);
 
@@ -47,11 +42,10 @@ public:
     /// Bytes that reading takes beside the picture, for rows of this width.
     std::uint64_t WorkingBytes(int width) const;
 
-    /// Reads a face or slice into `out`: all rows of it, packed. `decode` is asked for blocks that the layout leaves to
-    /// the image library. Throws `std::bad_alloc`.
-    void ReadSlice(int level, int slice, unsigned char* out, const DecodeBlocks& decode = {});
+    /// Reads a face or slice into `out`: all rows of it, packed. Throws `std::bad_alloc`.
+    void ReadSlice(int level, int slice, unsigned char* out);
     /// The same into a sink.
-    void ReadSlice(int level, int slice, Common::RowSink& sink, const DecodeBlocks& decode = {});
+    void ReadSlice(int level, int slice, Common::RowSink& sink);
 
 private:
     struct Band;
@@ -66,7 +60,7 @@ private:
     std::size_t RowsOfBand(int width) const;
     std::size_t PixelRowBytes(int width) const;
     void DecodeRow(std::span<const unsigned char> stored, int width, int rows, unsigned char* out) const;
-    void Decode(const Band& band, unsigned char* out, const DecodeBlocks& decode) const;
+    void Decode(const Band& band, unsigned char* out) const;
     template <class Take>
     void ReadBands(int level, int slice, const Take& take);
 

@@ -1,6 +1,7 @@
 #include "common/ParallelRange.h"
 #include "common/blocks/Bc6hEncoder.h"
 #include "common/blocks/Bc7Encoder.h"
+#include "common/blocks/BlockDecoders.h"
 #include "common/blocks/BlockEncoders.h"
 #include "common/blocks/BlockPixels.h"
 
@@ -124,6 +125,43 @@ bool IsBlocks(const PixelFormat& format) {
     return format.bytesPerBlock > 0;
 }
 
+/// What blocks of a format decode to, and how.
+struct Decoding {
+    EFormat format = kUnknown;
+    Common::DecodeBlock decode = nullptr;
+};
+
+Decoding DecodingOf(EFormat blocks) {
+    switch (blocks) {
+        case kBC1:
+        case kBC1Srgb:
+            return {kR8G8B8A8, Common::DecodeBc1};
+        case kBC2:
+        case kBC2Srgb:
+            return {kR8G8B8A8, Common::DecodeBc2};
+        case kBC3:
+        case kBC3Srgb:
+            return {kR8G8B8A8, Common::DecodeBc3};
+        case kBC4:
+            return {kL8, Common::DecodeBc4};
+        case kBC4Snorm:
+            return {kR16F, Common::DecodeBc4AsHalfs};
+        case kBC5:
+            return {kR8G8B8A8, Common::DecodeBc5};
+        case kBC5Snorm:
+            return {kR16G16F, Common::DecodeBc5AsHalfs};
+        case kBC6H:
+            return {kR16G16B16A16F, Common::DecodeBc6h};
+        case kBC6HSigned:
+            return {kR16G16B16A16F, Common::DecodeBc6hSigned};
+        case kBC7:
+        case kBC7Srgb:
+            return {kR8G8B8A8, Common::DecodeBc7};
+        default:
+            return {};
+    }
+}
+
 }  // namespace
 
 std::uint64_t BlockBytes(EFormat format, int width, int height) {
@@ -149,6 +187,31 @@ bool CompressPicture(EFormat from, const void* pixels, std::size_t pitch, int wi
         for (std::size_t y = begin; y < end; ++y) {
             GatherBlocks(picture, y, ScaleOf(to), row);
             encoder.Encode(row, out + y * rowBytes);
+        }
+    });
+    return true;
+}
+
+EFormat DecodedFormat(EFormat format) {
+    return DecodingOf(format).format;
+}
+
+bool DecompressPicture(EFormat from, const void* blocks, int width, int height, void* pixels, std::size_t pitch) {
+    const Decoding decoding = DecodingOf(from);
+    if (blocks == nullptr || pixels == nullptr || width < 1 || height < 1 || decoding.decode == nullptr) return false;
+    const auto columns = static_cast<std::size_t>(width);
+    const auto pixelBytes = static_cast<std::size_t>(FactsOf(decoding.format).BytesPerPixel());
+    const auto blockBytes = static_cast<std::size_t>(FactsOf(from).bytesPerBlock);
+    if (pitch < columns * pixelBytes) return false;
+
+    const std::size_t rowBytes = Common::BlocksAlong(width) * blockBytes;
+    const auto* const in = static_cast<const unsigned char*>(blocks);
+    auto* const out = static_cast<unsigned char*>(pixels);
+    Common::ForEachRange(Common::BlocksAlong(height), 1, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t y = begin; y < end; ++y) {
+            const int rows = std::min(Common::kBlockSide, height - static_cast<int>(y) * Common::kBlockSide);
+            Common::DecodeBlockRow(decoding.decode, {in + y * rowBytes, rowBytes}, blockBytes, columns, rows, pixelBytes,
+                           out + y * Common::kBlockSide * pitch, pitch);
         }
     });
     return true;

@@ -1,17 +1,23 @@
-#include "common/dds/DdsBlocks.h"
+#include "common/blocks/BlockDecoders.h"
 
 #include "common/ByteOrder.h"
+
+#include <hwy/base.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 
-namespace Kavra::Devices::Dds {
+namespace Kavra::Common {
 namespace {
 
 constexpr std::size_t kPixelBytes = 4;
-constexpr int kPixels = kBlockSide * kBlockSide;
+constexpr std::size_t kPixels = kBlockSide * kBlockSide;
+constexpr std::size_t kMaxPixelBytes = 8;
+constexpr std::size_t kHalfBytes = 2;
+constexpr std::size_t kHalfBlock = 8;  // bytes
+constexpr int kMaxSigned = 127;
 
 using Colour = std::array<unsigned char, kPixelBytes>;
 
@@ -54,12 +60,13 @@ void DecodeColours(const unsigned char* block, Colours kind, unsigned char* out,
 }
 
 /// One value of each pixel of a block, `step` bytes apart.
-void PutIndexed(const unsigned char* block, const std::array<unsigned char, 8>& values, unsigned char* out,
-                std::size_t pitch, std::size_t step) {
+template <class Value>
+void PutIndexed(const unsigned char* block, const std::array<Value, 8>& values, unsigned char* out, std::size_t pitch,
+                std::size_t step) {
     std::uint64_t bits = LittleBits(block + 2, 6);
     for (int y = 0; y < kBlockSide; ++y, out += pitch) {
         for (std::size_t x = 0; x < kBlockSide; ++x, bits >>= 3)
-            out[x * step] = values[bits & 7];
+            std::memcpy(out + x * step, &values[bits & 7], sizeof(Value));
     }
 }
 
@@ -67,26 +74,38 @@ void PutIndexed(const unsigned char* block, const std::array<unsigned char, 8>& 
 void DecodeChannel(const unsigned char* block, unsigned char* out, std::size_t pitch, std::size_t step) {
     const int a = block[0], b = block[1];
     const int steps = a > b ? 7 : 5;
-    std::array<unsigned char, 8> values{block[0], block[1], 0, 0, 0, 0, 0, 255};
+    std::array<std::uint8_t, 8> values{block[0], block[1], 0, 0, 0, 0, 0, 255};
     for (int i = 1; i < steps; ++i)
         values[static_cast<std::size_t>(i) + 1] = static_cast<std::uint8_t>(((steps - i) * a + i * b + 1) / steps);
     PutIndexed(block, values, out, pitch, step);
 }
 
-/// A signed channel. Its lowest value is as the one above it, but tells the two kinds of blocks apart.
-void DecodeSignedChannel(const unsigned char* block, unsigned char* out, std::size_t pitch, std::size_t step) {
-    constexpr int kMax = 127;
-    const auto signedOf = [](int byte) { return byte > kMax ? byte - 256 : byte; };
+/// A signed channel: `convert(sum, parts)` makes a pixel of `sum / (127 * parts)`, which is -1 to 1. The lowest value is as
+/// the one above it, but tells the two kinds of blocks apart.
+template <class Convert>
+void DecodeSigned(const unsigned char* block, unsigned char* out, std::size_t pitch, std::size_t step,
+                  const Convert& convert) {
+    const auto signedOf = [](int byte) { return byte > kMaxSigned ? byte - 256 : byte; };
     const int storedA = signedOf(block[0]), storedB = signedOf(block[1]);
-    const int a = std::max(storedA, -kMax), b = std::max(storedB, -kMax);
+    const int a = std::max(storedA, -kMaxSigned), b = std::max(storedB, -kMaxSigned);
     const int steps = storedA > storedB ? 7 : 5;
-    const auto colour = [](int sum, int parts) {
-        return static_cast<std::uint8_t>(((sum + kMax * parts) * 255 + kMax * parts) / (2 * kMax * parts));
-    };
-    std::array<unsigned char, 8> values{colour(a, 1), colour(b, 1), 0, 0, 0, 0, 0, 255};
+    using Value = decltype(convert(0, 1));
+    std::array<Value, 8> values{convert(a, 1),           convert(b, 1),         {}, {}, {}, {},
+                                convert(-kMaxSigned, 1), convert(kMaxSigned, 1)};
     for (int i = 1; i < steps; ++i)
-        values[static_cast<std::size_t>(i) + 1] = colour((steps - i) * a + i * b, steps);
+        values[static_cast<std::size_t>(i) + 1] = convert((steps - i) * a + i * b, steps);
     PutIndexed(block, values, out, pitch, step);
+}
+
+/// The colour around the middle of `sum / (127 * parts)`, rounded half up.
+std::uint8_t AroundMiddle(int sum, int parts) {
+    return static_cast<std::uint8_t>(((sum + kMaxSigned * parts) * 255 + kMaxSigned * parts) /
+                                     (2 * kMaxSigned * parts));
+}
+
+std::uint16_t AsHalf(int sum, int parts) {
+    const float value = static_cast<float>(sum) / static_cast<float>(kMaxSigned * parts);
+    return hwy::BitCastScalar<std::uint16_t>(hwy::F16FromF32(value));
 }
 
 template <class Write>
@@ -105,15 +124,13 @@ void SetBlue(unsigned char blue, unsigned char* out, std::size_t pitch) {
     });
 }
 
-constexpr std::size_t kHalfBlock = 8;  // bytes
-
 }  // namespace
 
-void DecodeBC1(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+void DecodeBc1(const unsigned char* block, unsigned char* out, std::size_t pitch) {
     DecodeColours(block, Colours::kThreeOrFour, out, pitch);
 }
 
-void DecodeBC2(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+void DecodeBc2(const unsigned char* block, unsigned char* out, std::size_t pitch) {
     DecodeColours(block + kHalfBlock, Colours::kFour, out, pitch);
     std::uint64_t alphas = LittleBits(block, kHalfBlock);
     ForEachPixel(out, pitch, [&](unsigned char* pixel) {
@@ -122,41 +139,50 @@ void DecodeBC2(const unsigned char* block, unsigned char* out, std::size_t pitch
     });
 }
 
-void DecodeBC3(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+void DecodeBc3(const unsigned char* block, unsigned char* out, std::size_t pitch) {
     DecodeColours(block + kHalfBlock, Colours::kFour, out, pitch);
     DecodeChannel(block, out + 3, pitch, kPixelBytes);
 }
 
-void DecodeRXGB(const unsigned char* block, unsigned char* out, std::size_t pitch) {
-    DecodeBC3(block, out, pitch);
+void DecodeRxgb(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeBc3(block, out, pitch);
     ForEachPixel(out, pitch, [](unsigned char* pixel) {
         pixel[0] = pixel[3];
         pixel[3] = 255;
     });
 }
 
-void DecodeBC4(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+void DecodeBc4(const unsigned char* block, unsigned char* out, std::size_t pitch) {
     DecodeChannel(block, out, pitch, 1);
 }
 
-void DecodeBC4Signed(const unsigned char* block, unsigned char* out, std::size_t pitch) {
-    DecodeSignedChannel(block, out, pitch, 1);
+void DecodeBc4Signed(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeSigned(block, out, pitch, 1, AroundMiddle);
 }
 
-void DecodeBC5(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+void DecodeBc4AsHalfs(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeSigned(block, out, pitch, kHalfBytes, AsHalf);
+}
+
+void DecodeBc5AsHalfs(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+    DecodeSigned(block, out, pitch, 2 * kHalfBytes, AsHalf);
+    DecodeSigned(block + kHalfBlock, out + kHalfBytes, pitch, 2 * kHalfBytes, AsHalf);
+}
+
+void DecodeBc5(const unsigned char* block, unsigned char* out, std::size_t pitch) {
     DecodeChannel(block, out, pitch, kPixelBytes);
     DecodeChannel(block + kHalfBlock, out + 1, pitch, kPixelBytes);
     SetBlue(0, out, pitch);
 }
 
-void DecodeBC5Signed(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+void DecodeBc5Signed(const unsigned char* block, unsigned char* out, std::size_t pitch) {
     constexpr unsigned char kMiddle = 128;
-    DecodeSignedChannel(block, out, pitch, kPixelBytes);
-    DecodeSignedChannel(block + kHalfBlock, out + 1, pitch, kPixelBytes);
+    DecodeSigned(block, out, pitch, kPixelBytes, AroundMiddle);
+    DecodeSigned(block + kHalfBlock, out + 1, pitch, kPixelBytes, AroundMiddle);
     SetBlue(kMiddle, out, pitch);
 }
 
-void DecodeATI2(const unsigned char* block, unsigned char* out, std::size_t pitch) {
+void DecodeAti2(const unsigned char* block, unsigned char* out, std::size_t pitch) {
     DecodeChannel(block, out + 1, pitch, kPixelBytes);
     DecodeChannel(block + kHalfBlock, out, pitch, kPixelBytes);
     SetBlue(0, out, pitch);
@@ -165,7 +191,7 @@ void DecodeATI2(const unsigned char* block, unsigned char* out, std::size_t pitc
 void DecodeBlockRow(DecodeBlock decode, std::span<const unsigned char> blocks, std::size_t blockBytes,
                     std::size_t width, int rows, std::size_t pixelBytes, unsigned char* out, std::size_t pitch) {
     const std::size_t across = blocks.size() / blockBytes;
-    std::array<unsigned char, kPixels * kPixelBytes> edge;
+    std::array<unsigned char, kPixels * kMaxPixelBytes> edge;
     const std::size_t edgePitch = kBlockSide * pixelBytes;
     for (std::size_t i = 0; i < across; ++i) {
         const std::size_t x = i * kBlockSide;
@@ -182,4 +208,4 @@ void DecodeBlockRow(DecodeBlock decode, std::span<const unsigned char> blocks, s
     }
 }
 
-}  // namespace Kavra::Devices::Dds
+}  // namespace Kavra::Common
