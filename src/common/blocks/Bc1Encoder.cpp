@@ -25,10 +25,10 @@ using Pixels = Points<3>;
 
 constexpr std::array<float, 3> kTop = {31, 63, 31};  // of a component of an end
 
-/// What a decoder makes of a component of 5 or 6 bits: its high bits again below its low ones.
+/// What a decoder makes of a component of 5 or 6 bits: the nearest of 8. Some repeat the high bits below the low ones
+/// instead, which is off by one for a few.
 HWY_INLINE Value Widened(Value bits, std::size_t channel) {
-    return channel == 1 ? hn::Add(hn::Mul(bits, Same(4)), hn::Floor(hn::Mul(bits, Same(1.0F / 16))))
-                        : hn::Add(hn::Mul(bits, Same(8)), hn::Floor(hn::Mul(bits, Same(1.0F / 4))));
+    return hn::Round(hn::Mul(bits, Same(255 / kTop[channel])));
 }
 
 HWY_INLINE Colour Widened(const Colour& bits) {
@@ -296,7 +296,7 @@ template <int kBits>
 constexpr auto kEndsOfOne = [] {
     std::array<std::array<std::uint8_t, 2>, 256> table{};
     constexpr int kCount = 1 << kBits;
-    const auto widened = [](int bits) { return bits << (8 - kBits) | bits >> (2 * kBits - 8); };
+    const auto widened = [](int bits) { return (bits * 510 + kCount - 1) / (2 * (kCount - 1)); };
     for (int value = 0; value < 256; ++value) {
         int least = 1 << 20;
         for (int a = 0; a < kCount; ++a) {
