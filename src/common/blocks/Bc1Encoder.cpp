@@ -294,7 +294,7 @@ void StoreFour(const LinesAsNumbers& lines, std::size_t lane, bool inOrder, unsi
 /// For each value of 8 bits the ends of `kBits` bits of which a third of the way is nearest to it.
 template <int kBits>
 constexpr auto kEndsOfOne = [] {
-    std::array<std::array<std::uint8_t, 2>, 256> table{};
+    std::array<std::array<unsigned char, 2>, 256> table{};
     constexpr int kCount = 1 << kBits;
     const auto widened = [](int bits) { return (bits * 510 + kCount - 1) / (2 * (kCount - 1)); };
     for (int value = 0; value < 256; ++value) {
@@ -317,7 +317,7 @@ constexpr auto kEndsOfOne = [] {
 /// A block of one colour: all pixels a third of the way between two ends, which lies nearer to it than an end can.
 void StoreOne(const float* colour, bool inOrder, unsigned char* out) {
     const auto value = [&](std::size_t c) {
-        return static_cast<std::size_t>(std::clamp(colour[c], 0.0F, 255.0F) + 0.5F);
+        return static_cast<std::size_t>(std::lround(std::clamp(colour[c], 0.0F, 255.0F)));
     };
     const auto &red = kEndsOfOne<5>[value(0)], &green = kEndsOfOne<6>[value(1)], &blue = kEndsOfOne<5>[value(2)];
     const auto packed = [&](std::size_t end) {

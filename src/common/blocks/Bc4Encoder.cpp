@@ -230,7 +230,7 @@ void EncodeBc2Alpha(const float* blocks, std::size_t count, BlockPlaces out) {
     for (std::size_t block = 0; block < count; ++block) {
         const auto bits = [&](std::size_t pixel) {
             const float alpha = blocks[block * kBlockFloats + 4 * pixel + 3];
-            return static_cast<unsigned>(std::clamp(alpha, 0.0F, 255.0F) * (15.0F / 255) + 0.5F);
+            return static_cast<unsigned>(std::lround(std::clamp(alpha, 0.0F, 255.0F) * (15.0F / 255)));
         };
         for (std::size_t i = 0; i < kBlockPixels; i += 2)
             out.first[block * out.stride + i / 2] = static_cast<unsigned char>(bits(i) | bits(i + 1) << 4);

@@ -25,7 +25,7 @@ void Decode(const unsigned char* bytes, bool isSigned, unsigned char* out, std::
     if (const std::optional<Bc6hBlock> block = UnpackBc6h(bytes, isSigned)) {
         const Bc6hMode& mode = kBc6hModes[static_cast<std::size_t>(block->mode)];
         std::array<Colour, 4> ends{};
-        for (std::size_t end = 0; end < static_cast<std::size_t>(2 * mode.regions); ++end)
+        for (std::size_t end = 0; end < mode.Ends(); ++end)
             for (std::size_t channel = 0; channel < 3; ++channel)
                 ends[end][channel] = WidenedHdr(block->ends[end][channel], mode.endBits, isSigned);
         const Partition partition = PartitionOf(mode.regions, static_cast<std::size_t>(block->partition));

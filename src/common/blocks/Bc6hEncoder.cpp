@@ -312,10 +312,10 @@ void EncodeGroup(const LaneBlocks& blocks, std::size_t count, unsigned char* out
     whole[0].isAnchor[0] = Same(1);
     TryModes(whole, {}, fit.effort, best);
     if (fit.effort != BlockEffort::kFast) {
-        constexpr std::size_t kMost = 4;
+        constexpr std::size_t kMaxKept = 4;
         const Products<3> products(blocks, fit.weights.data());
-        const auto ranking = Ranked<kMost, 2>(products, kBc6hPartitions);
-        for (std::size_t rank = 0; rank < (fit.effort == BlockEffort::kBest ? kMost : 1); ++rank) {
+        const auto ranking = Ranked<kMaxKept, 2>(products, kBc6hPartitions);
+        for (std::size_t rank = 0; rank < (fit.effort == BlockEffort::kBest ? kMaxKept : 1); ++rank) {
             const LanePartitions partitions = ranking.At(rank);
             const SubsetCounts<2> counts = CountsOf<2>(partitions);
             HWY_ALIGN std::int32_t anchors[kMaxLanes];

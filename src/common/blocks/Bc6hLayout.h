@@ -27,6 +27,7 @@ struct Bc6hMode {
     /// and x of the first region, y and z of the second.
     std::string_view fields;
 
+    constexpr std::size_t Ends() const { return 2 * static_cast<std::size_t>(regions); }
     constexpr int IndexBits() const { return regions == 2 ? 3 : 4; }
 };
 
@@ -176,7 +177,7 @@ struct Bc6hBlock {
     int partition = 0;
     /// Red, green and blue of both ends of each region: all of them values, none a difference.
     std::array<std::array<std::int32_t, 3>, 4> ends{};
-    std::array<std::uint8_t, 16> indices{};
+    std::array<unsigned char, 16> indices{};
 };
 
 /// Writes the 16 bytes of a block. The ends fit the mode, and indices are as the layout asks: their highest bit is 0

@@ -28,7 +28,7 @@ std::int32_t SignExtended(std::int32_t value, int bits) {
 
 /// Makes values of differences and of bits, in place.
 void FinishEnds(const Bc6hMode& mode, bool isSigned, Bc6hBlock& block) {
-    const auto ends = static_cast<std::size_t>(2 * mode.regions);
+    const auto ends = mode.Ends();
     for (std::size_t channel = 0; channel < 3; ++channel) {
         std::int32_t& first = block.ends[0][channel];
         for (std::size_t end = 1; end < ends; ++end) {

@@ -43,7 +43,7 @@ std::uint32_t Rotated(std::uint32_t pixel, int rotation) {
 }
 
 /// How much of the second end each index stands for.
-using Weights = std::array<std::uint8_t, 16>;
+using Weights = std::array<unsigned char, 16>;
 
 constexpr std::array<Weights, 5> kWeights = [] {
     std::array<Weights, 5> weights{};
@@ -63,7 +63,7 @@ using Pixels = std::array<std::uint32_t, kBlockSide * kBlockSide>;
 /// One set of indices for all channels.
 Pixels Shared(const Bc7Block& block, const Bc7Mode& mode) {
     std::array<Lanes, 6> ends{};
-    for (std::size_t end = 0; end < static_cast<std::size_t>(2 * mode.subsets); ++end)
+    for (std::size_t end = 0; end < mode.Ends(); ++end)
         ends[end] = WidenedEnd(block, mode, end);
     const Partition partition = PartitionOf(mode.subsets, static_cast<std::size_t>(block.partition));
     const Weights& weights = WeightsOf(mode.indexBits);

@@ -385,15 +385,15 @@ void EncodeOpaque(const Group& group, BlockEffort effort) {
         TryMode<3, 2>(group, 1, ranking.At(0), budget);
         return;
     }
-    constexpr std::size_t kMost = 8;
-    const std::size_t tried = isBest ? kMost : 2;
-    const auto two = Ranked<kMost, 2>(products, 64);
+    constexpr std::size_t kMaxKept = 8;
+    const std::size_t tried = isBest ? kMaxKept : 2;
+    const auto two = Ranked<kMaxKept, 2>(products, 64);
     for (std::size_t rank = 0; rank < tried; ++rank) {
         TryMode<3, 2>(group, 1, two.At(rank), budget);
         TryMode<3, 2>(group, 3, two.At(rank), budget);
     }
-    const auto zero = Ranked<kMost, 3>(products, 16);
-    const auto three = Ranked<kMost, 3>(products, 64);
+    const auto zero = Ranked<kMaxKept, 3>(products, 16);
+    const auto three = Ranked<kMaxKept, 3>(products, 64);
     for (std::size_t rank = 0; rank < tried / 2; ++rank) {
         TryMode<3, 3>(group, 0, zero.At(rank), budget);
         TryMode<3, 3>(group, 2, three.At(rank), budget);
@@ -419,9 +419,9 @@ void EncodeWithAlpha(const Group& group, BlockEffort effort) {
     }
     if (isFast) return;
     const Products<4> products(group.blocks, group.weights.data());
-    constexpr std::size_t kMost = 8;
-    const auto two = Ranked<kMost, 2>(products, 64);
-    for (std::size_t rank = 0; rank < (isBest ? kMost : 2); ++rank)
+    constexpr std::size_t kMaxKept = 8;
+    const auto two = Ranked<kMaxKept, 2>(products, 64);
+    for (std::size_t rank = 0; rank < (isBest ? kMaxKept : 2); ++rank)
         TryMode<4, 2>(group, 7, two.At(rank), budget);
 }
 

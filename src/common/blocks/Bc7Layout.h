@@ -31,6 +31,7 @@ struct Bc7Mode {
     int alphaIndexBits;  ///< of a second set of indices, 0 where all channels share one
 
     constexpr int Partitions() const { return 1 << partitionBits; }
+    constexpr std::size_t Ends() const { return 2 * static_cast<std::size_t>(subsets); }
 };
 
 inline constexpr std::array<Bc7Mode, 8> kBc7Modes = {{
@@ -64,30 +65,30 @@ inline constexpr std::array<Partition, 64> kPartitionsOfTwo = {
 };
 
 inline constexpr std::array<Partition, 64> kPartitionsOfThree = {
-    0xaa685050, 0x6a5a5040, 0x5a5a4200, 0x5450a0a8, 0xa5a50000, 0xa0a05050, 0x5555a0a0, 0x5a5a5050,
-    0xaa550000, 0xaa555500, 0xaaaa5500, 0x90909090, 0x94949494, 0xa4a4a4a4, 0xa9a59450, 0x2a0a4250,
-    0xa5945040, 0x0a425054, 0xa5a5a500, 0x55a0a0a0, 0xa8a85454, 0x6a6a4040, 0xa4a45000, 0x1a1a0500,
-    0x0050a4a4, 0xaaa59090, 0x14696914, 0x69691400, 0xa08585a0, 0xaa821414, 0x50a4a450, 0x6a5a0200,
-    0xa9a58000, 0x5090a0a8, 0xa8a09050, 0x24242424, 0x00aa5500, 0x24924924, 0x24499224, 0x50a50a50,
-    0x500aa550, 0xaaaa4444, 0x66660000, 0xa5a0a5a0, 0x50a050a0, 0x69286928, 0x44aaaa44, 0x66666600,
-    0xaa444444, 0x54a854a8, 0x95809580, 0x96969600, 0xa85454a8, 0x80959580, 0xaa141414, 0x96960000,
-    0xaaaa1414, 0xa05050a0, 0xa0a5a5a0, 0x96000000, 0x40804080, 0xa9a8a9a8, 0xaaaaaa44, 0x2a4a5254,
+    0xAA685050, 0x6A5A5040, 0x5A5A4200, 0x5450A0A8, 0xA5A50000, 0xA0A05050, 0x5555A0A0, 0x5A5A5050,
+    0xAA550000, 0xAA555500, 0xAAAA5500, 0x90909090, 0x94949494, 0xA4A4A4A4, 0xA9A59450, 0x2A0A4250,
+    0xA5945040, 0x0A425054, 0xA5A5A500, 0x55A0A0A0, 0xA8A85454, 0x6A6A4040, 0xA4A45000, 0x1A1A0500,
+    0x0050A4A4, 0xAAA59090, 0x14696914, 0x69691400, 0xA08585A0, 0xAA821414, 0x50A4A450, 0x6A5A0200,
+    0xA9A58000, 0x5090A0A8, 0xA8A09050, 0x24242424, 0x00AA5500, 0x24924924, 0x24499224, 0x50A50A50,
+    0x500AA550, 0xAAAA4444, 0x66660000, 0xA5A0A5A0, 0x50A050A0, 0x69286928, 0x44AAAA44, 0x66666600,
+    0xAA444444, 0x54A854A8, 0x95809580, 0x96969600, 0xA85454A8, 0x80959580, 0xAA141414, 0x96960000,
+    0xAAAA1414, 0xA05050A0, 0xA0A5A5A0, 0x96000000, 0x40804080, 0xA9A8A9A8, 0xAAAAAA44, 0x2A4A5254,
 };
 
 /// The pixel of each subset but the first whose index lacks its highest bit. Of the first subset it is pixel 0.
-inline constexpr std::array<std::uint8_t, 64> kAnchorOfTwo = {
+inline constexpr std::array<unsigned char, 64> kAnchorOfTwo = {
     15, 15, 15, 15, 15, 15, 15, 15, 15, 15, 15, 15, 15, 15, 15, 15,  //
     15, 2,  8,  2,  2,  8,  8,  15, 2,  8,  2,  2,  8,  8,  2,  2,   //
     15, 15, 6,  8,  2,  8,  15, 15, 2,  8,  2,  2,  2,  15, 15, 6,   //
     6,  2,  6,  8,  15, 15, 2,  2,  15, 15, 15, 15, 15, 2,  2,  15,
 };
-inline constexpr std::array<std::uint8_t, 64> kSecondAnchorOfThree = {
+inline constexpr std::array<unsigned char, 64> kSecondAnchorOfThree = {
     3, 3,  15, 15, 8, 3,  15, 15, 8,  8,  6,  6,  6,  5,  3,  3,   //
     3, 3,  8,  15, 3, 3,  6,  10, 5,  8,  8,  6,  8,  5,  15, 15,  //
     8, 15, 3,  5,  6, 10, 8,  15, 15, 3,  15, 5,  15, 15, 15, 15,  //
     3, 15, 5,  5,  5, 8,  5,  10, 5,  10, 8,  13, 15, 12, 3,  3,
 };
-inline constexpr std::array<std::uint8_t, 64> kThirdAnchorOfThree = {
+inline constexpr std::array<unsigned char, 64> kThirdAnchorOfThree = {
     15, 8, 8,  3,  15, 15, 3,  8,  15, 15, 15, 15, 15, 15, 15, 8,  //
     15, 8, 15, 3,  15, 8,  15, 8,  3,  15, 6,  10, 15, 15, 10, 8,  //
     15, 3, 15, 10, 10, 8,  9,  10, 6,  15, 8,  15, 3,  6,  6,  8,  //
@@ -123,10 +124,10 @@ struct Bc7Block {
     int partition = 0;
     int rotation = 0;
     int selection = 0;
-    std::array<std::array<std::uint8_t, 4>, 6> ends{};  ///< red, green, blue, alpha: both ends of each subset
-    std::array<std::uint8_t, 6> lowBits{};  ///< of each end; those of a subset are equal where it shares one
-    std::array<std::uint8_t, 16> indices{};
-    std::array<std::uint8_t, 16> alphaIndices{};  ///< of the second set
+    std::array<std::array<unsigned char, 4>, 6> ends{};  ///< red, green, blue, alpha: both ends of each subset
+    std::array<unsigned char, 6> lowBits{};  ///< of each end; those of a subset are equal where it shares one
+    std::array<unsigned char, 16> indices{};
+    std::array<unsigned char, 16> alphaIndices{};  ///< of the second set
 };
 
 }  // namespace Kavra::Common

@@ -11,7 +11,7 @@ namespace Kavra::Common {
 namespace {
 
 void PutEnds(const Bc7Block& block, const Bc7Mode& mode, BitWriter& bits) {
-    const auto ends = static_cast<std::size_t>(2 * mode.subsets);
+    const auto ends = mode.Ends();
     for (std::size_t channel = 0; channel < (mode.alphaBits > 0 ? 4 : 3); ++channel)
         for (std::size_t end = 0; end < ends; ++end)
             bits.Put(block.ends[end][channel], channel == 3 ? mode.alphaBits : mode.colourBits);
@@ -33,7 +33,7 @@ void PutIndices(const Bc7Block& block, const Bc7Mode& mode, BitWriter& bits) {
         bits.Put(block.alphaIndices[i], mode.alphaIndexBits - (i == 0 ? 1 : 0));
 }
 
-using Indices = std::array<std::uint8_t, 16>;
+using Indices = std::array<unsigned char, 16>;
 
 /// Turns the indices of a subset where the highest bit of its anchor is set. Whether it did.
 bool TurnIndices(Indices& indices, int bits, Partition partition, std::size_t subset, std::size_t anchor) {
@@ -80,7 +80,7 @@ std::optional<Bc7Block> UnpackBc7(const unsigned char* bytes) {
     block.partition = take(mode.partitionBits);
     block.rotation = take(mode.rotationBits);
     block.selection = take(mode.selectionBits);
-    const auto ends = static_cast<std::size_t>(2 * mode.subsets);
+    const auto ends = mode.Ends();
     for (std::size_t channel = 0; channel < (mode.alphaBits > 0 ? 4 : 3); ++channel)
         for (std::size_t end = 0; end < ends; ++end)
             block.ends[end][channel] = take(channel == 3 ? mode.alphaBits : mode.colourBits);

@@ -59,7 +59,7 @@ constexpr std::uint64_t WithZeroAt(std::uint64_t bits, unsigned place) {
 }
 
 /// The indices of a block's 16 pixels, each of as many bits, of which the anchor of each subset lacks the highest.
-inline std::array<std::uint8_t, 16> TakeIndices(BitReader& reader, int bits, int subsets, std::size_t partition) {
+inline std::array<unsigned char, 16> TakeIndices(BitReader& reader, int bits, int subsets, std::size_t partition) {
     std::uint64_t word = reader.TakeLong(16 * bits - subsets);
     const auto zeroFor = [&](std::size_t pixel) {
         word = WithZeroAt(word, static_cast<unsigned>(static_cast<int>(pixel + 1) * bits - 1));
@@ -71,7 +71,7 @@ inline std::array<std::uint8_t, 16> TakeIndices(BitReader& reader, int bits, int
         zeroFor(first);
         zeroFor(second);
     }
-    std::array<std::uint8_t, 16> indices{};
+    std::array<unsigned char, 16> indices{};
     for (std::uint8_t& index : indices) {
         index = static_cast<std::uint8_t>(word & ((1U << bits) - 1));
         word >>= bits;

@@ -74,7 +74,7 @@ void PutIndexed(const unsigned char* block, const std::array<Value, 8>& values, 
 void DecodeChannel(const unsigned char* block, unsigned char* out, std::size_t pitch, std::size_t step) {
     const int a = block[0], b = block[1];
     const int steps = a > b ? 7 : 5;
-    std::array<std::uint8_t, 8> values{block[0], block[1], 0, 0, 0, 0, 0, 255};
+    std::array<unsigned char, 8> values{block[0], block[1], 0, 0, 0, 0, 0, 255};
     for (int i = 1; i < steps; ++i)
         values[static_cast<std::size_t>(i) + 1] = static_cast<std::uint8_t>(((steps - i) * a + i * b + 1) / steps);
     PutIndexed(block, values, out, pitch, step);

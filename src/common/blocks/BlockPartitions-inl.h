@@ -110,10 +110,10 @@ HWY_INLINE Value OffLine(const std::array<Value, Products<kChannels>::kCount>& s
 }
 
 /// The numbers of the partitions that divide each lane's pixels best, the best first.
-template <std::size_t kMost>
+template <std::size_t kMaxKept>
 struct Ranking {
-    std::array<Value, kMost> errors;
-    std::array<Value, kMost> numbers;
+    std::array<Value, kMaxKept> errors;
+    std::array<Value, kMaxKept> numbers;
 
     HWY_INLINE Ranking() {
         errors.fill(Same(HUGE_VALF));
@@ -121,7 +121,7 @@ struct Ranking {
     }
     HWY_INLINE void Insert(Value error, float number) {
         Value at = Same(number);
-        for (std::size_t rank = 0; rank < kMost; ++rank) {
+        for (std::size_t rank = 0; rank < kMaxKept; ++rank) {
             const Mask isBefore = hn::Lt(error, errors[rank]);
             const Value pushed = errors[rank], pushedNumber = numbers[rank];
             errors[rank] = hn::IfThenElse(isBefore, error, pushed);
@@ -137,10 +137,10 @@ struct Ranking {
     }
 };
 
-template <std::size_t kMost, std::size_t kSubsets, std::size_t kChannels>
-HWY_INLINE Ranking<kMost> Ranked(const Products<kChannels>& products, std::size_t partitions) {
+template <std::size_t kMaxKept, std::size_t kSubsets, std::size_t kChannels>
+HWY_INLINE Ranking<kMaxKept> Ranked(const Products<kChannels>& products, std::size_t partitions) {
     constexpr std::size_t kCount = Products<kChannels>::kCount;
-    Ranking<kMost> ranking;
+    Ranking<kMaxKept> ranking;
     for (std::size_t number = 0; number < partitions; ++number) {
         const Partition partition = PartitionOf(kSubsets, number);
         std::array<std::array<Value, kCount>, kSubsets> sums;

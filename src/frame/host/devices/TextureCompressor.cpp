@@ -210,8 +210,8 @@ bool DecompressPicture(EFormat from, const void* blocks, int width, int height, 
     Common::ForEachRange(Common::BlocksAlong(height), 1, [&](std::size_t begin, std::size_t end) {
         for (std::size_t y = begin; y < end; ++y) {
             const int rows = std::min(Common::kBlockSide, height - static_cast<int>(y) * Common::kBlockSide);
-            Common::DecodeBlockRow(decoding.decode, {in + y * rowBytes, rowBytes}, blockBytes, columns, rows, pixelBytes,
-                           out + y * Common::kBlockSide * pitch, pitch);
+            Common::DecodeBlockRow(decoding.decode, {in + y * rowBytes, rowBytes}, blockBytes, columns, rows,
+                                   pixelBytes, out + y * Common::kBlockSide * pitch, pitch);
         }
     });
     return true;
