@@ -37,6 +37,7 @@ void AddCompose(CLI::App& program, Session& session);
 void AddSheet(CLI::App& program, Session& session);
 void AddCompare(CLI::App& program, Session& session);
 void AddTarget(CLI::App& program, Session& session);
+void AddTexture(CLI::App& program, Session& session);
 void AddTile(CLI::App& program, Session& session);
 void AddLight(CLI::App& program, Session& session);
 void AddFormats(CLI::App& program, Session& session);

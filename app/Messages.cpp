@@ -53,6 +53,13 @@ void Report::FailUnlessSaid(std::size_t mark, std::string_view text, std::string
     if (IsOnlyNotedSince(mark)) Say("error", text, file);
 }
 
+void Report::Take(const Report& other) {
+    mRuns.insert(mRuns.end(), other.mRuns.begin(), other.mRuns.end());
+    mCount += other.mCount;
+    mFailed = mFailed || other.mFailed;
+    out += other.out;
+}
+
 bool Report::IsOnlyNotedSince(std::size_t mark) const {
     std::size_t end = mCount;
     for (auto run = mRuns.rbegin(); run != mRuns.rend() && end > mark; ++run) {

@@ -31,6 +31,9 @@ public:
     /// Marks the file as failed; says "cannot be read" or the like only when nothing but notes was said since `mark`.
     void FailUnlessSaid(std::size_t mark, std::string_view text, std::string_view file = {});
 
+    /// Adds all that another report says, each of the file it says it of.
+    void Take(const Report& other);
+
     bool Failed() const { return mFailed; }
     /// How many messages there are so far.
     std::size_t Mark() const { return mCount; }

@@ -25,8 +25,9 @@ bool IsFull(T alpha) {
     }
 }
 
-template <class T>
-bool IsOpaqueOf(const LoadedImage& image) {
+/// Whether `isSo` holds of every alpha of a format of four channels.
+template <class T, class IsSo>
+bool IsEveryAlpha(const LoadedImage& image, const IsSo& isSo) {
     constexpr std::size_t kPixel = 4 * sizeof(T);
     const auto* row = static_cast<const unsigned char*>(image.block->mData);
     const std::size_t rows = LayerCount(image.desc) * static_cast<std::size_t>(image.desc.height);
@@ -35,10 +36,27 @@ bool IsOpaqueOf(const LoadedImage& image) {
         for (int x = 0; x < image.desc.width; ++x, alpha += kPixel) {
             T value;
             std::memcpy(&value, alpha, sizeof(value));
-            if (!IsFull(value)) return false;
+            if (!isSo(value)) return false;
         }
     }
     return true;
+}
+
+template <class IsSo>
+bool IsEveryAlpha(const LoadedImage& image, const IsSo& isSo) {
+    switch (Facts(image.desc.format).element) {
+        case ElementType::kUInt8:
+            return IsEveryAlpha<std::uint8_t>(image, isSo);
+        case ElementType::kUInt16:
+            return IsEveryAlpha<std::uint16_t>(image, isSo);
+        case ElementType::kHalf:
+            return IsEveryAlpha<Imath::half>(image, isSo);
+        case ElementType::kFloat:
+            return IsEveryAlpha<float>(image, isSo);
+        case ElementType::kNone:
+            return false;
+    }
+    return false;
 }
 
 ElementType ElementOf(Depth depth) {
@@ -62,20 +80,14 @@ ElementType ElementOf(Depth depth) {
 bool IsOpaque(const LoadedImage& image) {
     const FormatFacts facts = Facts(image.desc.format);
     if (facts.channels != 4) return false;
-    if (!facts.hasAlpha) return true;
-    switch (facts.element) {
-        case ElementType::kUInt8:
-            return IsOpaqueOf<std::uint8_t>(image);
-        case ElementType::kUInt16:
-            return IsOpaqueOf<std::uint16_t>(image);
-        case ElementType::kHalf:
-            return IsOpaqueOf<Imath::half>(image);
-        case ElementType::kFloat:
-            return IsOpaqueOf<float>(image);
-        case ElementType::kNone:
-            return false;
-    }
-    return false;
+    return !facts.hasAlpha || IsEveryAlpha(image, [](auto alpha) { return IsFull(alpha); });
+}
+
+bool IsCutOut(const LoadedImage& image) {
+    const FormatFacts facts = Facts(image.desc.format);
+    if (facts.channels != 4) return false;
+    return !facts.hasAlpha ||
+           IsEveryAlpha(image, [](auto alpha) { return IsFull(alpha) || alpha <= decltype(alpha)(0); });
 }
 
 EFormat AtDepth(EFormat format, Depth depth) {

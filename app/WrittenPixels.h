@@ -10,6 +10,9 @@ namespace Kavra::App {
 /// False of formats that end in no alpha.
 bool IsOpaque(const LoadedImage& image);
 
+/// Whether every pixel is opaque or transparent, with nothing between. False of formats that end in no alpha.
+bool IsCutOut(const LoadedImage& image);
+
 /// The format with as many channels and this depth; itself where it has the depth, `kUnknown` where there is none.
 Devices::EFormat AtDepth(Devices::EFormat format, Depth depth);
 

@@ -77,6 +77,7 @@ int main(int argc, char** argv) {
     Kavra::App::AddSheet(program, session);
     Kavra::App::AddCompare(program, session);
     Kavra::App::AddTarget(program, session);
+    Kavra::App::AddTexture(program, session);
     Kavra::App::AddTile(program, session);
     Kavra::App::AddLight(program, session);
     Kavra::App::AddFormats(program, session);

@@ -1,0 +1,102 @@
+#include "PixelTexture.h"
+
+#include "FileNames.h"
+#include "FormatNames.h"
+#include "Picture.h"
+
+#include <kavra/devices/TextureCompressor.h>
+
+#include <utility>
+
+namespace Kavra::App {
+
+using namespace Devices;
+
+namespace {
+
+struct Side {
+    int width, height, depth;
+};
+
+Side SideOf(const TextureShape& shape, int level) {
+    Side side{};
+    GetTextureLevelSize(shape, level, side.width, side.height, side.depth);
+    return side;
+}
+
+LoadedImage NewLevel(const TextureShape& shape, EFormat format, int level) {
+    const Side side = SideOf(shape, level);
+    ImageDescription desc = FlatDescription(side.width, side.height, format);
+    desc.depth = side.depth;
+    desc.textureType = shape.type;
+    desc.hasAlpha = Facts(format).hasAlpha && shape.alpha != kTextureAlphaOpaque;
+    return NewPictureLike(desc, side.width, side.height);
+}
+
+/// The slices of one face, decoded one after the other.
+bool Decode(const TextureShape& shape, const LoadedImage& image, const unsigned char* blocks, unsigned char* out) {
+    const std::uint64_t sliceBlocks = BlockBytes(shape.format, image.desc.width, image.desc.height);
+    for (int slice = 0; slice < image.desc.depth; ++slice) {
+        const bool isDecoded = DecompressPicture(shape.format, blocks, image.desc.width, image.desc.height, out,
+                                                 static_cast<std::size_t>(image.desc.rowPitch));
+        if (!isDecoded) return false;
+        blocks += sliceBlocks;
+        out += LayerBytes(image.desc);
+    }
+    return true;
+}
+
+}  // namespace
+
+void PixelTexture::KeepLargest() {
+    std::vector<LoadedImage> largest;
+    for (int element = 0; element < shape.elements; ++element)
+        largest.push_back(std::move(Image(element, 0)));
+    images = std::move(largest);
+    shape.levels = 1;
+}
+
+void PixelTexture::TakeSizeOfImages() {
+    const ImageDescription& first = images.front().desc;
+    shape.format = first.format;
+    shape.width = first.width;
+    shape.height = first.height;
+    shape.depth = first.depth;
+}
+
+bool IsTextureName(const std::string& file) {
+    const std::string extension = LowerExtension(file);
+    return extension == ".dds" || extension == ".ktx2";
+}
+
+LoadedImage ReadLevel(Report& report, StoredTexture& stored, int element, int level) {
+    const TextureShape& shape = stored.shape;
+    const EFormat decoded = DecodedFormat(shape.format);
+    const bool hasBlocks = decoded != kUnknown;
+    LoadedImage image = NewLevel(shape, hasBlocks ? decoded : shape.format, level);
+    std::vector<unsigned char> blocks(hasBlocks ? TextureLevelBytes(shape, level) : 0);
+    auto* out = static_cast<unsigned char*>(image.block->mData);
+    for (int face = 0; face < FaceCount(shape.type); ++face, out += image.desc.dataSize) {
+        bool isRead = stored.reader.ReadLevel(element, face, level, hasBlocks ? blocks.data() : out);
+        if (!isRead) {
+            report.Fail(std::string("cannot be read: ") + stored.reader.Reason());
+            return {};
+        }
+        if (hasBlocks && !Decode(shape, image, blocks.data(), out)) return {};
+    }
+    return image;
+}
+
+PixelTexture ReadPixels(Report& report, StoredTexture& stored) {
+    PixelTexture texture{.shape = stored.shape};
+    for (int element = 0; element < stored.shape.elements; ++element) {
+        for (int level = 0; level < stored.shape.levels; ++level) {
+            texture.images.push_back(ReadLevel(report, stored, element, level));
+            if (texture.images.back().block == nullptr) return {};
+        }
+    }
+    texture.TakeSizeOfImages();
+    return texture;
+}
+
+}  // namespace Kavra::App

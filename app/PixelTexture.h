@@ -1,0 +1,45 @@
+/// The pixels of a texture: all its levels, faces, slices and elements.
+#pragma once
+
+#include "LoadOptions.h"
+#include "Messages.h"
+
+#include <kavra/devices/TextureFile.h>
+
+#include <string>
+#include <vector>
+
+namespace Kavra::App {
+
+struct PixelTexture {
+    Devices::TextureShape shape;  ///< its format has pixels; `levels` are those that are there
+    std::vector<LoadedImage> images =
+        {};  ///< element by element, of an element level by level; each with all faces or slices
+
+    LoadedImage& Image(int element, int level) {
+        return images[static_cast<std::size_t>(element) * static_cast<std::size_t>(shape.levels) +
+                      static_cast<std::size_t>(level)];
+    }
+    /// Leaves of each element its largest level.
+    void KeepLargest();
+    /// Sets size and format to those of the first image.
+    void TakeSizeOfImages();
+};
+
+/// A texture file with all that it says. The reader is open.
+struct StoredTexture {
+    Devices::TextureFileReader reader;
+    Devices::TextureShape shape;
+};
+
+/// Whether the name is that of a file which the texture reader takes, by its extension.
+bool IsTextureName(const std::string& file);
+
+/// Reads all of it, blocks decoded. Nothing in `images`, and the report says why, where that fails.
+PixelTexture ReadPixels(Report& report, StoredTexture& stored);
+
+/// One level of one element of a texture file, blocks decoded, with all its faces or slices; `block` is null, and the
+/// report says why, where that fails.
+LoadedImage ReadLevel(Report& report, StoredTexture& stored, int element, int level);
+
+}  // namespace Kavra::App

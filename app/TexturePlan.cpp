@@ -1,0 +1,139 @@
+#include "FileColours.h"
+#include "FormatNames.h"
+#include "TextureMaking.h"
+#include "WrittenPixels.h"
+
+#include <algorithm>
+#include <array>
+#include <format>
+#include <tuple>
+#include <utility>
+
+namespace Kavra::App {
+
+using namespace Devices;
+
+namespace {
+
+constexpr std::array kSrgbPairs = {std::pair{kBC1, kBC1Srgb}, std::pair{kBC2, kBC2Srgb}, std::pair{kBC3, kBC3Srgb},
+                                   std::pair{kBC7, kBC7Srgb}};
+
+bool IsLight(EFormat format) {
+    return format == kBC6H || format == kBC6HSigned || IsFloating(format);
+}
+
+bool IsData(EFormat format) {
+    constexpr std::array kData = {kBC4, kBC4Snorm, kBC5, kBC5Snorm};
+    return std::ranges::contains(kData, format);
+}
+
+bool HoldsAlpha(EFormat format) {
+    return Facts(format).hasAlpha;
+}
+
+/// What a texture is made of where nobody said.
+EFormat Chosen(EFormat own, const TextureOptions& options) {
+    if (options.format != kUnknown) return options.format;
+    if (options.isNormalMap) return kBC5;
+    return IsFloating(own) ? kBC6H : kBC7;
+}
+
+/// Fine enough for the source, and with a place for all that the encoder looks at.
+EFormat WorkingFormat(EFormat own, EFormat made) {
+    if (Facts(made).bytesPerPixel > 0) return made;
+    const ElementType element = Facts(own).element;
+    const bool isSigned = made == kBC4Snorm || made == kBC5Snorm;
+    if (made == kBC6H || made == kBC6HSigned || (isSigned && IsFloating(own))) {
+        const bool isFine = element == ElementType::kFloat || element == ElementType::kUInt16;
+        return isFine ? kR32G32B32A32F : kR16G16B16A16F;
+    }
+    return element == ElementType::kUInt8 ? kR8G8B8A8 : kR16G16B16A16;
+}
+
+struct AlphaSeen {
+    bool isOpaque = true;
+    bool isCut = true;  ///< each pixel is opaque or transparent
+};
+
+/// By the largest levels.
+AlphaSeen LookAtAlpha(const PixelTexture& texture) {
+    AlphaSeen seen;
+    for (std::size_t i = 0; i < texture.images.size(); i += static_cast<std::size_t>(texture.shape.levels)) {
+        const LoadedImage& image = texture.images[i];
+        if (!Facts(image.desc.format).hasAlpha || IsOpaque(image)) continue;
+        seen.isOpaque = false;
+        seen.isCut = seen.isCut && IsCutOut(image);
+    }
+    return seen;
+}
+
+/// Why the format cannot hold the alpha; empty where it can.
+std::string AlphaObstacle(EFormat format, const AlphaSeen& seen, const TextureOptions& options) {
+    if (seen.isOpaque || options.alpha == TextureAlpha::kNone) return {};
+    const std::string name = Facts(format).shortName;
+    if (!HoldsAlpha(format)) {
+        const std::string_view others = IsLight(format) ? "rgba16f" : "bc7, bc3 and rgba8";
+        return std::format("it has alpha, which {} does not hold; {} do{}, and --alpha none leaves it out", name,
+                           others, IsLight(format) ? "es" : "");
+    }
+    const bool isCutOnly = format == kBC1 || format == kBC1Srgb;
+    if (isCutOnly && !seen.isCut && !options.IsCutOut()) {
+        return name +
+               " holds pixels that are opaque or transparent, and some are between; bc7 and bc3 hold them, "
+               "--alpha coverage cuts them out, --alpha none leaves alpha out";
+    }
+    return {};
+}
+
+ETextureAlpha AlphaIn(const PixelTexture& texture, const Source& source, const AlphaSeen& seen, EFormat format,
+                      const TextureOptions& options) {
+    if (seen.isOpaque || options.alpha == TextureAlpha::kNone || !HoldsAlpha(format)) return kTextureAlphaOpaque;
+    if (options.alpha == TextureAlpha::kPremultiplied) return kTextureAlphaPremultiplied;
+    if (options.alpha != TextureAlpha::kAsItIs) return kTextureAlphaStraight;
+    if (texture.shape.alpha == kTextureAlphaCustom) return kTextureAlphaCustom;
+    if (texture.shape.alpha == kTextureAlphaPremultiplied) return kTextureAlphaPremultiplied;
+    return source.alpha == kAlphaNone ? kTextureAlphaCustom : kTextureAlphaStraight;
+}
+
+/// Whether the values stay numbers, and whether the file then says that they are sRGB.
+std::pair<bool, bool> CurveOf(const Source& source, EFormat own, EFormat format, const TextureOptions& options) {
+    if (options.isNormalMap || IsData(format) || options.isSrgb == false) return {true, false};
+    const bool isSrgb = options.isSrgb.value_or(!TransferOf(source, own).IsLinear());
+    if (IsLight(format)) return {!isSrgb && IsFloating(own), false};
+    if (!isSrgb && !IsFloating(own)) return {true, false};
+    return {isSrgb && TransferOf(source, own).kind == kTransferSrgb, true};
+}
+
+}  // namespace
+
+EFormat WithSrgb(EFormat format, bool isSrgb) {
+    for (const auto& [plain, srgb] : kSrgbPairs) {
+        if (format == plain || format == srgb) return isSrgb ? srgb : plain;
+    }
+    return format;
+}
+
+TexturePlan PlanOf(Report& report, const PixelTexture& texture, const Source& source, const TextureOptions& options) {
+    const EFormat own = texture.shape.format;
+    TextureOptions known = options;
+    const EFormat format = Chosen(own, options);
+    for (const auto& [plain, srgb] : kSrgbPairs)
+        if (options.format == srgb && !options.isSrgb) known.isSrgb = true;
+    if (options.isSrgb == true && IsData(format)) {
+        report.Fail(std::format("cannot be made: {} has no form that is sRGB; bc7 has", Facts(format).shortName));
+        return {};
+    }
+    const AlphaSeen seen = LookAtAlpha(texture);
+    const std::string obstacle = AlphaObstacle(format, seen, known);
+    if (!obstacle.empty()) {
+        report.Fail("cannot be made: " + obstacle);
+        return {};
+    }
+    TexturePlan plan{.shape = texture.shape, .working = WorkingFormat(own, format)};
+    std::tie(plan.copiesNumbers, plan.shape.isSrgb) = CurveOf(source, own, format, known);
+    plan.shape.format = WithSrgb(format, plan.shape.isSrgb);
+    plan.shape.alpha = AlphaIn(texture, source, seen, format, known);
+    return plan;
+}
+
+}  // namespace Kavra::App

@@ -1,0 +1,197 @@
+// Block compression of a photograph of 1024 x 1024 pixels, on one core and on all, and its decoding.
+//
+// Items are pixels, bytes those of the pixels. Of compression the limit is a plain copy of the pixels, "times_copy" the
+// best time over it, "psnr" in dB over the channels that the format keeps (of BC6H: of the bits of halves). Of decoding
+// the limit is the image library reading the same blocks from a file, both on one core, and "times_library" the
+// library's time over ours: larger is better.
+
+#include "Bench.h"
+#include "load/DdsFile.h"
+
+#include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/FormatFacts.h>
+#include <kavra/devices/TextureCompressor.h>
+
+#include <OpenImageIO/imagebuf.h>
+#include <OpenImageIO/imageio.h>
+#include <hwy/base.h>
+#include <tbb/global_control.h>
+
+#include <cmath>
+#include <cstring>
+#include <stdexcept>
+
+namespace {
+
+using namespace Kavra::Bench;
+using namespace Kavra::Devices;
+using Kavra::Tests::DdsFile;
+using Bytes = std::vector<unsigned char>;
+
+constexpr int kSide = 1024;
+constexpr std::size_t kPixels = std::size_t{kSide} * kSide;
+
+/// The sample photograph beside and below itself, with an alpha that follows its green.
+const Bytes& Photograph() {
+    static const Bytes pixels = [] {
+        OIIO::ImageBuf photo(KAVRA_SOURCE_DIR "/examples/photo.jpg");
+        Bytes rgb(photo.spec().image_pixels() * 3), all(kPixels * 4);
+        if (!photo.get_pixels(photo.roi(), OIIO::TypeUInt8, rgb.data())) throw std::runtime_error(photo.geterror());
+        const auto width = static_cast<std::size_t>(photo.spec().width),
+                   height = static_cast<std::size_t>(photo.spec().height);
+        for (std::size_t i = 0; i < kPixels; ++i) {
+            const std::size_t from = 3 * (i / kSide % height * width + i % kSide % width);
+            std::memcpy(&all[4 * i], &rgb[from], 3);
+            all[4 * i + 3] = rgb[from + 1];
+        }
+        return all;
+    }();
+    return pixels;
+}
+
+/// The same as light up to 16.
+const Bytes& Light() {
+    static const Bytes light = [] {
+        std::vector<float> values;
+        for (const unsigned char value : Photograph())
+            values.push_back(16 * std::pow(static_cast<float>(value) / 255, 2.2F));
+        Bytes bytes(values.size() * sizeof(float));
+        std::memcpy(bytes.data(), values.data(), bytes.size());
+        return bytes;
+    }();
+    return light;
+}
+
+bool IsLight(EFormat format) {
+    return format == kBC6H || format == kBC6HSigned;
+}
+
+EFormat SourceFormat(EFormat format) {
+    return IsLight(format) ? kR32G32B32A32F : kR8G8B8A8;
+}
+
+const Bytes& SourceOf(EFormat format) {
+    return IsLight(format) ? Light() : Photograph();
+}
+
+Bytes Compressed(EFormat format, ECompressionEffort effort) {
+    Bytes blocks(BlockBytes(format, kSide, kSide));
+    CompressionOptions options;
+    options.effort = effort;
+    const Bytes& source = SourceOf(format);
+    if (!CompressPicture(SourceFormat(format), source.data(), source.size() / kSide, kSide, kSide, format,
+                         blocks.data(), options))
+        throw std::runtime_error("cannot be compressed");
+    return blocks;
+}
+
+Bytes Decompressed(EFormat format, const Bytes& blocks) {
+    const int pixelBytes = Utilities::AFormatConvertor::BytesPerPixel(DecodedFormat(format));
+    Bytes pixels(kPixels * static_cast<std::size_t>(pixelBytes));
+    if (!DecompressPicture(format, blocks.data(), kSide, kSide, pixels.data(), pixels.size() / kSide))
+        throw std::runtime_error("cannot be decompressed");
+    return pixels;
+}
+
+/// Of formats that decode to 8 bits.
+double Psnr(EFormat format, const Bytes& blocks) {
+    const Bytes shown = Decompressed(format, blocks);
+    const std::size_t step = shown.size() / kPixels;
+    const std::size_t channels = format == kBC4 ? 1 : format == kBC5 ? 2 : format == kBC1 ? 3 : 4;
+    double sum = 0;
+    for (std::size_t i = 0; i < kPixels; ++i) {
+        for (std::size_t c = 0; c < channels; ++c) {
+            const double off = double{0} + Photograph()[4 * i + c] - shown[step * i + c];
+            sum += off * off;
+        }
+    }
+    return 10 * std::log10(255.0 * 255.0 * static_cast<double>(kPixels * channels) / sum);
+}
+
+/// Of halves as the numbers that their bits are, which go to 31743.
+double PsnrOfBits(const Bytes& blocks) {
+    const Bytes shown = Decompressed(kBC6H, blocks);
+    std::vector<float> light(kPixels * 4);
+    std::memcpy(light.data(), Light().data(), Light().size());
+    double sum = 0;
+    for (std::size_t i = 0; i < kPixels * 4; ++i) {
+        if (i % 4 == 3) continue;
+        std::uint16_t bits = 0;
+        std::memcpy(&bits, &shown[2 * i], 2);
+        const auto exact = hwy::BitCastScalar<std::uint16_t>(hwy::F16FromF32(light[i]));
+        const double off = double{0} + bits - exact;
+        sum += off * off;
+    }
+    return 10 * std::log10(31743.0 * 31743.0 * static_cast<double>(kPixels * 3) / sum);
+}
+
+void Compress(benchmark::State& state, EFormat format, ECompressionEffort effort) {
+    const auto threads = static_cast<std::size_t>(state.range(0));
+    const tbb::global_control limit(
+        tbb::global_control::max_allowed_parallelism,
+        threads == 0 ? tbb::global_control::active_value(tbb::global_control::max_allowed_parallelism) : threads);
+    const Bytes& source = SourceOf(format);
+    Bytes copy(source.size()), blocks;
+    const BestTimes best = Beside(
+        state, [&] { blocks = Compressed(format, effort); },
+        [&] { std::memcpy(copy.data(), source.data(), source.size()); });
+    CountItems(state, kPixels);
+    CountBytes(state, source.size());
+    state.counters["times_copy"] = best.Ratio();
+    state.counters["psnr"] = IsLight(format) ? PsnrOfBits(blocks) : Psnr(format, blocks);
+}
+
+#define KAVRA_COMPRESS_BENCH(name, format, effort)    \
+    BENCHMARK_CAPTURE(Compress, name, format, effort) \
+        ->ArgName("cores")                            \
+        ->Arg(1)                                      \
+        ->Arg(0)                                      \
+        ->UseManualTime()                             \
+        ->Unit(benchmark::kMillisecond)               \
+        ->MinTime(0.5)
+
+#define KAVRA_COMPRESS_BENCHES(name, format)                     \
+    KAVRA_COMPRESS_BENCH(name##_fast, format, kCompressionFast); \
+    KAVRA_COMPRESS_BENCH(name##_good, format, kCompressionGood); \
+    KAVRA_COMPRESS_BENCH(name##_best, format, kCompressionBest)
+
+KAVRA_COMPRESS_BENCHES(bc1, kBC1);
+KAVRA_COMPRESS_BENCHES(bc3, kBC3);
+KAVRA_COMPRESS_BENCHES(bc4, kBC4);
+KAVRA_COMPRESS_BENCHES(bc5, kBC5);
+KAVRA_COMPRESS_BENCHES(bc6h, kBC6H);
+KAVRA_COMPRESS_BENCHES(bc7, kBC7);
+
+void Decompress(benchmark::State& state, EFormat format, std::uint32_t dxgi) {
+    const tbb::global_control single(tbb::global_control::max_allowed_parallelism, 1);
+    OIIO::attribute("threads", 1);
+    DdsFile file{.width = kSide, .height = kSide};
+    file.Dxgi(dxgi);
+    file.data = Compressed(format, kCompressionFast);
+    const TemporaryFolder folder;
+    const auto path = folder.Write("blocks.dds", file.Bytes());
+    const OIIO::TypeDesc type = IsLight(format) ? OIIO::TypeHalf : OIIO::TypeUInt8;
+    Bytes pixels, theirs(kPixels * 8);
+    const auto byLibrary = [&] {
+        const auto input = OIIO::ImageInput::open(path.string());
+        if (!input || !input->read_image(0, 0, 0, -1, type, theirs.data())) throw std::runtime_error("cannot be read");
+    };
+    const BestTimes best = Beside(state, [&] { pixels = Decompressed(format, file.data); }, byLibrary);
+    CountItems(state, kPixels);
+    CountBytes(state, pixels.size());
+    state.counters["times_library"] = 1 / best.Ratio();
+    OIIO::attribute("threads", 0);
+}
+
+#define KAVRA_DECOMPRESS_BENCH(name, format, dxgi) \
+    BENCHMARK_CAPTURE(Decompress, name, format, dxgi)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(0.5)
+
+KAVRA_DECOMPRESS_BENCH(bc1, kBC1, 71);
+KAVRA_DECOMPRESS_BENCH(bc2, kBC2, 74);
+KAVRA_DECOMPRESS_BENCH(bc3, kBC3, 77);
+KAVRA_DECOMPRESS_BENCH(bc4, kBC4, 80);
+KAVRA_DECOMPRESS_BENCH(bc5, kBC5, 83);
+KAVRA_DECOMPRESS_BENCH(bc6h, kBC6H, 95);
+KAVRA_DECOMPRESS_BENCH(bc7, kBC7, 98);
+
+}  // namespace
