@@ -3,6 +3,7 @@
 #include "Picture.h"
 #include "Workers.h"
 
+#include <kavra/devices/CubeFaces.h>
 #include <kavra/devices/Resampler.h>
 
 #include <algorithm>
@@ -22,42 +23,10 @@ namespace {
 using Pixel = std::array<float, 4>;
 using Direction = vec3<float>;
 
-constexpr int kFaces = 6;
 constexpr int kSamples = 2;  // a side of a pixel
 constexpr float kPi = std::numbers::pi_v<float>;
 
 // --- Directions ------------------------------------------------------------------------------------------------------
-
-/// Towards (s, t) of a face, each -1 to 1, from the left and from the top: OpenGL 4.6, table 8.19, which DDS files
-/// follow.
-Direction Towards(int face, float s, float t) {
-    switch (face) {
-        case 0:
-            return {1, -t, -s};
-        case 1:
-            return {-1, -t, s};
-        case 2:
-            return {s, 1, t};
-        case 3:
-            return {s, -1, -t};
-        case 4:
-            return {s, -t, 1};
-        default:
-            return {-s, -t, -1};
-    }
-}
-
-struct OnFace {
-    int face;
-    float s, t;
-};
-
-OnFace FaceOf(const Direction& d) {
-    const float x = std::abs(d.x), y = std::abs(d.y), z = std::abs(d.z);
-    if (x >= y && x >= z) return d.x > 0 ? OnFace{0, -d.z / x, -d.y / x} : OnFace{1, d.z / x, -d.y / x};
-    if (y >= z) return d.y > 0 ? OnFace{2, d.x / y, d.z / y} : OnFace{3, d.x / y, -d.z / y};
-    return d.z > 0 ? OnFace{4, d.x / z, -d.y / z} : OnFace{5, -d.x / z, -d.y / z};
-}
 
 /// Towards (u, v) of a map, each 0 to 1.
 Direction TowardsMap(float u, float v) {
@@ -81,7 +50,7 @@ public:
 
     /// Linear interpolation, also between faces.
     Pixel At(const Direction& direction) const {
-        const OnFace at = FaceOf(direction);
+        const CubePlace at = CubePlaceOf(direction);
         const float half = static_cast<float>(mSide) / 2;
         const float x = (at.s + 1) * half - 0.5F, y = (at.t + 1) * half - 0.5F;
         const float left = std::floor(x), top = std::floor(y);
@@ -96,7 +65,7 @@ private:
     Pixel Texel(int face, int x, int y) const {
         if (x < 0 || y < 0 || x >= mSide || y >= mSide) {
             const auto middle = [&](int i) { return (2 * static_cast<float>(i) + 1) / static_cast<float>(mSide) - 1; };
-            const OnFace beyond = FaceOf(Towards(face, middle(x), middle(y)));
+            const CubePlace beyond = CubePlaceOf(CubeDirection({face, middle(x), middle(y)}));
             const auto within = [&](float t) {
                 return std::clamp(static_cast<int>((t + 1) / 2 * static_cast<float>(mSide)), 0, mSide - 1);
             };
@@ -242,9 +211,10 @@ LoadedImage FromEquirect(const LoadedImage& map) {
     ImageDescription desc = FlatDescription(side, side, kR32G32B32A32F);
     desc.textureType = kTextureCube;
     LoadedImage cube = NewPictureLike(desc, side, side);
-    for (int face = 0; face < kFaces; ++face) {
-        Fill(cube, static_cast<std::size_t>(face) * LayerBytes(cube.desc), side,
-             [&](int x, int y) { return pixels.At(Towards(face, 2 * Middle(x, side) - 1, 2 * Middle(y, side) - 1)); });
+    for (int face = 0; face < kCubeFaces; ++face) {
+        Fill(cube, static_cast<std::size_t>(face) * LayerBytes(cube.desc), side, [&](int x, int y) {
+            return pixels.At(CubeDirection({face, 2 * Middle(x, side) - 1, 2 * Middle(y, side) - 1}));
+        });
     }
     return cube;
 }
