@@ -2,15 +2,21 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace Kavra::Common {
 
 AcrossFilter::AcrossFilter(const Resampling& resampling)
-    : mPlan(resampling.x, resampling.FilterAlong(resampling.x), resampling.Radius(), !resampling.IsOfIntegers()),
-      mChannels(static_cast<std::size_t>(resampling.pixels.channels)),
-      mFromElements(static_cast<std::size_t>(resampling.x.fromCount) * mChannels),
+    : AcrossFilter(
+          {resampling.x, resampling.FilterAlong(resampling.x), resampling.Radius(), !resampling.IsOfIntegers()},
+          resampling.pixels.channels, resampling.x.fromCount) {}
+
+AcrossFilter::AcrossFilter(AxisPlan plan, int channels, int fromCount)
+    : mPlan(std::move(plan)),
+      mChannels(static_cast<std::size_t>(channels)),
+      mFromElements(static_cast<std::size_t>(fromCount) * mChannels),
       mLeft(static_cast<std::size_t>(std::max<std::int64_t>(-mPlan.First(), 0))),
-      mRight(static_cast<std::size_t>(std::max<std::int64_t>(mPlan.End() - resampling.x.fromCount, 0))),
+      mRight(static_cast<std::size_t>(std::max<std::int64_t>(mPlan.End() - fromCount, 0))),
       mStride((mLeft + mRight) * mChannels + mFromElements + kSlack) {
     for (std::size_t x = 0; x < mPlan.Size(); ++x) {
         const Reach& reach = mPlan.ReachOf(x);
@@ -29,13 +35,16 @@ void AcrossFilter::ExtendEdges(float* row) const {
         std::copy_n(end - mChannels, mChannels, end + i * mChannels);
 }
 
+RowWeights AcrossFilter::Weights() const {
+    return {.begins = mBegins.data(),
+            .counts = mCounts.data(),
+            .weights = mPlan.WeightsOf(0),
+            .stride = static_cast<std::size_t>(mPlan.MaxCount()),
+            .size = mPlan.Size()};
+}
+
 void AcrossFilter::Sum(const FilteredRows& rows) const {
-    GetResampleKernels().filterRows(static_cast<int>(mChannels), rows,
-                                    {.begins = mBegins.data(),
-                                     .counts = mCounts.data(),
-                                     .weights = mPlan.WeightsOf(0),
-                                     .stride = static_cast<std::size_t>(mPlan.MaxCount()),
-                                     .size = mPlan.Size()});
+    GetResampleKernels().filterRows(static_cast<int>(mChannels), rows, Weights());
 }
 
 void AcrossFilter::Range(const float* low, const float* high, float* least, float* most) const {

@@ -15,6 +15,8 @@ namespace Kavra::Common {
 class AcrossFilter {
 public:
     explicit AcrossFilter(const Resampling& resampling);
+    /// By the plan of a row of `fromCount` pixels.
+    AcrossFilter(AxisPlan plan, int channels, int fromCount);
 
     const AxisPlan& Plan() const { return mPlan; }
     std::size_t Stride() const { return mStride; }
@@ -22,6 +24,9 @@ public:
 
     /// Fills in what stands on both sides of a row whose own floats are there.
     void ExtendEdges(float* row) const;
+
+    /// What the kernels take.
+    RowWeights Weights() const;
 
     /// Filters up to four rows, which share their weights.
     void Sum(const FilteredRows& rows) const;

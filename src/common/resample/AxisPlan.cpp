@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <ranges>
 
 namespace Kavra::Common {
@@ -66,6 +67,10 @@ AxisPlan::AxisPlan(const ResampleAxis& axis, const ResampleFilter& filter, float
     mWeights.resize(mReaches.size() * mStride);
     mWeights.shrink_to_fit();
 
+    FindEnds();
+}
+
+void AxisPlan::FindEnds() {
     mFirst = std::ranges::min(mReaches, {}, &Reach::first).first;
     mEnd = std::ranges::max(mReaches | std::views::transform([](const Reach& r) { return r.first + r.count; }));
 }
@@ -98,6 +103,68 @@ void AxisPlan::Add(const ResampleAxis& axis, const ResampleFilter& filter, float
     std::fill(weights + result.count, weights + mStride, 0.0F);
     mReaches.push_back(result);
 }
+
+// --- Precise weights -------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// What a pixel of the result covers of each pixel of the source, in parts of `to` a pixel.
+Reach Covered(std::int64_t from, std::int64_t to, std::int64_t pixel, std::vector<double>& weights) {
+    const std::int64_t begin = pixel * from, end = begin + from;
+    const Reach reach{begin / to, static_cast<int>((end + to - 1) / to - begin / to)};
+    for (std::int64_t i = reach.first; i < reach.first + reach.count; ++i)
+        weights.push_back(static_cast<double>(std::min(end, (i + 1) * to) - std::max(begin, i * to)));
+    return reach;
+}
+
+/// What lies under a filter of `width` pixels of the result.
+Reach Under(const ResampleFilter& filter, double ratio, int pixel, std::vector<double>& weights) {
+    const double centre = (pixel + 0.5) / ratio, radius = static_cast<double>(filter.width) / 2 / ratio;
+    Reach reach{static_cast<std::int64_t>(std::ceil(centre - radius - 0.5)), 0};
+    for (std::int64_t i = reach.first; static_cast<double>(i) + 0.5 <= centre + radius; ++i) {
+        const double distance = (static_cast<double>(i) + 0.5 - centre) * ratio;
+        const float weight = filter.Weight(static_cast<float>(distance));
+        if (weight == 0.0F && weights.empty()) {
+            ++reach.first;
+        } else {
+            weights.push_back(static_cast<double>(weight));
+        }
+    }
+    while (weights.back() == 0.0)
+        weights.pop_back();
+    reach.count = static_cast<int>(weights.size());
+    return reach;
+}
+
+}  // namespace
+
+void AxisPlan::AddPrecise(const Reach& reach, const std::vector<double>& weights) {
+    const double total = std::accumulate(weights.begin(), weights.end(), 0.0);
+    for (const double weight : weights)
+        mWeights.push_back(static_cast<float>(weight / total));
+    mWeights.resize((mReaches.size() + 1) * mStride);
+    mReaches.push_back(reach);
+}
+
+AxisPlan AxisPlan::Precise(int from, int to, Devices::EResampleFilter kind) {
+    constexpr float kNoGrowth = 1;
+    const ResampleFilter filter(kind, kNoGrowth);
+    const bool isCovered = kind == Devices::kResampleBox || from == to;
+    const double ratio = static_cast<double>(to) / from;
+    AxisPlan plan;
+    // The pixels under the filter, and those that it touches at both ends.
+    plan.mStride = from == to ? 1 : static_cast<std::size_t>(static_cast<double>(filter.width) / ratio) + 2;
+    std::vector<double> weights;
+    for (int pixel = 0; pixel < to; ++pixel) {
+        weights.clear();
+        const Reach reach = isCovered ? Covered(from, to, pixel, weights) : Under(filter, ratio, pixel, weights);
+        plan.AddPrecise(reach, weights);
+    }
+    plan.FindEnds();
+    return plan;
+}
+
+// --- Errors ----------------------------------------------------------------------------------------------------------
 
 AxisPlan::Sums AxisPlan::LargestSums() const {
     Sums largest;

@@ -53,6 +53,10 @@ public:
     /// `keepsZeros`, as a value that is no number counts even there.
     AxisPlan(const ResampleAxis& axis, const ResampleFilter& filter, float radius, bool keepsZeros);
 
+    /// Of a side that shrinks from `from` to `to` pixels or stays, apart from the library's ways: positions in double
+    /// precision, of a box the share of each pixel that is covered. A side that stays is not filtered.
+    static AxisPlan Precise(int from, int to, Devices::EResampleFilter filter);
+
     std::size_t Size() const { return mReaches.size(); }
     const Reach& ReachOf(std::size_t to) const { return mReaches[to]; }
     /// As many as the longest reach has, those behind the reach's own 0.
@@ -71,7 +75,11 @@ public:
     Sums LargestSums() const;
 
 private:
+    AxisPlan() = default;
+
     void Add(const ResampleAxis& axis, const ResampleFilter& filter, float radius, bool keepsZeros, int to);
+    void AddPrecise(const Reach& reach, const std::vector<double>& weights);
+    void FindEnds();
 
     std::vector<Reach> mReaches;
     std::vector<float> mWeights;

@@ -100,7 +100,19 @@ void Store(ElementType element, const float* in, std::size_t count, unsigned cha
 
 // --- Down ------------------------------------------------------------------------------------------------------------
 
+/// Whether a product is added before it is rounded, where the machine has an instruction for it, or after.
+enum class Products : bool { kFused, kUnfused };
+
+template <Products kProducts, class V>
+HWY_INLINE V AddProduct(V a, V b, V sum) {
+    if constexpr (kProducts == Products::kFused)
+        return hn::MulAdd(a, b, sum);
+    else
+        return hn::Add(hn::Mul(a, b), sum);
+}
+
 /// Four vectors of sums stay in registers while the rows pass under them.
+template <Products kProducts>
 void AddRows(const FloatRows& rows, const float* weights, std::size_t count, std::size_t width, float* sums,
              bool begins) {
     const TagF32 df;
@@ -118,10 +130,10 @@ void AddRows(const FloatRows& rows, const float* weights, std::size_t count, std
             if (weights[y] == 0.0F) continue;
             const Floats weight = hn::Set(df, weights[y]);
             const float* const in = rows.Row(y) + x;
-            a = hn::MulAdd(hn::LoadU(df, in), weight, a);
-            b = hn::MulAdd(hn::LoadU(df, in + n), weight, b);
-            c = hn::MulAdd(hn::LoadU(df, in + 2 * n), weight, c);
-            d = hn::MulAdd(hn::LoadU(df, in + 3 * n), weight, d);
+            a = AddProduct<kProducts>(hn::LoadU(df, in), weight, a);
+            b = AddProduct<kProducts>(hn::LoadU(df, in + n), weight, b);
+            c = AddProduct<kProducts>(hn::LoadU(df, in + 2 * n), weight, c);
+            d = AddProduct<kProducts>(hn::LoadU(df, in + 3 * n), weight, d);
         }
         hn::StoreU(a, df, out);
         hn::StoreU(b, df, out + n);
@@ -151,7 +163,7 @@ void RangeRows(const FloatRows& rows, const float* weights, std::size_t count, s
 // --- Across ----------------------------------------------------------------------------------------------------------
 
 /// Three or four channels: a pixel is a vector. Of three, the fourth lane is the next pixel's, and is written over.
-template <int kChannels, std::size_t kRows>
+template <Products kProducts, int kChannels, std::size_t kRows>
 void FilterPixels(const FilteredRows& rows, const RowWeights& plan) {
     const Four d;
     for (std::size_t x = 0; x < plan.size; ++x) {
@@ -162,10 +174,10 @@ void FilterPixels(const FilteredRows& rows, const RowWeights& plan) {
         for (std::size_t tap = 0; tap < plan.counts[x]; ++tap) {
             const auto weight = hn::Set(d, weights[tap]);
             const float* const at = in + tap * kChannels;
-            a = hn::MulAdd(hn::LoadU(d, at), weight, a);
-            if constexpr (kRows > 1) b = hn::MulAdd(hn::LoadU(d, at + stride), weight, b);
-            if constexpr (kRows > 2) c = hn::MulAdd(hn::LoadU(d, at + 2 * stride), weight, c);
-            if constexpr (kRows > 3) e = hn::MulAdd(hn::LoadU(d, at + 3 * stride), weight, e);
+            a = AddProduct<kProducts>(hn::LoadU(d, at), weight, a);
+            if constexpr (kRows > 1) b = AddProduct<kProducts>(hn::LoadU(d, at + stride), weight, b);
+            if constexpr (kRows > 2) c = AddProduct<kProducts>(hn::LoadU(d, at + 2 * stride), weight, c);
+            if constexpr (kRows > 3) e = AddProduct<kProducts>(hn::LoadU(d, at + 3 * stride), weight, e);
         }
         hn::StoreU(a, d, rows.to.Row(0) + x * kChannels);
         if constexpr (kRows > 1) hn::StoreU(b, d, rows.to.Row(1) + x * kChannels);
@@ -174,8 +186,17 @@ void FilterPixels(const FilteredRows& rows, const RowWeights& plan) {
     }
 }
 
+/// The sum of four lanes: in whatever order the machine adds them, or in one.
+template <Products kProducts, class V>
+HWY_INLINE float SumOfLanes(V v) {
+    if constexpr (kProducts == Products::kFused) return hn::ReduceSum(Four(), v);
+    const auto halves = hn::Add(v, hn::Shuffle1032(v));
+    return hn::GetLane(hn::Add(halves, hn::Shuffle2301(halves)));
+}
+
 /// One channel, four taps to a vector; the taps behind the last whole vector one by one, since a value that is not in
 /// the reach may be no number.
+template <Products kProducts>
 void FilterGrey(const float* row, float* out, const RowWeights& plan) {
     const Four d;
     for (std::size_t x = 0; x < plan.size; ++x) {
@@ -184,8 +205,8 @@ void FilterGrey(const float* row, float* out, const RowWeights& plan) {
         const std::size_t count = plan.counts[x], whole = count & ~std::size_t{3};
         auto sums = hn::Zero(d);
         for (std::size_t tap = 0; tap < whole; tap += 4)
-            sums = hn::MulAdd(hn::LoadU(d, in + tap), hn::LoadU(d, weights + tap), sums);
-        float sum = whole > 0 ? hn::ReduceSum(d, sums) : 0.0F;
+            sums = AddProduct<kProducts>(hn::LoadU(d, in + tap), hn::LoadU(d, weights + tap), sums);
+        float sum = whole > 0 ? SumOfLanes<kProducts>(sums) : 0.0F;
         for (std::size_t tap = whole; tap < count; ++tap)
             sum += in[tap] * weights[tap];
         out[x] = sum;
@@ -193,6 +214,7 @@ void FilterGrey(const float* row, float* out, const RowWeights& plan) {
 }
 
 /// Two channels, two taps to a vector.
+template <Products kProducts>
 void FilterPairs(const float* row, float* out, const RowWeights& plan) {
     const Four d;
     const hn::FixedTag<float, 2> half;
@@ -205,36 +227,38 @@ void FilterPairs(const float* row, float* out, const RowWeights& plan) {
             const auto pair = hn::LoadU(half, weights + tap);
             const auto twice =
                 hn::Combine(d, hn::InterleaveUpper(half, pair, pair), hn::InterleaveLower(half, pair, pair));
-            sums = hn::MulAdd(hn::LoadU(d, in + 2 * tap), twice, sums);
+            sums = AddProduct<kProducts>(hn::LoadU(d, in + 2 * tap), twice, sums);
         }
         auto sum = hn::Add(hn::LowerHalf(half, sums), hn::UpperHalf(half, sums));
-        if (whole < count) sum = hn::MulAdd(hn::LoadU(half, in + 2 * whole), hn::Set(half, weights[whole]), sum);
+        if (whole < count)
+            sum = AddProduct<kProducts>(hn::LoadU(half, in + 2 * whole), hn::Set(half, weights[whole]), sum);
         hn::StoreU(sum, half, out + 2 * x);
     }
 }
 
-template <int kChannels>
+template <Products kProducts, int kChannels>
 void FilterUpToFour(const FilteredRows& rows, const RowWeights& plan) {
     switch (rows.count) {
         case 1:
-            return FilterPixels<kChannels, 1>(rows, plan);
+            return FilterPixels<kProducts, kChannels, 1>(rows, plan);
         case 2:
-            return FilterPixels<kChannels, 2>(rows, plan);
+            return FilterPixels<kProducts, kChannels, 2>(rows, plan);
         case 3:
-            return FilterPixels<kChannels, 3>(rows, plan);
+            return FilterPixels<kProducts, kChannels, 3>(rows, plan);
         default:
-            return FilterPixels<kChannels, 4>(rows, plan);
+            return FilterPixels<kProducts, kChannels, 4>(rows, plan);
     }
 }
 
+template <Products kProducts>
 void FilterRows(int channels, const FilteredRows& rows, const RowWeights& plan) {
-    if (channels == 4) return FilterUpToFour<4>(rows, plan);
-    if (channels == 3) return FilterUpToFour<3>(rows, plan);
+    if (channels == 4) return FilterUpToFour<kProducts, 4>(rows, plan);
+    if (channels == 3) return FilterUpToFour<kProducts, 3>(rows, plan);
     for (std::size_t y = 0; y < rows.count; ++y) {
         if (channels == 2)
-            FilterPairs(rows.from.Row(y), rows.to.Row(y), plan);
+            FilterPairs<kProducts>(rows.from.Row(y), rows.to.Row(y), plan);
         else
-            FilterGrey(rows.from.Row(y), rows.to.Row(y), plan);
+            FilterGrey<kProducts>(rows.from.Row(y), rows.to.Row(y), plan);
     }
 }
 
@@ -346,9 +370,11 @@ void ExactFour(const ExactSum* sums, std::size_t count, unsigned char* const* ou
 
 const ResampleKernels& ResampleTable() {
     static constexpr ResampleKernels kTable = {.toFloats = ToFloatsOf,
-                                               .addRows = AddRows,
+                                               .addRows = AddRows<Products::kFused>,
                                                .rangeRows = RangeRows,
-                                               .filterRows = FilterRows,
+                                               .filterRows = FilterRows<Products::kFused>,
+                                               .addRowsUnfused = AddRows<Products::kUnfused>,
+                                               .filterRowsUnfused = FilterRows<Products::kUnfused>,
                                                .store = Store,
                                                .findTies = FindTies,
                                                .exactFour = ExactFour};

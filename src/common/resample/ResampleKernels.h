@@ -63,6 +63,12 @@ struct ResampleKernels {
     /// Each pixel of the result the weighted sum of those in its reach. For 1 to 4 channels.
     void (*filterRows)(int channels, const FilteredRows& rows, const RowWeights& weights);
 
+    /// `addRows` and `filterRows` with each product rounded before it is added, so that sums are the same in vectors of any
+    /// width.
+    void (*addRowsUnfused)(const FloatRows& rows, const float* weights, std::size_t count, std::size_t width,
+                           float* sums, bool begins);
+    void (*filterRowsUnfused)(int channels, const FilteredRows& rows, const RowWeights& weights);
+
     /// Rounds to elements: half away from zero for integers, to nearest even for halves.
     void (*store)(Devices::ElementType, const float* in, std::size_t count, unsigned char* out);
 

@@ -1,9 +1,9 @@
 #include "common/resample/WorkingColours.h"
 
+#include "common/SrgbCurve.h"
 #include "common/resample/ResampleKernels.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -12,14 +12,6 @@ namespace Kavra::Common {
 namespace {
 
 using Devices::ElementType;
-
-/// IEC 61966-2-1, from what is stored to light and back, both 0 to 1.
-float LightOfSrgb(float v) {
-    return v <= 0.04045F ? v / 12.92F : std::pow((v + 0.055F) / 1.055F, 2.4F);
-}
-float SrgbOfLight(float v) {
-    return v <= 0.0031308F ? v * 12.92F : 1.055F * std::pow(v, 1.0F / 2.4F) - 0.055F;
-}
 
 /// Of the whole: small enough to be seen in no pixel that anything opaque lies near, and large enough to leave colours
 /// their digits where nothing does.
