@@ -1,0 +1,138 @@
+/// \file
+/// The smaller levels of textures.
+///
+/// A level has half of the sides of the one before it, rounded down, and 1 at least. Each is filtered from the one before,
+/// which is kept in floats on the way: neither rounding nor clipping adds up, and what a level takes falls by four each
+/// time. Where sides are powers of two, the box's levels are the means of level 0 itself; the wider filters are a little
+/// softer after many levels than one filter as wide as all of them, by less than a step of 8 bits in photographs.
+#pragma once
+
+#include <kavra/devices/Export.h>
+#include <kavra/devices/Resampler.h>
+#include <kavra/devices/TextureFile.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Kavra::Devices {
+
+/// What lies beyond the edges of a flat picture or a volume.
+enum EMipEdges : std::int32_t {
+    kMipClamp = 0,  ///< the last pixel again
+    kMipWrap = 1,   ///< the pixels of the opposite side: the texture is a tile
+};
+
+/// What the channels of a texture are.
+enum EMipContent : std::int32_t {
+    kMipColours = 0,  ///< colours or data, each channel by itself
+    /// Red, green and blue are the parts of vectors: integers of 0 to 1 stand for -1 to 1, halves and floats for themselves.
+    /// In each level they are of length 1, and (0, 0, 1) where they cancel out. What follows them is data. Formats of two
+    /// channels are taken as `kMipNormalsXY`.
+    kMipNormals = 1,
+    /// The same of which only red and green are looked at; the third part is what makes the length 1. Where the format has
+    /// a blue channel, that of the lower levels is the third part.
+    kMipNormalsXY = 2,
+};
+
+/// How levels are made. As it stands: the mean of the pixels that a pixel covers, each channel as it is stored.
+struct MipOptions {
+    std::uint32_t size = sizeof(MipOptions);  ///< of the structure as its user knows it, in bytes
+    /// `kResampleBox`, `kResampleTriangle`, `kResampleMitchell`, `kResampleCatmullRom` or `kResampleLanczos3`. A box takes
+    /// of a pixel that it covers in part just that part, as in odd sizes.
+    EResampleFilter filter = kResampleBox;
+    EMipEdges edges = kMipClamp;        ///< of flat pictures and volumes, along all sides; a cube map has none
+    EMipContent content = kMipColours;  ///< what the channels are
+    /// Undoes the curve of sRGB (IEC 61966-2-1) before filtering 8- and 16-bit colours and applies it again afterwards.
+    /// Alpha has no curve. Halves and floats are linear anyway, and vectors are.
+    bool linearLight = false;
+    /// Weights each pixel's colours by its alpha, so that what is transparent lends its neighbours no colour. For straight
+    /// alpha; not for premultiplied colours, nor where the last channel is data. Formats without alpha, and vectors, have
+    /// no such weights.
+    bool alphaWeighted = false;
+    /// For cut-outs: the alpha, up to 1, from which on a pixel is seen. In each level alpha is multiplied by the number
+    /// nearest to 1 that makes the share of such pixels that of level 0, or as near as it can be: I. Castaño, "Computing
+    /// Alpha Mipmaps", 2010. The pixels of all faces or slices are counted together; colours stay, as straight ones do.
+    /// 0: alpha is what the filter makes it, as it is in formats without alpha.
+    float keepCoverage = 0;
+};
+
+/// The options that suit what a texture says of itself: light where it is sRGB, weights where its alpha is straight.
+inline MipOptions MipOptionsFor(const TextureShape& shape) {
+    MipOptions options;
+    options.linearLight = shape.isSrgb;
+    options.alphaWeighted = shape.alpha == kTextureAlphaStraight;
+    return options;
+}
+
+/// Level 0 where it is not packed, or not in one piece. Somebody else's.
+struct MipSource {
+    std::uint32_t size = sizeof(MipSource);  ///< of the structure as its user knows it, in bytes
+    /// The first row of each picture: of a flat texture or a volume one for each element, of a cube map six for each, in
+    /// the order +x -x +y -y +z -z.
+    const void* const* pictures = nullptr;
+    std::size_t pitch = 0;       ///< bytes from row to row; 0: rows are packed
+    std::size_t slicePitch = 0;  ///< bytes from slice to slice of a volume; 0: `height` pitches
+};
+
+/// One level of one picture.
+struct MipLevel {
+    std::uint32_t size = sizeof(MipLevel);  ///< of the structure as its user knows it, in bytes
+    int element = 0;                        ///< of an array
+    int level = 0;                          ///< 1 and up
+    int face = 0;                           ///< 0 unless of a cube map
+    int width = 0, height = 0, depth = 1;   ///< pixels, rows and slices of this level
+    const void* pixels = nullptr;           ///< packed, slice by slice; of the chain's maker, until the call returns
+    std::uint64_t bytes = 0;                ///< of all of them
+};
+
+/// Where levels go.
+class IMipSink {
+public:
+    virtual ~IMipSink() = default;
+    /// Takes a level of a picture. They come once each: element by element, of an element level by level from 1 on, of a
+    /// level face by face, on the thread that asked for the chain. False ends the work.
+    virtual bool TakeLevel(const MipLevel& level) = 0;
+};
+
+/// Levels of a whole chain, down to 1 x 1 x 1, level 0 among them. Sides below 1 count as 1. Threads: any.
+KAVRA_DEVICES_API int MipLevels(int width, int height, int depth = 1);
+
+/// A side of a level of 0 and up, where that of level 0 is `side`. Threads: any.
+KAVRA_DEVICES_API int MipSide(int side, int level);
+
+/// Bytes of a texture with all its levels, packed as `TextureShape` says. 0 where no chain of it can be made. Threads: any.
+KAVRA_DEVICES_API std::uint64_t MipChainBytes(const TextureShape& shape);
+
+/// Makes levels 1 to `shape.levels - 1` of a texture and hands each to a sink as soon as it is there.
+///
+/// `shape` has a format that is not block-compressed; sides of 1 to 2^20, of a volume 65,536 slices at most, of a cube map
+/// square; 1 to `MipLevels` levels; and at least one element. `isSrgb` and `alpha` of it are not looked at: options say what
+/// is done (`MipOptionsFor`). Filters that reach beyond the edge of a face take the pixels of the neighbouring faces, and
+/// beyond a corner the mean of the three that meet there, so that no seams show. Volumes are filtered in all three
+/// directions.
+///
+/// The same input gives the same bytes, whatever the number of threads or the width of vectors. All cores are used. Takes,
+/// beside level 0, the floats of levels 1 and 2 of all faces and slices (16 bytes a pixel of four channels), and level 1 of
+/// one face as it is stored: 400 MB for 8192 x 8192 pixels. A float that is no number makes none of those that the filter
+/// reaches from it, and no others; where it is one it is the quiet one without a sign.
+///
+/// False, and nothing handed over, where an argument is none of these, an option is none, or vectors are asked for of a
+/// format of one channel; false also where the sink says so. Throws `std::bad_alloc`, and what the sink throws. Threads:
+/// any, of a sink one.
+KAVRA_DEVICES_API bool BuildMipChain(const TextureShape& shape, const MipSource& level0, IMipSink& sink,
+                                     const MipOptions& options = {});
+
+/// The same from packed pixels, element by element and of an element face by face, into a whole texture of
+/// `MipChainBytes(shape)`, level 0 among it. The two do not overlap.
+///
+///     TextureShape shape;
+///     shape.format = kR8G8B8A8;
+///     shape.isSrgb = true;
+///     shape.width = shape.height = 1024;
+///     shape.levels = MipLevels(1024, 1024);
+///     std::vector<unsigned char> texture(MipChainBytes(shape));
+///     BuildMipChain(shape, photo, texture.data(), MipOptionsFor(shape));
+KAVRA_DEVICES_API bool BuildMipChain(const TextureShape& shape, const void* level0, void* texture,
+                                     const MipOptions& options = {});
+
+}  // namespace Kavra::Devices

@@ -1,0 +1,227 @@
+#include "common/KnownFields.h"
+#include "common/Limits.h"
+#include "common/PixelFormats.h"
+#include "common/dds/DdsShape.h"
+#include "common/mips/MipBuilder.h"
+#include "common/mips/MipColours.h"
+
+#include <kavra/devices/MipChain.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace Kavra::Devices {
+
+namespace {
+
+using Common::FactsOf;
+using Common::MipBuilder;
+using Common::MipColours;
+using Common::MipTexture;
+using Dds::Extent;
+
+Extent SizeOf(const TextureShape& shape) {
+    return {shape.width, shape.height, shape.depth};
+}
+
+bool IsPossible(const TextureShape& shape) {
+    if (shape.type != kTexture2D && shape.type != kTextureCube && shape.type != kTextureVolume) return false;
+    if (!FactsOf(shape.format).HasPixels() || !Dds::IsSane(shape.width, shape.height, shape.depth)) return false;
+    if (shape.type != kTextureVolume && shape.depth != 1) return false;
+    if (shape.type == kTextureCube && shape.width != shape.height) return false;
+    return shape.elements >= 1 && shape.levels >= 1 && shape.levels <= Dds::FullMipChain(SizeOf(shape));
+}
+
+bool IsPossible(const MipOptions& options) {
+    const bool isFilter = options.filter >= kResampleBox && options.filter <= kResampleLanczos3;
+    const bool isEdge = options.edges == kMipClamp || options.edges == kMipWrap;
+    const bool isContent = options.content >= kMipColours && options.content <= kMipNormalsXY;
+    return isFilter && isEdge && isContent && options.keepCoverage >= 0 && options.keepCoverage <= 1;
+}
+
+/// What is to be made, with fields that callers do not know as they are by default.
+struct Request {
+    TextureShape shape;
+    MipOptions options;
+
+    Request(const TextureShape& asked, const MipOptions& how) {
+        Common::CopyKnownFields(asked, shape);
+        Common::CopyKnownFields(how, options);
+        if (options.content != kMipColours) options.linearLight = options.alphaWeighted = false;
+    }
+};
+
+std::size_t PicturesOf(const TextureShape& shape) {
+    return static_cast<std::size_t>(shape.elements) * static_cast<std::size_t>(FaceCount(shape.type));
+}
+
+/// Bytes of one level of one face; the largest number where that is too much to be counted.
+std::uint64_t FaceBytes(const TextureShape& shape, int level) {
+    const Extent size = Dds::LevelSize(SizeOf(shape), level);
+    const auto pixels = static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
+    const auto sliceBytes = pixels * static_cast<unsigned>(FactsOf(shape.format).BytesPerPixel());
+    return Common::Product<std::uint64_t>(sliceBytes, static_cast<unsigned>(size.depth));
+}
+
+/// Of levels before `level`, of one face.
+std::uint64_t OffsetOf(const TextureShape& shape, int level) {
+    std::uint64_t bytes = 0;
+    for (int i = 0; i < level; ++i)
+        bytes = Common::Sum<std::uint64_t>(bytes, FaceBytes(shape, i));
+    return bytes;
+}
+
+/// `level0` as far as its user knows it, with the pitches that stand for 0. `pictures` is null where it is none.
+MipSource Known(const MipSource& level0, const TextureShape& shape) {
+    MipSource known;
+    Common::CopyKnownFields(level0, known);
+    const auto height = static_cast<std::size_t>(shape.height);
+    const auto rowBytes =
+        static_cast<std::size_t>(shape.width) * static_cast<unsigned>(FactsOf(shape.format).BytesPerPixel());
+    if (known.pitch == 0) known.pitch = rowBytes;
+    const std::size_t least = Common::Product<std::size_t>(known.pitch, height);
+    if (known.slicePitch == 0) known.slicePitch = least;
+    const bool areApart = known.pitch >= rowBytes && (shape.depth == 1 || known.slicePitch >= least);
+    const auto isNull = [](const void* picture) { return picture == nullptr; };
+    if (known.pictures == nullptr) return known;
+    const bool isMissing = std::any_of(known.pictures, known.pictures + PicturesOf(shape), isNull);
+    if (!areApart || isMissing) known.pictures = nullptr;
+    return known;
+}
+
+/// Where the levels of a chain are stored.
+class Places {
+public:
+    virtual ~Places() = default;
+    virtual unsigned char* For(const MipLevel& level) = 0;
+    /// Its pixels are there. False ends the work.
+    virtual bool Done(MipLevel& level) = 0;
+};
+
+class PlacesForSink final : public Places {
+public:
+    explicit PlacesForSink(IMipSink& sink) : mSink(sink) {}
+
+    unsigned char* For(const MipLevel& level) override {
+        if (mCapacity < level.bytes) {
+            mPixels.reset();
+            mPixels = std::make_unique_for_overwrite<unsigned char[]>(level.bytes);
+            mCapacity = level.bytes;
+        }
+        return mPixels.get();
+    }
+    bool Done(MipLevel& level) override {
+        level.pixels = mPixels.get();
+        return mSink.TakeLevel(level);
+    }
+
+private:
+    IMipSink& mSink;
+    std::unique_ptr<unsigned char[]> mPixels;
+    std::uint64_t mCapacity = 0;
+};
+
+/// In a packed texture.
+class PlacesInTexture final : public Places {
+public:
+    PlacesInTexture(const TextureShape& shape, unsigned char* texture) : mShape(shape), mTexture(texture) {}
+
+    unsigned char* For(const MipLevel& level) override {
+        const auto faces = static_cast<std::uint64_t>(FaceCount(mShape.type));
+        const std::uint64_t face =
+            static_cast<std::uint64_t>(level.element) * faces + static_cast<unsigned>(level.face);
+        return mTexture + face * OffsetOf(mShape, mShape.levels) + OffsetOf(mShape, level.level);
+    }
+    bool Done(MipLevel& /*level*/) override { return true; }
+
+private:
+    const TextureShape& mShape;
+    unsigned char* mTexture;
+};
+
+bool BuildElement(const Request& request, const MipTexture& texture, const MipColours& colours, int element,
+                  Places& places) {
+    MipBuilder builder(texture, colours, request.options);
+    for (int level = 1; level < request.shape.levels; ++level) {
+        builder.Next();
+        for (int face = 0; face < FaceCount(request.shape.type); ++face) {
+            MipLevel made;
+            made.element = element;
+            made.level = level;
+            made.face = face;
+            made.width = builder.Size().width;
+            made.height = builder.Size().height;
+            made.depth = builder.Size().depth;
+            made.bytes = builder.FaceBytes();
+            builder.Store(static_cast<std::size_t>(face), places.For(made));
+            if (!places.Done(made)) return false;
+        }
+    }
+    return true;
+}
+
+bool Build(const Request& request, const MipSource& level0, Places& places) {
+    const TextureShape& shape = request.shape;
+    const auto colours = Common::NewMipColours(FactsOf(shape.format), request.options);
+    if (!colours) return false;
+    if (shape.levels == 1) return true;
+    const auto faces = static_cast<std::size_t>(FaceCount(shape.type));
+    for (int element = 0; element < shape.elements; ++element) {
+        const std::span first(level0.pictures + static_cast<std::size_t>(element) * faces, faces);
+        if (!BuildElement(request, {SizeOf(shape), first, level0.pitch, level0.slicePitch}, *colours, element, places))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int MipLevels(int width, int height, int depth) {
+    return Dds::FullMipChain({width, height, depth});
+}
+
+int MipSide(int side, int level) {
+    return Dds::LevelSize({side, 1, 1}, level).width;
+}
+
+std::uint64_t MipChainBytes(const TextureShape& asked) {
+    const TextureShape shape = Request(asked, {}).shape;
+    if (!IsPossible(shape)) return 0;
+    const std::uint64_t bytes = Common::Product<std::uint64_t>(OffsetOf(shape, shape.levels), PicturesOf(shape));
+    return bytes <= std::numeric_limits<std::size_t>::max() / 2 ? bytes : 0;
+}
+
+bool BuildMipChain(const TextureShape& asked, const MipSource& level0, IMipSink& sink, const MipOptions& options) {
+    const Request request(asked, options);
+    if (MipChainBytes(request.shape) == 0 || !IsPossible(request.options)) return false;
+    const MipSource source = Known(level0, request.shape);
+    PlacesForSink places(sink);
+    return source.pictures != nullptr && Build(request, source, places);
+}
+
+bool BuildMipChain(const TextureShape& asked, const void* level0, void* texture, const MipOptions& options) {
+    const Request request(asked, options);
+    const TextureShape& shape = request.shape;
+    if (MipChainBytes(shape) == 0 || !IsPossible(request.options) || level0 == nullptr || texture == nullptr)
+        return false;
+    if (request.options.content != kMipColours && FactsOf(shape.format).channels < 2) return false;
+
+    PlacesInTexture places(shape, static_cast<unsigned char*>(texture));
+    const auto bytes = static_cast<std::size_t>(FaceBytes(shape, 0));
+    std::vector<const void*> pictures(PicturesOf(shape));
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+        pictures[i] = static_cast<const unsigned char*>(level0) + i * bytes;
+        MipLevel copy;
+        copy.face = static_cast<int>(i % static_cast<std::size_t>(FaceCount(shape.type)));
+        copy.element = static_cast<int>(i / static_cast<std::size_t>(FaceCount(shape.type)));
+        std::memcpy(places.For(copy), pictures[i], bytes);
+    }
+    MipSource source;
+    source.pictures = pictures.data();
+    return Build(request, Known(source, shape), places);
+}
+
+}  // namespace Kavra::Devices
