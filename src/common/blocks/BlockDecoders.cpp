@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -70,14 +71,37 @@ void PutIndexed(const unsigned char* block, const std::array<Value, 8>& values, 
     }
 }
 
-/// An unsigned channel.
-void DecodeChannel(const unsigned char* block, unsigned char* out, std::size_t pitch, std::size_t step) {
+using Channel = std::array<std::uint8_t, 8>;
+
+/// What the indices of an unsigned channel stand for.
+Channel ValuesOf(const unsigned char* block) {
     const int a = block[0], b = block[1];
     const int steps = a > b ? 7 : 5;
-    std::array<unsigned char, 8> values{block[0], block[1], 0, 0, 0, 0, 0, 255};
+    Channel values{block[0], block[1], 0, 0, 0, 0, 0, 255};
     for (int i = 1; i < steps; ++i)
         values[static_cast<std::size_t>(i) + 1] = static_cast<std::uint8_t>(((steps - i) * a + i * b + 1) / steps);
-    PutIndexed(block, values, out, pitch, step);
+    return values;
+}
+
+void DecodeChannel(const unsigned char* block, unsigned char* out, std::size_t pitch, std::size_t step) {
+    PutIndexed(block, ValuesOf(block), out, pitch, step);
+}
+
+/// Two unsigned channels of which nothing else is known: blue 0, opaque.
+void DecodePair(const unsigned char* red, const unsigned char* green, unsigned char* out, std::size_t pitch) {
+    const Channel redValues = ValuesOf(red), greenValues = ValuesOf(green);
+    std::array<std::uint32_t, 8> reds{}, greens{};  // pixels of which the other one is 0
+    for (std::size_t i = 0; i < reds.size(); ++i) {
+        reds[i] = std::bit_cast<std::uint32_t>(Colour{redValues[i], 0, 0, 255});
+        greens[i] = std::bit_cast<std::uint32_t>(Colour{0, greenValues[i], 0, 0});
+    }
+    std::uint64_t redBits = LittleBits(red + 2, 6), greenBits = LittleBits(green + 2, 6);
+    for (int y = 0; y < kBlockSide; ++y, out += pitch) {
+        for (std::size_t x = 0; x < kBlockSide; ++x, redBits >>= 3, greenBits >>= 3) {
+            const std::uint32_t pixel = reds[redBits & 7] | greens[greenBits & 7];
+            std::memcpy(out + x * kPixelBytes, &pixel, kPixelBytes);
+        }
+    }
 }
 
 /// A signed channel: `convert(sum, parts)` makes a pixel of `sum / (127 * parts)`, which is -1 to 1. The lowest value is as
@@ -170,9 +194,7 @@ void DecodeBc5AsHalfs(const unsigned char* block, unsigned char* out, std::size_
 }
 
 void DecodeBc5(const unsigned char* block, unsigned char* out, std::size_t pitch) {
-    DecodeChannel(block, out, pitch, kPixelBytes);
-    DecodeChannel(block + kHalfBlock, out + 1, pitch, kPixelBytes);
-    SetBlue(0, out, pitch);
+    DecodePair(block, block + kHalfBlock, out, pitch);
 }
 
 void DecodeBc5Signed(const unsigned char* block, unsigned char* out, std::size_t pitch) {
@@ -183,9 +205,7 @@ void DecodeBc5Signed(const unsigned char* block, unsigned char* out, std::size_t
 }
 
 void DecodeAti2(const unsigned char* block, unsigned char* out, std::size_t pitch) {
-    DecodeChannel(block, out + 1, pitch, kPixelBytes);
-    DecodeChannel(block + kHalfBlock, out, pitch, kPixelBytes);
-    SetBlue(0, out, pitch);
+    DecodePair(block + kHalfBlock, block, out, pitch);
 }
 
 void DecodeBlockRow(DecodeBlock decode, std::span<const unsigned char> blocks, std::size_t blockBytes,
