@@ -1,6 +1,6 @@
 #include "common/dds/DdsCodeTable.h"
 
-#include "common/PixelFormats.h"
+#include "common/SrgbFormats.h"
 
 #include <algorithm>
 #include <iterator>
@@ -10,13 +10,12 @@ namespace {
 
 /// The number of pixels that are a format byte for byte.
 constexpr DxgiRow Of(Dxgi code, EFormat format) {
-    const Common::PixelFormat& facts = Common::FactsOf(format);
-    const bool isBlock = facts.bytesPerBlock > 0;
-    return {.code = code,
-            .unit = isBlock ? BlockUnit(static_cast<std::uint8_t>(facts.bytesPerBlock))
-                            : PixelUnit(static_cast<std::uint8_t>(facts.BytesPerPixel())),
-            .format = format,
-            .hasAlpha = facts.hasAlpha};
+    return {.code = code, .unit = UnitOf(format), .format = format, .hasAlpha = Common::FactsOf(format).hasAlpha};
+}
+constexpr DxgiRow Srgb(Dxgi code, EFormat format) {
+    DxgiRow row = Of(code, format);
+    row.isSrgb = true;
+    return row;
 }
 
 /// The first row of a format is the number it is written as. A typeless number is read as the first typed one of its
@@ -38,7 +37,7 @@ constexpr DxgiRow kDxgiRows[] = {
     {.code = kDxgiR11G11B10Float, .unit = PixelUnit(4), .hasAlpha = false},
     Of(kDxgiR8G8B8A8Unorm, kR8G8B8A8),
     Of(kDxgiR8G8B8A8Typeless, kR8G8B8A8),
-    Of(kDxgiR8G8B8A8UnormSrgb, kR8G8B8A8),
+    Srgb(kDxgiR8G8B8A8UnormSrgb, kR8G8B8A8),
     Of(kDxgiR8G8B8A8Uint, kR8G8B8A8),
     {.code = kDxgiR8G8B8A8Snorm, .unit = PixelUnit(4), .hasAlpha = true},
     Of(kDxgiR16G16Float, kR16G16F),
@@ -69,13 +68,13 @@ constexpr DxgiRow kDxgiRows[] = {
     {.code = kDxgiG8R8G8B8Unorm, .unit = PairUnit(), .hasAlpha = false},
     Of(kDxgiBC1Unorm, kBC1),
     Of(kDxgiBC1Typeless, kBC1),
-    Of(kDxgiBC1UnormSrgb, kBC1Srgb),
+    Srgb(kDxgiBC1UnormSrgb, kBC1Srgb),
     Of(kDxgiBC2Unorm, kBC2),
     Of(kDxgiBC2Typeless, kBC2),
-    Of(kDxgiBC2UnormSrgb, kBC2Srgb),
+    Srgb(kDxgiBC2UnormSrgb, kBC2Srgb),
     Of(kDxgiBC3Unorm, kBC3),
     Of(kDxgiBC3Typeless, kBC3),
-    Of(kDxgiBC3UnormSrgb, kBC3Srgb),
+    Srgb(kDxgiBC3UnormSrgb, kBC3Srgb),
     Of(kDxgiBC4Unorm, kBC4),
     Of(kDxgiBC4Typeless, kBC4),
     Of(kDxgiBC4Snorm, kBC4Snorm),
@@ -86,17 +85,17 @@ constexpr DxgiRow kDxgiRows[] = {
     {.code = kDxgiB5G5R5A1Unorm, .unit = PixelUnit(2), .hasAlpha = true},
     Of(kDxgiB8G8R8A8Unorm, kB8G8R8A8),
     Of(kDxgiB8G8R8A8Typeless, kB8G8R8A8),
-    Of(kDxgiB8G8R8A8UnormSrgb, kB8G8R8A8),
+    Srgb(kDxgiB8G8R8A8UnormSrgb, kB8G8R8A8),
     Of(kDxgiB8G8R8X8Unorm, kB8G8R8X8),
     Of(kDxgiB8G8R8X8Typeless, kB8G8R8X8),
-    Of(kDxgiB8G8R8X8UnormSrgb, kB8G8R8X8),
+    Srgb(kDxgiB8G8R8X8UnormSrgb, kB8G8R8X8),
     {.code = kDxgiR10G10B10XrBiasA2Unorm, .unit = PixelUnit(4), .hasAlpha = true},
     Of(kDxgiBC6HUf16, kBC6H),
     Of(kDxgiBC6HTypeless, kBC6H),
     Of(kDxgiBC6HSf16, kBC6HSigned),
     Of(kDxgiBC7Unorm, kBC7),
     Of(kDxgiBC7Typeless, kBC7),
-    Of(kDxgiBC7UnormSrgb, kBC7Srgb),
+    Srgb(kDxgiBC7UnormSrgb, kBC7Srgb),
     {.code = kDxgiAYUV, .unit = PixelUnit(4), .hasAlpha = true},
     {.code = kDxgiYUY2, .unit = PairUnit(), .hasAlpha = false},
     {.code = kDxgiB4G4R4A4Unorm, .unit = PixelUnit(2), .hasAlpha = true},
@@ -147,6 +146,13 @@ const DxgiRow* FindDxgi(std::uint32_t code) {
 const DxgiRow* FindDxgiOf(EFormat format) {
     if (format == kUnknown) return nullptr;
     const auto* row = std::ranges::find(kDxgiRows, format, &DxgiRow::format);
+    return row == std::end(kDxgiRows) ? nullptr : row;
+}
+
+const DxgiRow* FindSrgbDxgiOf(EFormat format) {
+    const auto* row = std::ranges::find_if(kDxgiRows, [format](const DxgiRow& candidate) {
+        return candidate.isSrgb && candidate.format == Common::WithSrgb(format);
+    });
     return row == std::end(kDxgiRows) ? nullptr : row;
 }
 

@@ -2,6 +2,7 @@
 /// the same.
 #pragma once
 
+#include "common/PixelFormats.h"
 #include "common/dds/DdsCodes.h"
 
 #include <kavra/devices/EFormat.h>
@@ -34,11 +35,20 @@ constexpr StoredUnit BlockUnit(std::uint8_t bytes) {
     return {.bytes = bytes, .width = 4, .height = 4};
 }
 
+/// A block or pixel of `format`; of 0 bytes where the format has neither.
+constexpr StoredUnit UnitOf(EFormat format) {
+    const Common::PixelFormat& facts = Common::FactsOf(format);
+    const bool isBlock = facts.bytesPerBlock > 0;
+    return isBlock ? BlockUnit(static_cast<std::uint8_t>(facts.bytesPerBlock))
+                   : PixelUnit(static_cast<std::uint8_t>(facts.BytesPerPixel()));
+}
+
 struct DxgiRow {
     Dxgi code;
     StoredUnit unit;
     EFormat format = kUnknown;  ///< the one whose pixels these are byte for byte; `kUnknown` if none
     bool hasAlpha = false;
+    bool isSrgb = false;  ///< the number says that colours are on the sRGB curve
 };
 
 /// The row of a number. Null for one that is not known.
@@ -46,6 +56,9 @@ const DxgiRow* FindDxgi(std::uint32_t code);
 
 /// The row of the number that pixels of `format` are written as. Null if there is none.
 const DxgiRow* FindDxgiOf(EFormat format);
+
+/// The row of the number that says sRGB of pixels of `format`, plain or sRGB. Null if there is none.
+const DxgiRow* FindSrgbDxgiOf(EFormat format);
 
 /// The number that means the same as a legacy code; `kDxgiUnknown` if none does.
 Dxgi DxgiOfLegacy(std::uint32_t fourCC);

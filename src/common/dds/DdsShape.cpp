@@ -93,4 +93,13 @@ std::uint64_t LevelEnd(const StoredUnit& unit, const Shape& shape, int level) {
     return LevelOffset(unit, shape, lastFace, level) + StoredLevelBytes(unit, LevelSize(shape.size, level));
 }
 
+std::optional<Shape> CommonShapeOf(const Header& header, const StoredUnit& unit, std::uint64_t bytes) {
+    const std::optional<Shape> flagged = ShapeOf(header);
+    if (!flagged || flagged->levels > 1 || header.mipCount < 2) return flagged;
+    Header meant = header;
+    meant.flags |= kHasMipCount;
+    const std::optional<Shape> shape = ShapeOf(meant);
+    return LevelEnd(unit, *shape, shape->levels - 1) <= bytes ? shape : flagged;
+}
+
 }  // namespace Kavra::Devices::Dds

@@ -50,6 +50,10 @@ Extent LevelSize(const Extent& size, int level);
 /// come first. Levels beyond the full chain are not counted.
 std::optional<Shape> ShapeOf(const Header& header);
 
+/// The shape that a header describes (`ShapeOf`). Levels that no flag means count where the file is so long that it has
+/// `bytes` for them.
+std::optional<Shape> CommonShapeOf(const Header& header, const StoredUnit& unit, std::uint64_t bytes);
+
 /// The number of levels, at most the full chain, of a header that says `claimed`.
 int ClampLevels(std::uint32_t claimed, const Extent& size);
 

@@ -1,13 +1,13 @@
 #include "readers/dds/DdsCommonLayout.h"
 
 #include "common/PixelFormats.h"
+#include "common/SrgbFormats.h"
+#include "common/dds/DdsMendedHeader.h"
 #include "common/dds/DdsWidening.h"
-#include "readers/dds/DdsMendedHeader.h"
 
 #include <algorithm>
 #include <bit>
 #include <iterator>
-#include <utility>
 
 namespace Kavra::Devices::Dds {
 namespace {
@@ -49,21 +49,6 @@ constexpr BlockKind kBlockKinds[] = {
     {kBC7, kR8G8B8A8, true, 3, Common::DecodeBc7, nullptr},
 };
 
-constexpr EFormat WithoutSrgb(EFormat blocks) {
-    switch (blocks) {
-        case kBC1Srgb:
-            return kBC1;
-        case kBC2Srgb:
-            return kBC2;
-        case kBC3Srgb:
-            return kBC3;
-        case kBC7Srgb:
-            return kBC7;
-        default:
-            return blocks;
-    }
-}
-
 /// Numbers of blocks for which the library has no other than the typed ones.
 constexpr bool IsTypeless(std::uint32_t code) {
     constexpr Dxgi kTypeless[] = {kDxgiBC1Typeless, kDxgiBC2Typeless,  kDxgiBC3Typeless, kDxgiBC4Typeless,
@@ -72,7 +57,7 @@ constexpr bool IsTypeless(std::uint32_t code) {
 }
 
 std::optional<CommonLayout> BlockLayout(const StoredLayout& stored, std::uint32_t dxgi) {
-    const auto* const kind = std::ranges::find(kBlockKinds, WithoutSrgb(stored.format), &BlockKind::blocks);
+    const auto* const kind = std::ranges::find(kBlockKinds, Common::WithoutSrgb(stored.format), &BlockKind::blocks);
     if (kind == std::end(kBlockKinds)) return std::nullopt;
     const char* const difference = IsTypeless(dxgi) ? kStaysBlocks : kind->difference;
     return CommonLayout{
@@ -245,17 +230,6 @@ std::optional<CommonLayout> PaletteLayout(const Header& header) {
 
 // --- All together ----------------------------------------------------------------------------------------------------
 
-/// Codes that some writers have for numbers that have none.
-constexpr std::pair<std::uint32_t, Dxgi> kWritersCodes[] = {
-    {kFourCCA2XY, kDxgiBC5Unorm}, {FourCC("BC6H"), kDxgiBC6HUf16}, {FourCC("BC7L"), kDxgiBC7Unorm}};
-
-std::optional<Dxgi> WritersNumber(const Header& header) {
-    using Row = std::pair<std::uint32_t, Dxgi>;
-    const auto* const row = std::ranges::find(kWritersCodes, header.fourCC, &Row::first);
-    if (header.isExtended || !header.HasFourCC() || row == std::end(kWritersCodes)) return std::nullopt;
-    return row->second;
-}
-
 std::optional<CommonLayout> LayoutOf(const Header& header) {
     if (!header.isExtended) {
         if (const auto palette = PaletteLayout(header)) return palette;
@@ -313,15 +287,6 @@ std::optional<CommonLayout> FindCommonLayout(const Header& header) {
     }
     if (header.isExtended) ApplyAlphaMode(*layout, header.Alpha());
     return layout;
-}
-
-std::optional<Shape> CommonShapeOf(const Header& header, const StoredUnit& unit, std::uint64_t bytes) {
-    const std::optional<Shape> flagged = ShapeOf(header);
-    if (!flagged || flagged->levels > 1 || header.mipCount < 2) return flagged;
-    Header meant = header;
-    meant.flags |= kHasMipCount;
-    const std::optional<Shape> shape = ShapeOf(meant);
-    return LevelEnd(unit, *shape, shape->levels - 1) <= bytes ? shape : flagged;
 }
 
 }  // namespace Kavra::Devices::Dds

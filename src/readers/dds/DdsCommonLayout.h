@@ -37,8 +37,4 @@ struct CommonLayout {
 /// The layout that a header describes, also where its flags miss; nothing when it is none that is known.
 std::optional<CommonLayout> FindCommonLayout(const Header& header);
 
-/// The shape that a header describes (`ShapeOf`). Levels that no flag means count where the file is so long that it has
-/// `bytes` for them.
-std::optional<Shape> CommonShapeOf(const Header& header, const StoredUnit& unit, std::uint64_t bytes);
-
 }  // namespace Kavra::Devices::Dds

@@ -4,8 +4,8 @@
 #include "common/dds/DdsHeader.h"
 #include "common/dds/DdsShape.h"
 #include "common/dds/DdsStoredLayouts.h"
+#include "common/dds/DdsStoredLevel.h"
 
-#include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/DDSReader.h>
 #include <kavra/objects/OS.h>
 
@@ -15,7 +15,6 @@
 #include <new>
 #include <optional>
 #include <span>
-#include <vector>
 
 namespace Kavra::Devices {
 
@@ -38,7 +37,6 @@ struct DDSReader::State {
 
 private:
     bool ReadFace(int face, int level, unsigned char* out) const;
-    bool ReadWidened(const Dds::Extent& size, unsigned char* out) const;
 };
 
 ImageDescription DDSReader::State::Describe(int level) const {
@@ -67,23 +65,7 @@ PixelBlock DDSReader::State::ReadLevel(int level, std::uint64_t faceBytes) const
 bool DDSReader::State::ReadFace(int face, int level, unsigned char* out) const {
     const std::uint64_t begin = pixelsBegin + Dds::LevelOffset(layout.unit, shape, face, level);
     if (fseeko(file.get(), static_cast<off_t>(begin), SEEK_SET) != 0) return false;
-    const Dds::Extent size = Dds::LevelSize(shape.size, level);
-    if (layout.widen != nullptr) return ReadWidened(size, out);
-    const std::size_t stored = Dds::StoredLevelBytes(layout.unit, size);
-    return std::fread(out, 1, stored, file.get()) == stored;
-}
-
-/// Row by row, slices included, from where the file stands.
-bool DDSReader::State::ReadWidened(const Dds::Extent& size, unsigned char* out) const {
-    std::vector<unsigned char> row(Dds::StoredRowBytes(layout.unit, size.width));
-    const auto width = static_cast<std::size_t>(size.width);
-    const std::size_t pitch = width * static_cast<unsigned>(Utilities::AFormatConvertor::BytesPerPixel(layout.format));
-    const std::int64_t rows = std::int64_t{size.height} * size.depth;
-    for (std::int64_t y = 0; y < rows; ++y, out += pitch) {
-        if (std::fread(row.data(), 1, row.size(), file.get()) != row.size()) return false;
-        layout.widen(layout, row, out, width);
-    }
-    return true;
+    return Dds::ReadStoredLevel(file.get(), layout, Dds::LevelSize(shape.size, level), out);
 }
 
 DDSReader::DDSReader() = default;

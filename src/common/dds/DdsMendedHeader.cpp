@@ -1,9 +1,10 @@
-#include "readers/dds/DdsMendedHeader.h"
+#include "common/dds/DdsMendedHeader.h"
 
 #include "common/dds/DdsCodeTable.h"
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace Kavra::Devices::Dds {
 namespace {
@@ -73,6 +74,10 @@ void MendGrey(Header& header) {
     header.alphaMask = hasAlpha ? all & ~lower : 0;
 }
 
+/// Codes that some writers have for numbers that have none.
+constexpr std::pair<std::uint32_t, Dxgi> kWritersCodes[] = {
+    {kFourCCA2XY, kDxgiBC5Unorm}, {FourCC("BC6H"), kDxgiBC6HUf16}, {FourCC("BC7L"), kDxgiBC7Unorm}};
+
 }  // namespace
 
 Header Mended(Header header) {
@@ -97,6 +102,13 @@ Header Mended(Header header) {
         header.bitCount = (header.bitCount + 7) & ~7U;
     MendGrey(header);
     return header;
+}
+
+std::optional<Dxgi> WritersNumber(const Header& header) {
+    using Row = std::pair<std::uint32_t, Dxgi>;
+    const auto* const row = std::ranges::find(kWritersCodes, header.fourCC, &Row::first);
+    if (header.isExtended || !header.HasFourCC() || row == std::end(kWritersCodes)) return std::nullopt;
+    return row->second;
 }
 
 }  // namespace Kavra::Devices::Dds

@@ -1,0 +1,54 @@
+#include "common/dds/DdsStoredLevel.h"
+
+#include "common/PixelFormats.h"
+
+#include <cstring>
+#include <vector>
+
+namespace Kavra::Devices::Dds {
+
+namespace {
+
+/// Row by row, slices included. `next()` gives the stored bytes of the next row, none where there are no more.
+template <class Next>
+bool WidenRows(const StoredLayout& layout, const Extent& size, unsigned char* out, const Next& next) {
+    const auto width = static_cast<std::size_t>(size.width);
+    const std::size_t pitch = width * static_cast<unsigned>(Common::FactsOf(layout.format).BytesPerPixel());
+    const std::int64_t rows = std::int64_t{size.height} * size.depth;
+    for (std::int64_t y = 0; y < rows; ++y, out += pitch) {
+        const std::span<const unsigned char> row = next();
+        if (row.empty()) return false;
+        layout.widen(layout, row, out, width);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool ReadStoredLevel(std::FILE* file, const StoredLayout& layout, const Extent& levelSize, unsigned char* out) {
+    if (layout.widen == nullptr) {
+        const std::size_t stored = StoredLevelBytes(layout.unit, levelSize);
+        return std::fread(out, 1, stored, file) == stored;
+    }
+    std::vector<unsigned char> row(StoredRowBytes(layout.unit, levelSize.width));
+    return WidenRows(layout, levelSize, out, [&] {
+        const bool isWhole = std::fread(row.data(), 1, row.size(), file) == row.size();
+        return isWhole ? std::span<const unsigned char>(row) : std::span<const unsigned char>();
+    });
+}
+
+void DeliverLevel(std::span<const unsigned char> stored, const StoredLayout& layout, const Extent& levelSize,
+                  unsigned char* out) {
+    if (layout.widen == nullptr) {
+        std::memcpy(out, stored.data(), stored.size());
+        return;
+    }
+    const std::size_t rowBytes = StoredRowBytes(layout.unit, levelSize.width);
+    WidenRows(layout, levelSize, out, [&] {
+        const std::span<const unsigned char> row = stored.first(rowBytes);
+        stored = stored.subspan(rowBytes);
+        return row;
+    });
+}
+
+}  // namespace Kavra::Devices::Dds
