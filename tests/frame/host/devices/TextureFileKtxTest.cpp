@@ -1,0 +1,419 @@
+// KTX2 files made by hand, what is made of them, and the bytes of those that are written.
+
+#include "frame/host/devices/KtxTestFile.h"
+
+#include <gtest/gtest.h>
+
+namespace Kavra::Tests {
+namespace {
+
+using namespace Devices;
+
+ReadTexture Read(const KtxFile& file) {
+    return ReadTextureBytes(file.All());
+}
+
+/// A frame of one block of bytes as they are (RFC 8878, 3.1.1): less than 256 of them.
+Bytes ZstdFrame(const Bytes& bytes) {
+    const auto size = static_cast<unsigned char>(bytes.size());
+    Bytes frame = {0x28, 0xB5, 0x2F, 0xFD, 0x20, size};  // one segment, whose size has one byte
+    Append(frame, 1U | bytes.size() << 3, 3);            // the last block, raw
+    frame.insert(frame.end(), bytes.begin(), bytes.end());
+    return frame;
+}
+
+// --- What is read.
+
+TEST(TextureFileKtx, LevelsComeFromTheIndex) {
+    const ReadTexture read = Read(KtxFile(4, 2).Set(kAtLevels, 3).Level(Counting(8)).Level({8, 9}).Level({10}));
+    ASSERT_TRUE(read.isWhole) << read.reason;
+    EXPECT_EQ(read.shape.format, kR8);
+    EXPECT_EQ(read.shape.type, kTexture2D);
+    EXPECT_EQ(read.shape.width, 4);
+    EXPECT_EQ(read.shape.height, 2);
+    EXPECT_EQ(read.shape.levels, 3);
+    EXPECT_EQ(read.bytes, Counting(11));
+}
+
+TEST(TextureFileKtx, LayersAndFacesOfALevelLieTogether) {
+    // Two cubes of 2 x 2 and 1 x 1: in the file all faces of a level, in the texture all levels of a face.
+    const ReadTexture read = Read(KtxFile(2, 2)
+                                      .Set(kAtLayers, 2)
+                                      .Set(kAtFaces, 6)
+                                      .Set(kAtLevels, 2)
+                                      .Level(Counting(48))
+                                      .Level(Counting(12, 100)));
+    ASSERT_TRUE(read.isWhole) << read.reason;
+    EXPECT_EQ(read.shape.type, kTextureCube);
+    EXPECT_EQ(read.shape.elements, 2);
+    Bytes expected;
+    for (unsigned char face = 0; face < 12; ++face) {
+        for (unsigned char pixel = 0; pixel < 4; ++pixel)
+            expected.push_back(static_cast<unsigned char>(face * 4 + pixel));
+        expected.push_back(static_cast<unsigned char>(100 + face));
+    }
+    EXPECT_EQ(read.bytes, expected);
+}
+
+TEST(TextureFileKtx, SlicesLieBehindEachOther) {
+    const ReadTexture read = Read(KtxFile(2, 2).Set(kAtDepth, 2).Set(kAtLevels, 2).Level(Counting(8)).Level({8}));
+    ASSERT_TRUE(read.isWhole) << read.reason;
+    EXPECT_EQ(read.shape.type, kTextureVolume);
+    EXPECT_EQ(read.shape.depth, 2);
+    EXPECT_EQ(read.bytes, Counting(9));
+}
+
+TEST(TextureFileKtx, NoLevelsAreOneAndNoHeightIsARow) {
+    EXPECT_EQ(Read(KtxFile(2, 2).Set(kAtLevels, 0).Level(Counting(4))).shape.levels, 1);
+    EXPECT_EQ(Read(KtxFile(4, 0).Level(Counting(4))).shape.height, 1);
+}
+
+TEST(TextureFileKtx, LevelsThatArePackedAreUnpacked) {
+    const Bytes top = Counting(16), small = Counting(4, 16);
+    const ReadTexture read = Read(KtxFile(4, 4)
+                                      .Set(kAtScheme, 2)
+                                      .Set(kAtLevels, 2)
+                                      .Level(ZstdFrame(top), top.size())
+                                      .Level(ZstdFrame(small), small.size()));
+    ASSERT_TRUE(read.isWhole) << read.reason;
+    EXPECT_EQ(read.bytes, Counting(20));
+}
+
+TEST(TextureFileKtx, TheCurveIsTheFormatsOrWhereThatHasNoneTheDescriptors) {
+    const auto isSrgb = [](std::uint32_t format, std::size_t bytes, unsigned char transfer) {
+        const ReadTexture read = Read(KtxFile(1, 1).Set(kAtFormat, format).Transfer(transfer).Level(Counting(bytes)));
+        EXPECT_TRUE(read.isWhole) << read.reason;
+        return read.shape.isSrgb;
+    };
+    EXPECT_TRUE(isSrgb(43, 4, 2));
+    EXPECT_FALSE(isSrgb(37, 4, 1));
+    EXPECT_FALSE(isSrgb(37, 4, 2)) << "there is another number for that";
+    EXPECT_TRUE(isSrgb(91, 8, 2)) << "there is none for 16 bits";
+    EXPECT_FALSE(isSrgb(91, 8, 1));
+}
+
+TEST(TextureFileKtx, AlphaIsStraightUnlessTheDescriptorSaysOtherwise) {
+    const auto alphaOf = [](std::uint32_t format, std::size_t bytes, unsigned char flags) {
+        return Read(KtxFile(1, 1).Set(kAtFormat, format).Transfer(1, flags).Level(Counting(bytes))).shape.alpha;
+    };
+    EXPECT_EQ(alphaOf(37, 4, 0), kTextureAlphaStraight);
+    EXPECT_EQ(alphaOf(37, 4, 1), kTextureAlphaPremultiplied);
+    EXPECT_EQ(alphaOf(133, 8, 0), kTextureAlphaStraight);
+    EXPECT_EQ(alphaOf(131, 8, 0), kTextureAlphaOpaque) << "blocks that are said to have none";
+    EXPECT_EQ(alphaOf(9, 1, 0), kTextureAlphaUnknown);
+}
+
+TEST(TextureFileKtx, TheChannelOrderMakesGreyAndAlphaOfRed) {
+    using namespace std::string_view_literals;
+    const auto formatOf = [](std::uint32_t format, std::size_t bytes, std::string_view swizzle) {
+        return Read(KtxFile(1, 1).Set(kAtFormat, format).Pair("KTXswizzle", swizzle).Level(Counting(bytes)))
+            .shape.format;
+    };
+    EXPECT_EQ(formatOf(9, 1, "rrr1\0"sv), kL8);
+    EXPECT_EQ(formatOf(9, 1, "rrr1"), kL8) << "the NUL may be left out";
+    EXPECT_EQ(formatOf(9, 1, "000r\0"sv), kA8);
+    EXPECT_EQ(formatOf(9, 1, "r001\0"sv), kR8);
+    EXPECT_EQ(formatOf(70, 2, "rrr1\0"sv), kL16);
+    EXPECT_EQ(formatOf(37, 4, "rgba\0"sv), kR8G8B8A8);
+    EXPECT_EQ(formatOf(37, 4, "bgra\0"sv), kUnknown);
+    const ReadTexture opaque = Read(KtxFile(1, 1).Set(kAtFormat, 37).Pair("KTXswizzle", "rgb1\0"sv).Level(Counting(4)));
+    EXPECT_EQ(opaque.shape.format, kR8G8B8A8);
+    EXPECT_EQ(opaque.shape.alpha, kTextureAlphaOpaque);
+    const ReadTexture greyAlpha = Read(KtxFile(1, 1).Set(kAtFormat, 16).Pair("KTXswizzle", "rrrg\0"sv).Level({7, 8}));
+    EXPECT_EQ(greyAlpha.bytes, (Bytes{7, 7, 7, 8}));
+}
+
+TEST(TextureFileKtx, LayersMayBeTheFacesOfAnIncompleteCube) {
+    const ReadTexture read = Read(
+        KtxFile(1, 1).Set(kAtLayers, 4).Pair("KTXcubemapIncomplete", std::string_view("\x22")).Level({1, 2, 3, 4}));
+    ASSERT_TRUE(read.isWhole) << read.reason;
+    EXPECT_EQ(read.shape.type, kTextureCube);
+    EXPECT_EQ(read.shape.elements, 2);
+    EXPECT_EQ(read.bytes, (Bytes{0, 1, 0, 0, 0, 2, 0, 3, 0, 0, 0, 4}));
+    const auto why = [](std::uint32_t layers, std::string_view faces) {
+        return Read(KtxFile(1, 1).Set(kAtLayers, layers).Pair("KTXcubemapIncomplete", faces).Level(Counting(layers)))
+            .reason;
+    };
+    EXPECT_EQ(why(3, "\x22"), "Its cube contradicts itself") << "three are no pairs";
+    EXPECT_EQ(why(3, "\x46"), "Its cube contradicts itself") << "there is no seventh face";
+}
+
+TEST(TextureFileKtx, TheLowestRowMayComeFirst) {
+    using namespace std::string_view_literals;
+    EXPECT_TRUE(Read(KtxFile(1, 1).Pair("KTXorientation", "ru\0"sv).Level({1})).isBottomUp);
+    EXPECT_FALSE(Read(KtxFile(1, 1).Pair("KTXorientation", "rd\0"sv).Level({1})).isBottomUp);
+    EXPECT_FALSE(Read(KtxFile(1, 1).Pair("KTXorientation", "r").Level({1})).isBottomUp);
+}
+
+TEST(TextureFileKtx, FormatsThatAreNoneHereAreWidened) {
+    // 5, 6 and 5 bits, red highest: 0xF81F is magenta; three bytes, red or blue first.
+    const ReadTexture magenta = Read(KtxFile(1, 1).Set(kAtFormat, 4).Level({0x1F, 0xF8}));
+    EXPECT_EQ(magenta.bytes, (Bytes{255, 0, 255, 255}));
+    EXPECT_FALSE(magenta.isAsStored);
+    EXPECT_EQ(Read(KtxFile(1, 1).Set(kAtFormat, 23).Level({1, 2, 3})).bytes, (Bytes{1, 2, 3, 255}));
+    EXPECT_EQ(Read(KtxFile(1, 1).Set(kAtFormat, 36).Level({1, 2, 3})).bytes, (Bytes{3, 2, 1, 255}));
+    // Packed ones the same way.
+    const ReadTexture packed =
+        Read(KtxFile(2, 1).Set(kAtFormat, 29).Set(kAtScheme, 2).Level(ZstdFrame({1, 2, 3, 4, 5, 6}), 6));
+    EXPECT_EQ(packed.bytes, (Bytes{1, 2, 3, 255, 4, 5, 6, 255})) << packed.reason;
+    EXPECT_TRUE(packed.shape.isSrgb);
+}
+
+// --- What is refused.
+
+std::string WhyNot(const KtxFile& file) {
+    const ReadTexture read = Read(file);
+    EXPECT_FALSE(read.isWhole);
+    return read.reason;
+}
+
+TEST(TextureFileKtx, WhatIsNotReadIsNamed) {
+    const auto file = [] { return KtxFile(1, 1).Level({1}); };
+    EXPECT_EQ(WhyNot(file().Set(kAtScheme, 1)), "Supercompression of kind 1 (BasisLZ) is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtScheme, 3)), "Supercompression of kind 3 (ZLIB) is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtScheme, 0x10000)), "Supercompression of kind 65536 is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtFormat, 157)), "VkFormat 157 is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtFormat, 0)), "VkFormat 0 is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtFaces, 5)), "A cube of 5 faces is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtDepth, 1).Set(kAtLayers, 1)), "Arrays of volumes are not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtWidth, 0)), "A size of 0 x 1 x 1 is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtWidth, 2).Set(kAtFaces, 6)), "Its cube is not square");
+    EXPECT_EQ(WhyNot(file().Set(kAtLevels, 2)), "2 levels are more than its size has");
+    EXPECT_EQ(WhyNot(file().Set(kAtLayers, 65537)), "An array of 65537 elements is not supported");
+    EXPECT_EQ(WhyNot(file().Pair("KTXswizzle", "g\nrr")), "The channel order \"g?rr\" is not supported");
+    Bytes old = file().All();
+    old[5] = old[6] = '1';
+    EXPECT_EQ(ReadTextureBytes(old).reason, "KTX of version 1 is not supported");
+}
+
+TEST(TextureFileKtx, LengthsMustBeThoseOfTheSize) {
+    const char* const wrong = "Level 0 has another length than its size asks for";
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Level(Counting(3))), wrong);
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Level(Counting(5))), wrong);
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Level(Counting(4), 5)), wrong);
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtScheme, 2).Level(ZstdFrame(Counting(4)), 5)), wrong);
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtIndex, 0xFFFFFFFF).Level(Counting(4))), "The file ends within level 0");
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtIndex, 0xFFFFFFFF).Set(kAtIndex + 4, 0xFFFFFFFF).Level(Counting(4))),
+              "The file ends within level 0");
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtDfdBytes, 40).Level(Counting(4))),
+              "Its data format descriptor contradicts itself");
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtDfdOffset, 0xFFFFFFF0).Level(Counting(4))),
+              "Its data format descriptor contradicts itself");
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtKvdBytes, 0x7FFFFFFF).Level(Counting(4))),
+              "Its keys and values contradict each other");
+}
+
+TEST(TextureFileKtx, PartsOfAFileMustNotOverlap) {
+    const char* const wrong = "Parts of the file overlap";
+    // Both levels in one place: 4 x 1 pixels at 192, the second in the middle of the first.
+    const KtxFile good = KtxFile(4, 1).Set(kAtLevels, 2).Level(Counting(4)).Level({4, 5});
+    ASSERT_TRUE(Read(good).isWhole);
+    EXPECT_EQ(WhyNot(KtxFile(good).Set(kAtIndex, 192)), wrong);
+    EXPECT_EQ(WhyNot(KtxFile(good).Set(kAtIndex, 20)), wrong) << "the header";
+    EXPECT_EQ(WhyNot(KtxFile(good).Set(kAtIndex, 140)), wrong) << "the descriptor";
+}
+
+TEST(TextureFileKtx, PackedLevelsThatBreakOrHoldMoreOrLessAreRefused) {
+    const auto why = [](const Bytes& frame, std::uint64_t bytes) {
+        return WhyNot(KtxFile(4, static_cast<std::uint32_t>(bytes / 4)).Set(kAtScheme, 2).Level(frame, bytes));
+    };
+    EXPECT_EQ(why(ZstdFrame(Counting(15)), 16), "Level 0 cannot be read");
+    EXPECT_EQ(why(ZstdFrame(Counting(17)), 16), "Level 0 cannot be read");
+    EXPECT_EQ(why({1, 2, 3, 4}, 16), "Level 0 cannot be read");
+    Bytes cut = ZstdFrame(Counting(16));
+    cut.pop_back();
+    EXPECT_EQ(why(cut, 16), "Level 0 cannot be read");
+}
+
+TEST(TextureFileKtx, PackedLevelsThatClaimMoreThanTheirBytesCanHoldAreRefusedBeforeMemoryIsTaken) {
+    const std::uint64_t side = 1 << 20;
+    EXPECT_EQ(WhyNot(KtxFile(1 << 20, 1 << 20).Set(kAtScheme, 2).Level(ZstdFrame(Counting(16)), side * side)),
+              "Level 0 has another length than its size asks for");
+}
+
+/// Two cubes with three levels, a descriptor and texts.
+Bytes Rich(std::uint32_t scheme) {
+    using namespace std::string_view_literals;
+    KtxFile file = KtxFile(4, 4).Set(kAtLayers, 2).Set(kAtFaces, 6).Set(kAtLevels, 3).Set(kAtScheme, scheme);
+    file.Pair("KTXorientation", "rd\0"sv).Pair("KTXswizzle", "rrr1\0"sv);
+    for (const std::size_t bytes : {192, 48, 12})
+        file.Level(scheme == 0 ? Counting(bytes) : ZstdFrame(Counting(bytes)), bytes);
+    return file.All();
+}
+
+TEST(TextureFileKtx, CutAnywhereAFileIsRefused) {
+    for (const std::uint32_t scheme : {0U, 2U}) {
+        const Bytes whole = Rich(scheme);
+        ASSERT_TRUE(ReadTextureBytes(whole).isWhole);
+        for (std::size_t size = 0; size < whole.size(); size += size < kAtIndex + 96 ? 1 : 5) {
+            const ReadTexture read = ReadTextureBytes(Bytes(whole.begin(), whole.begin() + size));
+            ASSERT_TRUE(!read.isWhole && !read.reason.empty()) << size;
+        }
+    }
+}
+
+TEST(TextureFileKtx, NoFieldOfAHeaderIsBelieved) {
+    for (const std::uint32_t scheme : {0U, 2U}) {
+        const Bytes whole = Rich(scheme);
+        for (std::size_t offset = 0; offset + 4 <= 288; offset += 4) {
+            for (const std::uint32_t value : {0U, 1U, 6U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU, 0x10000U, 0x100000U}) {
+                Bytes file = whole;
+                KtxFile::Put(file, offset, value);
+                const ReadTexture read = ReadTextureBytes(file);
+                EXPECT_EQ(read.isWhole, read.reason.empty());
+                EXPECT_LE(read.bytes.size(), 8 * file.size()) << offset << " " << value;
+            }
+        }
+    }
+}
+
+// --- What is written.
+
+Bytes Written(const TextureShape& shape, const Bytes& data, int zstdLevel = 0) {
+    const TemporaryFolder folder;
+    TextureWriteOptions options;
+    options.zstdLevel = zstdLevel;
+    std::string reason;
+    EXPECT_TRUE(WriteTextureFile(Wide(folder / "a.ktx2"), shape, data.data(), data.size(), options, &reason)) << reason;
+    return ReadAll(folder / "a.ktx2");
+}
+
+TextureShape Flat(EFormat format, int width, int height, int levels = 1) {
+    TextureShape shape;
+    shape.format = format;
+    shape.width = width;
+    shape.height = height;
+    shape.levels = levels;
+    return shape;
+}
+
+std::uint32_t Field(const Bytes& file, std::size_t offset) {
+    return file.at(offset) | file.at(offset + 1) << 8 | file.at(offset + 2) << 16 |
+           static_cast<std::uint32_t>(file.at(offset + 3)) << 24;
+}
+
+TEST(TextureFileKtx, AWholeFileIsAsItsDescriptionHasIt) {
+    using namespace std::string_view_literals;
+    Bytes expected = {0xAB, 'K', 'T', 'X', ' ', '2', '0', 0xBB, '\r', '\n', 0x1A, '\n'};
+    for (const std::uint32_t field : {9, 1, 5, 3, 0, 0, 1, 2, 0})  // R8, a byte each, 5 x 3, two levels
+        Append(expected, field, 4);
+    for (const std::uint32_t field : {128, 44, 172, 64})
+        Append(expected, field, 4);
+    Append(expected, 0, 16);
+    for (const std::uint32_t field : {240, 15, 15, 236, 2, 2})
+        Append(expected, field, 8);
+    const Bytes descriptor = {44, 0, 0, 0, 0, 0, 0, 0, 2, 0, 40, 0, 1, 1, 1, 0, 0, 0, 0,   0, 1, 0,
+                              0,  0, 0, 0, 0, 0, 0, 0, 7, 0, 0,  0, 0, 0, 0, 0, 0, 0, 255, 0, 0, 0};
+    expected.insert(expected.end(), descriptor.begin(), descriptor.end());
+    const auto texts = "\x12\0\0\0KTXorientation\0rd\0\0\0\x10\0\0\0KTXswizzle\0rrr1\0\x10\0\0\0KTXwriter\0kavra\0"sv;
+    expected.insert(expected.end(), texts.begin(), texts.end());
+    expected.insert(expected.end(), {15, 16, 0, 0});  // the smaller level, and zeros up to a multiple of four
+    const Bytes top = Counting(15);
+    expected.insert(expected.end(), top.begin(), top.end());
+    EXPECT_EQ(Written(Flat(kL8, 5, 3, 2), Counting(17)), expected);
+}
+
+TEST(TextureFileKtx, LevelsBeginAtMultiplesOfTheirUnitAndOfFour) {
+    const std::pair<EFormat, std::uint32_t> alignments[] = {
+        {kR8, 4},  {kR16, 4}, {kR8G8B8A8, 4}, {kR16G16B16A16F, 8}, {kR32G32B32F, 12}, {kR32G32B32A32F, 16},
+        {kBC1, 8}, {kBC7, 16}};
+    for (const auto& [format, alignment] : alignments) {
+        const TextureShape shape = Flat(format, 7, 5, 3);
+        const Bytes file = Written(shape, Noise(TextureBytes(shape)));
+        std::uint32_t end = Field(file, kAtKvdOffset) + Field(file, kAtKvdBytes);
+        for (std::size_t level = 3; level-- > 0;) {
+            const std::uint32_t begin = Field(file, kAtIndex + 24 * level);
+            EXPECT_EQ(begin % alignment, 0U) << format;
+            EXPECT_GE(begin, end) << "the smallest comes first";
+            EXPECT_LT(begin - end, alignment) << "no more zeros than are needed";
+            end = begin + Field(file, kAtIndex + 24 * level + 8);
+        }
+        EXPECT_EQ(end, file.size());
+    }
+}
+
+TEST(TextureFileKtx, PackedLevelsFollowEachOtherWithoutGaps) {
+    const TextureShape shape = Flat(kBC7, 64, 64, 7);
+    const Bytes data(TextureBytes(shape), 7);
+    const Bytes file = Written(shape, data, 19);
+    EXPECT_EQ(Field(file, kAtScheme), 2U);
+    std::uint32_t end = Field(file, kAtKvdOffset) + Field(file, kAtKvdBytes);
+    for (std::size_t level = 7; level-- > 0;) {
+        EXPECT_EQ(Field(file, kAtIndex + 24 * level), end);
+        EXPECT_EQ(Field(file, kAtIndex + 24 * level + 16), TextureLevelBytes(shape, static_cast<int>(level)));
+        end += Field(file, kAtIndex + 24 * level + 8);
+    }
+    EXPECT_EQ(end, file.size());
+    EXPECT_LT(file.size(), data.size() / 4);
+    EXPECT_EQ(Written(shape, data, 19), file) << "the same bytes again";
+}
+
+TEST(TextureFileKtx, HeadersSayWhatTheTextureIs) {
+    const auto fields = [](TextureShape shape) {
+        const Bytes file = Written(shape, Noise(TextureBytes(shape)));
+        std::vector<std::uint32_t> values;
+        for (std::size_t offset = 12; offset < 48; offset += 4)
+            values.push_back(Field(file, offset));
+        return values;
+    };
+    using Values = std::vector<std::uint32_t>;
+    TextureShape volume = Flat(kR16G16B16A16F, 4, 3, 3), cubes = Flat(kBC1, 8, 8, 2), opaque = Flat(kBC1, 4, 4);
+    volume.type = kTextureVolume;
+    volume.depth = 5;
+    cubes.type = kTextureCube;
+    cubes.elements = 3;
+    cubes.isSrgb = true;
+    opaque.alpha = kTextureAlphaOpaque;
+    EXPECT_EQ(fields(volume), (Values{97, 2, 4, 3, 5, 0, 1, 3, 0}));
+    EXPECT_EQ(fields(cubes), (Values{134, 1, 8, 8, 0, 3, 6, 2, 0}));
+    EXPECT_EQ(fields(opaque), (Values{131, 1, 4, 4, 0, 0, 1, 1, 0}));
+    EXPECT_EQ(fields(Flat(kR32G32F, 2, 2)), (Values{103, 4, 2, 2, 0, 0, 1, 1, 0}));
+}
+
+TEST(TextureFileKtx, EveryFormatHasItsNumber) {
+    const std::pair<EFormat, std::uint32_t> numbers[] = {{kBC1, 133},
+                                                         {kBC1Srgb, 134},
+                                                         {kBC2, 135},
+                                                         {kBC2Srgb, 136},
+                                                         {kBC3, 137},
+                                                         {kBC3Srgb, 138},
+                                                         {kBC4, 139},
+                                                         {kBC4Snorm, 140},
+                                                         {kBC5, 141},
+                                                         {kBC5Snorm, 142},
+                                                         {kBC6H, 143},
+                                                         {kBC6HSigned, 144},
+                                                         {kBC7, 145},
+                                                         {kBC7Srgb, 146},
+                                                         {kA8, 9},
+                                                         {kR8, 9},
+                                                         {kL8, 9},
+                                                         {kR16F, 76},
+                                                         {kR16, 70},
+                                                         {kL16, 70},
+                                                         {kR32F, 100},
+                                                         {kR16G16F, 83},
+                                                         {kR16G16, 77},
+                                                         {kR8G8B8A8, 37},
+                                                         {kR8G8B8A8Alt, 37},
+                                                         {kB8G8R8A8, 44},
+                                                         {kB8G8R8X8, 44},
+                                                         {kR8G8B8X8, 37},
+                                                         {kR32G32F, 103},
+                                                         {kR16G16B16A16F, 97},
+                                                         {kR16G16B16A16, 91},
+                                                         {kR32G32B32F, 106},
+                                                         {kR32G32B32A32F, 109}};
+    for (const auto& [format, number] : numbers) {
+        const TextureShape shape = Flat(format, 4, 4);
+        EXPECT_EQ(Field(Written(shape, Noise(TextureBytes(shape))), kAtFormat), number) << format;
+    }
+    for (const auto& [format, number] : {std::pair{kL8, 15U}, {kR8G8B8A8, 43U}, {kB8G8R8A8, 50U}, {kR16, 70U}}) {
+        TextureShape shape = Flat(format, 4, 4);
+        shape.isSrgb = true;
+        EXPECT_EQ(Field(Written(shape, Noise(TextureBytes(shape))), kAtFormat), number) << format;
+    }
+}
+
+}  // namespace
+}  // namespace Kavra::Tests
