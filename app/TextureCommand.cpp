@@ -100,7 +100,7 @@ Outcome MadeOf(IImageHandler& handler, Report& report, PixelTexture texture, con
     const auto start = std::chrono::steady_clock::now();
     outcome.made = Encoded(report, texture, plan, options, isFile);
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    if (reports && !outcome.made.bytes.empty()) outcome.error = ErrorOf(texture, outcome.made);
+    if (reports && !outcome.made.bytes.empty()) outcome.error = ErrorOf(std::move(texture), outcome.made);
     return outcome;
 }
 
@@ -128,15 +128,20 @@ Outcome MadeOfFile(IImageHandler& handler, Report& report, StoredTexture& stored
 
 bool WriteTexture(Report& report, const Outcome& outcome, const TextureOptions& options) {
     const TextureShape& shape = outcome.made.shape;
-    TextureWriteOptions writing;
-    writing.zstdLevel = LowerExtension(outcome.file) == ".ktx2" ? options.zstdLevel : 0;
+    const bool isKtx = LowerExtension(outcome.file) == ".ktx2";
     std::string reason;
+    if (!CanWriteTexture(shape, isKtx ? kTextureFileKTX2 : kTextureFileDDS, &reason)) {
+        FailToWrite(report, outcome.file, reason);
+        return false;
+    }
+    TextureWriteOptions writing;
+    writing.zstdLevel = isKtx ? options.zstdLevel : 0;
+    std::error_code ignored;  // what is wrong with a folder is told when the file cannot be written
+    if (outcome.file.has_parent_path()) std::filesystem::create_directories(outcome.file.parent_path(), ignored);
     const FileContent content{shape.format, shape.width, shape.height};
-    const bool isWritten = WriteFile(report, outcome.file, content, [&](const KString& name) {
-        return WriteTextureFile(name, shape, outcome.made.bytes.data(), outcome.made.bytes.size(), writing, &reason);
+    return WriteFile(report, outcome.file, content, [&](const KString& name) {
+        return WriteTextureFile(name, shape, outcome.made.bytes.data(), outcome.made.bytes.size(), writing);
     });
-    if (!isWritten && !reason.empty()) report.NoteOnce(reason);
-    return isWritten;
 }
 
 void Tell(Report& report, const Options& options, const Outcome& outcome, std::span<const std::string> inputs,

@@ -5,6 +5,7 @@
 #include "TextureMaking.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <span>
@@ -86,6 +87,22 @@ bool PutLevels(PixelTexture& texture, Encoder& encoder, int levels) {
 
 bool IsSigned(EFormat format) {
     return format == kBC4Snorm || format == kBC5Snorm;
+}
+
+/// Takes the colours away from pixels of which one of the two shows nothing: alpha tells of those.
+void ForgetUnseen(LoadedImage& a, LoadedImage& b) {
+    ColourFindings ignored;
+    a = Changed(a, {}, kR32G32B32A32F, ignored);
+    b = Changed(b, {}, kR32G32B32A32F, ignored);
+    using Colour = std::array<float, 4>;
+    const std::size_t pixels = a.BlockSize() / sizeof(Colour);
+    const std::span ours(static_cast<Colour*>(a.block->mData), pixels),
+        theirs(static_cast<Colour*>(b.block->mData), pixels);
+    for (std::size_t i = 0; i < pixels; ++i) {
+        if (ours[i][3] > 0 && theirs[i][3] > 0) continue;
+        std::fill_n(ours[i].begin(), 3, 0.0F);
+        std::fill_n(theirs[i].begin(), 3, 0.0F);
+    }
 }
 
 /// How many channels of what was encoded a format keeps.
@@ -170,16 +187,17 @@ MadeTexture Encoded(Report& report, PixelTexture& texture, const TexturePlan& pl
     return made;
 }
 
-TextureError ErrorOf(PixelTexture& texture, const MadeTexture& made) {
+TextureError ErrorOf(PixelTexture texture, const MadeTexture& made) {
     TextureError error;
     const std::size_t channels = ChannelsOf(made.shape);
     std::vector<Difference> differences(channels);
     double peak = 1;
     for (int element = 0; element < made.shape.elements; ++element) {
-        const LoadedImage& original = texture.Image(element, 0);
+        LoadedImage& original = texture.Image(element, 0);
         LoadedImage shown = Shown(made, original, element);
         if (IsSigned(made.shape.format) && !IsFloating(original.desc.format)) BringToIntegers(shown);
         peak = std::max(peak, PeakOf(original));
+        if (made.shape.alpha == kTextureAlphaStraight && channels == 4) ForgetUnseen(original, shown);
         const Comparison comparison = Compare(original, shown);
         for (std::size_t i = 0; i < channels && i < comparison.channels.size(); ++i)
             differences[i].Add(comparison.channels[i]);

@@ -43,7 +43,10 @@ struct TextureError {
     std::vector<double>
         psnr;  ///< in dB, of values that go to 1, of light to its brightest; infinite where nothing differs
 };
-TextureError ErrorOf(PixelTexture& texture, const MadeTexture& made);
+TextureError ErrorOf(PixelTexture texture, const MadeTexture& made);
+
+/// A format as people call it: "bc7".
+std::string NameOf(Devices::EFormat format);
 
 /// The format with or without the word that its colours are sRGB, where there are both.
 Devices::EFormat WithSrgb(Devices::EFormat format, bool isSrgb);

@@ -70,7 +70,7 @@ AlphaSeen LookAtAlpha(const PixelTexture& texture) {
 /// Why the format cannot hold the alpha; empty where it can.
 std::string AlphaObstacle(EFormat format, const AlphaSeen& seen, const TextureOptions& options) {
     if (seen.isOpaque || options.alpha == TextureAlpha::kNone) return {};
-    const std::string name = Facts(format).shortName;
+    const std::string name = NameOf(format);
     if (!HoldsAlpha(format)) {
         const std::string_view others = IsLight(format) ? "rgba16f" : "bc7, bc3 and rgba8";
         return std::format("it has alpha, which {} does not hold; {} do{}, and --alpha none leaves it out", name,
@@ -106,6 +106,11 @@ std::pair<bool, bool> CurveOf(const Source& source, EFormat own, EFormat format,
 
 }  // namespace
 
+std::string NameOf(EFormat format) {
+    const std::string name = Facts(WithSrgb(format, false)).shortName;
+    return name.empty() ? Enumerator(format) : name;
+}
+
 EFormat WithSrgb(EFormat format, bool isSrgb) {
     for (const auto& [plain, srgb] : kSrgbPairs) {
         if (format == plain || format == srgb) return isSrgb ? srgb : plain;
@@ -120,7 +125,7 @@ TexturePlan PlanOf(Report& report, const PixelTexture& texture, const Source& so
     for (const auto& [plain, srgb] : kSrgbPairs)
         if (options.format == srgb && !options.isSrgb) known.isSrgb = true;
     if (options.isSrgb == true && IsData(format)) {
-        report.Fail(std::format("cannot be made: {} has no form that is sRGB; bc7 has", Facts(format).shortName));
+        report.Fail(std::format("cannot be made: {} has no form that is sRGB; bc7 has", NameOf(format)));
         return {};
     }
     const AlphaSeen seen = LookAtAlpha(texture);

@@ -60,7 +60,7 @@ bool HasTooMuchLight(Report& report, const ColourFindings& findings, const Textu
         std::format("cannot be made: {:.1f} % of its pixels are brighter than white, which {} does not hold; bc6h "
                     "and rgba16f do, and --tonemap brings them into it",
                     100.0 * static_cast<double>(findings.bright) / static_cast<double>(findings.pixels),
-                    Facts(plan.shape.format).shortName));
+                    NameOf(plan.shape.format)));
     return true;
 }
 

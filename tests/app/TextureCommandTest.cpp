@@ -163,7 +163,7 @@ TEST(TextureCommand, LevelsAreAsMany) {
     EXPECT_EQ(Made({in, out, "--mips", "3"})["levels"], 3);
     EXPECT_EQ(Made({in, out, "--mips", "99"})["levels"], 5);
     ExpectWrongUsage({"texture", in, out, "--mips", "0"},
-                     "texture: --mips: 0 is neither all, none nor a number of levels, 1 or more");
+                     "texture: error: --mips: 0 is neither all, none nor a number of levels, 1 or more");
 }
 
 TEST(TextureCommand, LevelsOfColoursAreMeansOfLight) {
@@ -232,7 +232,7 @@ TEST(TextureCommand, OnePictureIsACubeByItsProportions) {
                            "10 x 10 pixels, which is no cross (4 x 3 or 3 x 4 squares), no strip (6 x 1 or 1 x 6) "
                            "and no equirectangular map (2 x 1)"));
     ExpectWrongUsage({"texture", square, square, folder / "no.dds", "--cube"},
-                     "texture: --cube takes six files or one, and these are 2");
+                     "texture: error: --cube takes six files or one, and these are 2");
 }
 
 TEST(TextureCommand, FilesAreTheSlicesOfAVolumeOrTheElementsOfAnArray) {
@@ -302,8 +302,8 @@ TEST(TextureCommand, SeveralFilesGoIntoAFolder) {
     const auto a = Ramp(folder / "a.png", 8, 8), b = Ramp(folder / "b.png", 4, 4);
     ExpectDone({"texture", a, b, folder / "out/", "--to", "ktx2"});
     EXPECT_EQ(NamesIn(folder / "out"), (Words{"a.ktx2", "b.ktx2"}));
-    ExpectWrongUsage({"texture", a, folder / "out.png"},
-                     "texture: " + (folder / "out.png").string() + " is no texture file: .dds and .ktx2 are written");
+    ExpectWrongUsage({"texture", a, folder / "out.png"}, "texture: error: " + (folder / "out.png").string() +
+                                                             " is no texture file: .dds and .ktx2 are written");
 }
 
 TEST(TextureCommand, AReportNamesWhatWasMade) {
