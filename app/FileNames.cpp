@@ -21,6 +21,11 @@ bool IsOpenExr(const std::filesystem::path& path) {
     return LowerExtension(path) == ".exr";
 }
 
+bool IsTextureName(const std::filesystem::path& path) {
+    const std::string extension = LowerExtension(path);
+    return extension == ".dds" || extension == ".ktx2";
+}
+
 bool IsFolder(const std::filesystem::path& out, std::size_t inputs) {
     std::error_code ignored;
     return inputs > 1 || std::filesystem::is_directory(out, ignored) || !out.has_filename();

@@ -18,6 +18,9 @@ bool HasWord(std::string_view words, std::string_view word);
 /// colours are multiplied by its alpha.
 bool IsOpenExr(const std::filesystem::path& path);
 
+/// Whether a file is a texture, by its name: DDS or KTX2, whose frames are mip levels.
+bool IsTextureName(const std::filesystem::path& path);
+
 /// Whether `out` stands for a folder: there are several inputs, it is one already, or it ends in a slash.
 bool IsFolder(const std::filesystem::path& out, std::size_t inputs);
 

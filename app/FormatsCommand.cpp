@@ -27,6 +27,7 @@ struct FileType {
 
 constexpr std::array kFileTypes = {
     FileType{"DirectDraw Surface", ".dds", true, true},
+    FileType{"Khronos Texture 2", ".ktx2", true, true},
     FileType{"OpenEXR", ".exr", true, false},
     FileType{"CALS raster", ".cal", true, false},
     FileType{"FLIC animation", ".fli .flc", true, false},

@@ -3,6 +3,7 @@
 #include "FramePattern.h"
 #include "LoadOptions.h"
 #include "Making.h"
+#include "TextureView.h"
 #include "Usage.h"
 #include "Workers.h"
 
@@ -41,8 +42,9 @@ bool IsDds(const IFileInspection* file) {
 /// A picture that gets a file of its own.
 struct Item {
     int number;  ///< in the pattern
-    int frame;   ///< or level of a DDS
+    int frame;   ///< or level of a texture file
     int face = -1, slice = -1;
+    int element = 0;
 };
 
 /// What of each frame is written. Files of DDS hold cube maps and volumes as they are.
@@ -70,12 +72,12 @@ void AddItems(const FilePart& part, std::size_t level, int frame, const Division
     }
 }
 
-/// All pictures in order: frame after frame, or level after level of a DDS, and of each all faces or slices.
+/// Pictures in order, numbered from `next` on: frame after frame, or level after level of a texture file, and of each all
+/// faces or slices.
 std::vector<Item> ListItems(const IFileInspection* file, const Options& options, const Division& division, int first,
-                            int count) {
+                            int count, int& next) {
     const bool isDds = IsDds(file);
     std::vector<Item> items;
-    int next = 0;
     for (int frame = first; frame < first + count; ++frame) {
         const std::size_t index = isDds ? 0 : static_cast<std::size_t>(frame);
         if (file != nullptr && index < file->PartCount()) {
@@ -95,6 +97,7 @@ void WriteItems(IImageHandler& handler, Report& report, const Options& options, 
     for (std::size_t i = 0; i < items.size(); ++i) {
         const Item& item = items[i];
         const std::size_t mark = report.Mark();
+        const ElementScope scope(item.element);
         const Source source = SourceOf(handler, report.File(), item.frame);
         LoadOptions load = options.making.colours.ForLoading(handler, options.load, report.File(), source);
         load.frame = item.frame;
@@ -115,6 +118,21 @@ void WriteItems(IImageHandler& handler, Report& report, const Options& options, 
     }
 }
 
+/// The same of every element of an array, one behind the other.
+std::vector<Item> ListElements(IImageHandler& handler, const std::string& file, const Options& options,
+                               const Division& division, int first, int count) {
+    std::vector<Item> items;
+    int next = 0;
+    for (int element = 0; element < ElementCount(file); ++element) {
+        const ElementScope scope(element);
+        for (Item& item : ListItems(Inspect(handler, file).get(), options, division, first, count, next)) {
+            item.element = element;
+            items.push_back(item);
+        }
+    }
+    return items;
+}
+
 /// One frame where a part or, of a DDS, a level was chosen, else all.
 void WriteFrames(IImageHandler& handler, Report& report, Options options, const FramePattern& pattern, int count) {
     const OwnedInspection file = Inspect(handler, report.File());
@@ -124,7 +142,7 @@ void WriteFrames(IImageHandler& handler, Report& report, Options options, const 
     if (isOne && !selection.Resolve(handler, report, first)) return;
     selection.part.clear();
     const Division division(options, LowerExtension(options.pattern) == ".dds");
-    const std::vector<Item> items = ListItems(file.get(), options, division, first, isOne ? 1 : count);
+    const std::vector<Item> items = ListElements(handler, report.File(), options, division, first, isOne ? 1 : count);
     WriteItems(handler, report, options, pattern, items, count);
 }
 

@@ -1,5 +1,6 @@
 #include "LegacyOption.h"
 
+#include "TextureView.h"
 #include "Usage.h"
 
 #include <format>
@@ -26,14 +27,14 @@ void AddLegacyOption(CLI::App& program) {
     }
 }
 
-LoadPreferences LegacyPreferences() {
+LoadPreferences LegacyPreferences(const std::string& file) {
     LoadPreferences preferences;
-    preferences.legacy = theReading;
+    preferences.legacy = IsSeenAsView(file) ? kLegacyCommon : theReading;
     return preferences;
 }
 
-LegacyNote::LegacyNote(LoadPreferences& preferences) {
-    preferences.legacy = theReading;
+LegacyNote::LegacyNote(LoadPreferences& preferences, const std::string& file) {
+    preferences.legacy = LegacyPreferences(file).legacy;
     preferences.legacyObserver = this;
 }
 

@@ -5,6 +5,7 @@
 #include "LegacyOption.h"
 #include "ResizedPicture.h"
 #include "Sizes.h"
+#include "TextureView.h"
 #include "Usage.h"
 
 #include <kavra/devices/ImageLimits.h>
@@ -85,9 +86,9 @@ std::uint64_t LoadedImage::BlockSize() const {
 Owned<ImageDesc> Describe(IImageHandler& handler, Report& report) {
     const MessageScope scope(report);
     LoadPreferences preferences;
-    const LegacyNote note(preferences);
+    const LegacyNote note(preferences, report.File());
     const LoadPreferencesScope preferred(preferences);
-    Owned<ImageDesc> desc(handler.GetImageDesc(OS::FromUtf8(report.File().c_str()).c_str()));
+    Owned<ImageDesc> desc(handler.GetImageDesc(OS::FromUtf8(PathForHandler(report.File()).c_str()).c_str()));
     note.Tell(report);
     return desc;
 }
@@ -109,7 +110,7 @@ struct OwnSize {
 /// wrong with the file is said when it is loaded.
 std::optional<OwnSize> FindOwnSize(IImageHandler& handler, const std::string& file, const LoadOptions& options) {
     constexpr int kMaxLevel = 30;
-    const bool isDds = LowerExtension(file) == ".dds";
+    const bool isDds = IsTextureName(file);
     if (options.frame > (isDds ? kMaxLevel : 0) || options.selection.mipLevel > 0) return std::nullopt;
     Report silent(file);
     const Owned<ImageDesc> desc = Describe(handler, silent);
@@ -126,9 +127,9 @@ LoadedImage CallLoad(IImageHandler& handler, Report& report, const LoadOptions& 
     const MessageScope scope(report);
     LoadPreferences preferences = options.resampling.For(report.File());
     options.selection.AddTo(preferences);
-    const LegacyNote note(preferences);
+    const LegacyNote note(preferences, report.File());
     const LoadPreferencesScope preferred(preferences);
-    const KString path(OS::FromUtf8(report.File().c_str()).c_str());
+    const KString path(OS::FromUtf8(PathForHandler(report.File()).c_str()).c_str());
     LoadedImage image;
     image.block.reset(handler.LoadTexture(image.desc, path, size.x, size.y, 0, options.format, smooth, options.frame,
                                           static_cast<EDataOrientation>(options.orientation), nullptr));

@@ -1,6 +1,5 @@
 #include "PixelTexture.h"
 
-#include "FileNames.h"
 #include "FormatNames.h"
 #include "Picture.h"
 
@@ -62,11 +61,6 @@ void PixelTexture::TakeSizeOfImages() {
     shape.width = first.width;
     shape.height = first.height;
     shape.depth = first.depth;
-}
-
-bool IsTextureName(const std::string& file) {
-    const std::string extension = LowerExtension(file);
-    return extension == ".dds" || extension == ".ktx2";
 }
 
 LoadedImage ReadLevel(Report& report, StoredTexture& stored, int element, int level) {

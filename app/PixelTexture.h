@@ -32,9 +32,6 @@ struct StoredTexture {
     Devices::TextureShape shape;
 };
 
-/// Whether the name is that of a file which the texture reader takes, by its extension.
-bool IsTextureName(const std::string& file);
-
 /// Reads all of it, blocks decoded. Nothing in `images`, and the report says why, where that fails.
 PixelTexture ReadPixels(Report& report, StoredTexture& stored);
 

@@ -3,6 +3,7 @@
 #include "FileNames.h"
 #include "FormatNames.h"
 #include "Source.h"
+#include "TextureView.h"
 
 #include <algorithm>
 #include <format>
@@ -65,7 +66,7 @@ std::vector<SheetCell> CellsOf(IImageHandler& handler, const std::string& name, 
     Report silent(name);
     const Owned<ImageDesc> desc = Describe(handler, silent);
     if (desc == nullptr) return cells;
-    const bool isDds = LowerExtension(name) == ".dds";
+    const bool isDds = IsTextureName(name);
     const auto frames = static_cast<std::size_t>(isDds ? 1 : std::max(desc->frameCount, 1));
     if (content.frames) {
         cells = SplitEach(std::move(cells), frames, [](SheetCell& cell, int frame) {
@@ -74,6 +75,11 @@ std::vector<SheetCell> CellsOf(IImageHandler& handler, const std::string& name, 
         });
     }
     if (content.levels) {
+        cells =
+            SplitEach(std::move(cells), static_cast<std::size_t>(ElementCount(name)), [](SheetCell& cell, int element) {
+                cell.element = element;
+                Label(cell, std::format("element {}", element));
+            });
         const std::size_t levels = LevelsOf(handler, name, *desc, isDds);
         cells = SplitEach(std::move(cells), levels, [isDds](SheetCell& cell, int level) {
             (isDds ? cell.frame : cell.selection.mipLevel) = level;
@@ -86,6 +92,7 @@ std::vector<SheetCell> CellsOf(IImageHandler& handler, const std::string& name, 
 
 std::string FactsOf(IImageHandler& handler, const std::string& file, const SheetCell& cell) {
     constexpr int kMaxLevel = 30;
+    const ElementScope scope(cell.element);
     Report silent(file);
     const Owned<ImageDesc> desc = Describe(handler, silent);
     if (desc == nullptr) return cell.label;
@@ -98,7 +105,7 @@ std::string FactsOf(IImageHandler& handler, const std::string& file, const Sheet
     const std::string_view shortName = Facts(desc->format).shortName;
     facts += ", " + (shortName.empty() ? Enumerator(desc->format) : std::string(shortName));
     if (!cell.label.empty() || desc->frameCount < 2) return facts;
-    return facts + std::format(", {} {}", desc->frameCount, LowerExtension(file) == ".dds" ? "levels" : "frames");
+    return facts + std::format(", {} {}", desc->frameCount, IsTextureName(file) ? "levels" : "frames");
 }
 
 }  // namespace Kavra::App

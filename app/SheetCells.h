@@ -11,7 +11,7 @@ namespace Kavra::App {
 /// Which of its pictures a file shows, each in a cell of its own; the first one unless said.
 struct SheetContent {
     bool frames = false;  ///< every frame, page or part
-    bool levels = false;  ///< every mip level
+    bool levels = false;  ///< every mip level, of arrays those of every element
     bool faces = false;   ///< every face of a cube map and slice of a volume
 
     bool IsMore() const { return frames || levels || faces; }
@@ -22,6 +22,7 @@ struct SheetCell {
     int frame = 0;
     Selection selection = {};
     int level = 0;
+    int element = 0;    ///< of an array
     std::string label;  ///< which of the file's pictures it is; empty where it shows one
 };
 

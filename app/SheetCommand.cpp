@@ -9,6 +9,7 @@
 #include "SheetCells.h"
 #include "Sizes.h"
 #include "Source.h"
+#include "TextureView.h"
 #include "Usage.h"
 #include "Workers.h"
 
@@ -67,6 +68,7 @@ private:
 
 /// A file as its cell shows it; `block` is null when it cannot be shown.
 LoadedImage Sheet::Thumbnail(const SheetCell& cell, Report& report) {
+    const ElementScope scope(cell.element);
     LoadedImage image = LoadUpright(mHandler, report,
                                     {.frame = cell.frame,
                                      .wish = FitInto(mLayout.Room()),

@@ -2,6 +2,7 @@
 
 #include "FileNames.h"
 #include "LegacyOption.h"
+#include "TextureView.h"
 
 #include <kavra/objects/OS.h>
 
@@ -45,11 +46,13 @@ OwnedInspection Inspect(IImageHandler& handler, const std::string& file) {
     thread_local std::optional<LastInspection> last;
     auto* const inspector = dynamic_cast<IImageInspector*>(&handler);
     if (inspector == nullptr) return nullptr;
-    const FileState state(file);
+    const std::string path = PathForHandler(file);
+    FileState state(file);
+    if (path != file) state.name += " " + path;
     if (last && last->state == state) return last->answer;
     last.reset();
-    const LoadPreferencesScope preferred(LegacyPreferences());
-    Owned<IFileInspection> found(inspector->Inspect(OS::FromUtf8(file.c_str()).c_str()));
+    const LoadPreferencesScope preferred(LegacyPreferences(file));
+    Owned<IFileInspection> found(inspector->Inspect(OS::FromUtf8(path.c_str()).c_str()));
     OwnedInspection answer = std::move(found);
     if (answer != nullptr) last = LastInspection{state, answer};
     return answer;
