@@ -30,6 +30,8 @@ struct ColourOptions {
     double stops = 0;
     ToneMap tone = ToneMap::kNone;
 
+    bool operator==(const ColourOptions&) const = default;
+
     /// Adds the options to a command that makes pictures for people.
     void AddTo(CLI::App& command);
     /// Adds just `--exposure --tonemap`.

@@ -1,12 +1,16 @@
 #include "Commands.h"
 #include "CubeLayout.h"
 #include "FileNames.h"
+#include "FormatNames.h"
 #include "JoinedFrames.h"
 #include "LoadOptions.h"
 #include "Making.h"
 #include "SaveImage.h"
+#include "TextureWriting.h"
 #include "Usage.h"
 #include "Workers.h"
+
+#include <kavra/objects/OS.h>
 
 #include <algorithm>
 #include <memory>
@@ -27,18 +31,40 @@ struct Options {
     Making making;
 };
 
+/// Whether a texture file goes into another one with nothing asked for but a format.
+bool IsKept(const Options& options, const std::string& in, const std::filesystem::path& out) {
+    const bool areTextures = IsTextureName(in) && IsTextureName(out);
+    return areTextures && options.load.TakesAll() && !options.cube.form && options.making.ChangesNothing();
+}
+
+/// With all levels, faces, slices and elements.
+void Keep(IImageHandler& handler, Report& report, const Options& options, const std::filesystem::path& out) {
+    StoredTexture stored;
+    if (!stored.reader.Open(OS::FromUtf8(report.File().c_str()).c_str()))
+        return report.Fail(std::string("cannot be read: ") + stored.reader.Reason());
+    stored.shape = stored.reader.Shape();
+    TextureOptions wanted;
+    wanted.format = options.load.format;
+    wanted.isPlain = true;
+    const Outcome outcome = MadeOfFile(handler, report, stored, wanted, false);
+    if (!outcome.made.bytes.empty()) (void)WriteTexture(report, outcome.made, out);
+}
+
 void Convert(IImageHandler& handler, Report& report, const Options& options, const std::filesystem::path& out) {
+    if (IsKept(options, report.File(), out)) return Keep(handler, report, options, out);
     LoadOptions load = options.load;
     if (!load.selection.Resolve(handler, report, load.frame)) return;
     const Source source = SourceOf(handler, report.File(), load.frame);
     const bool isFirst = load.frame == 0 && load.selection.part.empty();
+    if (IsTextureName(out) && Facts(load.format).bytesPerBlock > 0)
+        load.format = kUnknown;  // blocks are made afterwards
     LoadedImage image = Load(handler, report, options.making.colours.ForLoading(handler, load, report.File(), source));
     if (image.block == nullptr) return FailToRead(report, 0);
     image = options.cube.Apply(report, std::move(image), source.alpha);
     if (image.block == nullptr) return;
     if (options.cube.form && image.desc.textureType == kTextureCube && LowerExtension(out) != ".dds")
         return FailToWrite(report, out, "it is a cube map, and of the files that are written only .dds holds one");
-    const bool isWritten = options.making.Write(handler, report, std::move(image), source, out, load.format);
+    const bool isWritten = options.making.Write(handler, report, std::move(image), source, out, options.load.format);
     if (isWritten && isFirst) NoteTheOthers(handler, report);
 }
 

@@ -65,6 +65,10 @@ void AddLimitOptions(CLI::App& program) {
     }
 }
 
+bool LoadOptions::TakesAll() const {
+    return width == 0 && height == 0 && frame == 0 && orientation == 0 && !wish.IsGiven() && !selection.IsGiven();
+}
+
 void LoadOptions::AddTo(CLI::App& command, bool withFrame) {
     command
         .add_option_function<std::string>(

@@ -34,6 +34,9 @@ struct LoadOptions {
     Resampling resampling = {};
     Selection selection = {};
 
+    /// Whether nothing is chosen of a file, and neither its size nor its rows are changed.
+    bool TakesAll() const;
+
     /// Adds `--size --fit --fill --scale --format --orientation --high-quality`, and `--frame` where one frame is loaded.
     void AddTo(CLI::App& command, bool withFrame);
 };

@@ -1,6 +1,8 @@
 #include "Making.h"
 
 #include "FileNames.h"
+#include "FormatNames.h"
+#include "TextureWriting.h"
 #include "WrittenPixels.h"
 
 #include <utility>
@@ -10,6 +12,10 @@ namespace Kavra::App {
 void Making::AddTo(CLI::App& command) {
     colours.AddTo(command);
     writing.AddTo(command);
+}
+
+bool Making::ChangesNothing() const {
+    return colours == ColourOptions() && writing == WriteOptions();
 }
 
 Devices::EFormat Making::WantedFor(const LoadedImage& image, const std::filesystem::path& path) const {
@@ -29,6 +35,12 @@ WriteOptions Making::Writing(Source& source) const {
 bool Making::Write(Devices::IImageHandler& handler, Report& report, LoadedImage image, Source source,
                    const std::filesystem::path& path, Devices::EFormat wanted) const {
     if (wanted == Devices::kUnknown) wanted = WantedFor(image, path);
+    const bool hasBlocks = IsTextureName(path) && Facts(wanted).bytesPerBlock > 0;
+    const bool isAlreadyBlocks = Facts(image.desc.format).bytesPerBlock > 0;
+    if ((hasBlocks && !isAlreadyBlocks) || LowerExtension(path) == ".ktx2") {
+        image = colours.Apply(report, std::move(image), source, ".dds", hasBlocks ? Devices::kUnknown : wanted);
+        return image.block != nullptr && WriteAsTexture(handler, report, std::move(image), source, path, wanted);
+    }
     image = colours.Apply(report, std::move(image), source, LowerExtension(path), wanted);
     return image.block != nullptr && Writing(source).Write(handler, report, std::move(image), source, path);
 }

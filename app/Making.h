@@ -15,6 +15,9 @@ struct Making {
 
     void AddTo(CLI::App& command);
 
+    /// Whether nothing was asked for.
+    bool ChangesNothing() const;
+
     /// Brings the picture, which `source` belongs to, to what files like `path` hold, in the pixel format `wanted` where
     /// one is, and writes it. A failure is said in the report. True when the file is there.
     bool Write(Devices::IImageHandler& handler, Report& report, LoadedImage image, Source source,

@@ -52,8 +52,10 @@ struct Selection {
     /// Makes them a part of what is preferred of loads; `preferences` points into this.
     void AddTo(Devices::LoadPreferences& preferences) const;
 
-private:
+    /// Whether anything was said.
     bool IsGiven() const;
+
+private:
     void TakeWhatThereIs(Report& report, const Devices::FilePart& part);
 };
 

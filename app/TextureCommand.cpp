@@ -1,18 +1,14 @@
 #include "Commands.h"
 #include "FileNames.h"
-#include "FormatNames.h"
-#include "SaveImage.h"
 #include "StandardStreams.h"
 #include "TextureInput.h"
-#include "TextureMaking.h"
 #include "TextureReport.h"
+#include "TextureWriting.h"
 #include "Usage.h"
 #include "Workers.h"
 
 #include <kavra/objects/OS.h>
 
-#include <chrono>
-#include <cstring>
 #include <format>
 #include <memory>
 #include <utility>
@@ -30,119 +26,6 @@ struct Options {
     TextureForm form;
     TextureOptions texture;
 };
-
-/// What came of one output.
-struct Outcome {
-    std::filesystem::path file;
-    MadeTexture made;
-    TextureError error;
-    double seconds = 0;
-    bool isCopied = false;  ///< blocks and pixels are those of the input
-};
-
-// --- Texture files ---------------------------------------------------------------------------------------------------
-
-/// What a texture file says of its values: where not that they are sRGB, numbers.
-Source SourceOf(const TextureShape& shape) {
-    Source source;
-    source.transfer = shape.isSrgb ? kTransferSrgb : kTransferLinear;
-    const bool isStraight = shape.alpha == kTextureAlphaStraight || shape.alpha == kTextureAlphaUnknown;
-    source.alpha = shape.alpha == kTextureAlphaPremultiplied ? kAlphaPremultiplied
-                   : isStraight                              ? kAlphaStraight
-                                                             : kAlphaNone;
-    return source;
-}
-
-/// Levels of a texture file as they are, behind those of `made` that take their place.
-bool CopyLevels(Report& report, StoredTexture& stored, MadeTexture& made) {
-    for (int element = 0; element < made.shape.elements; ++element) {
-        for (int face = 0; face < FaceCount(made.shape.type); ++face) {
-            for (int level = 0; level < std::min(made.shape.levels, stored.shape.levels); ++level) {
-                const std::uint64_t at = TextureLevelOffset(made.shape, element, face, level);
-                if (stored.reader.ReadLevel(element, face, level, made.bytes.data() + at)) continue;
-                report.Fail(std::string("cannot be read: ") + stored.reader.Reason());
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
-void Relabel(TextureShape& shape, const TextureOptions& options) {
-    shape.isSrgb = options.isSrgb.value_or(shape.isSrgb);
-    shape.format = WithSrgb(shape.format, shape.isSrgb);
-}
-
-/// As it is, with as many levels as are wanted and there.
-MadeTexture Copied(Report& report, StoredTexture& stored, const TextureOptions& options) {
-    MadeTexture made{.shape = stored.shape};
-    if (options.levels.count && *options.levels.count != LevelWish::kAll)
-        made.shape.levels = std::min(*options.levels.count, stored.shape.levels);
-    Relabel(made.shape, options);
-    made.bytes.resize(TextureBytes(made.shape));
-    if (!CopyLevels(report, stored, made)) made.bytes.clear();
-    return made;
-}
-
-bool HasLevels(const TextureShape& shape, const LevelWish& wish) {
-    if (!wish.count) return true;
-    const int all = FullTextureLevels(shape.width, shape.height, shape.depth);
-    return shape.levels >= (*wish.count == LevelWish::kAll ? all : std::min(*wish.count, all));
-}
-
-Outcome MadeOf(IImageHandler& handler, Report& report, PixelTexture texture, const Source& source,
-               const TextureOptions& options, bool isFile, bool reports) {
-    Outcome outcome;
-    const TexturePlan plan = PlanOf(report, texture, source, options);
-    if (plan.working == kUnknown) return outcome;
-    texture = Prepared(handler, report, std::move(texture), source, plan, options);
-    if (texture.images.empty()) return outcome;
-    const auto start = std::chrono::steady_clock::now();
-    outcome.made = Encoded(report, texture, plan, options, isFile);
-    outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    if (reports && !outcome.made.bytes.empty()) outcome.error = ErrorOf(std::move(texture), outcome.made);
-    return outcome;
-}
-
-Outcome MadeOfFile(IImageHandler& handler, Report& report, StoredTexture& stored, TextureOptions options,
-                   bool reports) {
-    Outcome outcome;
-    const bool keeps = options.KeepsPixels();
-    if (stored.reader.IsBottomUp()) {
-        if (keeps) report.Say("note", "its first row is the lowest, and stays so; --flip turns it");
-        options.flips = !options.flips && !keeps;
-    }
-    if (keeps && HasLevels(stored.shape, options.levels)) {
-        outcome.made = Copied(report, stored, options);
-        outcome.isCopied = true;
-        return outcome;
-    }
-    if (options.format == kUnknown) options.format = stored.shape.format;
-    const Source source = SourceOf(stored.shape);
-    outcome = MadeOf(handler, report, ReadPixels(report, stored), source, options, true, reports);
-    if (keeps && !outcome.made.bytes.empty() && !CopyLevels(report, stored, outcome.made)) outcome.made.bytes.clear();
-    return outcome;
-}
-
-// --- Outputs ---------------------------------------------------------------------------------------------------------
-
-bool WriteTexture(Report& report, const Outcome& outcome, const TextureOptions& options) {
-    const TextureShape& shape = outcome.made.shape;
-    const bool isKtx = LowerExtension(outcome.file) == ".ktx2";
-    std::string reason;
-    if (!CanWriteTexture(shape, isKtx ? kTextureFileKTX2 : kTextureFileDDS, &reason)) {
-        FailToWrite(report, outcome.file, reason);
-        return false;
-    }
-    TextureWriteOptions writing;
-    writing.zstdLevel = isKtx ? options.zstdLevel : 0;
-    std::error_code ignored;  // what is wrong with a folder is told when the file cannot be written
-    if (outcome.file.has_parent_path()) std::filesystem::create_directories(outcome.file.parent_path(), ignored);
-    const FileContent content{shape.format, shape.width, shape.height};
-    return WriteFile(report, outcome.file, content, [&](const KString& name) {
-        return WriteTextureFile(name, shape, outcome.made.bytes.data(), outcome.made.bytes.size(), writing);
-    });
-}
 
 void Tell(Report& report, const Options& options, const Outcome& outcome, std::span<const std::string> inputs,
           Json& json) {
@@ -173,11 +56,12 @@ void Make(IImageHandler& handler, Report& report, const Options& options, std::s
     } else {
         TextureInput input = LoadPictures(handler, report, inputs, options.form);
         if (input.texture.images.empty()) return;
-        outcome = MadeOf(handler, report, std::move(input.texture), input.source, options.texture, false, reports);
+        outcome = MadeOf(handler, report, std::move(input.texture), input.source, options.texture, reports);
     }
     if (outcome.made.bytes.empty()) return;
     outcome.file = out;
-    if (WriteTexture(report, outcome, options.texture)) Tell(report, options, outcome, inputs, json);
+    if (WriteTexture(report, outcome.made, out, options.texture.zstdLevel))
+        Tell(report, options, outcome, inputs, json);
 }
 
 int RunInspection(const Options& options) {

@@ -49,6 +49,7 @@ struct TextureOptions {
     double stops = 0;
     ToneMap tone = ToneMap::kNone;
     int zstdLevel = 0;
+    bool isPlain = false;  ///< of another command, which has no options for textures
 
     void AddTo(CLI::App& command);
 

@@ -67,22 +67,21 @@ AlphaSeen LookAtAlpha(const PixelTexture& texture) {
     return seen;
 }
 
-/// Why the format cannot hold the alpha; empty where it can.
+/// Why the format cannot hold the alpha, and what can; empty where it can.
 std::string AlphaObstacle(EFormat format, const AlphaSeen& seen, const TextureOptions& options) {
     if (seen.isOpaque || options.alpha == TextureAlpha::kNone) return {};
     const std::string name = NameOf(format);
     if (!HoldsAlpha(format)) {
-        const std::string_view others = IsLight(format) ? "rgba16f" : "bc7, bc3 and rgba8";
-        return std::format("it has alpha, which {} does not hold; {} do{}, and --alpha none leaves it out", name,
-                           others, IsLight(format) ? "es" : "");
+        const std::string_view others = IsLight(format) ? "rgba16f does" : "bc7, bc3 and rgba8 do";
+        return std::format("it has alpha, which {} does not hold; {}{}", name, others,
+                           options.isPlain ? "" : ", and --alpha none leaves it out");
     }
     const bool isCutOnly = format == kBC1 || format == kBC1Srgb;
-    if (isCutOnly && !seen.isCut && !options.IsCutOut()) {
-        return name +
-               " holds pixels that are opaque or transparent, and some are between; bc7 and bc3 hold them, "
-               "--alpha coverage cuts them out, --alpha none leaves alpha out";
-    }
-    return {};
+    if (!isCutOnly || seen.isCut || options.IsCutOut()) return {};
+    return std::format(
+        "{} holds pixels that are opaque or transparent, and some are between; bc7 and bc3 hold them, {}", name,
+        options.isPlain ? "and kavra texture --alpha coverage cuts them out"
+                        : "--alpha coverage cuts them out, --alpha none leaves alpha out");
 }
 
 ETextureAlpha AlphaIn(const PixelTexture& texture, const Source& source, const AlphaSeen& seen, EFormat format,

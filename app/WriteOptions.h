@@ -24,6 +24,8 @@ struct WriteOptions {
     bool isStripped = false;
     bool keepsAlpha = false;  ///< also of opaque pictures, where files of the type have one; no option of its own
 
+    bool operator==(const WriteOptions&) const = default;
+
     /// Adds the options to a command that makes pictures for people.
     void AddTo(CLI::App& command);
 
