@@ -82,7 +82,7 @@ LoadedImage ReadLevel(Report& report, StoredTexture& stored, int element, int le
 }
 
 PixelTexture ReadPixels(Report& report, StoredTexture& stored) {
-    PixelTexture texture{.shape = stored.shape};
+    PixelTexture texture{.shape = stored.shape, .saysCurve = true};
     for (int element = 0; element < stored.shape.elements; ++element) {
         for (int level = 0; level < stored.shape.levels; ++level) {
             texture.images.push_back(ReadLevel(report, stored, element, level));

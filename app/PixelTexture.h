@@ -15,6 +15,7 @@ struct PixelTexture {
     Devices::TextureShape shape;  ///< its format has pixels; `levels` are those that are there
     std::vector<LoadedImage> images =
         {};  ///< element by element, of an element level by level; each with all faces or slices
+    bool saysCurve = false;  ///< whether `shape.isSrgb` is a file's word
 
     LoadedImage& Image(int element, int level) {
         return images[static_cast<std::size_t>(element) * static_cast<std::size_t>(shape.levels) +

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <format>
-#include <tuple>
 #include <utility>
 
 namespace Kavra::App {
@@ -94,9 +93,17 @@ ETextureAlpha AlphaIn(const PixelTexture& texture, const Source& source, const A
     return source.alpha == kAlphaNone ? kTextureAlphaCustom : kTextureAlphaStraight;
 }
 
-/// Whether the values stay numbers, and whether the file then says that they are sRGB.
-std::pair<bool, bool> CurveOf(const Source& source, EFormat own, EFormat format, const TextureOptions& options) {
+/// What becomes of the values.
+struct Curve {
+    bool copiesNumbers, isSrgb;
+};
+
+Curve CurveOf(const PixelTexture& texture, const Source& source, EFormat format, const TextureOptions& options) {
+    const EFormat own = texture.shape.format;
     if (options.isNormalMap || IsData(format) || options.isSrgb == false) return {true, false};
+    // What a file says of its integers it goes on saying of others.
+    if (texture.saysCurve && !IsFloating(own) && !IsLight(format))
+        return {true, options.isSrgb.value_or(texture.shape.isSrgb)};
     const bool isSrgb = options.isSrgb.value_or(!TransferOf(source, own).IsLinear());
     if (IsLight(format)) return {!isSrgb && IsFloating(own), false};
     if (!isSrgb && !IsFloating(own)) return {true, false};
@@ -134,7 +141,9 @@ TexturePlan PlanOf(Report& report, const PixelTexture& texture, const Source& so
         return {};
     }
     TexturePlan plan{.shape = texture.shape, .working = WorkingFormat(own, format)};
-    std::tie(plan.copiesNumbers, plan.shape.isSrgb) = CurveOf(source, own, format, known);
+    const Curve curve = CurveOf(texture, source, format, known);
+    plan.copiesNumbers = curve.copiesNumbers;
+    plan.shape.isSrgb = curve.isSrgb;
     plan.shape.format = WithSrgb(format, plan.shape.isSrgb);
     plan.shape.alpha = AlphaIn(texture, source, seen, format, known);
     return plan;

@@ -17,10 +17,10 @@ using namespace Devices;
 
 namespace {
 
-/// What a texture file says of its values: where not that they are sRGB, numbers.
+/// What a texture file says of its values.
 Source SourceOf(const TextureShape& shape) {
     Source source;
-    source.transfer = shape.isSrgb ? kTransferSrgb : kTransferLinear;
+    source.transfer = shape.isSrgb ? kTransferSrgb : kTransferUnknown;
     const bool isStraight = shape.alpha == kTextureAlphaStraight || shape.alpha == kTextureAlphaUnknown;
     source.alpha = shape.alpha == kTextureAlphaPremultiplied ? kAlphaPremultiplied
                    : isStraight                              ? kAlphaStraight
