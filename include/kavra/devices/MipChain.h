@@ -1,10 +1,10 @@
 /// \file
 /// The smaller levels of textures.
 ///
-/// A level has half of the sides of the one before it, rounded down, and 1 at least. Each is filtered from the one before,
-/// which is kept in floats on the way: neither rounding nor clipping adds up, and what a level takes falls by four each
-/// time. Where sides are powers of two, the box's levels are the means of level 0 itself; the wider filters are a little
-/// softer after many levels than one filter as wide as all of them, by less than a step of 8 bits in photographs.
+/// A level has half of the sides of the one before it, rounded down, and 1 at least. Those of a box are the means of the ones
+/// before. Wider filters look at the means two levels above, so that a level is what the filter makes of level 0 at once:
+/// one filter after another would be softer from level to level. Everything is kept in floats on the way; neither rounding
+/// nor clipping adds up.
 #pragma once
 
 #include <kavra/devices/Export.h>
@@ -112,7 +112,7 @@ KAVRA_DEVICES_API std::uint64_t MipChainBytes(const TextureShape& shape);
 /// directions.
 ///
 /// The same input gives the same bytes, whatever the number of threads or the width of vectors. All cores are used. Takes,
-/// beside level 0, the floats of levels 1 and 2 of all faces and slices (16 bytes a pixel of four channels), and level 1 of
+/// beside level 0, the floats of two levels below it, of all faces and slices (16 bytes a pixel of four channels), and level 1 of
 /// one face as it is stored: 400 MB for 8192 x 8192 pixels. A float that is no number makes none of those that the filter
 /// reaches from it, and no others; where it is one it is the quiet one without a sign.
 ///

@@ -42,13 +42,24 @@ WorkingColours::WorkingColours(const ResamplePixels& pixels, const ResampleOptio
 
 template <class T>
 void WorkingColours::DecodeCurve(const unsigned char* in, std::size_t count, float* out) const {
-    for (std::size_t pixel = 0; pixel < count; pixel += mChannels) {
-        for (std::size_t c = 0; c < mChannels; ++c) {
-            T value;
-            std::memcpy(&value, in + (pixel + c) * sizeof(T), sizeof(T));
-            out[pixel + c] = c == mAlpha ? static_cast<float>(value) : mDecoded[value];
+    const auto at = [in](std::size_t i) {
+        T value;
+        std::memcpy(&value, in + i * sizeof(T), sizeof(T));
+        return value;
+    };
+    const float* const decoded = mDecoded.data();
+    if (mChannels == 4 && mAlpha == 3) {  // the usual one, so that the compiler knows its shape
+        for (std::size_t i = 0; i < count; i += 4) {
+            out[i] = decoded[at(i)];
+            out[i + 1] = decoded[at(i + 1)];
+            out[i + 2] = decoded[at(i + 2)];
+            out[i + 3] = static_cast<float>(at(i + 3));
         }
+        return;
     }
+    for (std::size_t pixel = 0; pixel < count; pixel += mChannels)
+        for (std::size_t c = 0; c < mChannels; ++c)
+            out[pixel + c] = c == mAlpha ? static_cast<float>(at(pixel + c)) : decoded[at(pixel + c)];
 }
 
 void WorkingColours::Decode(const unsigned char* in, std::size_t count, float* out) const {

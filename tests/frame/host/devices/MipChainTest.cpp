@@ -249,6 +249,31 @@ TEST(MipChain, LargePicturesAgreeWithThePlainTwinToo) {
     }
 }
 
+TEST(MipChain, WideFiltersAreAsCrispAsOneOverLevelZero) {
+    // Each filter loses its own of the contrast, but not again from level to level.
+    constexpr int kSide = 128;
+    const TextureShape shape = ShapeOf(kR32F, kSide, kSide);
+    const Values pixels = Noise(shape);
+    std::vector<float> floats(pixels.begin(), pixels.end());
+    const auto contrast = [](const auto& values) {
+        double sum = 0;
+        for (std::size_t i = 1; i < values.size(); ++i)
+            sum += std::pow(static_cast<double>(values[i]) - static_cast<double>(values[i - 1]), 2);
+        return std::sqrt(sum);
+    };
+    for (const EResampleFilter filter : {kResampleTriangle, kResampleMitchell, kResampleLanczos3}) {
+        const MipTexture texture = Chain(shape, pixels, WithFilter(filter));
+        for (int level = 1; level <= 4; ++level) {
+            const int side = kSide >> level;
+            std::vector<float> direct(static_cast<std::size_t>(side * side));
+            ASSERT_TRUE(ResamplePicture({ElementType::kFloat, 1, -1}, floats.data(), kSide * sizeof(float), kSide,
+                                        kSide, direct.data(), static_cast<std::size_t>(side) * sizeof(float), side,
+                                        side, {.filter = filter}));
+            EXPECT_NEAR(contrast(texture.Values(level)) / contrast(direct), 1, 0.05) << filter << " " << level;
+        }
+    }
+}
+
 TEST(MipChain, ColoursThatStayTheSameKeepTheirNumbersUnderTheCurve) {
     // Every integer, each as a square of four.
     for (const auto& [format, side] : {std::pair{kL8, 16}, {kL16, 256}}) {

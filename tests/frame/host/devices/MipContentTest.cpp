@@ -149,6 +149,15 @@ TEST(MipCoverage, FormatsWithoutAlphaHaveNone) {
     }
 }
 
+TEST(MipCoverage, WhatIsNoNumberIsNotSeen) {
+    // One of four is seen, and of two one comes nearest: the one that can be.
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    const Values four = {0, 0, 0, kNaN, 0, 0, 0, 1, 0, 0, 0, 0.25, 0, 0, 0, 0.25};
+    const Values level = Chain(ShapeOf(kR32G32B32A32F, 4, 1), four, Keeping(0.5F)).Values(1);
+    EXPECT_TRUE(std::isnan(level[3]));
+    EXPECT_EQ(level[7], 0.5);
+}
+
 TEST(MipCoverage, FacesAreCountedTogether) {
     // A quarter of one face is seen of six: 1 of 24 pixels, and of 6 none, though of its own face it would be one of one.
     const TextureShape shape = ShapeOf(kA8, 2, 2, 1, kTextureCube);

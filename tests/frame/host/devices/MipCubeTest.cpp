@@ -130,7 +130,7 @@ TEST(MipCube, ASmoothSkyIsTheSameSkyAtEveryEdge) {
 }
 
 TEST(MipCube, FacesThatDifferMeetAtTheirEdges) {
-    // Each face of its own grey: with filters that reach over, steps at edges get smaller from level to level.
+    // Each face of its own grey: with filters that reach over, steps at edges are those of any edge in a picture.
     constexpr int kSide = 32;
     const TextureShape shape = CubeOf(kR32F, kSide);
     Values pixels;
@@ -144,9 +144,8 @@ TEST(MipCube, FacesThatDifferMeetAtTheirEdges) {
     const MipTexture box = Chain(shape, pixels), wide = Chain(shape, pixels, WithFilter(kResampleTriangle));
     EXPECT_EQ(step(box, 3), kAhead - kRight);
     EXPECT_EQ(step(wide, 0), kAhead - kRight);
-    EXPECT_EQ(step(wide, 1), 0.75 * (kAhead - kRight));  // an eighth of the other on both sides
-    EXPECT_LT(step(wide, 2), step(wide, 1));
-    EXPECT_LT(step(wide, 3), step(wide, 2));
+    for (int level = 1; level <= 3; ++level)
+        EXPECT_NEAR(step(wide, level), 0.75 * (kAhead - kRight), 1e-5);  // an eighth of the other on both sides
 }
 
 TEST(MipCube, FacesSmallerThanTheFilterAreNeighboursOfThemselves) {

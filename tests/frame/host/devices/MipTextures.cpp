@@ -179,9 +179,10 @@ struct Side {
     std::vector<Tap> Taps(int pixel, const MipOptions& options) const {
         if (from == to) return {{pixel, 1}};
         const double ratio = static_cast<double>(to) / from, centre = (pixel + 0.5) / ratio;
+        constexpr int kReach = 24;  // three pixels of the result, each made of less than eight
         std::vector<Tap> taps;
         double total = 0;
-        for (int i = static_cast<int>(centre) - 12; i <= static_cast<int>(centre) + 12; ++i) {
+        for (int i = static_cast<int>(centre) - kReach; i <= static_cast<int>(centre) + kReach; ++i) {
             const double weight = WeightOf(options.filter, (i + 0.5 - centre) * ratio, ratio / 2);
             const int at = options.edges == kMipWrap ? ((i % from) + from) % from : std::clamp(i, 0, from - 1);
             taps.push_back({at, weight});
@@ -206,8 +207,10 @@ struct Grid {
     std::vector<double> values;
 };
 
-Grid Halved(const Grid& from, int channels, const MipOptions& options) {
-    Grid to{std::max(from.width / 2, 1), std::max(from.height / 2, 1), std::max(from.depth / 2, 1), {}};
+/// So often halved, at once.
+Grid Halved(const Grid& from, int times, int channels, const MipOptions& options) {
+    const auto side = [times](int length) { return std::max(length >> times, 1); };
+    Grid to{side(from.width), side(from.height), side(from.depth), {}};
     for (int z = 0; z < to.depth; ++z) {
         for (int y = 0; y < to.height; ++y) {
             for (int x = 0; x < to.width; ++x) {
@@ -247,10 +250,16 @@ std::vector<std::vector<double>> TwinChain(const TextureShape& shape, const std:
     Grid grid{shape.width, shape.height, shape.depth, level0};
     if (isLight) forColours(grid.values, [&](double& c, double) { c = Light(c / full) * full; });
     if (isWeighted) forColours(grid.values, [](double& c, double alpha) { c *= alpha; });
+    // Wider filters look at the means two levels above; those of a box lead to one another.
+    MipOptions box = options;
+    box.filter = kResampleBox;
+    std::vector<Grid> means = {grid};
     std::vector<std::vector<double>> levels;
     for (int level = 0; level < shape.levels; ++level) {
-        if (level > 0) grid = Halved(grid, facts.channels, options);
-        levels.push_back(grid.values);
+        if (level > 0) means.push_back(Halved(means.back(), 1, facts.channels, box));
+        const int above = options.filter == kResampleBox ? 0 : std::min(level, 2);
+        const Grid& from = means[static_cast<std::size_t>(level - above)];
+        levels.push_back(above == 0 ? from.values : Halved(from, above, facts.channels, options).values);
         if (isWeighted) forColours(levels.back(), [](double& c, double alpha) { c /= alpha; });
         if (isLight) forColours(levels.back(), [&](double& c, double) { c = Encoded(c / full) * full; });
     }

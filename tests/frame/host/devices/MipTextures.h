@@ -58,7 +58,7 @@ inline MipTexture Chain(const TextureShape& shape, const std::vector<double>& le
 std::vector<double> Noise(const TextureShape& shape);
 
 /// Values of all levels of one flat picture or volume, before they are rounded, the plain way and in double precision: all
-/// pixels under the filter in one sum, each level of the one before.
+/// pixels under the filter in one sum.
 std::vector<std::vector<double>> TwinChain(const TextureShape& shape, const std::vector<double>& level0,
                                            const MipOptions& options);
 
