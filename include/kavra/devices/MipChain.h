@@ -49,6 +49,10 @@ struct MipOptions {
     /// alpha; not for premultiplied colours, nor where the last channel is data. Formats without alpha, and vectors, have
     /// no such weights.
     bool alphaWeighted = false;
+    /// Keeps halves and floats between the least and the largest value under the filter, so that no light becomes negative
+    /// and no rings stand around suns; weighted colours are so kept while they are weighted. Integers keep the overshoot of
+    /// `kResampleMitchell` and of those below it, which makes edges crisp. Vectors are not bound.
+    bool bounded = false;
     /// For cut-outs: the alpha, up to 1, from which on a pixel is seen. In each level alpha is multiplied by the number
     /// nearest to 1 that makes the share of such pixels that of level 0, or as near as it can be: I. Castaño, "Computing
     /// Alpha Mipmaps", 2010. The pixels of all faces or slices are counted together; colours stay, as straight ones do.

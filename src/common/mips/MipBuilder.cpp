@@ -59,7 +59,8 @@ MipBuilder::Pictures MipBuilder::PicturesOf(const Level& level) const {
 void MipBuilder::FilterFace(const Pictures& pictures, const Extent& from, std::size_t face, const Extent& to,
                             Devices::EResampleFilter kind, float* out) const {
     const int channels = mColours.Channels();
-    const MipFilter filter({from.width, from.height}, {to.width, to.height}, channels, kind);
+    const bool isBounded = mOptions.bounded && !mColours.IsOfIntegers();
+    const MipFilter filter({from.width, from.height}, {to.width, to.height}, channels, kind, isBounded);
     if (mTexture.faces.size() > 1) {
         std::vector<const MipPicture*> faces;
         for (const auto& picture : pictures)
@@ -70,7 +71,7 @@ void MipBuilder::FilterFace(const Pictures& pictures, const Extent& from, std::s
     const std::size_t sliceFloats = Pixels({to.width, to.height, 1}) * static_cast<std::size_t>(channels);
     for (std::size_t slice = 0; slice < slices.Size(); ++slice) {
         const Reach& reach = slices.ReachOf(slice);
-        BlendedSlices blended(channels);
+        BlendedSlices blended(channels, isBounded);
         const auto at = [&](int i) -> const MipPicture& {
             return *pictures[static_cast<std::size_t>(PlaceWithin(reach.first + i, from.depth, mOptions.edges))];
         };

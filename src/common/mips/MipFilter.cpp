@@ -23,17 +23,23 @@ struct MipFilter::Scratch {
     explicit Scratch(const MipFilter& filter)
         : loaded(kBlockRows * kLoadedStride),
           sums(filter.mGroup * filter.mAcross.Stride()),
+          low(filter.mIsBounded ? sums.size() : 0),
+          high(low.size()),
+          least(filter.mIsBounded ? filter.mToFloats : 0),
+          most(least.size()),
           across(kRowsAtOnce * (filter.mToFloats + kSlack)) {}
 
-    std::vector<float> loaded;  ///< a block of the source
-    std::vector<float> sums;    ///< rows of the source's width and of the result's height
-    std::vector<float> across;  ///< rows of the result
+    std::vector<float> loaded;           ///< a block of the source
+    std::vector<float> sums, low, high;  ///< rows of the source's width and of the result's height
+    std::vector<float> least, most;      ///< a row of the result
+    std::vector<float> across;           ///< rows of the result
 };
 
-MipFilter::MipFilter(Size from, Size to, int channels, Devices::EResampleFilter filter)
+MipFilter::MipFilter(Size from, Size to, int channels, Devices::EResampleFilter filter, bool isBounded)
     : mRows(AxisPlan::Precise(from.height, to.height, filter)),
       mAcross(AxisPlan::Precise(from.width, to.width, filter), channels, from.width),
       mChannels(channels),
+      mIsBounded(isBounded),
       mToFloats(static_cast<std::size_t>(to.width) * static_cast<std::size_t>(channels)),
       mPixels((mAcross.Stride() - kSlack) / static_cast<std::size_t>(channels)),
       mGroup(std::min(RowsOfGroup(mAcross.Stride()), static_cast<std::size_t>(to.height))) {}
@@ -58,11 +64,16 @@ void MipFilter::SumBlock(const MipPlane& source, std::size_t y, std::size_t coun
             const Reach& reach = mRows.ReachOf(y + i);
             const std::int64_t from = std::max(row, reach.first), to = std::min(rowEnd, reach.first + reach.count);
             if (from >= to) continue;
-            float* const loaded = scratch.loaded.data() + static_cast<std::size_t>(from - row) * kLoadedStride;
-            float* const sums = scratch.sums.data() + i * mAcross.Stride() + block.begin * channels;
-            kernels.addRowsUnfused({loaded, kLoadedStride}, mRows.WeightsOf(y + i) + (from - reach.first),
-                                   static_cast<std::size_t>(to - from), block.width * channels, sums,
-                                   from == reach.first);
+            const FloatRows loaded{scratch.loaded.data() + static_cast<std::size_t>(from - row) * kLoadedStride,
+                                   kLoadedStride};
+            const float* const weights = mRows.WeightsOf(y + i) + (from - reach.first);
+            const auto used = static_cast<std::size_t>(to - from);
+            const std::size_t at = i * mAcross.Stride() + block.begin * channels, width = block.width * channels;
+            const bool begins = from == reach.first;
+            kernels.addRowsUnfused(loaded, weights, used, width, scratch.sums.data() + at, begins);
+            if (mIsBounded)
+                kernels.rangeRows(loaded, weights, used, width, scratch.low.data() + at, scratch.high.data() + at,
+                                  begins);
         }
     }
 }
@@ -74,19 +85,30 @@ void MipFilter::SumDown(const MipPlane& source, std::size_t y, std::size_t count
         SumBlock(source, y, count, {begin, std::min(width, mPixels - begin)}, scratch);
 }
 
+/// Up to four rows of sums, from `row` on, to rows of the result.
+void MipFilter::SumAcross(std::size_t row, std::size_t count, Scratch& scratch) const {
+    const std::size_t stride = mToFloats + kSlack, first = row * mAcross.Stride();
+    GetResampleKernels().filterRowsUnfused(
+        mChannels, {{scratch.sums.data() + first, mAcross.Stride()}, {scratch.across.data(), stride}, count},
+        mAcross.Weights());
+    if (!mIsBounded) return;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t at = first + i * mAcross.Stride();
+        mAcross.Range(scratch.low.data() + at, scratch.high.data() + at, scratch.least.data(), scratch.most.data());
+        ClampToRange(scratch.least.data(), scratch.most.data(), mToFloats, scratch.across.data() + i * stride);
+    }
+}
+
 void MipFilter::MakeRows(const MipPlane& source, std::size_t begin, std::size_t end, float* out) const {
     Scratch scratch(*this);
-    const std::size_t stride = mToFloats + kSlack;
     for (std::size_t group = begin; group < end; group += mGroup) {
         const std::size_t rows = std::min(mGroup, end - group);
         SumDown(source, group, rows, scratch);
         for (std::size_t four = 0; four < rows; four += kRowsAtOnce) {
             const std::size_t together = std::min(kRowsAtOnce, rows - four);
-            float* const sums = scratch.sums.data() + four * mAcross.Stride();
-            GetResampleKernels().filterRowsUnfused(
-                mChannels, {{sums, mAcross.Stride()}, {scratch.across.data(), stride}, together}, mAcross.Weights());
+            SumAcross(four, together, scratch);
             for (std::size_t i = 0; i < together; ++i) {
-                std::memcpy(out + (group + four + i) * mToFloats, scratch.across.data() + i * stride,
+                std::memcpy(out + (group + four + i) * mToFloats, scratch.across.data() + i * (mToFloats + kSlack),
                             mToFloats * sizeof(float));
             }
         }

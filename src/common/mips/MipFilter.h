@@ -17,7 +17,8 @@ public:
     struct Size {
         int width, height;
     };
-    MipFilter(Size from, Size to, int channels, Devices::EResampleFilter filter);
+    /// `isBounded`: values stay between the least and the largest under the filter.
+    MipFilter(Size from, Size to, int channels, Devices::EResampleFilter filter, bool isBounded);
 
     /// Makes all rows, packed, at `out`, on all cores. Throws `std::bad_alloc`.
     void Make(const MipPlane& source, float* out) const;
@@ -32,10 +33,12 @@ private:
     void MakeRows(const MipPlane& source, std::size_t begin, std::size_t end, float* out) const;
     void SumDown(const MipPlane& source, std::size_t y, std::size_t count, Scratch& scratch) const;
     void SumBlock(const MipPlane& source, std::size_t y, std::size_t count, const Block& block, Scratch& scratch) const;
+    void SumAcross(std::size_t row, std::size_t count, Scratch& scratch) const;
 
     AxisPlan mRows;
     AcrossFilter mAcross;
     int mChannels;
+    bool mIsBounded;
     std::size_t mToFloats;  ///< of a row of the result
     std::size_t mPixels;    ///< of a row of the source, with those beyond its edges
     std::size_t mGroup;     ///< rows of the result at a time

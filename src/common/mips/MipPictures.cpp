@@ -1,5 +1,7 @@
 #include "common/mips/MipPictures.h"
 
+#include "common/resample/AcrossFilter.h"
+
 #include <kavra/devices/CubeFaces.h>
 
 #include <algorithm>
@@ -8,6 +10,8 @@
 namespace Kavra::Common {
 
 namespace {
+
+constexpr std::size_t kMaxFloats = 512;  // of slices that are read at a time
 
 /// Room for one pixel with what kernels write behind it.
 using PixelBuffer = std::array<float, 4 + kSlack>;
@@ -27,18 +31,25 @@ void FloatPicture::Read(int y, int x, std::size_t count, float* out) const {
 }
 
 void BlendedSlices::Read(int y, int x, std::size_t count, float* out) const {
-    std::array<float, kMaxFloats + kSlack> values;
     const std::size_t most = kMaxFloats / mChannels;
-    for (std::size_t done = 0; done < count; done += most) {
-        const std::size_t part = std::min(most, count - done);
-        bool begins = true;
-        for (const Slice& slice : mSlices) {
-            slice.picture->Read(y, x + static_cast<int>(done), part, values.data());
-            GetResampleKernels().addRowsUnfused({values.data(), 0}, &slice.weight, 1, part * mChannels,
-                                                out + done * mChannels, begins);
-            begins = false;
-        }
+    for (std::size_t done = 0; done < count; done += most)
+        ReadPart(y, x + static_cast<int>(done), std::min(most, count - done), out + done * mChannels);
+}
+
+/// Each slice is added to the sum, and widens the range, while it is near.
+void BlendedSlices::ReadPart(int y, int x, std::size_t count, float* out) const {
+    const ResampleKernels& kernels = GetResampleKernels();
+    std::array<float, kMaxFloats + kSlack> values, low, high;
+    const FloatRows row{values.data(), 0};
+    const std::size_t floats = count * mChannels;
+    bool begins = true;
+    for (const Slice& slice : mSlices) {
+        slice.picture->Read(y, x, count, values.data());
+        kernels.addRowsUnfused(row, &slice.weight, 1, floats, out, begins);
+        if (mIsBounded) kernels.rangeRows(row, &slice.weight, 1, floats, low.data(), high.data(), begins);
+        begins = false;
     }
+    if (mIsBounded) ClampToRange(low.data(), high.data(), floats, out);
 }
 
 // --- Planes ----------------------------------------------------------------------------------------------------------

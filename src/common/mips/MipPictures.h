@@ -47,22 +47,23 @@ private:
     std::size_t mWidth, mChannels;
 };
 
-/// The weighted sum of slices.
+/// The weighted sum of slices; `isBounded`: between the least and the largest of their values.
 class BlendedSlices final : public MipPicture {
 public:
-    explicit BlendedSlices(int channels) : mChannels(static_cast<std::size_t>(channels)) {}
+    BlendedSlices(int channels, bool isBounded)
+        : mChannels(static_cast<std::size_t>(channels)), mIsBounded(isBounded) {}
     void Add(const MipPicture& slice, float weight) { mSlices.push_back({&slice, weight}); }
     void Read(int y, int x, std::size_t count, float* out) const override;
-
-    /// Pixels that are read at a time at most.
-    static constexpr std::size_t kMaxFloats = 512;
 
 private:
     struct Slice {
         const MipPicture* picture;
         float weight;
     };
+    void ReadPart(int y, int x, std::size_t count, float* out) const;
+
     std::size_t mChannels;
+    bool mIsBounded;
     std::vector<Slice> mSlices;
 };
 

@@ -50,7 +50,7 @@ struct Request {
     Request(const TextureShape& asked, const MipOptions& how) {
         Common::CopyKnownFields(asked, shape);
         Common::CopyKnownFields(how, options);
-        if (options.content != kMipColours) options.linearLight = options.alphaWeighted = false;
+        if (options.content != kMipColours) options.linearLight = options.alphaWeighted = options.bounded = false;
     }
 };
 

@@ -192,6 +192,35 @@ TEST(MipChain, ElementsOfAnArrayHaveTheirOwnLevels) {
     EXPECT_EQ(both.bytes, (ByteVector{10, 10, 20, 20, 15, 100, 100, 200, 200, 150}));
 }
 
+TEST(MipChain, BoundedLightHasNoRings) {
+    for (const EFormat format : {kR32F, kR16F, kR32G32B32F}) {
+        const auto channels = static_cast<std::size_t>(FactsOf(format).channels);
+        for (const TextureShape& shape : {ShapeOf(format, 64, 64), ShapeOf(format, 16, 16, 16)}) {
+            Values pixels(4096 * channels, 0.25);
+            std::fill_n(pixels.begin() + static_cast<std::ptrdiff_t>(2080 * channels), channels, 500.0);
+            MipOptions options = WithFilter(kResampleLanczos3);
+            const Values rings = Chain(shape, pixels, options).Values(1);
+            EXPECT_LT(*std::ranges::min_element(rings), 0);
+            options.bounded = true;
+            const MipTexture bounded = Chain(shape, pixels, options);
+            for (int level = 1; level < shape.levels; ++level) {
+                const Values values = bounded.Values(level);
+                EXPECT_GE(*std::ranges::min_element(values), 0.25);
+                EXPECT_LE(*std::ranges::max_element(values), 500);
+            }
+            const Values first = bounded.Values(1);
+            EXPECT_GT(*std::ranges::max_element(first), 1);
+        }
+    }
+    // Integers keep the overshoot.
+    const TextureShape shape = ShapeOf(kL8, 32, 32);
+    const Values pixels = Noise(shape);
+    MipOptions options = WithFilter(kResampleLanczos3);
+    const MipTexture crisp = Chain(shape, pixels, options);
+    options.bounded = true;
+    EXPECT_EQ(Chain(shape, pixels, options).bytes, crisp.bytes);
+}
+
 // --- The twin --------------------------------------------------------------------------------------------------------
 
 /// Integers within half a step and a little, others within what single precision, or that of halves, gives. Colours that
@@ -297,6 +326,7 @@ std::vector<MipOptions> ManyOptions() {
         all.push_back(options);
         options.linearLight = options.alphaWeighted = true;
         options.keepCoverage = 0.4F;
+        options.bounded = true;
         all.push_back(options);
     }
     return all;
