@@ -67,6 +67,7 @@ std::vector<Sample> SamplesOf(const PixelFormat& facts) {
     const bool isFloat = facts.element == ElementType::kHalf || facts.element == ElementType::kFloat;
     const unsigned channels[] = {facts.blueFirst ? kBlue : kRed, kGreen, facts.blueFirst ? kRed : kBlue, kAlpha};
     std::vector<Sample> samples;
+    samples.reserve(std::size(channels));
     for (unsigned c = 0; c < static_cast<unsigned>(facts.channels); ++c)
         samples.push_back({c * bits, bits, channels[c], isFloat ? kFloat | kSigned : 0U});
     return samples;

@@ -61,9 +61,9 @@ std::vector<LevelPlace> ParsePlaces(std::span<const unsigned char> bytes);
 
 /// What files say in words.
 struct Texts {
-    std::string_view orientation = {};  ///< like "rd": columns to the right, rows down
-    std::string_view swizzle = {};      ///< like "rgb1": what each channel is taken from
-    std::uint32_t facesInFile = 0;      ///< of cubes without all faces, whose faces are layers: bit i for face i
+    std::string_view orientation;   ///< like "rd": columns to the right, rows down
+    std::string_view swizzle;       ///< like "rgb1": what each channel is taken from
+    std::uint32_t facesInFile = 0;  ///< of cubes without all faces, whose faces are layers: bit i for face i
 };
 
 /// The texts in the pairs of keys and values; other keys mean nothing here. Nothing where lengths contradict each other.

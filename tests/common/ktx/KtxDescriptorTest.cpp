@@ -117,7 +117,7 @@ TEST(KtxTexts, KeysAreSortedAndPaddedToFourBytes) {
     using namespace std::string_view_literals;
     EXPECT_EQ(ComposeTexts({.orientation = "rd", .swizzle = "rrr1"}),
               Text("\x12\0\0\0KTXorientation\0rd\0\0\0\x10\0\0\0KTXswizzle\0rrr1\0\x10\0\0\0KTXwriter\0kavra\0"sv));
-    EXPECT_EQ(ComposeTexts({.orientation = "rdi"}),
+    EXPECT_EQ(ComposeTexts({.orientation = "rdi", .swizzle = {}}),
               Text("\x13\0\0\0KTXorientation\0rdi\0\0\x10\0\0\0KTXwriter\0kavra\0"sv));
 }
 
