@@ -23,7 +23,7 @@ public:
     /// Closes the file and gives it its name. A full disk may show only now.
     bool Commit();
 
-    /// What failed first, an `errno` value; 0 where nothing did.
+    /// What failed first, an `errno` value, `EINVAL` for a name that is refused; 0 where nothing did.
     int Error() const { return mError; }
 
 private:

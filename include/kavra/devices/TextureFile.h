@@ -123,7 +123,7 @@ public:
     /// Reads the whole texture into `out`, which takes `TextureBytes`, in the order of `TextureShape`.
     bool ReadAll(void* out);
 
-    /// Why the last operation failed, a sentence without a full stop; empty after success. Valid until the next one.
+    /// Why the last operation failed, in words that follow a colon; empty after success. Valid until the next one.
     const char* Reason() const;
 
 private:
@@ -140,8 +140,8 @@ struct TextureWriteOptions {
     int zstdLevel = 0;
 };
 
-/// Whether a file of a kind can say everything that a shape does. Where not, and `reason` is not null, it becomes why, a
-/// sentence without a full stop.
+/// Whether a file of a kind can say everything that a shape does. Where not, and `reason` is not null, it becomes why, in
+/// words that follow a colon.
 ///
 /// - **DDS** has no number for sRGB of formats other than `kBC1` to `kBC3`, `kBC7`, `kR8G8B8A8`, `kB8G8R8A8` and
 ///   `kB8G8R8X8`.

@@ -28,20 +28,20 @@ std::string CodeName(std::uint32_t code) {
     for (int shift = 0; shift < 32; shift += 8)
         text += static_cast<char>(code >> shift & 0xFF);
     const bool isText = std::ranges::all_of(text, [](unsigned char c) { return std::isprint(c) != 0; });
-    return isText ? std::format("The code \"{}\"", text) : std::format("The code {}", code);
+    return isText ? std::format("the code \"{}\"", text) : std::format("the code {}", code);
 }
 
 std::string NoLayout(const Header& header) {
     if (header.isExtended) return std::format("DXGI format {} is not supported", header.dxgiFormat);
     if (header.HasFourCC()) return CodeName(header.fourCC) + " is not supported";
-    if ((header.pixelFlags & kPixelPalette) != 0) return "Palettes are not supported";
-    return std::format("Its channels, in pixels of {} bits, are not supported", header.bitCount);
+    if ((header.pixelFlags & kPixelPalette) != 0) return "palettes are not supported";
+    return std::format("its channels, in pixels of {} bits, are not supported", header.bitCount);
 }
 
 std::string NoShape(const Header& header) {
     const bool isSane = IsSane(header.width, header.height, 1);
-    if (isSane && header.width != header.height && header.depth <= kMaxDepth) return "Its cube is not square";
-    return std::format("A size of {} x {} x {} is not supported", header.width, header.height, header.depth);
+    if (isSane && header.width != header.height && header.depth <= kMaxDepth) return "its cube is not square";
+    return std::format("a size of {} x {} x {} is not supported", header.width, header.height, header.depth);
 }
 
 AlphaMode AlphaOf(const Header& header) {
@@ -66,14 +66,14 @@ std::string TooShort(const Texture& texture, std::uint64_t fileBytes) {
             for (int level = 0; texture.shape.HasFace(face) && level < texture.shape.levels; ++level) {
                 const std::uint64_t bytes = StoredLevelBytes(texture.layout.unit, LevelSize(texture.shape.size, level));
                 if (texture.Offset(element, face, level) + bytes <= fileBytes) continue;
-                std::string where = std::format("The file ends within level {}", level);
+                std::string where = std::format("the file ends within level {}", level);
                 if (texture.shape.FaceCount() > 1) where += std::format(" of face {}", face);
                 if (texture.elements > 1) where += std::format(" of element {}", element);
                 return where;
             }
         }
     }
-    return "The file ends early";
+    return "the file ends early";
 }
 
 }  // namespace
@@ -106,7 +106,7 @@ std::expected<Texture, std::string> TextureOf(const Header& header, std::uint64_
     // There are no arrays of volumes.
     const bool isArray = header.isExtended && header.dimension != kDimensionVolume && header.arraySize > 1;
     const std::uint32_t elements = isArray ? header.arraySize : 1;
-    if (elements > kMaxElements) return Refusal(std::format("An array of {} elements is not supported", elements));
+    if (elements > kMaxElements) return Refusal(std::format("an array of {} elements is not supported", elements));
     const std::optional<Shape> shape = CommonShapeOf(header, layout->unit, bytes / elements);
     if (!shape) return Refusal(NoShape(header));
     texture.shape = *shape;

@@ -45,17 +45,17 @@ private:
 
 std::string NoScheme(std::uint32_t scheme) {
     const char* const name = scheme == kSchemeBasisLZ ? " (BasisLZ)" : scheme == kSchemeZlib ? " (ZLIB)" : "";
-    return std::format("Supercompression of kind {}{} is not supported", scheme, name);
+    return std::format("supercompression of kind {}{} is not supported", scheme, name);
 }
 
 std::expected<Dds::Shape, std::string> ShapeOf(const Header& header) {
     const std::uint32_t height = std::max(header.height, 1U), depth = std::max(header.depth, 1U);
     const bool isCube = header.faces == kCubeFaces, isVolume = header.depth > 0;
     if (!Dds::IsSane(header.width, height, depth))
-        return Refusal(std::format("A size of {} x {} x {} is not supported", header.width, height, depth));
-    if (header.faces != 1 && !isCube) return Refusal(std::format("A cube of {} faces is not supported", header.faces));
-    if (isCube && (header.width != height || isVolume)) return Refusal("Its cube is not square");
-    if (isVolume && header.layers > 0) return Refusal("Arrays of volumes are not supported");
+        return Refusal(std::format("a size of {} x {} x {} is not supported", header.width, height, depth));
+    if (header.faces != 1 && !isCube) return Refusal(std::format("a cube of {} faces is not supported", header.faces));
+    if (isCube && (header.width != height || isVolume)) return Refusal("its cube is not square");
+    if (isVolume && header.layers > 0) return Refusal("arrays of volumes are not supported");
     const Dds::Extent size{static_cast<int>(header.width), static_cast<int>(height), static_cast<int>(depth)};
     const std::uint32_t levels = std::max(header.levels, 1U);
     if (levels > static_cast<std::uint32_t>(Dds::FullMipChain(size)))
@@ -69,7 +69,7 @@ std::expected<void, std::string> MakeIncompleteCube(std::uint32_t faces, Texture
     const int count = std::popcount(faces);
     const bool isCube = texture.shape.type == kTexture2D && texture.shape.size.width == texture.shape.size.height;
     if (!isCube || faces > Dds::kAllFaces || texture.elements % count != 0)
-        return Refusal("Its cube contradicts itself");
+        return Refusal("its cube contradicts itself");
     texture.shape.type = kTextureCube;
     texture.shape.faces = faces;
     texture.elements /= count;
@@ -81,10 +81,10 @@ std::expected<void, std::string> ApplyTexts(const FilePart& file, const Header& 
     const bool isSane = header.textsBytes <= kMaxTextsBytes;
     const std::optional<Bytes> bytes = isSane ? file.Read(header.textsOffset, header.textsBytes) : std::nullopt;
     const std::optional<Texts> texts = bytes ? ParseTexts(*bytes) : std::nullopt;
-    if (!texts) return Refusal("Its keys and values contradict each other");
+    if (!texts) return Refusal("its keys and values contradict each other");
     if (texts->orientation.size() > 1) texture.isBottomUp = texts->orientation[1] == 'u';
     if (!ApplySwizzle(texts->swizzle, texture))
-        return Refusal(std::format("The channel order \"{}\" is not supported", PrintableSwizzle(texts->swizzle)));
+        return Refusal(std::format("the channel order \"{}\" is not supported", PrintableSwizzle(texts->swizzle)));
     if (texts->facesInFile != 0) return MakeIncompleteCube(texts->facesInFile, texture);
     return {};
 }
@@ -96,7 +96,7 @@ std::expected<void, std::string> ApplyFormat(const FilePart& file, const Header&
     const std::optional<Bytes> bytes =
         isSane ? file.Read(header.descriptorOffset, header.descriptorBytes) : std::nullopt;
     const std::optional<ColourMeaning> colour = bytes ? ParseDescriptor(*bytes) : std::nullopt;
-    if (!colour) return Refusal("Its data format descriptor contradicts itself");
+    if (!colour) return Refusal("its data format descriptor contradicts itself");
     texture.layout = format->layout;
     texture.isSrgb = format->isSrgb || (colour->isSrgb && !format->hasSrgbTwin);
     texture.alpha = colour->isPremultiplied ? Dds::kAlphaModePremultiplied : Dds::kAlphaModeStraight;
@@ -125,15 +125,15 @@ std::expected<void, std::string> CheckLevels(const FilePart& file, const Header&
             static_cast<unsigned>(texture.elements) * static_cast<unsigned>(texture.FacesInFile());
         const std::uint64_t bytes = Common::Product<std::uint64_t>(texture.FaceBytes(level), faces);
         const bool isPacked = texture.scheme != kSchemeNone;
-        if (!file.Has(place.offset, place.bytes)) return Refusal(std::format("The file ends within level {}", level));
+        if (!file.Has(place.offset, place.bytes)) return Refusal(std::format("the file ends within level {}", level));
         const bool fits = isPacked
                               ? Common::CanHold(Common::Product<std::uint64_t>(place.bytes, kMaxInflation), bytes, 1)
                               : place.bytes == bytes;
         if (place.unpackedBytes != bytes || !fits)
-            return Refusal(std::format("Level {} has another length than its size asks for", level));
+            return Refusal(std::format("level {} has another length than its size asks for", level));
         parts.emplace_back(place.offset, place.bytes);
     }
-    if (Overlap(std::move(parts))) return Refusal("Parts of the file overlap");
+    if (Overlap(std::move(parts))) return Refusal("parts of the file overlap");
     return {};
 }
 
@@ -153,7 +153,7 @@ std::expected<Texture, std::string> ReadTexture(std::FILE* stream, std::uint64_t
     const FilePart file(stream, fileBytes);
     const std::optional<Bytes> start = file.Read(0, kHeaderBytes);
     const std::optional<Header> header = start ? ParseHeader(*start) : std::nullopt;
-    if (!header) return Refusal("The file ends within its header");
+    if (!header) return Refusal("the file ends within its header");
     if (header->scheme != kSchemeNone && header->scheme != kSchemeZstandard) return Refusal(NoScheme(header->scheme));
 
     Texture texture;
@@ -162,11 +162,11 @@ std::expected<Texture, std::string> ReadTexture(std::FILE* stream, std::uint64_t
     if (!shape) return Refusal(shape.error());
     texture.shape = *shape;
     if (header->layers > Dds::kMaxElements)
-        return Refusal(std::format("An array of {} elements is not supported", header->layers));
+        return Refusal(std::format("an array of {} elements is not supported", header->layers));
     texture.elements = static_cast<int>(std::max(header->layers, 1U));
     const std::optional<Bytes> places =
         file.Read(kHeaderBytes, kPlaceBytes * static_cast<std::size_t>(texture.shape.levels));
-    if (!places) return Refusal("The file ends within its index");
+    if (!places) return Refusal("the file ends within its index");
     texture.levels = ParsePlaces(*places);
     for (const auto step : {ApplyFormat, ApplyTexts}) {
         if (const auto applied = step(file, *header, texture); !applied) return Refusal(applied.error());

@@ -5,8 +5,9 @@
 #include <kavra/objects/OS.h>
 
 #include <cstring>
-#include <exception>
 #include <format>
+#include <new>
+#include <system_error>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -64,31 +65,31 @@ struct TextureFileReader::State {
 bool TextureFileReader::State::Open(const KString& path) {
     std::FILE* opened = nullptr;
     if (const int error = OS::wfopen(&opened, path, L"rb"); error != 0)
-        return Refuse(std::format("It cannot be opened: {}", std::strerror(error)));
+        return Refuse("it cannot be opened: " + std::generic_category().message(error));
     auto found = OpenTextureLevels(Common::FileHandle(opened));
     if (!found) return Refuse(std::move(found).error());
     const std::optional<KnownTexture> known = KnownTextureOf(ShapeOf((*found)->Texture()));
-    if (!known) return Refuse("Its shape is not supported");
+    if (!known) return Refuse("its shape is not supported");
     levels = *std::move(found);
     texture = *known;
     return true;
 }
 
 bool TextureFileReader::State::ReadLevel(int element, int face, int level, unsigned char* out) {
-    if (!levels) return Refuse("No file is open");
+    if (!levels) return Refuse("no file is open");
     if (out == nullptr || !texture.Has(element, face, level))
-        return Refuse(std::format("There is no level {} of face {} of element {}", level, face, element));
+        return Refuse(std::format("there is no level {} of face {} of element {}", level, face, element));
     if (!levels->Texture().shape.HasFace(face)) {
         std::memset(out, 0, texture.LevelBytes(level));
         return true;
     }
     if (levels->Read(element, face, level, out)) return true;
-    return Refuse(std::format("Level {} cannot be read", level));
+    return Refuse(std::format("level {} cannot be read", level));
 }
 
 /// Level by level, so that of those which are packed only one is kept.
 bool TextureFileReader::State::ReadAll(unsigned char* out) {
-    if (!levels || out == nullptr) return Refuse("No file is open");
+    if (!levels || out == nullptr) return Refuse("no file is open");
     for (int level = 0; level < texture.shape.levels; ++level) {
         for (int element = 0; element < texture.shape.elements; ++element) {
             for (int face = 0; face < texture.stored.FaceCount(); ++face) {
@@ -100,44 +101,47 @@ bool TextureFileReader::State::ReadAll(unsigned char* out) {
     return true;
 }
 
-TextureFileReader::TextureFileReader() : mState(std::make_unique<State>()) {}
+TextureFileReader::TextureFileReader() : mState(new (std::nothrow) State) {}
 TextureFileReader::~TextureFileReader() = default;
 
 bool TextureFileReader::Open(const KString& path) {
+    if (!mState) return false;
     mState->Close();
     return mState->Try([&] { return mState->Open(path); });
 }
 
 ETextureFileKind TextureFileReader::Kind() const {
-    return mState->levels ? mState->levels->Kind() : kTextureFileUnknown;
+    return mState && mState->levels ? mState->levels->Kind() : kTextureFileUnknown;
 }
 
 void TextureFileReader::GetShape(TextureShape& shape) const {
-    Common::CopyKnownFields(mState->texture.shape, shape);
+    Common::CopyKnownFields(mState ? mState->texture.shape : TextureShape(), shape);
 }
 
 bool TextureFileReader::HasFace(int face) const {
-    return mState->levels && face >= 0 && face < kCubeFaces && mState->levels->Texture().shape.HasFace(face);
+    return mState && mState->levels && face >= 0 && face < kCubeFaces && mState->levels->Texture().shape.HasFace(face);
 }
 
 bool TextureFileReader::IsAsStored() const {
-    return mState->levels && mState->levels->Texture().layout.widen == nullptr && !mState->levels->IsExchanged();
+    return mState && mState->levels && mState->levels->Texture().layout.widen == nullptr &&
+           !mState->levels->IsExchanged();
 }
 
 bool TextureFileReader::IsBottomUp() const {
-    return mState->levels && mState->levels->IsBottomUp();
+    return mState && mState->levels && mState->levels->IsBottomUp();
 }
 
 bool TextureFileReader::ReadLevel(int element, int face, int level, void* out) {
-    return mState->Try([&] { return mState->ReadLevel(element, face, level, static_cast<unsigned char*>(out)); });
+    return mState &&
+           mState->Try([&] { return mState->ReadLevel(element, face, level, static_cast<unsigned char*>(out)); });
 }
 
 bool TextureFileReader::ReadAll(void* out) {
-    return mState->Try([&] { return mState->ReadAll(static_cast<unsigned char*>(out)); });
+    return mState && mState->Try([&] { return mState->ReadAll(static_cast<unsigned char*>(out)); });
 }
 
 const char* TextureFileReader::Reason() const {
-    return mState->reason.c_str();
+    return mState ? mState->reason.c_str() : kNoMemory;
 }
 
 }  // namespace Kavra::Devices

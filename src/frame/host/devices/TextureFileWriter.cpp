@@ -8,7 +8,7 @@
 #include <kavra/objects/OS.h>
 
 #include <array>
-#include <exception>
+#include <cerrno>
 #include <expected>
 #include <format>
 #include <span>
@@ -26,7 +26,8 @@ using Dds::Refusal;
 
 Done Finish(Common::UnfinishedFile& file) {
     if (file.Commit()) return {};
-    return Refusal("It cannot be written: " + std::generic_category().message(file.Error()));
+    if (file.Error() == EINVAL) return Refusal("what has this name is no regular file");
+    return Refusal("it cannot be written: " + std::generic_category().message(file.Error()));
 }
 
 // --- DDS -------------------------------------------------------------------------------------------------------------
@@ -93,6 +94,7 @@ Done WriteKtx(const std::string& path, const KnownTexture& texture, const unsign
     const bool isPacked = zstdLevel > 0;
     const std::vector<Bytes> packed = isPacked ? PackLevels(texture, data, zstdLevel) : std::vector<Bytes>();
     std::vector<std::uint64_t> sizes;
+    sizes.reserve(static_cast<std::size_t>(texture.shape.levels));
     for (int level = 0; level < texture.shape.levels; ++level)
         sizes.push_back(isPacked ? packed[static_cast<std::size_t>(level)].size() : WholeLevelBytes(texture, level));
     const Ktx::Head head =
@@ -124,10 +126,11 @@ ETextureFileKind KindOf(const KString& path) {
 }
 
 Done Check(const std::optional<KnownTexture>& texture, ETextureFileKind kind) {
-    if (!texture) return Refusal("There is no texture of such a shape");
-    if (kind == kTextureFileDDS && !DdsHeaderOf(*texture)) return Refusal("DDS has no sRGB for this format");
+    if (!texture) return Refusal("there is no texture of such a shape");
+    if (kind == kTextureFileDDS && !DdsHeaderOf(*texture))
+        return Refusal("DDS has no sRGB for this format, only for rgba8, bgra8, BC1, BC2, BC3 and BC7");
     if (kind == kTextureFileDDS || kind == kTextureFileKTX2) return {};
-    return Refusal("It is neither to be a DDS nor a KTX2 file");
+    return Refusal("it is neither to be a DDS nor a KTX2 file");
 }
 
 Done Write(const KString& path, const TextureShape& shape, const void* data, std::uint64_t bytes,
@@ -141,7 +144,7 @@ Done Write(const KString& path, const TextureShape& shape, const void* data, std
         return Refusal(
             std::format("{} bytes are given for a texture of {}", data == nullptr ? 0 : bytes, texture->Bytes()));
     if (known.zstdLevel < 0 || known.zstdLevel > kMaxZstdLevel)
-        return Refusal(std::format("There is no level {} of Zstandard", known.zstdLevel));
+        return Refusal(std::format("there is no level {} of Zstandard", known.zstdLevel));
     if (known.zstdLevel > 0 && kind == kTextureFileDDS) return Refusal("DDS files are not packed by Zstandard");
     const auto* const pixels = static_cast<const unsigned char*>(data);
     const std::string name = OS::ToUtf8(path);

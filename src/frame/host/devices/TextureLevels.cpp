@@ -96,7 +96,7 @@ private:
 
 Opened OpenDds(FileHandle file, std::span<const unsigned char> start, std::uint64_t fileBytes) {
     const auto header = Dds::ParseHeader(start, Dds::ExtensionRule::kAnyCode);
-    if (!header) return Refusal("It is no DDS file, or ends within its header");
+    if (!header) return Refusal("it is no DDS file, or ends within its header");
     const auto texture = Dds::TextureOf(*header, fileBytes);
     if (!texture) return Refusal(texture.error());
     return std::make_unique<DdsLevels>(std::move(file), *texture);
@@ -114,7 +114,7 @@ bool IsWithinLimits(const Ktx::Texture& texture) {
 Opened OpenKtx(FileHandle file, std::uint64_t fileBytes) {
     auto texture = Ktx::ReadTexture(file.get(), fileBytes);
     if (!texture) return Refusal(std::move(texture).error());
-    if (!IsWithinLimits(*texture)) return Refusal("Its levels are larger than the limits allow");
+    if (!IsWithinLimits(*texture)) return Refusal("its levels are larger than the limits allow");
     return std::make_unique<KtxLevels>(std::move(file), *std::move(texture));
 }
 
@@ -122,7 +122,7 @@ Opened OpenKtx(FileHandle file, std::uint64_t fileBytes) {
 
 Opened OpenTextureLevels(FileHandle file) {
     const std::optional<std::uint64_t> fileBytes = Common::FileLength(file.get());
-    if (!fileBytes || !MoveTo(file.get(), 0)) return Refusal("It cannot be read");
+    if (!fileBytes || !MoveTo(file.get(), 0)) return Refusal("it cannot be read");
     std::array<unsigned char, Dds::kMaxHeaderBytes> bytes{};
     const std::span<const unsigned char> start =
         std::span(bytes).first(std::fread(bytes.data(), 1, bytes.size(), file.get()));
@@ -134,7 +134,7 @@ Opened OpenTextureLevels(FileHandle file) {
     if (beginsWith(kDdsMagic)) return OpenDds(std::move(file), start, *fileBytes);
     if (beginsWith(Ktx::kIdentifier)) return OpenKtx(std::move(file), *fileBytes);
     if (beginsWith(std::span(Ktx::kIdentifier).first(kFamily))) return Refusal("KTX of version 1 is not supported");
-    return Refusal("It is neither a DDS nor a KTX2 file");
+    return Refusal("it is neither a DDS nor a KTX2 file");
 }
 
 }  // namespace Kavra::Devices

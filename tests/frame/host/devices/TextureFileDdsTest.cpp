@@ -149,25 +149,25 @@ std::string WhyNot(const DdsFile& file) {
 
 TEST(TextureFileDds, WhatIsNotReadIsNamed) {
     EXPECT_EQ(WhyNot(DdsFile(4, 4).Dxgi(42).Counting(99)), "DXGI format 42 is not supported");
-    EXPECT_EQ(WhyNot(DdsFile(4, 4).Code("ETC1").Counting(99)), "The code \"ETC1\" is not supported");
-    EXPECT_EQ(WhyNot(DdsFile(4, 4).Code(79).Counting(99)), "The code 79 is not supported");
-    EXPECT_EQ(WhyNot(DdsFile(4, 4).Masks(0x20, 8, 0).Counting(99)), "Palettes are not supported");
+    EXPECT_EQ(WhyNot(DdsFile(4, 4).Code("ETC1").Counting(99)), "the code \"ETC1\" is not supported");
+    EXPECT_EQ(WhyNot(DdsFile(4, 4).Code(79).Counting(99)), "the code 79 is not supported");
+    EXPECT_EQ(WhyNot(DdsFile(4, 4).Masks(0x20, 8, 0).Counting(99)), "palettes are not supported");
     EXPECT_EQ(WhyNot(DdsFile(4, 4).Masks(0x40, 64, 0xFF).Counting(99)),
-              "Its channels, in pixels of 64 bits, are not supported");
-    EXPECT_EQ(WhyNot(DdsFile(4, 0).Masks(0x20000, 8, 0xFF)), "A size of 4 x 0 x 0 is not supported");
-    EXPECT_EQ(WhyNot(DdsFile(4, 2).Masks(0x20000, 8, 0xFF).Cube().Counting(99)), "Its cube is not square");
-    EXPECT_EQ(WhyNot(DdsFile(1, 1).Dxgi(61, 3, 0, 65537).Counting(99)), "An array of 65537 elements is not supported");
+              "its channels, in pixels of 64 bits, are not supported");
+    EXPECT_EQ(WhyNot(DdsFile(4, 0).Masks(0x20000, 8, 0xFF)), "a size of 4 x 0 x 0 is not supported");
+    EXPECT_EQ(WhyNot(DdsFile(4, 2).Masks(0x20000, 8, 0xFF).Cube().Counting(99)), "its cube is not square");
+    EXPECT_EQ(WhyNot(DdsFile(1, 1).Dxgi(61, 3, 0, 65537).Counting(99)), "an array of 65537 elements is not supported");
 }
 
 TEST(TextureFileDds, AFileThatIsTooShortIsRefusedBeforeMemoryIsTaken) {
-    EXPECT_EQ(WhyNot(DdsFile(4, 4).Masks(0x20000, 8, 0xFF).Mips(3).Counting(20)), "The file ends within level 2");
+    EXPECT_EQ(WhyNot(DdsFile(4, 4).Masks(0x20000, 8, 0xFF).Mips(3).Counting(20)), "the file ends within level 2");
     EXPECT_EQ(WhyNot(DdsFile(4, 4).Masks(0x20000, 8, 0xFF).Cube().Counting(50)),
-              "The file ends within level 0 of face 3");
+              "the file ends within level 0 of face 3");
     EXPECT_EQ(WhyNot(DdsFile(4, 4).Dxgi(61, 3, 4, 2).Counting(96 + 16)),
-              "The file ends within level 0 of face 1 of element 1");
-    EXPECT_EQ(WhyNot(DdsFile(1 << 20, 1 << 20).Dxgi(2, 4).Volume(1 << 16).Mips(21)), "The file ends within level 0");
+              "the file ends within level 0 of face 1 of element 1");
+    EXPECT_EQ(WhyNot(DdsFile(1 << 20, 1 << 20).Dxgi(2, 4).Volume(1 << 16).Mips(21)), "the file ends within level 0");
     EXPECT_EQ(WhyNot(DdsFile(1 << 20, 1 << 20).Dxgi(2, 3, 4, 1 << 16).Mips(21)),
-              "The file ends within level 0 of face 0 of element 0");
+              "the file ends within level 0 of face 0 of element 0");
 }
 
 TEST(TextureFileDds, CutAnywhereAFileIsRefused) {

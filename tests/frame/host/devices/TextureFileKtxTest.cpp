@@ -2,6 +2,8 @@
 
 #include "frame/host/devices/KtxTestFile.h"
 
+#include <kavra/devices/ImageLimits.h>
+
 #include <gtest/gtest.h>
 
 namespace Kavra::Tests {
@@ -134,8 +136,8 @@ TEST(TextureFileKtx, LayersMayBeTheFacesOfAnIncompleteCube) {
         return Read(KtxFile(1, 1).Set(kAtLayers, layers).Pair("KTXcubemapIncomplete", faces).Level(Counting(layers)))
             .reason;
     };
-    EXPECT_EQ(why(3, "\x22"), "Its cube contradicts itself") << "three are no pairs";
-    EXPECT_EQ(why(3, "\x46"), "Its cube contradicts itself") << "there is no seventh face";
+    EXPECT_EQ(why(3, "\x22"), "its cube contradicts itself") << "three are no pairs";
+    EXPECT_EQ(why(3, "\x46"), "its cube contradicts itself") << "there is no seventh face";
 }
 
 TEST(TextureFileKtx, TheLowestRowMayComeFirst) {
@@ -169,42 +171,42 @@ std::string WhyNot(const KtxFile& file) {
 
 TEST(TextureFileKtx, WhatIsNotReadIsNamed) {
     const auto file = [] { return KtxFile(1, 1).Level({1}); };
-    EXPECT_EQ(WhyNot(file().Set(kAtScheme, 1)), "Supercompression of kind 1 (BasisLZ) is not supported");
-    EXPECT_EQ(WhyNot(file().Set(kAtScheme, 3)), "Supercompression of kind 3 (ZLIB) is not supported");
-    EXPECT_EQ(WhyNot(file().Set(kAtScheme, 0x10000)), "Supercompression of kind 65536 is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtScheme, 1)), "supercompression of kind 1 (BasisLZ) is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtScheme, 3)), "supercompression of kind 3 (ZLIB) is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtScheme, 0x10000)), "supercompression of kind 65536 is not supported");
     EXPECT_EQ(WhyNot(file().Set(kAtFormat, 157)), "VkFormat 157 is not supported");
     EXPECT_EQ(WhyNot(file().Set(kAtFormat, 0)), "VkFormat 0 is not supported");
-    EXPECT_EQ(WhyNot(file().Set(kAtFaces, 5)), "A cube of 5 faces is not supported");
-    EXPECT_EQ(WhyNot(file().Set(kAtDepth, 1).Set(kAtLayers, 1)), "Arrays of volumes are not supported");
-    EXPECT_EQ(WhyNot(file().Set(kAtWidth, 0)), "A size of 0 x 1 x 1 is not supported");
-    EXPECT_EQ(WhyNot(file().Set(kAtWidth, 2).Set(kAtFaces, 6)), "Its cube is not square");
+    EXPECT_EQ(WhyNot(file().Set(kAtFaces, 5)), "a cube of 5 faces is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtDepth, 1).Set(kAtLayers, 1)), "arrays of volumes are not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtWidth, 0)), "a size of 0 x 1 x 1 is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtWidth, 2).Set(kAtFaces, 6)), "its cube is not square");
     EXPECT_EQ(WhyNot(file().Set(kAtLevels, 2)), "2 levels are more than its size has");
-    EXPECT_EQ(WhyNot(file().Set(kAtLayers, 65537)), "An array of 65537 elements is not supported");
-    EXPECT_EQ(WhyNot(file().Pair("KTXswizzle", "g\nrr")), "The channel order \"g?rr\" is not supported");
+    EXPECT_EQ(WhyNot(file().Set(kAtLayers, 65537)), "an array of 65537 elements is not supported");
+    EXPECT_EQ(WhyNot(file().Pair("KTXswizzle", "g\nrr")), "the channel order \"g?rr\" is not supported");
     Bytes old = file().All();
     old[5] = old[6] = '1';
     EXPECT_EQ(ReadTextureBytes(old).reason, "KTX of version 1 is not supported");
 }
 
 TEST(TextureFileKtx, LengthsMustBeThoseOfTheSize) {
-    const char* const wrong = "Level 0 has another length than its size asks for";
+    const char* const wrong = "level 0 has another length than its size asks for";
     EXPECT_EQ(WhyNot(KtxFile(2, 2).Level(Counting(3))), wrong);
     EXPECT_EQ(WhyNot(KtxFile(2, 2).Level(Counting(5))), wrong);
     EXPECT_EQ(WhyNot(KtxFile(2, 2).Level(Counting(4), 5)), wrong);
     EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtScheme, 2).Level(ZstdFrame(Counting(4)), 5)), wrong);
-    EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtIndex, 0xFFFFFFFF).Level(Counting(4))), "The file ends within level 0");
+    EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtIndex, 0xFFFFFFFF).Level(Counting(4))), "the file ends within level 0");
     EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtIndex, 0xFFFFFFFF).Set(kAtIndex + 4, 0xFFFFFFFF).Level(Counting(4))),
-              "The file ends within level 0");
+              "the file ends within level 0");
     EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtDfdBytes, 40).Level(Counting(4))),
-              "Its data format descriptor contradicts itself");
+              "its data format descriptor contradicts itself");
     EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtDfdOffset, 0xFFFFFFF0).Level(Counting(4))),
-              "Its data format descriptor contradicts itself");
+              "its data format descriptor contradicts itself");
     EXPECT_EQ(WhyNot(KtxFile(2, 2).Set(kAtKvdBytes, 0x7FFFFFFF).Level(Counting(4))),
-              "Its keys and values contradict each other");
+              "its keys and values contradict each other");
 }
 
 TEST(TextureFileKtx, PartsOfAFileMustNotOverlap) {
-    const char* const wrong = "Parts of the file overlap";
+    const char* const wrong = "parts of the file overlap";
     // Both levels in one place: 4 x 1 pixels at 192, the second in the middle of the first.
     const KtxFile good = KtxFile(4, 1).Set(kAtLevels, 2).Level(Counting(4)).Level({4, 5});
     ASSERT_TRUE(Read(good).isWhole);
@@ -217,18 +219,30 @@ TEST(TextureFileKtx, PackedLevelsThatBreakOrHoldMoreOrLessAreRefused) {
     const auto why = [](const Bytes& frame, std::uint64_t bytes) {
         return WhyNot(KtxFile(4, static_cast<std::uint32_t>(bytes / 4)).Set(kAtScheme, 2).Level(frame, bytes));
     };
-    EXPECT_EQ(why(ZstdFrame(Counting(15)), 16), "Level 0 cannot be read");
-    EXPECT_EQ(why(ZstdFrame(Counting(17)), 16), "Level 0 cannot be read");
-    EXPECT_EQ(why({1, 2, 3, 4}, 16), "Level 0 cannot be read");
+    EXPECT_EQ(why(ZstdFrame(Counting(15)), 16), "level 0 cannot be read");
+    EXPECT_EQ(why(ZstdFrame(Counting(17)), 16), "level 0 cannot be read");
+    EXPECT_EQ(why({1, 2, 3, 4}, 16), "level 0 cannot be read");
     Bytes cut = ZstdFrame(Counting(16));
     cut.pop_back();
-    EXPECT_EQ(why(cut, 16), "Level 0 cannot be read");
+    EXPECT_EQ(why(cut, 16), "level 0 cannot be read");
 }
 
 TEST(TextureFileKtx, PackedLevelsThatClaimMoreThanTheirBytesCanHoldAreRefusedBeforeMemoryIsTaken) {
     const std::uint64_t side = 1 << 20;
     EXPECT_EQ(WhyNot(KtxFile(1 << 20, 1 << 20).Set(kAtScheme, 2).Level(ZstdFrame(Counting(16)), side * side)),
-              "Level 0 has another length than its size asks for");
+              "level 0 has another length than its size asks for");
+}
+
+TEST(TextureFileKtx, PackedLevelsKeepToTheLimitsOfTheHost) {
+    const ImageLimits before = GetImageLimits();
+    ImageLimits limits;
+    limits.maxBytes = 15;
+    SetImageLimits(limits);
+    const std::string packed = Read(KtxFile(4, 4).Set(kAtScheme, 2).Level(ZstdFrame(Counting(16)), 16)).reason;
+    const std::string plain = Read(KtxFile(4, 4).Level(Counting(16))).reason;
+    SetImageLimits(before);
+    EXPECT_EQ(packed, "its levels are larger than the limits allow");
+    EXPECT_EQ(plain, "") << "which is no larger than its file";
 }
 
 /// Two cubes with three levels, a descriptor and texts.

@@ -236,7 +236,7 @@ TEST(TextureFile, OneElementReadsAsItLiesInTheWhole) {
         const std::size_t offset = TextureLevelOffset(shape, 2, 4, 0);
         EXPECT_EQ(level, Bytes(data.begin() + offset, data.begin() + offset + 32));
         EXPECT_FALSE(reader.ReadLevel(3, 0, 0, level.data()));
-        EXPECT_STREQ(reader.Reason(), "There is no level 0 of face 0 of element 3");
+        EXPECT_STREQ(reader.Reason(), "there is no level 0 of face 0 of element 3");
         EXPECT_TRUE(reader.ReadLevel(0, 0, 3, level.data()));
         EXPECT_STREQ(reader.Reason(), "");
     }
@@ -265,16 +265,16 @@ TEST(TextureFile, AFailedWriteSaysWhyAndLeavesNothing) {
     TextureWriteOptions beyond;
     beyond.zstdLevel = 23;
     EXPECT_EQ(WhyNot(folder / "a.dds", shape, 15), "15 bytes are given for a texture of 16");
-    EXPECT_EQ(WhyNot(folder / "a.png", shape, 16), "It is neither to be a DDS nor a KTX2 file");
+    EXPECT_EQ(WhyNot(folder / "a.png", shape, 16), "it is neither to be a DDS nor a KTX2 file");
     EXPECT_EQ(WhyNot(folder / "a.dds", shape, 16, packed), "DDS files are not packed by Zstandard");
-    EXPECT_EQ(WhyNot(folder / "a.ktx2", shape, 16, beyond), "There is no level 23 of Zstandard");
-    EXPECT_EQ(WhyNot(folder / "a.dds", Shape(kL8, kTexture2D, 4, 4, 1, 9), 16), "There is no texture of such a shape");
-    EXPECT_EQ(WhyNot(folder / "no" / "a.dds", shape, 16), "It cannot be written: No such file or directory");
-    EXPECT_EQ(WhyNot(folder / "no" / "a.ktx2", shape, 16), "It cannot be written: No such file or directory");
+    EXPECT_EQ(WhyNot(folder / "a.ktx2", shape, 16, beyond), "there is no level 23 of Zstandard");
+    EXPECT_EQ(WhyNot(folder / "a.dds", Shape(kL8, kTexture2D, 4, 4, 1, 9), 16), "there is no texture of such a shape");
+    EXPECT_EQ(WhyNot(folder / "no" / "a.dds", shape, 16), "it cannot be written: No such file or directory");
+    EXPECT_EQ(WhyNot(folder / "no" / "a.ktx2", shape, 16), "it cannot be written: No such file or directory");
     std::string reason;
     EXPECT_FALSE(WriteTextureFile(Wide(folder / "a.dds"), shape, nullptr, 16, {}, &reason));
     std::filesystem::create_directory(folder / "b.dds");
-    EXPECT_EQ(WhyNot(folder / "b.dds", shape, 16), "It cannot be written: Invalid argument");
+    EXPECT_EQ(WhyNot(folder / "b.dds", shape, 16), "what has this name is no regular file");
     EXPECT_EQ(FilesIn(folder), 1U);
 }
 
@@ -293,7 +293,7 @@ TEST(TextureFile, AFileThatCannotGrowIsAFailureAndTheOldOneStays) {
     setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, handler);
     EXPECT_FALSE(isWritten);
-    EXPECT_EQ(reason, "It cannot be written: File too large");
+    EXPECT_EQ(reason, "it cannot be written: File too large");
     EXPECT_EQ(ReadAll(folder / "a.ktx2"), (Bytes{'o', 'l', 'd'}));
     EXPECT_EQ(FilesIn(folder), 1U);
 }
@@ -306,11 +306,11 @@ TEST(TextureFile, WithoutAFileThereIsNothing) {
     EXPECT_EQ(reader.Shape().format, kUnknown);
     EXPECT_FALSE(reader.HasFace(0));
     EXPECT_FALSE(reader.ReadAll(bytes.data()));
-    EXPECT_STREQ(reader.Reason(), "No file is open");
+    EXPECT_STREQ(reader.Reason(), "no file is open");
     EXPECT_FALSE(reader.Open(Wide(folder / "none")));
-    EXPECT_STREQ(reader.Reason(), "It cannot be opened: No such file or directory");
+    EXPECT_STREQ(reader.Reason(), "it cannot be opened: No such file or directory");
     EXPECT_FALSE(reader.Open(Wide(folder.Write("empty", std::string()))));
-    EXPECT_STREQ(reader.Reason(), "It is neither a DDS nor a KTX2 file");
+    EXPECT_STREQ(reader.Reason(), "it is neither a DDS nor a KTX2 file");
     ASSERT_TRUE(reader.Open(Wide(folder.Write("good", DdsFile(1, 1).Masks(0x20000, 8, 0xFF).Counting(1).All()))));
     EXPECT_EQ(reader.Kind(), kTextureFileDDS);
     EXPECT_FALSE(reader.Open(Wide(folder / "empty")));
