@@ -56,7 +56,7 @@ const unsigned char* FaceOf(const LoadedImage& image, int face) {
 
 int LevelsOf(const PixelTexture& texture, const TextureOptions& options, bool isFile) {
     const TextureShape& shape = texture.shape;
-    const int all = MipLevels(shape.width, shape.height, shape.depth);
+    const int all = FullTextureLevels(shape.width, shape.height, shape.depth);
     if (options.levels.count)
         return *options.levels.count == LevelWish::kAll ? all : std::min(*options.levels.count, all);
     return isFile ? shape.levels : all;

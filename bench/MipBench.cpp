@@ -51,7 +51,7 @@ TextureShape ShapeOf(ETextureType type, int side, int depth) {
     shape.type = type;
     shape.width = shape.height = side;
     shape.depth = depth;
-    shape.levels = MipLevels(side, side, depth);
+    shape.levels = FullTextureLevels(side, side, depth);
     return shape;
 }
 

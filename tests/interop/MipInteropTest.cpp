@@ -33,7 +33,7 @@ std::vector<Bytes> LevelsOf(const Bytes& rgb, const MipOptions& options) {
     shape.width = kWidth;
     shape.height = kHeight;
     shape.levels = kLevels;
-    Bytes texture(MipChainBytes(shape));
+    Bytes texture(TextureBytes(shape));
     EXPECT_TRUE(BuildMipChain(shape, pixels.data(), texture.data(), options));
     std::vector<Bytes> levels;
     auto at = texture.begin();

@@ -98,19 +98,10 @@ public:
     virtual bool TakeLevel(const MipLevel& level) = 0;
 };
 
-/// Levels of a whole chain, down to 1 x 1 x 1, level 0 among them. Sides below 1 count as 1. Threads: any.
-KAVRA_DEVICES_API int MipLevels(int width, int height, int depth = 1);
-
-/// A side of a level of 0 and up, where that of level 0 is `side`. Threads: any.
-KAVRA_DEVICES_API int MipSide(int side, int level);
-
-/// Bytes of a texture with all its levels, packed as `TextureShape` says. 0 where no chain of it can be made. Threads: any.
-KAVRA_DEVICES_API std::uint64_t MipChainBytes(const TextureShape& shape);
-
 /// Makes levels 1 to `shape.levels - 1` of a texture and hands each to a sink as soon as it is there.
 ///
 /// `shape` has a format that is not block-compressed; sides of 1 to 2^20, of a volume 65,536 slices at most, of a cube map
-/// square; 1 to `MipLevels` levels; and at least one element. `isSrgb` and `alpha` of it are not looked at: options say what
+/// square; 1 to `FullTextureLevels` levels; and at least one element. `isSrgb` and `alpha` of it are not looked at: options say what
 /// is done (`MipOptionsFor`). Filters that reach beyond the edge of a face take the pixels of the neighbouring faces, and
 /// beyond a corner the mean of the three that meet there, so that no seams show. Volumes are filtered in all three
 /// directions.
@@ -127,14 +118,14 @@ KAVRA_DEVICES_API bool BuildMipChain(const TextureShape& shape, const MipSource&
                                      const MipOptions& options = {});
 
 /// The same from packed pixels, element by element and of an element face by face, into a whole texture of
-/// `MipChainBytes(shape)`, level 0 among it. The two do not overlap.
+/// `TextureBytes(shape)`, level 0 among it. The two do not overlap.
 ///
 ///     TextureShape shape;
 ///     shape.format = kR8G8B8A8;
 ///     shape.isSrgb = true;
 ///     shape.width = shape.height = 1024;
-///     shape.levels = MipLevels(1024, 1024);
-///     std::vector<unsigned char> texture(MipChainBytes(shape));
+///     shape.levels = FullTextureLevels(1024, 1024);
+///     std::vector<unsigned char> texture(TextureBytes(shape));
 ///     BuildMipChain(shape, photo, texture.data(), MipOptionsFor(shape));
 KAVRA_DEVICES_API bool BuildMipChain(const TextureShape& shape, const void* level0, void* texture,
                                      const MipOptions& options = {});

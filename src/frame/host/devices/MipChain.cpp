@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 #include <vector>
 
 namespace Kavra::Devices {
@@ -28,11 +27,7 @@ Extent SizeOf(const TextureShape& shape) {
 }
 
 bool IsPossible(const TextureShape& shape) {
-    if (shape.type != kTexture2D && shape.type != kTextureCube && shape.type != kTextureVolume) return false;
-    if (!FactsOf(shape.format).HasPixels() || !Dds::IsSane(shape.width, shape.height, shape.depth)) return false;
-    if (shape.type != kTextureVolume && shape.depth != 1) return false;
-    if (shape.type == kTextureCube && shape.width != shape.height) return false;
-    return shape.elements >= 1 && shape.levels >= 1 && shape.levels <= Dds::FullMipChain(SizeOf(shape));
+    return IsSaneTexture(shape) && FactsOf(shape.format).HasPixels();
 }
 
 bool IsPossible(const MipOptions& options) {
@@ -56,22 +51,6 @@ struct Request {
 
 std::size_t PicturesOf(const TextureShape& shape) {
     return static_cast<std::size_t>(shape.elements) * static_cast<std::size_t>(FaceCount(shape.type));
-}
-
-/// Bytes of one level of one face; the largest number where that is too much to be counted.
-std::uint64_t FaceBytes(const TextureShape& shape, int level) {
-    const Extent size = Dds::LevelSize(SizeOf(shape), level);
-    const auto pixels = static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
-    const auto sliceBytes = pixels * static_cast<unsigned>(FactsOf(shape.format).BytesPerPixel());
-    return Common::Product<std::uint64_t>(sliceBytes, static_cast<unsigned>(size.depth));
-}
-
-/// Of levels before `level`, of one face.
-std::uint64_t OffsetOf(const TextureShape& shape, int level) {
-    std::uint64_t bytes = 0;
-    for (int i = 0; i < level; ++i)
-        bytes = Common::Sum<std::uint64_t>(bytes, FaceBytes(shape, i));
-    return bytes;
 }
 
 /// `level0` as far as its user knows it, with the pitches that stand for 0. `pictures` is null where it is none.
@@ -130,10 +109,7 @@ public:
     PlacesInTexture(const TextureShape& shape, unsigned char* texture) : mShape(shape), mTexture(texture) {}
 
     unsigned char* For(const MipLevel& level) override {
-        const auto faces = static_cast<std::uint64_t>(FaceCount(mShape.type));
-        const std::uint64_t face =
-            static_cast<std::uint64_t>(level.element) * faces + static_cast<unsigned>(level.face);
-        return mTexture + face * OffsetOf(mShape, mShape.levels) + OffsetOf(mShape, level.level);
+        return mTexture + TextureLevelOffset(mShape, level.element, level.face, level.level);
     }
     bool Done(MipLevel& /*level*/) override { return true; }
 
@@ -179,24 +155,9 @@ bool Build(const Request& request, const MipSource& level0, Places& places) {
 
 }  // namespace
 
-int MipLevels(int width, int height, int depth) {
-    return Dds::FullMipChain({width, height, depth});
-}
-
-int MipSide(int side, int level) {
-    return Dds::LevelSize({side, 1, 1}, level).width;
-}
-
-std::uint64_t MipChainBytes(const TextureShape& asked) {
-    const TextureShape shape = Request(asked, {}).shape;
-    if (!IsPossible(shape)) return 0;
-    const std::uint64_t bytes = Common::Product<std::uint64_t>(OffsetOf(shape, shape.levels), PicturesOf(shape));
-    return bytes <= std::numeric_limits<std::size_t>::max() / 2 ? bytes : 0;
-}
-
 bool BuildMipChain(const TextureShape& asked, const MipSource& level0, IMipSink& sink, const MipOptions& options) {
     const Request request(asked, options);
-    if (MipChainBytes(request.shape) == 0 || !IsPossible(request.options)) return false;
+    if (!IsPossible(request.shape) || !IsPossible(request.options)) return false;
     const MipSource source = Known(level0, request.shape);
     PlacesForSink places(sink);
     return source.pictures != nullptr && Build(request, source, places);
@@ -205,12 +166,11 @@ bool BuildMipChain(const TextureShape& asked, const MipSource& level0, IMipSink&
 bool BuildMipChain(const TextureShape& asked, const void* level0, void* texture, const MipOptions& options) {
     const Request request(asked, options);
     const TextureShape& shape = request.shape;
-    if (MipChainBytes(shape) == 0 || !IsPossible(request.options) || level0 == nullptr || texture == nullptr)
-        return false;
+    if (!IsPossible(shape) || !IsPossible(request.options) || level0 == nullptr || texture == nullptr) return false;
     if (request.options.content != kMipColours && FactsOf(shape.format).channels < 2) return false;
 
     PlacesInTexture places(shape, static_cast<unsigned char*>(texture));
-    const auto bytes = static_cast<std::size_t>(FaceBytes(shape, 0));
+    const auto bytes = static_cast<std::size_t>(TextureLevelBytes(shape, 0));
     std::vector<const void*> pictures(PicturesOf(shape));
     for (std::size_t i = 0; i < pictures.size(); ++i) {
         pictures[i] = static_cast<const unsigned char*>(level0) + i * bytes;

@@ -60,28 +60,6 @@ Values Halved(int width, int height, const Values& pixels, const MipOptions& opt
 
 // --- Sizes -----------------------------------------------------------------------------------------------------------
 
-TEST(MipChain, LevelsGoDownToOnePixel) {
-    EXPECT_EQ(MipLevels(1, 1), 1);
-    EXPECT_EQ(MipLevels(256, 256), 9);
-    EXPECT_EQ(MipLevels(5, 1), 3);
-    EXPECT_EQ(MipLevels(1, 1, 8), 4);
-    EXPECT_EQ(MipLevels(0, -5), 1);
-    EXPECT_EQ(MipSide(5, 1), 2);
-    EXPECT_EQ(MipSide(5, 7), 1);
-    EXPECT_EQ(MipSide(8192, 13), 1);
-}
-
-TEST(MipChain, BytesAreThoseOfAllLevelsFacesAndElements) {
-    TextureShape shape = ShapeOf(kR8G8B8A8, 5, 3);  // 5 x 3, 2 x 1, 1 x 1
-    EXPECT_EQ(MipChainBytes(shape), (15U + 2 + 1) * 4);
-    shape.elements = 3;
-    EXPECT_EQ(MipChainBytes(shape), 3 * (15U + 2 + 1) * 4);
-    EXPECT_EQ(MipChainBytes(ShapeOf(kR16, 4, 4, 1, kTextureCube)), 6 * (16U + 4 + 1) * 2);
-    EXPECT_EQ(MipChainBytes(ShapeOf(kR8, 4, 2, 4)), 4U * 2 * 4 + 2 * 1 * 2 + 1);
-    shape.levels = 4;
-    EXPECT_EQ(MipChainBytes(shape), 0U);
-}
-
 TEST(MipChain, AChosenNumberOfLevelsAreTheFirstOfAll) {
     TextureShape shape = ShapeOf(kR8G8B8A8, 37, 16);
     const Values pixels = Noise(shape);

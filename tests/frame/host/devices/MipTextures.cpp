@@ -29,7 +29,7 @@ TextureShape ShapeOf(EFormat format, int width, int height, int depth, ETextureT
     shape.height = height;
     shape.depth = depth;
     shape.type = depth > 1 ? kTextureVolume : type;
-    shape.levels = MipLevels(width, height, depth);
+    shape.levels = FullTextureLevels(width, height, depth);
     return shape;
 }
 
@@ -138,7 +138,7 @@ ByteVector MipTexture::Level(int level, int face, int element) const {
 }
 
 MipTexture Chain(const TextureShape& shape, const ByteVector& level0, const MipOptions& options) {
-    MipTexture texture{shape, ByteVector(MipChainBytes(shape))};
+    MipTexture texture{shape, ByteVector(TextureBytes(shape))};
     EXPECT_TRUE(BuildMipChain(shape, level0.data(), texture.bytes.data(), options));
     return texture;
 }
