@@ -93,9 +93,9 @@ TEST(FormatsCommand, TheFileTypesOfTheModuleAreListedAndTheLibraryIsNamed) {
         bool writes;
     };
     const std::vector<Type> types = {
-        {"DirectDraw Surface", ".dds", true},   {"Khronos Texture 2", ".ktx2", true}, {"OpenEXR", ".exr", false},    {"CALS raster", ".cal", false},
-        {"FLIC animation", ".fli .flc", false}, {"PCX", ".pcx", false},        {"PICT", ".pct .pict", false},
-        {"RLC raster", ".rlc", false},          {"Band raster", ".bil", false}};
+        {"DirectDraw Surface", ".dds", true}, {"Khronos Texture 2", ".ktx2", true},   {"OpenEXR", ".exr", false},
+        {"CALS raster", ".cal", false},       {"FLIC animation", ".fli .flc", false}, {"PCX", ".pcx", false},
+        {"PICT", ".pct .pict", false},        {"RLC raster", ".rlc", false},          {"Band raster", ".bil", false}};
     Json json = Json::array();
     std::string text;
     for (const Type& type : types) {

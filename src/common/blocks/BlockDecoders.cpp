@@ -71,7 +71,7 @@ void PutIndexed(const unsigned char* block, const std::array<Value, 8>& values, 
     }
 }
 
-using Channel = std::array<std::uint8_t, 8>;
+using Channel = std::array<unsigned char, 8>;
 
 /// What the indices of an unsigned channel stand for.
 Channel ValuesOf(const unsigned char* block) {
