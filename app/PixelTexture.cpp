@@ -49,6 +49,7 @@ bool Decode(const TextureShape& shape, const LoadedImage& image, const unsigned 
 
 void PixelTexture::KeepLargest() {
     std::vector<LoadedImage> largest;
+    largest.reserve(static_cast<std::size_t>(shape.elements));
     for (int element = 0; element < shape.elements; ++element)
         largest.push_back(std::move(Image(element, 0)));
     images = std::move(largest);
@@ -82,7 +83,7 @@ LoadedImage ReadLevel(Report& report, StoredTexture& stored, int element, int le
 }
 
 PixelTexture ReadPixels(Report& report, StoredTexture& stored) {
-    PixelTexture texture{.shape = stored.shape, .saysCurve = true};
+    PixelTexture texture{.shape = stored.shape, .images = {}, .saysCurve = true};
     for (int element = 0; element < stored.shape.elements; ++element) {
         for (int level = 0; level < stored.shape.levels; ++level) {
             texture.images.push_back(ReadLevel(report, stored, element, level));

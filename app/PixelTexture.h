@@ -14,7 +14,7 @@ namespace Kavra::App {
 struct PixelTexture {
     Devices::TextureShape shape;  ///< its format has pixels; `levels` are those that are there
     /// Element by element, of an element level by level; each with all faces or slices.
-    std::vector<LoadedImage> images = {};
+    std::vector<LoadedImage> images;
     bool saysCurve = false;  ///< whether `shape.isSrgb` is a file's word
 
     LoadedImage& Image(int element, int level) {

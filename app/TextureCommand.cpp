@@ -121,6 +121,7 @@ int Run(const Session& session, const Options& options) {
     if (!wrong.empty()) return WrongUsage("texture", wrong);
     const Host host = session.LoadHost();
     std::vector<Report> reports;
+    reports.reserve(work.inputs.size());
     for (const auto& group : work.inputs)
         reports.emplace_back(group.front());
     std::vector<Json> told(reports.size());

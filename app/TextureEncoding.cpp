@@ -166,7 +166,7 @@ double PeakOf(const LoadedImage& image) {
 
 MadeTexture Encoded(Report& report, PixelTexture& texture, const TexturePlan& plan, const TextureOptions& options,
                     bool isFile) {
-    MadeTexture made{.shape = plan.shape};
+    MadeTexture made{.shape = plan.shape, .bytes = {}};
     made.shape.width = texture.shape.width;
     made.shape.height = texture.shape.height;
     made.shape.depth = texture.shape.depth;

@@ -138,16 +138,25 @@ TextureInput LoadPictures(IImageHandler& handler, Report& report, std::span<cons
                           const TextureForm& form) {
     TextureInput input;
     std::vector<LoadedImage> images;
-    const bool areFaces = form.isCube && files.size() % kCubeFaces == 0 && files.size() > 1;
+    bool areFaces = form.isCube && files.size() > 1;
     for (const std::string& file : files) {
         Loaded loaded = LoadOne(handler, report, file);
         if (loaded.image.block == nullptr) return {};
-        if (images.empty()) input.source = loaded.source;
-        if (form.isCube && !areFaces) loaded.image = Folded(report, std::move(loaded));
-        if (loaded.image.block == nullptr) return {};
-        images.push_back(std::move(loaded.image));
+        if (images.empty()) {
+            input.source = loaded.source;
+            // In an array either the squares are the faces of its cubes, or each picture shows one.
+            if (form.isArray && FormOf(loaded.image.desc)) areFaces = false;
+        }
+        const bool folds = form.isCube && !areFaces;
+        LoadedImage image = folds ? Folded(report, std::move(loaded)) : std::move(loaded.image);
+        if (image.block == nullptr) return {};
+        images.push_back(std::move(image));
     }
     if (!AreAlike(report, images)) return {};
+    if (areFaces && images.size() % kCubeFaces != 0) {
+        report.Fail(std::format("{} faces, and each cube map has six", images.size()));
+        return {};
+    }
     Unify(images);
     images = Grouped(std::move(images), form);
     input.texture.shape.type = images.front().desc.textureType;

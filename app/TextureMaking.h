@@ -13,7 +13,7 @@ namespace Kavra::App {
 /// A texture as a file holds it: packed in the order of its shape.
 struct MadeTexture {
     Devices::TextureShape shape;
-    std::vector<unsigned char> bytes = {};
+    std::vector<unsigned char> bytes;
 };
 
 /// What is to become of a texture: the format of its file, and that in which it is worked on.

@@ -30,7 +30,8 @@ LevelWish ParseLevels(const std::string& text) {
 float ParseCoverage(const std::string& text) {
     float value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !(value > 0 && value <= 1))
+    const bool isAlpha = value > 0 && value <= 1;
+    if (error != std::errc() || end != text.data() + text.size() || !isAlpha)
         throw CLI::ValidationError("--keep-coverage", text + " is no alpha above 0 and up to 1, such as 0.5");
     return value;
 }

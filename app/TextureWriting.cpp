@@ -50,7 +50,7 @@ void Relabel(TextureShape& shape, const TextureOptions& options) {
 
 /// As it is, with as many levels as are wanted and there.
 MadeTexture Copied(Report& report, StoredTexture& stored, const TextureOptions& options) {
-    MadeTexture made{.shape = stored.shape};
+    MadeTexture made{.shape = stored.shape, .bytes = {}};
     if (options.levels.count && *options.levels.count != LevelWish::kAll)
         made.shape.levels = std::min(*options.levels.count, stored.shape.levels);
     Relabel(made.shape, options);

@@ -9,9 +9,9 @@ namespace Kavra::App {
 
 /// What came of one output. Nothing in `made.bytes` where it cannot be made.
 struct Outcome {
-    std::filesystem::path file = {};
-    MadeTexture made = {};
-    TextureError error = {};  ///< where it was asked for
+    std::filesystem::path file;
+    MadeTexture made;
+    TextureError error;  ///< where it was asked for
     double seconds = 0;       ///< that levels and blocks took
     bool isCopied = false;    ///< blocks and pixels are those of the input
 };
