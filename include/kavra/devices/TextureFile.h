@@ -21,27 +21,28 @@ enum ETextureAlpha : std::int32_t {
     kTextureAlphaCustom = 4,  ///< a fourth channel that is no transparency
 };
 
+/// The kinds of texture files.
 enum ETextureFileKind : std::int32_t {
-    kTextureFileUnknown = 0,
-    kTextureFileDDS = 1,
-    kTextureFileKTX2 = 2,
+    kTextureFileUnknown = 0,  ///< none of them; of a file to write: by its extension
+    kTextureFileDDS = 1,      ///< DirectDraw Surface
+    kTextureFileKTX2 = 2,     ///< Khronos Texture 2.0 (https://registry.khronos.org/KTX/specs/2.0/ktxspec.v2.html)
 };
 
 /// What a texture consists of. Its bytes lie packed in the order of DDS files: element by element, of an element face by
 /// face (+x -x +y -y +z -z), of a face level by level, of a level slice by slice, of a slice row by row.
 struct TextureShape {
     std::uint32_t size = sizeof(TextureShape);  ///< of the structure as its user knows it, in bytes
-    EFormat format = kUnknown;
+    EFormat format = kUnknown;                  ///< of the pixels or blocks
     /// Whether the colours are encoded with the curve of sRGB, by the file's word. `format` says the same where it can
     /// (`kBC7Srgb`); for the others, as `kR8G8B8A8`, only this does.
     bool isSrgb = false;
-    ETextureAlpha alpha = kTextureAlphaUnknown;
-    ETextureType type = kTexture2D;  ///< `kTexture2D`, `kTextureCube` or `kTextureVolume`
-    int width = 0;                   ///< pixels of level 0, of one face
-    int height = 0;                  ///< rows
-    int depth = 1;                   ///< slices of level 0 of a volume
-    int levels = 1;
-    int elements = 1;  ///< of an array: flat pictures or whole cubes
+    ETextureAlpha alpha = kTextureAlphaUnknown;  ///< by the file's word
+    ETextureType type = kTexture2D;              ///< `kTexture2D`, `kTextureCube` or `kTextureVolume`
+    int width = 0;                               ///< pixels of level 0, of one face
+    int height = 0;                              ///< rows
+    int depth = 1;                               ///< slices of level 0 of a volume
+    int levels = 1;                              ///< the largest first
+    int elements = 1;                            ///< of an array: flat pictures or whole cubes
 };
 
 /// Whether a texture of this shape can be: a format with pixels or blocks, sides of 1 to 1,048,576 and depths of 1 to
