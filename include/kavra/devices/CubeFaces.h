@@ -11,10 +11,11 @@
 
 namespace Kavra::Devices {
 
-/// A place on a face: `s` from left to right and `t` from top to bottom, each -1 to 1 from edge to edge.
+/// A place on a face.
 struct CubePlace {
-    int face = 0;
-    float s = 0, t = 0;
+    int face = 0;  ///< 0 to 5
+    float s = 0,   ///< from left to right, -1 to 1 from edge to edge
+        t = 0;     ///< from top to bottom, as well
 };
 
 /// The direction, of no certain length, towards a place: its largest part is that of the face, and 1. Places beyond the

@@ -84,7 +84,9 @@ struct MipLevel {
     int element = 0;                        ///< of an array
     int level = 0;                          ///< 1 and up
     int face = 0;                           ///< 0 unless of a cube map
-    int width = 0, height = 0, depth = 1;   ///< pixels, rows and slices of this level
+    int width = 0;                          ///< pixels of this level
+    int height = 0;                         ///< rows
+    int depth = 1;                          ///< slices
     const void* pixels = nullptr;           ///< packed, slice by slice; of the chain's maker, until the call returns
     std::uint64_t bytes = 0;                ///< of all of them
 };
