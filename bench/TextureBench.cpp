@@ -1,20 +1,25 @@
-// Block compression of a photograph of 1024 x 1024 pixels, on one core and on all, and its decoding.
+// Block compression of a photograph of 1024 x 1024 pixels, on one core and on all, and its decoding; a whole texture.
+//
+// "bits" is the width of the vectors that compression may use, 0 the machine's own.
 //
 // Items are pixels, bytes those of the pixels. Of compression the limit is a plain copy of the pixels, "times_copy" the
 // best time over it, "psnr" in dB over the channels that the format keeps (of BC6H: of the bits of halves). Of decoding
 // the limit is the image library reading the same blocks from a file, both on one core, and "times_library" the
-// library's time over ours: larger is better.
+// library's time over ours: larger is better. Of the chain, all levels of BC7 of 8192 x 8192 pixels in memory, the limit is
+// the image library reading the largest from a PNG file ten times (one reading is timed), on all cores both.
 
 #include "Bench.h"
 #include "load/DdsFile.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/FormatFacts.h>
+#include <kavra/devices/MipChain.h>
 #include <kavra/devices/TextureCompressor.h>
 
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imageio.h>
 #include <hwy/base.h>
+#include <hwy/targets.h>
 #include <tbb/global_control.h>
 
 #include <cmath>
@@ -134,7 +139,27 @@ double PsnrOfBits(const Bytes& blocks) {
     return 10 * std::log10(31743.0 * 31743.0 * static_cast<double>(kPixels * 3) / sum);
 }
 
+/// Keeps to vectors of so many bits for as long as it lives; 0: the machine's own.
+class VectorBits {
+public:
+    explicit VectorBits(std::int64_t bits) : mTarget(bits == 0 ? 0 : bits == 128 ? HWY_SSE4 : HWY_AVX2) {
+        hwy::SetSupportedTargetsForTest(mTarget);
+    }
+    ~VectorBits() { hwy::SetSupportedTargetsForTest(0); }
+    VectorBits(const VectorBits&) = delete;
+    VectorBits& operator=(const VectorBits&) = delete;
+
+    static bool AreThere(std::int64_t bits) {
+        return bits == 0 || (HWY_ARCH_X86 && (hwy::SupportedTargets() & (bits == 128 ? HWY_SSE4 : HWY_AVX2)) != 0);
+    }
+
+private:
+    std::int64_t mTarget;
+};
+
 void CompressBeside(benchmark::State& state, EFormat format, ECompressionEffort effort) {
+    if (!VectorBits::AreThere(state.range(1))) return state.SkipWithError("the machine has no such vectors");
+    const VectorBits bits(state.range(1));
     const auto threads = static_cast<std::size_t>(state.range(0));
     const tbb::global_control limit(
         tbb::global_control::max_allowed_parallelism,
@@ -152,9 +177,11 @@ void CompressBeside(benchmark::State& state, EFormat format, ECompressionEffort 
 
 #define KAVRA_COMPRESS_BENCH(name, format, effort)          \
     BENCHMARK_CAPTURE(CompressBeside, name, format, effort) \
-        ->ArgName("cores")                                  \
-        ->Arg(1)                                            \
-        ->Arg(0)                                            \
+        ->ArgNames({"cores", "bits"})                       \
+        ->Args({1, 128})                                    \
+        ->Args({1, 256})                                    \
+        ->Args({1, 0})                                      \
+        ->Args({0, 0})                                      \
         ->UseManualTime()                                   \
         ->Unit(benchmark::kMillisecond)                     \
         ->MinTime(0.5)
@@ -205,5 +232,83 @@ KAVRA_DECOMPRESS_BENCH(bc4, kBC4, 80);
 KAVRA_DECOMPRESS_BENCH(bc5, kBC5, 83);
 KAVRA_DECOMPRESS_BENCH(bc6h, kBC6H, 95);
 KAVRA_DECOMPRESS_BENCH(bc7, kBC7, 98);
+
+// --- A whole texture -------------------------------------------------------------------------------------------------
+
+constexpr int kChainSide = 8192;
+
+/// The photograph beside and below itself.
+const Bytes& LargePhotograph() {
+    static const Bytes pixels = [] {
+        constexpr std::size_t kRow = std::size_t{kSide} * 4;
+        Bytes all(std::size_t{kChainSide} * kChainSide * 4);
+        for (std::size_t at = 0; at < all.size(); at += kRow)
+            std::memcpy(&all[at], &Photograph()[at / (kRow * kChainSide / kSide) % kSide * kRow], kRow);
+        for (std::size_t i = 3; i < all.size(); i += 4)
+            all[i] = 255;
+        return all;
+    }();
+    return pixels;
+}
+
+/// Compresses each level that is made.
+class LevelCompressor final : public IMipSink {
+public:
+    explicit LevelCompressor(ECompressionEffort effort) { mOptions.effort = effort; }
+    bool TakeLevel(const MipLevel& level) override {
+        Bytes blocks(BlockBytes(kBC7Srgb, level.width, level.height));
+        mBytes += blocks.size();
+        return CompressPicture(kR8G8B8A8, level.pixels, std::size_t{4} * static_cast<std::size_t>(level.width),
+                               level.width, level.height, kBC7Srgb, blocks.data(), mOptions);
+    }
+    std::size_t BytesMade() const { return mBytes; }
+
+private:
+    CompressionOptions mOptions;
+    std::size_t mBytes = 0;
+};
+
+void TextureChain(benchmark::State& state, ECompressionEffort effort) {
+    const TemporaryFolder folder;
+    const std::string path = (folder.Path() / "photograph.png").string();
+    const OIIO::ImageSpec layout(kChainSide, kChainSide, 4, OIIO::TypeUInt8);
+    const auto output = OIIO::ImageOutput::create(path);
+    if (!output || !output->open(path, layout) || !output->write_image(OIIO::TypeUInt8, LargePhotograph().data()) ||
+        !output->close())
+        throw std::runtime_error("the PNG file cannot be written");
+    Bytes read(LargePhotograph().size());
+    const auto readOnce = [&] {
+        const auto input = OIIO::ImageInput::open(path);
+        if (!input || !input->read_image(0, 0, 0, -1, OIIO::TypeUInt8, read.data()))
+            throw std::runtime_error("the PNG file cannot be read");
+    };
+    TextureShape shape;
+    shape.format = kR8G8B8A8;
+    shape.isSrgb = true;
+    shape.alpha = kTextureAlphaOpaque;
+    shape.width = shape.height = kChainSide;
+    shape.levels = MipLevels(kChainSide, kChainSide);
+    const void* const pictures[] = {LargePhotograph().data()};
+    MipSource source;
+    source.pictures = pictures;
+    const auto makeChain = [&] {
+        LevelCompressor compressor(effort);
+        MipLevel largest;
+        largest.width = largest.height = kChainSide;
+        largest.pixels = pictures[0];
+        if (!compressor.TakeLevel(largest) || !BuildMipChain(shape, source, compressor, MipOptionsFor(shape)))
+            throw std::runtime_error("the chain cannot be made");
+        benchmark::DoNotOptimize(compressor.BytesMade());
+    };
+    constexpr int kReadings = 10;
+    const BestTimes best =
+        BesideTimed(state, [&] { return Seconds(makeChain); }, [&] { return kReadings * Seconds(readOnce); });
+    CountItems(state, MipChainBytes(shape) / 4);
+    CountBytes(state, MipChainBytes(shape));
+    state.counters["times_ten_readings"] = best.Ratio();
+}
+
+BENCHMARK_CAPTURE(TextureChain, fast, kCompressionFast)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK_CAPTURE(TextureChain, good, kCompressionGood)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 
 }  // namespace
