@@ -174,21 +174,40 @@ HWY_INLINE Line<kChannels> Refined(const Points<kChannels>& points, const Grid<k
     return refined;
 }
 
-/// Moves each stored component of both ends by one, and turns each low bit, and keeps what is better. Whether anything
-/// was.
+/// How much is tried for a line.
+struct Budget {
+    int refinements;
+    int nudges;
+    std::size_t starts = 1;  ///< up to `kStarts.size()`
+    bool inPairs = false;    ///< whether components of both ends are also moved at once
+};
+
+/// By how many steps the ends of the first line lie beyond the points: each gives the pixels other steps, from which the
+/// refinement goes elsewhere. A few of them are worth more than more turns or more partitions.
+constexpr std::array<std::array<float, 2>, 7> kStarts = {
+    {{0, 0}, {1, 0}, {0, 1}, {1, 1}, {-0.5F, -0.5F}, {2, 0}, {0, 2}}};
+
+/// By how much the components of both ends are moved: one of them, then both.
+constexpr std::array<std::array<float, 2>, 8> kMoves = {
+    {{-1, 0}, {1, 0}, {0, -1}, {0, 1}, {-1, -1}, {1, 1}, {-1, 1}, {1, -1}}};
+constexpr std::size_t kMovesOfOne = 4;
+
+/// Moves the stored components of the ends by one, and turns each low bit, and keeps what is better. Whether anything was.
 template <std::size_t kChannels>
-HWY_INLINE bool Nudge(const Points<kChannels>& points, const Grid<kChannels>& grid, Line<kChannels>& line) {
+HWY_INLINE bool Nudge(const Points<kChannels>& points, const Grid<kChannels>& grid, bool inPairs,
+                      Line<kChannels>& line) {
     const Value before = line.error;
     const auto consider = [&](Line<kChannels>& moved) {
         moved.error = Assign<false>(points, grid, moved, nullptr);
         KeepBetter(line, moved);
     };
-    for (std::size_t c = 0; c < 2 * kChannels; ++c) {
-        const std::size_t channel = c % kChannels;
-        for (const float by : {-1.0F, 1.0F}) {
+    // Low bits that are set in any case are those of blocks whose alpha is 255, and stays so.
+    for (std::size_t c = 0; c < (grid.isLowSet ? kChannels - 1 : kChannels); ++c) {
+        const auto top = static_cast<float>((1 << grid.bits[c]) - 1);
+        for (std::size_t move = 0; move < (inPairs ? kMoves.size() : kMovesOfOne); ++move) {
             Line<kChannels> moved = line;
-            Value& component = c < kChannels ? moved.a[channel] : moved.b[channel];
-            component = Clamped(hn::Add(component, Same(by)), 0, static_cast<float>((1 << grid.bits[channel]) - 1));
+            moved.a[c] = Clamped(hn::Add(moved.a[c], Same(kMoves[move][0])), 0, top);
+            moved.b[c] = Clamped(hn::Add(moved.b[c], Same(kMoves[move][1])), 0, top);
             consider(moved);
         }
     }
@@ -204,17 +223,27 @@ HWY_INLINE bool Nudge(const Points<kChannels>& points, const Grid<kChannels>& gr
     return !hn::AllTrue(Lanes(), hn::Ge(line.error, before));
 }
 
-struct Budget {
-    int refinements;
-    int nudges;
-};
+/// The refined line from a longer or shorter first one.
+template <std::size_t kChannels>
+HWY_INLINE Line<kChannels> FittedFrom(const Points<kChannels>& points, const Grid<kChannels>& grid,
+                                      const Ends<kChannels>& extent, std::size_t start, int refinements) {
+    const Vector<kChannels> direction = Difference(extent.b, extent.a);
+    const float perStep = 1 / grid.Last();
+    const Ends<kChannels> ends{Along(extent.a, direction, Same(-kStarts[start][0] * perStep)),
+                               Along(extent.b, direction, Same(kStarts[start][1] * perStep))};
+    Line<kChannels> best = LineOf(points, grid, ends);
+    for (int turn = 0; turn < refinements; ++turn)
+        KeepBetter(best, Refined(points, grid, best));
+    return best;
+}
 
 template <std::size_t kChannels>
 HWY_INLINE Line<kChannels> Fitted(const Points<kChannels>& points, const Grid<kChannels>& grid, const Budget& budget) {
-    Line<kChannels> best = LineOf(points, grid, ExtentOf(points));
-    for (int turn = 0; turn < budget.refinements; ++turn)
-        KeepBetter(best, Refined(points, grid, best));
-    for (int turn = 0; turn < budget.nudges && Nudge(points, grid, best); ++turn) {
+    const Ends<kChannels> extent = ExtentOf(points);
+    Line<kChannels> best = FittedFrom(points, grid, extent, 0, budget.refinements);
+    for (std::size_t start = 1; start < budget.starts; ++start)
+        KeepBetter(best, FittedFrom(points, grid, extent, start, budget.refinements));
+    for (int turn = 0; turn < budget.nudges && Nudge(points, grid, budget.inPairs, best); ++turn) {
     }
     return best;
 }
@@ -375,10 +404,24 @@ void TryTwoIndices(const Group& group, int number, std::size_t rotation, bool is
 
 constexpr LanePartitions kWhole{};
 
+/// For lines through parts of a block.
+constexpr Budget BudgetOf(BlockEffort effort) {
+    return effort == BlockEffort::kFast   ? Budget{1, 0}
+           : effort == BlockEffort::kBest ? Budget{3, 4, 4}
+                                          : Budget{1, 1, 5};
+}
+
+/// For the one line through all of it, which costs least of all and is right for most blocks.
+constexpr Budget BudgetOfWhole(BlockEffort effort) {
+    return effort == BlockEffort::kFast   ? Budget{1, 0}
+           : effort == BlockEffort::kBest ? Budget{3, 8, kStarts.size(), true}
+                                          : Budget{2, 4, 4, true};
+}
+
 void EncodeOpaque(const Group& group, BlockEffort effort) {
     const bool isFast = effort == BlockEffort::kFast, isBest = effort == BlockEffort::kBest;
-    const Budget budget = isFast ? Budget{1, 0} : isBest ? Budget{3, 4} : Budget{2, 1};
-    TryMode<4, 1>(group, 6, kWhole, budget);
+    const Budget budget = BudgetOf(effort);
+    TryMode<4, 1>(group, 6, kWhole, BudgetOfWhole(effort));
     const Products<3> products(group.blocks, group.weights.data());
     if (isFast) {
         const auto ranking = Ranked<1, 2>(products, 16);
@@ -398,19 +441,17 @@ void EncodeOpaque(const Group& group, BlockEffort effort) {
         TryMode<3, 3>(group, 0, zero.At(rank), budget);
         TryMode<3, 3>(group, 2, three.At(rank), budget);
     }
-    for (std::size_t rotation = 0; rotation < 4; ++rotation) {
-        if (rotation > 0) TryTwoIndices(group, 5, rotation, false, budget);
-        if (isBest && rotation > 0) {
-            TryTwoIndices(group, 4, rotation, false, budget);
-            TryTwoIndices(group, 4, rotation, true, budget);
-        }
+    for (std::size_t rotation = 1; rotation < 4; ++rotation) {
+        TryTwoIndices(group, 5, rotation, false, budget);
+        TryTwoIndices(group, 4, rotation, false, budget);
+        TryTwoIndices(group, 4, rotation, true, budget);
     }
 }
 
 void EncodeWithAlpha(const Group& group, BlockEffort effort) {
     const bool isFast = effort == BlockEffort::kFast, isBest = effort == BlockEffort::kBest;
-    const Budget budget = isFast ? Budget{1, 0} : isBest ? Budget{3, 4} : Budget{2, 1};
-    TryMode<4, 1>(group, 6, kWhole, budget);
+    const Budget budget = BudgetOf(effort);
+    TryMode<4, 1>(group, 6, kWhole, BudgetOfWhole(effort));
     for (std::size_t rotation = 0; rotation < (isFast ? 1U : 4U); ++rotation) {
         TryTwoIndices(group, 5, rotation, false, budget);
         if (isFast) continue;
