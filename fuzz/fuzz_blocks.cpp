@@ -26,7 +26,8 @@ void Require(bool holds) {
 }
 
 std::size_t PitchOf(EFormat format, int width) {
-    return static_cast<std::size_t>(Kavra::Utilities::AFormatConvertor::BytesPerPixel(DecodedFormat(format)) * width);
+    const int pixelBytes = Kavra::Utilities::AFormatConvertor::BytesPerPixel(DecodedFormat(format));
+    return static_cast<std::size_t>(pixelBytes) * static_cast<std::size_t>(width);
 }
 
 /// Exactly as large as it has to be, so that a byte beyond it is seen.
