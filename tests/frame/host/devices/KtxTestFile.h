@@ -15,8 +15,8 @@
 namespace Kavra::Tests {
 
 inline void Append(Bytes& bytes, std::uint64_t value, int count) {
-    for (int i = 0; i < count; ++i)
-        bytes.push_back(static_cast<unsigned char>(value >> (8 * i)));
+    for (int i = 0; i < count; ++i, value >>= 8)
+        bytes.push_back(static_cast<unsigned char>(value));
 }
 
 /// `count` bytes `first`, `first` + 1, ... modulo 256.
