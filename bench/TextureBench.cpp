@@ -287,7 +287,7 @@ void TextureChain(benchmark::State& state, ECompressionEffort effort) {
     shape.isSrgb = true;
     shape.alpha = kTextureAlphaOpaque;
     shape.width = shape.height = kChainSide;
-    shape.levels = MipLevels(kChainSide, kChainSide);
+    shape.levels = FullTextureLevels(kChainSide, kChainSide);
     const void* const pictures[] = {LargePhotograph().data()};
     MipSource source;
     source.pictures = pictures;
@@ -303,8 +303,8 @@ void TextureChain(benchmark::State& state, ECompressionEffort effort) {
     constexpr int kReadings = 10;
     const BestTimes best =
         BesideTimed(state, [&] { return Seconds(makeChain); }, [&] { return kReadings * Seconds(readOnce); });
-    CountItems(state, MipChainBytes(shape) / 4);
-    CountBytes(state, MipChainBytes(shape));
+    CountItems(state, TextureBytes(shape) / 4);
+    CountBytes(state, TextureBytes(shape));
     state.counters["times_ten_readings"] = best.Ratio();
 }
 

@@ -49,8 +49,8 @@ TextureShape ShapeOf(const std::uint8_t* head, EFormat format) {
     shape.width = 1 + head[2] % most;
     shape.height = shape.type == kTextureCube ? shape.width : 1 + head[3] % most;
     shape.depth = shape.type == kTextureVolume ? 1 + head[4] % most : 1;
-    shape.levels = 1 + head[5] % MipLevels(shape.width, shape.height, shape.depth);
-    shape.elements = 1 + head[6] % 2;
+    shape.levels = 1 + head[5] % FullTextureLevels(shape.width, shape.height, shape.depth);
+    shape.elements = shape.type == kTextureVolume ? 1 : 1 + head[6] % 2;
     return shape;
 }
 
@@ -86,7 +86,7 @@ private:
     std::size_t Offset(int levels) const {
         std::size_t pixels = 0;
         for (int level = 0; level < levels; ++level) {
-            const auto side = [level](int length) { return static_cast<std::size_t>(MipSide(length, level)); };
+            const auto side = [level](int length) { return static_cast<std::size_t>(std::max(length >> level, 1)); };
             pixels += side(mShape.width) * side(mShape.height) * side(mShape.depth);
         }
         return pixels * mPixelBytes;
@@ -131,7 +131,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Bytes packed(pictures * rows * rowBytes);
     for (std::size_t i = 0; i < packed.size(); ++i)
         packed[i] = input[i % input.size()];
-    Bytes texture(MipChainBytes(shape));
+    Bytes texture(TextureBytes(shape));
     Require(BuildMipChain(shape, packed.data(), texture.data(), options));
 
     // Each picture in a block of its own, which ends with its last row.
