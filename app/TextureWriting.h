@@ -11,9 +11,9 @@ namespace Kavra::App {
 struct Outcome {
     std::filesystem::path file;
     MadeTexture made;
-    TextureError error;  ///< where it was asked for
-    double seconds = 0;       ///< that levels and blocks took
-    bool isCopied = false;    ///< blocks and pixels are those of the input
+    TextureError error;     ///< where it was asked for
+    double seconds = 0;     ///< that levels and blocks took
+    bool isCopied = false;  ///< blocks and pixels are those of the input
 };
 
 /// A texture of pixels; `reports` asks for the error. What is wrong is said in the report.

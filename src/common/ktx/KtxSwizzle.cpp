@@ -28,7 +28,8 @@ bool IsUsual(std::string_view swizzle, std::size_t channels) {
 
 std::size_t StoredChannels(const Dds::StoredLayout& layout) {
     const Common::PixelFormat& facts = Common::FactsOf(layout.format);
-    if (layout.widen == nullptr) return static_cast<std::size_t>(facts.channels) + static_cast<std::size_t>(facts.blockChannels);
+    if (layout.widen == nullptr)
+        return static_cast<std::size_t>(facts.channels) + static_cast<std::size_t>(facts.blockChannels);
     const auto used =
         static_cast<std::size_t>(std::ranges::count_if(layout.masks, [](std::uint64_t mask) { return mask != 0; }));
     return used == 0 ? 3 : used;
