@@ -3,6 +3,7 @@
 #include "FileNames.h"
 #include "FormatNames.h"
 #include "JoinedFrames.h"
+#include "LegacyOption.h"
 #include "LoadOptions.h"
 #include "Making.h"
 #include "SaveImage.h"
@@ -13,6 +14,7 @@
 #include <kavra/objects/OS.h>
 
 #include <algorithm>
+#include <format>
 #include <memory>
 #include <utility>
 
@@ -34,24 +36,36 @@ struct Options {
 /// Whether a texture file goes into another one with nothing asked for but a format.
 bool IsKept(const Options& options, const std::string& in, const std::filesystem::path& out) {
     const bool areTextures = IsTextureName(in) && IsTextureName(out);
-    return areTextures && options.load.TakesAll() && !options.cube.form && options.making.ChangesNothing();
+    const bool isPicture = LowerExtension(in) == ".dds" && LegacyPreferences(in).legacy == kLegacyCommon;
+    return areTextures && !isPicture && options.load.TakesAll() && !options.cube.form &&
+           options.making.ChangesNothing();
 }
 
-/// With all levels, faces, slices and elements.
-void Keep(IImageHandler& handler, Report& report, const Options& options, const std::filesystem::path& out) {
+/// With all levels, faces, slices and elements. False where the file is none that all of can be had of.
+bool Keep(IImageHandler& handler, Report& report, const Options& options, const std::filesystem::path& out) {
     StoredTexture stored;
-    if (!stored.reader.Open(OS::FromUtf8(report.File().c_str()).c_str()))
-        return report.Fail(std::string("cannot be read: ") + stored.reader.Reason());
+    if (!stored.reader.Open(OS::FromUtf8(report.File().c_str()).c_str())) return false;
     stored.shape = stored.reader.Shape();
     TextureOptions wanted;
     wanted.format = options.load.format;
     wanted.isPlain = true;
     const Outcome outcome = MadeOfFile(handler, report, stored, wanted, false);
     if (!outcome.made.bytes.empty()) (void)WriteTexture(report, outcome.made, out);
+    return true;
+}
+
+/// Says of a texture file that became another one what of it is not there.
+void NoteLevels(Report& report, const std::filesystem::path& out) {
+    TextureFileReader reader;
+    const bool areTextures = IsTextureName(report.File()) && IsTextureName(out);
+    if (!areTextures || !reader.Open(OS::FromUtf8(report.File().c_str()).c_str())) return;
+    const int levels = reader.Shape().levels;
+    if (levels > 1)
+        report.Say("note", std::format("one of its {} levels was written; kavra texture writes all", levels));
 }
 
 void Convert(IImageHandler& handler, Report& report, const Options& options, const std::filesystem::path& out) {
-    if (IsKept(options, report.File(), out)) return Keep(handler, report, options, out);
+    if (IsKept(options, report.File(), out) && Keep(handler, report, options, out)) return;
     LoadOptions load = options.load;
     if (!load.selection.Resolve(handler, report, load.frame)) return;
     const Source source = SourceOf(handler, report.File(), load.frame);
@@ -62,9 +76,10 @@ void Convert(IImageHandler& handler, Report& report, const Options& options, con
     if (image.block == nullptr) return FailToRead(report, 0);
     image = options.cube.Apply(report, std::move(image), source.alpha);
     if (image.block == nullptr) return;
-    if (options.cube.form && image.desc.textureType == kTextureCube && LowerExtension(out) != ".dds")
-        return FailToWrite(report, out, "it is a cube map, and of the files that are written only .dds holds one");
+    if (options.cube.form && image.desc.textureType == kTextureCube && !IsTextureName(out))
+        return FailToWrite(report, out, "it is a cube map, and of the files that are written .dds and .ktx2 hold one");
     const bool isWritten = options.making.Write(handler, report, std::move(image), source, out, options.load.format);
+    if (isWritten) NoteLevels(report, out);
     if (isWritten && isFirst) NoteTheOthers(handler, report);
 }
 

@@ -104,7 +104,9 @@ Outcome MadeOfFile(IImageHandler& handler, Report& report, StoredTexture& stored
     PixelTexture pixels = ReadPixels(report, stored);
     if (pixels.images.empty()) return outcome;
     outcome = Made(handler, report, std::move(pixels), source, options, true, reports);
-    if (keeps && !outcome.made.bytes.empty() && !CopyLevels(report, stored, outcome.made)) outcome.made.bytes.clear();
+    if (!keeps || outcome.made.bytes.empty()) return outcome;
+    outcome.made.shape.alpha = stored.shape.alpha;
+    if (!CopyLevels(report, stored, outcome.made)) outcome.made.bytes.clear();
     return outcome;
 }
 

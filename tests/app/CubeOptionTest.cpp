@@ -233,6 +233,6 @@ TEST(CubeOption, WhatHasNotTheShapeIsRefusedWithTheShape) {
     ExpectFailed(
         {"convert", map, folder / "out.png", "--cube", "equirect"},
         ErrorLine(folder / "out.png",
-                  "cannot be written: it is a cube map, and of the files that are written only .dds holds one"));
+                  "cannot be written: it is a cube map, and of the files that are written .dds and .ktx2 hold one"));
     EXPECT_EQ(NamesIn(folder.Path()), (Words{"flat.png", "map.png"}));
 }

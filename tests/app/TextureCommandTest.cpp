@@ -329,3 +329,67 @@ TEST(TextureCommand, AnInspectionTellsEveryLevel) {
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.error.contains("cannot be read"));
 }
+
+// --- Other commands --------------------------------------------------------------------------------------------------
+
+TEST(TextureCommand, ConvertKeepsATextureFileAndMakesBlocksOfPictures) {
+    const TemporaryFolder folder;
+    const auto picture = Ramp(folder / "in.png", 16, 16), in = folder / "in.dds", out = folder / "out.dds";
+    ExpectDone({"texture", picture, in, "--format", "bc1"});
+    ExpectDone({"convert", in, out});
+    EXPECT_EQ(ReadAll(out), ReadAll(in));
+    ExpectDone({"convert", in, folder / "out.ktx2"});
+    EXPECT_EQ(Inspected(folder / "out.ktx2")["levels"], 5);
+    ExpectDone({"convert", in, out, "--fit", "8x8"},
+               NoteLine(in, "one of its 5 levels was written; kavra texture writes all"));
+    ExpectDone({"convert", picture, out, "--format", "bc7"});
+    EXPECT_EQ(Inspected(out)["formatName"], "kBC7Srgb");
+    EXPECT_EQ(Inspected(out)["levels"], 1);
+}
+
+TEST(TextureCommand, ConvertTakesOfATextureThatIsCutWhatItAlwaysTook) {
+    const TemporaryFolder folder;
+    ExpectDone({"texture", Ramp(folder / "in.png", 16, 16), folder / "in.dds", "--format", "bc1"});
+    Bytes cut = ReadAll(folder / "in.dds");
+    cut.resize(cut.size() - 4);
+    const auto in = folder.Write("cut.dds", cut);
+    const ProgramResult result = RunKavra({"convert", in, folder / "out.dds"});
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_EQ(PictureFile(folder / "out.dds").Size(), "16x16");
+}
+
+TEST(TextureCommand, FramesShowEveryElementOfAnArray) {
+    const TemporaryFolder folder;
+    Words files;
+    for (int i = 0; i < 3; ++i)
+        files.push_back(WritePicture(folder / ("in" + std::to_string(i) + ".png"), 4, 4,
+                                     [=](int, int) { return Colour(3, i * 100); }));
+    for (const std::string extension : {"dds", "ktx2"}) {
+        const auto array = folder / ("array." + extension);
+        ExpectDone(Joined({{"texture"}, files, {array, "--array", "--format", "rgba8"}}));
+        ExpectDone({"frames", array, folder / "out%d.png"});
+        for (int i = 0; i < 9; ++i)  // three levels each
+            EXPECT_EQ(PictureFile(folder / ("out" + std::to_string(i) + ".png")).At(0, 0)[0], i / 3 * 100) << extension;
+        EXPECT_EQ(PictureFile(folder / "out1.png").Size(), "2x2");
+    }
+}
+
+TEST(TextureCommand, Ktx2FilesAreDescribedAndConvertedAsOthers) {
+    const TemporaryFolder folder;
+    const auto in = folder / "in.ktx2";
+    ExpectDone({"texture", Ramp(folder / "in.png", 16, 8), in, "--zstd", "5"});
+    const Json described = Described(in);
+    EXPECT_EQ(described["width"], 16);
+    EXPECT_EQ(described["frameCount"], 5);
+    ExpectDone({"convert", in, folder / "out.png", "--level", "1"});
+    EXPECT_EQ(PictureFile(folder / "out.png").Size(), "8x4");
+}
+
+TEST(TextureCommand, ColoursOfTransparentPixelsDoNotCountInTheError) {
+    const TemporaryFolder folder;
+    const auto in = WritePicture(folder / "in.png", 8, 4,
+                                 [](int x, int) { return x < 4 ? Colour{255, 0, 255, 255} : Colour{0, 255, 0, 0}; });
+    const Json made = Made({in, folder / "out.dds", "--format", "bc1", "--mips", "none"});
+    EXPECT_TRUE(made["psnr"]["R"].is_null() || made["psnr"]["R"].get<double>() > 60);
+    EXPECT_TRUE(made["psnr"]["A"].is_null()) << "exact";
+}
