@@ -10,6 +10,7 @@
 #include "Usage.h"
 #include "Workers.h"
 #include "WriteOptions.h"
+#include "WritePolicy.h"
 
 #include <array>
 #include <charconv>
@@ -151,6 +152,7 @@ std::string FindingsText(const Options& options, const Findings& findings) {
 
 void WriteDifference(IImageHandler& handler, Report& report, const Picture& a, const Picture& b, const Options& options,
                      int scale) {
+    if (!IsToBeMade(report, std::array{options.a, options.b}, options.out)) return;
     const std::string extension = LowerExtension(options.out);
     const EFormat wanted = scale == 1 ? kR32G32B32A32F : kR8G8B8A8;
     const EFormat format = FormatIn(ColoursOf(extension), extension, wanted);
@@ -161,7 +163,7 @@ void WriteDifference(IImageHandler& handler, Report& report, const Picture& a, c
 }
 
 int Run(const Session& session, const Options& options) {
-    const Host host = session.LoadHost();
+    const Host& host = session.LoadHost();
     IImageHandler& handler = host.Handler();
     Report first(options.a), second(options.b);
     Picture a, b;
@@ -180,7 +182,7 @@ int Run(const Session& session, const Options& options) {
         second.out =
             JsonText(findings ? FindingsJson(options, *findings) : FailureJson(first.Failed() ? first : second));
     } else if (findings) {
-        second.out = FindingsText(options, *findings);
+        second.out += FindingsText(options, *findings);
     }
     first.Print();
     second.Print();
@@ -218,6 +220,7 @@ void AddCompare(CLI::App& program, Session& session) {
     command->footer(
         "The exit status is 0 only when no value differs by more than the tolerance.\n"
         "Example: kavra compare before.png after.png --tolerance 1 --out difference.png --gain 10");
+    session.names.in.insert(session.names.in.end(), {&options->a, &options->b});
     command->add_option("A", options->a, "A picture, taken as it is displayed")->required();
     command
         ->add_option("B", options->b,

@@ -11,6 +11,7 @@
 #include "Turns.h"
 #include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <kavra/devices/AFormatConvertor.h>
 
@@ -100,13 +101,17 @@ bool Paste(IImageHandler& handler, Report& report, IImage& whole, const LoadedIm
     return true;
 }
 
+std::vector<std::string> FilesOf(const std::vector<Piece>& pieces) {
+    std::vector<std::string> files;
+    std::ranges::transform(pieces, std::back_inserter(files), &Piece::file);
+    return files;
+}
+
 /// Loads the pieces at the same time and pastes them in order, later ones over earlier ones. Whether all are there;
 /// `pasted` counts.
 bool PasteAll(IImageHandler& handler, IImage& whole, const Options& options, std::size_t& pasted) {
     const std::vector<Piece>& pieces = options.pieces;
-    std::vector<std::string> files;
-    std::ranges::transform(pieces, std::back_inserter(files), &Piece::file);
-    std::vector<Report> reports = MakeReports(files);
+    std::vector<Report> reports = MakeReports(FilesOf(pieces));
     Turns turns;
     return ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
         LoadedImage image;
@@ -165,10 +170,16 @@ EFormat WholeFormat(const Options& options) {
 
 int Run(const Session& session, Options options) {
     options.format = WholeFormat(options);
-    const Host host = session.LoadHost();
+    for (Piece& piece : options.pieces)
+        piece.file = ReadStream(piece.file);
+    const Host& host = session.LoadHost();
     ImageRef whole;
-    const auto make = [&](Report& report) { whole = MakeWhole(host.Handler(), report, options); };
-    if (!ForOneReport(options.out, make)) return kSomeFailed;
+    const auto make = [&](Report& report) {
+        if (IsToBeMade(report, FilesOf(options.pieces), options.out))
+            whole = MakeWhole(host.Handler(), report, options);
+    };
+    if (!Prepare(options.out, make)) return kSomeFailed;
+    if (whole == nullptr) return kAllDone;
     std::size_t pasted = 0;
     const bool all = PasteAll(host.Handler(), *whole, options, pasted);
     if (pasted == 0) return kSomeFailed;
@@ -186,7 +197,9 @@ void AddCompose(CLI::App& program, Session& session) {
     command->footer(
         "Examples: kavra compose both.png --size 960x320 left.jpg@0,0 right.jpg@480,0\n"
         "          kavra compose both.png --size 960x320 --fill 480x320 left.jpg@0,0 right.jpg@480,0");
-    command->add_option("OUT", options->out, "The file to write")->required();
+    command->add_option("OUT", options->out, "The file to write, or - for standard output")->required();
+    session.names.out.push_back(&options->out);
+    AddStreamType(*command, session.names);
     command
         ->add_option_function<std::vector<std::string>>(
             "FILES",

@@ -7,6 +7,7 @@
 #include "Sizes.h"
 #include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <cstdint>
 #include <format>
@@ -88,8 +89,9 @@ void Crop(IImageHandler& handler, Report& report, const Options& options) {
 }
 
 int Run(const Session& session, const Options& options) {
-    const Host host = session.LoadHost();
+    const Host& host = session.LoadHost();
     const bool good = ForOneReport(options.in, [&](Report& report) {
+        if (!IsToBeMade(report, options.out)) return;
         Options chosen = options;
         if (chosen.selection.Resolve(host.Handler(), report, chosen.frame)) Crop(host.Handler(), report, chosen);
     });
@@ -104,8 +106,7 @@ void AddCrop(CLI::App& program, Session& session) {
     command->footer(
         "Examples: kavra crop photo.jpg face.png --rect 120,40,200,200\n"
         "          kavra crop photo.jpg icon.png --rect 120,40,200,200 --fit 64x64");
-    command->add_option("IN", options->in, "The picture, taken as it is displayed")->required();
-    command->add_option("OUT", options->out, "The file to write")->required();
+    AddInAndOut(*command, session.names, options->in, options->out);
     command
         ->add_option_function<std::string>(
             "--rect", [options](const std::string& text) { options->rect = ParseRect(text, "--rect"); },

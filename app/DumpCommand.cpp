@@ -3,7 +3,10 @@
 #include "FormatNames.h"
 #include "LoadOptions.h"
 #include "OutputFile.h"
+#include "Results.h"
+#include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -84,29 +87,38 @@ std::string BlockText(const Report& report, const LoadedImage& image, const std:
 
 /// Loads and writes; what was done, when it was done.
 std::optional<LoadedImage> Dump(const Host& host, Report& report, const Options& options) {
+    if (!IsToBeMade(report, options.out)) return std::nullopt;
     LoadedImage image = Load(host.Handler(), report, options.load);
     if (image.block == nullptr) {
         FailToRead(report, 0);
         return std::nullopt;
     }
     const std::string reason = WriteBlock(options.out, image.block->mData, image.BlockSize());
-    if (reason.empty()) return image;
+    if (reason.empty()) {
+        report.work.written.push_back(options.out);
+        return image;
+    }
     report.Fail("cannot be written: " + reason, options.out);
     return std::nullopt;
 }
 
-int Run(const Session& session, const Options& options) {
-    const Host host = session.LoadHost();
+int Run(const Session& session, Options options) {
+    const bool isPrinted = IsStandardOutput(options.out);
+    if (isPrinted && options.json)
+        return WrongUsage("dump", "--json and the block exclude one another on standard output");
+    if (isPrinted) options.out = "/dev/stdout";
+    const Host& host = session.LoadHost();
     Report report(options.file);
     std::optional<LoadedImage> image;
     Attempt(report, [&] { image = Dump(host, report, options); });
+    const bool isLeftOut = !image && !report.Failed();
     if (options.json) {
-        report.out = JsonText(image ? BlockJson(report, *image) : FailureJson(report));
-    } else if (image) {
+        report.out = JsonText(image ? BlockJson(report, *image) : isLeftOut ? WorkJson(report) : FailureJson(report));
+    } else if (image && !isPrinted) {
         report.out = BlockText(report, *image, options.out);
     }
     report.Print();
-    return image ? kAllDone : kSomeFailed;
+    return image || isLeftOut ? kAllDone : kSomeFailed;
 }
 
 }  // namespace
@@ -116,7 +128,10 @@ void AddDump(CLI::App& program, Session& session) {
     CLI::App* command = program.add_subcommand("dump", "Loads a file and writes the pixel block byte for byte");
     command->footer("Example: kavra dump photo.jpg --out photo.rgba --format rgba8 --size 512x512");
     command->add_option("FILE", options->file, "The file")->required();
-    command->add_option("--out", options->out, "Where the block goes: of a cube map all six faces")->required();
+    session.names.in.push_back(&options->file);
+    command
+        ->add_option("--out", options->out, "Where the block goes, - for standard output: of a cube map all six faces")
+        ->required();
     command->add_flag("--json", options->json, "Describe the block as a JSON object");
     options->load.AddTo(*command, true);
     options->load.selection.AddOptions(*command, Purpose::kHosts);

@@ -56,7 +56,7 @@ std::vector<std::string> WordsOf(const char* text) {
 }
 
 Extensions AskExtensions(const Session& session) try {
-    const Host host = session.LoadHost();
+    const Host& host = session.LoadHost();
     auto* const inspector = dynamic_cast<Devices::IImageInspector*>(&host.Handler());
     if (inspector == nullptr) return {};
     return {WordsOf(inspector->ReadableExtensions()), WordsOf(inspector->WritableExtensions())};

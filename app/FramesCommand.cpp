@@ -3,9 +3,11 @@
 #include "FramePattern.h"
 #include "LoadOptions.h"
 #include "Making.h"
+#include "SaveImage.h"
 #include "TextureView.h"
 #include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <algorithm>
 #include <format>
@@ -96,6 +98,7 @@ void WriteItems(IImageHandler& handler, Report& report, const Options& options, 
     Progress progress(items.size());
     for (std::size_t i = 0; i < items.size(); ++i) {
         const Item& item = items[i];
+        if (!IsToBeMade(report, pattern.Name(item.number))) continue;
         const std::size_t mark = report.Mark();
         const ElementScope scope(item.element);
         const Source source = SourceOf(handler, report.File(), item.frame);
@@ -143,15 +146,15 @@ void WriteFrames(IImageHandler& handler, Report& report, Options options, const 
     selection.part.clear();
     const Division division(options, LowerExtension(options.pattern) == ".dds");
     const std::vector<Item> items = ListElements(handler, report.File(), options, division, first, isOne ? 1 : count);
+    if (!items.empty() && !CanBeMade(report, pattern.Name(items.front().number))) return;
     WriteItems(handler, report, options, pattern, items, count);
 }
 
 int Run(const Session& session, const Options& options) {
     const auto pattern = FramePattern::Parse(options.pattern);
     if (!pattern) return WrongUsage("frames", "the pattern needs one number, as in out/%03d.png");
-    const Host host = session.LoadHost();
-    Report report(options.file);
-    Attempt(report, [&] {
+    const Host& host = session.LoadHost();
+    const bool good = ForOneReport(options.file, [&](Report& report) {
         const int count = FrameCount(host, report);
         if (count == 0) {
             FailToRead(report, 0);
@@ -159,8 +162,7 @@ int Run(const Session& session, const Options& options) {
             WriteFrames(host.Handler(), report, options, *pattern, count);
         }
     });
-    report.Print();
-    return report.Failed() ? kSomeFailed : kAllDone;
+    return good ? kAllDone : kSomeFailed;
 }
 
 }  // namespace
@@ -170,7 +172,8 @@ void AddFrames(CLI::App& program, Session& session) {
     CLI::App* command =
         program.add_subcommand("frames", "Writes every frame, mip level, face, slice or band to a file of its own");
     command->footer("Example: kavra frames animation.gif out/%03d.png");
-    command->add_option("IN", options->file, "The file")->required();
+    command->add_option("IN", options->file, "The file, or - for standard input")->required();
+    session.names.in.push_back(&options->file);
     command->add_option("PATTERN", options->pattern, "The outputs' names: %03d stands for the frame, from 000")
         ->required();
     options->load.AddTo(*command, false);

@@ -2,6 +2,8 @@
 
 #include "Picture.h"
 
+#include <kavra/devices/LastFailure.h>
+
 namespace Kavra::App {
 
 using namespace Devices;
@@ -13,6 +15,7 @@ ImageRef Keep(IImage* image) {
     if (image == nullptr) return nullptr;
     image->AddRef();
     ImageRef kept(image);
+    if (LastFailure().kind != kFailureNone) return nullptr;  // which stays, as asking for a pixel would have its own
     const LoadedImage pixel = Fetch(*kept, {0, 0}, {1, 1}, {1, 1}, kTopLeft);
     return pixel.block != nullptr ? std::move(kept) : nullptr;
 }

@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Description.h"
 #include "FormatNames.h"
+#include "Inputs.h"
 #include "InspectionText.h"
 #include "LoadOptions.h"
 #include "Source.h"
@@ -20,6 +21,7 @@ struct Options {
     bool json = false;
     bool all = false;
     int jobs = 0;
+    InputOptions inputs;
 };
 
 Json DescriptionJson(const std::string& file, const ImageDesc& desc) {
@@ -55,22 +57,13 @@ void Tell(IImageHandler& handler, Report& report, const ImageDesc& desc, const O
 }
 
 int Run(const Session& session, const Options& options) {
-    const Host host = session.LoadHost();
-    std::vector<Report> reports = MakeReports(options.files);
-    std::vector<Json> descriptions(reports.size());
-    const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
+    if (options.files.empty() && options.inputs.list.empty()) return WrongUsage("info", "FILE is required");
+    const Host& host = session.LoadHost();
+    const auto tell = [&](Report& report, Json& json) {
         const Owned<ImageDesc> desc = Describe(host.Handler(), report);
-        if (desc == nullptr) {
-            FailToRead(report, 0);
-        } else {
-            Tell(host.Handler(), report, *desc, options, descriptions[index]);
-        }
-    });
-    for (std::size_t i = 0; i < reports.size(); ++i) {
-        if (reports[i].Failed()) descriptions[i] = FailureJson(reports[i]);
-    }
-    if (options.json) WriteOutput(JsonText(Json(descriptions)));
-    return good ? kAllDone : kSomeFailed;
+        desc == nullptr ? FailToRead(report, 0) : Tell(host.Handler(), report, *desc, options, json);
+    };
+    return TellOfEach(session, {options.files, options.inputs, options.json, options.jobs}, tell, FailureJson);
 }
 
 }  // namespace
@@ -81,7 +74,8 @@ void AddInfo(CLI::App& program, Session& session) {
     command->footer(
         "Examples: kavra info photo.jpg cube.dds --json\n"
         "          kavra info render.exr --all");
-    command->add_option("FILE", options->files, "The files")->required();
+    command->add_option("FILE", options->files, "The files, - for standard input")->option_text("FILE... REQUIRED");
+    options->inputs.AddTo(*command);
     command->add_flag("--json", options->json, "One JSON array with an object a file");
     command->add_flag("--all", options->all,
                       "Also parts, channels, alpha, light, levels, faces, tiles, resolution and metadata");

@@ -1,5 +1,6 @@
 #include "LegacyOption.h"
 
+#include "IsolationOption.h"
 #include "TextureView.h"
 #include "Usage.h"
 
@@ -30,12 +31,14 @@ void AddLegacyOption(CLI::App& program) {
 LoadPreferences LegacyPreferences(const std::string& file) {
     LoadPreferences preferences;
     preferences.legacy = IsSeenAsView(file) ? kLegacyCommon : theReading;
+    AddIsolation(preferences);
     return preferences;
 }
 
 LegacyNote::LegacyNote(LoadPreferences& preferences, const std::string& file) {
     preferences.legacy = LegacyPreferences(file).legacy;
     preferences.legacyObserver = this;
+    AddIsolation(preferences);
 }
 
 void LegacyNote::Tell(Report& report) const {

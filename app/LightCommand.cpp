@@ -2,12 +2,16 @@
 #include "Description.h"
 #include "EnvironmentFile.h"
 #include "FileNames.h"
+#include "Inputs.h"
 #include "LightFindings.h"
 #include "LightPlot.h"
+#include "OutputNames.h"
+#include "OutputPattern.h"
 #include "SaveImage.h"
 #include "StandardStreams.h"
 #include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <algorithm>
 #include <charconv>
@@ -26,6 +30,7 @@ struct Options {
     std::string plot;
     bool json = false;
     int jobs = 0;
+    InputOptions inputs;
     LightOptions light;
     Selection selection;
 };
@@ -111,29 +116,38 @@ std::optional<LightFindings> Measure(IImageHandler& handler, Report& report, con
 Json FileJson(const Report& report, const std::optional<LightFindings>& findings) {
     if (!findings) return FailureJson(report);
     Json json = LightJson(report.File(), *findings);
-    if (report.Failed()) json["error"] = report.LastText("cannot be plotted");
+    if (report.Failed()) AddFailure(json, report, "cannot be plotted");
     return json;
 }
 
-/// Where each file's plot goes; empty names when none is wanted.
-std::vector<std::filesystem::path> PlotNames(const Options& options) {
-    std::vector<std::filesystem::path> names(options.files.size());
-    if (options.plot.empty()) return names;
-    const bool toFolder = IsFolder(options.plot, names.size());
-    for (std::size_t i = 0; i < names.size(); ++i)
-        names[i] = toFolder ? InFolder(options.plot, options.files[i], "png") : std::filesystem::path(options.plot);
-    return names;
+/// Where each file's plot goes; empty names when none is wanted. What is wrong with that, or nothing.
+std::string PlanPlots(const Options& options, const std::vector<Input>& inputs,
+                      std::vector<std::filesystem::path>& plots) {
+    plots.clear();
+    if (!options.plot.empty()) {
+        const std::size_t count = options.inputs.AreOpen(options.files) ? 2 : inputs.size();
+        std::string wrong = OutputPattern::IsPattern(options.plot) ? "" : OutputNameObstacle(options.plot, count);
+        if (!wrong.empty()) return wrong;
+        return PlanOutputs(inputs, {.out = options.plot, .to = "png", .toFolder = IsFolder(options.plot, count)},
+                           plots);
+    }
+    plots.resize(inputs.size());
+    return {};
 }
 
 std::size_t LongestName(const std::vector<std::string>& files) {
-    return std::ranges::max_element(files, {}, &std::string::size)->size();
+    return files.empty() ? 0 : std::ranges::max_element(files, {}, &std::string::size)->size();
 }
 
-int Run(const Session& session, const Options& options) {
-    const std::vector<std::filesystem::path> plots = PlotNames(options);
-    const std::string clash = options.plot.empty() ? std::string() : Clash(options.files, plots);
-    if (!clash.empty()) return WrongUsage("light", clash);
-    const Host host = session.LoadHost();
+int Run(const Session& session, Options options) {
+    if (options.files.empty() && options.inputs.list.empty()) return WrongUsage("light", "FILE is required");
+    const InputList list = options.inputs.Expand(options.files, session, options.plot);
+    if (!list.canStart) return EndUnstarted(list, options.json);
+    std::vector<std::filesystem::path> plots;
+    const std::string wrong = PlanPlots(options, list.inputs, plots);
+    if (!wrong.empty()) return WrongUsage("light", wrong);
+    options.files = FileNamesOf(list.inputs);
+    const Host& host = session.LoadHost();
     std::vector<Report> reports = MakeReports(options.files);
     std::vector<std::optional<LightFindings>> found(reports.size());
     const std::size_t width = LongestName(options.files);
@@ -146,15 +160,17 @@ int Run(const Session& session, const Options& options) {
             report.out =
                 isTable ? LightTableLine(report.File(), width, *findings) : LightText(report.File(), *findings);
         }
-        if (!plots[index].empty()) Plot(host.Handler(), report, *findings, options.selection, plots[index]);
+        if (!plots[index].empty() && IsToBeMade(report, plots[index]))
+            Plot(host.Handler(), report, *findings, options.selection, plots[index]);
     });
     if (options.json) {
         Json json = Json::array();
         for (std::size_t i = 0; i < reports.size(); ++i)
             json.push_back(FileJson(reports[i], found[i]));
+        AddFailures(json, list);
         WriteOutput(JsonText(json));
     }
-    return good ? kAllDone : kSomeFailed;
+    return good && list.IsWhole() ? kAllDone : kSomeFailed;
 }
 
 }  // namespace
@@ -167,7 +183,9 @@ void AddLight(CLI::App& program, Session& session) {
         "Directions: +y is up, -z ahead (the middle of the map), +x right.\n"
         "Examples: kavra light studio.hdr --plot lights.png\n"
         "          kavra light *.exr --plot plots/ --lights 3");
-    command->add_option("FILE", options->files, "The maps, equirectangular; of several a table")->required();
+    command->add_option("FILE", options->files, "The maps, equirectangular; of several a table")
+        ->option_text("FILE... REQUIRED");
+    options->inputs.AddTo(*command);
     AddWholeNumber(*command, "--lights", options->light.lights, 0U, kSamples,
                    "The most lights to look for; 8 unless said");
     command->add_flag("--upper", options->light.upperHemisphere,

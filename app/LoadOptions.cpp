@@ -1,5 +1,6 @@
 #include "LoadOptions.h"
 
+#include "CutFiles.h"
 #include "FileNames.h"
 #include "FormatNames.h"
 #include "LegacyOption.h"
@@ -93,6 +94,7 @@ Owned<ImageDesc> Describe(IImageHandler& handler, Report& report) {
     const LegacyNote note(preferences, report.File());
     const LoadPreferencesScope preferred(preferences);
     Owned<ImageDesc> desc(handler.GetImageDesc(OS::FromUtf8(PathForHandler(report.File()).c_str()).c_str()));
+    report.Remember(desc != nullptr);
     note.Tell(report);
     return desc;
 }
@@ -137,6 +139,8 @@ LoadedImage CallLoad(IImageHandler& handler, Report& report, const LoadOptions& 
     LoadedImage image;
     image.block.reset(handler.LoadTexture(image.desc, path, size.x, size.y, 0, options.format, smooth, options.frame,
                                           static_cast<EDataOrientation>(options.orientation), nullptr));
+    report.Remember(image.block != nullptr);
+    if (image.block != nullptr && !TakesCutFile(report)) image.block.reset();
     note.Tell(report);
     return image;
 }
@@ -172,7 +176,7 @@ LoadedImage Load(IImageHandler& handler, Report& report, const LoadOptions& opti
 }
 
 void FailToRead(Report& report, std::size_t mark) {
-    report.FailUnlessSaid(mark, "cannot be read");
+    report.FailToRead(mark);
 }
 
 }  // namespace Kavra::App

@@ -65,7 +65,7 @@ Owned<Devices::ImageDesc> Describe(Devices::IImageHandler& handler, Report& repo
 /// before, else by the resize service. What of the file was chosen in words is looked for first.
 LoadedImage Load(Devices::IImageHandler& handler, Report& report, const LoadOptions& options);
 
-/// Says that a file could not be read, unless messages since `mark` said so already.
+/// Says why a file could not be read, unless the program said so since `mark` already.
 void FailToRead(Report& report, std::size_t mark);
 
 }  // namespace Kavra::App

@@ -1,5 +1,6 @@
 #include "Messages.h"
 
+#include "LibraryLines.h"
 #include "StandardStreams.h"
 
 #include <kavra/objects/OS.h>
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <format>
+#include <utility>
 
 namespace Kavra::App {
 namespace {
@@ -16,6 +18,7 @@ thread_local MessageScope* currentScope = nullptr;
 constexpr std::size_t kPrinted = 3;  // of equal messages in a row, before the others are only counted
 
 bool printsEvery = false;
+bool printsOnlyErrors = false;
 
 /// Adds a text that is said `count` times as it is printed.
 void AppendFolded(const std::string& text, std::size_t count, std::vector<std::string>& texts) {
@@ -30,11 +33,20 @@ void PrintEveryMessage() {
     printsEvery = true;
 }
 
+void PrintOnlyErrors() {
+    printsOnlyErrors = true;
+}
+
+bool PrintsOnlyErrors() {
+    return printsOnlyErrors;
+}
+
 void Report::Say(std::string_view kind, std::string_view text, std::string_view file) {
     if (file.empty()) file = mFile;
     const bool isRepeated =
         !mRuns.empty() && mRuns.back().kind == kind && mRuns.back().file == file && mRuns.back().text == text;
-    if (!isRepeated) mRuns.push_back({std::string(kind), std::string(file), std::string(text), 0});
+    if (!isRepeated)
+        mRuns.push_back({.kind = std::string(kind), .file = std::string(file), .text = std::string(text), .count = 0});
     ++mRuns.back().count;
     ++mCount;
 }
@@ -44,20 +56,54 @@ void Report::NoteOnce(std::string_view text) {
 }
 
 void Report::Fail(std::string_view text, std::string_view file) {
+    Fail(OwnReason(text), file);
+}
+
+void Report::Fail(const Reason& reason, std::string_view file) {
     mFailed = true;
-    Say("error", text, file);
+    if (!mWhy.IsKnown()) mWhy = reason;
+    mPending = {};
+    Say("error", reason.text, file);
+    mRuns.back().isOwn = true;
+}
+
+bool Report::FailWithReason(std::size_t mark, const std::string& before, std::string_view file) {
+    mFailed = true;
+    Reason reason = mPending.IsKnown() ? std::exchange(mPending, {}) : LastReason();
+    if (HasOwnErrorSince(mark)) return true;
+    if (!reason.IsKnown()) return false;
+    reason.text = before + reason.text;
+    Fail(reason, file);
+    return true;
 }
 
 void Report::FailUnlessSaid(std::size_t mark, std::string_view text, std::string_view file) {
-    mFailed = true;
-    if (IsOnlyNotedSince(mark)) Say("error", text, file);
+    if (FailWithReason(mark, std::string(text) + ": ", file)) return;
+    if (IsOnlyNotedSince(mark)) Fail(text, file);
+}
+
+void Report::FailToRead(std::size_t mark, const std::string& place) {
+    if (FailWithReason(mark, place, {})) return;
+    if (IsOnlyNotedSince(mark)) Fail(place + "cannot be read");
+}
+
+void Report::Remember(bool hasAnswered) {
+    mPending = hasAnswered ? Reason() : LastReason();
 }
 
 void Report::Take(const Report& other) {
     mRuns.insert(mRuns.end(), other.mRuns.begin(), other.mRuns.end());
     mCount += other.mCount;
     mFailed = mFailed || other.mFailed;
+    if (!mWhy.IsKnown()) mWhy = other.mWhy;
     out += other.out;
+    work.Take(other.work);
+}
+
+bool Report::IsPrinted(const Run& run) const {
+    if (!printsOnlyErrors || run.kind == "error") return true;
+    return mFailed && run.kind != "note" &&
+           std::ranges::none_of(mRuns, [](const Run& other) { return other.kind == "error"; });
 }
 
 bool Report::IsOnlyNotedSince(std::size_t mark) const {
@@ -67,6 +113,20 @@ bool Report::IsOnlyNotedSince(std::size_t mark) const {
         end -= run->count;
     }
     return true;
+}
+
+bool Report::HasOwnErrorSince(std::size_t mark) const {
+    std::size_t end = mCount;
+    for (auto run = mRuns.rbegin(); run != mRuns.rend() && end > mark; ++run) {
+        if (run->isOwn) return true;
+        end -= run->count;
+    }
+    return false;
+}
+
+bool Report::IsEcho(std::size_t run) const {
+    if (printsEvery || run == 0 || mRuns[run].text != "format is not supported") return false;
+    return mRuns[run - 1].text == "Frame index out of range" && mRuns[run - 1].file == mRuns[run].file;
 }
 
 bool Report::WasSaidSince(std::size_t mark, std::string_view text) const {
@@ -91,9 +151,10 @@ std::string Report::LastText(std::string_view fallback) const {
 
 void Report::Print() const {
     WriteOutput(out);
-    for (const Run& run : mRuns) {
+    for (std::size_t i = 0; i < mRuns.size(); ++i) {
+        const Run& run = mRuns[i];
         std::vector<std::string> texts;
-        AppendFolded(run.text, run.count, texts);
+        if (IsPrinted(run) && !IsEcho(i)) AppendFolded(run.text, run.count, texts);
         for (const std::string& text : texts)
             WriteError(std::format("kavra: {}: {}: {}\n", run.file, run.kind, text));
     }
@@ -106,6 +167,7 @@ MessageScope::MessageScope(Report& report, std::string file)
 
 MessageScope::~MessageScope() {
     currentScope = mOuter;
+    if (mOuter == nullptr) TakeLibraryLines(mReport, mFile);
 }
 
 MessageRouter::MessageRouter() {

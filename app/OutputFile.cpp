@@ -1,22 +1,29 @@
 #include "OutputFile.h"
 
+#include "WritePolicy.h"
+
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <format>
 #include <mutex>
 #include <random>
 #include <set>
+#include <string_view>
 #include <thread>
 
 namespace Kavra::App {
 namespace {
+
+constexpr std::string_view kHiddenStart = ".kavra-";
 
 /// The hidden folders that may exist now.
 struct Unfinished {
@@ -40,15 +47,26 @@ std::filesystem::path Resolve(const std::filesystem::path& path) {
 /// A name in the same folder that nobody can know beforehand.
 std::filesystem::path HiddenName(const std::filesystem::path& final) {
     std::random_device random;
-    return final.parent_path() / std::format(".kavra-{:08x}{:08x}", random(), random());
+    return final.parent_path() / std::format("{}{:08x}{:08x}", kHiddenStart, random(), random());
 }
 
 /// Makes the folder for its owner only, or leaves that to the writer, who says what is wrong where it cannot be made.
-std::filesystem::path MakeHiddenFolder(const std::filesystem::path& final) {
-    std::filesystem::path folder = HiddenName(final);
-    while (mkdir(folder.c_str(), S_IRWXU) != 0 && errno == EEXIST)
-        folder = HiddenName(final);
-    return folder;
+/// While this program lives, the folder is locked, so that nobody takes it for an abandoned one.
+std::filesystem::path MakeHiddenFolder(const std::filesystem::path& final, int& lock) {
+    for (;;) {
+        std::filesystem::path folder = HiddenName(final);
+        if (mkdir(folder.c_str(), S_IRWXU) != 0) {
+            if (errno == EEXIST) continue;
+            return folder;
+        }
+        lock = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        struct stat status{};
+        const bool isThere = lock < 0 || (flock(lock, LOCK_SH | LOCK_NB) == 0 && fstat(lock, &status) == 0 &&
+                                          status.st_nlink > 0 && access(folder.c_str(), F_OK) == 0);
+        if (isThere || errno == ENOLCK || errno == EOPNOTSUPP) return folder;
+        close(lock);  // somebody took it for abandoned before it was locked
+        lock = -1;
+    }
 }
 
 /// A writer that is still at work may add a file while the folder is emptied. Once it is gone it takes no more.
@@ -97,12 +115,23 @@ std::filesystem::path NearestFolder(const std::filesystem::path& path) {
     return folder;
 }
 
+/// Tried: what is no real file system, as /proc, allows by its permissions what it then refuses. What else is wrong with
+/// the folder is no answer.
+bool TakesFiles(const std::filesystem::path& folder) {
+    const std::filesystem::path name = HiddenName(folder / "file");
+    if (mkdir(name.c_str(), S_IRWXU) == 0) {
+        rmdir(name.c_str());
+        return true;
+    }
+    return errno != ENOENT && errno != EPERM && errno != ENOSYS && errno != EOPNOTSUPP;
+}
+
 }  // namespace
 
 OutputFile::OutputFile(const std::filesystem::path& final) : mFinal(Resolve(final)) {
     Unfinished& unfinished = TheUnfinished();
     const std::lock_guard lock(unfinished.mutex);
-    mHidden = MakeHiddenFolder(mFinal);
+    mHidden = MakeHiddenFolder(mFinal, mLock);
     unfinished.folders.insert(mHidden);
     mFolder = open(mHidden.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
     mTemporary = NameOfHandle(mFolder, mHidden) / "unfinished";
@@ -114,15 +143,31 @@ OutputFile::~OutputFile() {
     const std::lock_guard lock(unfinished.mutex);
     if (mFolder >= 0) close(mFolder);
     RemoveFolder(mHidden);
+    if (mLock >= 0) close(mLock);
     unfinished.folders.erase(mHidden);
 }
 
 std::string OutputFile::Commit() {
     std::string obstacle = NameObstacle(mFinal);
     if (!obstacle.empty()) return obstacle;
+    if (KeepsOldFiles()) {
+        if (renameat2(AT_FDCWD, mTemporary.c_str(), AT_FDCWD, mFinal.c_str(), RENAME_NOREPLACE) == 0) return {};
+        if (errno != EINVAL && errno != ENOSYS) return ErrorText(errno);  // which file systems without that answer
+    }
     std::error_code error;
     std::filesystem::rename(mTemporary, mFinal, error);
     return error ? ErrorText(error.value()) : std::string();
+}
+
+void RemoveAbandoned(const std::filesystem::path& folder) {
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        if (!entry.path().filename().native().starts_with(kHiddenStart)) continue;
+        const int lock = open(entry.path().c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (lock < 0) continue;
+        if (flock(lock, LOCK_EX | LOCK_NB) == 0) RemoveFolder(entry.path());
+        close(lock);
+    }
 }
 
 std::string NameObstacle(const std::filesystem::path& path) {
@@ -140,7 +185,7 @@ std::string FolderObstacle(const std::filesystem::path& path) {
     if (access(folder.c_str(), W_OK | X_OK) != 0) return ErrorText(errno);
     struct statvfs space{};
     if (statvfs(folder.c_str(), &space) == 0 && space.f_bavail == 0 && space.f_blocks != 0) return ErrorText(ENOSPC);
-    return {};
+    return TakesFiles(folder) ? std::string() : std::format("the folder {} takes no files", folder.string());
 }
 
 std::string GrowthObstacle(const std::filesystem::path& path, std::uint64_t bytes) {

@@ -26,9 +26,13 @@ public:
 private:
     std::filesystem::path mFinal;
     std::filesystem::path mHidden;     ///< the folder
-    int mFolder = -1;                  ///< an open handle of it
+    int mLock = -1;                    ///< an open handle of it, by which it is known to be in use
+    int mFolder = -1;                  ///< another one, by which it is named
     std::filesystem::path mTemporary;  ///< the file in it
 };
+
+/// Removes what programs that were killed have left of outputs in a folder. What belongs to programs that run stays.
+void RemoveAbandoned(const std::filesystem::path& folder);
 
 /// Why no file can take the name `path`: a folder, a device or a pipe has it. Empty when nothing speaks against it.
 std::string NameObstacle(const std::filesystem::path& path);

@@ -32,20 +32,18 @@ LoadedImage NewLevel(const TextureShape& shape, EFormat format, int level) {
     return NewPictureLike(desc, side.width, side.height);
 }
 
-/// The slices of one face, decoded one after the other.
-bool Decode(const TextureShape& shape, const LoadedImage& image, const unsigned char* blocks, unsigned char* out) {
-    const std::uint64_t sliceBlocks = BlockBytes(shape.format, image.desc.width, image.desc.height);
-    for (int slice = 0; slice < image.desc.depth; ++slice) {
-        const bool isDecoded = DecompressPicture(shape.format, blocks, image.desc.width, image.desc.height, out,
-                                                 static_cast<std::size_t>(image.desc.rowPitch));
-        if (!isDecoded) return false;
+}  // namespace
+
+bool DecodeFace(EFormat format, const unsigned char* blocks, const ImageDescription& desc, unsigned char* out) {
+    const std::uint64_t sliceBlocks = BlockBytes(format, desc.width, desc.height);
+    const auto pitch = static_cast<std::size_t>(desc.rowPitch);
+    for (int slice = 0; slice < desc.depth; ++slice) {
+        if (!DecompressPicture(format, blocks, desc.width, desc.height, out, pitch)) return false;
         blocks += sliceBlocks;
-        out += LayerBytes(image.desc);
+        out += LayerBytes(desc);
     }
     return true;
 }
-
-}  // namespace
 
 void PixelTexture::KeepLargest() {
     std::vector<LoadedImage> largest;
@@ -72,12 +70,14 @@ LoadedImage ReadLevel(Report& report, StoredTexture& stored, int element, int le
     std::vector<unsigned char> blocks(hasBlocks ? TextureLevelBytes(shape, level) : 0);
     auto* out = static_cast<unsigned char*>(image.block->mData);
     for (int face = 0; face < FaceCount(shape.type); ++face, out += image.desc.dataSize) {
-        bool isRead = stored.reader.ReadLevel(element, face, level, hasBlocks ? blocks.data() : out);
-        if (!isRead) {
+        if (!stored.reader.ReadLevel(element, face, level, hasBlocks ? blocks.data() : out)) {
             report.Fail(std::string("cannot be read: ") + stored.reader.Reason());
             return {};
         }
-        if (hasBlocks && !Decode(shape, image, blocks.data(), out)) return {};
+        if (hasBlocks && !DecodeFace(shape.format, blocks.data(), image.desc, out)) {
+            report.Fail("cannot be read: its blocks cannot be decoded");
+            return {};
+        }
     }
     return image;
 }

@@ -33,6 +33,11 @@ struct StoredTexture {
     Devices::TextureShape shape;
 };
 
+/// Decodes all slices of one face of a level, blocks of `format`, into `out`: rows and slices as `desc` has them. False
+/// where the format has no blocks.
+bool DecodeFace(Devices::EFormat format, const unsigned char* blocks, const Devices::ImageDescription& desc,
+                unsigned char* out);
+
 /// Reads all of it, blocks decoded. Nothing in `images`, and the report says why, where that fails.
 PixelTexture ReadPixels(Report& report, StoredTexture& stored);
 

@@ -50,6 +50,12 @@ void Resampling::AddFast(CLI::App& command) {
         "Shrink from what the file has smaller: a JPEG decoded in part, a stored level. Other pixels, sooner");
 }
 
+std::string Resampling::OptionForPeople() const {
+    if (filter) return "--filter";
+    if (linearLight) return "--linear-light";
+    return bounded ? "" : "--plain-filter";
+}
+
 LoadPreferences Resampling::For(const std::string& file) const {
     LoadPreferences preferences;
     preferences.alphaWeighted = alphaWeighted && !isPremultiplied.value_or(IsOpenExr(file));

@@ -33,6 +33,9 @@ struct Resampling {
     /// Adds `--fast`.
     void AddFast(CLI::App& command);
 
+    /// The first of the options for people that was given; empty where none was.
+    std::string OptionForPeople() const;
+
     /// What to prefer for pictures of `file`. Colours that are multiplied by their alpha, as OpenEXR files have them, are
     /// right without being weighted by it.
     Devices::LoadPreferences For(const std::string& file) const;

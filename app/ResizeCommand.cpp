@@ -5,6 +5,7 @@
 #include "Sizes.h"
 #include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <format>
 #include <memory>
@@ -91,6 +92,8 @@ LoadedImage Resized(IImageHandler& handler, Report& report, const Options& optio
 std::string Contradiction(const Options& options) {
     const bool filters = options.method == kResizeFilter;
     if (!filters && options.wish.IsGiven()) return options.wish.Option() + " goes with --method filter";
+    const std::string howToFilter = options.resampling.OptionForPeople();
+    if (!filters && !howToFilter.empty()) return howToFilter + " goes with --method filter";
     if (options.size.x > 0 || options.wish.IsGiven() || options.method == kResizeCopy) return {};
     return filters ? "--size, --fit, --fill or --scale is required" : "--size is required";
 }
@@ -98,8 +101,9 @@ std::string Contradiction(const Options& options) {
 int Run(const Session& session, const Options& options) {
     const std::string contradiction = Contradiction(options);
     if (!contradiction.empty()) return WrongUsage("resize", contradiction);
-    const Host host = session.LoadHost();
+    const Host& host = session.LoadHost();
     const bool good = ForOneReport(options.in, [&](Report& report) {
+        if (!IsToBeMade(report, options.out)) return;
         Options chosen = options;
         if (!chosen.selection.Resolve(host.Handler(), report, chosen.frame)) return;
         const Source source = SourceOf(host.Handler(), options.in, chosen.frame);
@@ -119,8 +123,7 @@ void AddResize(CLI::App& program, Session& session) {
         "Examples: kavra resize photo.jpg small.png --scale 50%\n"
         "          kavra resize photo.jpg small.png --size 320x200 --filter linear\n"
         "          kavra resize photo.jpg padded.png --size 1024x1024 --method crop");
-    command->add_option("IN", options->in, "The picture, taken as it is displayed")->required();
-    command->add_option("OUT", options->out, "The file to write")->required();
+    AddInAndOut(*command, session.names, options->in, options->out);
     command
         ->add_option_function<std::string>(
             "--size",

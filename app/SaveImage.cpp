@@ -4,30 +4,45 @@
 #include "OutputFile.h"
 
 #include <kavra/devices/AFormatConvertor.h>
+#include <kavra/devices/IImageInspector.h>
+#include <kavra/devices/Sys.h>
 #include <kavra/objects/OS.h>
 
 #include <algorithm>
+#include <format>
 
 namespace Kavra::App {
 namespace {
 
 using namespace Devices;
 
-/// What of the place speaks against it.
+/// What is written is what the module and the image library that is installed say.
+std::string UnknownTypeObstacle(const std::filesystem::path& path) {
+    auto* const inspector = dynamic_cast<IImageInspector*>(Sys::ImageHandler());
+    const std::string extension = LowerExtension(path);
+    if (inspector == nullptr || extension.empty() || IsTextureName(path)) return {};
+    const std::string_view written = inspector->WritableExtensions();
+    if (written.empty() || HasWord(std::format(" {} ", written), extension)) return {};
+    return std::format("no {} files are written; these are: {} .ktx2", extension, written);
+}
+
+/// What of the name speaks against it.
 std::string PlaceObstacle(const std::filesystem::path& path) {
     std::string reason = NameObstacle(path);
     if (reason.empty() && LowerExtension(path).empty()) reason = "the name has no extension to choose a file type by";
-    return reason;
+    return reason.empty() ? UnknownTypeObstacle(path) : reason;
+}
+
+EFailureKind KindOfObstacle(const std::filesystem::path& path, const std::string& reason) {
+    if (reason == UnknownTypeObstacle(path)) return kFailureUnknownType;
+    const bool isOfPlace = reason == PlaceObstacle(path) || reason == FolderObstacle(path);
+    return isOfPlace ? kFailureCannotWrite : kFailureFormat;
 }
 
 void NoteWhatStaysOut(Report& report, const ImageDescription& desc, const std::filesystem::path& path) {
     if (LowerExtension(path) == ".dds") return;
     if (desc.textureType == kTextureCube) report.Say("note", "a cube map; only its first face was written");
     if (desc.textureType == kTextureVolume) report.Say("note", "a volume; only its first slice was written");
-}
-
-std::string FailureText(const std::string& reason) {
-    return reason.empty() ? "cannot be written" : "cannot be written: " + reason;
 }
 
 std::uint64_t FileBytes(const std::filesystem::path& path) {
@@ -53,8 +68,15 @@ std::string WriteObstacle(const std::filesystem::path& path, const FileContent& 
     return reason.empty() ? TypeObstacle(LowerExtension(path), content) : reason;
 }
 
+bool CanBeMade(Report& report, const std::filesystem::path& path) {
+    std::string reason = PlaceObstacle(path);
+    if (reason.empty()) reason = FolderObstacle(path);
+    if (!reason.empty()) FailToWrite(report, path, reason);
+    return reason.empty();
+}
+
 void FailToWrite(Report& report, const std::filesystem::path& path, const std::string& reason) {
-    report.Fail(FailureText(reason), path.string());
+    report.Fail(OwnReason("cannot be written: " + reason, KindOfObstacle(path, reason)), path.string());
 }
 
 bool WriteFile(Report& report, const std::filesystem::path& path, const FileContent& content,
@@ -69,14 +91,18 @@ bool WriteFile(Report& report, const std::filesystem::path& path, const FileCont
         if (write(OS::FromUtf8(output.TemporaryPath().c_str()).c_str())) {
             reason = ShortnessObstacle(extension, FileBytes(output.TemporaryPath()));
             if (reason.empty()) reason = output.Commit();
-            if (reason.empty()) return true;
+            if (reason.empty()) {
+                report.work.written.push_back(path.string());
+                return true;
+            }
         } else {
+            report.Remember(false);
             reason = FolderObstacle(path);
             if (reason.empty()) reason = GrowthObstacle(output.TemporaryPath(), BytesLeft(extension, content));
         }
     }
     if (reason.empty()) {
-        report.FailUnlessSaid(mark, FailureText(reason), path.string());
+        report.FailUnlessSaid(mark, "cannot be written", path.string());
     } else {
         FailToWrite(report, path, reason);
     }

@@ -16,6 +16,10 @@ namespace Kavra::App {
 /// no file type, its folder will not have it, or the file type does not hold it. Empty when nothing speaks against it.
 std::string WriteObstacle(const std::filesystem::path& path, const FileContent& content);
 
+/// Whether files of this name can be made at all, as far as that shows before there is a picture: of what `WriteObstacle`
+/// tells all but what a file type holds. A failure is said of `path`.
+bool CanBeMade(Report& report, const std::filesystem::path& path);
+
 /// Says of `path` that it cannot be written, and why.
 void FailToWrite(Report& report, const std::filesystem::path& path, const std::string& reason);
 

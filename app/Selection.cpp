@@ -51,7 +51,7 @@ struct Choice {
     const FilePart& part;
 
     bool Fail(const std::string& text) const {
-        report.Fail(text);
+        report.Fail(OwnReason(text, kFailureOutOfRange));
         return false;
     }
 };
@@ -163,7 +163,8 @@ bool Selection::Resolve(IImageHandler& handler, Report& report, int& frame) {
     if (!part.empty()) {
         const auto found = FindPart(*file, part);
         if (!found) {
-            report.Fail(std::format("part {}: the file has {}", Printable(part), PartList(*file)));
+            report.Fail(OwnReason(std::format("part {}: the file has {}", Printable(part), PartList(*file)),
+                                  kFailureOutOfRange));
             return false;
         }
         if (!isDds) frame = *found;

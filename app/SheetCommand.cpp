@@ -4,6 +4,7 @@
 #include "Display.h"
 #include "FramePattern.h"
 #include "ImageObject.h"
+#include "Inputs.h"
 #include "Picture.h"
 #include "SaveImage.h"
 #include "SheetCells.h"
@@ -12,6 +13,7 @@
 #include "TextureView.h"
 #include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <algorithm>
 #include <format>
@@ -31,6 +33,7 @@ using namespace Devices;
 struct Options {
     std::string out;
     std::vector<std::string> files;
+    InputOptions inputs;
     vec2<int> cell{160, 120};
     int columns = 0;
     int rows = 0;
@@ -100,11 +103,11 @@ void Sheet::Show(std::size_t place, const SheetCell& cell, Report& report) {
         thumbnail = Thumbnail(cell, report);
         if (mOptions.captions) caption = CaptionOf(cell, report.File());
     } catch (const std::bad_alloc&) {
-        report.Fail("there is not enough memory");
+        report.Fail(OwnReason("there is not enough memory", kFailureOutOfMemory));
     }
     if (thumbnail.block == nullptr) {
         report.FailUnlessSaid(mark, "cannot be shown");
-        thumbnail = CrossedBox(mLayout.Room(), report.LastText("cannot be shown"));
+        thumbnail = CrossedBox(mLayout.Room(), report.Why().text);
     }
     bool isPut = Put(thumbnail, mLayout.Place(place, {thumbnail.desc.width, thumbnail.desc.height}));
     if (caption.block != nullptr) isPut = Put(caption, mLayout.CaptionPlace(place)) && isPut;
@@ -147,12 +150,13 @@ bool MakeSheet(IImageHandler& handler, const Options& options, const std::string
                std::span<const SheetCell> cells) {
     const SheetLayout layout = LayoutOf(cells.size(), options);
     std::unique_ptr<Sheet> sheet;
-    const bool begun = ForOneReport(out, [&](Report& report) {
+    const bool begun = Prepare(out, [&](Report& report) {
+        if (!IsToBeMade(report, options.files, out)) return;
         const std::string obstacle = Obstacle(out, layout);
         if (!obstacle.empty()) return FailToWrite(report, out, obstacle);
         sheet = std::make_unique<Sheet>(handler, layout, options);
     });
-    if (!begun) return false;
+    if (!begun || sheet == nullptr) return begun;
     const std::vector<FileRun> runs = RunsOf(cells);
     std::vector<Report> reports;
     std::ranges::transform(runs, std::back_inserter(reports),
@@ -184,11 +188,17 @@ std::vector<SheetCell> AllCells(IImageHandler& handler, const Options& options) 
     return cells;
 }
 
-int Run(const Session& session, const Options& options) {
-    const Host host = session.LoadHost();
+int Run(const Session& session, Options options) {
+    if (options.files.empty() && options.inputs.list.empty()) return WrongUsage("sheet", "FILE is required");
+    const Host& host = session.LoadHost();
+    const InputList list = options.inputs.Expand(options.files, session);
+    if (!list.canStart) return EndUnstarted(list, false);
+    options.files = FileNamesOf(list.inputs);
     const std::vector<SheetCell> cells = AllCells(host.Handler(), options);
     const std::size_t perPage = options.rows > 0 ? LayoutOf(cells.size(), options).CellsIn(options.rows) : cells.size();
-    bool all = true;
+    const bool isStream = options.out.starts_with("/proc/self/fd/");
+    if (perPage < cells.size() && isStream) return WrongUsage("sheet", "one page alone goes to a stream");
+    bool all = list.IsWhole();
     for (std::size_t first = 0; first < cells.size(); first += perPage) {
         const std::span page = std::span(cells).subspan(first, std::min(perPage, cells.size() - first));
         const bool isOnly = page.size() == cells.size();
@@ -230,13 +240,16 @@ void AddSheet(CLI::App& program, Session& session) {
     command->footer(
         "Examples: kavra sheet overview.png *.jpg *.exr --cell 200x200 --columns 6 --captions\n"
         "          kavra sheet chain.png cube.dds --levels --faces --captions");
-    command->add_option("OUT", options->out, "The picture to write")->required();
+    command->add_option("OUT", options->out, "The picture to write, or - for standard output")->required();
+    session.names.out.push_back(&options->out);
+    AddStreamType(*command, session.names);
     command
         ->add_option("FILE", options->files,
                      "The files, row by row. One that cannot be shown gets a crossed box with the reason. "
                      "High-dynamic-range pictures are exposed for the screen; squares show through where a picture is "
                      "transparent")
-        ->required();
+        ->option_text("FILE... REQUIRED");
+    options->inputs.AddTo(*command);
     AddLayout(*command, *options);
     AddContent(*command, options->content);
     options->resampling.AddForPeople(*command);

@@ -1,6 +1,8 @@
 #include "StandardStreams.h"
 
+#include "LibraryLines.h"
 #include "OutputFile.h"
+#include "StreamFiles.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -14,8 +16,14 @@ namespace {
 
 std::atomic<int> outputError = 0;
 
-/// 0, or the error that kept the rest from being written.
-int WriteAll(int stream, std::string_view text) {
+void Remember(int error) {
+    int none = 0;
+    if (error != 0) outputError.compare_exchange_strong(none, error);
+}
+
+}  // namespace
+
+int WriteTo(int stream, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = write(stream, text.data(), text.size());
         if (written >= 0) {
@@ -30,13 +38,6 @@ int WriteAll(int stream, std::string_view text) {
     return 0;
 }
 
-void Remember(int error) {
-    int none = 0;
-    if (error != 0) outputError.compare_exchange_strong(none, error);
-}
-
-}  // namespace
-
 void HoldStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(stream, F_GETFD) != -1 || errno != EBADF) continue;
@@ -46,11 +47,11 @@ void HoldStandardStreams() {
 }
 
 void WriteOutput(std::string_view text) {
-    Remember(WriteAll(STDOUT_FILENO, text));
+    Remember(WriteTo(STDOUT_FILENO, WithGivenNames(text)));
 }
 
 void WriteError(std::string_view text) {
-    (void)WriteAll(STDERR_FILENO, text);
+    (void)WriteTo(ErrorStream(), WithGivenNames(text));
 }
 
 std::string OutputLoss() {

@@ -14,6 +14,10 @@ void HoldStandardStreams();
 /// program ends as others do.
 void WriteOutput(std::string_view text);
 
+/// Writes bytes to an open file. 0, or the error that kept the rest from being written; where nobody reads any longer,
+/// the program ends as others do.
+int WriteTo(int stream, std::string_view bytes);
+
 /// Writes messages to standard error. What is lost there cannot be said anywhere.
 void WriteError(std::string_view text);
 

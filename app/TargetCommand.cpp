@@ -8,6 +8,7 @@
 #include "SaveImage.h"
 #include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <cmath>
 #include <memory>
@@ -44,6 +45,7 @@ bool IsShown(const Options& options) {
 }
 
 void Write(IImageHandler& handler, Report& report, const Options& options) {
+    if (!IsToBeMade(report, options.out)) return;
     LoadedImage image = LoadFlat(handler, report, options.load);
     if (image.block == nullptr || !HasPixels(report, image, "made a target")) return;
     if (IsShown(options)) {
@@ -61,7 +63,7 @@ void Write(IImageHandler& handler, Report& report, const Options& options) {
 }
 
 int Run(const Session& session, const Options& options) {
-    const Host host = session.LoadHost();
+    const Host& host = session.LoadHost();
     const bool good = ForOneReport(options.in, [&](Report& report) { Write(host.Handler(), report, options); });
     return good ? kAllDone : kSomeFailed;
 }
@@ -72,8 +74,7 @@ void AddTarget(CLI::App& program, Session& session) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("target", "Writes a picture as a render target, with 8 bits a channel");
     command->footer("Example: kavra target depth.exr depth.png --stretch");
-    command->add_option("IN", options->in, "The picture, taken as it is displayed")->required();
-    command->add_option("OUT", options->out, "The file to write")->required();
+    AddInAndOut(*command, session.names, options->in, options->out);
     command->add_flag("--stretch", options->stretch,
                       "Map the range of each channel to 0..255; without it 0..1 is mapped, and more only where values "
                       "lie outside. 8-bit colours are written as they are");

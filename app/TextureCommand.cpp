@@ -1,11 +1,16 @@
 #include "Commands.h"
 #include "FileNames.h"
+#include "Inputs.h"
+#include "OutputNames.h"
+#include "OutputPattern.h"
+#include "Results.h"
 #include "StandardStreams.h"
 #include "TextureInput.h"
 #include "TextureReport.h"
 #include "TextureWriting.h"
 #include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <kavra/objects/OS.h>
 
@@ -22,6 +27,7 @@ struct Options {
     std::vector<std::string> files;  // the last one is the output
     std::string to = "dds";
     int jobs = 0;
+    InputOptions inputs;
     bool inspects = false, reports = false, json = false;
     TextureForm form;
     TextureOptions texture;
@@ -36,15 +42,20 @@ void Tell(Report& report, const Options& options, const Outcome& outcome, std::s
         json["copied"] = outcome.isCopied;
         json["psnr"] = ErrorJson(outcome.error);
         json["seconds"] = outcome.seconds;
+        json["status"] = "written";
     } else if (options.reports) {
         const std::string error = outcome.isCopied ? "copied as it is" : ErrorText(outcome.error);
-        report.out = std::format("{}: {}; {}\n", outcome.file.string(), ShapeText(outcome.made.shape), error);
+        report.out += std::format("{}: {}; {}\n", outcome.file.string(), ShapeText(outcome.made.shape), error);
     }
 }
 
 /// One output of one input, or of several that belong together.
 void Make(IImageHandler& handler, Report& report, const Options& options, std::span<const std::string> inputs,
           const std::filesystem::path& out, Json& json) {
+    if (!IsToBeMade(report, inputs, out)) {
+        json = WorkJson(report);
+        return;
+    }
     Outcome outcome;
     StoredTexture stored;
     const bool reports = options.reports || options.json;
@@ -64,24 +75,19 @@ void Make(IImageHandler& handler, Report& report, const Options& options, std::s
         Tell(report, options, outcome, inputs, json);
 }
 
-int RunInspection(const Options& options) {
-    std::vector<Report> reports = MakeReports(options.files);
-    std::vector<Json> found(reports.size());
-    const bool good = ForEachReport(reports, options.jobs, [&](std::size_t index, Report& report) {
+int RunInspection(const Session& session, const Options& options) {
+    const auto tell = [&](Report& report, Json& json) {
         StoredTexture stored;
         if (!stored.reader.Open(OS::FromUtf8(report.File().c_str()).c_str()))
             return report.Fail(std::string("cannot be read: ") + stored.reader.Reason());
         stored.shape = stored.reader.Shape();
         if (options.json) {
-            found[index] = InspectionJson(report.File(), stored);
+            json = InspectionJson(report.File(), stored);
         } else {
             report.out = InspectionText(report.File(), stored);
         }
-    });
-    for (std::size_t i = 0; i < reports.size(); ++i)
-        if (reports[i].Failed()) found[i] = FailureJson(reports[i]);
-    if (options.json) WriteOutput(JsonText(Json(found)));
-    return good ? kAllDone : kSomeFailed;
+    };
+    return TellOfEach(session, {options.files, options.inputs, options.json, options.jobs}, tell, FailureJson);
 }
 
 /// The inputs of each output.
@@ -90,36 +96,59 @@ struct Work {
     std::vector<std::filesystem::path> outputs;
 };
 
+/// Where the outputs go; what is wrong with that, or nothing.
+std::string WishFor(const Options& options, const std::vector<std::string>& words, OutputWish& wish) {
+    const std::string& out = options.files.back();
+    if (options.to.contains('/')) return "--to takes an extension, dds or ktx2";
+    const bool isOpen = options.inputs.AreOpen(words) && !options.form.JoinsInputs();
+    const std::size_t count = isOpen ? 2 : options.form.JoinsInputs() ? 1 : words.size();
+    wish = {.out = out, .to = options.to, .toFolder = !OutputPattern::IsPattern(out) && IsFolder(out, count)};
+    const bool isName = !IsOutputStream(out) && !OutputPattern::IsPattern(out);
+    if (isName) return OutputNameObstacle(out, count);
+    if (!IsOutputStream(out)) return {};
+    if (wish.toFolder) return "one file alone goes to a stream";
+    if (IsStandardOutput(out) && (options.reports || options.json))
+        return "--report and --json print where the texture is to go";
+    wish.out = WriteStream(out, options.to);
+    return {};
+}
+
 /// What is wrong with the command line, or the work to do.
-std::string Plan(const Options& options, Work& work) {
-    const std::vector<std::string> inputs(options.files.begin(), options.files.end() - 1);
-    const std::filesystem::path out = options.files.back();
+std::string Plan(const Options& options, const OutputWish& wish, const std::vector<Input>& inputs, Work& work) {
     const bool joins = options.form.JoinsInputs();
-    if (options.to.find('/') != std::string::npos) return "--to takes an extension, dds or ktx2";
-    const bool toFolder = IsFolder(out, joins ? 1 : inputs.size());
     std::string obstacle = joins ? options.form.Obstacle(inputs.size()) : std::string();
     if (!obstacle.empty()) return obstacle;
-    if (joins) {
-        work.inputs = {inputs};
+    const std::vector<std::string> names = FileNamesOf(inputs);
+    if (joins && !names.empty()) {
+        work.inputs = {names};
     } else {
-        for (const std::string& input : inputs)
-            work.inputs.push_back({input});
+        for (const std::string& name : names)
+            work.inputs.push_back({name});
     }
-    for (const auto& group : work.inputs)
-        work.outputs.push_back(toFolder ? InFolder(out, group.front(), options.to) : out);
+    const std::vector<Input> first(inputs.begin(), inputs.begin() + (joins && !inputs.empty() ? 1 : 0));
+    std::string wrong = PlanOutputs(joins ? first : inputs, wish, work.outputs);
     for (const std::filesystem::path& output : work.outputs)
         if (!IsTextureName(output.string())) return output.string() + " is no texture file: .dds and .ktx2 are written";
-    return joins ? std::string() : Clash(inputs, work.outputs);
+    const bool packs = options.texture.zstdLevel > 0 && !work.outputs.empty();
+    if (packs && LowerExtension(work.outputs.front()) != ".ktx2") return "--zstd packs .ktx2 files, and this is none";
+    return wrong;
 }
 
 int Run(const Session& session, const Options& options) {
-    if (options.inspects) return RunInspection(options);
-    if (options.files.size() < 2)
-        return WrongUsage("texture", options.files.empty() ? "IN is required" : "OUT is required");
+    if (options.inspects) return RunInspection(session, options);
+    const bool hasList = !options.inputs.list.empty();
+    if (options.files.size() < (hasList ? 1U : 2U))
+        return WrongUsage("texture", options.files.empty() && !hasList ? "IN is required" : "OUT is required");
+    const std::vector<std::string> words(options.files.begin(), options.files.end() - 1);
+    OutputWish wish;
+    const std::string wrongWish = WishFor(options, words, wish);
+    if (!wrongWish.empty()) return WrongUsage("texture", wrongWish);
+    const InputList list = options.inputs.Expand(words, session, wish.toFolder ? wish.out : "");
+    if (!list.canStart) return EndUnstarted(list, options.json);
     Work work;
-    const std::string wrong = Plan(options, work);
+    const std::string wrong = Plan(options, wish, list.inputs, work);
     if (!wrong.empty()) return WrongUsage("texture", wrong);
-    const Host host = session.LoadHost();
+    const Host& host = session.LoadHost();
     std::vector<Report> reports;
     reports.reserve(work.inputs.size());
     for (const auto& group : work.inputs)
@@ -131,9 +160,15 @@ int Run(const Session& session, const Options& options) {
         if (told[index].is_null() && options.json && !report.Failed()) report.FailUnlessSaid(mark, "cannot be made");
     });
     for (std::size_t i = 0; i < reports.size(); ++i)
-        if (reports[i].Failed()) told[i] = FailureJson(reports[i]);
-    if (options.json) WriteOutput(JsonText(Json(told)));
-    return good ? kAllDone : kSomeFailed;
+        if (reports[i].Failed()) {
+            told[i] = FailureJson(reports[i]);
+            told[i]["status"] = "failed";
+        }
+    PrintSummary(reports);
+    Json all(told);
+    AddFailures(all, list);
+    if (options.json) WriteOutput(JsonText(all));
+    return good && list.IsWhole() ? kAllDone : kSomeFailed;
 }
 
 }  // namespace
@@ -150,13 +185,17 @@ void AddTexture(CLI::App& program, Session& session) {
         "          kavra texture old.dds new.ktx2\n"
         "          kavra texture --inspect textures/*.dds");
     command
-        ->add_option(
-            "FILES", options->files,
-            "The inputs, then the output: a file, or a folder for several inputs. Of a texture file all is kept "
-            "that no option changes, block by block")
+        ->add_option("FILES", options->files,
+                     "The inputs, then the output: a file, a folder for several inputs, or a name with fields: {dir} "
+                     "{stem} {ext} "
+                     "{name} of the input, {index} from 0, {index:04}. - is standard input or output. Of a texture "
+                     "file all is kept "
+                     "that no option changes, block by block")
         ->option_text("IN... OUT REQUIRED");
     command->usage("kavra texture [OPTIONS] IN... OUT");
-    command->add_option("--to", options->to, "The file type of the outputs in a folder: dds unless said, or ktx2");
+    command->add_option("--to", options->to,
+                        "The file type of the outputs in a folder or on standard output: dds unless said, or ktx2");
+    options->inputs.AddTo(*command);
     options->texture.AddTo(*command);
     options->form.AddTo(*command);
     command->add_flag("--report", options->reports, "Print what was made, and how far it is from the picture");

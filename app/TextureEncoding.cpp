@@ -129,12 +129,10 @@ LoadedImage Shown(const MadeTexture& made, const LoadedImage& original, int elem
     auto* out = static_cast<unsigned char*>(shown.block->mData);
     for (int face = 0; face < FaceCount(made.shape.type); ++face) {
         const unsigned char* in = made.bytes.data() + TextureLevelOffset(made.shape, element, face, 0);
-        if (!hasBlocks) std::memcpy(out, in, shown.desc.dataSize);
-        for (int slice = 0; hasBlocks && slice < shown.desc.depth; ++slice) {
-            const auto pitch = static_cast<std::size_t>(shown.desc.rowPitch);
-            (void)DecompressPicture(made.shape.format, in, desc.width, desc.height,
-                                    out + static_cast<unsigned>(slice) * LayerBytes(shown.desc), pitch);
-            in += BlockBytes(made.shape.format, desc.width, desc.height);
+        if (!hasBlocks) {
+            std::memcpy(out, in, shown.desc.dataSize);
+        } else {
+            (void)DecodeFace(made.shape.format, in, shown.desc, out);
         }
         out += shown.desc.dataSize;
     }

@@ -5,7 +5,6 @@
 #include "FileColours.h"
 #include "FormatNames.h"
 #include "Picture.h"
-#include "PixelConversion.h"
 
 #include <algorithm>
 #include <cstring>

@@ -48,7 +48,7 @@ TextureError ErrorOf(PixelTexture texture, const MadeTexture& made);
 /// A format as people call it: "bc7".
 std::string NameOf(Devices::EFormat format);
 
-/// The format with or without the word that its colours are sRGB, where there are both.
-Devices::EFormat WithSrgb(Devices::EFormat format, bool isSrgb);
+/// Whether formats of this kind go beyond 0 to 1.
+bool HoldsLight(Devices::EFormat format);
 
 }  // namespace Kavra::App

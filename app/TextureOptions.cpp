@@ -1,6 +1,5 @@
 #include "TextureOptions.h"
 
-#include "ColourOptions.h"
 #include "LoadOptions.h"
 #include "Sizes.h"
 #include "Usage.h"
@@ -88,9 +87,7 @@ void AddColours(CLI::App& command, TextureOptions& options) {
          {"none", TextureAlpha::kNone}},
         [&options](TextureAlpha alpha) { options.alpha = alpha; },
         "What alpha is: apart from the colours (unless said), multiplied into them, a cut-out (pixels are there or "
-        "not), "
-        "or left out");
-    ColourOptions exposure;
+        "not), or left out");
     AddChoice<ToneMap>(
         command, "--tonemap",
         {{"none", ToneMap::kNone}, {"reinhard", ToneMap::kReinhard}, {"filmic", ToneMap::kFilmic}},

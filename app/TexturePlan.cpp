@@ -14,20 +14,9 @@ using namespace Devices;
 
 namespace {
 
-constexpr std::array kSrgbPairs = {std::pair{kBC1, kBC1Srgb}, std::pair{kBC2, kBC2Srgb}, std::pair{kBC3, kBC3Srgb},
-                                   std::pair{kBC7, kBC7Srgb}};
-
-bool IsLight(EFormat format) {
-    return format == kBC6H || format == kBC6HSigned || IsFloating(format);
-}
-
 bool IsData(EFormat format) {
     constexpr std::array kData = {kBC4, kBC4Snorm, kBC5, kBC5Snorm};
     return std::ranges::contains(kData, format);
-}
-
-bool HoldsAlpha(EFormat format) {
-    return Facts(format).hasAlpha;
 }
 
 /// What a texture is made of where nobody said.
@@ -70,8 +59,8 @@ AlphaSeen LookAtAlpha(const PixelTexture& texture) {
 std::string AlphaObstacle(EFormat format, const AlphaSeen& seen, const TextureOptions& options) {
     if (seen.isOpaque || options.alpha == TextureAlpha::kNone) return {};
     const std::string name = NameOf(format);
-    if (!HoldsAlpha(format)) {
-        const std::string_view others = IsLight(format) ? "rgba16f does" : "bc7, bc3 and rgba8 do";
+    if (!Facts(format).hasAlpha) {
+        const std::string_view others = HoldsLight(format) ? "rgba16f does" : "bc7, bc3 and rgba8 do";
         return std::format("it has alpha, which {} does not hold; {}{}", name, others,
                            options.isPlain ? "" : ", and --alpha none leaves it out");
     }
@@ -85,7 +74,7 @@ std::string AlphaObstacle(EFormat format, const AlphaSeen& seen, const TextureOp
 
 ETextureAlpha AlphaIn(const PixelTexture& texture, const Source& source, const AlphaSeen& seen, EFormat format,
                       const TextureOptions& options) {
-    if (seen.isOpaque || options.alpha == TextureAlpha::kNone || !HoldsAlpha(format)) return kTextureAlphaOpaque;
+    if (seen.isOpaque || options.alpha == TextureAlpha::kNone || !Facts(format).hasAlpha) return kTextureAlphaOpaque;
     if (options.alpha == TextureAlpha::kPremultiplied) return kTextureAlphaPremultiplied;
     if (options.alpha != TextureAlpha::kAsItIs) return kTextureAlphaStraight;
     if (texture.shape.alpha == kTextureAlphaCustom) return kTextureAlphaCustom;
@@ -102,10 +91,10 @@ Curve CurveOf(const PixelTexture& texture, const Source& source, EFormat format,
     const EFormat own = texture.shape.format;
     if (options.isNormalMap || IsData(format) || options.isSrgb == false) return {true, false};
     // What a file says of its integers it goes on saying of others.
-    if (texture.saysCurve && !IsFloating(own) && !IsLight(format))
+    if (texture.saysCurve && !IsFloating(own) && !HoldsLight(format))
         return {true, options.isSrgb.value_or(texture.shape.isSrgb)};
     const bool isSrgb = options.isSrgb.value_or(!TransferOf(source, own).IsLinear());
-    if (IsLight(format)) return {!isSrgb && IsFloating(own), false};
+    if (HoldsLight(format)) return {!isSrgb && IsFloating(own), false};
     if (!isSrgb && !IsFloating(own)) return {true, false};
     return {isSrgb && TransferOf(source, own).kind == kTransferSrgb, true};
 }
@@ -113,23 +102,20 @@ Curve CurveOf(const PixelTexture& texture, const Source& source, EFormat format,
 }  // namespace
 
 std::string NameOf(EFormat format) {
-    const std::string name = Facts(WithSrgb(format, false)).shortName;
+    const std::string name = Facts(SrgbVariant(format, false)).shortName;
     return name.empty() ? Enumerator(format) : name;
 }
 
-EFormat WithSrgb(EFormat format, bool isSrgb) {
-    for (const auto& [plain, srgb] : kSrgbPairs) {
-        if (format == plain || format == srgb) return isSrgb ? srgb : plain;
-    }
-    return format;
+bool HoldsLight(EFormat format) {
+    return format == kBC6H || format == kBC6HSigned || IsFloating(format);
 }
 
 TexturePlan PlanOf(Report& report, const PixelTexture& texture, const Source& source, const TextureOptions& options) {
     const EFormat own = texture.shape.format;
     TextureOptions known = options;
     const EFormat format = Chosen(own, options);
-    for (const auto& [plain, srgb] : kSrgbPairs)
-        if (options.format == srgb && !options.isSrgb) known.isSrgb = true;
+    const bool saysSrgb = SrgbVariant(options.format, false) != options.format;
+    if (saysSrgb && !options.isSrgb) known.isSrgb = true;
     if (options.isSrgb == true && IsData(format)) {
         report.Fail(std::format("cannot be made: {} has no form that is sRGB; bc7 has", NameOf(format)));
         return {};
@@ -144,7 +130,7 @@ TexturePlan PlanOf(Report& report, const PixelTexture& texture, const Source& so
     const Curve curve = CurveOf(texture, source, format, known);
     plan.copiesNumbers = curve.copiesNumbers;
     plan.shape.isSrgb = curve.isSrgb;
-    plan.shape.format = WithSrgb(format, plan.shape.isSrgb);
+    plan.shape.format = SrgbVariant(format, plan.shape.isSrgb);
     plan.shape.alpha = AlphaIn(texture, source, seen, format, known);
     return plan;
 }

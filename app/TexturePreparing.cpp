@@ -48,14 +48,9 @@ ColourChange ChangeFor(const PixelTexture& texture, const Source& source, const 
     return change;
 }
 
-/// Whether formats of this kind end at 0 and 1.
-bool IsBounded(EFormat format) {
-    return !IsFloating(format) && format != kBC6H && format != kBC6HSigned;
-}
-
 /// Light beyond white in what ends there.
 bool HasTooMuchLight(Report& report, const ColourFindings& findings, const TexturePlan& plan) {
-    if (findings.bright == 0 || !IsBounded(plan.shape.format)) return false;
+    if (findings.bright == 0 || HoldsLight(plan.shape.format)) return false;
     report.Fail(
         std::format("cannot be made: {:.1f} % of its pixels are brighter than white, which {} does not hold; bc6h "
                     "and rgba16f do, and --tonemap brings them into it",

@@ -56,7 +56,7 @@ int FacesIn(const StoredTexture& stored) {
 
 std::string ShapeText(const TextureShape& shape) {
     std::string text = std::format("{}{}, ", Enumerator(shape.format),
-                                   shape.isSrgb && WithSrgb(shape.format, true) != shape.format ? " as sRGB" : "");
+                                   shape.isSrgb && SrgbVariant(shape.format, true) != shape.format ? " as sRGB" : "");
     if (shape.type == kTextureCube) text += "cube map, ";
     text += std::format("{} x {}", shape.width, shape.height);
     if (shape.type == kTextureVolume) text += std::format(" x {}", shape.depth);

@@ -45,7 +45,7 @@ bool CopyLevels(Report& report, StoredTexture& stored, MadeTexture& made) {
 
 void Relabel(TextureShape& shape, const TextureOptions& options) {
     shape.isSrgb = options.isSrgb.value_or(shape.isSrgb);
-    shape.format = WithSrgb(shape.format, shape.isSrgb);
+    shape.format = SrgbVariant(shape.format, shape.isSrgb);
 }
 
 /// As it is, with as many levels as are wanted and there.
@@ -118,6 +118,8 @@ bool WriteTexture(Report& report, const MadeTexture& made, const std::filesystem
         FailToWrite(report, path, reason);
         return false;
     }
+    if (isKtx && shape.alpha == kTextureAlphaCustom)
+        report.Say("note", "its alpha is data of its own, which KTX2 cannot say: it is written as straight");
     TextureWriteOptions writing;
     writing.zstdLevel = isKtx ? zstdLevel : 0;
     std::error_code ignored;  // what is wrong with a folder is told when the file cannot be written

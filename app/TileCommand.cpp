@@ -6,6 +6,7 @@
 #include "Sizes.h"
 #include "Usage.h"
 #include "Workers.h"
+#include "WritePolicy.h"
 
 #include <kavra/devices/IWriteImageLineProvider.h>
 
@@ -69,6 +70,7 @@ LoadedImage LoadBytes(IImageHandler& handler, Report& report, const LoadOptions&
 }
 
 void Tile(IImageHandler& handler, Report& report, const Options& options) {
+    if (!IsToBeMade(report, options.out)) return;
     std::string obstacle = WriteObstacle(options.out, {kR8G8B8A8, 1, 1});
     if (!obstacle.empty()) return FailToWrite(report, options.out, obstacle);
     const LoadedImage image = LoadBytes(handler, report, options.load);
@@ -90,7 +92,7 @@ int Run(const Session& session, const Options& options) {
         return WrongUsage("tile",
                           options.out + " cannot be written line by line; tif, png, jpg, bmp, tga, sgi and exr can");
     }
-    const Host host = session.LoadHost();
+    const Host& host = session.LoadHost();
     const bool good = ForOneReport(options.in, [&](Report& report) { Tile(host.Handler(), report, options); });
     return good ? kAllDone : kSomeFailed;
 }
@@ -103,6 +105,9 @@ void AddTile(CLI::App& program, Session& session) {
     command->footer("Example: kavra tile pattern.png poster.tif --repeat 60x40 --dpi 300");
     command->add_option("IN", options->in, "The picture, taken as it is displayed, with 8 bits a channel")->required();
     command->add_option("OUT", options->out, "The file to write: tif, png, jpg, bmp, tga, sgi or exr")->required();
+    session.names.in.push_back(&options->in);
+    session.names.out.push_back(&options->out);
+    AddStreamType(*command, session.names);
     command
         ->add_option_function<std::string>(
             "--repeat",

@@ -165,7 +165,7 @@ std::vector<std::string> CommandNames(const CLI::App& program) {
 }
 
 void AddJobs(CLI::App& command, int& jobs) {
-    AddWholeNumber(command, "--jobs", jobs, 1, "Files worked on at a time; all cores unless said");
+    AddWholeNumber(command, "-j,--jobs", jobs, 1, "Files worked on at a time; all cores unless said");
 }
 
 void AddFrame(CLI::App& command, int& frame) {

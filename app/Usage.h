@@ -64,7 +64,8 @@ CLI::Option* AddWholeNumber(CLI::App& command, const std::string& name, Int& val
             const bool isOpen = max == std::numeric_limits<Int>::max();
             const std::string range =
                 isOpen ? std::format(", {} or more", min) : std::format(" from {} to {}", min, max);
-            throw CLI::ValidationError(name, std::format("{} is no whole number{}", text, range));
+            throw CLI::ValidationError(name.substr(name.find(',') + 1),
+                                       std::format("{} is no whole number{}", text, range));
         }
         value = number;
     };
@@ -76,7 +77,7 @@ CLI::Option* AddWholeNumber(CLI::App& command, const std::string& name, Int& val
     return AddWholeNumber(command, name, value, min, std::numeric_limits<Int>::max(), help);
 }
 
-/// Adds `--jobs`.
+/// Adds `-j` and `--jobs`.
 void AddJobs(CLI::App& command, int& jobs);
 
 /// Adds `--frame`.

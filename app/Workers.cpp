@@ -1,5 +1,8 @@
 #include "Workers.h"
 
+#include "LibraryLines.h"
+#include "ResultWatch.h"
+#include "Results.h"
 #include "StandardStreams.h"
 
 #include <unistd.h>
@@ -25,8 +28,10 @@ public:
         const std::lock_guard lock(mMutex);
         mDone[index] = true;
         if (index == mNext) mProgress.Hide();
-        while (mNext < mDone.size() && mDone[mNext])
-            mReports[mNext++].Print();
+        for (; mNext < mDone.size() && mDone[mNext]; ++mNext) {
+            mReports[mNext].Print();
+            AddResult(mReports[mNext]);
+        }
         mProgress.Show(++mFinished);
     }
 
@@ -42,13 +47,16 @@ private:
 }  // namespace
 
 void Attempt(Report& report, const std::function<void()>& work) {
+    const LibraryLineScope lines(report);
+    const WorkTimer timer(report);
     try {
         work();
     } catch (const std::bad_alloc&) {
-        report.Fail("there is not enough memory");
+        report.Fail(OwnReason("there is not enough memory", Devices::kFailureOutOfMemory));
     } catch (const std::exception& error) {
         report.Fail(error.what());
     }
+    WatchForTemporary(report);
 }
 
 bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<void(std::size_t, Report&)>& work) {
@@ -74,6 +82,14 @@ bool ForEachReport(std::vector<Report>& reports, int jobs, const std::function<v
 bool ForOneReport(const std::string& file, const std::function<void(Report&)>& work) {
     std::vector<Report> reports = MakeReports({file});
     return ForEachReport(reports, 1, [&](std::size_t, Report& report) { work(report); });
+}
+
+bool Prepare(const std::string& file, const std::function<void(Report&)>& work) {
+    Report report(file);
+    Attempt(report, [&] { work(report); });
+    report.Print();
+    if (report.Failed() || !report.work.IsEmpty()) AddResult(report);
+    return !report.Failed();
 }
 
 void InParts(std::size_t count, std::size_t minPart, const std::function<void(std::size_t, std::size_t)>& work) {
@@ -106,7 +122,8 @@ std::vector<Report> MakeReports(const std::vector<std::string>& files) {
     return reports;
 }
 
-Progress::Progress(std::size_t total) : mTotal(total), mActive(total > 1 && isatty(STDERR_FILENO)) {}
+Progress::Progress(std::size_t total)
+    : mTotal(total), mActive(total > 1 && !PrintsOnlyErrors() && isatty(ErrorStream())) {}
 
 Progress::~Progress() {
     Hide();

@@ -20,6 +20,9 @@ void Attempt(Report& report, const std::function<void()>& work);
 /// The same as `ForEachReport` for one file.
 bool ForOneReport(const std::string& file, const std::function<void(Report&)>& work);
 
+/// The same, where more is to be done for the file afterwards: it has a result now only where nothing comes of that.
+bool Prepare(const std::string& file, const std::function<void(Report&)>& work);
+
 /// Calls `work(first, end)` for parts of 0..`count` that are at least `minPart` long, on as many threads as there are
 /// cores. An exception of `work` is thrown again when all have ended.
 void InParts(std::size_t count, std::size_t minPart, const std::function<void(std::size_t, std::size_t)>& work);

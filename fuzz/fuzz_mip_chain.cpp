@@ -73,7 +73,8 @@ public:
         : mShape(shape), mTexture(texture), mPixelBytes(pixelBytes) {}
 
     bool TakeLevel(const MipLevel& level) override {
-        const auto face = static_cast<std::size_t>(level.element * FaceCount(mShape.type) + level.face);
+        const int picture = level.element * FaceCount(mShape.type) + level.face;
+        const auto face = static_cast<std::size_t>(picture);
         const std::size_t at = face * Offset(mShape.levels) + Offset(level.level);
         Require(level.bytes == Offset(level.level + 1) - Offset(level.level));
         Require(std::memcmp(level.pixels, mTexture.data() + at, level.bytes) == 0);
@@ -124,9 +125,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const TextureShape shape = ShapeOf(data, FormatOf(facts));
     const MipOptions options = OptionsOf(data, facts.channels);
     const std::span input(data + kHead, size - kHead);
-    const std::size_t rowBytes = static_cast<std::size_t>(shape.width * facts.bytesPerPixel), gap = data[11] % 9;
-    const auto pictures = static_cast<std::size_t>(shape.elements * FaceCount(shape.type));
-    const std::size_t rows = static_cast<std::size_t>(shape.height * shape.depth), pitch = rowBytes + gap;
+    const auto sizeOf = [](int a, int b) { return static_cast<std::size_t>(a) * static_cast<std::size_t>(b); };
+    const std::size_t rowBytes = sizeOf(shape.width, facts.bytesPerPixel), gap = data[11] % 9, pitch = rowBytes + gap;
+    const std::size_t pictures = sizeOf(shape.elements, FaceCount(shape.type)),
+                      rows = sizeOf(shape.height, shape.depth);
 
     Bytes packed(pictures * rows * rowBytes);
     for (std::size_t i = 0; i < packed.size(); ++i)
@@ -149,8 +151,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(BuildMipChain(shape, source, checker, options));
     Require(checker.Taken() == static_cast<int>(pictures) * (shape.levels - 1));
 
-    const bool isPlain = options.content == kMipColours && !(options.alphaWeighted && facts.hasAlpha) &&
-                         !(options.keepCoverage > 0 && facts.hasAlpha);
+    const bool heedsAlpha = facts.hasAlpha && (options.alphaWeighted || options.keepCoverage > 0);
+    const bool isPlain = options.content == kMipColours && !heedsAlpha;
     if (facts.element == ElementType::kFloat && options.bounded && isPlain) CheckBounds(packed, texture);
     return 0;
 }

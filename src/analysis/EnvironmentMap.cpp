@@ -1,6 +1,7 @@
 #include "analysis/EnvironmentMap.h"
 
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 
 namespace Kavra::Analysis {
 namespace {
@@ -26,7 +27,12 @@ std::optional<PixelKind> PixelKindOf(EFormat format) {
 
 std::optional<EnvironmentMap> EnvironmentMapOf(const ImageDescription& desc, const void* data) {
     const std::optional<PixelKind> kind = PixelKindOf(desc.format);
-    if (data == nullptr || desc.textureType != kTexture2D || !kind) return std::nullopt;
+    using Common::Require;
+    const bool isMap =
+        Require(data != nullptr, kFailureArguments, "there are no pixels") &&
+        Require(desc.textureType == kTexture2D, kFailureUnsupported, "only flat pictures are environment maps here") &&
+        Require(kind.has_value(), kFailureFormat, "light is not looked for in pixels of this format");
+    if (!isMap) return std::nullopt;
     return EnvironmentMap{*kind, desc.width, desc.height, desc.rowPitch, static_cast<const unsigned char*>(data)};
 }
 

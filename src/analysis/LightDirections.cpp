@@ -3,6 +3,7 @@
 #include "analysis/LightDirections.h"
 
 #include "analysis/LightSamples.h"
+#include "common/Reasons.h"
 
 #include <cmath>
 #include <cstddef>
@@ -79,7 +80,8 @@ Light TakeLight(Samples& samples) {
 unsigned FindLightDirections(const ImageDescription& desc, const void* data, vec3<float>* directions,
                              vec3<float>* colours, unsigned maxCount) {
     const auto map = Analysis::EnvironmentMapOf(desc, data);
-    if (!map || maxCount == 0 || directions == nullptr || colours == nullptr) return 0;
+    const bool hasRoom = maxCount > 0 && directions != nullptr && colours != nullptr;
+    if (!map || !Common::Require(hasRoom, kFailureArguments, "there is nowhere to put the lights")) return 0;
     Samples samples = Analysis::SampleMap(*map);
     Analysis::KeepBrightSamples(samples);
     unsigned found = 0;

@@ -1,5 +1,7 @@
 #include "common/ByteSource.h"
 
+#include "common/MemoryPicture.h"
+
 #include <kavra/objects/OS.h>
 
 #include <cstdio>
@@ -31,12 +33,18 @@ private:
 };
 
 Result<ByteSource> ByteSource::Open(const Objects::KString& path) {
+    if (const MemoryPicture* const picture = MemoryPicture::Current()) {
+        const auto bytes = picture->Find(path.ToChars());
+        if (!bytes) return std::unexpected(Failure::kCannotOpen);
+        return ByteSource(*bytes);
+    }
     std::FILE* opened = nullptr;
     (void)OS::wfopen(&opened, path, L"rb");
     return Over(FileHandle(opened));
 }
 
 Result<ByteSource> ByteSource::OpenNarrow(const char* path) {
+    if (MemoryPicture::Current() != nullptr) return std::unexpected(Failure::kCannotOpen);
     std::FILE* opened = nullptr;
     (void)OS::fopen(&opened, path, "rb");
     return Over(FileHandle(opened));
@@ -49,24 +57,28 @@ Result<ByteSource> ByteSource::Over(FileHandle file) {
     return ByteSource(std::make_shared<File>(std::move(file)), 0, *length);
 }
 
+std::unexpected<Failure> ByteSource::Truncated() const {
+    return std::unexpected(Failure(Failure::kTruncated, static_cast<std::int64_t>(mStart + mSize)));
+}
+
 Result<> ByteSource::Seek(std::uint64_t position) {
-    if (position > mSize) return std::unexpected(Failure::kTruncated);
+    if (position > mSize) return Truncated();
     MoveWindow(position);
     return {};
 }
 
 Result<> ByteSource::Skip(std::uint64_t bytes) {
-    if (bytes > Remaining()) return std::unexpected(Failure::kTruncated);
+    if (bytes > Remaining()) return Truncated();
     MoveWindow(Position() + bytes);
     return {};
 }
 
 Result<> ByteSource::Read(std::span<unsigned char> out) {
-    if (out.size() > Remaining()) return std::unexpected(Failure::kTruncated);
+    if (out.size() > Remaining()) return Truncated();
     const std::uint64_t start = Position();
     if (ReadSome(out) == out.size()) return {};
     MoveWindow(start);
-    return std::unexpected(Failure::kUnreadable);
+    return std::unexpected(Failure(Failure::kUnreadable, static_cast<std::int64_t>(mStart + start)));
 }
 
 std::size_t ByteSource::ReadSome(std::span<unsigned char> out) {
@@ -94,13 +106,17 @@ std::span<const unsigned char> ByteSource::Peek() {
 }
 
 ByteSource ByteSource::Again() const {
-    return mFile ? ByteSource(mFile, mStart, mSize) : ByteSource(mWindow);
+    if (mFile) return ByteSource(mFile, mStart, mSize);
+    ByteSource again(mWindow);
+    again.mStart = mStart;
+    return again;
 }
 
 Result<ByteSource> ByteSource::Slice(std::uint64_t bytes) {
-    if (bytes > Remaining()) return std::unexpected(Failure::kTruncated);
+    if (bytes > Remaining()) return Truncated();
     ByteSource slice = mFile ? ByteSource(mFile, mStart + Position(), bytes)
                              : ByteSource(mWindow.subspan(mNext, static_cast<std::size_t>(bytes)));
+    slice.mStart = mStart + Position();
     MoveWindow(Position() + bytes);
     return slice;
 }

@@ -23,13 +23,15 @@ namespace Kavra::Common {
 /// reached, whatever numbers a file holds. An exact read and a move of the position either succeed whole or change
 /// nothing.
 ///
-/// What fails is one of `kCannotOpen`, `kTruncated` (the source ends before the bytes) and `kUnreadable`.
+/// What fails is one of `kCannotOpen`, `kTruncated` (the source ends before the bytes; its end is the position) and
+/// `kUnreadable`. Positions of failures are those in the file or memory, also of slices.
 ///
 /// Reads are buffered, so single numbers are cheap; a seek inside the buffer costs nothing. A source and its slices
 /// share one open file, which closes with the last of them. They may be used from one thread at a time.
 class ByteSource {
 public:
-    /// Opens a regular file by its wide path and fixes its size as of now.
+    /// Opens a regular file by its wide path and fixes its size as of now; what a `MemoryPicture`
+    /// has in its place, where one stands for the files of this thread.
     [[nodiscard]] static Result<ByteSource> Open(const Objects::KString& path);
     /// The same by a path whose bytes go to the system as they are: names that are stored inside files.
     [[nodiscard]] static Result<ByteSource> OpenNarrow(const char* path);
@@ -102,6 +104,7 @@ private:
         return Order == std::endian::little ? LittleAt<T, 0>(bytes) : BigAt<T, 0>(bytes);
     }
 
+    std::unexpected<Failure> Truncated() const;
     std::size_t Buffered() const { return mWindow.size() - mNext; }
     void MoveWindow(std::uint64_t position);
     void Fill();

@@ -32,8 +32,38 @@ FloatsToFormat(const float* colours, std::size_t count, Devices::EFormat format,
     "_ZN5Kavra7Devices18GetLoadPreferencesERNS0_15LoadPreferencesE");
 [[gnu::weak]] void GetSavePreferences(Devices::SavePreferences& preferences) __asm__(
     "_ZN5Kavra7Devices18GetSavePreferencesERNS0_15SavePreferencesE");
+[[gnu::weak]] void GetLastFailure(Devices::FailureReport& report) __asm__(
+    "_ZN5Kavra7Devices14GetLastFailureERNS0_13FailureReportE");
+[[gnu::weak]] void SetLastFailure(const Devices::FailureReport& report) noexcept
+    __asm__("_ZN5Kavra7Devices14SetLastFailureERKNS0_13FailureReportE");
+[[gnu::weak]] void ClearLastFailure() noexcept __asm__("_ZN5Kavra7Devices16ClearLastFailureEv");
+[[gnu::weak]] void BeginOperation() noexcept __asm__("_ZN5Kavra7Devices14BeginOperationEv");
+[[gnu::weak]] void EndOperation(bool hasAnswered) noexcept __asm__("_ZN5Kavra7Devices12EndOperationEb");
 [[gnu::weak]] bool IsPreferedHandler(const unsigned char* start, std::size_t bytes) __asm__(
     "_ZN5Kavra7Devices10EXRHandler17IsPreferedHandlerEPKhm");
+
+[[gnu::weak]] bool LoadDdsMemory(Devices::DDSReader* reader, const void* bytes,
+                                 std::size_t size) __asm__("_ZN5Kavra7Devices9DDSReader10LoadMemoryEPKvm");
+[[gnu::weak]] bool ReadExrMemory(Devices::EXRHandler* handler, const void* bytes,
+                                 std::size_t size) __asm__("_ZN5Kavra7Devices10EXRHandler10ReadMemoryEPKvm");
+
+[[gnu::weak]] Devices::EIsolatedEnd LoadIsolated(const Devices::IsolatedOperation& operation,
+                                                 Devices::ImageDescription& desc,
+                                                 Objects::IMemoryWrapper<void>*& block) noexcept
+    __asm__(
+        "_ZN5Kavra7Devices12LoadIsolatedERKNS0_"
+        "17IsolatedOperationERNS0_16ImageDescriptionERPNS_"
+        "7Objects14IMemoryWrapperIvEE");
+[[gnu::weak]] Devices::EIsolatedEnd DescribeIsolated(const Devices::IsolatedOperation& operation,
+                                                     Devices::ImageDesc*& desc) noexcept
+    __asm__(
+        "_ZN5Kavra7Devices16DescribeIsolatedERKNS0_"
+        "17IsolatedOperationERPNS0_9ImageDescE");
+[[gnu::weak]] Devices::EIsolatedEnd InspectIsolated(const Devices::IsolatedOperation& operation,
+                                                    Devices::IFileInspection*& file) noexcept
+    __asm__(
+        "_ZN5Kavra7Devices15InspectIsolatedERKNS0_"
+        "17IsolatedOperationERPNS0_15IFileInspectionE");
 
 }  // namespace Extras
 
@@ -84,6 +114,32 @@ Devices::SavePreferences HostSavePreferences() {
     return preferences;
 }
 
+void SetFailure(const Devices::FailureReport& report) noexcept {
+    if (Extras::SetLastFailure != nullptr) Extras::SetLastFailure(report);
+}
+
+bool HostTakesFailures() noexcept {
+    return Extras::SetLastFailure != nullptr;
+}
+
+void ClearFailure() noexcept {
+    if (Extras::ClearLastFailure != nullptr) Extras::ClearLastFailure();
+}
+
+Devices::FailureReport HostsFailure() {
+    Devices::FailureReport report;
+    if (Extras::GetLastFailure != nullptr) Extras::GetLastFailure(report);
+    return report;
+}
+
+void BeginOperation() noexcept {
+    if (Extras::BeginOperation != nullptr) Extras::BeginOperation();
+}
+
+void EndOperation(bool hasAnswered) noexcept {
+    if (Extras::EndOperation != nullptr) Extras::EndOperation(hasAnswered);
+}
+
 void* NewZeroed(std::size_t bytes) {
     if (Extras::NewZeroed != nullptr) return Extras::NewZeroed(bytes, Objects::ObjModel::mDefaultAllocator);
     void* const block = ::operator new(bytes, Objects::ObjModel::mDefaultAllocator);
@@ -94,9 +150,41 @@ std::size_t HostBlockCeiling() {
     return Extras::BlockCeiling != nullptr ? Extras::BlockCeiling() : static_cast<std::size_t>(MemoryShare());
 }
 
+std::optional<bool> PrefersExrHandler(std::span<const unsigned char> start) {
+    if (Extras::IsPreferedHandler == nullptr) return std::nullopt;
+    return Extras::IsPreferedHandler(start.data(), start.size());
+}
+
 bool PrefersExrHandler(const Objects::KString& path, std::span<const unsigned char> start) {
-    return Extras::IsPreferedHandler != nullptr ? Extras::IsPreferedHandler(start.data(), start.size())
-                                                : Devices::EXRHandler::IsPreferedHandler(path);
+    return PrefersExrHandler(start).value_or(false) ||
+           (Extras::IsPreferedHandler == nullptr && Devices::EXRHandler::IsPreferedHandler(path));
+}
+
+std::optional<bool> OpenDdsInMemory(Devices::DDSReader& reader, std::span<const unsigned char> bytes) {
+    if (Extras::LoadDdsMemory == nullptr) return std::nullopt;
+    return Extras::LoadDdsMemory(&reader, bytes.data(), bytes.size());
+}
+
+std::optional<bool> ReadExrInMemory(Devices::EXRHandler& handler, std::span<const unsigned char> bytes) {
+    if (Extras::ReadExrMemory == nullptr) return std::nullopt;
+    return Extras::ReadExrMemory(&handler, bytes.data(), bytes.size());
+}
+
+bool HostIsolates() {
+    return Extras::LoadIsolated != nullptr && Extras::DescribeIsolated != nullptr && Extras::InspectIsolated != nullptr;
+}
+
+Devices::EIsolatedEnd LoadIsolated(const Devices::IsolatedOperation& operation, Devices::ImageDescription& desc,
+                                   Objects::IMemoryWrapper<void>*& block) {
+    return Extras::LoadIsolated(operation, desc, block);
+}
+
+Devices::EIsolatedEnd DescribeIsolated(const Devices::IsolatedOperation& operation, Devices::ImageDesc*& desc) {
+    return Extras::DescribeIsolated(operation, desc);
+}
+
+Devices::EIsolatedEnd InspectIsolated(const Devices::IsolatedOperation& operation, Devices::IFileInspection*& file) {
+    return Extras::InspectIsolated(operation, file);
 }
 
 std::size_t PackFloats(const float* colours, std::size_t count, Devices::EFormat format, char* out, std::size_t size) {

@@ -3,15 +3,23 @@
 /// Each is looked up as the module is loaded. A host without it is served by the operations that every host has.
 #pragma once
 
+#include <kavra/devices/DecoderProcess.h>
 #include <kavra/devices/EFormat.h>
 #include <kavra/devices/ImageLimits.h>
+#include <kavra/devices/LastFailure.h>
 #include <kavra/devices/LoadPreferences.h>
 #include <kavra/devices/SavePreferences.h>
 #include <kavra/objects/IMemoryWrapper.h>
 #include <kavra/objects/KString.h>
 
 #include <cstddef>
+#include <optional>
 #include <span>
+
+namespace Kavra::Devices {
+class DDSReader;
+class EXRHandler;
+}  // namespace Kavra::Devices
 
 namespace Kavra::Common {
 
@@ -36,9 +44,41 @@ Devices::LoadPreferences HostLoadPreferences();
 /// The same of what is saved.
 Devices::SavePreferences HostSavePreferences();
 
+/// Says why an operation on this thread fails, unless that was said already (`Devices::SetLastFailure`). Does nothing
+/// where the host knows of no such thing.
+void SetFailure(const Devices::FailureReport& report) noexcept;
+
+/// Whether the host knows of such a thing.
+bool HostTakesFailures() noexcept;
+
+/// Forgets the failure of this thread, as an operation begins.
+void ClearFailure() noexcept;
+
+/// What was said since.
+Devices::FailureReport HostsFailure();
+
+/// Begins an operation of this thread, and ends it (`Devices::BeginOperation`, `Devices::EndOperation`).
+void BeginOperation() noexcept;
+void EndOperation(bool hasAnswered) noexcept;
+
 /// Whether the host's OpenEXR reader wants the file at `path`, which begins with `start`. A host that does not judge by
 /// bytes is given the path, and may open the file.
 bool PrefersExrHandler(const Objects::KString& path, std::span<const unsigned char> start);
+/// The same without a path; nothing of a host that does not judge by bytes.
+std::optional<bool> PrefersExrHandler(std::span<const unsigned char> start);
+
+/// Has the host's readers open bytes that stand in memory, which must outlive the reader. Nothing where they take files
+/// alone.
+std::optional<bool> OpenDdsInMemory(Devices::DDSReader& reader, std::span<const unsigned char> bytes);
+/// The same of OpenEXR.
+std::optional<bool> ReadExrInMemory(Devices::EXRHandler& handler, std::span<const unsigned char> bytes);
+
+/// Whether the host has a decoder for operations that are to be isolated. The three below are asked only then.
+bool HostIsolates();
+Devices::EIsolatedEnd LoadIsolated(const Devices::IsolatedOperation& operation, Devices::ImageDescription& desc,
+                                   Objects::IMemoryWrapper<void>*& block);
+Devices::EIsolatedEnd DescribeIsolated(const Devices::IsolatedOperation& operation, Devices::ImageDesc*& desc);
+Devices::EIsolatedEnd InspectIsolated(const Devices::IsolatedOperation& operation, Devices::IFileInspection*& file);
 
 /// Packs `count` colours (four floats each, any alignment) into pixels of `format` on the caller's thread. `size` is
 /// the capacity of `out` in bytes; pixels that do not fit are left out, and the result is how many were written. A host

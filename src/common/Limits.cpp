@@ -1,6 +1,7 @@
 #include "common/Limits.h"
 
 #include "common/HostExtras.h"
+#include "common/Reasons.h"
 
 #include <unistd.h>
 
@@ -64,6 +65,20 @@ bool Lists(std::string_view names, std::string_view name) {
 }
 
 }  // namespace
+
+bool PictureBounds::HoldOrSay(const PictureSize& size) const noexcept {
+    if (Hold(size)) return true;
+    const std::uint64_t needed = Sum<std::uint64_t>(size.blockBytes, size.workingBytes);
+    if (size.pixels > pixels) {
+        Say(Devices::kFailureTooLarge, "the picture has {} pixels, and the limit is {}", size.pixels, pixels);
+    } else if (size.blockBytes > blockBytes) {
+        Say(Devices::kFailureTooLarge, "the picture takes {} bytes, and a block of memory holds {}", size.blockBytes,
+            blockBytes);
+    } else {
+        Say(Devices::kFailureTooLarge, "the picture takes {} bytes, and the limit is {}", needed, bytes);
+    }
+    return false;
+}
 
 PictureBounds HostBounds() {
     return Bounds(HostImageLimits());

@@ -48,6 +48,9 @@ struct PictureBounds {
     std::uint64_t bytes = kNone;       ///< of the block and what is needed beside it
     std::uint64_t blockBytes = kNone;  ///< of the block alone
 
+    /// The same, and says by how much a picture is too large (`Say`).
+    bool HoldOrSay(const PictureSize& size) const noexcept;
+
     constexpr bool Hold(const PictureSize& size) const {
         return size.pixels <= pixels && size.blockBytes <= blockBytes &&
                Sum<std::uint64_t>(size.blockBytes, size.workingBytes) <= bytes;

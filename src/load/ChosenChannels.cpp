@@ -2,11 +2,13 @@
 
 #include "common/ParallelRange.h"
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 
 #include <OpenImageIO/strutil.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -82,6 +84,20 @@ std::optional<ChosenChannels> ChooseChannels(const OIIO::ImageSpec& spec, const 
     const auto [first, last] = std::ranges::minmax(channels);
     return ChosenChannels{
         .from = Places(spec, channels), .format = FormatFor(spec, channels), .first = first, .last = last};
+}
+
+void SayOfChannels(const OIIO::ImageSpec& spec, std::string_view names) noexcept {
+    try {
+        constexpr int kMaxNamed = 16;
+        std::string there;
+        for (int channel = 0; channel < std::min(spec.nchannels, kMaxNamed); ++channel)
+            there += (channel > 0 ? ", " : "") + std::string(spec.channel_name(channel));
+        if (spec.nchannels > kMaxNamed) there += ", ...";
+        Common::Say(kFailureOutOfRange, "there are no channels {}; the file has {}", Common::OneLine(names),
+                    Common::OneLine(there));
+    } catch (...) {
+        Common::SayCaught();
+    }
 }
 
 void GatherChannels(const ChosenChannels& chosen, int base, int channels, const unsigned char* pixels,

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <string_view>
 
 namespace Kavra::Devices {
 
@@ -30,5 +31,8 @@ std::optional<ChosenChannels> ChooseChannels(const OIIO::ImageSpec& spec, const 
 /// chosen format. Both hold values of that format's type.
 void GatherChannels(const ChosenChannels& chosen, int base, int channels, const unsigned char* pixels,
                     std::size_t count, unsigned char* out);
+
+/// Says that channels of these names are not there, and which are.
+void SayOfChannels(const OIIO::ImageSpec& spec, std::string_view names) noexcept;
 
 }  // namespace Kavra::Devices

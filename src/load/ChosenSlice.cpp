@@ -1,5 +1,6 @@
 #include "load/ChosenSlice.h"
 
+#include "common/Reasons.h"
 #include "common/dds/DdsShape.h"
 #include "load/OpenInput.h"
 
@@ -62,6 +63,17 @@ std::optional<int> SliceNumber(const LoadPreferences& preferences, ETextureType 
     return std::max(face, slice);
 }
 
+void SayOfSlice(const LoadPreferences& preferences, ETextureType type, int slices) noexcept {
+    using Common::Say;
+    const auto [face, slice] = std::pair(preferences.face, preferences.slice);
+    if (face >= 0 && slice >= 0) return Say(kFailureOutOfRange, "no texture has both faces and slices");
+    if (face >= 0 && type != kTextureCube)
+        return Say(kFailureOutOfRange, "there is no face {}; it is no cube map", face);
+    if (face >= 0) return Say(kFailureOutOfRange, "there is no face {} in the file", face);
+    if (type != kTextureVolume) return Say(kFailureOutOfRange, "there is no slice {}; it is no volume", slice);
+    Say(kFailureOutOfRange, "there is no slice {}; there are {}", slice, slices);
+}
+
 bool IsFaceInDds(const KString& path, int face) {
     std::optional<Common::ByteSource> file = OpenFile(path);
     std::array<unsigned char, Dds::kMaxHeaderBytes> start{};
@@ -73,7 +85,15 @@ bool IsFaceInDds(const KString& path, int face) {
 }
 
 bool TakeSlice(TextureLoad& load, Common::ByteSource& file) {
-    if (!(load.IsDds() ? TakeDdsSlice(load, file) : TakeLibrarySlice(load))) return false;
+    if (!(load.IsDds() ? TakeDdsSlice(load, file) : TakeLibrarySlice(load))) {
+        const ImageDesc& whole = load.fileDesc;
+        if (!load.IsDds() && SliceNumber(load.request.preferences, whole.textureType, whole.depth)) {
+            Common::Say(kFailureUnsupported, "its tiles cannot be divided into faces or slices");
+        } else if (!load.IsDds()) {
+            SayOfSlice(load.request.preferences, whole.textureType, whole.depth);
+        }
+        return false;
+    }
     load.fileDesc.textureType = kTexture2D;
     load.fileDesc.width = load.fileSpec.width;
     load.fileDesc.height = load.fileSpec.height;

@@ -19,6 +19,9 @@ inline bool WantsPart(const LoadPreferences& preferences) {
 /// none, as where both are wanted.
 std::optional<int> SliceNumber(const LoadPreferences& preferences, ETextureType type, int slices);
 
+/// Says that there is no such face or slice, and what there is.
+void SayOfSlice(const LoadPreferences& preferences, ETextureType type, int slices) noexcept;
+
 /// Whether the header of a DDS file says that it holds a face of a cube map. Not every host's reader tells.
 bool IsFaceInDds(const KString& path, int face);
 

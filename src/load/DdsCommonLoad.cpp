@@ -4,6 +4,7 @@
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 #include "formats/PixelFormatMapping.h"
 #include "load/AlphaAnalysis.h"
 #include "load/ChosenSlice.h"
@@ -76,6 +77,14 @@ struct Wanted {
     Dds::Extent size;  ///< of the level
 };
 
+/// Of a level, face or slice that is not there.
+void SayWhatIsThere(const DdsCommonPicture& picture, const LoadRequest& request) {
+    const int levels = picture.Shape().levels;
+    if (request.level < levels)
+        return SayOfSlice(request.preferences, picture.Shape().type, picture.SliceCount(std::max(request.level, 0)));
+    Common::Say(kFailureOutOfRange, "there is no mip level {}; the file has {}", request.level, levels);
+}
+
 std::optional<Wanted> WantedOf(const DdsCommonPicture& picture, const LoadRequest& request) {
     const int level = std::max(request.level, 0);
     if (level >= picture.Shape().levels) return std::nullopt;
@@ -128,14 +137,15 @@ bool IsWithinLimits(const DdsCommonPicture& picture, const Wanted& wanted, const
     Common::PictureSize size{.pixels = static_cast<std::uint64_t>(desc.width) * rows,
                              .blockBytes = bytes,
                              .workingBytes = picture.WorkingBytes(desc.width)};
-    if (!Common::HostBounds().Hold({.pixels = size.pixels, .blockBytes = bytes})) return false;
+    if (!Common::HostBounds().HoldOrSay({.pixels = size.pixels, .blockBytes = bytes})) return false;
     if (fitting.IsNeeded()) {
         const std::uint64_t reshaped = desc.depth > 1 ? bytes : RowReshape::BytesFor(fitting.picture, fitting.wanted);
         size.workingBytes = Common::Sum<std::uint64_t>(size.workingBytes, reshaped);
         if (desc.depth <= 1) size.blockBytes = 0;  // never stands in memory by itself
     }
     const Common::PictureBounds bounds = picture.IsWhole(wanted.level) ? Common::HostBounds() : Common::ReaderBounds();
-    return bounds.Hold(size) && size.blockBytes <= Common::HostBlockCeiling();
+    const Common::PictureBounds ceiling = {.blockBytes = Common::HostBlockCeiling()};
+    return bounds.HoldOrSay(size) && ceiling.HoldOrSay(size);
 }
 
 PixelBlock ReadAll(DdsCommonPicture& picture, const Wanted& wanted, std::size_t sliceBytes) {
@@ -223,8 +233,9 @@ const char* DdsDifference(const KString& path, Common::ByteSource* open, const L
 Result<PixelBlock> LoadCommonDds(ImageDescription& desc, DdsCommonPicture& picture, const LoadRequest& request) {
     const std::optional<Wanted> wanted = WantedOf(picture, request);
     if (!wanted) {
+        SayWhatIsThere(picture, request);
         Sys::Warning(L"Frame index out of range", nullptr);
-        return std::unexpected(Failure::kUnsupported);
+        return std::unexpected(Failure::kOutOfRange);
     }
     if (!picture.HasRows(wanted->level, wanted->first)) return std::unexpected(Failure::kTruncated);
     if (!Common::FitsPitch(Common::PackedRowBytes(picture.Format(), wanted->size.width)))
@@ -236,6 +247,10 @@ Result<PixelBlock> LoadCommonDds(ImageDescription& desc, DdsCommonPicture& pictu
     PixelBlock block = Read(desc, picture, *wanted, fitting);
     if (!block) return std::unexpected(Failure::kUnsupported);
     SettleAlpha(desc, picture, block.get());
+    if (!picture.IsWhole(wanted->level) && !picture.HasGaps()) {
+        const Dds::RowCount count = picture.CountRows(wanted->level);
+        Common::SayEndsEarly(count.there, count.all, picture.FileBytes());
+    }
     return block;
 }
 

@@ -5,6 +5,7 @@
 #include "load/ColourMeaning.h"
 #include "load/DdsCommonLoad.h"
 #include "load/FormatChannels.h"
+#include "load/HostReaders.h"
 #include "load/LibraryInspection.h"
 #include "load/OpenInput.h"
 
@@ -81,7 +82,7 @@ void SetShape(PartFacts& facts, const StoredDds& dds) {
 /// Pixels that only the host's reader delivers.
 bool SetHostPixels(PartFacts& facts, const KString& path) {
     DDSReader reader;
-    if (!reader.Load(path)) return false;
+    if (!OpenHostDds(reader, path)) return false;
     const Common::PixelFormat& format = Common::FactsOf(reader.Format());
     SetChannels(facts, format);
     if (format.bytesPerBlock > 0) facts.compression = format.name.substr(1);  // without its "k"

@@ -109,13 +109,17 @@ ImageDesc* GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlp
     return new ImageDesc(DescribeSpec(spec, isRadiance, fileType, ddsAlphaVariant));
 }
 
+int CountPictures(OIIO::ImageInput& input, int fileType) {
+    return fileType == DDS ? CountMipLevels(input) : CountSubimages(input);
+}
+
 int GetNumberOfFrames(OIIO::ImageInput* input, int fileType) {
     int count = 0;
     if (IsGreyTiff(input->spec())) {
         // A grey TIFF counts its channels.
         count = std::max(input->spec().nchannels, 1);
     } else {
-        count = fileType == DDS ? CountMipLevels(*input) : CountSubimages(*input);
+        count = CountPictures(*input, fileType);
     }
     (void)input->seek_subimage(0, 0);
     return count;

@@ -19,4 +19,8 @@ ImageDesc* GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlp
 /// Frames of the file, or mip levels of a DDS: 1 or more. Leaves `input` at subimage 0, level 0.
 int GetNumberOfFrames(OIIO::ImageInput* input, int fileType);
 
+/// How many subimages there are to load, or mip levels of a DDS; what a description tells is another number for some
+/// files. Moves the input.
+int CountPictures(OIIO::ImageInput& input, int fileType);
+
 }  // namespace Kavra::Devices

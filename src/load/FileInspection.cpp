@@ -5,8 +5,10 @@
 
 #include "common/ByteOrder.h"
 #include "common/HostExtras.h"
+#include "common/Reasons.h"
 #include "load/DdsInspection.h"
 #include "load/FormatChannels.h"
+#include "load/HostReaders.h"
 #include "load/LibraryInspection.h"
 #include "load/OpenInput.h"
 #include "readers/FileTypeDetection.h"
@@ -74,7 +76,10 @@ Owned InspectLegacy(DetectedFile& file, ELegacyReading reading) {
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type, reading));
     if (!reader) throw std::bad_alloc();
     const double seconds = file.type == FLIC ? FlicSeconds(file.files->source.Again()) : 0;
-    if (!reader->Open(*std::exchange(file.files, std::nullopt))) return nullptr;
+    if (const auto opened = reader->Open(*std::exchange(file.files, std::nullopt)); !opened) {
+        Common::Say(opened.error());
+        return nullptr;
+    }
     Owned inspected = NewFile(LegacyName(file.type));
     PartFacts facts;
     SetChannels(facts, Common::FactsOf(reader->GetFormat()));
@@ -99,10 +104,8 @@ bool IsLegacy(const DetectedFile& file) {
 
 /// The reader knows the picture's size only with its pixels.
 Owned InspectExr(const KString& path, const DetectedFile& file) {
-    const bool isPreferred =
-        file.start ? Common::PrefersExrHandler(path, *file.start) : EXRHandler::IsPreferedHandler(path);
     EXRHandler exr(true);
-    if (!isPreferred || !exr.ReadFromFile(path)) return nullptr;
+    if (!HostPrefersExr(path, file.start) || !ReadHostExr(exr, path)) return nullptr;
     Owned inspected = NewFile("openexr");
     PartFacts facts;
     SetChannels(facts, Common::FactsOf(exr.supportsAlpha() ? kR32G32B32A32F : kR32G32B32F));

@@ -1,9 +1,13 @@
 #include "load/OpenInput.h"
 
 #include "common/FileHandle.h"
+#include "common/MemoryPicture.h"
+#include "common/PathReasons.h"
 #include "common/RegularFile.h"
 #include "common/Utf8.h"
+#include "load/CutFiles.h"
 #include "load/FileSignatures.h"
+#include "load/LibraryErrors.h"
 
 #include <kavra/objects/OS.h>
 
@@ -73,10 +77,16 @@ const Readers& AllReaders() {
     return readers;
 }
 
+/// What the library does not read of those files the host's reader does, and says so.
+bool IsDds(Bytes start) {
+    return !start.empty() && MayBeOfFormat("dds", start);
+}
+
 /// One file, and the library's readers that may be asked about it.
 class Candidate {
 public:
-    Candidate(const KString& path, Bytes start) : mName(Common::ToUtf8(path.ToChars())), mStart(start) {
+    Candidate(const KString& path, Common::ByteSource& file, Bytes start)
+        : mFile(file), mName(Common::ToUtf8(path.ToChars())), mStart(start) {
         mConfig.attribute("oiio:UnassociatedAlpha", 1);
     }
 
@@ -86,16 +96,21 @@ public:
         if (own != AllReaders().end()) {
             tried.insert(own->second);
             if (Input input = Create(own->second)) {
-                const bool isItsOwn = input->valid_file(mName);
+                const bool isItsOwn = Accepts(*input);
                 if (Opens(*input)) return input;
-                if (isItsOwn) return nullptr;  // damaged: nothing for the others to guess at
+                if (isItsOwn) return Refuse(*input);  // damaged: nothing for the others to guess at
+                if (HasMark(own->second)) (void)Refuse(*input);
+                (void)TakeErrors(*input);
+                (void)SayIfCut(mFile, own->second);
             }
         }
         if (OIIO::get_int_attribute("try_all_readers", 1) == 0) return nullptr;
         for (const auto& [word, reader] : AllReaders()) {
             if (!tried.insert(reader).second) continue;
             Input input = Create(reader);
-            if (input && input->valid_file(mName) && Opens(*input)) return input;
+            if (!input || !Accepts(*input)) continue;
+            if (Opens(*input)) return input;
+            (void)Refuse(*input);
         }
         return nullptr;
     }
@@ -108,25 +123,72 @@ private:
 
     bool Opens(OIIO::ImageInput& input) const {
         OIIO::ImageSpec spec;
-        if (input.open(mName, spec, mConfig)) return true;
-        TakeErrors(input);
-        return false;
+        return mPicture != nullptr ? OpensPicture(input) : input.open(mName, spec, mConfig);
     }
 
+    /// Whether all files of a reader begin in a way of their own, and this one does.
+    bool HasMark(const std::string& reader) const {
+        return MayBeOfFormat(reader, mStart) && !MayBeOfFormat(reader, {});
+    }
+
+    /// Says why the reader whose file it is does not open it.
+    Input Refuse(const OIIO::ImageInput& input) const {
+        const std::string errors = TakeErrors(input);
+        if (IsDds(mStart) || SayIfCut(mFile, input.format_name())) return nullptr;
+        if (SpeaksOfTheEnd(errors)) {
+            Common::Say({Common::Failure::kTruncated, static_cast<std::int64_t>(mFile.Size())});
+        } else {
+            SayLibraryError(errors, mName, kFailureDamaged);
+        }
+        return nullptr;
+    }
+
+    static bool TakesMemory(const OIIO::ImageInput& input) { return input.supports("ioproxy") != 0; }
+
+    OIIO::Filesystem::IOProxy* NewReader() const {
+        const std::span<const unsigned char> bytes = mPicture->Bytes();
+        return mPicture->Keep(std::make_unique<OIIO::Filesystem::IOMemReader>(bytes.data(), bytes.size()));
+    }
+
+    bool Accepts(const OIIO::ImageInput& input) const {
+        if (mPicture == nullptr) return input.valid_file(mName);
+        return TakesMemory(input) ? input.valid_file(NewReader()) : input.valid_file(mPicture->SystemPath());
+    }
+
+    /// Some readers take what they are to read from as an attribute alone.
+    bool OpensPicture(OIIO::ImageInput& input) const {
+        OIIO::ImageSpec spec, config = mConfig;
+        if (!TakesMemory(input)) return input.open(mPicture->SystemPath(), spec, config);
+        void* reader = NewReader();
+        config.attribute("oiio:ioproxy", OIIO::TypePointer, static_cast<const void*>(&reader));
+        return input.open(mName, spec, config);
+    }
+
+    Common::ByteSource& mFile;
     std::string mName;  // its bytes: the library's own shortening of a wide name would lose those that are not UTF-8
     Bytes mStart;
     OIIO::ImageSpec mConfig;
+    Common::MemoryPicture* mPicture = Common::MemoryPicture::Current();  // null: the file is one
 };
+
+/// Whether there is something to be read by this path.
+bool IsReadableByName(const KString& path) {
+    const Common::MemoryPicture* const picture = Common::MemoryPicture::Current();
+    return picture != nullptr ? picture->IsNamed(path.ToChars()) : Common::IsRegularFile(path.ToChars());
+}
 
 }  // namespace
 
 std::optional<Common::ByteSource> OpenFile(const KString& path) {
     std::FILE* opened = nullptr;
-    if (!Common::IsRegularFile(path.ToChars())) return std::nullopt;
-    if (OS::wfopen(&opened, path.ToChars(), L"rb") == ENOMEM) throw std::bad_alloc();
+    const Common::MemoryPicture* const picture = Common::MemoryPicture::Current();
+    const bool isThere = IsReadableByName(path);
+    if (isThere && picture != nullptr) return Common::ByteSource(picture->Bytes());
+    if (isThere && OS::wfopen(&opened, path.ToChars(), L"rb") == ENOMEM) throw std::bad_alloc();
     Common::Result<Common::ByteSource> file = Common::ByteSource::Over(Common::FileHandle(opened));
-    if (!file) return std::nullopt;
-    return *std::move(file);
+    if (file) return *std::move(file);
+    Common::SayOfPathToRead(path.ToChars());
+    return std::nullopt;
 }
 
 Input OpenInput(const KString& path) {
@@ -135,21 +197,21 @@ Input OpenInput(const KString& path) {
 }
 
 Input OpenInput(const KString& path, Common::ByteSource& file) {
-    if (!Common::IsRegularFile(path.ToChars()) || !file.Seek(0)) return nullptr;
+    const bool isThere = IsReadableByName(path);
+    if (!isThere || file.Size() == 0) Common::SayOfPathToRead(path.ToChars());
+    if (!isThere || !file.Seek(0)) return nullptr;
     std::array<unsigned char, kStartBytes> bytes{};
     const Bytes start = std::span(bytes).first(file.ReadSome(bytes));
-    if (WouldCrashTheLibrary(file, start)) return nullptr;
-    Input input = Candidate(path, start).Open();
-    // The library keeps every thread's unread errors, and aborts when they pass 16 MB.
-    if (!input) (void)OIIO::geterror();
-    return input;
-}
-
-void TakeErrors(const OIIO::ImageInput& input) {
-    const std::string errors = OIIO::Strutil::lower(input.geterror());
-    for (const std::string_view words : {"bad_alloc", "out of memory", "out_of_memory", "insufficient memory"}) {
-        if (errors.find(words) != std::string::npos) throw std::bad_alloc();
+    if (WouldCrashTheLibrary(file, start)) {
+        Common::Say({Common::Failure::kTruncated, static_cast<std::int64_t>(file.Size())});
+        return nullptr;
     }
+    Input input = Candidate(path, file, start).Open();
+    if (input) return input;
+    // The library keeps every thread's unread errors, and aborts when they pass 16 MB.
+    (void)OIIO::geterror();
+    if (!IsDds(start)) SayOfUnknownFile(start);
+    return nullptr;
 }
 
 }  // namespace Kavra::Devices

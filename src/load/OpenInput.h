@@ -20,15 +20,10 @@ std::optional<Common::ByteSource> OpenFile(const KString& path);
 ///
 /// As `ImageInput::open` does, asks the reader of the file's extension and then, where that refuses, all others; but
 /// none whose format starts with other bytes than the file does (`MayBeOfFormat`). Null, without a message, when the
-/// library cannot read it or the path names anything but a regular file: the library would wait for ever on a pipe, and
+/// library cannot read it, of which the thread's failure tells, or the path names anything but a regular file: the library would wait for ever on a pipe, and
 /// describes names like "x.null" that do not exist. Throws `std::bad_alloc` when it is memory that failed.
 std::unique_ptr<OIIO::ImageInput> OpenInput(const KString& path);
 /// The same for a file that is open already: it is looked at there, and only the library opens it.
 std::unique_ptr<OIIO::ImageInput> OpenInput(const KString& path, Common::ByteSource& file);
-
-/// Takes the errors that `input` has collected, which the library would keep for ever, and throws `std::bad_alloc` when
-/// one of them is for want of memory. For after a failure: what fails for want of memory is not to be tried another
-/// way.
-void TakeErrors(const OIIO::ImageInput& input);
 
 }  // namespace Kavra::Devices

@@ -1,8 +1,8 @@
 #include "load/ReadSubimage.h"
 
 #include "formats/Attributes.h"
+#include "load/LibraryErrors.h"
 #include "load/OpaquePixels.h"
-#include "load/OpenInput.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -177,7 +177,7 @@ bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* o
 bool SubimageRows::Read(int top, int count, unsigned char* out) {
     const bool isTiled = mSpec.tile_width != 0;
     const bool done = isTiled ? ReadTiles(top, count, out) : ReadScanlines(0, top, count, out);
-    if (!done) TakeErrors(mInput);
+    if (!done) mErrors = TakeErrors(mInput);
     return done;
 }
 
@@ -193,7 +193,7 @@ bool SubimageRows::ReadAll(unsigned char* out) {
             out += static_cast<std::size_t>(mSpec.height) * RowStride();
         }
     }
-    if (!done) TakeErrors(mInput);
+    if (!done) mErrors = TakeErrors(mInput);
     return done;
 }
 

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace Kavra::Devices {
 
@@ -31,6 +32,12 @@ public:
     /// Makes `Read` and `ReadAll` set the fourth element of each pixel to these bits as well, where pixels are read as
     /// three elements of the file's own type, each followed by one to spare. False, and nothing has changed, for others.
     bool AddOpaque(std::uint32_t opaque);
+
+    /// How many of the file's rows are decoded together.
+    int DecodedTogether() const { return mTogether; }
+
+    /// What the library said of the rows that it could not read last.
+    const std::string& Errors() const { return mErrors; }
 
     /// Whether the file's rows are decoded one by one. Else a read begins where a band does and ends where one ends.
     bool AreDecodedAlone() const { return mTogether == 1; }
@@ -64,6 +71,7 @@ private:
     std::unique_ptr<unsigned char[]> mStored;  // rows as the file has them
     int mStoredRows = 0;                       // how many of them it holds
     std::optional<std::uint32_t> mOpaque;      // what every fourth element becomes
+    std::string mErrors;
 };
 
 /// Reads every pixel of a subimage and level: `SubimageRows::ReadAll`.

@@ -6,12 +6,15 @@
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 #include "common/dds/DdsShape.h"
 #include "formats/FormatConversion.h"
 #include "formats/PixelFormatMapping.h"
 #include "load/AlphaAnalysis.h"
 #include "load/ChosenSlice.h"
+#include "load/CutFiles.h"
 #include "load/FileDescription.h"
+#include "load/HostReaders.h"
 #include "load/OpenInput.h"
 #include "load/ReadSubimage.h"
 #include "load/RowFormats.h"
@@ -25,6 +28,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <format>
 #include <optional>
 #include <utility>
 
@@ -37,8 +41,21 @@ using Common::PixelBlock;
 constexpr const wchar_t* kNoSuchFrame = L"Frame index out of range";
 constexpr int kMaxLevel = 31;
 
+using Common::Say;
+
 bool Fail(const wchar_t* message) {
     Sys::Warning(message, nullptr);
+    return false;
+}
+
+/// Says something and fails without a message.
+template <class... Args>
+bool Refuse(EFailureKind kind, std::format_string<Args...> format, Args&&... args) {
+    if constexpr (sizeof...(args) == 0) {
+        Say(kind, format.get());
+    } else {
+        Say(kind, format, std::forward<Args>(args)...);
+    }
     return false;
 }
 
@@ -48,7 +65,7 @@ bool Open(TextureLoad& load, Common::ByteSource& file) {
     if (load.IsDds()) {
         load.slices = DdsSlices::Open(file.Again());
         DDSReader reader;
-        if (reader.Load(load.path)) load.hostFormat = reader.Format();
+        if (OpenHostDds(reader, load.path)) load.hostFormat = reader.Format();
     }
     return true;
 }
@@ -70,10 +87,27 @@ bool SeekSubimage(OIIO::ImageInput& input, int subimage, int level) {
     return spec.width <= width && spec.height <= height && (spec.width < width || spec.height < height);
 }
 
+/// Which frame or level is not there, in the caller's numbers, and how many there are.
+void SayWhatIsThere(const TextureLoad& load) {
+    OIIO::ImageInput& input = *load.input;
+    const int count = CountPictures(input, load.fileType);
+    if (load.index >= count) {
+        const char* const what = load.IsDds() ? "mip level" : "frame";
+        return Say(kFailureOutOfRange, "there is no {} {}; the file has {}", what, load.index, count);
+    }
+    int levels = 1;
+    while (!load.IsDds() && levels < kMaxLevel && SeekSubimage(input, load.index, levels))
+        ++levels;
+    Say(kFailureOutOfRange, "there is no mip level {}; frame {} has {}", load.level, load.index, levels);
+}
+
 bool Position(TextureLoad& load) {
     OIIO::ImageInput& input = *load.input;
     const bool found = load.IsDds() ? SeekMipLevel(input, load.index) : SeekSubimage(input, load.index, load.level);
-    if (!found) return Fail(kNoSuchFrame);
+    if (!found) {
+        SayWhatIsThere(load);
+        return Fail(kNoSuchFrame);
+    }
     load.fileSpec = load.IsDds() ? DdsLevelSpec(input) : input.spec();
     return true;
 }
@@ -90,7 +124,10 @@ bool Choose(TextureLoad& load, Common::ByteSource& file) {
     if (preferences.channels == nullptr) return true;
     if (IsHostGrey16(load)) return false;
     load.chosen = ChooseChannels(load.fileSpec, preferences.channels);
-    if (!load.chosen) return !load.IsDds() && Fail(kNoSuchFrame);
+    if (!load.chosen) {
+        SayOfChannels(load.fileSpec, preferences.channels);
+        return !load.IsDds() && Fail(kNoSuchFrame);
+    }
     load.fileDesc.format = load.chosen->format;
     return true;
 }
@@ -99,9 +136,16 @@ bool Describe(TextureLoad& load, Common::ByteSource& file) {
     const bool isRadiance = OIIO::string_view(load.input->format_name()) == "hdr";
     const bool ddsAlphaVariant = Common::FactsOf(load.hostFormat).kind == Common::FormatKind::kAlphaVariant;
     load.fileDesc = DescribeSpec(load.fileSpec, isRadiance, load.fileType, ddsAlphaVariant);
-    if (!Choose(load, file) || load.fileDesc.format == kUnknown) return false;
+    if (!Choose(load, file)) return false;
+    if (load.fileDesc.format == kUnknown) {
+        return load.IsDds() ? false
+                            : Refuse(kFailureUnsupported, "no format of pixels here holds {} channels of {}",
+                                     load.fileSpec.nchannels, load.fileSpec.format.c_str());
+    }
     load.nativeSpec = FormatToImageSpec(load.fileDesc.format, load.fileSpec);
-    return load.nativeSpec.format != OIIO::TypeUnknown || Fail(L"Unsupported texture type");
+    if (load.nativeSpec.format != OIIO::TypeUnknown) return true;
+    if (!load.IsDds()) Say(kFailureUnsupported, "no format of pixels here holds what the file has");
+    return Fail(L"Unsupported texture type");
 }
 
 void ChooseSize(TextureLoad& load) {
@@ -118,7 +162,9 @@ bool ChooseFormat(TextureLoad& load) {
     }
     if (load.format == kUnknown) load.format = load.fileDesc.format;
     load.targetSpec = FormatToImageSpec(load.format, load.fileSpec);
-    return load.targetSpec.format != OIIO::TypeUnknown || Fail(L"format is not supported");
+    if (load.targetSpec.format != OIIO::TypeUnknown) return true;
+    if (!load.IsDds()) Say(kFailureFormat, "what is read of the file cannot be had in the wanted format");
+    return Fail(L"format is not supported");
 }
 
 void FillDescription(TextureLoad& load) {
@@ -136,8 +182,9 @@ void FillDescription(TextureLoad& load) {
 /// Whether the host allows a picture of this layout, and its rows can be described.
 bool IsAllowed(const OIIO::ImageSpec& spec) {
     const std::int64_t rowBytes = static_cast<std::int64_t>(spec.pixel_bytes(false)) * spec.width;
-    return Common::FitsPitch(rowBytes) &&
-           Common::HostBounds().Hold({.pixels = spec.image_pixels(), .blockBytes = spec.image_bytes(false)});
+    if (!Common::FitsPitch(rowBytes))
+        return Refuse(kFailureTooLarge, "a row takes {} bytes, more than can be described", rowBytes);
+    return Common::HostBounds().HoldOrSay({.pixels = spec.image_pixels(), .blockBytes = spec.image_bytes(false)});
 }
 
 /// Whether the allocator gives what is held at a time: all pixels, or a few rows of them where the size changes and the
@@ -145,15 +192,24 @@ bool IsAllowed(const OIIO::ImageSpec& spec) {
 bool CanBeHeld(const TextureLoad& load, Common::ByteSource& file) {
     const std::uint64_t whole = std::max(load.targetSpec.image_bytes(false), load.nativeSpec.image_bytes(false));
     if (whole <= Common::HostBlockCeiling()) return true;
-    return load.NeedsResize() && GivesRows(*load.input, load.fileSpec, file) &&
-           BytesInBands(load) <= Common::HostBlockCeiling();
+    if (load.NeedsResize() && GivesRows(*load.input, load.fileSpec, file) &&
+        BytesInBands(load) <= Common::HostBlockCeiling()) {
+        return true;
+    }
+    return Refuse(kFailureTooLarge, "the picture takes {} bytes, and a block of memory holds {}", whole,
+                  Common::HostBlockCeiling());
 }
 
 /// Whether the pixels can be there and delivered, as far as that shows before memory is taken for them.
 bool CanBeRead(const TextureLoad& load, Common::ByteSource& file) {
-    if (load.fileSpec.deep || !IsReadable(load.fileSpec)) return false;
+    if (load.fileSpec.deep) return Refuse(kFailureUnsupported, "pictures of deep pixels are not read");
+    if (!IsReadable(load.fileSpec)) {
+        return Refuse(kFailureTooLarge, "its size of {} x {} x {}, or of its tiles, is beyond what can be read",
+                      load.fileSpec.width, load.fileSpec.height, load.fileSpec.depth);
+    }
     if (!IsAllowed(load.targetSpec) || !IsAllowed(load.nativeSpec)) return false;
-    if (load.fileDesc.depth > 1 && load.NeedsResize()) return false;  // the library resizes no slices
+    if (load.fileDesc.depth > 1 && load.NeedsResize())  // the library resizes no slices
+        return load.IsDds() ? false : Refuse(kFailureUnsupported, "pictures of several slices are not resized");
     if (!CanBeHeld(load, file)) return false;
     return !load.IsDds() || (load.slices && load.slices->HasLevel(load.index));
 }
@@ -191,7 +247,9 @@ Raster ReadFast(TextureLoad& load, Common::ByteSource& file) {
     std::optional<TextureSource> whole = TakeSmallerSource(load, file);
     if (!whole) return {};
     Raster raster = ReadWanted(load);
-    if (!raster) Restore(load, *std::move(whole));
+    if (raster) return raster;
+    Restore(load, *std::move(whole));
+    load.isCut = false;
     return raster;
 }
 
@@ -240,7 +298,9 @@ PixelBlock LoadTextureByOIIO(ImageDescription& desc, const KString& path, const 
 
     Raster raster = request.preferences.fast ? ReadFast(load, *open) : Raster{};
     if (!raster) raster = ReadWanted(load);
+    if (!raster && !load.IsDds()) SayOfUnreadPixels(load, *open);
     if (!raster || desc.dataSize > raster.bytes) return nullptr;
+    if (load.isCut) SayOfPartialPicture(load, *open);
     if (desc.hasAlpha) {
         GetAlphaProperty(raster.block.get(), desc.dataSize, load.targetSpec, desc.hasTransparentPixels,
                          desc.hasTranslucentPixels);

@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace Kavra::Devices {
 
@@ -58,6 +59,9 @@ struct TextureLoad {
     OIIO::ImageSpec fileSpec;    ///< the subimage as the library sees it
     OIIO::ImageSpec nativeSpec;  ///< the same in the host format that holds it
     OIIO::ImageSpec targetSpec;  ///< the same in the chosen format
+
+    std::string errors;  ///< what the library said of pixels that it could not read
+    bool isCut = false;  ///< it gave pixels that the file does not have
 
     int outWidth = 0;   ///< the size to deliver, in the file's row and column order
     int outHeight = 0;  ///< of one face for a cube map

@@ -4,6 +4,8 @@
 #include "common/ParallelRange.h"
 #include "formats/Attributes.h"
 #include "load/AlphaAnalysis.h"
+#include "load/CutFiles.h"
+#include "load/HostReaders.h"
 #include "load/OpenInput.h"
 #include "load/ReadSubimage.h"
 #include "load/TextureLoader.h"
@@ -126,7 +128,7 @@ bool IsWholeLevel(const ImageDescription& level, const TextureLoad& load) {
 /// Copied out of the host's wrapper, whatever that does with its data when it goes.
 bool ReadHostLevel(const TextureLoad& load, unsigned char* out) {
     DDSReader reader;
-    if (!reader.Load(load.path)) return false;
+    if (!OpenHostDds(reader, load.path)) return false;
     for (int passed = 0; passed < load.level; ++passed) {
         if (!reader.SkipMipLevel(passed)) return false;
     }
@@ -226,9 +228,14 @@ bool TexturePixels::ReadChannels(int top, int count, unsigned char* out) {
         return mLoad.slices->ReadSlices(mLoad.level, file, first, count / sliceRows, mChannels, mType, out,
                                         mPixelStride);
     }
-    if (!(file.depth > 1 ? mRows->ReadAll(out) : mRows->Read(top, count, out))) return false;
+    if (!(file.depth > 1 ? mRows->ReadAll(out) : mRows->Read(top, count, out))) {
+        mLoad.errors = mRows->Errors();
+        return false;
+    }
     // The library's DDS reader says only here that the file ended early; others deliver a partial picture on purpose.
-    return !mLoad.IsDds() || !mLoad.input->has_error();
+    if (!mLoad.input->has_error()) return true;
+    mLoad.isCut = mLoad.isCut || SpeaksOfTheEnd(mLoad.input->geterror());
+    return !mLoad.IsDds();
 }
 
 /// A file whose luminance is its alpha everywhere is an inverted mask: opaque, and dark where the mask is full.

@@ -1,6 +1,7 @@
 #include "output/DDSSaving.h"
 
 #include "common/PackedLayout.h"
+#include "common/Reasons.h"
 #include "load/geometry/PackedRows.h"
 
 #include <kavra/devices/DDSWriter.h>
@@ -37,7 +38,9 @@ bool SaveDDS(const KString& path, const ImageDescription& desc, const void* data
     const auto rowBytes = static_cast<std::uint64_t>(Common::PackedRowBytes(desc.format, desc.width));
     const auto rows =
         static_cast<std::uint64_t>(FaceCount(desc.textureType, depth)) * static_cast<std::uint64_t>(desc.height);
-    if (!FitsWriter(rows, rowBytes)) return false;
+    if (!Common::Require(FitsWriter(rows, rowBytes), kFailureFormat,
+                         "more than 4 GiB, which is not written to DDS files"))
+        return false;
 
     DDSWriter writer;
     const int size = static_cast<int>(static_cast<std::uint32_t>(rows * rowBytes));
@@ -47,7 +50,7 @@ bool SaveDDS(const KString& path, const ImageDescription& desc, const void* data
     }
     // A block-compressed texture has no rows to be repacked.
     if (rowBytes == 0) return writer.Write(path, data);
-    if (desc.rowPitch <= 0) return false;
+    if (!Common::Require(desc.rowPitch > 0, kFailureArguments, "its rows have no pitch")) return false;
     const auto pitch = static_cast<std::uint64_t>(desc.rowPitch);
     if (pitch == rowBytes) return writer.Write(path, data);
     return writer.Write(path, PackRows({static_cast<const unsigned char*>(data), pitch, rowBytes, rows}).get());

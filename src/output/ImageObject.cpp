@@ -39,10 +39,17 @@ struct Shape {
     std::size_t Rows() const { return static_cast<std::size_t>(height); }
 };
 
+void SayOfShape(const Shape& shape) {
+    if (shape.width < 1 || shape.height < 1)
+        return Common::Say(kFailureArguments, "a picture of {} x {} pixels is none", shape.width, shape.height);
+    Common::Say(kFailureFormat, "pictures are not made in the format {}", Common::FactsOf(shape.format).name);
+}
+
 /// The pixels of a target or texture, packed and red first; null after a message.
 template <class Picture>
 PixelBlock CopyOf(Picture& picture, const Shape& shape, const Wording& wording) {
     if (!shape.HasPixels()) {
+        SayOfShape(shape);
         Sys::Warning(wording.unsupported, nullptr);
         return nullptr;
     }
@@ -50,6 +57,7 @@ PixelBlock CopyOf(Picture& picture, const Shape& shape, const Wording& wording) 
     const bool holdsRows =
         mapped.Map() && mapped.Pitch() >= 0 && static_cast<std::size_t>(mapped.Pitch()) >= shape.RowBytes();
     if (!holdsRows) {
+        Common::Say(kFailureOther, "its memory cannot be mapped, or its rows are shorter than its width");
         mapped.GiveBack();
         Sys::Warning(wording.notMapped, nullptr);
         return nullptr;
@@ -68,21 +76,23 @@ int OIIOImage::mNetObjectCount = 0;
 OIIOImage::OIIOImage(int width, int height, EFormat format) {
     Describe(width, height, format);
     const Shape shape{mWidth, mHeight, mFormat};
-    if (shape.HasPixels())
+    if (shape.HasPixels()) {
         mPixels.reset(NewRows(shape.Rows(), shape.RowBytes()).release());
-    else
-        Sys::Warning(kTargetWording.unsupported, nullptr);
+        return;
+    }
+    SayOfShape(shape);
+    Sys::Warning(kTargetWording.unsupported, nullptr);
 }
 
 OIIOImage::OIIOImage(ATarget* target) {
-    if (target == nullptr) return;
+    if (!Common::Require(target != nullptr, kFailureArguments, "there is no target")) return;
     const Shape shape{target->Width(), target->Height(), target->Format()};
     Describe(shape.width, shape.height, shape.format);
     mPixels.reset(CopyOf(*target, shape, kTargetWording).release());
 }
 
 OIIOImage::OIIOImage(ASimpleTexture* texture) {
-    if (texture == nullptr) return;
+    if (!Common::Require(texture != nullptr, kFailureArguments, "there is no texture")) return;
     mTexture.Set(texture);
     const Shape shape{texture->Width(), texture->Height(), texture->Format()};
     Describe(shape.width, shape.height, shape.format);

@@ -32,13 +32,16 @@ struct Side {
 }  // namespace
 
 bool OIIOImage::Paste(const IImage* source, int srcX, int srcY, int width, int height, int dstX, int dstY) {
-    return Common::AtBoundary(false, [&] {
+    return Common::AsOperation(false, [&] {
         const auto* const image = dynamic_cast<const OIIOImage*>(source);
-        if (!mPixels || image == nullptr || !image->mPixels) return false;
+        if (!Common::Require(mPixels && image != nullptr && image->mPixels, kFailureArguments,
+                             "one of the pictures has no pixels, or is another handler's"))
+            return false;
 
         const Side across{srcX, width, dstX}, down{srcY, height, dstY};
         if (!across.IsInside(image->mWidth, mWidth) || !down.IsInside(image->mHeight, mHeight) ||
             image->mFormat != mFormat) {
+            Common::Say(kFailureArguments, "the rectangles do not lie in the pictures, or their formats differ");
             Sys::Error(L"Invalid parameter", nullptr);
             return false;
         }

@@ -88,15 +88,17 @@ PixelBlock Delivered(Raster cut, EFormat to) {
 
 IMemoryWrapper<void>* OIIOImage::LoadRect(ImageDescription& desc, vec2<int> origin, vec2<int> size, vec2<int> outSize,
                                           EFormat format, EDataOrientation orientation) {
-    return Common::AtBoundary<IMemoryWrapper<void>*>(nullptr, [&]() -> IMemoryWrapper<void>* {
-        if (!mPixels) return nullptr;
+    return Common::AsOperation<IMemoryWrapper<void>*>(nullptr, [&]() -> IMemoryWrapper<void>* {
+        if (!Common::Require(mPixels != nullptr, kFailureArguments, "the picture has no pixels")) return nullptr;
         if (!HasPixels(format)) {
+            Common::Say(kFailureFormat, "pictures of this format cannot be had");
             Sys::Warning(L"Raster format not supported", nullptr);
             return nullptr;
         }
-        if (!IsSize(size) || !IsSize(outSize) || !FitsPitch(outSize, orientation, format)) return nullptr;
         constexpr int kMax = std::numeric_limits<int>::max();
-        if (std::int64_t{origin.x} + size.x > kMax || std::int64_t{origin.y} + size.y > kMax) return nullptr;
+        const bool isPossible = IsSize(size) && IsSize(outSize) && FitsPitch(outSize, orientation, format) &&
+                                std::int64_t{origin.x} + size.x <= kMax && std::int64_t{origin.y} + size.y <= kMax;
+        if (!Common::Require(isPossible, kFailureArguments, "there is no rectangle of this size")) return nullptr;
 
         Raster whole = PackedRaster(mFormat, mWidth, mHeight, mPixels.get(), 0);
         whole.bytes = whole.PackedBytes();

@@ -13,11 +13,12 @@
 namespace Kavra::Devices {
 
 bool OIIOImage::Save(const KString& path) {
-    return Common::AtBoundary(false, [&] {
+    return Common::AsOperation(false, [&] {
         ASimpleTexture* const texture = mTexture.Get();
         if (texture != nullptr && !mModified) return texture->Save(path);
         const std::int64_t rowBytes = Common::PackedRowBytes(mFormat, mWidth);
-        if (!mPixels || !Common::FitsPitch(rowBytes)) return false;
+        if (!Common::Require(mPixels && Common::FitsPitch(rowBytes), kFailureArguments, "the picture has no pixels"))
+            return false;
         const ImageDescription desc =
             Common::DescribeRows(mWidth, mHeight, mFormat, static_cast<std::int32_t>(rowBytes));
         if (!IsDDSPath(path)) {
@@ -25,7 +26,8 @@ bool OIIOImage::Save(const KString& path) {
             if (Common::AtBoundary(false, [&] { return SaveByLibrary(path, desc, mPixels.get()); })) return true;
         }
         IImageHandler* const handler = Sys::ImageHandler();
-        return handler != nullptr && handler->SaveTexture(path, desc, mPixels.get());
+        return Common::Require(handler != nullptr, kFailureOther, "the host has no image handler") &&
+               handler->SaveTexture(path, desc, mPixels.get());
     });
 }
 

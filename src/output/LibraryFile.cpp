@@ -1,10 +1,14 @@
 #include "output/LibraryFile.h"
 
 #include "common/Boundary.h"
+#include "common/PathReasons.h"
 #include "common/Utf8.h"
 #include "output/LibraryWriters.h"
 
+#include <OpenImageIO/strutil.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -47,8 +51,34 @@ bool LibraryFile::Try(const Action& action) {
         mHasThrown = false;
         return result;
     });
+    if (!done && !mHasFailed) (void)Common::AtBoundary(false, [&] { return SayWhy(), true; });
     mHasFailed = mHasFailed || !done;
     return done;
+}
+
+bool LibraryFile::HasWriter() const {
+    if (mWriter) return true;
+    const std::string path = Common::ToUtf8(mPath.ToChars());
+    const std::string extension = Common::OneLine(std::filesystem::path(path).extension().string());
+    if (extension.empty()) {
+        Common::Say(kFailureUnknownType, "the name has no extension that says what to write");
+    } else {
+        Common::Say(kFailureUnknownType, "no writer for files named .{}", extension);
+    }
+    return false;
+}
+
+/// What the system said of the file that is written, else the writer's words, else what is wrong with the path.
+void LibraryFile::SayWhy() {
+    const std::string words = mWriter->geterror();
+    if (mWatched && mWatched->Error() != 0) return Common::SayOfPathToWrite(mPath.ToChars(), mWatched->Error());
+    const std::string lower = OIIO::Strutil::lower(words);
+    const auto speaksOf = [&](const char* word) { return lower.find(word) != std::string::npos; };
+    const bool isFormat = speaksOf("support") || speaksOf("channels") || speaksOf("resolution");
+    if (isFormat) Common::Say(kFailureFormat, std::string_view(Common::OneLine(words)));
+    if (words.empty() || speaksOf("open") || speaksOf("create")) return Common::SayOfPathToWrite(mPath.ToChars(), 0);
+    if (!isFormat)
+        Common::Say(kFailureCannotWrite, std::string_view(Common::OneLine(words, Common::ToUtf8(mPlace->Path()))));
 }
 
 bool LibraryFile::SetProxy() {
@@ -64,7 +94,13 @@ bool LibraryFile::WantsFloatsForHalves() const {
 
 bool LibraryFile::Open(std::span<const OIIO::ImageSpec> specs) {
     const auto isMishandled = [&](const OIIO::ImageSpec& spec) { return Mishandles(*mWriter, spec, mPath); };
-    if (specs.empty() || !IsFileOrFree(mPath) || std::ranges::any_of(specs, isMishandled)) return false;
+    if (specs.empty()) return false;
+    if (!IsFileOrFree(mPath)) return Common::SayOfPathToWrite(mPath.ToChars(), 0), false;
+    if (std::ranges::any_of(specs, isMishandled)) {
+        Common::Say(kFailureFormat, "files of this type do not take {} x {} pixels of {} channels", specs.front().width,
+                    specs.front().height, specs.front().nchannels);
+        return false;
+    }
     mElement = specs.front().format;
     mBytes = specs.front().image_bytes();
     mPlace.emplace(mPath);
@@ -101,7 +137,10 @@ bool LibraryFile::Close() {
     mIsOpen = false;
     mHasThrown = false;
     (void)Try([&] { return mWriter->close() && IsThere(); });
-    return !mHasFailed && mPlace->Commit();
+    if (mHasFailed) return false;
+    if (mPlace->Commit()) return true;
+    Common::SayOfPathToWrite(mPath.ToChars(), errno);
+    return false;
 }
 
 }  // namespace Kavra::Devices

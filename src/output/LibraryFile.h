@@ -27,8 +27,8 @@ public:
     LibraryFile(const LibraryFile&) = delete;
     LibraryFile& operator=(const LibraryFile&) = delete;
 
-    /// Whether there is a writer. Without one nothing else may be called.
-    bool HasWriter() const { return mWriter != nullptr; }
+    /// Whether there is a writer; says why not. Without one nothing else may be called.
+    bool HasWriter() const;
 
     /// Whether half floats come out wrong and must be handed on as floats.
     bool WantsFloatsForHalves() const;
@@ -53,6 +53,7 @@ public:
 
 private:
     bool SetProxy();
+    void SayWhy();
     bool IsThere();
     template <class Action>
     bool Try(const Action& action);

@@ -2,6 +2,7 @@
 
 #include "common/HostExtras.h"
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 #include "load/geometry/PackedRows.h"
 #include "output/LibraryFile.h"
 #include "output/PixelSpec.h"
@@ -79,7 +80,9 @@ Pixels FloatsOf(const Pixels& halves, OIIO::ImageSpec& spec) {
 }
 
 bool IsWritable(const ImageDescription& desc, const void* data) {
-    return data != nullptr && HasPixels(desc.format) && desc.rowPitch > 0 && desc.width > 0 && desc.height > 0;
+    return Common::Require(HasPixels(desc.format), kFailureFormat, "this format of pixels goes into DDS files only") &&
+           Common::Require(data != nullptr && desc.rowPitch > 0 && desc.width > 0 && desc.height > 0, kFailureArguments,
+                           "there are no pixels to save");
 }
 
 Picture PictureOf(const ImageDescription& desc, const void* data, const SavePreferences& preferences,
@@ -128,7 +131,13 @@ bool SaveByLibrary(const KString& path, const ImageDescription& desc, const void
     if (!file.HasWriter()) return false;
     const SavePreferences preferences = Common::HostSavePreferences();
     const std::span frames(preferences.moreFrames, preferences.moreFrames != nullptr ? preferences.moreFrameCount : 0);
-    if (!TakesFrames(file, desc, frames)) return false;
+    if (!TakesFrames(file, desc, frames)) {
+        Common::Say(kFailureFormat,
+                    HoldsFrames(file.Format())
+                        ? "files of this type take up to 4096 further pictures, alike in size and format"
+                        : "files of this type hold one picture");
+        return false;
+    }
 
     // All memory that the pictures need on this side of the library is taken before the file is touched.
     std::vector<OIIO::ImageSpec> specs;

@@ -3,6 +3,7 @@
 #include "common/Boundary.h"
 #include "common/HostExtras.h"
 #include "common/PixelBlock.h"
+#include "common/Reasons.h"
 #include "output/LibraryFile.h"
 #include "output/PathPreparation.h"
 #include "output/PixelSpec.h"
@@ -54,6 +55,10 @@ bool WriteLines(LibraryFile& file, IWriteImageLineProvider& provider, const File
     // Before the file is touched: without memory for a line it stays as it was.
     const Common::PixelBlock line = Common::NewZeroedBlock(LineBytes(layout));
     const SavePreferences preferences = Common::HostSavePreferences();
+    if (!layout.IsWritable()) {
+        Common::Say(kFailureArguments, "a picture of {} x {} pixels of {} channels cannot be written", layout.width,
+                    layout.height, layout.channels);
+    }
     const bool isOpen =
         layout.IsWritable() && preferences.moreFrameCount == 0 && file.Open(FileSpec(layout, preferences, file));
     for (int y = 0; y < layout.height; ++y) {
@@ -68,7 +73,8 @@ bool WritePicture(const KString& path, IWriteImageLineProvider* provider, const 
     LibraryFile file(path);
     if (!file.HasWriter()) return false;
     if (layout.height <= 0) return true;  // no writer opens a file without rows, and no row is missing
-    return provider != nullptr && WriteLines(file, *provider, layout);
+    return Common::Require(provider != nullptr, kFailureArguments, "nobody was named to give the lines") &&
+           WriteLines(file, *provider, layout);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "common/HostExtras.h"
 #include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
+#include "common/Reasons.h"
 #include "common/WrappedBlock.h"
 #include "load/geometry/Reshape.h"
 #include "output/PixelSpec.h"
@@ -19,6 +20,8 @@ namespace Kavra::Devices {
 namespace {
 
 using Common::PixelBlock;
+
+constexpr const char* kNoPixels = "there are no pixels to resize";
 
 struct Source {
     const unsigned char* data;
@@ -88,14 +91,17 @@ std::optional<Scaling> ScalingOf(EImageFilterType filter) {
 PixelBlock Filtered(const Source& source, EFormat format, ETextureType type, const vec3<int>& dstSize, int& dstPitch,
                     EImageFilterType filter) {
     if (source.data == nullptr) {
+        Common::Say(kFailureArguments, kNoPixels);
         Sys::Error(L"No data passed in to resize.", nullptr);
         return nullptr;
     }
     if (type != kTexture1D && type != kTexture2D) {
+        Common::Say(kFailureUnsupported, "cube maps and volumes are not resized");
         Sys::Warning(L"Texture type not supported", nullptr);
         return nullptr;
     }
     if (!HasPixels(format)) {
+        Common::Say(kFailureFormat, "pictures of this format are not resized");
         Sys::Warning(L"Raster format not supported", nullptr);
         return nullptr;
     }
@@ -104,6 +110,7 @@ PixelBlock Filtered(const Source& source, EFormat format, ETextureType type, con
     if (!SetPackedPitch(format, dstSize.x, dstPitch) || dstSize.x <= 0 || dstSize.y <= 0) return nullptr;
     const std::optional<Scaling> scaling = ScalingOf(filter);
     if (!scaling) {
+        Common::Say(kFailureArguments, "there is no such filter");
         Sys::Warning(L"invalid input parameter", nullptr);
         return nullptr;
     }
@@ -122,6 +129,7 @@ PixelBlock Resized(EResizeMethod method, const Source& source, EFormat format, E
         case kResizeFilter:
             return Filtered(source, format, type, dstSize, dstPitch, filter);
     }
+    Common::Say(kFailureArguments, "there is no such method of resizing");
     Sys::Error(L"wrong resize method!", nullptr);
     return nullptr;
 }
@@ -133,6 +141,7 @@ IMemoryWrapper<void>* Resize(EResizeMethod method, const void* data, std::size_t
                              int& dstPitch, EImageFilterType filter) {
     const Source source{static_cast<const unsigned char*>(data), dataSize, srcPitch, srcSize};
     PixelBlock block = Resized(method, source, format, type, dstSize, dstPitch, filter);
+    if (!block) Common::Say(kFailureArguments, "no picture of this size is there, or can be made");
     return block ? Common::WrapBlock(std::move(block)) : nullptr;
 }
 

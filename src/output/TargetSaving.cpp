@@ -3,6 +3,7 @@
 #include "common/Boundary.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 #include "output/FloatsAsBytes.h"
 #include "output/MappedPixels.h"
 
@@ -47,7 +48,9 @@ bool Save(IImageHandler& handler, const KString& path, const TargetPixels& pictu
 bool SaveAsBytes(IImageHandler& handler, const KString& path, const TargetPixels& picture, bool stretch) {
     const std::size_t channels = FloatChannels(picture.format);
     if (channels == 0) return Save(handler, path, picture);
-    if (!picture.IsEmpty() && !picture.HasWholeRows()) return false;
+    if (!Common::Require(picture.IsEmpty() || picture.HasWholeRows(), kFailureArguments,
+                         "the target's rows are shorter than its width"))
+        return false;
 
     Common::PixelBlock bytes;
     if (!picture.IsEmpty()) {
@@ -67,12 +70,13 @@ bool SaveAsBytes(IImageHandler& handler, const KString& path, const TargetPixels
 
 bool SaveTarget(IImageHandler& handler, const KString& path, ATarget* target, bool stretch) {
     return Common::AtBoundary(false, [&] {
-        if (target == nullptr) return false;
+        if (!Common::Require(target != nullptr, kFailureArguments, "there is no target to save")) return false;
         MappedPixels pixels(target->MemoryWrapper(0));
-        if (!pixels.Map()) return false;
+        if (!Common::Require(pixels.Map(), kFailureOther, "the target's memory cannot be mapped")) return false;
 
         const EFormat format = target->Format();
         if (FloatChannels(format) == 0 && !IsByteColour(format)) {
+            Common::Say(kFailureFormat, "targets of this format of pixels are not saved");
             pixels.Abandon();  // left mapped on purpose: hosts have come to give such a target's memory back themselves
             Sys::Warning(L"Raster format not supported", nullptr);
             Sys::Warning(L"Picture save failed.", nullptr);

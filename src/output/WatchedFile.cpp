@@ -6,6 +6,7 @@
 #include <kavra/objects/OS.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace Kavra::Devices {
 
@@ -39,7 +40,11 @@ std::size_t WatchedFile::pread(void* bytes, std::size_t size, std::int64_t offse
 
 std::size_t WatchedFile::pwrite(const void* bytes, std::size_t size, std::int64_t offset) {
     const std::lock_guard lock(mMutex);
-    if (!mFailed) mFailed = !Store(bytes, size, offset);
+    if (!mFailed) {
+        errno = 0;
+        mFailed = !Store(bytes, size, offset);
+        if (mFailed && mError == 0) mError = errno;
+    }
     mSize = std::max(mSize, static_cast<std::size_t>(offset) + size);
     return size;
 }
@@ -48,7 +53,8 @@ bool WatchedFile::Store(const void* bytes, std::size_t size, std::int64_t offset
     if (!mFile) {
         // Below here are libraries in C, through which nothing may be thrown.
         std::FILE* file = nullptr;
-        if (!Common::AtBoundary(false, [&] { return OS::wfopen(&file, mPath.c_str(), L"w+b") == 0; })) return false;
+        mError = Common::AtBoundary(ENOMEM, [&] { return OS::wfopen(&file, mPath.c_str(), L"w+b"); });
+        if (mError != 0) return false;
         mFile.reset(file);
     }
     if (!MoveTo(offset) || std::fwrite(bytes, 1, size, mFile.get()) != size) return false;
@@ -65,7 +71,9 @@ bool WatchedFile::MoveTo(std::int64_t offset) {
 
 bool WatchedFile::Finish() {
     if (!mFile) return false;
+    errno = 0;
     const bool closed = std::fclose(mFile.release()) == 0;
+    if (!closed && mError == 0) mError = errno;
     return closed && !mFailed;
 }
 

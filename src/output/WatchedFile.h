@@ -35,6 +35,9 @@ public:
     /// Closes the file: whether anything was written and all of it is there.
     bool Finish();
 
+    /// What the system said where that first failed, an `errno` value; 0 where nothing did or nothing was said.
+    int Error() const { return mError; }
+
 private:
     bool Store(const void* bytes, std::size_t size, std::int64_t offset);
     bool MoveTo(std::int64_t offset);
@@ -45,6 +48,7 @@ private:
     std::int64_t mFileOffset = 0;  ///< of the open file, which moves only when it must
     std::size_t mSize = 0;
     bool mFailed = false;
+    int mError = 0;
 };
 
 }  // namespace Kavra::Devices

@@ -1,6 +1,7 @@
 #include "readers/FileTypeDetection.h"
 
 #include "common/ByteSource.h"
+#include "common/PathReasons.h"
 #include "readers/cals/CalsReader.h"
 #include "readers/flic/FlicReader.h"
 #include "readers/pcx/PcxReader.h"
@@ -128,7 +129,10 @@ DetectedFile DetectFile(const KString& path, ELegacyReading reading) {
         return file;
     }
     Result<ByteSource> source = ByteSource::Open(path);
-    if (!source) return file;
+    if (!source) {
+        Common::SayOfPathToRead(path.ToChars());
+        return file;
+    }
     file.start = ReadStart(*source);
     const bool isCommon = reading == kLegacyCommon;
     // Samples may look like anything: a name that says what they are and a header that describes them are known better.

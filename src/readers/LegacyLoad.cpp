@@ -3,6 +3,7 @@
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 #include "load/geometry/RowReshape.h"
 
 #include <memory>
@@ -54,7 +55,11 @@ struct Fitting {
 /// the host allows holds for the pixels as the file has them, too, also where these never stand in memory whole.
 Result<> CheckLimits(ImageReaderInterface& reader, const ImageDescription& desc, const Fitting& fitting) {
     const auto isSide = [](int side) { return side >= 1 && side <= Common::kMaxSide; };
-    if (!isSide(desc.width) || !isSide(desc.height) || desc.rowPitch < 1) return std::unexpected(Failure::kTooLarge);
+    if (!isSide(desc.width) || !isSide(desc.height) || desc.rowPitch < 1) {
+        Common::Say(kFailureTooLarge, "the picture is {} x {}; sides are 1 to {}", desc.width, desc.height,
+                    Common::kMaxSide);
+        return std::unexpected(Failure::kTooLarge);
+    }
     if (fitting.IsNeeded() && !fitting.IsPossible(desc.rowPitch)) return std::unexpected(Failure::kUnsupported);
 
     const auto pixels = static_cast<std::uint64_t>(std::int64_t{desc.width} * desc.height);
@@ -65,8 +70,8 @@ Result<> CheckLimits(ImageReaderInterface& reader, const ImageDescription& desc,
         const std::uint64_t besides = RowReshape::BytesFor(fitting.picture, fitting.wanted) - held.blockBytes;
         held.workingBytes = Common::Sum<std::uint64_t>(held.workingBytes, besides);
     }
-    const bool holds =
-        Common::HostBounds().Hold({.pixels = pixels, .blockBytes = desc.dataSize}) && Common::ReaderBounds().Hold(held);
+    const bool holds = Common::HostBounds().HoldOrSay({.pixels = pixels, .blockBytes = desc.dataSize}) &&
+                       Common::ReaderBounds().HoldOrSay(held);
     if (!holds) return std::unexpected(Failure::kTooLarge);
     return {};
 }
@@ -93,7 +98,10 @@ Result<PixelBlock> DecodeFitted(ImageReaderInterface& reader, ImageDescription& 
 Result<PixelBlock> Load(ImageReaderInterface& reader, ImageDescription& desc, PictureFiles files,
                         const LoadRequest& request) {
     if (const Result<> opened = reader.Open(std::move(files)); !opened) return std::unexpected(opened.error());
-    if (!reader.SelectFrame(request.level)) return std::unexpected(Failure::kUnsupported);
+    if (!reader.SelectFrame(request.level)) {
+        Common::Say(kFailureOutOfRange, "there is no frame {}; the file has {}", request.level, reader.GetFrameCount());
+        return std::unexpected(Failure::kOutOfRange);
+    }
     Describe(reader, request.orientation, desc);
     const Fitting fitting(desc, request);
     if (const Result<> within = CheckLimits(reader, desc, fitting); !within) return std::unexpected(within.error());

@@ -42,8 +42,13 @@ std::string NoteLine(const std::filesystem::path& file, const std::string& text)
     return FileLine(file, "note", text);
 }
 
+std::string PartialLine(const std::filesystem::path& file, int goodRows, int rows) {
+    return WarningLine(file,
+                       std::format("ends early: {} of {} rows are there; what is there was taken", goodRows, rows));
+}
+
 std::string UnreadableLine(const std::filesystem::path& file) {
-    return WarningLine(file, "format is not supported");
+    return WarningLine(file, "format is not supported") + ErrorLine(file, "it is text, not an image");
 }
 
 std::string ExpectDone(const Words& line, const std::string& said) {

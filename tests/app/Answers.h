@@ -29,6 +29,9 @@ std::string NoteLine(const std::filesystem::path& file, const std::string& text)
 /// What is said of a file that no reader takes.
 std::string UnreadableLine(const std::filesystem::path& file);
 
+/// The warning of a picture that ends early and is taken all the same.
+std::string PartialLine(const std::filesystem::path& file, int goodRows, int rows);
+
 /// Expects that all was done (status 0) with just `said` on standard error. Gives what was printed.
 std::string ExpectDone(const Words& line, const std::string& said = "");
 

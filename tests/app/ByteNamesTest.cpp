@@ -45,7 +45,7 @@ TEST(ByteNames, JsonOfThemIsValidAndHasAReplacementForEachLostByte) {
     const auto path = Renamed(folder, Sample("grey.png"));
     const auto missing = folder / "none\xE9.png";
     const Json json =
-        Json::parse(ExpectFailed({"info", path, missing, "--json"}, ErrorLine(missing, "cannot be read")));
+        Json::parse(ExpectFailed({"info", path, missing, "--json"}, ErrorLine(missing, "there is no such file")));
     ASSERT_EQ(json.size(), 2U);
     EXPECT_EQ(json[0]["width"], 480);
     EXPECT_EQ(json[0]["file"], (folder / "caf\xEF\xBF\xBD \xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD.png").string());
@@ -55,5 +55,5 @@ TEST(ByteNames, JsonOfThemIsValidAndHasAReplacementForEachLostByte) {
 TEST(ByteNames, MessagesHaveTheBytesThemselves) {
     const TemporaryFolder folder;
     const auto path = folder / (kStem + ".png");
-    ExpectFailed({"info", path}, ErrorLine(path, "cannot be read"));
+    ExpectFailed({"info", path}, ErrorLine(path, "there is no such file"));
 }

@@ -65,9 +65,13 @@ TEST(CommonRules, OneBadFileStopsNoOtherAndMessagesComeInTheOrderOfTheFiles) {
         std::string made;  ///< the file that the good input gave; else something was printed of it
     };
     const std::vector<Case> cases = {
-        {{"info", first, good, last}, ErrorLine(first, "cannot be read") + ErrorLine(last, "cannot be read"), ""},
+        {{"info", first, good, last},
+         ErrorLine(first, "it is text, not an image") + ErrorLine(last, "it is text, not an image"),
+         ""},
         {{"light", first, good, last}, unreadable, ""},
-        {{"convert", first, good, last, out, "--to", "exr"}, unreadable, out + "/studio.exr"},
+        {{"convert", first, good, last, out, "--to", "exr"},
+         unreadable + "kavra: 1 written, 2 failed\n",
+         out + "/studio.exr"},
         {{"compose", out + ".png", "--raw", "--size", "9x9", first + "@0,0", good + "@0,0", last + "@0,0"},
          UnreadableLine(first) + NoteLine(good, "only the 9 x 9 pixels inside the picture were pasted") +
              UnreadableLine(last),
@@ -103,7 +107,7 @@ TEST(CommonRules, AFailureLeavesTheOldFileAsItWasAndNoOther) {
         EXPECT_EQ(TextOf(out), "old") << command.front();
         EXPECT_EQ(NamesIn(folder.Path()), (Words{"bad.tif", "out.tif"})) << command.front();
     }
-    ExpectFailed({"frames", bad, folder / "%d.tif"}, ErrorLine(bad, "cannot be read"));
+    ExpectFailed({"frames", bad, folder / "%d.tif"}, ErrorLine(bad, "it is text, not an image"));
     EXPECT_EQ(NamesIn(folder.Path()), (Words{"bad.tif", "out.tif"}));
 }
 
@@ -186,17 +190,16 @@ TEST(CommonRules, JsonHasTheseKeysInThisOrder) {
     EXPECT_EQ(Keys(json({"formats", "--json"})), (Words{"pixelFormats", "fileTypes", "readable", "writable"}));
 }
 
-TEST(CommonRules, JsonOfAFileThatFailedHasItsNameAndTheLastMessage) {
+TEST(CommonRules, JsonOfAFileThatFailedHasItsNameAndTheReason) {
     const TemporaryFolder folder;
     const std::string missing = folder / "missing.png";
-    const auto failed = [&](const std::string& error) { return Json{{"file", missing}, {"error", error}}; };
-    EXPECT_EQ(Json::parse(ExpectFailed({"info", missing, "--json"}, ErrorLine(missing, "cannot be read"))),
-              Json::array({failed("cannot be read")}));
-    EXPECT_EQ(Json::parse(ExpectFailed({"light", missing, "--json"}, UnreadableLine(missing))),
-              Json::array({failed("format is not supported")}));
-    EXPECT_EQ(
-        Json::parse(ExpectFailed({"dump", missing, "--out", folder / "block", "--json"}, UnreadableLine(missing))),
-        failed("format is not supported"));
+    const std::string reason = "there is no such file";
+    const Json failed = {{"file", missing}, {"error", reason}, {"kind", "noSuchFile"}};
+    const std::string said = WarningLine(missing, "format is not supported") + ErrorLine(missing, reason);
+    EXPECT_EQ(Json::parse(ExpectFailed({"info", missing, "--json"}, ErrorLine(missing, reason))),
+              Json::array({failed}));
+    EXPECT_EQ(Json::parse(ExpectFailed({"light", missing, "--json"}, said)), Json::array({failed}));
+    EXPECT_EQ(Json::parse(ExpectFailed({"dump", missing, "--out", folder / "block", "--json"}, said)), failed);
 }
 
 TEST(CommonRules, LoadOptionsReachEveryLoadingCommand) {

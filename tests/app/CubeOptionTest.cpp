@@ -57,7 +57,7 @@ std::filesystem::path DirectionMap(const std::filesystem::path& path, int width)
     OIIO::ImageBuf image(OIIO::ImageSpec(width, width / 2, 3, OIIO::TypeDesc::FLOAT));
     for (OIIO::ImageBuf::Iterator<float> pixel(image); !pixel.done(); ++pixel) {
         const double azimuth = (2 * (pixel.x() + 0.5) / width - 1) * std::numbers::pi;
-        const double polar = (pixel.y() + 0.5) / (width / 2) * std::numbers::pi;
+        const double polar = (pixel.y() + 0.5) * 2 / width * std::numbers::pi;
         const Direction d = {std::sin(polar) * std::sin(azimuth), std::cos(polar), std::sin(polar) * std::cos(azimuth)};
         for (std::size_t c = 0; c < 3; ++c)
             pixel[static_cast<int>(c)] = static_cast<float>((d[c] + 1) / 2);
@@ -173,9 +173,9 @@ TEST(CubeOption, AMapBecomesAMapAgain) {
 TEST(CubeOption, ThePoleOfAMapOfStripesIsTheirMean) {
     const TemporaryFolder folder;
     constexpr int kWidth = 256, kFace = kWidth / 4;
-    std::vector<float> stripes;
-    for (int i = 0; i < kWidth * kWidth / 2 * 3; ++i)
-        stripes.push_back(i / 3 % 2 == 0 ? 1.0F : 0.0F);
+    std::vector<float> stripes(std::size_t{kWidth} * kWidth / 2 * 3);
+    for (std::size_t i = 0; i < stripes.size(); ++i)
+        stripes[i] = i / 3 % 2 == 0 ? 1.0F : 0.0F;
     const auto map = WriteFloats(folder / "map.exr", kWidth, kWidth / 2, 3, stripes);
     ExpectDone({"convert", map, folder / "cube.dds", "--cube", "equirect"});
     const std::vector<float> cube = Floats(Dumped(folder / "cube.dds", {"--format", "rgba32f"}));

@@ -59,9 +59,10 @@ TEST(InfoCommand, NamesInAnyScriptAreRead) {
 TEST(InfoCommand, FoldersAndOverlongAndEmptyPathsCannotBeRead) {
     const TemporaryFolder folder;
     const std::string longPath = "/" + std::string(5000, 'x') + ".png";
-    EXPECT_EQ(ExpectFailed({"info", folder.Path(), longPath, ""}, ErrorLine(folder.Path(), "cannot be read") +
-                                                                      ErrorLine(longPath, "cannot be read") +
-                                                                      ErrorLine("", "cannot be read")),
+    EXPECT_EQ(ExpectFailed({"info", folder.Path(), longPath, ""},
+                           ErrorLine(folder.Path(), "it is a folder") +
+                               ErrorLine(longPath, "the name is longer than the system takes") +
+                               ErrorLine("", "the name of the file is empty")),
               "");
 }
 

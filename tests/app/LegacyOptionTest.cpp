@@ -92,9 +92,11 @@ TEST(LegacyOption, AFileThatOnlyTheCommonReadingKnowsIsNamedAsSuch) {
     const TemporaryFolder folder;
     const std::string file = folder.Write("pages.dcx", pages).string();
     ExpectFailed({"convert", file, folder / "out.png"},
-                 UnreadableLine(file) + NoteLine(file, "of no kind that the host's rules know" + kAdvice));
-    ExpectFailed({"info", file},
-                 NoteLine(file, "of no kind that the host's rules know" + kAdvice) + ErrorLine(file, "cannot be read"));
+                 WarningLine(file, "format is not supported") +
+                     NoteLine(file, "of no kind that the host's rules know" + kAdvice) +
+                     ErrorLine(file, "its bytes are of no image format that is known"));
+    ExpectFailed({"info", file}, NoteLine(file, "of no kind that the host's rules know" + kAdvice) +
+                                     ErrorLine(file, "its bytes are of no image format that is known"));
     ExpectDone({"info", file, "--legacy", "common"});
     ExpectDone({"convert", file, folder / "out.png", "--legacy", "common"});
     EXPECT_EQ(PictureFile(folder / "out.png").At(0, 0), kRed);

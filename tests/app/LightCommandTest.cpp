@@ -193,14 +193,17 @@ TEST(LightCommand, WhatIsNoFlatPictureIsRefusedAndStopsNoOther) {
     const Json json = Json::parse(ExpectFailed({"light", "--json", cube, volume, map},
                                                ErrorLine(cube, "a cube map is no equirectangular map") +
                                                    ErrorLine(volume, "a volume is no equirectangular map")));
-    EXPECT_EQ(json, Json::array({{{"file", cube.string()}, {"error", "a cube map is no equirectangular map"}},
-                                 {{"file", volume.string()}, {"error", "a volume is no equirectangular map"}},
-                                 LightOf(map)}));
+    EXPECT_EQ(
+        json,
+        Json::array({{{"file", cube.string()}, {"error", "a cube map is no equirectangular map"}, {"kind", "other"}},
+                     {{"file", volume.string()}, {"error", "a volume is no equirectangular map"}, {"kind", "other"}},
+                     LightOf(map)}));
 }
 
 TEST(LightCommand, SeveralFilesGiveATable) {
-    const std::string table = ExpectFailed({"light", Sample("sunset.exr"), "missing.hdr", Sample("overcast.exr")},
-                                           UnreadableLine("missing.hdr"));
+    const std::string table = ExpectFailed(
+        {"light", Sample("sunset.exr"), "missing.hdr", Sample("overcast.exr")},
+        WarningLine("missing.hdr", "format is not supported") + ErrorLine("missing.hdr", "there is no such file"));
     EXPECT_EQ(std::ranges::count(table, '\n'), 3) << table;
     EXPECT_TRUE(table.starts_with("file "));
     EXPECT_LT(table.find("\n" + Sample("sunset.exr").string() + " "),
@@ -270,12 +273,16 @@ TEST(LightCommand, PlotsOfSeveralMapsGoToAFolder) {
 TEST(LightCommand, APlotThatFailsLeavesTheNumbers) {
     const TemporaryFolder folder;
     const std::string map = Sample("studio.hdr");
-    const std::string plot = folder / "plot.unknown";
-    const std::string said = ErrorLine(plot, "cannot be written");
+    const std::string plot = folder / "file/plot.png";
+    folder.Write("file", "no folder");
+    const std::string reason = "cannot be written: Not a directory";
+    const std::string said = WarningLine(plot, "fail to create specified folder") + ErrorLine(plot, reason);
     EXPECT_EQ(ExpectFailed({"light", map, "--plot", plot}, said), ExpectDone({"light", map}));
     Json json = Json::parse(ExpectFailed({"light", map, "--plot", plot, "--json"}, said))[0];
-    EXPECT_EQ(json["error"], "cannot be written");
+    EXPECT_EQ(json["error"], reason);
+    EXPECT_EQ(json["kind"], "cannotWrite");
     json.erase("error");
+    json.erase("kind");
     EXPECT_EQ(json, LightOf(map));
 }
 

@@ -46,7 +46,8 @@ TEST(Messages, EqualOnesInARowAreFoldedIntoTheFirstThreeAndACount) {
     const TemporaryFolder folder;
     for (const int rows : {1, 2, 5, 65536}) {
         const std::string file = folder.Write("empty.pcx", EmptyPcx(rows)).string();
-        ExpectDone({"convert", file, folder / "out.png"}, Folded(file, 3 * rows));
+        ExpectDone({"convert", file, folder / "out.png", "--accept-partial"},
+                   Folded(file, 3 * rows) + PartialLine(file, 0, rows));
     }
 }
 
@@ -54,36 +55,40 @@ TEST(Messages, VerboseSaysEveryOneWhereverItStands) {
     const TemporaryFolder folder;
     const std::string file = folder.Write("empty.pcx", EmptyPcx(4)).string();
     const std::string out = folder / "out.png";
-    ExpectDone({"--verbose", "convert", file, out}, Lines(file, 12));
-    ExpectDone({"convert", "--verbose", file, out}, Lines(file, 12));
-    ExpectDone({"convert", file, out, "--verbose"}, Lines(file, 12));
+    const std::string said = Lines(file, 12) + PartialLine(file, 0, 4);
+    ExpectDone({"--verbose", "convert", file, out, "--accept-partial"}, said);
+    ExpectDone({"convert", "--verbose", file, out, "--accept-partial"}, said);
+    ExpectDone({"convert", file, out, "--accept-partial", "--verbose"}, said);
 }
 
 TEST(Messages, AnotherMessageComesAfterTheCount) {
     const TemporaryFolder folder;
     const std::string file = folder.Write("empty.pcx", EmptyPcx(2)).string();
-    ExpectFailed({"convert", file, folder / "x.unknown"},
-                 Folded(file, 6) + ErrorLine(folder / "x.unknown", "cannot be written"));
+    ExpectFailed({"convert", file, folder / "x.zfile", "--accept-partial"},
+                 Folded(file, 6) + PartialLine(file, 0, 2) +
+                     ErrorLine(folder / "x.zfile", "cannot be written: .zfile files cannot be read back"));
 }
 
 TEST(Messages, FilesWorkedOnAtTheSameTimeDoNotMixTheirCounts) {
     const TemporaryFolder folder;
-    Words line = {"convert", "--jobs", "4"};
+    Words line = {"convert", "--accept-partial", "--jobs", "4"};
     std::string expected;
     for (int rows = 1; rows <= 12; ++rows) {
         const std::string file = folder.Write(std::format("{}.pcx", rows), EmptyPcx(rows)).string();
         line.push_back(file);
-        expected += Folded(file, 3 * rows);
+        expected += Folded(file, 3 * rows) + PartialLine(file, 0, rows);
     }
-    ExpectDone(Joined({line, {folder / "out", "--to", "png"}}), expected);
+    ExpectDone(Joined({line, {folder / "out", "--to", "png"}}), expected + "kavra: 12 written\n");
 }
 
 TEST(Messages, TheJsonOfADumpFoldsItsWarningsAlike) {
     const TemporaryFolder folder;
     const std::string file = folder.Write("empty.pcx", EmptyPcx(4)).string();
-    const Words line = {"dump", file, "--out", folder / "block", "--json"};
-    EXPECT_EQ(Json::parse(ExpectDone(line, Folded(file, 12)))["warnings"],
-              Json({kOutOfData, kOutOfData, kOutOfData, kOutOfData + " (9 more)"}));
-    EXPECT_EQ(Json::parse(ExpectDone(Joined({line, {"--verbose"}}), Lines(file, 12)))["warnings"],
-              Json(Words(12, kOutOfData)));
+    const Words line = {"dump", file, "--out", folder / "block", "--json", "--accept-partial"};
+    const std::string taken = "ends early: 0 of 4 rows are there; what is there was taken";
+    EXPECT_EQ(Json::parse(ExpectDone(line, Folded(file, 12) + PartialLine(file, 0, 4)))["warnings"],
+              Json({kOutOfData, kOutOfData, kOutOfData, kOutOfData + " (9 more)", taken}));
+    EXPECT_EQ(
+        Json::parse(ExpectDone(Joined({line, {"--verbose"}}), Lines(file, 12) + PartialLine(file, 0, 4)))["warnings"],
+        Json(Joined({Words(12, kOutOfData), {taken}})));
 }

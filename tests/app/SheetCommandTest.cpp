@@ -165,7 +165,10 @@ TEST(SheetCommand, ABadFileGetsACrossedBoxAndStatusOne) {
     const auto bad = folder.Write("bad.png", "no picture");
     const auto good = Plain(folder, "good.png", 10, 10, {0, 200, 0});
     ExpectFailed({"sheet", folder / "out.png", "--cell", "40x20", bad, good, "/nonexistent/x.tif", folder.Path()},
-                 UnreadableLine(bad) + UnreadableLine("/nonexistent/x.tif") + UnreadableLine(folder.Path()));
+                 UnreadableLine(bad) + WarningLine("/nonexistent/x.tif", "format is not supported") +
+                     ErrorLine("/nonexistent/x.tif", "there is no such file") +
+                     WarningLine(folder.Path(), "format is not supported") +
+                     ErrorLine(folder.Path(), "it is a folder"));
     const PictureFile sheet(folder / "out.png");
     ExpectCentred(sheet, 40, 0, 10, 10, {0, 200, 0, 255});
     for (const int top : {0, 20}) {
@@ -250,7 +253,8 @@ TEST(SheetCommand, TheSmallestCellsShowAPixelEach) {
     const TemporaryFolder folder;
     const auto file = Plain(folder, "in.png", 100, 100, {10, 20, 30});
     ExpectFailed({"sheet", folder / "out.png", "--cell", "1x1", file, "/nonexistent/x", file},
-                 UnreadableLine("/nonexistent/x"));
+                 WarningLine("/nonexistent/x", "format is not supported") +
+                     ErrorLine("/nonexistent/x", "there is no such file"));
     const PictureFile out(folder / "out.png");
     EXPECT_EQ(out.Bytes(), (std::vector<unsigned char>{10, 20, 30, 255, 224, 64, 64, 255,  //
                                                        10, 20, 30, 255, 48, 48, 48, 255}));
@@ -340,7 +344,9 @@ TEST(SheetCommand, ACaptionOfAnyNameStaysBelowItsCell) {
 
 TEST(SheetCommand, TheReasonStandsInTheBoxOfAFileThatFailed) {
     const TemporaryFolder folder;
-    ExpectFailed({"sheet", folder / "missing.png", "/nonexistent/x.tif"}, UnreadableLine("/nonexistent/x.tif"));
+    ExpectFailed({"sheet", folder / "missing.png", "/nonexistent/x.tif"},
+                 WarningLine("/nonexistent/x.tif", "format is not supported") +
+                     ErrorLine("/nonexistent/x.tif", "there is no such file"));
     const PictureFile sheet(folder / "missing.png");
     const std::vector<Colour> middle = Rectangle(sheet, 50, 50, 60, 20);
     EXPECT_TRUE(std::ranges::any_of(middle, [](const Colour& pixel) { return pixel[0] > 200 && pixel[1] > 150; }))

@@ -206,11 +206,12 @@ TEST(SizeOptions, EachFrameIsFittedByItsOwnSize) {
 
 TEST(SizeOptions, AFrameThatIsNotThereIsSaidInTheModulesOwnWords) {
     const TemporaryFolder folder;
-    const std::string said =
-        WarningLine(Sample("grey.png"), "Frame index out of range") + UnreadableLine(Sample("grey.png"));
+    const std::string said = WarningLine(Sample("grey.png"), "Frame index out of range") +
+                             ErrorLine(Sample("grey.png"), "there is no frame 5; the file has 1");
     ExpectFailed({"convert", Sample("grey.png"), folder / "out.png", "--frame", "5", "--fit", "9x9"}, said);
     ExpectFailed({"convert", Sample("mips.dds"), folder / "out.png", "--frame", "2147483647", "--fit", "9x9"},
-                 WarningLine(Sample("mips.dds"), "Frame index out of range") + UnreadableLine(Sample("mips.dds")));
+                 WarningLine(Sample("mips.dds"), "Frame index out of range") +
+                     ErrorLine(Sample("mips.dds"), "there is no mip level 2147483647; the file has 8"));
 }
 
 TEST(SizeOptions, AFileThatCannotBeReadIsSaidOnce) {

@@ -48,7 +48,7 @@ TEST(StandardOutput, WhatAFullDeviceLosesIsAnError) {
     };
     for (const Words& command : commands) {
         const ProgramResult result = RunKavra(command, "/dev/full");
-        EXPECT_EQ(result.status, 1) << testing::PrintToString(command);
+        EXPECT_EQ(result.status, 75) << testing::PrintToString(command);
         EXPECT_EQ(result.error, "kavra: error: standard output cannot be written: No space left on device\n")
             << testing::PrintToString(command);
     }

@@ -300,7 +300,7 @@ TEST(TextureCommand, AnotherFormatKeepsLevelsAndTheFlag) {
 TEST(TextureCommand, SeveralFilesGoIntoAFolder) {
     const TemporaryFolder folder;
     const auto a = Ramp(folder / "a.png", 8, 8), b = Ramp(folder / "b.png", 4, 4);
-    ExpectDone({"texture", a, b, folder / "out/", "--to", "ktx2"});
+    ExpectDone({"texture", a, b, folder / "out/", "--to", "ktx2"}, "kavra: 2 written\n");
     EXPECT_EQ(NamesIn(folder / "out"), (Words{"a.ktx2", "b.ktx2"}));
     ExpectWrongUsage({"texture", a, folder / "out.png"}, "texture: error: " + (folder / "out.png").string() +
                                                              " is no texture file: .dds and .ktx2 are written");
@@ -328,6 +328,40 @@ TEST(TextureCommand, AnInspectionTellsEveryLevel) {
     const ProgramResult result = RunKavra({"texture", "--inspect", text});
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.error.contains("cannot be read"));
+}
+
+TEST(TextureCommand, AlphaThatKtx2HasNoWordForIsTold) {
+    const TemporaryFolder folder;
+    const auto in = folder / "in.dds";
+    ExpectDone({"texture", Ramp(folder / "in.png", 8, 8, 4), in, "--format", "bc3"});
+    Bytes bytes = ReadAll(in);
+    bytes.at(144) = 4;  // DDS_ALPHA_MODE_CUSTOM
+    std::ofstream(in, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
+    EXPECT_EQ(Inspected(in)["alpha"], "custom");
+    ExpectDone({"texture", in, folder / "out.ktx2"},
+               NoteLine(in, "its alpha is data of its own, which KTX2 cannot say: it is written as straight"));
+    ExpectDone({"texture", in, folder / "out.dds"});
+    EXPECT_EQ(ReadAll(folder / "out.dds"), bytes);
+}
+
+TEST(TextureCommand, OnlyKtx2FilesArePacked) {
+    const TemporaryFolder folder;
+    const auto in = Ramp(folder / "in.png", 8, 8);
+    ExpectWrongUsage({"texture", in, folder / "out.dds", "--zstd", "3"},
+                     "texture: error: --zstd packs .ktx2 files, and this is none");
+    ExpectDone({"texture", in, folder / "out.ktx2", "--zstd", "3"});
+}
+
+TEST(TextureCommand, TheSamplesOfTexturesAreWhatTheyAreSaidToBe) {
+    const auto folder = std::filesystem::path(KAVRA_SOURCE_DIR) / "examples" / "textures";
+    const Json materials = Inspected(folder / "materials.dds"), leaf = Inspected(folder / "leaf.ktx2"),
+               sky = Inspected(folder / "sky.ktx2");
+    EXPECT_EQ(materials["formatName"], "kBC7Srgb");
+    EXPECT_EQ(materials["elements"], 3);
+    EXPECT_EQ(leaf["formatName"], "kBC3Srgb");
+    EXPECT_EQ(leaf["alpha"], "straight");
+    EXPECT_EQ(sky["formatName"], "kBC6H");
+    EXPECT_EQ(sky["faces"].size(), 6U);
 }
 
 // --- Other commands --------------------------------------------------------------------------------------------------

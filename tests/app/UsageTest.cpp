@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <format>
 #include <regex>
 #include <string>
 #include <vector>
@@ -15,8 +16,8 @@ using namespace Kavra::Tests;
 
 namespace {
 
-const Words kCommands = {"info",  "dump",   "convert", "frames", "resize",  "crop", "compose",
-                         "sheet", "target", "tile",    "light",  "formats", "help"};
+const Words kCommands = {"info",   "dump", "convert", "frames", "resize",  "crop", "compose", "sheet",
+                         "target", "tile", "light",   "check",  "formats", "help", "batch"};
 
 struct Case {
     Words line;
@@ -216,9 +217,9 @@ TEST(Usage, SizesInProportionAreSaidWithTheirForm) {
          "convert: error: --fill: 4x99999999999 is too large; each number is at most 2147483647"},
     });
     for (const std::string value : {"0%", "-5%", "1e9%", "inf%", "1e999%", "0.00009%", "100001%"})
-        ExpectWrongUsage(convert("--scale", value), "convert: error: --scale: " + value + noRange);
+        ExpectWrongUsage(convert("--scale", value), std::format("convert: error: --scale: {}{}", value, noRange));
     for (const std::string value : {"", "%", "50", "0.5", "50 %", "50%%", "nan%", "half"})
-        ExpectWrongUsage(convert("--scale", value), "convert: error: --scale: " + value + noPercentage);
+        ExpectWrongUsage(convert("--scale", value), std::format("convert: error: --scale: {}{}", value, noPercentage));
 }
 
 TEST(Usage, WaysToSayASizeExcludeOneAnother) {
@@ -267,7 +268,7 @@ TEST(Usage, AmountsAreNumbersOf64BitsWithAUnitOfOneLetter) {
              {"", "0", "-1", "K", "1KB", "1.5G", "1 G", "1T", "99999999999999999999", "18446744074G"}) {
             ExpectWrongUsage(
                 {"convert", "x", "y", option, amount},
-                "convert: error: " + option + ": " + amount + " is no amount; write a number, as in 500M or 4G");
+                std::format("convert: error: {}: {} is no amount; write a number, as in 500M or 4G", option, amount));
         }
     }
     ExpectWrongUsage({"info", "x", "--max-bytes", "1"}, "info: error: there is no option --max-bytes");
@@ -311,6 +312,6 @@ TEST(Usage, FilesMayHaveTheNamesOfCommands) {
     const auto file = folder / "tile";
     std::filesystem::copy(Sample("grey.png"), file);
     EXPECT_EQ(ExpectFailed({"info", file, "tile", "formats"},
-                           ErrorLine("tile", "cannot be read") + ErrorLine("formats", "cannot be read")),
+                           ErrorLine("tile", "there is no such file") + ErrorLine("formats", "there is no such file")),
               file.string() + ": 480 x 320, kL8, 2-D, frames 1, as displayed (0), gamma 2.2\n");
 }

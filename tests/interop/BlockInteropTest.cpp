@@ -1,10 +1,11 @@
 // Random blocks (make-blocks) decoded by us as ImageMagick and ffmpeg decode them, of the formats that these know: BC1 to
 // BC3 and BC5 by the one, BC1 to BC5 by the other. Both cut where a decoder rounds between the ends of a block, so that a
-// value of ours is theirs or one more.
+// value of ours is theirs or one more. A software GPU (gpu-decode) knows all formats.
 
 #include "interop/PeerFiles.h"
 #include "support/TemporaryFolder.h"
 
+#include <kavra/devices/FormatFacts.h>
 #include <kavra/devices/TextureCompressor.h>
 #include <kavra/devices/TextureFile.h>
 
@@ -36,8 +37,9 @@ Decoded Decode(const std::filesystem::path& file) {
     const TextureShape shape = reader.Shape();
     Bytes blocks(BlockBytes(shape.format, shape.width, shape.height));
     Decoded decoded{.format = DecodedFormat(shape.format), .pixels = {}};
-    const std::size_t bytes = decoded.format == kL8 ? 1 : decoded.format == kR16F ? 2 : 4;
-    const std::size_t pitch = bytes * static_cast<std::size_t>(shape.width);
+    FormatFacts facts;
+    EXPECT_TRUE(GetFormatFacts(decoded.format, facts));
+    const std::size_t pitch = static_cast<std::size_t>(facts.bytesPerPixel) * static_cast<std::size_t>(shape.width);
     decoded.pixels.resize(pitch * static_cast<std::size_t>(shape.height));
     EXPECT_TRUE(reader.ReadLevel(0, 0, 0, blocks.data()));
     EXPECT_TRUE(
@@ -45,15 +47,27 @@ Decoded Decode(const std::filesystem::path& file) {
     return decoded;
 }
 
+bool HasHalves(EFormat format) {
+    FormatFacts facts;
+    return GetFormatFacts(format, facts) && facts.element == ElementType::kHalf;
+}
+
+std::vector<float> Halves(const Bytes& pixels) {
+    std::vector<float> values(pixels.size() / sizeof(Imath::half));
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        Imath::half value;
+        std::memcpy(&value, &pixels[i * sizeof value], sizeof value);
+        values[i] = value;
+    }
+    return values;
+}
+
 /// Halves of -1 to 1 as steps of 8 bits around 128, which is how ffmpeg shows them.
 std::vector<float> Steps(const Decoded& decoded) {
-    if (decoded.format != kR16F && decoded.format != kR16G16F) return {decoded.pixels.begin(), decoded.pixels.end()};
-    std::vector<float> steps(decoded.pixels.size() / sizeof(Imath::half));
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        Imath::half value;
-        std::memcpy(&value, &decoded.pixels[i * sizeof value], sizeof value);
-        steps[i] = 128 + 127 * static_cast<float>(value);
-    }
+    if (!HasHalves(decoded.format)) return {decoded.pixels.begin(), decoded.pixels.end()};
+    std::vector<float> steps = Halves(decoded.pixels);
+    for (float& value : steps)
+        value = 128 + 127 * value;
     return steps;
 }
 
@@ -108,6 +122,43 @@ TEST(BlockInterop, SignedValuesAreThoseOfFfmpegAroundTheMiddle) {
         const Range range = Differences(file, "ffmpeg", kind.channels);
         EXPECT_GT(range.low, -0.1F) << kind.name;
         EXPECT_LT(range.high, 2) << kind.name;
+    }
+}
+
+// --- A GPU -----------------------------------------------------------------------------------------------------------
+
+struct GpuCase {
+    const char* name;
+    float tolerance;  ///< in steps of 8 bits; floats have none
+};
+
+/// Mesa's llvmpipe blends in 8 bits with shortcuts, for signed blocks in 7.
+constexpr GpuCase kOnGpu[] = {{"bc1", 1}, {"bc2", 1},       {"bc3", 1},  {"bc4", 2},         {"bc4-snorm", 4},
+                              {"bc5", 2}, {"bc5-snorm", 4}, {"bc6h", 0}, {"bc6h-signed", 0}, {"bc7", 0}};
+
+/// Our values as a GPU samples them.
+std::vector<float> Sampled(const Decoded& decoded) {
+    std::vector<float> values;
+    if (HasHalves(decoded.format)) return Halves(decoded.pixels);
+    for (const unsigned char value : decoded.pixels)
+        values.push_back(static_cast<float>(value) / 255);
+    return values;
+}
+
+TEST(BlockInterop, AGpuSamplesWhatWeDecode) {
+    for (const GpuCase& kind : kOnGpu) {
+        const auto file = Peer("blocks/" + std::string(kind.name) + ".dds");
+        const std::vector<float> ours = Sampled(Decode(file));
+        const Bytes bytes = PeerPixels(file, ".gpu");
+        std::vector<float> theirs(bytes.size() / sizeof(float));
+        std::memcpy(theirs.data(), bytes.data(), bytes.size());
+        ASSERT_EQ(theirs.size(), std::size_t{4} * 128 * 128) << kind.name;
+        const std::size_t pixels = theirs.size() / 4, channels = ours.size() / pixels;
+        ASSERT_GE(channels, 1U) << kind.name;
+        float most = 0;
+        for (std::size_t i = 0; i < pixels * channels; ++i)
+            most = std::max(most, std::abs(ours[i] - theirs[i / channels * 4 + i % channels]));
+        EXPECT_LE(most * 255, kind.tolerance + 1e-4F) << kind.name;
     }
 }
 

@@ -52,10 +52,9 @@ int LargestDifference(const Bytes& a, const Bytes& b, int level, int border) {
     EXPECT_EQ(a.size(), b.size());
     int largest = 0;
     for (int y = border; y < height - border; ++y) {
-        for (int i = border * 3; i < (width - border) * 3; ++i) {
-            const auto at = static_cast<std::size_t>(y * width * 3 + i);
-            largest = std::max(largest, std::abs(a[at] - b[at]));
-        }
+        const std::size_t row = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) * 3;
+        for (std::size_t i = row + border * 3U; i < row + (width - border) * 3U; ++i)
+            largest = std::max(largest, std::abs(a[i] - b[i]));
     }
     return largest;
 }

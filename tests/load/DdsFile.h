@@ -26,6 +26,7 @@ struct DdsFile {
     std::uint32_t miscFlags = 0;
     std::uint32_t arraySize = 1;
 
+    // NOLINTNEXTLINE(readability-redundant-member-init): GCC misses it in initialisers that name other members
     std::vector<unsigned char> data{};
 
     static std::uint32_t Code(std::string_view text) {

@@ -26,9 +26,9 @@ public:
         std::wcsncpy(mTexts[mCount++].data(), text, kMaxText - 1);
     }
     std::vector<std::wstring> Texts() const {
-        std::vector<std::wstring> texts;
+        std::vector<std::wstring> texts(mCount);
         for (std::size_t i = 0; i < mCount; ++i)
-            texts.emplace_back(mTexts[i].data());
+            texts[i] = mTexts[i].data();
         return texts;
     }
     void Clear() {

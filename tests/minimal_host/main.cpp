@@ -6,6 +6,7 @@
 #include <kavra/devices/IImage.h>
 #include <kavra/devices/IImageHandler.h>
 #include <kavra/devices/IImageInspector.h>
+#include <kavra/devices/IMemoryLoader.h>
 #include <kavra/devices/ImageDesc.h>
 
 #include <dlfcn.h>
@@ -15,6 +16,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -73,6 +76,23 @@ void InspectsAFile(IImageHandler& handler, const std::string& photo) {
     Check(file && file->PartCount() == 1 && file->Part(0).channelCount == 3, "a photo is inspected");
 }
 
+/// Which asks for nothing more of such a host, either.
+void LoadsFromMemory(IImageHandler& handler, const std::string& path) {
+    auto* const loader = dynamic_cast<IMemoryLoader*>(&handler);
+    Check(loader != nullptr, "the handler loads from memory, too");
+    if (loader == nullptr) return;
+    std::ifstream stream(path, std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(stream), {});
+    const MemoryFile file{bytes.data(), bytes.size(), L"x.jpg"};
+    const Loaded expected = Load(handler, path, kUnknown);
+    ImageDescription desc;
+    const Owned<IMemoryWrapper<void>> block(
+        loader->LoadMemory(desc, file, 0, 0, 1, kUnknown, false, 0, kTopLeft, nullptr));
+    Check(block && desc.dataSize == expected.desc.dataSize && desc.format == expected.desc.format &&
+              std::memcmp(block->mData, expected.block->mData, desc.dataSize) == 0,
+          "bytes in memory load as their file does");
+}
+
 void SavesWhatItLoaded(IImageHandler& handler, const std::string& photo, const std::string& copy) {
     const Loaded original = Load(handler, photo, kR8G8B8A8);
     Check(handler.SaveTexture(Wide(copy), original.desc, original.block->mData), "a texture is saved");
@@ -91,7 +111,7 @@ void PacksFloats(IImageHandler& handler, const std::string& environment) {
     int wrong = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const float limited = std::fmin(std::fmax(floats.As<float>()[i], 0.0F), 1.0F);
-        wrong += bytes.As<unsigned char>()[i] != static_cast<int>(limited * 255.0F + 0.5F);
+        wrong += bytes.As<unsigned char>()[i] != std::lround(limited * 255.0F);
     }
     Check(wrong == 0, "every float is packed as the host packs one");
 }
@@ -132,6 +152,7 @@ int main(int argc, char** argv) {
     if (handler == nullptr) return std::fputs("minimal_host: no handler\n", stderr), 1;
     DescribesAFile(*handler, examples + "/photo.jpg");
     InspectsAFile(*handler, examples + "/photo.jpg");
+    LoadsFromMemory(*handler, examples + "/photo.jpg");
     SavesWhatItLoaded(*handler, examples + "/photo.jpg", folder + "/new/copy.png");
     PacksFloats(*handler, examples + "/studio.hdr");
     LoadsALegacyFile(*handler, examples + "/photo.pcx");

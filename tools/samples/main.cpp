@@ -10,6 +10,7 @@
 #include "PictSamples.h"
 #include "Picture.h"
 #include "Scene.h"
+#include "TextureSamples.h"
 
 #include <cmath>
 #include <cstdio>
@@ -136,6 +137,7 @@ void WriteAll(const std::string& folder) {
     WritePictSamples(folder);
     WriteBilevelSamples(folder);
     WriteDdsSamples(folder);
+    WriteTextureSamples(folder + "/textures");
     WritePcxSamples(folder);
     WriteFlicSamples(folder);
     WriteBandSamples(folder + "/bands");

@@ -7,6 +7,7 @@
 #include <kavra/devices/Export.h>
 #include <kavra/devices/ImageDescription.h>
 
+#include <cstddef>
 #include <memory>
 
 namespace Kavra::Devices {
@@ -47,6 +48,9 @@ public:
     /// no DDS, of a pixel layout that no `EFormat` can hold or of an impossible size; the reader is then empty. Pixels
     /// are not looked at.
     bool Load(const KString& path);
+
+    /// The same of a file's `size` bytes in memory, which must not change and outlive the reader or its next file.
+    bool LoadMemory(const void* bytes, std::size_t size);
 
     int Width() const;           ///< pixels of level 0
     int Height() const;          ///< rows of level 0, of one face for a cube map

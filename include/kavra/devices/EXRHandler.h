@@ -8,6 +8,8 @@
 
 namespace Kavra::Devices {
 
+class ExrStream;
+
 /// Reads the first part of an OpenEXR file (https://openexr.com/en/latest/OpenEXRFileLayout.html) as 32-bit floats:
 /// scanline, tiled (level 0) and multi-part files. The picture is the data window. Which channels become colours, the
 /// first rule that fits:
@@ -46,6 +48,9 @@ public:
     /// could hold or that passes `ObjModel::BlockCeiling`.
     bool ReadFromFile(const wchar_t* path);
 
+    /// The same of a file's `size` bytes in memory.
+    bool ReadMemory(const void* bytes, std::size_t size);
+
     int width() const;           ///< pixels; 0 while empty
     int height() const;          ///< rows; 0 while empty
     bool supportsAlpha() const;  ///< whether pixels have four channels; false while empty
@@ -55,6 +60,9 @@ public:
     const float* internalBuffer() const;
 
 private:
+    void Clear();
+    void Take(ExrStream& stream);
+
     int mWidth = 0;
     int mHeight = 0;
     bool mAlpha = false;

@@ -45,4 +45,8 @@ KAVRA_DEVICES_API bool GetFormatFacts(EFormat format, FormatFacts& facts);
 /// Threads: any.
 KAVRA_DEVICES_API EFormat NextFormat(EFormat format);
 
+/// Returns the format of the same blocks that says (`isSrgb`), or does not say, that the colours are on the curve of
+/// sRGB: `kBC7Srgb` of `kBC7` and the other way round. The format itself where there is no such one. Threads: any.
+KAVRA_DEVICES_API EFormat SrgbVariant(EFormat format, bool isSrgb);
+
 }  // namespace Kavra::Devices

@@ -55,6 +55,14 @@ struct LoadPreferences {
     ELegacyReading legacy = kLegacyContract;
     /// Hears of files that the other reading shows differently; null where nobody asks. Lives until the scope ends.
     ILegacyObserver* legacyObserver = nullptr;
+
+    /// Whether files are decoded by a confined process (DecoderProcess.h), so that nothing that a file contains can end
+    /// or stall this one. Holds for loads, descriptions and inspections, of files and of memory.
+    bool isolated = false;
+    /// How long such a process may take for one operation; 0 means 60 seconds.
+    std::uint32_t timeoutSeconds = 0;
+    /// The memory in bytes that it may take beside its own; 0 means three quarters of the machine's.
+    std::uint64_t maxDecoderBytes = 0;
 };
 
 /// Makes preferences those of the calling thread, over those that it had; fields beyond `preferences.size` are at their

@@ -4,6 +4,7 @@
 
 #include <kavra/devices/IImageHandler.h>
 #include <kavra/devices/IImageInspector.h>
+#include <kavra/devices/IMemoryLoader.h>
 #include <kavra/objects/NetObjectCountImpl.h>
 #include <kavra/oiio/Export.h>
 
@@ -28,6 +29,7 @@ namespace Kavra::Devices {
 /// interface calls it through the vtable, so a class derived from this one may replace either.
 class KAVRA_OIIO_API OIIOImageHandler : public IImageHandler,
                                         public IImageInspector,
+                                        public IMemoryLoader,
                                         public Objects::NetObjectCountImpl<OIIOImageHandler> {
 public:
     /// Switches off OpenEXR's core library inside OpenImageIO and the library's own printing of errors, process-wide
@@ -71,6 +73,12 @@ public:
     const char* ReadableExtensions() override;
     /// The same of the files that are written.
     const char* WritableExtensions() override;
+
+    IMemoryWrapper<void>* LoadMemory(ImageDescription& desc, const MemoryFile& file, int width, int height, int depth,
+                                     EFormat format, bool highQualityResize, int level, EDataOrientation orientation,
+                                     IImageFormatHandler* formatHandler) override;
+    ImageDesc* GetMemoryDesc(const MemoryFile& file) override;
+    IFileInspection* InspectMemory(const MemoryFile& file) override;
 
     /// Returns this object itself: a handler without state needs no copies. The caller must not destroy it; the class
     /// factory does when the module stops.

@@ -49,28 +49,28 @@ HWY_INLINE Value Dot(const Vector<kChannels>& a, const Vector<kChannels>& b) {
     return sum;
 }
 
+/// The vector whose component of each channel is `of(channel)`.
+template <std::size_t kChannels, class Of>
+HWY_INLINE Vector<kChannels> EachChannel(const Of& of) {
+    Vector<kChannels> vector;
+    for (std::size_t c = 0; c < kChannels; ++c)
+        vector[c] = of(c);
+    return vector;
+}
+
 template <std::size_t kChannels>
 HWY_INLINE Vector<kChannels> Difference(const Vector<kChannels>& a, const Vector<kChannels>& b) {
-    Vector<kChannels> difference;
-    for (std::size_t c = 0; c < kChannels; ++c)
-        difference[c] = hn::Sub(a[c], b[c]);
-    return difference;
+    return EachChannel<kChannels>([&](std::size_t c) { return hn::Sub(a[c], b[c]); });
 }
 
 template <std::size_t kChannels>
 HWY_INLINE Vector<kChannels> Along(const Vector<kChannels>& from, const Vector<kChannels>& direction, Value by) {
-    Vector<kChannels> at;
-    for (std::size_t c = 0; c < kChannels; ++c)
-        at[c] = hn::Add(from[c], hn::Mul(direction[c], by));
-    return at;
+    return EachChannel<kChannels>([&](std::size_t c) { return hn::Add(from[c], hn::Mul(direction[c], by)); });
 }
 
 template <std::size_t kChannels>
 HWY_INLINE Vector<kChannels> Weighted(const Points<kChannels>& points, const Vector<kChannels>& vector) {
-    Vector<kChannels> weighted;
-    for (std::size_t c = 0; c < kChannels; ++c)
-        weighted[c] = hn::Mul(vector[c], Same(points.weights[c]));
-    return weighted;
+    return EachChannel<kChannels>([&](std::size_t c) { return hn::Mul(vector[c], Same(points.weights[c])); });
 }
 
 template <std::size_t kChannels>

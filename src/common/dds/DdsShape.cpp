@@ -93,6 +93,28 @@ std::uint64_t LevelEnd(const StoredUnit& unit, const Shape& shape, int level) {
     return LevelOffset(unit, shape, lastFace, level) + StoredLevelBytes(unit, LevelSize(shape.size, level));
 }
 
+RowCount RowsWithin(const StoredUnit& unit, const Shape& shape, int level, std::uint64_t bytes) {
+    const Extent size = LevelSize(shape.size, level);
+    const std::uint64_t rowBytes = StoredRowBytes(unit, size.width), sliceRows = Units(size.height, unit.height);
+    const std::uint64_t faceRows = static_cast<std::uint64_t>(size.height) * static_cast<unsigned>(size.depth);
+    std::uint64_t there = 0;
+    for (int face = 0; face < shape.FaceCount(); ++face) {
+        const std::uint64_t begin = LevelOffset(unit, shape, face, level);
+        std::uint64_t rows = faceRows;
+        if (shape.HasFace(face)) {
+            const std::uint64_t stored = bytes > begin ? (bytes - begin) / rowBytes : 0;
+            const std::uint64_t rest =
+                std::min(stored % sliceRows * unit.height, static_cast<std::uint64_t>(size.height));
+            rows = std::min(faceRows, stored / sliceRows * static_cast<unsigned>(size.height) + rest);
+        }
+        there += rows;
+        if (rows < faceRows) break;
+    }
+    constexpr std::uint64_t kMax = std::numeric_limits<std::int32_t>::max();
+    const std::uint64_t all = faceRows * static_cast<unsigned>(shape.FaceCount());
+    return {static_cast<std::int32_t>(std::min(there, kMax)), static_cast<std::int32_t>(std::min(all, kMax))};
+}
+
 std::optional<Shape> CommonShapeOf(const Header& header, const StoredUnit& unit, std::uint64_t bytes) {
     const std::optional<Shape> flagged = ShapeOf(header);
     if (!flagged || flagged->levels > 1 || header.mipCount < 2) return flagged;

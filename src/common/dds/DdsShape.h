@@ -72,4 +72,13 @@ std::uint64_t LevelOffset(const StoredUnit& unit, const Shape& shape, int face, 
 /// Where the last face of a level ends, counted from the first pixel: a file that is shorter does not hold the level.
 std::uint64_t LevelEnd(const StoredUnit& unit, const Shape& shape, int level);
 
+/// Rows of pixels of a level, of all slices and faces one after the other.
+struct RowCount {
+    std::int32_t there;  ///< from the first on that are whole; absent faces count as there
+    std::int32_t all;
+};
+
+/// How many rows of a level there are in `bytes` bytes, counted from the first pixel. At most 2^31 - 1.
+RowCount RowsWithin(const StoredUnit& unit, const Shape& shape, int level, std::uint64_t bytes);
+
 }  // namespace Kavra::Devices::Dds

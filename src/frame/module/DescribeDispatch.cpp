@@ -5,9 +5,11 @@
 #include "common/HostObject.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 #include "frame/module/Dispatch.h"
 #include "load/DdsCommonLoad.h"
 #include "load/FileDescription.h"
+#include "load/HostReaders.h"
 #include "load/OpenInput.h"
 #include "readers/FileTypeDetection.h"
 
@@ -41,7 +43,10 @@ bool DescribeByReader(ImageDesc& desc, DetectedFile& file, ELegacyReading readin
     if (!HasImageReader(file.type)) return false;
     const std::unique_ptr<ImageReaderInterface> reader(CreateImageReader(file.type, reading));
     if (!reader) throw std::bad_alloc();
-    if (!reader->Open(*std::exchange(file.files, std::nullopt))) return false;
+    if (const auto opened = reader->Open(*std::exchange(file.files, std::nullopt)); !opened) {
+        Common::Say(opened.error());
+        return false;
+    }
     SetFlat(desc, reader->GetWidth(), reader->GetHeight(), reader->GetFormat());
     desc.frameCount = reader->GetFrameCount();
     desc.orientation = reader->GetOrientation();
@@ -58,7 +63,7 @@ bool OnlyHostDescribes(EFormat format) {
 /// Fills `desc` whenever the file opens: what OpenImageIO cannot open then keeps these values.
 bool DescribeByDdsReader(ImageDesc& desc, const KString& path, bool& alphaVariant) {
     DDSReader reader;
-    if (!reader.Load(path)) return false;
+    if (!OpenHostDds(reader, path)) return false;
     SetFlat(desc, reader.Width(), reader.Height(), reader.Format());
     desc.depth = reader.Depth();
     desc.textureType = reader.TextureType();
@@ -78,7 +83,7 @@ bool DescribeByCommonReading(ImageDesc& desc, const KString& path, DetectedFile&
 void DescribeByExrHandler(ImageDesc& desc, const KString& path, const DetectedFile& file) {
     if (!PrefersExrHandler(path, file)) return;
     EXRHandler exr(true);
-    if (!exr.ReadFromFile(path)) return;
+    if (!ReadHostExr(exr, path)) return;
     SetFlat(desc, exr.width(), exr.height(), exr.supportsAlpha() ? kR32G32B32A32F : kR32G32B32F);
 }
 

@@ -3,6 +3,7 @@
 
 #include "common/HostExtras.h"
 #include "common/LoadRequest.h"
+#include "load/HostReaders.h"
 #include "readers/FileTypeDetection.h"
 
 #include <kavra/devices/EXRHandler.h>
@@ -16,7 +17,7 @@ IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, c
 
 /// Whether the host's OpenEXR reader wants a file.
 inline bool PrefersExrHandler(const KString& path, const DetectedFile& file) {
-    return file.start ? Common::PrefersExrHandler(path, *file.start) : EXRHandler::IsPreferedHandler(path);
+    return HostPrefersExr(path, file.start);
 }
 
 /// Who hears, in the contract's reading, what the other one does otherwise; null: nobody.

@@ -7,6 +7,7 @@
 #include "common/PackedLayout.h"
 #include "common/PixelBlock.h"
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 #include "common/Result.h"
 #include "common/WrappedBlock.h"
 #include "formats/FormatConversion.h"
@@ -15,6 +16,7 @@
 #include "load/ChosenSlice.h"
 #include "load/DdsCommonLoad.h"
 #include "load/FormatChannels.h"
+#include "load/HostReaders.h"
 #include "load/TextureLoader.h"
 #include "load/geometry/Reshape.h"
 #include "readers/FileTypeDetection.h"
@@ -65,6 +67,8 @@ IMemoryWrapper<void>* Wrap(LoadedPixels pixels) {
     return Common::WrapBlock(pixels.host ? TakeData(std::move(pixels.host)) : std::move(pixels.own));
 }
 
+constexpr int kMaxLevels = 31;
+
 int LevelSize(int size, int level) {
     return std::max(size >> level, 1);
 }
@@ -84,7 +88,7 @@ bool DescribeExr(const EXRHandler& exr, ImageDescription& desc) {
 PixelBlock LoadExr(ImageDescription& desc, const KString& path, const DetectedFile& file) {
     if (!PrefersExrHandler(path, file)) return nullptr;
     EXRHandler exr(true);
-    if (!exr.ReadFromFile(path) || exr.internalBuffer() == nullptr || !DescribeExr(exr, desc)) return nullptr;
+    if (!ReadHostExr(exr, path) || exr.internalBuffer() == nullptr || !DescribeExr(exr, desc)) return nullptr;
     PixelBlock block = Common::NewBlock(desc.dataSize);
     std::memcpy(block.get(), exr.internalBuffer(), desc.dataSize);
     return block;
@@ -98,11 +102,17 @@ bool SkipTo(DDSReader& reader, int level) {
     return true;
 }
 
+bool HasLevel(const DDSReader& reader, int level) {
+    if (level < std::min(reader.Mipmaps(), kMaxLevels)) return true;
+    Common::Say(kFailureOutOfRange, "there is no mip level {}; the file has {}", level, reader.Mipmaps());
+    return false;
+}
+
 /// One level of a DDS at its full size: the host's reader neither resizes nor reorients.
 HostBlock LoadDds(ImageDescription& desc, const KString& path, const LoadRequest& request) {
     const int level = std::max(request.level, 0);
     DDSReader reader;
-    if (!reader.Load(path) || level >= std::min(reader.Mipmaps(), 31)) return nullptr;
+    if (!OpenHostDds(reader, path) || !HasLevel(reader, level)) return nullptr;
 
     const int levelWidth = LevelSize(reader.Width(), level);
     const int levelHeight = LevelSize(reader.Height(), level);
@@ -111,6 +121,8 @@ HostBlock LoadDds(ImageDescription& desc, const KString& path, const LoadRequest
     const int wantedDepth = LevelSize(levelDepth, level);
     if (WantedSide(request.width, levelWidth) != levelWidth || WantedSide(request.height, levelHeight) != levelHeight ||
         wantedDepth != levelDepth) {
+        Common::Say(kFailureUnsupported,
+                    "textures of this kind are neither resized nor are lower levels of volumes loaded");
         return nullptr;
     }
     if (request.orientation != kTopLeft) {
@@ -125,11 +137,12 @@ HostBlock LoadDds(ImageDescription& desc, const KString& path, const LoadRequest
 PixelBlock LoadDdsSlice(ImageDescription& desc, const KString& path, const LoadRequest& request) {
     const int level = std::max(request.level, 0);
     DDSReader reader;
-    if (!reader.Load(path) || level >= std::min(reader.Mipmaps(), 31)) return nullptr;
+    if (!OpenHostDds(reader, path) || !HasLevel(reader, level)) return nullptr;
     const int depth = LevelSize(reader.Depth(), level);
     const std::optional<int> number = SliceNumber(request.preferences, reader.TextureType(), depth);
     const bool isThere = number && (reader.TextureType() != kTextureCube || IsFaceInDds(path, *number));
     if (!isThere) {
+        SayOfSlice(request.preferences, reader.TextureType(), depth);
         Sys::Warning(L"Frame index out of range", nullptr);
         return nullptr;
     }
@@ -169,7 +182,7 @@ bool Convert(ImageDescription& desc, LoadedPixels& pixels, EFormat format, const
     const auto convertedBytes = static_cast<std::uint64_t>(Common::Product(rowPitch, rows));
     const Common::PictureSize size = {
         .pixels = PixelsOf(desc), .blockBytes = convertedBytes, .workingBytes = desc.dataSize * faces};
-    if (!bounds.Hold(size)) return false;
+    if (!bounds.HoldOrSay(size)) return false;
 
     void* converted = nullptr;
     std::size_t bytes = 0;
@@ -210,6 +223,7 @@ bool TakeChannels(ImageDescription& desc, LoadedPixels& pixels, const char* name
         spec.channelnames.emplace_back(1, letter);
     const auto chosen = format.HasPixels() ? ChooseChannels(spec, names) : std::nullopt;
     if (!chosen) {
+        SayOfChannels(spec, names);
         Sys::Warning(L"Frame index out of range", nullptr);
         return false;
     }
@@ -217,7 +231,8 @@ bool TakeChannels(ImageDescription& desc, LoadedPixels& pixels, const char* name
     const std::uint64_t count = PixelsOf(desc);
     const auto pixelBytes = static_cast<unsigned>(Common::FactsOf(chosen->format).BytesPerPixel());
     const std::uint64_t bytes = Common::Product<std::uint64_t>(count, pixelBytes);
-    if (!Common::FitsPitch(pitch) || !Common::HostBounds().Hold({.pixels = count, .blockBytes = bytes})) return false;
+    if (!Common::FitsPitch(pitch) || !Common::HostBounds().HoldOrSay({.pixels = count, .blockBytes = bytes}))
+        return false;
     PixelBlock block = Common::NewBlock(bytes);
     GatherChannels(*chosen, 0, format.channels, static_cast<const unsigned char*>(pixels.Data()), count, block.get());
     pixels = {.own = std::move(block), .host = nullptr};
@@ -247,7 +262,11 @@ Result<LoadedPixels> LoadByDdsReader(ImageDescription& desc, const KString& path
 /// What the image library does not load: the host's OpenEXR reader is asked first, then the one for the type.
 Result<LoadedPixels> LoadWithoutLibrary(ImageDescription& desc, const KString& path, const LoadRequest& request,
                                         DetectedFile file) {
-    if (WantsPart(request.preferences) && file.type != DDS) return std::unexpected(Failure::kUnsupported);
+    if (WantsPart(request.preferences) && file.type != DDS) {
+        if (HasImageReader(file.type))
+            Common::Say(kFailureOutOfRange, "files of this kind have no faces, slices, levels or channels to choose");
+        return std::unexpected(Failure::kUnsupported);
+    }
     if (PixelBlock block = LoadExr(desc, path, file)) return LoadedPixels{.own = std::move(block), .host = nullptr};
     if (file.type == DDS) return LoadByDdsReader(desc, path, request);
     return LoadSpecial(desc, std::move(file), request).transform([](PixelBlock&& block) {
@@ -262,8 +281,9 @@ void TellOfCommonDds(const KString& path, const LoadRequest& request, Common::By
     if (difference != nullptr) listener->ReadingsDiffer(difference);
 }
 
-/// Hosts are told of every failure in the same words.
-IMemoryWrapper<void>* Refuse(Failure /*reason*/) {
+/// Hosts are told of every failure in the same words; the reason is for those who ask.
+IMemoryWrapper<void>* Refuse(const Failure& reason) {
+    Common::Say(reason);
     Sys::Warning(L"format is not supported", nullptr);
     return nullptr;
 }
@@ -308,7 +328,7 @@ IMemoryWrapper<void>* LoadTexture(ImageDescription& desc, const KString& path, c
         return Refuse(pixels.error());
     }
     const Common::PictureBounds bounds = pixels->isLegacy ? Common::ReaderBounds() : Common::HostBounds();
-    if (!bounds.Hold({.pixels = PixelsOf(desc), .blockBytes = desc.dataSize * Faces(desc)})) {
+    if (!bounds.HoldOrSay({.pixels = PixelsOf(desc), .blockBytes = desc.dataSize * Faces(desc)})) {
         return Refuse(Failure::kTooLarge);
     }
     if (pixels->host && desc.format == request.format) return pixels->host.release();

@@ -8,6 +8,7 @@
 #include "formats/FormatConversion.h"
 #include "formats/PixelFormatMapping.h"
 #include "frame/module/Dispatch.h"
+#include "frame/module/IsolatedRouting.h"
 #include "load/AlphaAnalysis.h"
 #include "load/FileDescription.h"
 #include "load/FileInspection.h"
@@ -28,7 +29,17 @@ namespace Kavra::Devices {
 
 namespace {
 
-using Common::AtBoundary;
+using Common::AsOperation;
+
+/// A picture that came out without pixels has not answered, though it is there: what it says of that stays.
+struct MadeImage {
+    IImage* image = nullptr;
+};
+
+template <class Make>
+IImage* MakeImage(const Make& make) {
+    return AsOperation(MadeImage(), [&] { return MadeImage{make()}; }).image;
+}
 
 void SetLibraryAttribute(const char* name, int value) {
     (void)OIIO::attribute(name, OIIO::TypeInt, &value);
@@ -36,7 +47,7 @@ void SetLibraryAttribute(const char* name, int value) {
 
 }  // namespace
 
-static_assert(sizeof(OIIOImageHandler) == 3 * sizeof(void*), "a handler is its three interface views and nothing else");
+static_assert(sizeof(OIIOImageHandler) == 4 * sizeof(void*), "a handler is its four interface views and nothing else");
 
 int OIIOImageHandler::mNetObjectCount = 0;
 
@@ -63,10 +74,11 @@ int OIIOImageHandler::CurObjectCount() const {
 IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, const KString& path, int width, int height,
                                                     int /*depth*/, EFormat format, bool highQualityResize, int level,
                                                     EDataOrientation orientation, IImageFormatHandler* formatHandler) {
-    return AtBoundary<IMemoryWrapper<void>*>(nullptr, [&] {
-        return Devices::LoadTexture(desc, path,
-                                    {width, height, format, highQualityResize, level, orientation, formatHandler,
-                                     Common::HostLoadPreferences()});
+    return AsOperation<IMemoryWrapper<void>*>(nullptr, [&] {
+        const LoadRequest request{width, height,      format,        highQualityResize,
+                                  level, orientation, formatHandler, Common::HostLoadPreferences()};
+        return WantsIsolation(request.preferences) ? LoadTextureIsolated(desc, path, request)
+                                                   : Devices::LoadTexture(desc, path, request);
     });
 }
 
@@ -78,19 +90,23 @@ IMemoryWrapper<void>* OIIOImageHandler::LoadTexture(ImageDescription& desc, cons
 }
 
 ImageDesc* OIIOImageHandler::GetImageDesc(const KString& path) {
-    return AtBoundary<ImageDesc*>(nullptr, [&] { return DescribeImage(path); });
+    return AsOperation<ImageDesc*>(nullptr, [&] {
+        return WantsIsolation(Common::HostLoadPreferences()) ? DescribeImageIsolated(path) : DescribeImage(path);
+    });
 }
 
 IFileInspection* OIIOImageHandler::Inspect(const KString& path) {
-    return AtBoundary<IFileInspection*>(nullptr, [&] { return InspectFile(path); });
+    return AsOperation<IFileInspection*>(nullptr, [&] {
+        return WantsIsolation(Common::HostLoadPreferences()) ? InspectFileIsolated(path) : InspectFile(path);
+    });
 }
 
 const char* OIIOImageHandler::ReadableExtensions() {
-    return AtBoundary("", [] { return Devices::ReadableExtensions(); });
+    return AsOperation("", [] { return Devices::ReadableExtensions(); });
 }
 
 const char* OIIOImageHandler::WritableExtensions() {
-    return AtBoundary("", [] { return Devices::WritableExtensions(); });
+    return AsOperation("", [] { return Devices::WritableExtensions(); });
 }
 
 unsigned char* OIIOImageHandler::LoadTextureByOIIO(ImageDescription& desc, const KString& path, int width, int height,
@@ -165,21 +181,24 @@ bool OIIOImageHandler::AdaptiveResize(OIIO::ImageBuf& dst, const OIIO::ImageBuf&
 // --- Writing ---------------------------------------------------------------------------------------------------------
 
 bool OIIOImageHandler::SaveTexture(const KString& path, const ImageDescription& desc, const void* data) {
-    return AtBoundary(false, [&] { return Devices::SaveTexture(path, desc, data); });
+    return AsOperation(false, [&] { return Devices::SaveTexture(path, desc, data); });
 }
 
 bool OIIOImageHandler::SaveTexture(const KString&) {
-    return false;
+    return AsOperation(false, [] {
+        Common::Say(kFailureArguments, "no picture was given");
+        return false;
+    });
 }
 
 bool OIIOImageHandler::SaveTarget(const KString& path, ATarget* target, bool stretch) {
-    return AtBoundary(false, [&] { return Devices::SaveTarget(*this, path, target, stretch); });
+    return AsOperation(false, [&] { return Devices::SaveTarget(*this, path, target, stretch); });
 }
 
 bool OIIOImageHandler::writeImageOneLineAtATime(const KString& path, double resolution,
                                                 IWriteImageLineProvider* provider, int width, int height,
                                                 int channels) const {
-    return AtBoundary(false, [&] { return WriteImageLines(path, resolution, provider, width, height, channels); });
+    return AsOperation(false, [&] { return WriteImageLines(path, resolution, provider, width, height, channels); });
 }
 
 // --- Pixels and image objects ----------------------------------------------------------------------------------------
@@ -188,38 +207,38 @@ IMemoryWrapper<void>* OIIOImageHandler::Resize(EResizeMethod method, const void*
                                                int srcPitch, const vec3<int>& srcSize, EFormat format,
                                                ETextureType type, const vec3<int>& dstSize, int& dstPitch,
                                                EImageFilterType filter) {
-    return AtBoundary<IMemoryWrapper<void>*>(nullptr, [&] {
+    return AsOperation<IMemoryWrapper<void>*>(nullptr, [&] {
         return Devices::Resize(method, data, dataSize, srcPitch, srcSize, format, type, dstSize, dstPitch, filter);
     });
 }
 
 IImage* OIIOImageHandler::CreateImage(int width, int height, EFormat format) {
-    return AtBoundary<IImage*>(nullptr, [&] { return new OIIOImage(width, height, format); });
+    return MakeImage([&] { return new OIIOImage(width, height, format); });
 }
 
 IImage* OIIOImageHandler::CreateImage(ATarget* target) {
-    return AtBoundary<IImage*>(nullptr, [&] { return new OIIOImage(target); });
+    return MakeImage([&] { return new OIIOImage(target); });
 }
 
 IImage* OIIOImageHandler::CreateImage(ASimpleTexture* texture) {
-    return AtBoundary<IImage*>(nullptr, [&] { return new OIIOImage(texture); });
+    return MakeImage([&] { return new OIIOImage(texture); });
 }
 
 // --- Light -----------------------------------------------------------------------------------------------------------
 
 vec4<float> OIIOImageHandler::GetAverageColor(const ImageDescription& desc, const void* data, bool flag) {
-    return AtBoundary(vec4<float>{}, [&] { return AverageColor(desc, data, flag); });
+    return AsOperation(vec4<float>{}, [&] { return AverageColor(desc, data, flag); });
 }
 
 vec3<float> OIIOImageHandler::GetIBLIntensity(const ImageDescription& desc, const void* data, bool upperHemisphere,
                                               vec3<float>* averageColour) {
-    return AtBoundary(kNoLightIntensity, [&] { return LightIntensity(desc, data, upperHemisphere, averageColour); });
+    return AsOperation(kNoLightIntensity, [&] { return LightIntensity(desc, data, upperHemisphere, averageColour); });
 }
 
 unsigned OIIOImageHandler::FindIBLLightDirections(const ImageDescription& desc, const void* data,
                                                   vec3<float>* const directions, vec3<float>* const colours,
                                                   unsigned maxCount) {
-    return AtBoundary(0U, [&] { return FindLightDirections(desc, data, directions, colours, maxCount); });
+    return AsOperation(0U, [&] { return FindLightDirections(desc, data, directions, colours, maxCount); });
 }
 
 }  // namespace Kavra::Devices

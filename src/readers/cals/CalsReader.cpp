@@ -1,6 +1,7 @@
 #include "readers/cals/CalsReader.h"
 
 #include "common/Limits.h"
+#include "common/Reasons.h"
 #include "readers/BilevelRow.h"
 #include "readers/TextScanner.h"
 #include "readers/WriteRows.h"
@@ -108,15 +109,16 @@ namespace {
 constexpr std::int32_t kUntiled = 1;
 constexpr unsigned char kPaper = 0xFF;
 
-/// The next row with its ink in zeros. False, with a warning, where it cannot be decoded.
-bool DecodeInk(Ccitt::Decoder& decoder, std::span<unsigned char> packed) {
-    if (decoder.DecodeRows(packed) == Ccitt::Outcome::kBadCode) {
+/// The next row with its ink in zeros. One with a bad code is left as it is, with a warning.
+Ccitt::Outcome DecodeInk(Ccitt::Decoder& decoder, std::span<unsigned char> packed) {
+    const Ccitt::Outcome outcome = decoder.DecodeRows(packed);
+    if (outcome == Ccitt::Outcome::kBadCode) {
         Sys::Warning(decoder.LastBadCode().Message().data(), nullptr);
-        return false;
+        return outcome;
     }
     for (unsigned char& byte : packed)
         byte ^= kPaper;
-    return true;
+    return outcome;
 }
 
 /// Rows of an image whose header does not tell them.
@@ -170,13 +172,19 @@ Result<> CALSReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     (void)mSource->Seek(std::min<std::uint64_t>(CalsHeader::kBytes, mSource->Size()));
     Ccitt::Decoder decoder(*mSource, width, Ccitt::Mode::kGroup4, Ccitt::BitOrder::kMostSignificantFirst);
     std::vector<unsigned char> packed((static_cast<std::size_t>(width) + 7) / 8);
+    int good = 0;
+    bool isOver = false;
     const auto writeRow = [&](std::span<unsigned char> pixels) {
-        if (decoder.DecodeRows(packed) == Ccitt::Outcome::kBadCode) {  // and shows what the row before left
+        const Ccitt::Outcome outcome = decoder.DecodeRows(packed);
+        if (outcome == Ccitt::Outcome::kBadCode) {  // and shows what the row before left
             Sys::Warning(decoder.LastBadCode().Message().data(), nullptr);
         }
+        isOver = isOver || outcome == Ccitt::Outcome::kEndOfData;
+        if (!isOver) ++good;
         ExpandBilevelRow(packed, pixels);
     };
     WriteRows(rows, static_cast<std::size_t>(height), static_cast<std::size_t>(GetRowPitch()), writeRow);
+    Common::SayEndsEarly(good, height, mSource->Size());
     return {};
 }
 
@@ -193,12 +201,17 @@ Result<> CALSReader::ReadCommonFrame(Common::RowSink& rows) {
     Ccitt::Decoder decoder(*mSource, width, Ccitt::Mode::kGroup4, Ccitt::BitOrder::kMostSignificantFirst);
     std::vector<unsigned char> packed((static_cast<std::size_t>(width) + 7) / 8);
     bool isOver = false;
+    int good = 0;
     const auto writeRow = [&](std::span<unsigned char> pixels) {
-        if (!isOver) isOver = decoder.IsAtEnd() || !DecodeInk(decoder, packed);
+        isOver = isOver || decoder.IsAtEnd();
+        const Ccitt::Outcome outcome = isOver ? Ccitt::Outcome::kEndOfData : DecodeInk(decoder, packed);
+        isOver = isOver || outcome == Ccitt::Outcome::kBadCode;
+        if (outcome == Ccitt::Outcome::kDecoded) ++good;
         if (isOver) std::ranges::fill(packed, kPaper);
         ExpandBilevelRow(packed, pixels);
     };
     WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()), writeRow);
+    Common::SayEndsEarly(good, GetHeight(), mSource->Size());
     return {};
 }
 

@@ -84,6 +84,11 @@ bool DdsCommonPicture::IsWhole(int level) const {
     return mPixelsBegin + Dds::LevelEnd(mLayout.pixels.unit, mShape, level) <= mFile.Size();
 }
 
+Dds::RowCount DdsCommonPicture::CountRows(int level) const {
+    const std::uint64_t pixels = mFile.Size() - std::min(mFile.Size(), mPixelsBegin);
+    return Dds::RowsWithin(mLayout.pixels.unit, mShape, level, pixels);
+}
+
 bool DdsCommonPicture::HasRows(int level, int slice) const {
     return SliceOffset(level, slice) + Dds::StoredRowBytes(mLayout.pixels.unit, LevelSize(level).width) <= mFile.Size();
 }

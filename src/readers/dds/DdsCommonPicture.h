@@ -39,6 +39,10 @@ public:
     bool IsWhole(int level) const;
     bool HasRows(int level, int slice = 0) const;
 
+    /// The rows that the file holds of a level, all faces and slices of it one after the other, as if there were no gaps.
+    Dds::RowCount CountRows(int level) const;
+    std::uint64_t FileBytes() const { return mFile.Size(); }
+
     /// Bytes that reading takes beside the picture, for rows of this width.
     std::uint64_t WorkingBytes(int width) const;
 

@@ -1,6 +1,7 @@
 #include "readers/flic/FlicReader.h"
 
 #include "common/ByteOrder.h"
+#include "common/Reasons.h"
 #include "readers/SampleTables.h"
 
 #include <kavra/devices/Sys.h>
@@ -131,6 +132,14 @@ Table256<std::uint32_t> PixelTable(const FlicPalette& palette) {
     return table;
 }
 
+/// The header begins with the length of the file. Frames are made of changes to those before, so that no number of good
+/// rows follows from it.
+void SayIfShort(ByteSource source) {
+    const Result<std::array<unsigned char, 4>> head = source.BytesAt<4>(0);
+    if (head && LittleAt<std::uint32_t, 0>(*head) > source.Size())
+        Common::Say({Failure::kTruncated, static_cast<std::int64_t>(source.Size())});
+}
+
 /// Whether the common reading shows another picture than one that was played. Of large frames it is not known.
 bool IsPlayedOtherwise(ByteSource& source, int frame, const FlicFrame& played, const FlicPalette& palette) {
     constexpr std::size_t kMaxCompared = 1 << 24;  // what a comparison may take in memory
@@ -198,6 +207,7 @@ Result<> FLICReader::ReadFrame(Common::RowSink& rows, int frame) {
         LookUp(pixels, indices.first(count), table);
         indices = indices.subspan(count);
     }
+    SayIfShort(mSource->Again());
     return {};
 }
 

@@ -1,5 +1,6 @@
 #include "readers/pcx/PcxReader.h"
 
+#include "common/Reasons.h"
 #include "readers/SampleTables.h"
 #include "readers/WriteRows.h"
 #include "readers/pcx/PcxCommonColours.h"
@@ -107,6 +108,7 @@ std::size_t PcxLines::Read(std::span<unsigned char> out) {
     const std::size_t count = mRuns ? ReadCoded(out) : ReadRaw(out.first(mCapacity));
     const bool isMissingBytes = mRuns ? mRuns->IsOutOfData() : count < mCapacity;
     mEndedEarly = mEndedEarly || (isMissingBytes && mHasBytes);
+    mAreShort = mAreShort || isMissingBytes;
     mHasBytes = mHasBytes || count > 0;
     return count;
 }
@@ -339,9 +341,14 @@ Result<> PCXReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
 
 void PCXReader::ReadCommonFrame(Common::RowSink& rows) {
     PcxCommonRows stored(*mSource, mHeader, FindCommonPcxColours(*mSource, mHeader));
+    int good = 0;
     WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
-              [&](std::span<unsigned char> pixels) { stored.Next(pixels); });
+              [&](std::span<unsigned char> pixels) {
+                  stored.Next(pixels);
+                  if (!stored.IsOutOfData()) ++good;
+              });
     if (stored.IsOutOfData()) WarnOfMissingData();
+    Common::SayEndsEarly(good, GetHeight(), mSource->Size());
 }
 
 void PCXReader::ReadContractFrame(Common::RowSink& rows) {
@@ -349,12 +356,15 @@ void PCXReader::ReadContractFrame(Common::RowSink& rows) {
     std::optional<PcxComparison> comparison;
     if (mIsCompared) comparison.emplace(again, mHeader, mPalette ? &*mPalette : nullptr);
     const auto write = [&](auto& stored, const auto& next) {
+        int good = 0;
         WriteRows(rows, static_cast<std::size_t>(GetHeight()), static_cast<std::size_t>(GetRowPitch()),
                   [&](std::span<unsigned char> pixels) {
                       next(pixels);
+                      if (!stored.Lines().AreShort()) ++good;
                       WarnOfLinesOutOfData(stored.Lines());
                       if (comparison) comparison->Look(pixels);
                   });
+        Common::SayEndsEarly(good, GetHeight(), mSource->Size());
         const char* const how = comparison ? comparison->Difference(stored.Lines()) : nullptr;
         if (how != nullptr) (void)mReading.IsCommon(how);
     };

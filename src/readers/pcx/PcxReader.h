@@ -90,6 +90,9 @@ public:
     /// Whether bytes were missing in lines behind such that had some.
     bool EndedEarly() const { return mEndedEarly; }
 
+    /// Whether bytes were missing in any line.
+    bool AreShort() const { return mAreShort; }
+
     /// Where in the source the next line begins.
     std::uint64_t Position() const { return mRuns ? mRuns->Position() : mSource.Position(); }
 
@@ -109,6 +112,7 @@ private:
     bool mHasBytes = false;
     bool mWereInStep = true;
     bool mEndedEarly = false;
+    bool mAreShort = false;
 };
 
 /// Rows of a picture with a palette: an index a pixel.

@@ -2,6 +2,7 @@
 
 #include "common/ByteOrder.h"
 #include "common/Limits.h"
+#include "common/Reasons.h"
 #include "readers/BilevelRow.h"
 #include "readers/WriteRows.h"
 
@@ -162,6 +163,9 @@ public:
     /// Reads the next row; `isLast` says that none follows.
     void Next(bool isLast);
 
+    /// Whether the file ended before or within the row.
+    bool IsShort() const { return mIsShort; }
+
     /// Applies the runs of the row from the last to the first. Fails when one of them is refused, which leaves those
     /// before it unapplied.
     [[nodiscard]] Result<> SetRuns(RlcMask& mask) const;
@@ -179,8 +183,9 @@ private:
     }
 
     ByteSource& mSource;
-    std::int16_t mRuns;                   // of the row behind, as its number says
-    std::size_t mPresent = 0;             // runs of the row
+    std::int16_t mRuns;        // of the row behind, as its number says
+    std::size_t mPresent = 0;  // runs of the row
+    bool mIsShort = false, mIsNextShort = false;
     std::vector<unsigned char> mNumbers;  // of the row, as in the file
 };
 
@@ -196,6 +201,8 @@ void RlcRows::Next(bool isLast) {
     mRuns = hasNext ? static_cast<std::int16_t>(BigNumber(row.subspan(runBytes))) : std::int16_t{0};
 
     mPresent = std::min(row.size(), runBytes) / kRunBytes;
+    mIsShort = mIsNextShort || row.size() < runBytes;
+    mIsNextShort = mIsShort || (!isLast && !hasNext);
 }
 
 Result<> RlcRows::SetRuns(RlcMask& mask) const {
@@ -284,7 +291,7 @@ Result<> RlcReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     (void)mSource->Seek(std::min(kFirstRowOffset, mSource->Size()));
     RlcRows stored(*mSource);
     RlcMask mask(mHeader.columns);
-    int left = mHeader.rows;
+    int left = mHeader.rows, good = 0;
     const auto tellOfLostRuns = [&] {
         if (!mIsCompared || mReading.Difference() != nullptr) return;
         RlcMask whole(mHeader.columns);
@@ -295,6 +302,7 @@ Result<> RlcReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
     const auto writeRow = [&](std::span<unsigned char> pixels) {
         mask.Clear();
         stored.Next(--left == 0);
+        if (!stored.IsShort()) ++good;
         if (mReading.IsCommon()) {
             stored.SetWholeRuns(mask);
         } else if (!stored.SetRuns(mask)) {
@@ -304,6 +312,7 @@ Result<> RlcReader::ReadFrame(Common::RowSink& rows, int /*frame*/) {
         ExpandBilevelRow(mask.Bytes(), pixels);
     };
     WriteRows(rows, static_cast<std::size_t>(mHeader.rows), static_cast<std::size_t>(GetRowPitch()), writeRow);
+    Common::SayEndsEarly(good, mHeader.rows, mSource->Size());
     return {};
 }
 

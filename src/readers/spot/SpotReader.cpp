@@ -1,6 +1,7 @@
 #include "readers/spot/SpotReader.h"
 
 #include "common/Limits.h"
+#include "common/Reasons.h"
 #include "readers/spot/SpotCommonHeader.h"
 #include "readers/spot/SpotCommonRows.h"
 #include "readers/spot/SpotConvert.h"
@@ -276,6 +277,7 @@ Result<> SpotReader::ReadFrame(Common::RowSink& rows, int frame) {
     if (present < mHeader.rows) {
         const std::wstring text = std::format(L"the data end after {} of {} rows", present, mHeader.rows);
         Sys::Warning(text.c_str(), nullptr);
+        Common::SayEndsEarly(present, mHeader.rows, mSource->Size());
         return std::unexpected(Failure::kTruncated);
     }
     if (IsReadAsInContract(mHeader)) {

@@ -224,6 +224,13 @@ TEST(HandlerTable, TheInspectorsViewComesThird) {
     EXPECT_EQ(third, first + 2 * sizeof(void*));
 }
 
+TEST(HandlerTable, TheMemoryLoadersViewComesFourth) {
+    OIIOImageHandler handler;
+    IImageHandler* const asHostsHoldIt = &handler;
+    const auto* const fourth = reinterpret_cast<const char*>(dynamic_cast<IMemoryLoader*>(asHostsHoldIt));
+    EXPECT_EQ(fourth, reinterpret_cast<const char*>(&handler) + 3 * sizeof(void*));
+}
+
 TEST(HandlerTable, AnswersThroughItsSlots) {
     OIIOImageHandler handler;
     void* const view = static_cast<IImageHandler*>(&handler);

@@ -1,3 +1,5 @@
+#include "common/Boundary.h"
+#include "common/PathReasons.h"
 #include "common/UnfinishedFile.h"
 #include "common/dds/DdsComposing.h"
 #include "common/dds/DdsHeader.h"
@@ -7,8 +9,8 @@
 #include <kavra/devices/DDSWriter.h>
 #include <kavra/objects/OS.h>
 
+#include <cerrno>
 #include <cstdint>
-#include <exception>
 #include <optional>
 #include <vector>
 
@@ -32,6 +34,32 @@ bool IsChain(const Dds::Shape& shape) {
     return shape.levels >= 1 && shape.levels <= Dds::FullMipChain(shape.size);
 }
 
+/// Whether a DDS file can hold such a texture of `size` bytes, which a caller may mean as unsigned.
+bool CanHold(ETextureType type, EFormat format, const Dds::Shape& shape, int depth, int size) {
+    const auto [width, height, slices] = shape.size;
+    if (!Dds::IsSane(width, height, depth)) {
+        Common::Say(kFailureFormat, "DDS files hold no texture of {} x {} x {}", width, height, depth);
+        return false;
+    }
+    if (type == kTextureCube && width != height) {
+        Common::Say(kFailureFormat, "the faces of a cube map are square, and {} x {} is not", width, height);
+        return false;
+    }
+    const std::optional<Dds::StoredLayout> layout = Dds::LayoutToWrite(format);
+    if (!layout) {
+        Common::Say(kFailureFormat, "DDS files do not hold this format of pixels");
+        return false;
+    }
+    if (!IsChain(shape)) {
+        Common::Say(kFailureFormat, "a texture of {} x {} has no {} levels", width, height, shape.levels);
+        return false;
+    }
+    const std::uint64_t bytes = BytesToWrite(*layout, shape);
+    if (layout->IsCompressed() || bytes == static_cast<std::uint32_t>(size)) return true;
+    Common::Say(kFailureArguments, "{} bytes are given for a texture of {}", static_cast<std::uint32_t>(size), bytes);
+    return false;
+}
+
 }  // namespace
 
 DDSWriter::DDSWriter()
@@ -39,39 +67,33 @@ DDSWriter::DDSWriter()
 
 bool DDSWriter::Construct(ETextureType type, EFormat format, int width, int height, int depth, int mipCount, int size,
                           int /*reserved*/) {
-    mConstructed = false;
-    if (!Dds::IsSane(width, height, depth)) return false;
-    if (type == kTextureCube && width != height) return false;
-    const std::optional<Dds::StoredLayout> layout = Dds::LayoutToWrite(format);
-    const Dds::Shape shape = ShapeToWrite(type, width, height, depth, mipCount);
-    if (!layout || !IsChain(shape)) return false;
-
-    // The size comes in 32 bits, which a caller may mean as unsigned.
-    const std::uint64_t bytes = BytesToWrite(*layout, shape);
-    if (!layout->IsCompressed() && bytes != static_cast<std::uint32_t>(size)) return false;
-
+    mConstructed = Common::AsOperation(
+        false, [&] { return CanHold(type, format, ShapeToWrite(type, width, height, depth, mipCount), depth, size); });
+    if (!mConstructed) return false;
     mType = type;
     mFormat = format;
     mWidth = width;
     mHeight = height;
     mDepth = depth;
     mMipCount = mipCount;
-    mConstructed = true;
     return true;
 }
 
 bool DDSWriter::Write(const KString& path, const void* data) {
-    if (!mConstructed || data == nullptr) return false;
-    try {
+    return Common::AsOperation(false, [&] {
+        if (!mConstructed || data == nullptr) {
+            Common::Say(kFailureArguments, "there is no texture to write");
+            return false;
+        }
         const Dds::StoredLayout layout = Dds::LayoutToWrite(mFormat).value();
         const Dds::Shape shape = ShapeToWrite(mType, mWidth, mHeight, mDepth, mMipCount);
         const std::vector<unsigned char> header = Dds::ComposeHeader(Dds::DescribeTexture(mFormat, shape).value());
         Common::UnfinishedFile file(OS::ToUtf8(path));
-        return file.Write(header.data(), header.size()) && file.Write(data, BytesToWrite(layout, shape)) &&
-               file.Commit();
-    } catch (const std::exception&) {
-        return false;
-    }
+        const bool done =
+            file.Write(header.data(), header.size()) && file.Write(data, BytesToWrite(layout, shape)) && file.Commit();
+        if (!done) Common::SayOfPathToWrite(path.ToChars(), file.Error() == EINVAL ? 0 : file.Error());
+        return done;
+    });
 }
 
 }  // namespace Kavra::Devices

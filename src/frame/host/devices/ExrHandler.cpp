@@ -1,6 +1,8 @@
 #include "common/Boundary.h"
 #include "common/FileHandle.h"
+#include "common/PathReasons.h"
 #include "frame/host/devices/ExrPicture.h"
+#include "frame/host/devices/ExrStream.h"
 
 #include <kavra/devices/EXRHandler.h>
 #include <kavra/objects/OS.h>
@@ -8,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <utility>
 
 namespace Kavra::Devices {
@@ -44,19 +47,42 @@ bool EXRHandler::IsPreferedHandler(const unsigned char* start, std::size_t bytes
 }
 
 bool EXRHandler::ReadFromFile(const wchar_t* path) {
+    Clear();
+    return Common::AsOperation(false, [&] {
+        Common::FileHandle file = Open(path);
+        if (!file) {
+            Common::SayOfPathToRead(path);
+            return false;
+        }
+        ExrStream stream(std::move(file));
+        Take(stream);
+        return true;
+    });
+}
+
+bool EXRHandler::ReadMemory(const void* bytes, std::size_t size) {
+    Clear();
+    return Common::AsOperation(false, [&] {
+        if (bytes == nullptr) return false;
+        ExrStream stream(std::span(static_cast<const unsigned char*>(bytes), size));
+        Take(stream);
+        return true;
+    });
+}
+
+void EXRHandler::Clear() {
     Objects::KavraDelete(std::exchange(mPixels, nullptr));
     mWidth = mHeight = 0;
     mAlpha = false;
-    return Common::AtBoundary(false, [&] {
-        Common::FileHandle file = Open(path);
-        if (!file) return false;
-        ExrPicture picture = ReadExrPicture(std::move(file));
-        mWidth = picture.width;
-        mHeight = picture.height;
-        mAlpha = picture.alpha;
-        mPixels = reinterpret_cast<float*>(picture.pixels.release());
-        return true;
-    });
+}
+
+/// Throws where the stream cannot be read.
+void EXRHandler::Take(ExrStream& stream) {
+    ExrPicture picture = ReadExrPicture(stream);
+    mWidth = picture.width;
+    mHeight = picture.height;
+    mAlpha = picture.alpha;
+    mPixels = reinterpret_cast<float*>(picture.pixels.release());
 }
 
 int EXRHandler::width() const {

@@ -151,8 +151,7 @@ void IgnoreMessage(exr_const_context_t, exr_result_t, const char*) {}
 
 }  // namespace
 
-ExrPicture ReadExrPicture(Common::FileHandle handle) {
-    ExrStream stream(std::move(handle));
+ExrPicture ReadExrPicture(ExrStream& stream) {
     // Failures arrive as exceptions; without a handler of ours the library would also print them.
     Imf::ContextInitializer context;
     context.silentHeaderParse(true).setErrorHandler(&IgnoreMessage).setInputStream(&stream);

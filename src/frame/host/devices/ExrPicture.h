@@ -1,10 +1,11 @@
 /// Decoding an OpenEXR file into one block of floats.
 #pragma once
 
-#include "common/FileHandle.h"
 #include "common/PixelBlock.h"
 
 namespace Kavra::Devices {
+
+class ExrStream;
 
 struct ExrPicture {
     int width = 0;
@@ -20,6 +21,6 @@ struct ExrPicture {
 ///
 /// Throws for everything that cannot be read whole: deep data, missing rows or tiles, subsampled colours, sizes
 /// beyond the block ceiling, and sizes that no file of this length could hold.
-ExrPicture ReadExrPicture(Common::FileHandle file);
+ExrPicture ReadExrPicture(ExrStream& stream);
 
 }  // namespace Kavra::Devices

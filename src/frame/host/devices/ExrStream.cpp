@@ -24,6 +24,8 @@ std::uint64_t LengthOrThrow(std::FILE* file) {
 ExrStream::ExrStream(Common::FileHandle file)
     : IStream(""), mFile(std::move(file)), mLength(LengthOrThrow(mFile.get())) {}
 
+ExrStream::ExrStream(std::span<const unsigned char> bytes) : IStream(""), mBytes(bytes), mLength(bytes.size()) {}
+
 bool ExrStream::read(char bytes[], int count) {
     const std::int64_t got = count < 0 ? -1 : read(bytes, static_cast<std::uint64_t>(count), mPosition);
     if (got != count) throw std::runtime_error("unexpected end of file");
@@ -34,6 +36,10 @@ bool ExrStream::read(char bytes[], int count) {
 std::int64_t ExrStream::read(void* bytes, std::uint64_t count, std::uint64_t offset) {
     if (offset >= mLength) return 0;
     const std::uint64_t wanted = std::min(count, mLength - offset);
+    if (!mFile) {
+        std::copy_n(mBytes.subspan(offset).begin(), wanted, static_cast<unsigned char*>(bytes));
+        return static_cast<std::int64_t>(wanted);
+    }
     std::uint64_t done = 0;
     while (done < wanted) {
         const ssize_t got = pread(fileno(mFile.get()), static_cast<char*>(bytes) + done, wanted - done,

@@ -1,4 +1,4 @@
-/// An open file as the OpenEXR library wants to see it.
+/// An open file, or one in memory, as the OpenEXR library wants to see it.
 #pragma once
 
 #include "common/FileHandle.h"
@@ -6,6 +6,7 @@
 #include <ImfIO.h>
 
 #include <cstdint>
+#include <span>
 
 namespace Kavra::Devices {
 
@@ -14,6 +15,8 @@ class ExrStream final : public Imf::IStream {
 public:
     /// Takes over the file. Throws `std::system_error` when its length cannot be told.
     explicit ExrStream(Common::FileHandle file);
+    /// A file's bytes in memory, which outlive the stream.
+    explicit ExrStream(std::span<const unsigned char> bytes);
 
     bool read(char bytes[], int count) override;
     std::int64_t read(void* bytes, std::uint64_t count, std::uint64_t offset) override;
@@ -23,7 +26,8 @@ public:
     std::int64_t size() override { return static_cast<std::int64_t>(mLength); }
 
 private:
-    Common::FileHandle mFile;
+    Common::FileHandle mFile;  ///< null: the bytes are in memory
+    std::span<const unsigned char> mBytes;
     std::uint64_t mLength;
     std::uint64_t mPosition = 0;
 };

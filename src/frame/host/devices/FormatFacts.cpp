@@ -1,5 +1,6 @@
 #include "common/KnownFields.h"
 #include "common/PixelFormats.h"
+#include "common/SrgbFormats.h"
 
 #include <kavra/devices/FormatFacts.h>
 
@@ -39,6 +40,11 @@ EFormat NextFormat(EFormat format) {
         return candidate.value > format && candidate.value != kUnknown && IsNamed(candidate);
     });
     return next == formats.end() ? kUnknown : next->value;
+}
+
+EFormat SrgbVariant(EFormat format, bool isSrgb) {
+    const EFormat plain = Common::WithoutSrgb(format);
+    return isSrgb ? Common::WithSrgb(plain) : plain;
 }
 
 }  // namespace Kavra::Devices

@@ -1,3 +1,4 @@
+#include "common/Boundary.h"
 #include "common/KnownFields.h"
 #include "common/Limits.h"
 #include "common/PixelFormats.h"
@@ -133,10 +134,15 @@ bool BuildElement(const Request& request, const MipTexture& texture, const MipCo
             made.depth = builder.Size().depth;
             made.bytes = builder.FaceBytes();
             builder.Store(static_cast<std::size_t>(face), places.For(made));
-            if (!places.Done(made)) return false;
+            if (!places.Done(made)) return Common::Require(false, kFailureCancelled, "no more levels were taken");
         }
     }
     return true;
+}
+
+/// Where nothing was said that is known better.
+bool Refuse() {
+    return Common::Require(false, kFailureArguments, "no levels are made of such a texture, or with such options");
 }
 
 bool Build(const Request& request, const MipSource& level0, Places& places) {
@@ -156,14 +162,18 @@ bool Build(const Request& request, const MipSource& level0, Places& places) {
 }  // namespace
 
 bool BuildMipChain(const TextureShape& asked, const MipSource& level0, IMipSink& sink, const MipOptions& options) {
-    const Request request(asked, options);
-    if (!IsPossible(request.shape) || !IsPossible(request.options)) return false;
-    const MipSource source = Known(level0, request.shape);
-    PlacesForSink places(sink);
-    return source.pictures != nullptr && Build(request, source, places);
+    return Common::InOperation([&] {
+        const Request request(asked, options);
+        if (!IsPossible(request.shape) || !IsPossible(request.options)) return Refuse();
+        const MipSource source = Known(level0, request.shape);
+        PlacesForSink places(sink);
+        return (source.pictures != nullptr && Build(request, source, places)) || Refuse();
+    });
 }
 
-bool BuildMipChain(const TextureShape& asked, const void* level0, void* texture, const MipOptions& options) {
+namespace {
+
+bool BuildInTexture(const TextureShape& asked, const void* level0, void* texture, const MipOptions& options) {
     const Request request(asked, options);
     const TextureShape& shape = request.shape;
     if (!IsPossible(shape) || !IsPossible(request.options) || level0 == nullptr || texture == nullptr) return false;
@@ -182,6 +192,12 @@ bool BuildMipChain(const TextureShape& asked, const void* level0, void* texture,
     MipSource source;
     source.pictures = pictures.data();
     return Build(request, Known(source, shape), places);
+}
+
+}  // namespace
+
+bool BuildMipChain(const TextureShape& asked, const void* level0, void* texture, const MipOptions& options) {
+    return Common::InOperation([&] { return BuildInTexture(asked, level0, texture, options) || Refuse(); });
 }
 
 }  // namespace Kavra::Devices

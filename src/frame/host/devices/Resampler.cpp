@@ -1,3 +1,4 @@
+#include "common/Boundary.h"
 #include "common/resample/RowResampler.h"
 
 #include <kavra/devices/Resampler.h>
@@ -12,6 +13,8 @@ namespace Kavra::Devices {
 namespace {
 
 using Common::Resampling;
+
+constexpr const char* kImpossible = "no picture of this size, layout or filter is resized";
 
 Resampling Between(const ResamplePixels& pixels, int fromWidth, int fromHeight, int toWidth, int toHeight,
                    const ResampleOptions& options) {
@@ -55,28 +58,34 @@ bool ResamplePicture(const ResamplePixels& pixels, const void* from, std::size_t
                      int fromHeight, void* to, std::size_t toPitch, int toWidth, int toHeight,
                      const ResampleOptions& options) {
     const Resampling resampling = Between(pixels, fromWidth, fromHeight, toWidth, toHeight, options);
-    if (from == nullptr || to == nullptr || !resampling.IsPossible()) return false;
-    if (fromPitch < resampling.FromRowBytes() || toPitch < resampling.ToRowBytes()) return false;
-    Common::Resample(resampling, static_cast<const unsigned char*>(from), fromPitch, static_cast<unsigned char*>(to),
-                     toPitch);
-    return true;
+    return Common::InOperation([&] {
+        const bool isPossible = from != nullptr && to != nullptr && resampling.IsPossible() &&
+                                fromPitch >= resampling.FromRowBytes() && toPitch >= resampling.ToRowBytes();
+        if (!Common::Require(isPossible, kFailureArguments, kImpossible)) return false;
+        Common::Resample(resampling, static_cast<const unsigned char*>(from), fromPitch,
+                         static_cast<unsigned char*>(to), toPitch);
+        return true;
+    });
 }
 
 bool ResampleRows(const ResamplePixels& pixels, IRowSource& source, int fromWidth, int fromHeight, IRowSink& sink,
                   int toWidth, int toHeight, const ResampleOptions& options) {
     const Resampling resampling = Between(pixels, fromWidth, fromHeight, toWidth, toHeight, options);
-    if (!resampling.IsPossible()) return false;
-    RowsToSink out(sink, resampling.ToRowBytes());
-    Common::RowResampler resampler(resampling, out);
-    constexpr std::size_t kRows = 64;
-    for (int done = 0; done < fromHeight;) {
-        const std::span<unsigned char> rows = resampler.NextRows(kRows);
-        const int count = static_cast<int>(rows.size() / resampling.FromRowBytes());
-        if (count == 0 || !source.ReadRows(rows.data(), count)) return false;
-        done += count;
-    }
-    resampler.Finish();
-    return out.Deliver();
+    return Common::InOperation([&] {
+        if (!Common::Require(resampling.IsPossible(), kFailureArguments, kImpossible)) return false;
+        RowsToSink out(sink, resampling.ToRowBytes());
+        Common::RowResampler resampler(resampling, out);
+        constexpr std::size_t kRows = 64;
+        for (int done = 0; done < fromHeight;) {
+            const std::span<unsigned char> rows = resampler.NextRows(kRows);
+            const int count = static_cast<int>(rows.size() / resampling.FromRowBytes());
+            if (count == 0 || !source.ReadRows(rows.data(), count))
+                return Common::Require(false, kFailureCancelled, "no more rows were given or taken");
+            done += count;
+        }
+        resampler.Finish();
+        return Common::Require(out.Deliver(), kFailureCancelled, "no more rows were taken");
+    });
 }
 
 }  // namespace Kavra::Devices

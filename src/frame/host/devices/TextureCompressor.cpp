@@ -1,3 +1,5 @@
+#include "common/Boundary.h"
+#include "common/KnownFields.h"
 #include "common/ParallelRange.h"
 #include "common/blocks/Bc6hEncoder.h"
 #include "common/blocks/Bc7Encoder.h"
@@ -8,7 +10,6 @@
 #include <kavra/devices/TextureCompressor.h>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 namespace Kavra::Devices {
@@ -24,7 +25,7 @@ using Common::PixelFormat;
 /// `options` as far as its user knows them, with values that are none put right.
 CompressionOptions Known(const CompressionOptions& options) {
     CompressionOptions known;
-    std::memcpy(&known, &options, std::min<std::size_t>(options.size, sizeof(known)));
+    Common::CopyKnownFields(options, known);
     if (known.effort != kCompressionFast && known.effort != kCompressionBest) known.effort = kCompressionGood;
     for (float& weight : known.weights)
         if (!(weight > 0) || weight > std::numeric_limits<float>::max()) weight = 1;
@@ -170,13 +171,22 @@ std::uint64_t BlockBytes(EFormat format, int width, int height) {
     return blocks * static_cast<unsigned>(FactsOf(format).bytesPerBlock);
 }
 
-bool CompressPicture(EFormat from, const void* pixels, std::size_t pitch, int width, int height, EFormat to,
-                     void* blocks, const CompressionOptions& options) {
-    const PixelFormat &source = FactsOf(from), &target = FactsOf(to);
-    if (pixels == nullptr || blocks == nullptr || width < 1 || height < 1) return false;
-    if (!source.HasPixels() || IsBlocks(source) || !IsBlocks(target)) return false;
-    if (pitch < static_cast<std::size_t>(width) * static_cast<unsigned>(source.BytesPerPixel())) return false;
+namespace {
 
+constexpr const char* kNoPixels = "there are no pixels, or no place for them";
+constexpr const char* kNoFormat = "there are no blocks for these formats";
+constexpr const char* kNoPitch = "its rows are shorter than its width";
+
+bool Compress(EFormat from, const void* pixels, std::size_t pitch, int width, int height, EFormat to, void* blocks,
+              const CompressionOptions& options) {
+    const PixelFormat &source = FactsOf(from), &target = FactsOf(to);
+    using Common::Require;
+    if (!Require(pixels != nullptr && blocks != nullptr && width > 0 && height > 0, kFailureArguments, kNoPixels) ||
+        !Require(source.HasPixels() && !IsBlocks(source) && IsBlocks(target), kFailureFormat, kNoFormat) ||
+        !Require(pitch >= static_cast<std::size_t>(width) * static_cast<unsigned>(source.BytesPerPixel()),
+                 kFailureArguments, kNoPitch)) {
+        return false;
+    }
     const CompressionOptions known = Known(options);
     const Encoder encoder(to, known, known.withAlpha && source.hasAlpha);
     const Common::BlockPicture picture{static_cast<const unsigned char*>(pixels), pitch, width, height, source};
@@ -192,17 +202,17 @@ bool CompressPicture(EFormat from, const void* pixels, std::size_t pitch, int wi
     return true;
 }
 
-EFormat DecodedFormat(EFormat format) {
-    return DecodingOf(format).format;
-}
-
-bool DecompressPicture(EFormat from, const void* blocks, int width, int height, void* pixels, std::size_t pitch) {
+bool Decompress(EFormat from, const void* blocks, int width, int height, void* pixels, std::size_t pitch) {
     const Decoding decoding = DecodingOf(from);
-    if (blocks == nullptr || pixels == nullptr || width < 1 || height < 1 || decoding.decode == nullptr) return false;
+    using Common::Require;
+    if (!Require(blocks != nullptr && pixels != nullptr && width > 0 && height > 0, kFailureArguments, kNoPixels) ||
+        !Require(decoding.decode != nullptr, kFailureFormat, kNoFormat)) {
+        return false;
+    }
     const auto columns = static_cast<std::size_t>(width);
     const auto pixelBytes = static_cast<std::size_t>(FactsOf(decoding.format).BytesPerPixel());
     const auto blockBytes = static_cast<std::size_t>(FactsOf(from).bytesPerBlock);
-    if (pitch < columns * pixelBytes) return false;
+    if (!Require(pitch >= columns * pixelBytes, kFailureArguments, kNoPitch)) return false;
 
     const std::size_t rowBytes = Common::BlocksAlong(width) * blockBytes;
     const auto* const in = static_cast<const unsigned char*>(blocks);
@@ -215,6 +225,21 @@ bool DecompressPicture(EFormat from, const void* blocks, int width, int height, 
         }
     });
     return true;
+}
+
+}  // namespace
+
+bool CompressPicture(EFormat from, const void* pixels, std::size_t pitch, int width, int height, EFormat to,
+                     void* blocks, const CompressionOptions& options) {
+    return Common::InOperation([&] { return Compress(from, pixels, pitch, width, height, to, blocks, options); });
+}
+
+EFormat DecodedFormat(EFormat format) {
+    return DecodingOf(format).format;
+}
+
+bool DecompressPicture(EFormat from, const void* blocks, int width, int height, void* pixels, std::size_t pitch) {
+    return Common::InOperation([&] { return Decompress(from, blocks, width, height, pixels, pitch); });
 }
 
 }  // namespace Kavra::Devices

@@ -1,4 +1,6 @@
+#include "common/Boundary.h"
 #include "common/KnownFields.h"
+#include "common/PathReasons.h"
 #include "frame/host/devices/TextureLevels.h"
 #include "frame/host/devices/TextureShapes.h"
 
@@ -7,6 +9,7 @@
 #include <cstring>
 #include <format>
 #include <new>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -15,6 +18,15 @@ namespace Kavra::Devices {
 namespace {
 
 constexpr const char* kNoMemory = "out of memory";  // so short that no memory is taken for a copy
+
+/// The kind of what the parsers of both formats say in words alone.
+EFailureKind KindOf(std::string_view reason, EFailureKind otherwise) {
+    const auto speaksOf = [&](std::string_view words) { return reason.find(words) != std::string_view::npos; };
+    if (speaksOf("ends within") || speaksOf("ends before") || speaksOf("too short")) return kFailureEndsEarly;
+    if (speaksOf("not supported")) return kFailureUnsupported;
+    if (speaksOf("neither a DDS nor")) return kFailureNotAnImage;
+    return speaksOf("the limits") ? kFailureTooLarge : otherwise;
+}
 
 TextureShape ShapeOf(const Dds::StoredTexture& texture) {
     TextureShape shape;
@@ -41,7 +53,8 @@ struct TextureFileReader::State {
         levels.reset();
         texture = {};
     }
-    bool Refuse(std::string why) {
+    bool Refuse(std::string why, EFailureKind kind = kFailureDamaged) {
+        Common::Say(KindOf(why, kind), std::string_view(why));
         reason = std::move(why);
         return false;
     }
@@ -52,20 +65,24 @@ struct TextureFileReader::State {
     /// What `body` answers; no exception leaves.
     template <class Body>
     bool Try(const Body& body) noexcept {
-        try {
-            reason.clear();
-            return body();
-        } catch (...) {
-            reason.assign(kNoMemory);
-            return false;
-        }
+        reason.clear();
+        return Common::AsOperation(false, [&] {
+            try {
+                return body();
+            } catch (...) {
+                reason.assign(kNoMemory);
+                throw;
+            }
+        });
     }
 };
 
 bool TextureFileReader::State::Open(const KString& path) {
     std::FILE* opened = nullptr;
-    if (const int error = OS::wfopen(&opened, path, L"rb"); error != 0)
-        return Refuse("it cannot be opened: " + std::generic_category().message(error));
+    if (const int error = OS::wfopen(&opened, path, L"rb"); error != 0) {
+        Common::SayOfPathToRead(path.ToChars());
+        return Refuse("it cannot be opened: " + std::generic_category().message(error), kFailureCannotRead);
+    }
     auto found = OpenTextureLevels(Common::FileHandle(opened));
     if (!found) return Refuse(std::move(found).error());
     const std::optional<KnownTexture> known = KnownTextureOf(ShapeOf((*found)->Texture()));
@@ -76,9 +93,10 @@ bool TextureFileReader::State::Open(const KString& path) {
 }
 
 bool TextureFileReader::State::ReadLevel(int element, int face, int level, unsigned char* out) {
-    if (!levels) return Refuse("no file is open");
+    if (!levels) return Refuse("no file is open", kFailureArguments);
     if (out == nullptr || !texture.Has(element, face, level))
-        return Refuse(std::format("there is no level {} of face {} of element {}", level, face, element));
+        return Refuse(std::format("there is no level {} of face {} of element {}", level, face, element),
+                      kFailureOutOfRange);
     if (!levels->Texture().shape.HasFace(face)) {
         std::memset(out, 0, texture.LevelBytes(level));
         return true;
@@ -89,7 +107,7 @@ bool TextureFileReader::State::ReadLevel(int element, int face, int level, unsig
 
 /// Level by level, so that of those which are packed only one is kept.
 bool TextureFileReader::State::ReadAll(unsigned char* out) {
-    if (!levels || out == nullptr) return Refuse("no file is open");
+    if (!levels || out == nullptr) return Refuse("no file is open", kFailureArguments);
     for (int level = 0; level < texture.shape.levels; ++level) {
         for (int element = 0; element < texture.shape.elements; ++element) {
             for (int face = 0; face < texture.stored.FaceCount(); ++face) {

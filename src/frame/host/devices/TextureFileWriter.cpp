@@ -1,4 +1,6 @@
+#include "common/Boundary.h"
 #include "common/KnownFields.h"
+#include "common/PathReasons.h"
 #include "common/UnfinishedFile.h"
 #include "common/dds/DdsComposing.h"
 #include "common/ktx/KtxTexture.h"
@@ -24,8 +26,9 @@ using Bytes = std::vector<unsigned char>;
 using Done = std::expected<void, std::string>;
 using Dds::Refusal;
 
-Done Finish(Common::UnfinishedFile& file) {
+Done Finish(Common::UnfinishedFile& file, const KString& path) {
     if (file.Commit()) return {};
+    Common::SayOfPathToWrite(path.ToChars(), file.Error() == EINVAL ? 0 : file.Error());
     if (file.Error() == EINVAL) return Refusal("what has this name is no regular file");
     return Refusal("it cannot be written: " + std::generic_category().message(file.Error()));
 }
@@ -42,12 +45,12 @@ std::optional<Dds::Header> DdsHeaderOf(const KnownTexture& texture) {
     return Dds::DescribeTexture(texture.shape.format, texture.stored, extras);
 }
 
-Done WriteDds(const std::string& path, const KnownTexture& texture, const unsigned char* data) {
+Done WriteDds(const KString& path, const KnownTexture& texture, const unsigned char* data) {
     const Bytes header = Dds::ComposeHeader(DdsHeaderOf(texture).value());
-    Common::UnfinishedFile file(path);
+    Common::UnfinishedFile file(OS::ToUtf8(path));
     file.Write(header.data(), header.size());
     file.Write(data, texture.Bytes());
-    return Finish(file);
+    return Finish(file, path);
 }
 
 // --- KTX2 ------------------------------------------------------------------------------------------------------------
@@ -90,7 +93,7 @@ std::vector<Bytes> PackLevels(const KnownTexture& texture, const unsigned char* 
 }
 
 /// The smallest level first.
-Done WriteKtx(const std::string& path, const KnownTexture& texture, const unsigned char* data, int zstdLevel) {
+Done WriteKtx(const KString& path, const KnownTexture& texture, const unsigned char* data, int zstdLevel) {
     const bool isPacked = zstdLevel > 0;
     const std::vector<Bytes> packed = isPacked ? PackLevels(texture, data, zstdLevel) : std::vector<Bytes>();
     std::vector<std::uint64_t> sizes;
@@ -100,7 +103,7 @@ Done WriteKtx(const std::string& path, const KnownTexture& texture, const unsign
     const Ktx::Head head =
         Ktx::ComposeHead(KtxTextureOf(texture, isPacked ? Ktx::kSchemeZstandard : Ktx::kSchemeNone), sizes).value();
 
-    Common::UnfinishedFile file(path);
+    Common::UnfinishedFile file(OS::ToUtf8(path));
     file.Write(head.bytes.data(), head.bytes.size());
     std::uint64_t position = head.bytes.size();
     for (int level = texture.shape.levels; level-- > 0;) {
@@ -114,7 +117,7 @@ Done WriteKtx(const std::string& path, const KnownTexture& texture, const unsign
         }
         position = head.levels[index].offset + sizes[index];
     }
-    return Finish(file);
+    return Finish(file, path);
 }
 
 // --- Both ------------------------------------------------------------------------------------------------------------
@@ -147,22 +150,24 @@ Done Write(const KString& path, const TextureShape& shape, const void* data, std
         return Refusal(std::format("there is no level {} of Zstandard", known.zstdLevel));
     if (known.zstdLevel > 0 && kind == kTextureFileDDS) return Refusal("DDS files are not packed by Zstandard");
     const auto* const pixels = static_cast<const unsigned char*>(data);
-    const std::string name = OS::ToUtf8(path);
-    return kind == kTextureFileDDS ? WriteDds(name, *texture, pixels)
-                                   : WriteKtx(name, *texture, pixels, known.zstdLevel);
+    return kind == kTextureFileDDS ? WriteDds(path, *texture, pixels)
+                                   : WriteKtx(path, *texture, pixels, known.zstdLevel);
 }
 
 /// Whether `body` succeeds; why not goes to `reason`. No exception leaves.
 template <class Body>
 bool Told(std::string* reason, const Body& body) noexcept {
-    try {
-        const Done done = body();
-        if (reason != nullptr) *reason = done ? std::string() : done.error();
-        return done.has_value();
-    } catch (...) {
-        if (reason != nullptr) reason->assign("out of memory");  // so short that no memory is taken for a copy
-        return false;
-    }
+    return Common::AsOperation(false, [&] {
+        try {
+            const Done done = body();
+            if (!done) Common::Say(kFailureFormat, std::string_view(done.error()));
+            if (reason != nullptr) *reason = done ? std::string() : done.error();
+            return done.has_value();
+        } catch (...) {
+            if (reason != nullptr) reason->assign("out of memory");  // so short that no memory is taken for a copy
+            throw;
+        }
+    });
 }
 
 }  // namespace

@@ -86,4 +86,15 @@ TEST(FormatFacts, TheFormatsFollowOneAnotherWithoutReservedNumbers) {
     EXPECT_EQ(NextFormat(static_cast<EFormat>(1000)), kUnknown);
 }
 
+TEST(FormatFacts, BlocksOfColoursHaveAnSrgbVariantAndAllElseIsItsOwn) {
+    EXPECT_EQ(SrgbVariant(kBC7, true), kBC7Srgb);
+    EXPECT_EQ(SrgbVariant(kBC7Srgb, true), kBC7Srgb);
+    EXPECT_EQ(SrgbVariant(kBC1Srgb, false), kBC1);
+    EXPECT_EQ(SrgbVariant(kBC1, false), kBC1);
+    for (const EFormat format : {kBC4, kBC5Snorm, kBC6H, kR8G8B8A8, kUnknown}) {
+        EXPECT_EQ(SrgbVariant(format, true), format);
+        EXPECT_EQ(SrgbVariant(format, false), format);
+    }
+}
+
 }  // namespace

@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -282,12 +283,12 @@ TEST(MipChain, ColoursThatStayTheSameKeepTheirNumbersUnderTheCurve) {
     // Every integer, each as a square of four.
     for (const auto& [format, side] : {std::pair{kL8, 16}, {kL16, 256}}) {
         const TextureShape shape = ShapeOf(format, 2 * side, 2 * side);
-        Values pixels, all;
+        Values pixels, all(static_cast<std::size_t>(side) * static_cast<std::size_t>(side));
+        std::iota(all.begin(), all.end(), 0.0);
         for (int y = 0; y < 2 * side; ++y)
             for (int x = 0; x < 2 * side; ++x)
-                pixels.push_back(y / 2 * side + x / 2);
-        for (int i = 0; i < side * side; ++i)
-            all.push_back(i);
+                pixels.push_back(all[static_cast<std::size_t>(y / 2) * static_cast<std::size_t>(side) +
+                                     static_cast<std::size_t>(x / 2)]);
         EXPECT_EQ(Chain(shape, pixels, Linear()).Values(1), all);
     }
 }
@@ -336,6 +337,7 @@ TEST(MipChain, ThreadsMakeChainsSideBySide) {
     std::array<ByteVector, 3> results;
     {
         std::vector<std::jthread> threads;
+        threads.reserve(results.size());
         for (ByteVector& result : results)
             threads.emplace_back([&] { result = Chain(shape, pixels, Linear()).bytes; });
     }

@@ -33,6 +33,11 @@ TextureShape CubeOf(EFormat format, int side) {
     return ShapeOf(format, side, side, 1, kTextureCube);
 }
 
+/// Where a pixel of a face stands in its rows.
+std::size_t PixelAt(int x, int y, int side) {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(side) + static_cast<std::size_t>(x);
+}
+
 // --- By hand ---------------------------------------------------------------------------------------------------------
 
 /// Level 1 of a cube of 4 x 4, under a triangle, that is 0 but for 64 at one pixel of the face ahead.
@@ -65,8 +70,10 @@ TEST(MipCube, BeyondACornerIsTheMeanOfThree) {
 
 TEST(MipCube, ABoxOfEvenSidesStaysWithinItsFace) {
     Values pixels(6 * 4, 0.0);
-    for (std::size_t i = 0; i < pixels.size(); ++i)
-        pixels[i] = static_cast<double>(i / 4) * 10 + static_cast<double>(i % 4);
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const std::size_t face = i / 4;
+        pixels[i] = static_cast<double>(face * 10 + i % 4);
+    }
     const MipTexture texture = Chain(CubeOf(kR32F, 2), pixels);
     for (int face = 0; face < kCubeFaces; ++face)
         EXPECT_EQ(texture.Values(1, face), Values{face * 10 + 1.5});
@@ -117,7 +124,7 @@ TEST(MipCube, ASmoothSkyIsTheSameSkyAtEveryEdge) {
                 for (int y = 0; y < side; ++y) {
                     for (int x = 0; x < side; ++x) {
                         const vec3<float> d = Unit(face, x, y, side);
-                        const auto at = static_cast<std::size_t>((y * side + x) * 3);
+                        const std::size_t at = PixelAt(x, y, side) * 3;
                         ASSERT_NEAR(values[at], static_cast<double>(d.x), allowed)
                             << filter << level << face << " " << x << " " << y;
                         ASSERT_NEAR(values[at + 1], static_cast<double>(d.y), allowed) << filter << level << face;
@@ -139,7 +146,7 @@ TEST(MipCube, FacesThatDifferMeetAtTheirEdges) {
     const auto step = [&](const MipTexture& texture, int level) {
         const int side = kSide >> level, row = side / 2;
         const Values ahead = texture.Values(level, kAhead), right = texture.Values(level, kRight);
-        return ahead[static_cast<std::size_t>(row * side + side - 1)] - right[static_cast<std::size_t>(row * side)];
+        return ahead[PixelAt(side - 1, row, side)] - right[PixelAt(0, row, side)];
     };
     const MipTexture box = Chain(shape, pixels), wide = Chain(shape, pixels, WithFilter(kResampleTriangle));
     EXPECT_EQ(step(box, 3), kAhead - kRight);

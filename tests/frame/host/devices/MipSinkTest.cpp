@@ -44,10 +44,10 @@ private:
 
 /// The pictures of packed pixels.
 std::vector<const void*> PicturesIn(const TextureShape& shape, const ByteVector& pixels) {
-    const auto count = static_cast<std::size_t>(shape.elements * FaceCount(shape.type));
-    std::vector<const void*> pictures;
+    const std::size_t count = static_cast<std::size_t>(shape.elements) * static_cast<unsigned>(FaceCount(shape.type));
+    std::vector<const void*> pictures(count);
     for (std::size_t i = 0; i < count; ++i)
-        pictures.push_back(pixels.data() + pixels.size() / count * i);
+        pictures[i] = pixels.data() + pixels.size() / count * i;
     return pictures;
 }
 

@@ -218,10 +218,10 @@ Grid Halved(const Grid& from, int times, int channels, const MipOptions& options
                 for (const auto& slice : Side{from.depth, to.depth}.Taps(z, options)) {
                     for (const auto& row : Side{from.height, to.height}.Taps(y, options)) {
                         for (const auto& column : Side{from.width, to.width}.Taps(x, options)) {
-                            const int at = ((slice.at * from.height + row.at) * from.width + column.at) * channels;
-                            for (int c = 0; c < channels; ++c)
-                                sums[static_cast<std::size_t>(c)] += slice.weight * row.weight * column.weight *
-                                                                     from.values[static_cast<std::size_t>(at + c)];
+                            const int pixel = (slice.at * from.height + row.at) * from.width + column.at;
+                            const std::size_t at = static_cast<std::size_t>(pixel) * sums.size();
+                            for (std::size_t c = 0; c < sums.size(); ++c)
+                                sums[c] += slice.weight * row.weight * column.weight * from.values[at + c];
                         }
                     }
                 }

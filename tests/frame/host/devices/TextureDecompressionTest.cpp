@@ -61,7 +61,8 @@ Bytes ByLibrary(const DdsFile& file, int channels, OIIO::TypeDesc type) {
 }
 
 DdsFile FileOf(std::uint32_t dxgi, Bytes blocks) {
-    DdsFile file{.width = kSide, .height = kSide};
+    DdsFile file;
+    file.width = file.height = kSide;
     file.Dxgi(dxgi);
     file.data = std::move(blocks);
     return file;

@@ -4,6 +4,7 @@
 #include <kavra/devices/AFormatConvertor.h>
 #include <kavra/devices/TextureCompressor.h>
 
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -23,7 +24,7 @@ inline constexpr Devices::EFormat kBlockFormats[] = {
 struct Picture {
     int width = 0;
     int height = 0;
-    Bytes pixels{};
+    Bytes pixels;
 
     Picture(int columns, int rows) : width(columns), height(rows), pixels(Count() * 4) {}
     std::size_t Count() const { return static_cast<std::size_t>(width) * static_cast<std::size_t>(height); }
@@ -44,6 +45,20 @@ Picture Made(int width, int height, const ValueAt& value) {
             for (std::size_t channel = 0; channel < 4; ++channel)
                 picture.At(x, y, channel) = static_cast<unsigned char>(value(x, y, channel));
     return picture;
+}
+
+inline constexpr Devices::ECompressionEffort kEfforts[] = {Devices::kCompressionFast, Devices::kCompressionGood,
+                                                           Devices::kCompressionBest};
+
+inline Devices::CompressionOptions With(Devices::ECompressionEffort effort) {
+    Devices::CompressionOptions options;
+    options.effort = effort;
+    return options;
+}
+
+/// A picture of one colour.
+inline Picture Flat(std::array<unsigned char, 4> colour, int width = 4, int height = 4) {
+    return Made(width, height, [&](int, int, std::size_t channel) { return colour[channel]; });
 }
 
 /// Colours that change slowly, each channel in a direction of its own, and alpha from side to side.

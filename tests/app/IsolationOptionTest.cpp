@@ -1,0 +1,52 @@
+// Files that the command has decoded by a confined process.
+
+#include "app/Answers.h"
+#include "app/PictureFiles.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using namespace Kavra::Tests;
+
+TEST(IsolationOption, GivesTheSameFilesAsWithoutIt) {
+    const TemporaryFolder folder;
+    for (const char* const sample : {"photo.jpg", "cutout.png", "cube-mips.dds", "photo.pcx", "sunset.exr"}) {
+        const auto plain = RunKavra({"convert", Sample(sample), folder / "plain.png"});
+        const auto isolated = RunKavra({"convert", Sample(sample), folder / "isolated.png", "--isolated"});
+        EXPECT_EQ(plain.status, 0) << sample;
+        EXPECT_EQ(isolated.status, 0) << sample;
+        EXPECT_EQ(isolated.error, plain.error) << sample;
+        EXPECT_EQ(ReadAll(folder / "isolated.png"), ReadAll(folder / "plain.png")) << sample;
+    }
+}
+
+TEST(IsolationOption, EveryCommandThatReadsTakesIt) {
+    const TemporaryFolder folder;
+    const std::string in = Sample("photo.jpg");
+    const std::vector<Words> commands = {{"info", in},
+                                         {"dump", in, "--out", folder / "block"},
+                                         {"convert", in, folder / "out.png"},
+                                         {"resize", in, folder / "out.png", "--size", "5x5"},
+                                         {"crop", in, folder / "out.png", "--rect", "0,0,2,2"},
+                                         {"sheet", folder / "sheet.png", in},
+                                         {"tile", in, folder / "out.png", "--repeat", "2x2"}};
+    for (const Words& command : commands)
+        ExpectDone(Joined({command, {"--isolated", "--timeout", "50", "--memory", "2G"}}));
+}
+
+TEST(IsolationOption, MemoryBoundsTheDecoder) {
+    const TemporaryFolder folder;
+    const std::string in = Sample("photo.jpg");  // a block of 600 KiB
+    EXPECT_EQ(RunKavra({"convert", in, folder / "out.png", "--isolated", "--memory", "300K"}).status, 1);
+    EXPECT_EQ(RunKavra({"convert", in, folder / "out.png", "--isolated", "--memory", "300M"}).status, 0);
+}
+
+TEST(IsolationOption, BoundsThatAreNoneAreWrongUsage) {
+    const TemporaryFolder folder;
+    const Words command = {"convert", Sample("photo.jpg"), folder / "out.png", "--isolated"};
+    for (const Words& wrong : {Words{"--timeout", "0"}, Words{"--timeout", "x"}, Words{"--memory", "0"}})
+        EXPECT_EQ(RunKavra(Joined({command, wrong})).status, 2);
+}

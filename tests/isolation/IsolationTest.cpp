@@ -1,0 +1,277 @@
+// Files that a confined process decodes: the same answers, and nothing of what a decoder may be brought to do.
+
+#include "isolation/PictureAnswers.h"
+
+#include <kavra/devices/DecoderProcess.h>
+#include <kavra/devices/IImageFormatHandler.h>
+#include <kavra/devices/LoadPreferences.h>
+#include <kavra/objects/OS.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <fstream>
+#include <thread>
+
+using namespace Kavra::Devices;
+using namespace Kavra::Tests;
+
+namespace {
+
+// Sanitizers have answers of their own to what is provoked here.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kIsSanitized = true;
+#else
+constexpr bool kIsSanitized = false;
+#endif
+
+class Isolation : public testing::Test {
+protected:
+    explicit Isolation(const char* module = KAVRA_MODULE) { SetDecoder(nullptr, module); }
+    ~Isolation() override { SetDecoder(nullptr, nullptr); }
+
+    static LoadPreferences Isolated() {
+        LoadPreferences preferences;
+        preferences.isolated = true;
+        return preferences;
+    }
+
+    void Compare(const std::filesystem::path& path, const LoadRequest& request = {}) {
+        const Answers plain = AnswersOfFile(handler, path, request);
+        const LoadPreferencesScope scope(Isolated());
+        const Answers isolated = AnswersOfFile(handler, path, request);
+        ExpectSame(isolated, plain, path);
+        loaded += isolated.loaded.empty() ? 0 : 1;
+    }
+
+    OIIOImageHandler handler;
+    int loaded = 0;
+};
+
+/// With a module that does what a hostile file may bring a decoder to do.
+class HostileDecoder : public Isolation {
+protected:
+    HostileDecoder() : Isolation(KAVRA_FAULTY_MODULE) {}
+
+    /// Loads a file whose name says what is to happen.
+    Answers Provoke(const std::string& what, LoadPreferences preferences = Isolated()) {
+        const std::filesystem::path path = folder / ("x." + what);
+        std::ofstream(path) << "bytes";
+        const LoadPreferencesScope scope(preferences);
+        const MessageRecorder recorder;
+        Answers answers;
+        ClearLastFailure();
+        ImageDescription desc;
+        answers.Take(Owned<IMemoryWrapper<void>>(
+                         handler.LoadTexture(desc, Wide(path), 0, 0, 1, kUnknown, false, 0, kTopLeft, nullptr)),
+                     desc);
+        answers.messages = recorder.Entries();
+        return answers;
+    }
+
+    /// One failure, told in the words of every other, and a decoder that decodes the next file.
+    void ExpectContained(const Answers& answers, EFailureKind kind) {
+        EXPECT_TRUE(answers.block.empty());
+        EXPECT_EQ(answers.failure, kind) << answers.reason;
+        ASSERT_EQ(answers.messages.size(), 1U);
+        EXPECT_EQ(answers.messages[0].text, L"format is not supported");
+        Compare(Sample("grey.png"));
+        EXPECT_GT(loaded, 0);
+    }
+
+    std::vector<std::int32_t> ErrorsOf(const std::string& what) {
+        const Answers answers = Provoke(what);
+        std::vector<std::int32_t> errors(answers.block.size() / sizeof(std::int32_t));
+        if (!errors.empty()) std::memcpy(errors.data(), answers.block.data(), answers.block.size());
+        return errors;
+    }
+
+    TemporaryFolder folder;
+};
+
+/// Takes what it is offered first.
+class Chooser final : public IImageFormatHandler {
+public:
+    void Delete() override {}
+    EFormat ChooseFormat(EFormat fileFormat, int usage) override {
+        offered = fileFormat;
+        usageSaid = usage;
+        return kB8G8R8A8;
+    }
+    EFormat offered = kUnknown;
+    int usageSaid = -1;
+};
+
+}  // namespace
+
+TEST_F(Isolation, EverySampleIsAnsweredAsWithoutIt) {
+    for (const auto& path : AllSamples()) {
+        const bool namesAnotherFile = path.filename() == "engraving-directory.rlc";
+        if (!namesAnotherFile) Compare(path);
+    }
+    for (const char* const name : {"bands/photo.bil", "bands/map.bil", "common/coast.bil", "common/pages.dcx"})
+        Compare(Sample(name));
+    EXPECT_GT(loaded, 50);
+}
+
+TEST_F(Isolation, EveryHostileFileIsAnsweredAsWithoutIt) {
+    for (const auto& path : HostileFiles()) {
+        const bool floods = path.filename() == "legacy-loaded-196608-warnings.pcx";
+        if (!floods) Compare(path);
+    }
+}
+
+TEST_F(Isolation, PathsWithoutAFileAreAnsweredAsWithoutIt) {
+    const TemporaryFolder folder;
+    for (const char* const name : {"missing.png", "missing.dds", "missing", "."})
+        Compare(folder / name);
+    EXPECT_EQ(loaded, 0);
+}
+
+TEST_F(Isolation, SmallerAndTurnedPicturesAreTheSame) {
+    for (const char* const name : {"photo.jpg", "cube-mips.dds", "rgba.exr", "photo.pict", "pages.tif"})
+        Compare(Sample(name), {.width = 30, .height = 20, .format = kR8G8B8A8, .orientation = kRightTop});
+    EXPECT_EQ(loaded, 5);
+}
+
+TEST_F(Isolation, TheHostIsAskedForTheFormat) {
+    Chooser chooser;
+    const LoadPreferencesScope scope(Isolated());
+    ImageDescription desc;
+    const Owned<IMemoryWrapper<void>> block(
+        handler.LoadTexture(desc, Wide(Sample("photo.jpg")), 0, 0, 1, kUnknown, false, 0, kTopLeft, &chooser));
+    ASSERT_TRUE(block);
+    EXPECT_EQ(desc.format, kB8G8R8A8);
+    EXPECT_EQ(chooser.offered, kR8G8B8A8);
+    EXPECT_EQ(chooser.usageSaid, kUsageTexture2D);
+}
+
+TEST_F(Isolation, BlocksAreTheHostsToWriteAndToFreeAsAllOthers) {
+    const LoadPreferencesScope scope(Isolated());
+    ImageDescription desc;
+    Owned<IMemoryWrapper<void>> block(
+        handler.LoadTexture(desc, Wide(Sample("photo.jpg")), 0, 0, 1, kUnknown, false, 0, kTopLeft, nullptr));
+    ASSERT_TRUE(block);
+    std::memset(block->mData, 7, desc.dataSize);
+    void* const data = std::exchange(block->mData, nullptr);  // kept beyond the wrapper
+    block.reset();
+    EXPECT_EQ(static_cast<const unsigned char*>(data)[desc.dataSize - 1], 7);
+    Kavra::Objects::KavraDelete(data);
+}
+
+TEST_F(Isolation, PicturesInMemoryAreTheSame) {
+    const std::vector<unsigned char> bytes = ReadAll(Sample("photo.jpg"));
+    const MemoryFile file{bytes.data(), bytes.size(), L"x.jpg"};
+    ImageDescription plain, isolated;
+    const Owned<IMemoryWrapper<void>> one(
+        handler.LoadMemory(plain, file, 0, 0, 1, kUnknown, false, 0, kTopLeft, nullptr));
+    const LoadPreferencesScope scope(Isolated());
+    const Owned<IMemoryWrapper<void>> other(
+        handler.LoadMemory(isolated, file, 0, 0, 1, kUnknown, false, 0, kTopLeft, nullptr));
+    ASSERT_TRUE(one && other);
+    EXPECT_EQ(TextOf(plain), TextOf(isolated));
+    EXPECT_EQ(std::memcmp(one->mData, other->mData, plain.dataSize), 0);
+}
+
+TEST_F(Isolation, ManyThreadsAtOnceGetTheirOwnPictures) {
+    const Answers photo = AnswersOfFile(handler, Sample("photo.jpg"), {});
+    const Answers cube = AnswersOfFile(handler, Sample("cube-mips.dds"), {});
+    const auto load = [&](const char* name) {
+        const LoadPreferencesScope scope(Isolated());
+        ImageDescription desc;
+        Answers answers;
+        answers.Take(Owned<IMemoryWrapper<void>>(
+                         handler.LoadTexture(desc, Wide(Sample(name)), 0, 0, 1, kUnknown, false, 0, kTopLeft, nullptr)),
+                     desc);
+        return answers.block;
+    };
+    int wrong = 0;
+    std::vector<std::jthread> threads;
+    threads.reserve(8);
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < 5; ++round) {
+                const bool isSame =
+                    (i + round) % 2 == 0 ? load("photo.jpg") == photo.block : load("cube-mips.dds") == cube.block;
+                if (!isSame) __atomic_add_fetch(&wrong, 1, __ATOMIC_RELAXED);
+            }
+        });
+    }
+    threads.clear();
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(Isolation, ADecoderThatCannotBeStartedIsSaidSoAndNothingIsDecodedInItsPlace) {
+    SetDecoder("/nowhere/kavra-decoder", nullptr);
+    const LoadPreferencesScope scope(Isolated());
+    const Answers answers = AnswersOfFile(handler, Sample("photo.jpg"), {});
+    EXPECT_TRUE(answers.block.empty() && answers.desc.empty() && answers.inspection.empty());
+    EXPECT_EQ(answers.failure, kFailureOther);
+    EXPECT_NE(answers.reason.find("/nowhere/kavra-decoder"), std::string::npos) << answers.reason;
+}
+
+TEST_F(HostileDecoder, ThatAbortsIsItsFilesFailure) {
+    const Answers answers = Provoke("abort");
+    EXPECT_NE(answers.reason.find("SIGABRT"), std::string::npos) << answers.reason;
+    ExpectContained(answers, kFailureDecoderDied);
+}
+
+TEST_F(HostileDecoder, ThatWritesWhereThereIsNothingIsItsFilesFailure) {
+    if (kIsSanitized) GTEST_SKIP();
+    const Answers answers = Provoke("overrun");
+    EXPECT_NE(answers.reason.find("SIGSEGV"), std::string::npos) << answers.reason;
+    ExpectContained(answers, kFailureDecoderDied);
+}
+
+TEST_F(HostileDecoder, ThatEndsWithoutAnAnswerIsItsFilesFailure) {
+    ExpectContained(Provoke("exit"), kFailureDecoderDied);
+}
+
+TEST_F(HostileDecoder, ThatRunsForEverIsStoppedInTime) {
+    LoadPreferences preferences = Isolated();
+    preferences.timeoutSeconds = 1;
+    for (const char* const what : {"loop", "sleep"}) {
+        const auto begin = std::chrono::steady_clock::now();
+        const Answers answers = Provoke(what, preferences);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(8));
+        EXPECT_EQ(answers.reason, "decoding took longer than 1 s");
+        ExpectContained(answers, kFailureTimedOut);
+    }
+}
+
+TEST_F(HostileDecoder, ThatSwellsIsStoppedAtItsLimit) {
+    if (kIsSanitized) GTEST_SKIP();
+    LoadPreferences preferences = Isolated();
+    preferences.maxDecoderBytes = std::uint64_t{256} << 20;
+    const Answers answers = Provoke("swell", preferences);
+    EXPECT_NE(answers.reason.find("268435456"), std::string::npos) << answers.reason;
+    EXPECT_TRUE(answers.block.empty());
+    EXPECT_EQ(answers.failure, kFailureTooLarge);
+    Compare(Sample("grey.png"));
+    EXPECT_EQ(loaded, 1);
+}
+
+TEST_F(HostileDecoder, ThatSaysMoreOfAFileThanAnyFileSaysIsNotBelieved) {
+    const std::filesystem::path path = folder.Write("x.flood", "bytes");
+    const LoadPreferencesScope scope(Isolated());
+    EXPECT_EQ(handler.Inspect(Wide(path)), nullptr);
+    EXPECT_EQ(LastFailure().kind, kFailureDecoderDied) << LastFailure().text;
+}
+
+TEST_F(HostileDecoder, ThatSpeaksNonsenseIsNotListenedTo) {
+    ExpectContained(Provoke("nonsense"), kFailureDecoderDied);
+}
+
+TEST_F(HostileDecoder, ThatSaysMoreThanItHasIsNotBelieved) {
+    ExpectContained(Provoke("lie"), kFailureDecoderDied);
+}
+
+TEST_F(HostileDecoder, HasNoFilesNoNetworkAndNoProcesses) {
+    if (*DecoderGaps() != '\0') GTEST_SKIP() << DecoderGaps();
+    for (const char* const from : {"calls", "thread"}) {
+        const std::vector<std::int32_t> errors = ErrorsOf(from);
+        ASSERT_EQ(errors.size(), 15U) << from;
+        for (std::size_t i = 0; i < errors.size(); ++i)
+            EXPECT_EQ(errors[i], EACCES) << from << ' ' << i;
+    }
+}
