@@ -6,9 +6,14 @@
 
 #include <kavra/devices/DecoderProcess.h>
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <format>
+#include <mutex>
 #include <string>
+#include <string_view>
 
 namespace Kavra::App {
 
@@ -22,36 +27,53 @@ struct Isolation {
 
 Isolation theIsolation;
 
-void AddTo(CLI::App& command) {
-    command.add_flag_callback(
-        "--isolated",
-        [] {
-            theIsolation.isWanted = true;
-            const std::string gaps = Devices::DecoderGaps();
-            if (!gaps.empty()) WriteError(std::format("kavra: note: {}\n", gaps));
-        },
-        "Decode each file in a confined process, which nothing that a file contains can leave");
-    constexpr std::uint32_t kMaxSeconds = 1'000'000;
-    AddWholeNumber(command, "--timeout", theIsolation.seconds, std::uint32_t{1}, kMaxSeconds,
-                   "With --isolated, the seconds that a file may take; 60 unless said");
-    command
-        .add_option_function<std::string>(
-            "--memory", [](const std::string& text) { theIsolation.bytes = ParseAmount(text, 1024, "--memory"); },
-            "With --isolated, the memory that decoding a file may take, as 500M or 4G; three quarters of the machine's "
-            "unless said")
-        ->type_name("N");
+/// Commands that many files go through, of anybody's.
+constexpr std::array<std::string_view, 3> kIsolating = {"batch", "check", "sheet"};
+
+/// Once, of a system that lacks a part of what confines.
+void SayGaps() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        const std::string gaps = Devices::DecoderGaps();
+        if (!gaps.empty()) WriteError(std::format("kavra: note: {}\n", gaps));
+    });
 }
 
 }  // namespace
 
+void AddIsolationOption(CLI::App& command) {
+    const bool isDefault = std::ranges::contains(kIsolating, command.get_name());
+    const std::string text = "Decode each file in a confined process, which nothing that a file contains can leave";
+    command.add_flag_callback(
+        "--isolated", [] { theIsolation.isWanted = true; }, isDefault ? text + "; so unless --in-process" : text);
+    if (isDefault) {
+        command.preparse_callback([](std::size_t /*words*/) { theIsolation.isWanted = true; });
+        command
+            .add_flag_callback(
+                "--in-process", [] { theIsolation.isWanted = false; },
+                "Decode in this process, which a decoder that fails takes with it")
+            ->excludes("--isolated");
+    }
+    constexpr std::uint32_t kMaxSeconds = 1'000'000;
+    AddWholeNumber(command, "--timeout", theIsolation.seconds, std::uint32_t{1}, kMaxSeconds,
+                   "Of a confined process, the seconds that a file may take; 60 unless said");
+    command
+        .add_option_function<std::string>(
+            "--memory", [](const std::string& text) { theIsolation.bytes = ParseAmount(text, 1024, "--memory"); },
+            "Of a confined process, the memory that decoding a file may take, as 500M or 4G; three quarters of the "
+            "machine's unless said")
+        ->type_name("N");
+}
+
 void AddIsolationOptions(CLI::App& program) {
     const auto reads = [](CLI::App* command) { return command->get_name() != "formats"; };
     for (CLI::App* const command : program.get_subcommands(reads))
-        AddTo(*command);
+        AddIsolationOption(*command);
 }
 
 void AddIsolation(Devices::LoadPreferences& preferences) {
     preferences.isolated = theIsolation.isWanted;
+    if (theIsolation.isWanted) SayGaps();
     preferences.timeoutSeconds = theIsolation.seconds;
     preferences.maxDecoderBytes = theIsolation.bytes;
 }

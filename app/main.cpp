@@ -173,6 +173,7 @@ int main(int argc, char** argv) {
     program.add_option("--plugin", session.plugin, "The image-handler module to load")->type_name("PATH");
     AddCommands(program, session);
     AddBatch(program, session);
+    AddIsolationOption(*program.get_subcommand("batch"));
     AddHelp(program, session);
     AddLoudness(program, session);
     for (CLI::App* command : program.get_subcommands(nullptr))

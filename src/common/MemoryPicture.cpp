@@ -42,7 +42,7 @@ std::optional<std::span<const unsigned char>> MemoryPicture::Find(const wchar_t*
 }
 
 const std::string& MemoryPicture::SystemPath() {
-    if (mCopy >= 0 || mCopyFailed) return mSystemPath;
+    if (!mSystemPath.empty() || mCopyFailed) return mSystemPath;
     mCopy = NewSealedFile(mBytes);
     mCopyFailed = mCopy < 0;
     if (mCopy >= 0) mSystemPath = "/proc/self/fd/" + std::to_string(mCopy);

@@ -40,7 +40,9 @@ public:
     std::optional<std::span<const unsigned char>> Find(const wchar_t* path) const;
     std::span<const unsigned char> Bytes() const { return mBytes; }
 
-    /// Where the system opens a copy of the bytes, made when first asked for; empty where it does not let one.
+    /// Where the system opens the same bytes.
+    void SetSystemPath(std::string path) { mSystemPath = std::move(path); }
+    /// Where it does: as was said, else a copy, made when first asked for; empty where the system does not let one.
     const std::string& SystemPath();
 
     /// Keeps something as long as the picture: what reads the bytes for a library that does not own it.

@@ -37,6 +37,22 @@ TEST(IsolationOption, EveryCommandThatReadsTakesIt) {
         ExpectDone(Joined({command, {"--isolated", "--timeout", "50", "--memory", "2G"}}));
 }
 
+TEST(IsolationOption, CommandsForManyFilesIsolateUnlessToldOtherwise) {
+    const TemporaryFolder folder;
+    const std::string in = Sample("photo.jpg"), list = folder.Write("list", in + "\n");
+    const std::string pattern = folder / "{stem}.png", refusal = "memory";  // that a decoder alone is denied
+    const std::vector<Words> commands = {{"check", in},
+                                         {"sheet", folder / "sheet.png", in},
+                                         {"batch", "--from", list, "--do", "convert", "--out", pattern}};
+    for (const Words& command : commands) {
+        const auto bounded = RunKavra(Joined({command, {"--memory", "4K"}}));
+        EXPECT_EQ(bounded.status, 1) << command.front();
+        EXPECT_NE(bounded.error.find(refusal), std::string::npos) << bounded.error;
+        EXPECT_EQ(RunKavra(Joined({command, {"--memory", "4K", "--in-process"}})).status, 0) << command.front();
+        EXPECT_EQ(RunKavra(Joined({command, {"--isolated", "--in-process"}})).status, 2) << command.front();
+    }
+}
+
 TEST(IsolationOption, MemoryBoundsTheDecoder) {
     const TemporaryFolder folder;
     const std::string in = Sample("photo.jpg");  // a block of 600 KiB

@@ -128,6 +128,22 @@ TEST_F(Isolation, PathsWithoutAFileAreAnsweredAsWithoutIt) {
     EXPECT_EQ(loaded, 0);
 }
 
+TEST_F(Isolation, ReadersThatTakePathsAloneGetThisFileAndNoOther) {
+    const TemporaryFolder folder;
+    const std::string bytes = Fits("\1\2\3\4");
+    const std::filesystem::path path = folder.Write("x.fits", bytes);
+    Compare(path);
+    EXPECT_EQ(loaded, 1);
+    const Answers file = AnswersOfFile(handler, path, {});
+    const LoadPreferencesScope scope(Isolated());
+    ImageDescription desc;
+    Answers memory;
+    memory.Take(Owned<IMemoryWrapper<void>>(handler.LoadMemory(desc, {bytes.data(), bytes.size(), L"x.fits"}, 0, 0, 1,
+                                                               kUnknown, false, 0, kTopLeft, nullptr)),
+                desc);
+    EXPECT_EQ(memory.block, file.block);
+}
+
 TEST_F(Isolation, SmallerAndTurnedPicturesAreTheSame) {
     for (const char* const name : {"photo.jpg", "cube-mips.dds", "rgba.exr", "photo.pict", "pages.tif"})
         Compare(Sample(name), {.width = 30, .height = 20, .format = kR8G8B8A8, .orientation = kRightTop});

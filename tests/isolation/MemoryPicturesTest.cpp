@@ -5,8 +5,6 @@
 #include <kavra/devices/IMemoryLoader.h>
 #include <kavra/objects/OS.h>
 
-#include <fstream>
-
 using namespace Kavra::Devices;
 using namespace Kavra::Tests;
 using Kavra::OS::FromUtf8;
@@ -79,21 +77,24 @@ TEST_F(MemoryPictures, FilesWhoseNameSaysNothingAreKnownByTheirBytes) {
 }
 
 TEST_F(MemoryPictures, OfAKindWhoseReaderTakesOnlyPathsAreReadAllTheSame) {
-    // FITS, 8 bits, 2 x 2: cards of 80 characters; header and data are blocks of 2880 bytes.
-    std::string bytes;
-    for (std::string card :
-         {"SIMPLE  =                    T", "BITPIX  =                    8", "NAXIS   =                    2",
-          "NAXIS1  =                    2", "NAXIS2  =                    2", "END"}) {
-        card.resize(80, ' ');
-        bytes += card;
-    }
-    bytes.resize(2880, ' ');
-    bytes += "\1\2\3\4";
-    bytes.resize(std::size_t{2} * 2880, '\0');
     const TemporaryFolder other;
-    std::ofstream(other / "x.fits", std::ios::binary) << bytes;
+    other.Write("x.fits", Fits("\1\2\3\4"));
     Compare(other / "x.fits");
     EXPECT_EQ(loaded, 1);
+}
+
+TEST_F(MemoryPictures, AreReadByTheirPathWhereAReaderTakesNothingElse) {
+    const std::filesystem::path path = folder.Write("other.fits", Fits("\5\6\7\10"));
+    const std::string bytes = Fits("\1\2\3\4");
+    MemoryFile file{bytes.data(), bytes.size(), L"x.fits"};
+    file.systemPath = path.c_str();
+    ImageDescription desc;
+    Answers memory;
+    memory.Take(
+        Owned<IMemoryWrapper<void>>(handler.LoadMemory(desc, file, 0, 0, 1, kUnknown, false, 0, kTopLeft, nullptr)),
+        desc);
+    EXPECT_FALSE(memory.block.empty());
+    EXPECT_EQ(memory.block, AnswersOfFile(handler, path, {}).block);
 }
 
 TEST_F(MemoryPictures, HaveNoNeighboursOnTheDisk) {

@@ -29,6 +29,9 @@ struct MemoryFile {
     /// Their names are the picture's with another extension; neighbours of theirs do not count. Null where there are none.
     const MemoryFile* neighbours = nullptr;
     std::size_t neighbourCount = 0;  ///< of `neighbours`
+    /// Where the system opens a file of the same bytes, in UTF-8, for the few readers that take paths alone. Null: they
+    /// get a copy.
+    const char* systemPath = nullptr;
 };
 
 /// Loads pictures from memory. An image handler that can do so is one of these, too:
@@ -44,10 +47,10 @@ struct MemoryFile {
 /// failure, too, if less exactly where the image library says less of bytes than of files. A name that stands inside the
 /// bytes leads nowhere.
 ///
-/// The bytes are decoded where they are. They are copied once, into a file of the system that has no name and goes with
-/// the operation, for the few readers of the image library that take paths alone (Cineon, DICOM, FITS, movies, OpenVDB,
-/// camera raw, Softimage, Zfile) and for hosts whose own readers do; where the system does not let paths of
-/// /proc/self/fd be opened, such files are not read.
+/// The bytes are decoded where they are. Without a `systemPath` they are copied once, into a file of the system that has
+/// no name and goes with the operation, for the few readers of the image library that take paths alone (Cineon, DICOM,
+/// FITS, movies, OpenVDB, camera raw, Softimage, Zfile) and for hosts whose own readers do; where the system does not
+/// let paths of /proc/self/fd be opened, such files are not read.
 ///
 /// A handler of an older module is none: the cast gives null. Preferences of loads hold here, too. Threads: as for
 /// `IImageHandler`.

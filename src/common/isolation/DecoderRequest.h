@@ -64,6 +64,8 @@ struct DecoderEnd {
 
 /// What a child exits with that could not confine itself, and so has read nothing.
 inline constexpr int kUnconfinedExit = 97;
+/// What one exits with that had not even the memory to say so.
+inline constexpr int kMemoryExit = 98;
 
 /// Before each block stands what the host's allocators put there.
 inline constexpr std::size_t kBlockHeaderBytes = 64;

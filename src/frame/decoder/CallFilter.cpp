@@ -27,6 +27,14 @@ constexpr std::uint32_t kMachine = AUDIT_ARCH_AARCH64;
 constexpr std::uint32_t kMachine = 0;
 #endif
 
+/// By which readers open and look at a file, and which are answered here, not by the system (`AnswerFileCalls`).
+constexpr int kAnswered[] = {
+    SYS_openat, SYS_faccessat,
+#if defined(SYS_open)
+    SYS_open,   SYS_stat,      SYS_access,
+#endif
+};
+
 /// Reading and writing what is open, memory, threads, time, and the end. None takes a path or names another process.
 constexpr int kAllowed[] = {
     SYS_read,
@@ -37,6 +45,7 @@ constexpr int kAllowed[] = {
     SYS_pwrite64,
     SYS_lseek,
     SYS_close,
+    SYS_dup,
     SYS_fstat,
     SYS_ftruncate,
     SYS_fallocate,
@@ -87,6 +96,7 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
 
 constexpr std::uint32_t kRefuse = SECCOMP_RET_ERRNO | EACCES;
 constexpr std::uint32_t kUnknown = SECCOMP_RET_ERRNO | ENOSYS;
+constexpr std::uint32_t kAnswer = SECCOMP_RET_TRAP;
 
 /// A program of the kernel's packet filter over the number of a call and its arguments.
 class Program {
@@ -154,7 +164,7 @@ void AddCases(Program& program) {
     });
     program.Case(SYS_newfstatat, [](Program& p) {  // how some C libraries ask of an open file
         p.LoadArgument(3);
-        p.ReturnUnless(AT_EMPTY_PATH, kRefuse);
+        p.ReturnUnless(AT_EMPTY_PATH, kAnswer);
         p.Return(SECCOMP_RET_ALLOW);
     });
     program.Case(SYS_prctl, [](Program& p) {  // names of threads
@@ -172,6 +182,8 @@ Program NewProgram() {
     program.Load(offsetof(seccomp_data, nr));
     for (const int number : kAllowed)
         program.ReturnIf(static_cast<std::uint32_t>(number), SECCOMP_RET_ALLOW);
+    for (const int number : kAnswered)
+        program.ReturnIf(static_cast<std::uint32_t>(number), kAnswer);
     AddCases(program);
     program.Return(kRefuse);
     return program;

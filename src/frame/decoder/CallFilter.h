@@ -7,7 +7,8 @@ namespace Kavra::Decoder {
 bool CanFilterCalls();
 
 /// Leaves the calling process, which has one thread, and all threads that it starts the calls that decoding in memory
-/// needs. All others fail with EACCES: libraries that look for a file go on without it. False where that fails.
+/// needs. Those that take the path of a file are answered by this process itself (`AnswerFileCalls`); all others fail with
+/// EACCES: libraries that look for a file go on without it. False where that fails.
 bool FilterCalls();
 
 }  // namespace Kavra::Decoder

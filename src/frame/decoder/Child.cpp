@@ -4,6 +4,7 @@
 #include "common/isolation/DecoderRecords.h"
 #include "common/isolation/InspectionRecords.h"
 #include "frame/decoder/Confinement.h"
+#include "frame/decoder/FileCalls.h"
 #include "frame/decoder/SharedAllocator.h"
 
 #include <kavra/devices/IImageFormatHandler.h>
@@ -22,6 +23,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Kavra::Decoder {
@@ -126,9 +128,10 @@ MappedFile MapFile(int file, const std::string& name) {
 /// The operation and what it says.
 class Work {
 public:
-    Work(IMemoryLoader& loader, const Common::DecoderRequest& request, const Common::Packet& packet)
+    Work(IMemoryLoader& loader, const Common::DecoderRequest& request, const Common::Packet& packet, std::string path)
         : mLoader(loader),
           mRequest(request),
+          mPath(std::move(path)),
           mSession(packet.descriptors[Common::kSessionDescriptor].Number()),
           mBlocks(packet.descriptors[Common::kPixelsDescriptor].Number(), *Objects::ObjModel::mDefaultAllocator),
           mMessages(mSession),
@@ -173,7 +176,8 @@ private:
                               .size = mMapped[0].size,
                               .name = mMapped[0].name.c_str(),
                               .neighbours = neighbours.data(),
-                              .neighbourCount = neighbours.size()};
+                              .neighbourCount = neighbours.size(),
+                              .systemPath = mPath.empty() ? nullptr : mPath.c_str()};
         switch (mRequest.wish.operation) {
             case DecoderOperation::kLoad:
                 return Load(file);
@@ -221,6 +225,7 @@ private:
 
     IMemoryLoader& mLoader;
     const Common::DecoderRequest& mRequest;
+    std::string mPath;  ///< by which the picture can be opened
     Session mSession;
     SharedAllocator mBlocks;
     Messages mMessages;
@@ -242,11 +247,14 @@ void RunChild(IImageHandler& handler, const Common::DecoderRequest& request, con
     const auto threads = static_cast<std::uint64_t>(std::max(sysconf(_SC_NPROCESSORS_ONLN), 1L));
     const Bounds bounds{.addressBytes = request.wish.maxBytes,
                         .seconds = (std::uint64_t{request.wish.timeoutSeconds} + 1) * threads};
+    std::string path = AnswerFileCalls(packet.descriptors[Common::kFirstFileDescriptor].Number());
     if (!Confine(bounds, system)) _exit(Common::kUnconfinedExit);
     try {
         auto* const loader = dynamic_cast<IMemoryLoader*>(&handler);
         if (loader == nullptr) _exit(kFailedExit);
-        Work(*loader, request, packet).Run();
+        Work(*loader, request, packet, std::move(path)).Run();
+    } catch (const std::bad_alloc&) {
+        _exit(Common::kMemoryExit);
     } catch (const std::exception&) {
         _exit(kFailedExit);
     }

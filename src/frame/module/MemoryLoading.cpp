@@ -25,6 +25,7 @@ Answer* WithMemory(const MemoryFile& file, Operation&& operation) {
             const MemoryFile& neighbour = file.neighbours[i];
             if (neighbour.name != nullptr) picture.AddNeighbour(neighbour.name, BytesOf(neighbour));
         }
+        if (file.systemPath != nullptr) picture.SetSystemPath(file.systemPath);
         return operation(name);
     });
 }

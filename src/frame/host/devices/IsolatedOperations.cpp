@@ -223,7 +223,9 @@ private:
         const bool isSlow = !mEnded || mEnded->timedOut || (WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU);
         if (isSlow) return Fail(kFailureTimedOut, "decoding took longer than " + std::to_string(mSeconds) + " s");
         if (mIsNonsense) return Fail(kFailureDecoderDied, "the process that decoded the file gave a damaged answer");
-        if (mFailure && mFailure->report.kind == kFailureOutOfMemory) return Fail(kFailureTooLarge, MemoryText());
+        const bool hadNone = WIFEXITED(status) && WEXITSTATUS(status) == Common::kMemoryExit;
+        if (hadNone || (mFailure && mFailure->report.kind == kFailureOutOfMemory))
+            return Fail(kFailureTooLarge, MemoryText());
         if (WIFSIGNALED(status)) {
             const char* const name = sigabbrev_np(WTERMSIG(status));
             const std::string signal = name != nullptr ? std::string("SIG") + name : std::to_string(WTERMSIG(status));
