@@ -31,6 +31,8 @@ constexpr auto kWords = std::to_array<Word>({
     {"limits:", kFailureTooLarge},
     {"exceeds the", kFailureTooLarge},
     {"too large", kFailureTooLarge},
+    {"maximum supported", kFailureTooLarge},
+    {"may not exceed", kFailureTooLarge},
     {"too big", kFailureTooLarge},
     {"not supported", kFailureUnsupported},
     {"unsupported", kFailureUnsupported},
@@ -39,11 +41,13 @@ constexpr auto kWords = std::to_array<Word>({
     {"does not support", kFailureUnsupported},
 });
 
-/// The first line that has words: those behind it go into detail, or say how to use the library.
+/// The first line that has words: those behind it go into detail, or say how to use the library. Without the empty
+/// parentheses of a detail that there is none of.
 std::string FirstLine(std::string_view errors, std::string_view path) {
     while (!errors.empty()) {
         const std::size_t end = std::min(errors.find('\n'), errors.size());
         std::string line = Common::OneLine(errors.substr(0, end), path);
+        if (line.ends_with(" ()")) line.resize(line.size() - 3);
         if (!line.empty()) return line;
         errors.remove_prefix(std::min(end + 1, errors.size()));
     }

@@ -77,6 +77,12 @@ void LibraryFile::SayWhy() {
     const bool isFormat = speaksOf("support") || speaksOf("channels") || speaksOf("resolution");
     if (isFormat) Common::Say(kFailureFormat, std::string_view(Common::OneLine(words)));
     if (words.empty() || speaksOf("open") || speaksOf("create")) return Common::SayOfPathToWrite(mPath.ToChars(), 0);
+    if (lower.starts_with("unknown error")) {
+        const std::string extension = std::filesystem::path(Common::ToUtf8(mPath.ToChars())).extension().string();
+        return Common::Say(kFailureCannotWrite,
+                           "the writer of {} files gives no reason; its library may have no encoder",
+                           Common::OneLine(extension));
+    }
     if (!isFormat)
         Common::Say(kFailureCannotWrite, std::string_view(Common::OneLine(words, Common::ToUtf8(mPlace->Path()))));
 }

@@ -11,6 +11,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -34,6 +36,12 @@ struct BadFile {
     std::string reason;
 };
 
+std::string ExpectFailure(const Words& words) {
+    const ProgramResult result = RunKavra(words);
+    EXPECT_EQ(result.status, 1);
+    return result.error;
+}
+
 /// Files that there is nothing to read of.
 std::vector<BadFile> BadFiles(const TemporaryFolder& folder) {
     std::filesystem::create_directory(folder / "folder.png");
@@ -51,6 +59,25 @@ std::vector<BadFile> BadFiles(const TemporaryFolder& folder) {
 }
 
 }  // namespace
+
+TEST(FailureLines, ThatASideIsTooLongNamesTheLimit) {
+    const TemporaryFolder folder;
+    const std::filesystem::path wide =
+        folder.Write("wide.ppm", "P6 70000 3 255\n" + std::string(std::size_t{70000} * 9, 'x'));
+    EXPECT_NE(ExpectFailure({"info", wide}).find("65535"), std::string::npos);
+    std::vector<unsigned char> jpeg = ReadAll(Sample("photo.jpg"));
+    const std::array<unsigned char, 4> frame = {0xFF, 0xC0, 0x00,
+                                                0x11};  // ITU-T T.81, B.2.2: precision, then the sides
+    const auto header = std::ranges::search(jpeg, frame);
+    ASSERT_FALSE(header.empty());
+    constexpr std::ptrdiff_t kSides = 5, kSidesEnd = 9;
+    std::fill(header.begin() + kSides, header.begin() + kSidesEnd, 0xFF);
+    const std::string error = ExpectFailure({"info", folder.Write("tall.jpg", jpeg)});
+    EXPECT_TRUE(error.ends_with("Maximum supported image dimension is 65500 pixels\n")) << error;
+    const std::filesystem::path line =
+        folder.Write("line.ppm", "P6 65535 1 255\n" + std::string(std::size_t{65535} * 3, 'x'));
+    EXPECT_NE(ExpectFailure({"convert", line, folder / "line.jpg"}).find("65500"), std::string::npos);
+}
 
 TEST(FailureLines, AFileThatCannotBeReadHasOneLineWithItsReasonBehindTheMessageOfTheHandler) {
     const TemporaryFolder folder;

@@ -23,16 +23,19 @@ TEST(FileSignatures, AFormatsFirstBytesDecide) {
     EXPECT_TRUE(MayBe("tiff", "MM\0\x2B"s));
     EXPECT_TRUE(MayBe("jpeg2000", "\0\0\0\x0CjP  \r\n\x87\n"s));
     EXPECT_TRUE(MayBe("dicom", std::string(128, '\0') + "DICM\x02\0"s));
+    for (const char* start : {"P1\n", "P6 ", "P7\n", "PF\n", "Pf\n"})
+        EXPECT_TRUE(MayBe("pnm", start)) << start;
+    EXPECT_FALSE(MayBe("pnm", "P8\n"));
     EXPECT_FALSE(MayBe("png", "II\x2A\0"s));
-    for (const char* format : {"dds", "dicom", "dpx", "fits", "gif", "iff", "jpeg", "jpeg2000", "openexr", "png", "psd",
-                               "sgi", "softimage", "tiff"}) {
+    for (const char* format : {"dds", "dicom", "dpx", "fits", "gif", "iff", "jpeg", "jpeg2000", "openexr", "png", "pnm",
+                               "psd", "sgi", "softimage", "tiff"}) {
         EXPECT_FALSE(MayBe(format, "")) << format << " is no zeros";
         EXPECT_FALSE(MayBeOfFormat(format, {})) << format;
     }
 }
 
 TEST(FileSignatures, FormatsWithoutOneMayBeAnything) {
-    for (const char* format : {"targa", "rla", "raw", "ffmpeg", "webp", "pnm", "of a later library"}) {
+    for (const char* format : {"targa", "rla", "raw", "ffmpeg", "webp", "of a later library"}) {
         EXPECT_TRUE(MayBe(format, "")) << format;
         EXPECT_TRUE(MayBeOfFormat(format, {})) << format;
     }
