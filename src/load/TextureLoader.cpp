@@ -29,6 +29,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <format>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -87,9 +88,11 @@ bool SeekSubimage(OIIO::ImageInput& input, int subimage, int level) {
     return spec.width <= width && spec.height <= height && (spec.width < width || spec.height < height);
 }
 
-/// Which frame or level is not there, in the caller's numbers, and how many there are.
+/// Which frame or level is not there, in the caller's numbers, and how many there are. The file is opened anew: readers
+/// that have looked for what is not there may know no more of what is.
 void SayWhatIsThere(const TextureLoad& load) {
-    OIIO::ImageInput& input = *load.input;
+    const std::unique_ptr<OIIO::ImageInput> fresh = OpenInput(load.path);
+    OIIO::ImageInput& input = fresh ? *fresh : *load.input;
     const int count = CountPictures(input, load.fileType);
     if (load.index >= count) {
         const char* const what = load.IsDds() ? "mip level" : "frame";

@@ -147,6 +147,10 @@ TEST(FailureLines, AFrameThatIsNotThereIsSaidWithThoseThatAre) {
     ExpectFailed({"convert", in, out, "--frame", "7"}, range + ErrorLine(in, reason));
     const std::string echo = WarningLine(in, kUnsupported);
     ExpectFailed({"convert", in, out, "--frame", "7", "--verbose"}, range + echo + ErrorLine(in, reason));
+    const std::filesystem::path movie = Sample("spinner.gif");
+    ExpectFailed(
+        {"convert", movie, out, "--frame", "99"},
+        WarningLine(movie, "Frame index out of range") + ErrorLine(movie, "there is no frame 99; the file has 8"));
     ExpectWrongUsage({"convert", in, out, "--frame", "-3"},
                      "convert: error: --frame: -3 is no whole number, 0 or more");
 }
