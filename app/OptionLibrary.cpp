@@ -1,4 +1,4 @@
-// What the option library has in headers alone, compiled once: with it each file of the command takes four times as long.
+// What the option library has in headers alone, compiled once: in each file it would double the time that the command takes to build.
 
 #include <CLI/CLI.hpp>
 #include <CLI/impl/App_inl.hpp>
