@@ -100,6 +100,14 @@ bool IsIgnored(int number) {
     return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
+/// Another signal ends the program as it ends others, whatever keeps it from tidying up.
+void EndByTheNext(const sigset_t& signals) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        if (sigismember(&signals, number) == 1) (void)signal(number, SIG_DFL);
+    }
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
 bool endsByBrokenPipe = true;
 
 std::string ErrorText(int code) {
@@ -211,6 +219,7 @@ void WatchForInterruption() {
     std::thread([signals] {
         int number = 0;
         sigwait(&signals, &number);
+        EndByTheNext(signals);
         AbandonUnfinished();
         _exit(128 + number);
     }).detach();

@@ -45,7 +45,8 @@ std::string FolderObstacle(const std::filesystem::path& path);
 /// larger. Tried, as no question to the file system answers that. Empty when nothing speaks against it.
 std::string GrowthObstacle(const std::filesystem::path& path, std::uint64_t bytes);
 
-/// Removes the unfinished files and ends the program when it is interrupted; a broken pipe and a file that grew too
+/// Removes the unfinished files and ends the program at once when it is interrupted, whatever it is in the middle of, and
+/// without even that at the second signal; a broken pipe and a file that grew too
 /// large become errors of the write. To be called once, before any other thread is started.
 void WatchForInterruption();
 

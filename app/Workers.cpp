@@ -3,6 +3,7 @@
 #include "LibraryLines.h"
 #include "ResultWatch.h"
 #include "Results.h"
+#include "StageBar.h"
 #include "StandardStreams.h"
 
 #include <unistd.h>
@@ -17,6 +18,8 @@
 
 namespace Kavra::App {
 namespace {
+
+std::atomic<int> activeBars = 0;
 
 /// Prints finished reports in order, however they finish.
 class Printer {
@@ -49,6 +52,7 @@ private:
 void Attempt(Report& report, const std::function<void()>& work) {
     const LibraryLineScope lines(report);
     const WorkTimer timer(report);
+    const StageBar bar;
     try {
         work();
     } catch (const std::bad_alloc&) {
@@ -123,10 +127,17 @@ std::vector<Report> MakeReports(const std::vector<std::string>& files) {
 }
 
 Progress::Progress(std::size_t total)
-    : mTotal(total), mActive(total > 1 && !PrintsOnlyErrors() && isatty(ErrorStream())) {}
+    : mTotal(total), mActive(total > 1 && !PrintsOnlyErrors() && isatty(ErrorStream())) {
+    if (mActive) ++activeBars;
+}
 
 Progress::~Progress() {
     Hide();
+    if (mActive) --activeBars;
+}
+
+bool Progress::IsShown() {
+    return activeBars > 0;
 }
 
 void Progress::Show(std::size_t done) {

@@ -43,6 +43,9 @@ public:
     /// Takes the bar off the screen, so that something else can be printed.
     void Hide();
 
+    /// Whether there is such a bar now, so that no other is to be drawn.
+    static bool IsShown();
+
 private:
     std::size_t mTotal;
     bool mActive;

@@ -3,6 +3,7 @@
 #include "analysis/LightDirections.h"
 
 #include "analysis/LightSamples.h"
+#include "common/Progress.h"
 #include "common/Reasons.h"
 
 #include <cmath>
@@ -85,11 +86,15 @@ unsigned FindLightDirections(const ImageDescription& desc, const void* data, vec
     Samples samples = Analysis::SampleMap(*map);
     Analysis::KeepBrightSamples(samples);
     unsigned found = 0;
+    Common::ProgressMeter meter(kProgressAnalysing, samples.size());
     for (; found < maxCount && !samples.empty(); ++found) {
+        const std::size_t before = samples.size();
         const Light light = TakeLight(samples);
+        meter.Advance(before - samples.size());
         directions[found] = light.direction;
         colours[found] = light.colour;
     }
+    meter.Advance(samples.size());
     return found;
 }
 

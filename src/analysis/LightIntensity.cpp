@@ -65,8 +65,8 @@ WeightedSums SumMap(const EnvironmentMap& map, bool upperHemisphere) {
     const auto height = static_cast<std::size_t>(map.height);
     const std::size_t serialRows = kSerialBytes / (width * Analysis::PixelBytes(map.kind));
     std::size_t y = 0;
-    Common::ForEachInOrder<ColourSums>(
-        upperHemisphere ? height / 2 : height, serialRows,
+    Common::ForEachInOrderOf<ColourSums>(
+        kProgressAnalysing, upperHemisphere ? height / 2 : height, serialRows,
         [&](std::size_t row) { return Analysis::SumRow(map.Row(row), width, map.kind); },
         [&](const ColourSums& row) { sums.AddRow(row, width, RowWeight(y++, height, upperHemisphere)); });
     return sums;

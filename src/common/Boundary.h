@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/HostExtras.h"
+#include "common/Progress.h"
 #include "common/Reasons.h"
 
 #include <concepts>
@@ -52,14 +53,18 @@ Result AsOperation(Result noAnswer, Body&& body) noexcept {
     return result;
 }
 
-/// The same for one whose callers know what it throws.
+/// The same for one whose callers know what it throws. One that is stopped gives its no-answer, false or null.
 template <class Body>
-auto InOperation(Body&& body) {
+auto InOperation(Body&& body) -> decltype(std::forward<Body>(body)()) {
     BeginOperation();
     try {
         auto result = std::forward<Body>(body)();
         EndOperation(HasAnswered(result));
         return result;
+    } catch (const Cancelled&) {
+        SayCaught();
+        EndOperation(false);
+        return {};
     } catch (...) {
         SayCaught();
         EndOperation(false);

@@ -39,6 +39,10 @@ FloatsToFormat(const float* colours, std::size_t count, Devices::EFormat format,
 [[gnu::weak]] void ClearLastFailure() noexcept __asm__("_ZN5Kavra7Devices16ClearLastFailureEv");
 [[gnu::weak]] void BeginOperation() noexcept __asm__("_ZN5Kavra7Devices14BeginOperationEv");
 [[gnu::weak]] void EndOperation(bool hasAnswered) noexcept __asm__("_ZN5Kavra7Devices12EndOperationEb");
+[[gnu::weak]] bool BeginStage(Devices::EProgressStage stage) noexcept
+    __asm__("_ZN5Kavra7Devices10BeginStageENS0_14EProgressStageE");
+[[gnu::weak]] bool AdvanceStage(float fraction, float part) noexcept __asm__("_ZN5Kavra7Devices12AdvanceStageEff");
+[[gnu::weak]] void EndStage() noexcept __asm__("_ZN5Kavra7Devices8EndStageEv");
 [[gnu::weak]] bool IsPreferedHandler(const unsigned char* start, std::size_t bytes) __asm__(
     "_ZN5Kavra7Devices10EXRHandler17IsPreferedHandlerEPKhm");
 
@@ -138,6 +142,20 @@ void BeginOperation() noexcept {
 
 void EndOperation(bool hasAnswered) noexcept {
     if (Extras::EndOperation != nullptr) Extras::EndOperation(hasAnswered);
+}
+
+bool BeginStage(Devices::EProgressStage stage) noexcept {
+    const bool isOffered =
+        Extras::BeginStage != nullptr && Extras::AdvanceStage != nullptr && Extras::EndStage != nullptr;
+    return isOffered && Extras::BeginStage(stage);
+}
+
+bool AdvanceStage(float fraction, float part) noexcept {
+    return Extras::AdvanceStage(fraction, part);
+}
+
+void EndStage() noexcept {
+    Extras::EndStage();
 }
 
 void* NewZeroed(std::size_t bytes) {

@@ -8,6 +8,7 @@
 #include <kavra/devices/ImageLimits.h>
 #include <kavra/devices/LastFailure.h>
 #include <kavra/devices/LoadPreferences.h>
+#include <kavra/devices/ProgressScope.h>
 #include <kavra/devices/SavePreferences.h>
 #include <kavra/objects/IMemoryWrapper.h>
 #include <kavra/objects/KString.h>
@@ -60,6 +61,12 @@ Devices::FailureReport HostsFailure();
 /// Begins an operation of this thread, and ends it (`Devices::BeginOperation`, `Devices::EndOperation`).
 void BeginOperation() noexcept;
 void EndOperation(bool hasAnswered) noexcept;
+
+/// Stages of an operation (`Devices::BeginStage` and those beside it). Nobody watches where the host knows of no such
+/// thing.
+bool BeginStage(Devices::EProgressStage stage) noexcept;
+bool AdvanceStage(float fraction, float part) noexcept;
+void EndStage() noexcept;
 
 /// Whether the host's OpenEXR reader wants the file at `path`, which begins with `start`. A host that does not judge by
 /// bytes is given the path, and may open the file.

@@ -1,7 +1,8 @@
 /// Results that are computed on all cores and taken in order.
 #pragma once
 
-#include "common/ParallelRange.h"
+#include "common/Progress.h"
+#include "common/WatchedRange.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -24,6 +25,21 @@ void ForEachInOrder(std::size_t count, std::size_t serialCount, const Make& make
         });
         for (std::size_t i = 0; i < size; ++i)
             take(parts[i]);
+    }
+}
+
+/// The same as a stage of an operation that can be stopped. Throws `Cancelled`.
+template <class Part, class Make, class Take>
+void ForEachInOrderOf(Devices::EProgressStage stage, std::size_t count, std::size_t serialCount, const Make& make,
+                      const Take& take) {
+    ProgressMeter meter(stage, count);
+    if (!meter.IsWatched()) return ForEachInOrder<Part>(count, serialCount, make, take);
+    PartSize parts = FirstParts(serialCount);
+    for (std::size_t done = 0, size = 0; done < count; done += size) {
+        size = parts.Next(count - done);
+        ForEachInOrder<Part>(size, serialCount, [&](std::size_t i) { return make(done + i); }, take);
+        parts.Done(size);
+        meter.Advance(size);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "common/Reasons.h"
 
+#include "common/Progress.h"
 #include "common/Utf8.h"
 
 #include <algorithm>
@@ -135,6 +136,9 @@ void SayEndsEarly(std::int64_t good, std::int64_t rows, std::uint64_t fileBytes)
 void SayCaught() noexcept {
     try {
         throw;
+    } catch (const Cancelled&) {
+        ClearFailure();  // what was said of ways that were tried before is not why
+        Say(Devices::kFailureCancelled, "stopped");
     } catch (const std::bad_alloc&) {
         Say(Devices::kFailureOutOfMemory, "out of memory");
     } catch (const std::exception& error) {

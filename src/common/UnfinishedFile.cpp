@@ -1,7 +1,10 @@
 #include "common/UnfinishedFile.h"
 
+#include "common/Progress.h"
+
 #include <kavra/objects/OS.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <random>
 #include <string>
@@ -54,8 +57,16 @@ bool UnfinishedFile::Fail(int error) {
 
 bool UnfinishedFile::Write(const void* data, std::size_t bytes) {
     if (mError != 0) return false;
-    errno = 0;
-    return std::fwrite(data, 1, bytes, mFile.get()) == bytes || Fail(errno);
+    constexpr std::size_t kPiece = std::size_t{4} << 20;
+    ProgressMeter meter(Devices::kProgressSaving, bytes);
+    const auto* next = static_cast<const unsigned char*>(data);
+    for (std::size_t rest = bytes, piece = 0; rest > 0; rest -= piece, next += piece) {
+        piece = std::min(kPiece, rest);
+        errno = 0;
+        if (std::fwrite(next, 1, piece, mFile.get()) != piece) return Fail(errno);
+        meter.Advance(piece);
+    }
+    return true;
 }
 
 bool UnfinishedFile::Commit() {

@@ -17,7 +17,8 @@ public:
     UnfinishedFile(const UnfinishedFile&) = delete;
     UnfinishedFile& operator=(const UnfinishedFile&) = delete;
 
-    /// Adds bytes. False when that fails now or anything failed before.
+    /// Adds bytes, of which whoever watches hears. False when that fails now or anything failed before. Throws
+    /// `Cancelled`.
     bool Write(const void* data, std::size_t bytes);
 
     /// Closes the file and gives it its name. A full disk may show only now.

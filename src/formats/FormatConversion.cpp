@@ -1,9 +1,9 @@
 #include "formats/FormatConversion.h"
 
 #include "common/HostExtras.h"
-#include "common/ParallelRange.h"
 #include "common/PixelBlock.h"
 #include "common/PixelRun.h"
+#include "common/WatchedRange.h"
 #include "formats/BlueFirst.h"
 #include "formats/Luminance.h"
 
@@ -59,7 +59,8 @@ Pixels InOnePass(const Source& source, std::size_t inUnit, std::size_t outUnit, 
     std::memset(result.block.get() + count * outUnit, 0, bytes - count * outUnit);
     const std::span out(reinterpret_cast<unsigned char*>(result.block.get()), count * outUnit);
     const std::span in(reinterpret_cast<const unsigned char*>(source.data), count * inUnit);
-    Common::ForEachRange(count, Common::kSerialBytes / (inUnit + outUnit), [&](std::size_t begin, std::size_t end) {
+    const std::size_t serial = Common::kSerialBytes / (inUnit + outUnit);
+    Common::ForEachRangeOf(kProgressConverting, count, serial, [&](std::size_t begin, std::size_t end) {
         kernel(Common::PixelRun{.out = out.subspan(begin * outUnit, (end - begin) * outUnit),
                                 .in = in.subspan(begin * inUnit, (end - begin) * inUnit),
                                 .bypassCache = Common::OutgrowsCaches(out.size())});
@@ -81,7 +82,8 @@ std::optional<Pixels> PackedFromFloatColours(const Source& source, EFormat to) {
     Pixels packed(Common::NewBlock(bytes).release(), bytes);
     const std::size_t filled = std::min(bytes, source.bytes / 16 * pixelBytes);
     std::memset(packed.block.get() + filled, 0, bytes - filled);
-    Common::ForEachRange(source.bytes / 16, Common::kSerialBytes / 16, [&](std::size_t begin, std::size_t end) {
+    const std::size_t serial = Common::kSerialBytes / 16;
+    Common::ForEachRangeOf(kProgressConverting, source.bytes / 16, serial, [&](std::size_t begin, std::size_t end) {
         Common::PackFloats(source.Floats() + 4 * begin, end - begin, to,
                            reinterpret_cast<char*>(packed.block.get() + begin * pixelBytes),
                            bytes - begin * pixelBytes);

@@ -1,6 +1,6 @@
 #include "load/AlphaAnalysis.h"
 
-#include "common/ParallelRange.h"
+#include "common/WatchedRange.h"
 
 #include <Imath/half.h>
 #include <hwy/highway.h>
@@ -207,8 +207,8 @@ template <class T>
 void GetAlphaPropertyforRGBA(unsigned char* data, std::size_t pixelCount, int alphaChannel, T opaque,
                              bool& hasTransparentPixels, bool& hasTranslucentPixels) {
     SharedResult shared;
-    const AlphaResult result = Common::ReduceRange(
-        pixelCount, kSerialBytes / (kChannels * sizeof(T)), AlphaResult{},
+    const AlphaResult result = Common::ReduceRangeOf(
+        kProgressAnalysing, pixelCount, kSerialBytes / (kChannels * sizeof(T)), AlphaResult{},
         [&](std::size_t begin, std::size_t end, const AlphaResult& inherited) {
             return ScanRange(data, begin, end, alphaChannel, opaque, inherited, shared);
         },
@@ -221,7 +221,8 @@ template <class T>
 void FillAlphaforRGBA(unsigned char* data, std::size_t pixelCount, int alphaChannel, T opaque) {
     constexpr std::size_t pixelBytes = kChannels * sizeof(T);
     unsigned char* alpha = data + static_cast<std::size_t>(alphaChannel) * sizeof(T);
-    Common::ForEachRange(pixelCount, kSerialBytes / pixelBytes, [&](std::size_t begin, std::size_t end) {
+    const std::size_t serial = kSerialBytes / pixelBytes;
+    Common::ForEachRangeOf(kProgressReading, pixelCount, serial, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i)
             std::memcpy(alpha + i * pixelBytes, &opaque, sizeof opaque);
     });

@@ -4,6 +4,7 @@
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
+#include "common/Progress.h"
 #include "common/Reasons.h"
 #include "formats/PixelFormatMapping.h"
 #include "load/AlphaAnalysis.h"
@@ -152,10 +153,13 @@ PixelBlock ReadAll(DdsCommonPicture& picture, const Wanted& wanted, std::size_t 
     const std::size_t bytes = sliceBytes * static_cast<unsigned>(wanted.count);
     const bool isFilled = picture.IsWhole(wanted.level) && picture.Shape().HasAllFaces();
     PixelBlock block = isFilled ? Common::NewBlock(bytes) : Common::NewZeroedBlock(bytes);
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(wanted.count));
     for (int i = 0; i < wanted.count; ++i) {
         const int slice = wanted.first + i;
+        meter.Expect(1);
         if (picture.HasSlice(slice))
             picture.ReadSlice(wanted.level, slice, block.get() + static_cast<unsigned>(i) * sliceBytes);
+        meter.Advance(1);
     }
     return block;
 }
@@ -164,7 +168,9 @@ PixelBlock ReadAll(DdsCommonPicture& picture, const Wanted& wanted, std::size_t 
 Raster ReadReshaped(DdsCommonPicture& picture, const Wanted& wanted, const Fitting& fitting) {
     RowReshape rows(fitting.picture, fitting.wanted);
     const auto rowBytes = static_cast<std::size_t>(Common::PackedRowBytes(picture.Format(), wanted.size.width));
-    for (int slice = wanted.first; slice < wanted.first + wanted.count; ++slice) {
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(wanted.count));
+    for (int slice = wanted.first; slice < wanted.first + wanted.count; ++slice, meter.Advance(1)) {
+        meter.Expect(1);
         if (picture.HasSlice(slice)) {
             picture.ReadSlice(wanted.level, slice, rows);
         } else {

@@ -1,5 +1,6 @@
 #include "load/DdsSlices.h"
 
+#include "common/Progress.h"
 #include "formats/Attributes.h"
 #include "load/DdsLibraryView.h"
 
@@ -124,7 +125,8 @@ bool DdsSlices::ReadSlices(int level, const OIIO::ImageSpec& levelSpec, int firs
     const std::size_t headerBytes = flat.size();
     flat.resize(headerBytes + Dds::StoredSliceBytes(mUnit, {width, height, 1}));
     const std::size_t sliceStride = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * pixelStride;
-    for (int slice = first; slice < first + count; ++slice, out += sliceStride) {
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(count));
+    for (int slice = first; slice < first + count; ++slice, out += sliceStride, meter.Advance(1)) {
         if (mShape.type == kTextureCube && !mShape.HasFace(slice)) {
             std::memset(out, 0, sliceStride);
             continue;

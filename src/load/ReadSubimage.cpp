@@ -16,8 +16,9 @@ namespace {
 
 constexpr std::int64_t kChunkBytes = std::int64_t{64} << 20;
 constexpr std::int64_t kBandBytes = std::int64_t{2} << 20;  // of rows as the file has them
-constexpr int kExrBlockRows = 256;           // the highest blocks that there are, and enough lower ones for all cores
-constexpr std::int64_t kMinChunkRows = 256;  // enough for every core to have rows to decode
+constexpr int kExrBlockRows = 256;  // the highest blocks that there are, and enough lower ones for all cores
+constexpr std::int64_t kWatchedBytes = std::int64_t{4} << 20;  // of rows between two looks at whether to stop
+constexpr std::int64_t kMinChunkRows = 256;                    // enough for every core to have rows to decode
 constexpr std::int64_t kUsualStripRows = 64;
 constexpr std::int64_t kMaxStripBytes = 1 << 30;
 constexpr std::uint64_t kMaxTileBytes = std::uint64_t{64} << 20;  // of a picture that is small itself
@@ -136,7 +137,7 @@ bool SubimageRows::Convert(const unsigned char* rows, int count, unsigned char* 
 }
 
 /// One row of tiles at a time.
-bool SubimageRows::ReadTiles(int top, int count, unsigned char* out) {
+bool SubimageRows::ReadTiles(int top, int count, unsigned char* out, Common::ProgressMeter& meter) {
     const int z = mSpec.z, end = mSpec.y + top + count;
     for (int y = mSpec.y + top; y < end; y += mSpec.tile_height) {
         const int next = std::min(y + mSpec.tile_height, end);
@@ -145,12 +146,25 @@ bool SubimageRows::ReadTiles(int top, int count, unsigned char* out) {
             return false;
         }
         out += static_cast<std::size_t>(next - y) * RowStride();
+        meter.Advance(static_cast<unsigned>(next - y));
     }
     return true;
 }
 
-bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* out) {
-    const int chunk = static_cast<int>(std::min<std::int64_t>(ChunkRows(mSpec, StoredRowBytes()), count));
+/// Rows to read at a time from `y` on. Where somebody may stop it these are few, and still all that are decoded together;
+/// as in `BandFrom` a single one is never left over.
+int SubimageRows::ChunkFrom(int y, int end, bool isWatched) const {
+    const auto rowBytes = static_cast<std::int64_t>(StoredRowBytes());
+    const std::int64_t rest = end - y;
+    if (!isWatched || HasGiantStrip(mSpec, StoredRowBytes()))
+        return static_cast<int>(std::min(ChunkRows(mSpec, StoredRowBytes()), rest));
+    const std::int64_t wanted = std::max<std::int64_t>(kWatchedBytes / rowBytes, 1);
+    const std::int64_t rows = (wanted + mTogether - 1) / mTogether * mTogether;
+    return static_cast<int>(rows + 1 >= rest ? rest : rows);
+}
+
+bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* out, Common::ProgressMeter& meter) {
+    const int chunk = ChunkFrom(top, top + count, meter.IsWatched());
     const bool converts = !IsAsStored(), isPart = count < mSpec.height;
     if (converts && mStoredRows < chunk) {
         mStored.reset();  // before the new ones are taken, not after
@@ -159,7 +173,7 @@ bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* o
     }
     const int z = mSpec.z + slice;
     for (int done = 0, rows = 0; done < count; done += rows) {
-        rows = std::min(chunk, count - done);
+        rows = ChunkFrom(top + done, top + count, meter.IsWatched());
         const int y = mSpec.y + top + done;
         unsigned char* const stored = converts ? mStored.get() : out;
         // The TIFF reader says of some strips that they were read though it could not decode all of them.
@@ -170,13 +184,15 @@ bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* o
             return false;
         if (converts && !Convert(stored, rows, out)) return false;
         out += static_cast<std::size_t>(rows) * RowStride();
+        meter.Advance(static_cast<unsigned>(rows));
     }
     return true;
 }
 
 bool SubimageRows::Read(int top, int count, unsigned char* out) {
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(count));
     const bool isTiled = mSpec.tile_width != 0;
-    const bool done = isTiled ? ReadTiles(top, count, out) : ReadScanlines(0, top, count, out);
+    const bool done = isTiled ? ReadTiles(top, count, out, meter) : ReadScanlines(0, top, count, out, meter);
     if (!done) mErrors = TakeErrors(mInput);
     return done;
 }
@@ -184,12 +200,14 @@ bool SubimageRows::Read(int top, int count, unsigned char* out) {
 bool SubimageRows::ReadAll(unsigned char* out) {
     if (mSpec.depth <= 1) return Read(0, mSpec.height, out);
     bool done = true;
+    Common::ProgressMeter meter(kProgressReading,
+                                static_cast<std::uint64_t>(mSpec.height) * static_cast<unsigned>(mSpec.depth));
     if (mSpec.tile_width != 0) {  // tiles may have several slices
         done = mInput.read_image(mSubimage, mLevel, mFirst, mFirst + mChannels, mType, out,
                                  static_cast<OIIO::stride_t>(mPixelStride));
     } else {
         for (int slice = 0; done && slice < mSpec.depth; ++slice) {
-            done = ReadScanlines(slice, 0, mSpec.height, out);
+            done = ReadScanlines(slice, 0, mSpec.height, out, meter);
             out += static_cast<std::size_t>(mSpec.height) * RowStride();
         }
     }

@@ -6,6 +6,8 @@
 /// the rows are asked for here, as they are stored, and converted here.
 #pragma once
 
+#include "common/Progress.h"
+
 #include <OpenImageIO/imageio.h>
 
 #include <cstddef>
@@ -59,8 +61,9 @@ private:
     std::size_t RowStride() const { return mPixelStride * static_cast<std::size_t>(mSpec.width); }
     bool IsAsStored() const;
     bool Convert(const unsigned char* rows, int count, unsigned char* out) const;
-    bool ReadTiles(int top, int count, unsigned char* out);
-    bool ReadScanlines(int slice, int top, int count, unsigned char* out);
+    bool ReadTiles(int top, int count, unsigned char* out, Common::ProgressMeter& meter);
+    bool ReadScanlines(int slice, int top, int count, unsigned char* out, Common::ProgressMeter& meter);
+    int ChunkFrom(int y, int end, bool isWatched) const;
 
     OIIO::ImageInput& mInput;
     const OIIO::ImageSpec& mSpec;

@@ -2,6 +2,7 @@
 
 #include "common/Limits.h"
 #include "common/PixelFormats.h"
+#include "common/Progress.h"
 #include "formats/FormatConversion.h"
 #include "load/geometry/RowReshape.h"
 
@@ -47,9 +48,12 @@ public:
     }
 
     bool ReadAll() {
+        Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(mSource.RowCount()));
         for (int top = 0, count = 0; top < mSource.RowCount(); top += count) {
+            meter.Expect(static_cast<unsigned>(mSource.BandFrom(top)));
             count = Read(top);
             if (count == 0) return false;
+            meter.Advance(static_cast<unsigned>(count));
         }
         return true;
     }

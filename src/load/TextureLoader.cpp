@@ -6,6 +6,7 @@
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
+#include "common/Progress.h"
 #include "common/Reasons.h"
 #include "common/dds/DdsShape.h"
 #include "formats/FormatConversion.h"
@@ -223,7 +224,10 @@ Raster ReadWhole(TextureLoad& load, const OIIO::ImageSpec& as) {
     {
         TexturePixels source(load, as);
         pixels = source.FillsAll() ? NewPixels(as.image_bytes(false)) : NewZeroedPixels(as.image_bytes(false));
+        Common::ProgressMeter meter(kProgressReading, 1);
+        meter.Expect(1);
         if (!source.Read(0, source.RowCount(), pixels.block.get())) return {};
+        meter.Advance(1);
     }
     pixels = ToChosenFormat(load, std::move(pixels));
     if (!pixels) return {};

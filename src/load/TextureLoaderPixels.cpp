@@ -1,7 +1,8 @@
 // Reading the pixels of a texture, and the files whose few channels are spread over four.
 
 #include "common/HostObject.h"
-#include "common/ParallelRange.h"
+#include "common/Progress.h"
+#include "common/WatchedRange.h"
 #include "formats/Attributes.h"
 #include "load/AlphaAnalysis.h"
 #include "load/CutFiles.h"
@@ -27,6 +28,7 @@ namespace Kavra::Devices {
 namespace {
 
 constexpr std::size_t kSerialPixels = 1 << 16;
+constexpr int kWatchedRows = 256;  // between two looks at whether to stop
 
 // --- Luminance with alpha --------------------------------------------------------------------------------------------
 
@@ -68,7 +70,7 @@ std::optional<bool> IsMaskFile(const TextureLoad& load) {
 /// Pixels (L, A, -, -) to (L, L, L, A), or for an inverted mask to opaque ones that are dark where it is full.
 void SpreadLuminanceAlpha(unsigned char* block, std::size_t count, bool isMask) {
     auto* const pixels = reinterpret_cast<Rgba8*>(block);
-    Common::ForEachRange(count, kSerialPixels, [=](std::size_t begin, std::size_t end) {
+    Common::ForEachRangeOf(kProgressReading, count, kSerialPixels, [=](std::size_t begin, std::size_t end) {
         for (Rgba8* pixel = pixels + begin; pixel != pixels + end; ++pixel) {
             const auto [luminance, alpha] = std::pair((*pixel)[0], (*pixel)[1]);
             const auto grey = static_cast<unsigned char>(isMask ? 255 - luminance : luminance);
@@ -98,7 +100,7 @@ template <class T>
 void SpreadChannel(unsigned char* block, std::size_t count, std::size_t from, bool grey, T opaque) {
     using Pixel = std::array<T, 4>;
     auto* pixels = reinterpret_cast<Pixel*>(block);
-    Common::ForEachRange(count, kSerialPixels, [=](std::size_t begin, std::size_t end) {
+    Common::ForEachRangeOf(kProgressReading, count, kSerialPixels, [=](std::size_t begin, std::size_t end) {
         for (Pixel* pixel = pixels + begin; pixel != pixels + end; ++pixel) {
             const T value = (*pixel)[from];
             *pixel = grey ? Pixel{value, value, value, opaque} : Pixel{0, 0, 0, opaque};
@@ -268,12 +270,15 @@ bool TexturePixels::ReadSingleChannel(int top, int count, unsigned char* out) {
 bool TexturePixels::ReadChosen(int top, int count, unsigned char* out) {
     const std::size_t outRowBytes = PixelsIn(1) * mLoad.nativeSpec.pixel_bytes(false);
     Pixels rows;
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(count));
     for (int done = 0, part = 0; done < count; done += part, out += static_cast<std::size_t>(part) * outRowBytes) {
         part = std::min(BandFrom(top + done), count - done);
+        meter.Expect(static_cast<unsigned>(part));
         const std::size_t pixels = PixelsIn(part);
         if (rows.bytes < pixels * mPixelStride) rows = NewZeroedPixels(pixels * mPixelStride);
         if (!ReadChannels(top + done, part, rows.block.get())) return false;
         GatherChannels(*mLoad.chosen, mFirst, mChannels, rows.block.get(), pixels, out);
+        meter.Advance(static_cast<unsigned>(part));
     }
     return true;
 }
@@ -289,10 +294,19 @@ bool TexturePixels::ReadNative(int top, int count, unsigned char* out) {
 /// Brings rows of the layout of `nativeSpec` to another one, as if they had been read so.
 bool TexturePixels::Recast(const unsigned char* native, int count, unsigned char* out) const {
     const OIIO::ImageSpec& from = mLoad.nativeSpec;
-    return OIIO::parallel_convert_image(
-        std::min(from.nchannels, mAs.nchannels), mAs.width, count, 1, native, from.format,
-        static_cast<OIIO::stride_t>(from.pixel_bytes(false)), OIIO::AutoStride, OIIO::AutoStride, out, mAs.format,
-        static_cast<OIIO::stride_t>(mAs.pixel_bytes(false)), OIIO::AutoStride, OIIO::AutoStride);
+    const std::size_t inBytes = from.pixel_bytes(false), outBytes = mAs.pixel_bytes(false);
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(count));
+    const int band = meter.IsWatched() ? kWatchedRows : count;
+    for (int y = 0, rows = 0; y < count; y += rows) {
+        rows = std::min(band, count - y);
+        const bool done = OIIO::parallel_convert_image(
+            std::min(from.nchannels, mAs.nchannels), mAs.width, rows, 1, native + PixelsIn(y) * inBytes, from.format,
+            static_cast<OIIO::stride_t>(inBytes), OIIO::AutoStride, OIIO::AutoStride, out + PixelsIn(y) * outBytes,
+            mAs.format, static_cast<OIIO::stride_t>(outBytes), OIIO::AutoStride, OIIO::AutoStride);
+        if (!done) return false;
+        meter.Advance(static_cast<unsigned>(rows));
+    }
+    return true;
 }
 
 bool TexturePixels::Read(int top, int count, unsigned char* out) {

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <string_view>
@@ -22,6 +23,11 @@ bool IsReplaceable(const std::string& path) {
     struct stat old{};
     return lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode) && old.st_nlink == 1 && old.st_uid == geteuid() &&
            faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+bool IsFree(const std::string& path) {
+    struct stat old{};
+    return lstat(path.c_str(), &old) != 0 && errno == ENOENT;
 }
 
 std::wstring RandomText() {
@@ -59,7 +65,7 @@ bool MakeLike(const std::string& path, const std::string& model) {
 
 }  // namespace
 
-FilePlace::FilePlace(const KString& path) : mPath(path.ToChars()) {
+FilePlace::FilePlace(const KString& path) : mPath(path.ToChars()), mWasFree(IsFree(Common::ToUtf8(mPath.c_str()))) {
     std::string own = Common::ToUtf8(mPath.c_str());
     if (!IsReplaceable(own)) return;
     std::wstring besidePath = NameBeside(mPath);
@@ -72,6 +78,10 @@ FilePlace::FilePlace(const KString& path) : mPath(path.ToChars()) {
 
 FilePlace::~FilePlace() {
     if (!mBeside.empty()) unlink(mBeside.c_str());
+}
+
+void FilePlace::Discard() {
+    if (mWasFree) unlink(Common::ToUtf8(mPath.c_str()).c_str());
 }
 
 bool FilePlace::Commit() {

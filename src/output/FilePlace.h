@@ -28,8 +28,13 @@ public:
     /// Gives the finished and closed file its own name; whether that succeeded. Needs no memory.
     bool Commit();
 
+    /// Removes what was written, also under the file's own name, if there was nothing: whoever stops a save wants none of
+    /// it. To be called once the file is closed.
+    void Discard();
+
 private:
     std::wstring mPath;
+    bool mWasFree;
     // Where an old file waits to be replaced, else both empty: the path in the system's terms, and the file's own.
     std::string mBeside, mOwn;
 };

@@ -1,7 +1,7 @@
 #include "output/FloatsAsBytes.h"
 
-#include "common/ParallelRange.h"
 #include "common/PixelRun.h"
+#include "common/WatchedRange.h"
 #include "output/FloatKernels.h"
 
 #include <algorithm>
@@ -44,7 +44,7 @@ FloatExtremes FindExtremes(const FloatRows& rows) {
             WidenExtremes(extremes, rows.first + y * rows.pitch, RowValues(rows));
         return extremes;
     };
-    return Common::ReduceRange(rows.height, SerialRows(rows), NoExtremes(), widen, Joined);
+    return Common::ReduceRangeOf(kProgressConverting, rows.height, SerialRows(rows), NoExtremes(), widen, Joined);
 }
 
 /// How a channel is mapped: `minimum` becomes 0, and `minimum + span` 255.
@@ -106,7 +106,7 @@ Common::PixelBlock FloatsAsBytes(const FloatRows& rows, bool stretch) {
     Common::PixelBlock shown = Common::NewBlock(rowBytes * rows.height);
     const FloatMapping mapping = FindMapping(rows, stretch);
     const auto show = rows.channels == 2 ? ShowPairs : ShowFloats;
-    Common::ForEachRange(rows.height, SerialRows(rows), [&](std::size_t begin, std::size_t end) {
+    Common::ForEachRangeOf(kProgressConverting, rows.height, SerialRows(rows), [&](std::size_t begin, std::size_t end) {
         for (std::size_t y = begin; y < end; ++y)
             show(mapping, rows.first + y * rows.pitch, RowValues(rows), shown.get() + y * rowBytes);
     });

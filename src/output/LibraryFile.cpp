@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <string>
 #include <system_error>
+#include <thread>
 
 namespace Kavra::Devices {
 
@@ -24,6 +25,8 @@ std::unique_ptr<OIIO::ImageOutput> FindWriter(const KString& path) {
     if (!writer) (void)OIIO::geterror();
     return writer;
 }
+
+constexpr int kRowsTogether = 32;  // of an OpenEXR file's blocks, but for the highest
 
 /// Whether a file may be written under this name: nothing is there yet, or a file. A pipe would be waited on for ever.
 bool IsFileOrFree(const KString& path) {
@@ -38,6 +41,14 @@ LibraryFile::LibraryFile(const KString& path) : mPath(path), mWriter(FindWriter(
 
 LibraryFile::~LibraryFile() {
     if (mIsOpen) Common::AtBoundary(false, [&] { return mWriter->close(); });
+    if (mIsCancelled) Common::AtBoundary(false, [&] { return mPlace->Discard(), true; });
+}
+
+/// A unit beside the rows is left for the closing, in which some writers do most of their work.
+void LibraryFile::Advance(int rows) {
+    mIsCancelled = true;
+    mMeter->Advance(static_cast<unsigned>(rows));
+    mIsCancelled = false;
 }
 
 /// Whether the writer did it. One that has thrown is asked for nothing more than to close: what it left undone when
@@ -107,6 +118,11 @@ bool LibraryFile::Open(std::span<const OIIO::ImageSpec> specs) {
                     specs.front().height, specs.front().nchannels);
         return false;
     }
+    std::uint64_t rows = 1;
+    for (const OIIO::ImageSpec& spec : specs)
+        rows += static_cast<unsigned>(spec.height);
+    mMeter.emplace(kProgressSaving, rows);
+    mMeter->Expect(0);  // whoever has stopped it by now gets no file
     mElement = specs.front().format;
     mBytes = specs.front().image_bytes();
     mPlace.emplace(mPath);
@@ -127,11 +143,55 @@ bool LibraryFile::OpenNext(const OIIO::ImageSpec& spec) {
 }
 
 bool LibraryFile::WriteImage(const void* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride) {
+    const auto* const bytes = static_cast<const unsigned char*>(pixels);
+    if (mMeter->IsWatched() && mWriter->spec().depth <= 1) {
+        return mWriter->spec().tile_width != 0 ? WriteTiles(bytes, pixelStride, rowStride)
+                                               : WriteRows(bytes, pixelStride, rowStride);
+    }
     return Try([&] { return mWriter->write_image(mElement, pixels, pixelStride, rowStride); });
 }
 
+/// A row of tiles at a time, as the library does it for whole pictures.
+bool LibraryFile::WriteTiles(const unsigned char* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride) {
+    const OIIO::ImageSpec spec = mWriter->spec();
+    for (int y = 0, rows = 0; y < spec.height; y += rows) {
+        rows = std::min(spec.tile_height, spec.height - y);
+        const bool done = Try([&] {
+            const int top = spec.y + y;
+            return mWriter->write_tiles(spec.x, spec.x + spec.width, top, top + rows, spec.z, spec.z + 1, mElement,
+                                        pixels + y * rowStride, pixelStride, rowStride);
+        });
+        if (!done) return false;
+        Advance(rows);
+    }
+    return true;
+}
+
+/// The same of rows, some strips or blocks at a time: parts of one would be packed in another way.
+bool LibraryFile::WriteRows(const unsigned char* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride) {
+    const OIIO::ImageSpec spec = mWriter->spec();
+    const int together = std::clamp(spec.get_int_attribute("tiff:RowsPerStrip", kRowsTogether), 1, spec.height);
+    Common::PartSize parts(std::max(1U, std::thread::hardware_concurrency()));
+    for (int y = 0, rows = 0; y < spec.height; y += rows) {
+        const int strips = (spec.height - y + together - 1) / together;
+        const std::size_t count = parts.Next(static_cast<std::size_t>(strips));
+        rows = static_cast<int>(std::min<std::int64_t>(static_cast<std::int64_t>(count) * together, spec.height - y));
+        const bool done = Try([&] {
+            const int top = spec.y + y;
+            return mWriter->write_scanlines(top, top + rows, spec.z, mElement, pixels + y * rowStride, pixelStride,
+                                            rowStride);
+        });
+        if (!done) return false;
+        parts.Done(count);
+        Advance(rows);
+    }
+    return true;
+}
+
 bool LibraryFile::WriteRow(int y, const unsigned char* row, OIIO::stride_t pixelStride) {
-    return Try([&] { return mWriter->write_scanline(y, 0, OIIO::TypeDesc::UINT8, row, pixelStride); });
+    const bool done = Try([&] { return mWriter->write_scanline(y, 0, OIIO::TypeDesc::UINT8, row, pixelStride); });
+    if (done) Advance(1);
+    return done;
 }
 
 bool LibraryFile::IsThere() {
@@ -144,6 +204,7 @@ bool LibraryFile::Close() {
     mHasThrown = false;
     (void)Try([&] { return mWriter->close() && IsThere(); });
     if (mHasFailed) return false;
+    Advance(1);
     if (mPlace->Commit()) return true;
     Common::SayOfPathToWrite(mPath.ToChars(), errno);
     return false;

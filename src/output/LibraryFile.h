@@ -1,6 +1,7 @@
 /// A file that one of OpenImageIO's writers fills.
 #pragma once
 
+#include "common/Progress.h"
 #include "output/FilePlace.h"
 #include "output/WatchedFile.h"
 #include "output/WatchedStream.h"
@@ -18,6 +19,9 @@ namespace Kavra::Devices {
 /// Stands between the module and a writer: never lets it do what it crashes on, and notices what it does not notice
 /// itself. What it writes goes to the disk as it comes; an old file is replaced only by a whole one. An exception of
 /// the writer is a failure. Raises no message.
+///
+/// Whoever watches hears of the rows. What opens, writes and closes throws `Common::Cancelled` where it is to stop; then
+/// nothing of the file is left.
 class LibraryFile {
 public:
     /// Finds the writer that the path's extension names. `path` must outlive the object.
@@ -52,6 +56,9 @@ public:
     bool Close();
 
 private:
+    bool WriteTiles(const unsigned char* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride);
+    bool WriteRows(const unsigned char* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride);
+    void Advance(int rows);
     bool SetProxy();
     void SayWhy();
     bool IsThere();
@@ -59,7 +66,8 @@ private:
     bool Try(const Action& action);
 
     const KString& mPath;
-    std::optional<FilePlace> mPlace;  // from the opening on
+    std::optional<Common::ProgressMeter> mMeter;  // from the opening on, as the next
+    std::optional<FilePlace> mPlace;
     // Both outlive the writer, which may use them to its end.
     std::optional<WatchedFile> mWatched;
     std::optional<WatchedStream> mStream;
@@ -68,7 +76,7 @@ private:
     OIIO::imagesize_t mBytes = 0;
     bool mIsWatched = false;
     bool mIsOpen = false;
-    bool mHasFailed = false, mHasThrown = false;
+    bool mHasFailed = false, mHasThrown = false, mIsCancelled = false;
 };
 
 }  // namespace Kavra::Devices

@@ -3,6 +3,7 @@
 #include "common/Limits.h"
 #include "common/PackedLayout.h"
 #include "common/PixelFormats.h"
+#include "common/Progress.h"
 #include "common/Reasons.h"
 #include "load/geometry/RowReshape.h"
 
@@ -76,18 +77,52 @@ Result<> CheckLimits(ImageReaderInterface& reader, const ImageDescription& desc,
     return {};
 }
 
+/// Hands out the rows of another sink, few at a time where somebody watches, who is told of them.
+class WatchedRows : public Common::RowSink {
+public:
+    WatchedRows(Common::RowSink& sink, int rows, std::size_t rowBytes)
+        : mSink(sink), mRowBytes(rowBytes), mMeter(kProgressReading, static_cast<unsigned>(rows)) {}
+
+    std::span<unsigned char> NextRows(std::size_t most) override {
+        if (!mMeter.IsWatched()) return mSink.NextRows(most);
+        Finish();
+        const std::span<unsigned char> rows = mSink.NextRows(mParts.Next(most));
+        mGiven = rows.size() / mRowBytes;
+        return rows;
+    }
+
+    /// The rows handed out last are complete, too.
+    void Finish() {
+        if (mGiven > 0) mParts.Done(mGiven);
+        mMeter.Advance(std::exchange(mGiven, 0));
+    }
+
+private:
+    Common::RowSink& mSink;
+    std::size_t mRowBytes, mGiven = 0;
+    Common::ProgressMeter mMeter;
+    Common::PartSize mParts{16};
+};
+
 /// The picture as the reader gives it.
 Result<PixelBlock> Decode(ImageReaderInterface& reader, const ImageDescription& desc, int frame) {
     PixelBlock block = Common::NewZeroedBlock(desc.dataSize);
     Common::BlockRows rows({block.get(), desc.dataSize}, static_cast<std::size_t>(desc.rowPitch));
-    return reader.ReadFrame(rows, frame).transform([&] { return std::move(block); });
+    WatchedRows watched(rows, desc.height, static_cast<std::size_t>(desc.rowPitch));
+    if (const Result<> read = reader.ReadFrame(watched, frame); !read) return std::unexpected(read.error());
+    watched.Finish();
+    return block;
 }
 
 /// The picture as it is wanted; brings `desc` up to date.
 Result<PixelBlock> DecodeFitted(ImageReaderInterface& reader, ImageDescription& desc, int frame,
                                 const Fitting& fitting) {
     RowReshape rows(fitting.picture, fitting.wanted);
-    if (const Result<> read = reader.ReadFrame(rows, frame); !read) return std::unexpected(read.error());
+    {
+        WatchedRows watched(rows, desc.height, static_cast<std::size_t>(desc.rowPitch));
+        if (const Result<> read = reader.ReadFrame(watched, frame); !read) return std::unexpected(read.error());
+        watched.Finish();
+    }
     Raster fitted = rows.Finish();
     if (!fitted) return std::unexpected(Failure::kUnsupported);
     Common::SetPacked(desc, fitted.width, fitted.height, fitted.format);

@@ -1,16 +1,22 @@
 // Files that a confined process decodes: the same answers, and nothing of what a decoder may be brought to do.
 
 #include "isolation/PictureAnswers.h"
+#include "support/Watching.h"
 
 #include <kavra/devices/DecoderProcess.h>
 #include <kavra/devices/IImageFormatHandler.h>
 #include <kavra/devices/LoadPreferences.h>
 #include <kavra/objects/OS.h>
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <sstream>
 #include <thread>
 
 using namespace Kavra::Devices;
@@ -87,6 +93,47 @@ protected:
     }
 
     TemporaryFolder folder;
+};
+
+/// The parent of a process; 0 where there is no such process, or it is dead and not buried.
+pid_t ParentOf(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    std::istringstream rest(line.substr(std::min(line.rfind(')') + 1, line.size())));
+    char state = 'X';
+    pid_t parent = 0;
+    rest >> state >> parent;
+    return state == 'X' || state == 'Z' ? 0 : parent;
+}
+
+/// The children of this process's children: of its decoder.
+std::vector<pid_t> Grandchildren() {
+    std::vector<pid_t> found;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        const pid_t process = std::atoi(entry.path().filename().c_str());
+        if (process > 0 && ParentOf(ParentOf(process)) == getpid()) found.push_back(process);
+    }
+    return found;
+}
+
+bool EndsSoon(pid_t process) {
+    constexpr int kTries = 500;
+    for (int i = 0; i < kTries && ParentOf(process) != 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return ParentOf(process) == 0;
+}
+
+/// Says no at the third question, and remembers who was decoding then.
+class Stopper final : public IProgress {
+public:
+    bool Progress(EProgressStage, float) override {
+        if (++calls < 3) return true;
+        decoding = Grandchildren();
+        return false;
+    }
+    int calls = 0;
+    std::vector<pid_t> decoding;
 };
 
 /// Takes what it is offered first.
@@ -290,4 +337,35 @@ TEST_F(HostileDecoder, HasNoFilesNoNetworkAndNoProcesses) {
         for (std::size_t i = 0; i < errors.size(); ++i)
             EXPECT_EQ(errors[i], EACCES) << from << ' ' << i;
     }
+}
+
+TEST_F(Isolation, ALoadIsWatchedFromItsBeginningToItsEnd) {
+    const LoadPreferencesScope isolated(Isolated());
+    Watcher watcher;
+    {
+        const ProgressScope scope(watcher);
+        EXPECT_FALSE(AnswersOfFile(handler, Sample("photo.jpg"), {}).block.empty());
+    }
+    EXPECT_TRUE(watcher.Heard(kProgressReading));
+    EXPECT_TRUE(watcher.Rises());
+    EXPECT_TRUE(watcher.Ends());
+}
+
+TEST_F(HostileDecoder, IsStoppedWhereWhoeverWatchesSaysSoAndItsProcessIsEnded) {
+    for (const char* const what : {"loop", "sleep"}) {
+        Stopper stopper;
+        {
+            const ProgressScope scope(stopper);
+            const Answers answers = Provoke(what);
+            EXPECT_TRUE(answers.block.empty());
+            EXPECT_EQ(LastFailure().kind, kFailureCancelled) << LastFailure().text;
+            EXPECT_TRUE(answers.messages.empty());
+        }
+        EXPECT_EQ(stopper.calls, 3);
+        EXPECT_FALSE(stopper.decoding.empty());
+        for (const pid_t child : stopper.decoding)
+            EXPECT_TRUE(EndsSoon(child)) << what;
+        Compare(Sample("grey.png"));  // by a decoder that goes on
+    }
+    EXPECT_EQ(loaded, 2);
 }

@@ -1,7 +1,9 @@
 #include "common/dds/DdsStoredLevel.h"
 
 #include "common/PixelFormats.h"
+#include "common/Progress.h"
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -15,7 +17,8 @@ bool WidenRows(const StoredLayout& layout, const Extent& size, unsigned char* ou
     const auto width = static_cast<std::size_t>(size.width);
     const std::size_t pitch = width * static_cast<unsigned>(Common::FactsOf(layout.format).BytesPerPixel());
     const std::int64_t rows = std::int64_t{size.height} * size.depth;
-    for (std::int64_t y = 0; y < rows; ++y, out += pitch) {
+    Common::ProgressMeter meter(kProgressReading, static_cast<std::uint64_t>(rows));
+    for (std::int64_t y = 0; y < rows; ++y, out += pitch, meter.Advance(1)) {
         const std::span<const unsigned char> row = next();
         if (row.empty()) return false;
         layout.widen(layout, row, out, width);
@@ -23,13 +26,23 @@ bool WidenRows(const StoredLayout& layout, const Extent& size, unsigned char* ou
     return true;
 }
 
+/// In pieces, between which it can be stopped.
+bool ReadBytes(std::FILE* file, std::span<unsigned char> bytes) {
+    constexpr std::size_t kPiece = std::size_t{4} << 20;
+    Common::ProgressMeter meter(kProgressReading, bytes.size());
+    while (!bytes.empty()) {
+        const std::span<unsigned char> piece = bytes.first(std::min(kPiece, bytes.size()));
+        if (std::fread(piece.data(), 1, piece.size(), file) != piece.size()) return false;
+        bytes = bytes.subspan(piece.size());
+        meter.Advance(piece.size());
+    }
+    return true;
+}
+
 }  // namespace
 
 bool ReadStoredLevel(std::FILE* file, const StoredLayout& layout, const Extent& levelSize, unsigned char* out) {
-    if (layout.widen == nullptr) {
-        const std::size_t stored = StoredLevelBytes(layout.unit, levelSize);
-        return std::fread(out, 1, stored, file) == stored;
-    }
+    if (layout.widen == nullptr) return ReadBytes(file, std::span(out, StoredLevelBytes(layout.unit, levelSize)));
     std::vector<unsigned char> row(StoredRowBytes(layout.unit, levelSize.width));
     return WidenRows(layout, levelSize, out, [&] {
         const bool isWhole = std::fread(row.data(), 1, row.size(), file) == row.size();

@@ -1,6 +1,7 @@
 #include "common/mips/MipBuilder.h"
 
-#include "common/ParallelRange.h"
+#include "common/Progress.h"
+#include "common/WatchedRange.h"
 #include "common/mips/AlphaCoverage.h"
 #include "common/mips/MipFilter.h"
 
@@ -12,6 +13,7 @@ namespace Kavra::Common {
 
 namespace {
 
+using Devices::kProgressResizing;
 using Devices::Dds::Extent;
 
 constexpr int kMeansAbove = 2;                  // levels
@@ -69,7 +71,9 @@ void MipBuilder::FilterFace(const Pictures& pictures, const Extent& from, std::s
     }
     const AxisPlan slices = AxisPlan::Precise(from.depth, to.depth, kind);
     const std::size_t sliceFloats = Pixels({to.width, to.height, 1}) * static_cast<std::size_t>(channels);
-    for (std::size_t slice = 0; slice < slices.Size(); ++slice) {
+    ProgressMeter meter(kProgressResizing, slices.Size());
+    for (std::size_t slice = 0; slice < slices.Size(); ++slice, meter.Advance(1)) {
+        meter.Expect(1);
         const Reach& reach = slices.ReachOf(slice);
         BlendedSlices blended(channels, isBounded);
         const auto at = [&](int i) -> const MipPicture& {
@@ -86,7 +90,9 @@ MipBuilder::Level MipBuilder::Filtered(const Level& from, int number, Devices::E
     const Pictures pictures = PicturesOf(from);
     Level level{number, Devices::Dds::LevelSize(mTexture.size, number), {}};
     const std::size_t floats = Pixels(level.size) * static_cast<std::size_t>(mColours.Channels());
-    for (std::size_t face = 0; face < mTexture.faces.size(); ++face) {
+    ProgressMeter meter(kProgressResizing, mTexture.faces.size());
+    for (std::size_t face = 0; face < mTexture.faces.size(); ++face, meter.Advance(1)) {
+        meter.Expect(1);
         level.faces.push_back(std::make_unique_for_overwrite<float[]>(floats));
         FilterFace(pictures, from.size, face, level.size, filter, level.faces.back().get());
     }
@@ -112,7 +118,8 @@ void MipBuilder::Store(std::size_t face, unsigned char* out) const {
     const auto width = static_cast<std::size_t>(mMade.size.width),
                channels = static_cast<std::size_t>(mColours.Channels());
     const float* const floats = mMade.faces[face].get();
-    ForEachRange(Pixels(mMade.size) / width, SerialRows(mMade.size.width), [&](std::size_t begin, std::size_t end) {
+    const std::size_t rows = Pixels(mMade.size) / width, serial = SerialRows(mMade.size.width);
+    ForEachRangeOf(kProgressResizing, rows, serial, [&](std::size_t begin, std::size_t end) {
         std::vector<float> row(width * channels + kSlack);
         for (std::size_t y = begin; y < end; ++y) {
             std::copy_n(floats + y * width * channels, width * channels, row.begin());
@@ -140,7 +147,8 @@ double MipBuilder::ShareOfLevel0() const {
         }
         return seen;
     };
-    const auto seen = ReduceRange(rows, SerialRows(mTexture.size.width), std::uint64_t{0}, count, std::plus<>());
+    const auto seen =
+        ReduceRangeOf(kProgressResizing, rows, SerialRows(mTexture.size.width), std::uint64_t{0}, count, std::plus<>());
     return static_cast<double>(seen) / static_cast<double>(rows * width);
 }
 

@@ -1,6 +1,6 @@
 #include "common/mips/MipFilter.h"
 
-#include "common/ParallelRange.h"
+#include "common/WatchedRange.h"
 #include "common/resample/ResampleMethod.h"
 
 #include <algorithm>
@@ -117,7 +117,8 @@ void MipFilter::MakeRows(const MipPlane& source, std::size_t begin, std::size_t 
 
 void MipFilter::Make(const MipPlane& source, float* out) const {
     const std::size_t serial = kSerialFloats / std::max(mToFloats, mPixels) + 1;
-    ForEachRange(mRows.Size(), serial, [&](std::size_t begin, std::size_t end) { MakeRows(source, begin, end, out); });
+    ForEachRangeOf(Devices::kProgressResizing, mRows.Size(), serial,
+                   [&](std::size_t begin, std::size_t end) { MakeRows(source, begin, end, out); });
 }
 
 }  // namespace Kavra::Common

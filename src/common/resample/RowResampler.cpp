@@ -1,7 +1,8 @@
 #include "common/resample/RowResampler.h"
 
 #include "common/Limits.h"
-#include "common/ParallelRange.h"
+#include "common/Progress.h"
+#include "common/WatchedRange.h"
 #include "common/resample/OrderedMethod.h"
 
 #include <algorithm>
@@ -10,6 +11,8 @@
 namespace Kavra::Common {
 
 namespace {
+
+using Devices::kProgressResizing;
 
 constexpr std::size_t kBandRows = 64;                      // asked for at a time, where nobody writes them
 constexpr std::size_t kSpareBytes = std::size_t{1} << 20;  // of rows in a ring for the sake of speed
@@ -24,7 +27,8 @@ std::size_t SerialRows(const Resampling& resampling) {
 void MakeRows(const ResampleMethod& method, const Resampling& resampling, const SourceRows& source, int y, int count,
               unsigned char* out) {
     const std::size_t rowBytes = resampling.ToRowBytes();
-    ForEachRange(static_cast<std::size_t>(count), SerialRows(resampling), [&](std::size_t begin, std::size_t end) {
+    const auto rows = static_cast<std::size_t>(count);
+    ForEachRangeOf(kProgressResizing, rows, SerialRows(resampling), [&](std::size_t begin, std::size_t end) {
         method.Make(source, y + static_cast<int>(begin), static_cast<int>(end - begin), out + begin * rowBytes);
     });
 }
@@ -52,11 +56,13 @@ void AddUp(const Resampling& resampling, const unsigned char* from, std::size_t 
     const std::size_t rowBytes = resampling.FromRowBytes(), band = RowAccumulator::BandRows(resampling);
     const auto rows = static_cast<std::size_t>(resampling.y.fromCount);
     std::vector<unsigned char> packed(band * rowBytes);
+    ProgressMeter meter(kProgressResizing, rows);
     for (std::size_t y = 0; y < rows; y += band) {
         const std::size_t count = std::min(band, rows - y);
         for (std::size_t i = 0; i < count; ++i)
             std::memcpy(packed.data() + i * rowBytes, from + (y + i) * pitch, rowBytes);
         sums.Take(packed.data(), count);
+        meter.Advance(count);
     }
 }
 
@@ -76,7 +82,7 @@ void Resample(const Resampling& resampling, const unsigned char* from, std::size
     if (toPitch == rowBytes) return MakeRows(*method, resampling, source, 0, resampling.y.toCount, to);
     const int group = method->GroupRows();
     const auto groups = static_cast<std::size_t>((resampling.y.toCount + group - 1) / group);
-    ForEachRange(groups, 0, [&](std::size_t begin, std::size_t end) {
+    ForEachRangeOf(kProgressResizing, groups, 0, [&](std::size_t begin, std::size_t end) {
         std::vector<unsigned char> rows(static_cast<std::size_t>(group) * rowBytes);
         for (std::size_t i = begin; i < end; ++i) {
             const int y = static_cast<int>(i) * group, count = std::min(group, resampling.y.toCount - y);
@@ -92,11 +98,14 @@ void ResampleInto(const Resampling& resampling, const unsigned char* from, std::
     if (RowAccumulator::IsBetter(resampling)) return AddUp(resampling, from, pitch, out);
     const std::unique_ptr<ResampleMethod> method = NewResampleMethod(resampling);
     const SourceRows source{from, pitch, static_cast<std::size_t>(resampling.y.fromCount)};
+    ProgressMeter meter(kProgressResizing, static_cast<unsigned>(resampling.y.toCount));
     for (int y = 0; y < resampling.y.toCount;) {
         const std::span<unsigned char> rows = out.NextRows(static_cast<std::size_t>(resampling.y.toCount - y));
         const int count = static_cast<int>(rows.size() / resampling.ToRowBytes());
         if (count == 0) return;
+        meter.Expect(static_cast<unsigned>(count));
         MakeRows(*method, resampling, source, y, count, rows.data());
+        meter.Advance(static_cast<unsigned>(count));
         y += count;
     }
 }

@@ -32,6 +32,7 @@ namespace Kavra::Decoder {
 namespace {
 
 constexpr int kControl = 3;
+constexpr std::size_t kFirstEnd = 2;  // of what is polled: behind what is always there
 using Clock = std::chrono::steady_clock;
 using namespace Devices;
 
@@ -70,6 +71,7 @@ struct Running {
     Common::Descriptor end;
     Clock::time_point deadline;
     bool timedOut = false;
+    bool isGivenUp = false;  ///< by the host, which waits for it no longer
 };
 
 struct Spare {
@@ -87,11 +89,15 @@ public:
         Send(mSystem);
         for (;;) {
             if (mSpare.child <= 0 && mRunning.empty()) MakeSpare();  // while nobody waits for an end
-            pollfd events[] = {{kControl, POLLIN, 0}, {mChildEvents, POLLIN, 0}};
-            const int count = poll(events, std::size(events), MillisecondsLeft());
+            std::vector<pollfd> events{{kControl, POLLIN, 0}, {mChildEvents, POLLIN, 0}};
+            for (const Running& running : mRunning)
+                events.push_back({running.isGivenUp ? -1 : running.end.Number(), 0, 0});
+            const int count = poll(events.data(), events.size(), MillisecondsLeft());
             if (count < 0 && errno != EINTR) return;
             StopLateOnes();
             if (count <= 0) continue;
+            for (std::size_t i = 0; i < mRunning.size(); ++i)
+                if ((events[kFirstEnd + i].revents & (POLLHUP | POLLERR)) != 0) GiveUp(mRunning[i]);
             if (events[1].revents != 0) Collect();
             if (events[0].revents != 0 && !TakeRequest()) return;
         }
@@ -120,6 +126,12 @@ private:
             constexpr std::chrono::hours kNever(24);
             running.deadline = now + kNever;
         }
+    }
+
+    /// The host has closed its end: nobody wants what the child makes.
+    static void GiveUp(Running& running) {
+        running.isGivenUp = true;
+        (void)kill(running.child, SIGKILL);
     }
 
     /// Tells of the children that have ended.

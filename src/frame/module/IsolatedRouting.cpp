@@ -76,7 +76,8 @@ IMemoryWrapper<void>* LoadTextureIsolated(ImageDescription& desc, const KString&
     IMemoryWrapper<void>* block = nullptr;
     const EIsolatedEnd end = Common::LoadIsolated(operation, desc, block);
     if (end == kIsolatedNoFile) return WithoutFile([&] { return LoadTexture(desc, path, request); });
-    if (end == kIsolatedFailed) Sys::Warning(L"format is not supported", nullptr);
+    const bool isStopped = Common::HostsFailure().kind == kFailureCancelled;
+    if (end == kIsolatedFailed && !isStopped) Sys::Warning(L"format is not supported", nullptr);
     return block;
 }
 

@@ -9,6 +9,7 @@
 #include "common/PixelFormats.h"
 #include "common/Reasons.h"
 #include "common/Result.h"
+#include "common/WatchedRange.h"
 #include "common/WrappedBlock.h"
 #include "formats/FormatConversion.h"
 #include "formats/PixelFormatMapping.h"
@@ -68,6 +69,7 @@ IMemoryWrapper<void>* Wrap(LoadedPixels pixels) {
 }
 
 constexpr int kMaxLevels = 31;
+constexpr std::size_t kSerialBytes = std::size_t{1} << 20;
 
 int LevelSize(int size, int level) {
     return std::max(size >> level, 1);
@@ -90,7 +92,10 @@ PixelBlock LoadExr(ImageDescription& desc, const KString& path, const DetectedFi
     EXRHandler exr(true);
     if (!ReadHostExr(exr, path) || exr.internalBuffer() == nullptr || !DescribeExr(exr, desc)) return nullptr;
     PixelBlock block = Common::NewBlock(desc.dataSize);
-    std::memcpy(block.get(), exr.internalBuffer(), desc.dataSize);
+    const auto* const pixels = reinterpret_cast<const unsigned char*>(exr.internalBuffer());
+    Common::ForEachRangeOf(kProgressReading, desc.dataSize, kSerialBytes, [&](std::size_t begin, std::size_t end) {
+        std::memcpy(block.get() + begin, pixels + begin, end - begin);
+    });
     return block;
 }
 

@@ -1,6 +1,6 @@
 #include "load/geometry/PixelGrid.h"
 
-#include "common/ParallelRange.h"
+#include "common/WatchedRange.h"
 
 #include <hwy/highway.h>
 
@@ -249,8 +249,9 @@ PixelGrid Rotated(const PixelGrid& grid, Rotation rotation) {
 
 void CopyPixels(const PixelGrid& grid, unsigned char* rows) {
     const auto copyRows = RowCopier(grid.pixelBytes);
-    Common::ForEachRange(grid.height, kSerialBytes / (grid.width * grid.pixelBytes),
-                         [&](std::size_t top, std::size_t bottom) { copyRows(grid, rows, top, bottom); });
+    const std::size_t serial = kSerialBytes / (grid.width * grid.pixelBytes);
+    Common::ForEachRangeOf(kProgressResizing, grid.height, serial,
+                           [&](std::size_t top, std::size_t bottom) { copyRows(grid, rows, top, bottom); });
 }
 
 }  // namespace Kavra::Devices

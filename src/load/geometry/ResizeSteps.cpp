@@ -1,6 +1,7 @@
 #include "load/geometry/ResizeSteps.h"
 
 #include "common/PixelFormats.h"
+#include "common/Progress.h"
 
 #include <algorithm>
 #include <cmath>
@@ -107,8 +108,11 @@ void RunSteps(const ResizeSteps& steps, const unsigned char* from, std::size_t p
     const std::size_t rowBytes = steps.second->ToRowBytes();
     Common::BlockRows out({to, static_cast<std::size_t>(steps.second->y.toCount) * rowBytes}, rowBytes);
     Common::RowResampler filter(*steps.second, out);
+    Common::ProgressMeter meter(kProgressResizing, 1);
+    meter.Expect(1);
     Common::ResampleInto(steps.first, from, pitch, filter);
     filter.Finish();
+    meter.Advance(1);
 }
 
 }  // namespace Kavra::Devices

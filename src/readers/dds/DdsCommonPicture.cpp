@@ -2,6 +2,7 @@
 
 #include "common/ParallelRange.h"
 #include "common/PixelFormats.h"
+#include "common/Progress.h"
 #include "readers/WriteRows.h"
 
 #include <algorithm>
@@ -17,6 +18,7 @@ constexpr std::size_t kBandBytes = std::size_t{1} << 20;     // that are read at
 constexpr std::size_t kMaxBandRows = 4096;                   // whose height the image library takes
 constexpr std::size_t kSerialPixels = std::size_t{1} << 16;  // which are not worth waking a thread for
 constexpr std::size_t kColourBytes = 4;
+constexpr std::size_t kCopiedBytes = std::size_t{4} << 20;  // of pixels that need no decoding, between two looks
 
 }  // namespace
 
@@ -151,7 +153,9 @@ void DdsCommonPicture::ReadBands(int level, int slice, const Take& take) {
     const int bandRows = static_cast<int>(RowsOfBand(size.width)) * unit.height;
     if (SliceOffset(level, slice) > mFile.Size() || !mFile.Seek(SliceOffset(level, slice))) return;
     std::vector<unsigned char> stored;
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(size.height));
     for (int y = 0; y < size.height; y += bandRows) {
+        meter.Expect(static_cast<unsigned>(std::min(bandRows, size.height - y)));
         const int wanted = std::min(bandRows, size.height - y);
         const std::size_t unitRows = static_cast<std::size_t>((wanted + unit.height - 1) / unit.height);
         stored.resize(unitRows * rowBytes);
@@ -163,6 +167,7 @@ void DdsCommonPicture::ReadBands(int level, int slice, const Take& take) {
                       .width = size.width,
                       .rows = rows},
                  y);
+        meter.Advance(static_cast<unsigned>(wanted));
         if (whole < unitRows) return;
     }
 }
@@ -178,7 +183,13 @@ void DdsCommonPicture::CopySlice(int level, int slice, unsigned char* out) {
     const std::uint64_t begin = SliceOffset(level, slice);
     if (begin > mFile.Size() || !mFile.Seek(begin)) return;
     const std::uint64_t rows = std::min<std::uint64_t>(mFile.Remaining() / pitch, static_cast<unsigned>(size.height));
-    (void)mFile.ReadSome(std::span(out, rows * pitch));
+    Common::ProgressMeter meter(kProgressReading, rows);
+    const std::uint64_t bandRows = std::max<std::uint64_t>(kCopiedBytes / pitch, 1);
+    for (std::uint64_t y = 0, count = 0; y < rows; y += count) {
+        count = std::min(bandRows, rows - y);
+        (void)mFile.ReadSome(std::span(out + y * pitch, count * pitch));
+        meter.Advance(count);
+    }
 }
 
 void DdsCommonPicture::ReadSlice(int level, int slice, unsigned char* out) {

@@ -1,6 +1,7 @@
 #include "readers/flic/FlicMovie.h"
 
 #include "common/ByteOrder.h"
+#include "common/Progress.h"
 
 #include <algorithm>
 #include <array>
@@ -54,7 +55,9 @@ template <class Visit>
 void ForEachFrame(ByteSource& source, std::uint64_t first, const Visit& visit) {
     constexpr int kMaxChunks = 1 << 17;  // twice as many as a header can count
     std::uint64_t at = std::min(first, source.Size());
+    const Common::ProgressMeter meter(kProgressReading, kMaxChunks);
     for (int i = 0; i < kMaxChunks; ++i) {
+        meter.Expect(0);
         const auto chunk = ChunkAt(source, at, source.Size());
         if (!chunk || (chunk->IsFrame() && !visit(*chunk))) return;
         at = chunk->end;

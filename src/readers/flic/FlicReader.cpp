@@ -1,6 +1,7 @@
 #include "readers/flic/FlicReader.h"
 
 #include "common/ByteOrder.h"
+#include "common/Progress.h"
 #include "common/Reasons.h"
 #include "readers/SampleTables.h"
 
@@ -107,7 +108,9 @@ void PlayFlic(ByteSource& source, const FlicHeader& header, int wanted, FlicFram
               Reading* reading) {
     if (!source.Seek(kFirstChunk)) return;
     int reached = -1;
+    const Common::ProgressMeter meter(kProgressReading, header.frames);
     for (int budget = header.frames; budget > 0 && reached <= wanted; --budget) {
+        meter.Expect(0);
         const std::uint64_t start = source.Position();
         const Result<std::uint32_t> bytes = source.Little<std::uint32_t>();
         const Result<std::uint16_t> kind = source.Little<std::uint16_t>();

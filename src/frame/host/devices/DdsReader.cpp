@@ -3,6 +3,7 @@
 #include "common/PackedLayout.h"
 #include "common/PathReasons.h"
 #include "common/PixelBlock.h"
+#include "common/Progress.h"
 #include "common/dds/DdsHeader.h"
 #include "common/dds/DdsShape.h"
 #include "common/dds/DdsStoredLayouts.h"
@@ -83,7 +84,9 @@ PixelBlock DDSReader::State::ReadLevel(int level, std::uint64_t faceBytes) const
     const int faces = shape.FaceCount();
     const std::size_t blockBytes = faceBytes * static_cast<unsigned>(faces);
     PixelBlock block = shape.HasAllFaces() ? Common::NewBlock(blockBytes) : Common::NewZeroedBlock(blockBytes);
-    for (int face = 0; face < faces; ++face) {
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(faces));
+    for (int face = 0; face < faces; ++face, meter.Advance(1)) {
+        meter.Expect(1);
         if (!shape.HasFace(face) || ReadFace(face, level, block.get() + face * faceBytes)) continue;
         Common::Say(Common::Failure::kUnreadable);
         return nullptr;

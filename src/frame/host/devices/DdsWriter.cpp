@@ -88,9 +88,12 @@ bool DDSWriter::Write(const KString& path, const void* data) {
         const Dds::StoredLayout layout = Dds::LayoutToWrite(mFormat).value();
         const Dds::Shape shape = ShapeToWrite(mType, mWidth, mHeight, mDepth, mMipCount);
         const std::vector<unsigned char> header = Dds::ComposeHeader(Dds::DescribeTexture(mFormat, shape).value());
+        const std::uint64_t bytes = BytesToWrite(layout, shape);
+        Common::ProgressMeter meter(kProgressSaving, bytes);
         Common::UnfinishedFile file(OS::ToUtf8(path));
-        const bool done =
-            file.Write(header.data(), header.size()) && file.Write(data, BytesToWrite(layout, shape)) && file.Commit();
+        const bool isBegun = file.Write(header.data(), header.size());
+        meter.Expect(bytes);
+        const bool done = isBegun && file.Write(data, bytes) && file.Commit();
         if (!done) Common::SayOfPathToWrite(path.ToChars(), file.Error() == EINVAL ? 0 : file.Error());
         return done;
     });

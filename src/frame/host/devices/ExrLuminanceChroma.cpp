@@ -1,5 +1,7 @@
 #include "frame/host/devices/ExrLuminanceChroma.h"
 
+#include "common/Progress.h"
+
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
 #include <ImfRgbaYca.h>
@@ -8,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace Kavra::Devices {
@@ -66,11 +69,12 @@ void YcaPicture::Read(Imf::InputPart& part) {
     add("BY", &Rgba::b, 2, 0);
     add("A", &Rgba::a, 1, 1);
     part.setFrameBuffer(buffer);
-    part.readPixels(window.min.y, window.max.y);
+    ReadExrRows(part, window);
 }
 
 void YcaPicture::SpreadChroma() {
-    for (int y = 0; y < mHeight; y += 2) {
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(mHeight));
+    for (int y = 0; y < mHeight; y += 2, meter.Advance(1)) {
         Rgba* const row = At(y);
         const auto middle = mPadded.begin() + Yca::N2;
         std::fill(mPadded.begin(), middle, row[0]);
@@ -80,7 +84,7 @@ void YcaPicture::SpreadChroma() {
         Yca::reconstructChromaHoriz(mWidth, mPadded.data(), row);
     }
     FilterDown(-1, mAbove);
-    for (int y = 1; y < mHeight; y += 2) {
+    for (int y = 1; y < mHeight; y += 2, meter.Advance(1)) {
         FilterDown(y, mRow);
         std::ranges::copy(mRow, At(y));
     }
@@ -98,7 +102,8 @@ void YcaPicture::ToColours(const Imath::V3f& weights) {
         std::copy_n(row, mWidth, mRow.begin());
         Yca::YCAtoRGBA(weights, mWidth, mRow.data(), row);
     };
-    for (int y = 0; y < mHeight; ++y)
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(mHeight));
+    for (int y = 0; y < mHeight; ++y, meter.Advance(1))
         convert(At(y));
     convert(mAbove.data());
 }
@@ -118,11 +123,18 @@ Imath::V3f LuminanceWeights(const Imf::Header& header) {
 void ReadLuminanceChroma(Imf::InputPart& part, ExrPicture& picture) {
     const Imath::V3f weights = LuminanceWeights(part.header());
     YcaPicture image(picture.width, picture.height);
-    image.Read(part);
-    image.SpreadChroma();
-    image.ToColours(weights);
+    const auto height = static_cast<unsigned>(picture.height);
+    Common::ProgressMeter meter(kProgressReading, std::uint64_t{4} * height);
+    const auto pass = [&](const auto& work) {
+        meter.Expect(height);
+        work();
+        meter.Advance(height);
+    };
+    pass([&] { image.Read(part); });
+    pass([&] { image.SpreadChroma(); });
+    pass([&] { image.ToColours(weights); });
     float* out = reinterpret_cast<float*>(picture.pixels.get());
-    for (int y = 0; y < picture.height; ++y) {
+    for (int y = 0; y < picture.height; ++y, meter.Advance(1)) {
         for (const Rgba& pixel : image.Row(y, weights)) {
             *out++ = pixel.r;
             *out++ = pixel.g;

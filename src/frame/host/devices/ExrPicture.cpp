@@ -1,5 +1,6 @@
 #include "frame/host/devices/ExrPicture.h"
 
+#include "common/Progress.h"
 #include "frame/host/devices/ExrLuminanceChroma.h"
 #include "frame/host/devices/ExrStream.h"
 
@@ -9,10 +10,10 @@
 #include <ImfContextInit.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
-#include <ImfInputPart.h>
 #include <ImfMultiPartInputFile.h>
 #include <ImfPartType.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -151,6 +152,20 @@ void IgnoreMessage(exr_const_context_t, exr_result_t, const char*) {}
 
 }  // namespace
 
+void ReadExrRows(Imf::InputPart& part, const Imath::Box2i& window) {
+    constexpr int kBlockRows = 256;            // the highest blocks that there are
+    constexpr std::int64_t kPixels = 1 << 20;  // of a band, at least
+    Common::ProgressMeter meter(kProgressReading, static_cast<unsigned>(window.max.y - window.min.y + 1));
+    if (!meter.IsWatched()) return part.readPixels(window.min.y, window.max.y);
+    const std::int64_t width = std::int64_t{window.max.x} - window.min.x + 1;
+    const std::int64_t band = (kPixels / width + kBlockRows) / kBlockRows * kBlockRows;
+    for (std::int64_t y = window.min.y; y <= window.max.y; y += band) {
+        const std::int64_t last = std::min<std::int64_t>(y + band - 1, window.max.y);
+        part.readPixels(static_cast<int>(y), static_cast<int>(last));
+        meter.Advance(static_cast<std::uint64_t>(last - y + 1));
+    }
+}
+
 ExrPicture ReadExrPicture(ExrStream& stream) {
     // Failures arrive as exceptions; without a handler of ours the library would also print them.
     Imf::ContextInitializer context;
@@ -168,7 +183,7 @@ ExrPicture ReadExrPicture(ExrStream& stream) {
     }
     const Imath::Box2i window = header.dataWindow();
     part.setFrameBuffer(FrameBufferOf(picture, plan, window));
-    part.readPixels(window.min.y, window.max.y);
+    ReadExrRows(part, window);
     if (plan.layout == ColourLayout::kGrey) SpreadGrey(picture);
     return picture;
 }

@@ -3,6 +3,9 @@
 
 #include "common/PixelBlock.h"
 
+#include <Imath/ImathBox.h>
+#include <ImfInputPart.h>
+
 namespace Kavra::Devices {
 
 class ExrStream;
@@ -22,5 +25,8 @@ struct ExrPicture {
 /// Throws for everything that cannot be read whole: deep data, missing rows or tiles, subsampled colours, sizes
 /// beyond the block ceiling, and sizes that no file of this length could hold.
 ExrPicture ReadExrPicture(ExrStream& stream);
+
+/// Reads all rows of a data window into the frame buffer of `part`, a part of them at a time where somebody watches.
+void ReadExrRows(Imf::InputPart& part, const Imath::Box2i& window);
 
 }  // namespace Kavra::Devices

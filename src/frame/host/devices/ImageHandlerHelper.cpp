@@ -1,5 +1,7 @@
-#include "common/ParallelRange.h"
 #include "common/PixelBlock.h"
+#include "common/Progress.h"
+#include "common/Reasons.h"
+#include "common/WatchedRange.h"
 #include "frame/host/devices/PixelKernels.h"
 
 #include <kavra/devices/ImageHandlerHelper.h>
@@ -35,9 +37,10 @@ struct OutputSize {
     }
 };
 
-/// Turns every `inUnit` bytes of `source` into `outUnit` bytes of a new block, a part of the block on each core.
+/// Turns every `inUnit` bytes of `source` into `outUnit` bytes of a new block, a part of the block on each core. Null if
+/// that is stopped.
 void* Converted(const void* source, std::size_t bytes, std::size_t inUnit, std::size_t outUnit,
-                const std::function<void(const PixelRun&)>& kernel) {
+                const std::function<void(const PixelRun&)>& kernel) try {
     const OutputSize size(bytes, inUnit, outUnit);
     if (source == nullptr) return Common::NewZeroedBlock(size.blockBytes).release();
 
@@ -46,13 +49,16 @@ void* Converted(const void* source, std::size_t bytes, std::size_t inUnit, std::
     auto* const out = reinterpret_cast<unsigned char*>(block.get());
     const auto* const in = static_cast<const unsigned char*>(source);
     const bool bypassCache = Common::OutgrowsCaches(size.unitBytes);
-    Common::ForEachRange(size.units, Common::kSerialBytes / (inUnit + outUnit),
-                         [&](std::size_t begin, std::size_t end) {
-                             kernel({.out = {out + begin * outUnit, (end - begin) * outUnit},
-                                     .in = {in + begin * inUnit, (end - begin) * inUnit},
-                                     .bypassCache = bypassCache});
-                         });
+    const std::size_t serial = Common::kSerialBytes / (inUnit + outUnit);
+    Common::ForEachRangeOf(Devices::kProgressConverting, size.units, serial, [&](std::size_t begin, std::size_t end) {
+        kernel({.out = {out + begin * outUnit, (end - begin) * outUnit},
+                .in = {in + begin * inUnit, (end - begin) * inUnit},
+                .bypassCache = bypassCache});
+    });
     return block.release();
+} catch (const Common::Cancelled&) {
+    Common::SayCaught();
+    return nullptr;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "common/OrderedParts.h"
 #include "common/PixelFormats.h"
+#include "common/Reasons.h"
 
 #include <kavra/devices/ImageHandlerHelper.h>
 
@@ -88,8 +89,9 @@ Sums PictureSums(const PixelFormat& format, const unsigned char* pixels, std::si
     constexpr std::size_t kSerialPixels = 32768;
     const RowFunction rowSums = RowFunctionFor(format);
     Sums total{};
-    Common::ForEachInOrder<Sums>(
-        height, kSerialPixels / width, [&](std::size_t y) { return rowSums(pixels + y * pitch, width); },
+    Common::ForEachInOrderOf<Sums>(
+        Devices::kProgressAnalysing, height, kSerialPixels / width,
+        [&](std::size_t y) { return rowSums(pixels + y * pitch, width); },
         [&total](const Sums& row) {
             for (std::size_t c = 0; c < total.size(); ++c)
                 total[c] += row[c];
@@ -99,7 +101,7 @@ Sums PictureSums(const PixelFormat& format, const unsigned char* pixels, std::si
 
 }  // namespace
 
-vec4<float> ImageHandlerHelper::GetAverageColor2D(const ImageDescription& desc, const void* data, bool) {
+vec4<float> ImageHandlerHelper::GetAverageColor2D(const ImageDescription& desc, const void* data, bool) try {
     const PixelFormat& format = Common::FactsOf(desc.format);
     if (data == nullptr || !format.HasPixels() || desc.width <= 0 || desc.height <= 0) return {};
     const auto width = static_cast<std::size_t>(desc.width);
@@ -116,6 +118,9 @@ vec4<float> ImageHandlerHelper::GetAverageColor2D(const ImageDescription& desc, 
         mean[c] = static_cast<float>(sums[c] / scale);
     if (format.blueFirst) std::swap(mean[0], mean[2]);
     return {mean[0], mean[1], mean[2], mean[3]};
+} catch (const Common::Cancelled&) {
+    Common::SayCaught();
+    return {};
 }
 
 }  // namespace Kavra::Utilities

@@ -1,6 +1,8 @@
 // Operations of handlers, run by the decoder.
 
 #include "common/Limits.h"
+#include "common/Progress.h"
+#include "common/Reasons.h"
 #include "common/isolation/DecoderRecords.h"
 #include "common/isolation/InspectionRecords.h"
 #include "common/isolation/Packets.h"
@@ -23,6 +25,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -43,6 +46,7 @@ using Common::DecoderOperation;
 using Common::Descriptor;
 
 constexpr std::uint32_t kDefaultSeconds = 60;
+constexpr int kAskedMilliseconds = 20;  ///< between two questions whether to go on
 
 void Fail(EFailureKind kind, const std::string& text) noexcept {
     SetLastFailure({.kind = kind, .text = text.c_str()});
@@ -138,16 +142,21 @@ private:
         return true;
     }
 
-    /// Hears the child until it is dead, as the decoder says; a decoder that is gone has taken its children with it.
+    /// Hears the child until it is dead, as the decoder says; a decoder that is gone has taken its children with it. Whoever
+    /// watches may stop that: then all ends are closed, and the decoder ends the child.
     void Listen() {
         using Clock = std::chrono::steady_clock;
         constexpr std::chrono::seconds kGrace(10);
         const auto deadline = Clock::now() + std::chrono::seconds(mSeconds) + kGrace;
+        const Common::ProgressMeter meter(kProgressReading, 1);
         while (!mEnded) {
+            meter.Expect(0);
             const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
             pollfd events[] = {{mEnd.Number(), POLLIN, 0}, {mSession ? mSession.Number() : -1, POLLIN, 0}};
-            const int count = left > 0 ? poll(events, std::size(events), static_cast<int>(left)) : 0;
+            const auto wait = meter.IsWatched() ? std::min<decltype(left)>(left, kAskedMilliseconds) : left;
+            const int count = left > 0 ? poll(events, std::size(events), static_cast<int>(wait)) : 0;
             if (count < 0 && errno == EINTR) continue;
+            if (count == 0 && wait < left) continue;
             if (count <= 0) return;
             if (events[1].revents != 0)
                 HearOne();
@@ -269,6 +278,7 @@ EIsolatedEnd Load(const IsolatedOperation& operation, ImageDescription& desc, Ob
     const EIsolatedEnd end = talk.Run();
     if (end != kIsolatedAnswered || !talk.picture) return end;
     if (!IsAllowed(*talk.picture)) return Nonsense();
+    Common::ProgressMeter(kProgressReading, 1).Advance(1);
     block = NewSharedBlock(talk.Memory(), talk.picture->offset, talk.picture->blockBytes);
     if (block == nullptr) return Nonsense();
     desc = talk.picture->desc;
@@ -317,6 +327,8 @@ template <class Operation>
 EIsolatedEnd Guarded(Operation&& operation) noexcept {
     try {
         return operation();
+    } catch (const Common::Cancelled&) {
+        Common::SayCaught();
     } catch (const std::bad_alloc&) {
         SetLastFailure({.kind = kFailureOutOfMemory, .text = "there is no memory for it"});
     } catch (...) {

@@ -1,4 +1,5 @@
 #include "common/KnownFields.h"
+#include "frame/host/devices/OperationProgress.h"
 
 #include <kavra/devices/LastFailure.h>
 
@@ -31,6 +32,15 @@ struct ThreadsFailure {
 constinit thread_local ThreadsFailure tFailure;
 constinit thread_local int tOperations = 0;  ///< that are under way, one within another
 
+/// Whatever else was said: ways that were tried before, and those that did not come to an end.
+void SayStopped() noexcept {
+    ClearLastFailure();
+    FailureReport stopped;
+    stopped.kind = kFailureCancelled;
+    stopped.text = "stopped";
+    SetLastFailure(stopped);
+}
+
 }  // namespace
 
 void GetLastFailure(FailureReport& report) {
@@ -52,12 +62,15 @@ void ClearLastFailure() noexcept {
 }
 
 void BeginOperation() noexcept {
-    if (tOperations++ == 0) ClearLastFailure();
+    if (tOperations++ != 0) return;
+    ClearLastFailure();
+    ForgetProgress();
 }
 
 void EndOperation(bool hasAnswered) noexcept {
     if (--tOperations != 0) return;
     if (!hasAnswered) {
+        if (IsStopped()) SayStopped();
         FailureReport unknown;
         unknown.kind = kFailureOther;
         unknown.text = "it failed, and nothing is known of why";

@@ -119,10 +119,25 @@ private:
     unsigned char* mTexture;
 };
 
+/// What a level costs to make: as much as there are pixels in the one before.
+std::uint64_t CostOfLevel(const TextureShape& shape, int level) {
+    const Dds::Extent size = Dds::LevelSize(SizeOf(shape), level - 1);
+    return static_cast<std::uint64_t>(size.width) * static_cast<unsigned>(size.height) *
+           static_cast<unsigned>(size.depth);
+}
+
+std::uint64_t CostOfChains(const TextureShape& shape) {
+    std::uint64_t cost = 0;
+    for (int level = 1; level < shape.levels; ++level)
+        cost += CostOfLevel(shape, level);
+    return cost * static_cast<unsigned>(shape.elements);
+}
+
 bool BuildElement(const Request& request, const MipTexture& texture, const MipColours& colours, int element,
-                  Places& places) {
+                  Places& places, Common::ProgressMeter& meter) {
     MipBuilder builder(texture, colours, request.options);
     for (int level = 1; level < request.shape.levels; ++level) {
+        meter.Expect(CostOfLevel(request.shape, level));
         builder.Next();
         for (int face = 0; face < FaceCount(request.shape.type); ++face) {
             MipLevel made;
@@ -136,6 +151,7 @@ bool BuildElement(const Request& request, const MipTexture& texture, const MipCo
             builder.Store(static_cast<std::size_t>(face), places.For(made));
             if (!places.Done(made)) return Common::Require(false, kFailureCancelled, "no more levels were taken");
         }
+        meter.Advance(CostOfLevel(request.shape, level));
     }
     return true;
 }
@@ -151,10 +167,11 @@ bool Build(const Request& request, const MipSource& level0, Places& places) {
     if (!colours) return false;
     if (shape.levels == 1) return true;
     const auto faces = static_cast<std::size_t>(FaceCount(shape.type));
+    Common::ProgressMeter meter(kProgressResizing, CostOfChains(shape));
     for (int element = 0; element < shape.elements; ++element) {
         const std::span first(level0.pictures + static_cast<std::size_t>(element) * faces, faces);
-        if (!BuildElement(request, {SizeOf(shape), first, level0.pitch, level0.slicePitch}, *colours, element, places))
-            return false;
+        const MipTexture texture{SizeOf(shape), first, level0.pitch, level0.slicePitch};
+        if (!BuildElement(request, texture, *colours, element, places, meter)) return false;
     }
     return true;
 }

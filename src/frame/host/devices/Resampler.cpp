@@ -1,4 +1,5 @@
 #include "common/Boundary.h"
+#include "common/Progress.h"
 #include "common/resample/RowResampler.h"
 
 #include <kavra/devices/Resampler.h>
@@ -76,12 +77,15 @@ bool ResampleRows(const ResamplePixels& pixels, IRowSource& source, int fromWidt
         RowsToSink out(sink, resampling.ToRowBytes());
         Common::RowResampler resampler(resampling, out);
         constexpr std::size_t kRows = 64;
+        Common::ProgressMeter meter(kProgressResizing, static_cast<unsigned>(fromHeight));
         for (int done = 0; done < fromHeight;) {
+            meter.Expect(kRows);
             const std::span<unsigned char> rows = resampler.NextRows(kRows);
             const int count = static_cast<int>(rows.size() / resampling.FromRowBytes());
             if (count == 0 || !source.ReadRows(rows.data(), count))
                 return Common::Require(false, kFailureCancelled, "no more rows were given or taken");
             done += count;
+            meter.Advance(static_cast<unsigned>(count));
         }
         resampler.Finish();
         return Common::Require(out.Deliver(), kFailureCancelled, "no more rows were taken");

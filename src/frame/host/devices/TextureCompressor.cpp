@@ -1,6 +1,6 @@
 #include "common/Boundary.h"
 #include "common/KnownFields.h"
-#include "common/ParallelRange.h"
+#include "common/WatchedRange.h"
 #include "common/blocks/Bc6hEncoder.h"
 #include "common/blocks/Bc7Encoder.h"
 #include "common/blocks/BlockDecoders.h"
@@ -177,6 +177,18 @@ constexpr const char* kNoPixels = "there are no pixels, or no place for them";
 constexpr const char* kNoFormat = "there are no blocks for these formats";
 constexpr const char* kNoPitch = "its rows are shorter than its width";
 
+// Of a row, on one thread: at the highest effort they take some milliseconds.
+constexpr std::size_t kPieceBlocks = 256;
+
+/// The part of a picture that a piece of each row of its blocks is made of.
+Common::BlockPicture Piece(Common::BlockPicture picture, std::size_t firstBlock) {
+    constexpr std::size_t kSide = Common::kBlockSide;
+    const std::size_t left = firstBlock * kSide;
+    picture.rows += left * static_cast<unsigned>(picture.format.BytesPerPixel());
+    picture.width = std::min(picture.width - static_cast<int>(left), static_cast<int>(kPieceBlocks * kSide));
+    return picture;
+}
+
 bool Compress(EFormat from, const void* pixels, std::size_t pitch, int width, int height, EFormat to, void* blocks,
               const CompressionOptions& options) {
     const PixelFormat &source = FactsOf(from), &target = FactsOf(to);
@@ -190,13 +202,16 @@ bool Compress(EFormat from, const void* pixels, std::size_t pitch, int width, in
     const CompressionOptions known = Known(options);
     const Encoder encoder(to, known, known.withAlpha && source.hasAlpha);
     const Common::BlockPicture picture{static_cast<const unsigned char*>(pixels), pitch, width, height, source};
-    const std::size_t rowBytes = Common::BlocksAlong(width) * static_cast<unsigned>(target.bytesPerBlock);
+    const auto blockBytes = static_cast<unsigned>(target.bytesPerBlock);
+    const std::size_t columns = Common::BlocksAlong(width), pieces = (columns + kPieceBlocks - 1) / kPieceBlocks;
+    const std::size_t count = Common::BlocksAlong(height) * pieces;
     auto* const out = static_cast<unsigned char*>(blocks);
-    Common::ForEachRange(Common::BlocksAlong(height), 1, [&](std::size_t begin, std::size_t end) {
+    Common::ForEachRangeOf(kProgressCompressing, count, 1, [&](std::size_t begin, std::size_t end) {
         std::vector<float> row;
-        for (std::size_t y = begin; y < end; ++y) {
-            GatherBlocks(picture, y, ScaleOf(to), row);
-            encoder.Encode(row, out + y * rowBytes);
+        for (std::size_t i = begin; i < end; ++i) {
+            const std::size_t y = i / pieces, first = i % pieces * kPieceBlocks;
+            GatherBlocks(Piece(picture, first), y, ScaleOf(to), row);
+            encoder.Encode(row, out + (y * columns + first) * blockBytes);
         }
     });
     return true;
@@ -217,7 +232,8 @@ bool Decompress(EFormat from, const void* blocks, int width, int height, void* p
     const std::size_t rowBytes = Common::BlocksAlong(width) * blockBytes;
     const auto* const in = static_cast<const unsigned char*>(blocks);
     auto* const out = static_cast<unsigned char*>(pixels);
-    Common::ForEachRange(Common::BlocksAlong(height), 1, [&](std::size_t begin, std::size_t end) {
+    const std::size_t blockRows = Common::BlocksAlong(height);
+    Common::ForEachRangeOf(kProgressCompressing, blockRows, 1, [&](std::size_t begin, std::size_t end) {
         for (std::size_t y = begin; y < end; ++y) {
             const int rows = std::min(Common::kBlockSide, height - static_cast<int>(y) * Common::kBlockSide);
             Common::DecodeBlockRow(decoding.decode, {in + y * rowBytes, rowBytes}, blockBytes, columns, rows,

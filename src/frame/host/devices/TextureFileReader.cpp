@@ -69,6 +69,9 @@ struct TextureFileReader::State {
         return Common::AsOperation(false, [&] {
             try {
                 return body();
+            } catch (const Common::Cancelled&) {
+                reason.assign("stopped");
+                throw;
             } catch (...) {
                 reason.assign(kNoMemory);
                 throw;
@@ -108,10 +111,14 @@ bool TextureFileReader::State::ReadLevel(int element, int face, int level, unsig
 /// Level by level, so that of those which are packed only one is kept.
 bool TextureFileReader::State::ReadAll(unsigned char* out) {
     if (!levels || out == nullptr) return Refuse("no file is open", kFailureArguments);
+    Common::ProgressMeter meter(kProgressReading, texture.Bytes());
     for (int level = 0; level < texture.shape.levels; ++level) {
         for (int element = 0; element < texture.shape.elements; ++element) {
             for (int face = 0; face < texture.stored.FaceCount(); ++face) {
+                const std::uint64_t bytes = texture.LevelBytes(level);
+                meter.Expect(bytes);
                 if (!ReadLevel(element, face, level, out + texture.Offset(element, face, level))) return false;
+                meter.Advance(bytes);
             }
         }
         levels->Forget(level);

@@ -47,8 +47,10 @@ std::optional<Dds::Header> DdsHeaderOf(const KnownTexture& texture) {
 
 Done WriteDds(const KString& path, const KnownTexture& texture, const unsigned char* data) {
     const Bytes header = Dds::ComposeHeader(DdsHeaderOf(texture).value());
+    Common::ProgressMeter meter(kProgressSaving, texture.Bytes());
     Common::UnfinishedFile file(OS::ToUtf8(path));
     file.Write(header.data(), header.size());
+    meter.Expect(texture.Bytes());
     file.Write(data, texture.Bytes());
     return Finish(file, path);
 }
@@ -79,9 +81,11 @@ std::uint64_t WholeLevelBytes(const KnownTexture& texture, int level) {
            static_cast<unsigned>(texture.shape.elements);
 }
 
-std::vector<Bytes> PackLevels(const KnownTexture& texture, const unsigned char* data, int zstdLevel) {
+std::vector<Bytes> PackLevels(const KnownTexture& texture, const unsigned char* data, int zstdLevel,
+                              const Common::ProgressMeter& meter) {
     std::vector<Bytes> packed;
     for (int level = 0; level < texture.shape.levels; ++level) {
+        meter.Expect(0);
         Bytes whole;
         whole.reserve(WholeLevelBytes(texture, level));
         ForEachFace(texture, data, level, [&](std::span<const unsigned char> bytes) {
@@ -95,7 +99,8 @@ std::vector<Bytes> PackLevels(const KnownTexture& texture, const unsigned char* 
 /// The smallest level first.
 Done WriteKtx(const KString& path, const KnownTexture& texture, const unsigned char* data, int zstdLevel) {
     const bool isPacked = zstdLevel > 0;
-    const std::vector<Bytes> packed = isPacked ? PackLevels(texture, data, zstdLevel) : std::vector<Bytes>();
+    Common::ProgressMeter meter(kProgressSaving, texture.Bytes());
+    const std::vector<Bytes> packed = isPacked ? PackLevels(texture, data, zstdLevel, meter) : std::vector<Bytes>();
     std::vector<std::uint64_t> sizes;
     sizes.reserve(static_cast<std::size_t>(texture.shape.levels));
     for (int level = 0; level < texture.shape.levels; ++level)
@@ -110,11 +115,14 @@ Done WriteKtx(const KString& path, const KnownTexture& texture, const unsigned c
         const auto index = static_cast<std::size_t>(level);
         constexpr std::array<unsigned char, 64> kZeros{};  // more than any gap
         file.Write(kZeros.data(), head.levels[index].offset - position);
+        const std::uint64_t levelBytes = WholeLevelBytes(texture, level);
+        meter.Expect(levelBytes);
         if (isPacked) file.Write(packed[index].data(), packed[index].size());
         if (!isPacked) {
             ForEachFace(texture, data, level,
                         [&](std::span<const unsigned char> bytes) { file.Write(bytes.data(), bytes.size()); });
         }
+        meter.Advance(levelBytes);
         position = head.levels[index].offset + sizes[index];
     }
     return Finish(file, path);
@@ -163,6 +171,9 @@ bool Told(std::string* reason, const Body& body) noexcept {
             if (!done) Common::Say(kFailureFormat, std::string_view(done.error()));
             if (reason != nullptr) *reason = done ? std::string() : done.error();
             return done.has_value();
+        } catch (const Common::Cancelled&) {
+            if (reason != nullptr) reason->assign("stopped");
+            throw;
         } catch (...) {
             if (reason != nullptr) reason->assign("out of memory");  // so short that no memory is taken for a copy
             throw;
