@@ -124,8 +124,9 @@ std::filesystem::path NearestFolder(const std::filesystem::path& path) {
 }
 
 /// Tried: what is no real file system, as /proc, allows by its permissions what it then refuses. What else is wrong with
-/// the folder is no answer.
+/// the folder is no answer. Nothing interrupts it between its two steps.
 bool TakesFiles(const std::filesystem::path& folder) {
+    const std::lock_guard lock(TheUnfinished().mutex);
     const std::filesystem::path name = HiddenName(folder / "file");
     if (mkdir(name.c_str(), S_IRWXU) == 0) {
         rmdir(name.c_str());

@@ -3,6 +3,7 @@
 
 #include <kavra/objects/KString.h>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <span>
@@ -45,6 +46,11 @@ public:
     /// Where it does: as was said, else a copy, made when first asked for; empty where the system does not let one.
     const std::string& SystemPath();
 
+    /// Whether a library has asked for bytes behind the end: what it cannot decode then is not all there.
+    bool WasReadPastItsEnd() const { return mWasReadPastItsEnd; }
+    /// To be called by what reads the bytes for a library, on any thread.
+    void NoteReadPastEnd() { mWasReadPastItsEnd = true; }
+
     /// Keeps something as long as the picture: what reads the bytes for a library that does not own it.
     template <class T>
     T* Keep(std::unique_ptr<T> reader) {
@@ -59,6 +65,7 @@ private:
     std::vector<NamedBytes> mNeighbours;
     MemoryPicture* mOuter;
     int mCopy = -1;
+    std::atomic<bool> mWasReadPastItsEnd = false;
     bool mCopyFailed = false;
     std::string mSystemPath;
     std::vector<std::shared_ptr<void>> mKept;

@@ -2,6 +2,7 @@
 
 #include "common/HostExtras.h"
 #include "common/Limits.h"
+#include "common/MemoryPicture.h"
 #include "common/Reasons.h"
 #include "load/LibraryErrors.h"
 #include "load/OpenInput.h"
@@ -243,7 +244,9 @@ void SayOfUnreadPixels(const TextureLoad& load, ByteSource& file) noexcept {
         const std::string_view format = load.input->format_name();
         if (const auto promise = BrokenPromise(file, format); promise && promise->rowBytes > 0)
             return (void)SayIfCut(file, format);
-        if (!PromisesMore(file, format) && !SpeaksOfTheEnd(load.errors)) {
+        const Common::MemoryPicture* const picture = Common::MemoryPicture::Current();
+        const bool hasRunOut = picture != nullptr && load.errors.empty() && picture->WasReadPastItsEnd();
+        if (!hasRunOut && !PromisesMore(file, format) && !SpeaksOfTheEnd(load.errors)) {
             SayLibraryError(load.errors, {}, kFailureDamaged);
             return Common::Say(kFailureDamaged, "damaged: its pixels cannot be decoded");
         }

@@ -82,6 +82,26 @@ bool IsDds(Bytes start) {
     return !start.empty() && MayBeOfFormat("dds", start);
 }
 
+/// The bytes of a picture, which hears where they are not enough: not every reader says so.
+class PictureReader final : public OIIO::Filesystem::IOMemReader {
+public:
+    explicit PictureReader(Common::MemoryPicture& picture)
+        : IOMemReader(picture.Bytes().data(), picture.Bytes().size()), mPicture(picture) {}
+
+    std::size_t read(void* out, std::size_t bytes) override { return Noted(bytes, IOMemReader::read(out, bytes)); }
+    std::size_t pread(void* out, std::size_t bytes, std::int64_t offset) override {
+        return Noted(bytes, IOMemReader::pread(out, bytes, offset));
+    }
+
+private:
+    std::size_t Noted(std::size_t wanted, std::size_t got) {
+        if (got < wanted) mPicture.NoteReadPastEnd();
+        return got;
+    }
+
+    Common::MemoryPicture& mPicture;
+};
+
 /// One file, and the library's readers that may be asked about it.
 class Candidate {
 public:
@@ -145,10 +165,7 @@ private:
 
     static bool TakesMemory(const OIIO::ImageInput& input) { return input.supports("ioproxy") != 0; }
 
-    OIIO::Filesystem::IOProxy* NewReader() const {
-        const std::span<const unsigned char> bytes = mPicture->Bytes();
-        return mPicture->Keep(std::make_unique<OIIO::Filesystem::IOMemReader>(bytes.data(), bytes.size()));
-    }
+    OIIO::Filesystem::IOProxy* NewReader() const { return mPicture->Keep(std::make_unique<PictureReader>(*mPicture)); }
 
     bool Accepts(const OIIO::ImageInput& input) const {
         if (mPicture == nullptr) return input.valid_file(mName);

@@ -5,6 +5,11 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <limits>
 
 namespace Kavra::Common {
 
@@ -20,6 +25,18 @@ void* MapSealed(int file, std::uint64_t offset, std::uint64_t bytes) {
     if (Sum<std::uint64_t>(offset, bytes) > static_cast<std::uint64_t>(status.st_size)) return nullptr;
     void* const pages = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file, static_cast<off_t>(offset));
     return pages != MAP_FAILED ? pages : nullptr;
+}
+
+bool CopyShared(int file, std::uint64_t offset, std::span<unsigned char> out) {
+    while (!out.empty()) {
+        if (offset > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) return false;
+        const ssize_t count = pread(file, out.data(), out.size(), static_cast<off_t>(offset));
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return false;
+        out = out.subspan(static_cast<std::size_t>(count));
+        offset += static_cast<std::uint64_t>(count);
+    }
+    return true;
 }
 
 }  // namespace Kavra::Common

@@ -1,5 +1,4 @@
-// The wider variants of AVX-512 have nothing that these kernels would use, and SSSE3 alone is rare.
-#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL | HWY_AVX3_ZEN4 | HWY_AVX3_SPR | HWY_AVX10_2)
+#include "common/VectorTargets.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "common/resample/ResampleKernels.cpp"
@@ -7,9 +6,8 @@
 #include <hwy/foreach_target.h>  // compiles this file once per vector width
 // clang-format on
 
-#include "common/resample/ResampleKernels.h"
-
 #include "common/PixelScaling-inl.h"
+#include "common/resample/ResampleKernels.h"
 
 #include <algorithm>
 #include <cstring>

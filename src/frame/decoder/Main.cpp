@@ -88,7 +88,7 @@ public:
     void Run() {
         Send(mSystem);
         for (;;) {
-            if (mSpare.child <= 0 && mRunning.empty()) MakeSpare();  // while nobody waits for an end
+            if (mSpare.child <= 0) MakeSpare();
             std::vector<pollfd> events{{kControl, POLLIN, 0}, {mChildEvents, POLLIN, 0}};
             for (const Running& running : mRunning)
                 events.push_back({running.isGivenUp ? -1 : running.end.Number(), 0, 0});

@@ -1,3 +1,5 @@
+#include "common/VectorTargets.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "readers/spot/SpotKernels.cpp"
 // clang-format off: before what includes highway.h

@@ -21,7 +21,6 @@
 #include <kavra/objects/ObjModel.h>
 
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -36,6 +35,7 @@
 #include <string>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace Kavra::Devices {
 
@@ -46,6 +46,8 @@ using Common::DecoderOperation;
 using Common::Descriptor;
 
 constexpr std::uint32_t kDefaultSeconds = 60;
+/// Blocks of so many bytes are copied, which takes less time than a process to end; larger ones stay where they are.
+constexpr std::uint64_t kCopiedBytes = std::uint64_t{2} << 20;
 constexpr int kAskedMilliseconds = 20;  ///< between two questions whether to go on
 
 void Fail(EFailureKind kind, const std::string& text) noexcept {
@@ -108,7 +110,10 @@ public:
 
     int Memory() const { return mMemory.Number(); }
 
-    /// Returns when the child is dead: nothing that it wrote changes any more.
+    /// Whether the child has answered with nothing that it still could change, or that is not copied before it is looked at.
+    bool IsWhole() const { return mIsDone && !mIsNonsense && (!picture || picture->blockBytes <= kCopiedBytes); }
+
+    /// Returns when the answer is whole, or else when the child is dead: nothing that it wrote changes any more.
     EIsolatedEnd Run() {
         IsolatedFiles files = OpenIsolatedFiles(mOperation);
         if (files.files.empty()) return kIsolatedNoFile;
@@ -143,13 +148,14 @@ private:
     }
 
     /// Hears the child until it is dead, as the decoder says; a decoder that is gone has taken its children with it. Whoever
-    /// watches may stop that: then all ends are closed, and the decoder ends the child.
+    /// watches may stop that: then all ends are closed, and the decoder ends the child. So it does where nothing is wanted
+    /// of the child any more.
     void Listen() {
         using Clock = std::chrono::steady_clock;
         constexpr std::chrono::seconds kGrace(10);
         const auto deadline = Clock::now() + std::chrono::seconds(mSeconds) + kGrace;
         const Common::ProgressMeter meter(kProgressReading, 1);
-        while (!mEnded) {
+        while (!mEnded && !IsWhole()) {
             meter.Expect(0);
             const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
             pollfd events[] = {{mEnd.Number(), POLLIN, 0}, {mSession ? mSession.Number() : -1, POLLIN, 0}};
@@ -204,9 +210,9 @@ private:
     void Take(const Common::DoneRecord& /*record*/) { mIsDone = true; }
 
     EIsolatedEnd Judge() {
-        const bool isGood = mEnded && !mEnded->timedOut && WIFEXITED(mEnded->status) &&
-                            WEXITSTATUS(mEnded->status) == 0 && mIsDone && !mIsNonsense;
-        if (!isGood) {
+        const bool hasEndedWell =
+            mEnded && !mEnded->timedOut && WIFEXITED(mEnded->status) && WEXITSTATUS(mEnded->status) == 0;
+        if (!IsWhole() && !(hasEndedWell && mIsDone && !mIsNonsense)) {
             SayHowItEnded();
             return kIsolatedFailed;
         }
@@ -279,7 +285,8 @@ EIsolatedEnd Load(const IsolatedOperation& operation, ImageDescription& desc, Ob
     if (end != kIsolatedAnswered || !talk.picture) return end;
     if (!IsAllowed(*talk.picture)) return Nonsense();
     Common::ProgressMeter(kProgressReading, 1).Advance(1);
-    block = NewSharedBlock(talk.Memory(), talk.picture->offset, talk.picture->blockBytes);
+    block = talk.IsWhole() ? NewCopiedBlock(talk.Memory(), talk.picture->offset, talk.picture->blockBytes)
+                           : NewSharedBlock(talk.Memory(), talk.picture->offset, talk.picture->blockBytes);
     if (block == nullptr) return Nonsense();
     desc = talk.picture->desc;
     return end;
@@ -310,15 +317,9 @@ EIsolatedEnd Inspect(const IsolatedOperation& operation, IFileInspection*& file)
     constexpr std::uint64_t kMaxBytes = std::uint64_t{64} << 20;  // of which the host makes some times as many
     const std::uint64_t bytes = talk.inspection->bytes;
     if (bytes > kMaxBytes) return Nonsense();
-    void* const pages = Common::MapSealed(talk.Memory(), talk.inspection->offset, bytes);
-    if (pages == nullptr) return Nonsense();
-    try {
-        file = Common::ParseInspection({static_cast<const unsigned char*>(pages), bytes});
-    } catch (const std::bad_alloc&) {
-        (void)munmap(pages, bytes);
-        throw;
-    }
-    (void)munmap(pages, bytes);
+    std::vector<unsigned char> copy(bytes);
+    if (!Common::CopyShared(talk.Memory(), talk.inspection->offset, copy)) return Nonsense();
+    file = Common::ParseInspection(copy);
     return file != nullptr ? end : Nonsense();
 }
 

@@ -77,8 +77,9 @@ bool Tell(float fraction) noexcept {
 
 void ForgetProgress() noexcept {
     ThreadsProgress& mine = tProgress;
-    if (mine.top == nullptr || mine.isAsking) return;
-    mine.isStopped = false;
+    if (mine.isAsking) return;
+    mine.isStopped = false;  // whoever stopped the one before may watch no longer
+    if (mine.top == nullptr) return;
     mine.reached = {};
     mine.hasEnded = {};
     mine.told = {};

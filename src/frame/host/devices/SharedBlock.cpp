@@ -5,6 +5,7 @@
 #include "common/isolation/SharedMemory.h"
 
 #include <kavra/objects/IMemoryAllocator.h>
+#include <kavra/objects/ObjModel.h>
 
 #include <sys/mman.h>
 
@@ -36,6 +37,19 @@ MappedAllocator& Allocator() {
 }
 
 }  // namespace
+
+Objects::IMemoryWrapper<void>* NewCopiedBlock(int file, std::uint64_t offset, std::uint64_t bytes) {
+    void* const data = ::operator new(bytes, Objects::ObjModel::mDefaultAllocator);
+    auto* const wrapper = new Objects::MemoryArrayWrapper<void, unsigned char>(data);
+    if (wrapper == nullptr) {
+        Objects::KavraDelete(data);
+        throw std::bad_alloc();
+    }
+    const std::uint64_t begin = Common::Sum<std::uint64_t>(offset, Common::kBlockHeaderBytes);
+    if (Common::CopyShared(file, begin, {static_cast<unsigned char*>(data), bytes})) return wrapper;
+    wrapper->Delete();
+    return nullptr;
+}
 
 Objects::IMemoryWrapper<void>* NewSharedBlock(int file, std::uint64_t offset, std::uint64_t bytes) {
     const std::uint64_t length = Common::Sum<std::uint64_t>(bytes, Common::kBlockHeaderBytes);

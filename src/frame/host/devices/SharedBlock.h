@@ -12,4 +12,8 @@ namespace Kavra::Devices {
 /// block is one as all others; its pages go when it is deleted.
 Objects::IMemoryWrapper<void>* NewSharedBlock(int file, std::uint64_t offset, std::uint64_t bytes);
 
+/// A block of the host's own memory with the same bytes, whoever may still write to the file. Null where it is shorter than
+/// that. Throws `std::bad_alloc`.
+Objects::IMemoryWrapper<void>* NewCopiedBlock(int file, std::uint64_t offset, std::uint64_t bytes);
+
 }  // namespace Kavra::Devices
