@@ -38,7 +38,7 @@ void ForEachInOrderOf(Devices::EProgressStage stage, std::size_t count, std::siz
     for (std::size_t done = 0, size = 0; done < count; done += size) {
         size = parts.Next(count - done);
         ForEachInOrder<Part>(size, serialCount, [&](std::size_t i) { return make(done + i); }, take);
-        parts.Done(size);
+        parts.Done();
         meter.Advance(size);
     }
 }

@@ -47,24 +47,27 @@ private:
     bool mIsWatched;
 };
 
-/// How much of a loop is done at a time so that it can be stopped soon, and the cores are kept busy: grows and shrinks
-/// with the time that the last part took.
+/// How much of a loop is done at a time so that it can be stopped soon: grows and shrinks with the time that the last
+/// part took, but not below `least`, which keeps the cores busy.
 class PartSize {
 public:
-    explicit PartSize(std::size_t first) : mSize(first) {}
+    explicit PartSize(std::size_t first, std::size_t least = 1) : mSize(first), mLeast(least) {}
     std::size_t Next(std::size_t rest) {
         mBegan = std::chrono::steady_clock::now();
+        mIsFull = rest >= mSize;
         return std::min(mSize, rest);
     }
-    void Done(std::size_t count) {
+    /// What was given last is done.
+    void Done() {
         constexpr std::chrono::milliseconds kShort{6}, kLong{18};
         const auto took = std::chrono::steady_clock::now() - mBegan;
-        if (took < kShort && count == mSize) mSize *= 2;
-        if (took > kLong) mSize = std::max<std::size_t>(mSize / 2, 1);
+        if (took < kShort && mIsFull) mSize *= 2;
+        if (took > kLong) mSize = std::max(mSize / 2, mLeast);
     }
 
 private:
-    std::size_t mSize;
+    std::size_t mSize, mLeast;
+    bool mIsFull = false;
     std::chrono::steady_clock::time_point mBegan;
 };
 

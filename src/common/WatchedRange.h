@@ -12,7 +12,8 @@ namespace Kavra::Common {
 
 /// Where the first part of a loop begins that takes nobody knows how long.
 inline PartSize FirstParts(std::size_t serialCount) {
-    return PartSize(std::max<std::size_t>(serialCount + 1, std::thread::hardware_concurrency()));
+    const std::size_t threads = std::max(std::thread::hardware_concurrency(), 1U);
+    return PartSize(std::max(serialCount + 1, threads), threads);
 }
 
 /// `ForEachRange` in parts, told of by a meter of as many units as there are items.
@@ -23,7 +24,7 @@ void ForEachRangeOf(ProgressMeter& meter, std::size_t count, std::size_t serialC
     for (std::size_t done = 0, size = 0; done < count; done += size) {
         size = parts.Next(count - done);
         ForEachRange(size, serialCount, [&](std::size_t begin, std::size_t end) { body(done + begin, done + end); });
-        parts.Done(size);
+        parts.Done();
         meter.Advance(size);
     }
 }
@@ -49,7 +50,7 @@ Value ReduceRangeOf(Devices::EProgressStage stage, std::size_t count, std::size_
             return body(done + begin, done + end, value);
         };
         result = join(result, ReduceRange(size, serialCount, identity, part, join));
-        parts.Done(size);
+        parts.Done();
         meter.Advance(size);
     }
     return result;

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <thread>
 
 namespace Kavra::Devices {
 
@@ -16,9 +17,9 @@ namespace {
 
 constexpr std::int64_t kChunkBytes = std::int64_t{64} << 20;
 constexpr std::int64_t kBandBytes = std::int64_t{2} << 20;  // of rows as the file has them
-constexpr int kExrBlockRows = 256;  // the highest blocks that there are, and enough lower ones for all cores
-constexpr std::int64_t kWatchedBytes = std::int64_t{4} << 20;  // of rows between two looks at whether to stop
-constexpr std::int64_t kMinChunkRows = 256;                    // enough for every core to have rows to decode
+constexpr int kExrBlockRows = 256;           // the highest blocks that there are, and enough lower ones for all cores
+constexpr int kLowExrBlockRows = 32;         // the highest of all compressions but one
+constexpr std::int64_t kMinChunkRows = 256;  // enough for every core to have rows to decode
 constexpr std::int64_t kUsualStripRows = 64;
 constexpr std::int64_t kMaxStripBytes = 1 << 30;
 constexpr std::uint64_t kMaxTileBytes = std::uint64_t{64} << 20;  // of a picture that is small itself
@@ -151,29 +152,26 @@ bool SubimageRows::ReadTiles(int top, int count, unsigned char* out, Common::Pro
     return true;
 }
 
-/// Rows to read at a time from `y` on. Where somebody may stop it these are few, and still all that are decoded together;
-/// as in `BandFrom` a single one is never left over.
-int SubimageRows::ChunkFrom(int y, int end, bool isWatched) const {
-    const auto rowBytes = static_cast<std::int64_t>(StoredRowBytes());
-    const std::int64_t rest = end - y;
-    if (!isWatched || HasGiantStrip(mSpec, StoredRowBytes()))
-        return static_cast<int>(std::min(ChunkRows(mSpec, StoredRowBytes()), rest));
-    const std::int64_t wanted = std::max<std::int64_t>(kWatchedBytes / rowBytes, 1);
-    const std::int64_t rows = (wanted + mTogether - 1) / mTogether * mTogether;
+/// Rows to read at a time where somebody may stop it, `parts` times as many as are decoded together; as in `BandFrom` a
+/// single one is never left over.
+int SubimageRows::WatchedRows(int rest, Common::PartSize& parts) const {
+    const bool isLow = mTogether == kExrBlockRows && TextAttribute(mSpec, "compression").value_or("") != "dwab";
+    const int together = isLow ? kLowExrBlockRows : mTogether;
+    const auto wanted = static_cast<std::size_t>(rest / together) + 1;
+    const std::int64_t rows = static_cast<std::int64_t>(parts.Next(wanted)) * together;
     return static_cast<int>(rows + 1 >= rest ? rest : rows);
 }
 
 bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* out, Common::ProgressMeter& meter) {
-    const int chunk = ChunkFrom(top, top + count, meter.IsWatched());
     const bool converts = !IsAsStored(), isPart = count < mSpec.height;
-    if (converts && mStoredRows < chunk) {
-        mStored.reset();  // before the new ones are taken, not after
-        mStored = std::make_unique_for_overwrite<unsigned char[]>(static_cast<std::size_t>(chunk) * StoredRowBytes());
-        mStoredRows = chunk;
-    }
+    const bool isWatched = meter.IsWatched() && !HasGiantStrip(mSpec, StoredRowBytes());
+    const int chunk = static_cast<int>(std::min<std::int64_t>(ChunkRows(mSpec, StoredRowBytes()), count));
+    Common::PartSize parts(std::max(std::thread::hardware_concurrency(), 1U));
     const int z = mSpec.z + slice;
     for (int done = 0, rows = 0; done < count; done += rows) {
-        rows = ChunkFrom(top + done, top + count, meter.IsWatched());
+        const int rest = count - done;
+        rows = isWatched ? WatchedRows(rest, parts) : std::min(chunk, rest);
+        if (converts) ReserveStored(rows);
         const int y = mSpec.y + top + done;
         unsigned char* const stored = converts ? mStored.get() : out;
         // The TIFF reader says of some strips that they were read though it could not decode all of them.
@@ -184,9 +182,17 @@ bool SubimageRows::ReadScanlines(int slice, int top, int count, unsigned char* o
             return false;
         if (converts && !Convert(stored, rows, out)) return false;
         out += static_cast<std::size_t>(rows) * RowStride();
+        if (isWatched) parts.Done();
         meter.Advance(static_cast<unsigned>(rows));
     }
     return true;
+}
+
+void SubimageRows::ReserveStored(int rows) {
+    if (mStoredRows >= rows) return;
+    mStored.reset();  // before the new ones are taken, not after
+    mStored = std::make_unique_for_overwrite<unsigned char[]>(static_cast<std::size_t>(rows) * StoredRowBytes());
+    mStoredRows = rows;
 }
 
 bool SubimageRows::Read(int top, int count, unsigned char* out) {

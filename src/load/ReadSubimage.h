@@ -63,7 +63,8 @@ private:
     bool Convert(const unsigned char* rows, int count, unsigned char* out) const;
     bool ReadTiles(int top, int count, unsigned char* out, Common::ProgressMeter& meter);
     bool ReadScanlines(int slice, int top, int count, unsigned char* out, Common::ProgressMeter& meter);
-    int ChunkFrom(int y, int end, bool isWatched) const;
+    int WatchedRows(int rest, Common::PartSize& parts) const;
+    void ReserveStored(int rows);
 
     OIIO::ImageInput& mInput;
     const OIIO::ImageSpec& mSpec;

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <thread>
 
@@ -26,7 +27,13 @@ std::unique_ptr<OIIO::ImageOutput> FindWriter(const KString& path) {
     return writer;
 }
 
-constexpr int kRowsTogether = 32;  // of an OpenEXR file's blocks, but for the highest
+/// Rows that are packed together, or a part of them that can be handed on without harm.
+int RowsTogether(const OIIO::ImageOutput& writer) {
+    constexpr int kExrRows = 32, kTiffRows = 64;  // of all blocks but the highest; what the library takes for unsaid
+    const std::string_view format = writer.format_name();
+    if (format == "openexr") return kExrRows;
+    return format == "tiff" ? writer.spec().get_int_attribute("tiff:RowsPerStrip", kTiffRows) : 1;
+}
 
 /// Whether a file may be written under this name: nothing is there yet, or a file. A pipe would be waited on for ever.
 bool IsFileOrFree(const KString& path) {
@@ -170,8 +177,9 @@ bool LibraryFile::WriteTiles(const unsigned char* pixels, OIIO::stride_t pixelSt
 /// The same of rows, some strips or blocks at a time: parts of one would be packed in another way.
 bool LibraryFile::WriteRows(const unsigned char* pixels, OIIO::stride_t pixelStride, OIIO::stride_t rowStride) {
     const OIIO::ImageSpec spec = mWriter->spec();
-    const int together = std::clamp(spec.get_int_attribute("tiff:RowsPerStrip", kRowsTogether), 1, spec.height);
-    Common::PartSize parts(std::max(1U, std::thread::hardware_concurrency()));
+    const int together = std::clamp(RowsTogether(*mWriter), 1, spec.height);
+    const std::size_t threads = std::max(std::thread::hardware_concurrency(), 1U);
+    Common::PartSize parts(threads, together > 1 ? threads : 1);
     for (int y = 0, rows = 0; y < spec.height; y += rows) {
         const int strips = (spec.height - y + together - 1) / together;
         const std::size_t count = parts.Next(static_cast<std::size_t>(strips));
@@ -182,7 +190,7 @@ bool LibraryFile::WriteRows(const unsigned char* pixels, OIIO::stride_t pixelStr
                                             rowStride);
         });
         if (!done) return false;
-        parts.Done(count);
+        parts.Done();
         Advance(rows);
     }
     return true;

@@ -93,7 +93,7 @@ public:
 
     /// The rows handed out last are complete, too.
     void Finish() {
-        if (mGiven > 0) mParts.Done(mGiven);
+        if (mGiven > 0) mParts.Done();
         mMeter.Advance(std::exchange(mGiven, 0));
     }
 

@@ -26,8 +26,9 @@ public:
     bool Progress(Devices::EProgressStage stage, float fraction) override {
         calls.push_back({stage, fraction});
         isOwnThread = isOwnThread && std::this_thread::get_id() == mThread;
-        mHasStopped = mHasStopped || calls.size() == mStopAt || (mStopAt == kEnd && fraction >= 1);
-        return !mHasStopped;
+        const bool stops = calls.size() == mStopAt || (mStopAt == kEnd && fraction >= 1);
+        mHasStopped = mHasStopped || stops;
+        return !stops;
     }
 
     /// Whether it stopped, and heard of nothing more.

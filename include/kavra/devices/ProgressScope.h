@@ -59,8 +59,9 @@ KAVRA_DEVICES_API void PopProgress() noexcept;
 ///
 /// What the image library does in one piece cannot be stopped before it has done it: decoding what it holds whole (DDS,
 /// GIF, HEIF, ICO, IFF, JPEG 2000, JPEG XL, PNM, PSD, TGA and WebP files, interlaced PNG, JPEG of several scans);
-/// encoding what it packs at the end (GIF, HEIF, ICO, JPEG 2000, JPEG XL, WebP); one tile or strip, however large. So it
-/// is with a KTX2 level that is packed by Zstandard. Decoding is stopped at once all the same where it is isolated
+/// encoding what it packs at the end (GIF, HEIF, ICO, JPEG 2000, JPEG XL, WebP); one tile or strip, however large; the
+/// rest of a JPEG, which it fills with grey before it lets go of the file. So it is with a KTX2 level that is packed by
+/// Zstandard. Decoding is stopped at once all the same where it is isolated
 /// (`LoadPreferences::isolated`): the process that does it is ended. Its fraction is 0 until the picture is there.
 class ProgressScope {
 public:

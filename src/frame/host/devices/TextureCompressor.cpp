@@ -178,7 +178,7 @@ constexpr const char* kNoFormat = "there are no blocks for these formats";
 constexpr const char* kNoPitch = "its rows are shorter than its width";
 
 // Of a row, on one thread: at the highest effort they take some milliseconds.
-constexpr std::size_t kPieceBlocks = 256;
+constexpr std::size_t kPieceBlocks = 64;
 
 /// The part of a picture that a piece of each row of its blocks is made of.
 Common::BlockPicture Piece(Common::BlockPicture picture, std::size_t firstBlock) {
