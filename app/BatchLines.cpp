@@ -153,7 +153,8 @@ std::optional<BatchLine> BatchLines::Next() {
     while (ReadLine(line.text, isWhole)) {
         ++mNumber;
         const bool isManifest = mForm == Form::kManifest;
-        if (line.text.empty() || (isManifest && line.text.find_first_not_of(kBlanks) == std::string::npos)) continue;
+        const bool isBlank = isManifest && line.text.find_first_not_of(kBlanks) == std::string::npos;
+        if (line.text.empty() || (isBlank && isWhole)) continue;
         line.place = std::format("{}:{}", mName, mNumber);
         if (!isWhole) {
             line.wrong = std::format("is longer than {} bytes", kMaxLine);

@@ -53,17 +53,21 @@ int BatchWork::Parse(CLI::App& program, Session& session, std::span<const std::s
     words.insert(words.end(), more.begin(), more.end());
     words.emplace_back(kAnyOutput);
     std::ranges::reverse(words);  // as the library wants them
+    const CLI::Option* const names = program.get_subcommand(mWords.front())->get_option("FILES");
+    const auto refuse = [](const std::string& name) {
+        return WrongUsage("batch", name + " is the name of a file, and --do takes a command and its options alone");
+    };
+    const auto first = std::ranges::find(more, "--") + 1;
     try {
         program.parse(std::move(words));
     } catch (const CLI::ParseError& error) {
-        return AnswerParse(program, error);
+        const auto files = names->results();
+        const bool isStray = !files.empty() && files.front() != *first && std::ranges::contains(mWords, files.front());
+        return isStray ? refuse(files.front()) : AnswerParse(program, error);
     }
-    const CLI::App* const command = program.get_subcommands().front();
-    const auto files = command->get_option("FILES")->results();
-    const auto expected = static_cast<std::size_t>(more.end() - std::ranges::find(more, "--"));
-    if (files.size() == expected) return -1;
-    return WrongUsage("batch", std::format("--do takes a command and its options alone, and {} is a name of a file",
-                                           files.empty() ? std::string("nothing") : files.front()));
+    const auto files = names->results();
+    const auto expected = static_cast<std::size_t>(more.end() - first) + 1;
+    return files.size() == expected || files.empty() ? -1 : refuse(files.front());
 }
 
 int BatchWork::Check(Session& session) const {

@@ -161,7 +161,7 @@ TEST(BatchCommand, KilledAtFiftyMomentsAndResumedItEndsAsIfItHadNotBeen) {
     RunKavra(crowd.Line("whole"));
     const auto whole = std::chrono::steady_clock::now() - start;
     const auto statuses = crowd.Statuses("whole");
-    ASSERT_EQ(statuses.size(), 120U);
+    ASSERT_EQ(statuses.size(), 100U);
 
     constexpr unsigned kSeed = 1;
     SCOPED_TRACE(std::format("seed {}", kSeed));
@@ -247,9 +247,9 @@ TEST(BatchCommand, WhatIsWrongIsSaidBeforeAnyWork) {
     ExpectWrongUsage(batch({"--out", out}), "batch: error: --do is required");
     ExpectWrongUsage(batch({"--do", "convert"}), "batch: error: --out is required");
     ExpectWrongUsage(batch({"--do", "convert a.png", "--out", out}),
-                     "batch: error: --do takes a command and its options alone, and a.png is a name of a file");
+                     "batch: error: a.png is the name of a file, and --do takes a command and its options alone");
     ExpectWrongUsage(batch({"--do", "convert", "--out", out, "--json"}), "batch: error: --json goes with --report");
-    ExpectWrongUsage(batch({"--manifest", crowd / "list"}), "batch: error: --manifest and --from exclude one another");
+    ExpectWrongUsage(batch({"--manifest", crowd / "list"}), "batch: error: --from and --manifest exclude one another");
     ExpectWrongUsage(batch({"--do", "texture --zstd 5", "--out", "{stem}.dds"}),
                      "texture: error: --zstd packs .ktx2 files, and this is none");
 }
@@ -333,7 +333,7 @@ TEST(BatchCommand, WorkOfALineThatCannotBeIsAFailureOfThatLineAlone) {
         error(1, "texture: " + (crowd / "1.png").string() + " is no texture file: .dds and .ktx2 are written")));
     EXPECT_TRUE(result.error.contains(error(2, "convert: there is no option --nothing"))) << result.error;
     EXPECT_TRUE(result.error.contains(
-        error(3, "batch: --do takes a command and its options alone, and more.png is a name of a file")))
+        error(3, "batch: more.png is the name of a file, and --do takes a command and its options alone")))
         << result.error;
     EXPECT_TRUE(std::filesystem::exists(crowd / "0.dds"));
     EXPECT_TRUE(std::filesystem::exists(crowd / "5.dds"));
@@ -444,7 +444,7 @@ TEST(BatchCommand, TheReportOfAllLogsHasTheLastFateOfEachFile) {
     const Words report = {"batch", "--report", crowd / "log1.jsonl", crowd / "log2.jsonl"};
     ProgramResult result = RunKavra(report);
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.out, "20 files in 2 logs: written 18, failed 2\n       2 notAnImage\n");
+    EXPECT_EQ(result.out, "20 files in 2 logs: 18 written, 2 failed\n       2 notAnImage\n");
 
     std::ofstream(crowd / "log1.jsonl", std::ios::app) << "nonsense\n";
     for (const int bad : {7, 17})
