@@ -20,6 +20,13 @@ std::string ErrorText(int error) {
     return std::generic_category().message(error);
 }
 
+/// Whether a log is empty or ends as one does. A line that a full disk has cut must not take the next one with it.
+bool EndsInLine(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    file.seekg(-1, std::ios::end);
+    return !file || file.get() == '\n';
+}
+
 /// The status, as far as it says whether to try again.
 std::string StatusOf(const Json& line) {
     const auto status = line.find("status");
@@ -56,7 +63,9 @@ BatchLog::~BatchLog() {
 std::string BatchLog::Open(const std::filesystem::path& path) {
     constexpr mode_t kAll = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
     mFile = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kAll);
-    return mFile < 0 ? ErrorText(errno) : std::string();
+    if (mFile < 0) return ErrorText(errno);
+    if (!EndsInLine(path) && write(mFile, "\n", 1) != 1) return ErrorText(errno);
+    return {};
 }
 
 void BatchLog::ReadDone(const std::filesystem::path& path, bool retries) {

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace Kavra::App {
 
@@ -27,6 +28,8 @@ struct Session {
     bool quiet = false;            ///< nothing but errors is printed
     std::function<int()> run;      ///< gives the exit status
     Names names;                   ///< of single inputs and outputs, as commands were given them
+    /// The outputs of `convert` and `texture`, one an input, in place of what their words make of them; null: none.
+    const std::vector<std::filesystem::path>* outputs = nullptr;
 
     /// Loads the module, the first time.
     const Host& LoadHost() const {

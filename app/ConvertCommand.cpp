@@ -138,6 +138,7 @@ int Run(const Session& session, const Options& options) {
     OutputWish wish;
     const std::string wrongWish = WishFor(options, words, wish);
     if (!wrongWish.empty()) return WrongUsage("convert", wrongWish);
+    wish.given = session.outputs;
     const InputList list = options.inputs.Expand(words, session, wish.toFolder ? wish.out : "");
     if (!list.canStart) return EndUnstarted(list, false);
     std::vector<std::filesystem::path> outputs;

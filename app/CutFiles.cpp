@@ -1,12 +1,14 @@
 #include "CutFiles.h"
 
+#include "Setting.h"
+
 #include <string_view>
 #include <utility>
 
 namespace Kavra::App {
 namespace {
 
-bool acceptsPartial = false;
+Setting acceptsPartial(false);
 bool offersPartial = true;
 
 bool TakesPictures(const CLI::App* command) {
@@ -18,7 +20,7 @@ bool TakesPictures(const CLI::App* command) {
 
 void AddPartialOption(CLI::App& program) {
     for (CLI::App* const command : program.get_subcommands([](CLI::App* app) { return TakesPictures(app); }))
-        command->add_flag("--accept-partial", acceptsPartial,
+        command->add_flag("--accept-partial", acceptsPartial.value,
                           "Take what there is of files that end early, with a warning; else they fail");
 }
 
@@ -29,7 +31,7 @@ void RefuseAllCutFiles() {
 bool TakesCutFile(Report& report) {
     Reason reason = LastReason();
     if (reason.kind != Devices::kFailureEndsEarly) return true;
-    if (acceptsPartial) {
+    if (acceptsPartial.value) {
         report.Say("warning", reason.text + "; what is there was taken");
         return true;
     }

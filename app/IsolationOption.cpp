@@ -1,5 +1,6 @@
 #include "IsolationOption.h"
 
+#include "Setting.h"
 #include "Sizes.h"
 #include "StandardStreams.h"
 #include "Usage.h"
@@ -25,7 +26,7 @@ struct Isolation {
     std::uint64_t bytes = 0;
 };
 
-Isolation theIsolation;
+Setting<Isolation> theIsolation({});
 
 /// Commands that many files go through, of anybody's.
 constexpr std::array<std::string_view, 3> kIsolating = {"batch", "check", "sheet"};
@@ -45,21 +46,21 @@ void AddIsolationOption(CLI::App& command) {
     const bool isDefault = std::ranges::contains(kIsolating, command.get_name());
     const std::string text = "Decode each file in a confined process, which nothing that a file contains can leave";
     command.add_flag_callback(
-        "--isolated", [] { theIsolation.isWanted = true; }, isDefault ? text + "; so unless --in-process" : text);
+        "--isolated", [] { theIsolation.value.isWanted = true; }, isDefault ? text + "; so unless --in-process" : text);
     if (isDefault) {
-        command.preparse_callback([](std::size_t /*words*/) { theIsolation.isWanted = true; });
+        command.preparse_callback([](std::size_t /*words*/) { theIsolation.value.isWanted = true; });
         command
             .add_flag_callback(
-                "--in-process", [] { theIsolation.isWanted = false; },
+                "--in-process", [] { theIsolation.value.isWanted = false; },
                 "Decode in this process, which a decoder that fails takes with it")
             ->excludes("--isolated");
     }
     constexpr std::uint32_t kMaxSeconds = 1'000'000;
-    AddWholeNumber(command, "--timeout", theIsolation.seconds, std::uint32_t{1}, kMaxSeconds,
+    AddWholeNumber(command, "--timeout", theIsolation.value.seconds, std::uint32_t{1}, kMaxSeconds,
                    "Of a confined process, the seconds that a file may take; 60 unless said");
     command
         .add_option_function<std::string>(
-            "--memory", [](const std::string& text) { theIsolation.bytes = ParseAmount(text, 1024, "--memory"); },
+            "--memory", [](const std::string& text) { theIsolation.value.bytes = ParseAmount(text, 1024, "--memory"); },
             "Of a confined process, the memory that decoding a file may take, as 500M or 4G; three quarters of the "
             "machine's unless said")
         ->type_name("N");
@@ -72,10 +73,10 @@ void AddIsolationOptions(CLI::App& program) {
 }
 
 void AddIsolation(Devices::LoadPreferences& preferences) {
-    preferences.isolated = theIsolation.isWanted;
-    if (theIsolation.isWanted) SayGaps();
-    preferences.timeoutSeconds = theIsolation.seconds;
-    preferences.maxDecoderBytes = theIsolation.bytes;
+    preferences.isolated = theIsolation.value.isWanted;
+    if (theIsolation.value.isWanted) SayGaps();
+    preferences.timeoutSeconds = theIsolation.value.seconds;
+    preferences.maxDecoderBytes = theIsolation.value.bytes;
 }
 
 }  // namespace Kavra::App

@@ -1,6 +1,7 @@
 #include "LegacyOption.h"
 
 #include "IsolationOption.h"
+#include "Setting.h"
 #include "TextureView.h"
 #include "Usage.h"
 
@@ -12,7 +13,7 @@ using namespace Devices;
 
 namespace {
 
-ELegacyReading theReading = kLegacyContract;
+Setting<ELegacyReading> theReading(kLegacyContract);
 
 }  // namespace
 
@@ -21,7 +22,7 @@ void AddLegacyOption(CLI::App& program) {
     for (CLI::App* const command : program.get_subcommands(reads)) {
         AddChoice<ELegacyReading>(
             *command, "--legacy", {{"contract", kLegacyContract}, {"common", kLegacyCommon}},
-            [](ELegacyReading reading) { theReading = reading; },
+            [](ELegacyReading reading) { theReading.value = reading; },
             "How PCX, PICT, FLI, FLC, band raster, CALS and DDS files are read: as hosts get them, or as they were "
             "meant "
             "and other programs show them; contract unless said");
@@ -30,7 +31,7 @@ void AddLegacyOption(CLI::App& program) {
 
 LoadPreferences LegacyPreferences(const std::string& file) {
     LoadPreferences preferences;
-    preferences.legacy = IsSeenAsView(file) ? kLegacyCommon : theReading;
+    preferences.legacy = IsSeenAsView(file) ? kLegacyCommon : theReading.value;
     AddIsolation(preferences);
     return preferences;
 }

@@ -58,12 +58,15 @@ bool Loads(const CLI::App* command) {
 }  // namespace
 
 void AddLimitOptions(CLI::App& program) {
-    for (CLI::App* const command : program.get_subcommands([](CLI::App* candidate) { return Loads(candidate); })) {
-        AddLimitOption(*command, "--max-bytes", &ImageLimits::maxBytes, 1024,
-                       "The memory that a picture may take, as 500M or 4G; K is 1024, M 1024 K, G 1024 M");
-        AddLimitOption(*command, "--max-pixels", &ImageLimits::maxPixels, 1000,
-                       "The pixels that a picture may have, as 100M; K is 1000, M 1000 K, G 1000 M");
-    }
+    for (CLI::App* const command : program.get_subcommands([](CLI::App* candidate) { return Loads(candidate); }))
+        AddLimits(*command);
+}
+
+void AddLimits(CLI::App& command) {
+    AddLimitOption(command, "--max-bytes", &ImageLimits::maxBytes, 1024,
+                   "The memory that a picture may take, as 500M or 4G; K is 1024, M 1024 K, G 1024 M");
+    AddLimitOption(command, "--max-pixels", &ImageLimits::maxPixels, 1000,
+                   "The pixels that a picture may have, as 100M; K is 1000, M 1000 K, G 1000 M");
 }
 
 bool LoadOptions::TakesAll() const {

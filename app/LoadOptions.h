@@ -19,8 +19,9 @@ namespace Kavra::App {
 /// Adds `--format`, which takes a format by name or number.
 void AddFormatOption(CLI::App& command, Devices::EFormat& format, const std::string& help);
 
-/// Adds `--max-bytes` and `--max-pixels`, which hold for the whole process, to each command of the program that loads
-/// pictures.
+/// Adds `--max-bytes` and `--max-pixels`, which hold for the whole process.
+void AddLimits(CLI::App& command);
+/// The same to each command of the program that loads pictures.
 void AddLimitOptions(CLI::App& program);
 
 struct LoadOptions {

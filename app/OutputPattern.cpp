@@ -102,6 +102,10 @@ std::filesystem::path OutputPattern::Name(const std::string& input, std::size_t 
 
 std::string PlanOutputs(const std::vector<Input>& inputs, const OutputWish& wish,
                         std::vector<std::filesystem::path>& outputs) try {
+    if (wish.given != nullptr) {
+        outputs = *wish.given;
+        return {};
+    }
     const bool isPattern = OutputPattern::IsPattern(wish.out);
     if (isPattern || wish.toFolder) {
         for (const Input& input : inputs)

@@ -39,8 +39,9 @@ private:
 /// What each input of a command becomes: by a pattern, in a folder, or a file.
 struct OutputWish {
     std::string out;
-    std::string to;         ///< extension in a folder
-    bool toFolder = false;  ///< where it is no pattern
+    std::string to;                                             ///< extension in a folder
+    bool toFolder = false;                                      ///< where it is no pattern
+    const std::vector<std::filesystem::path>* given = nullptr;  ///< the outputs themselves, one an input, instead
 };
 
 /// Fills in the outputs. What is wrong with them, which is a wrong usage; empty when nothing is.

@@ -143,6 +143,7 @@ int Run(const Session& session, const Options& options) {
     OutputWish wish;
     const std::string wrongWish = WishFor(options, words, wish);
     if (!wrongWish.empty()) return WrongUsage("texture", wrongWish);
+    wish.given = session.outputs;
     const InputList list = options.inputs.Expand(words, session, wish.toFolder ? wish.out : "");
     if (!list.canStart) return EndUnstarted(list, options.json);
     Work work;

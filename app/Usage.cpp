@@ -13,6 +13,8 @@
 namespace Kavra::App {
 namespace {
 
+std::string* heard = nullptr;  // takes what would be said
+
 /// How many letters have to be added, left out, changed or exchanged with their neighbour to make one word of the
 /// other: the optimal string alignment distance.
 std::size_t Distance(std::string_view a, std::string_view b) {
@@ -112,8 +114,20 @@ int AnswerWithoutCommand(const CLI::App& program, const CLI::ParseError& error) 
 }  // namespace
 
 int WrongUsage(std::string_view command, std::string_view text) {
-    WriteError(std::format("kavra: {}: error: {}\n", command, text));
+    if (heard != nullptr) {
+        *heard = std::format("{}: {}", command, text);
+    } else {
+        WriteError(std::format("kavra: {}: error: {}\n", command, text));
+    }
     return kWrongUsage;
+}
+
+WrongUsageScope::WrongUsageScope(std::string& text) {
+    heard = &text;
+}
+
+WrongUsageScope::~WrongUsageScope() {
+    heard = nullptr;
 }
 
 int AnswerParse(const CLI::App& program, const CLI::ParseError& error) {

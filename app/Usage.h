@@ -18,6 +18,15 @@ namespace Kavra::App {
 /// Says on standard error what is wrong with the command line of `command`, and gives the exit status.
 int WrongUsage(std::string_view command, std::string_view text);
 
+/// While it lives, what is wrong with command lines goes into `text` and not to standard error. Threads: the one.
+class WrongUsageScope {
+public:
+    explicit WrongUsageScope(std::string& text);
+    ~WrongUsageScope();
+    WrongUsageScope(const WrongUsageScope&) = delete;
+    WrongUsageScope& operator=(const WrongUsageScope&) = delete;
+};
+
 /// Answers a command line that could not be parsed, or that asked for help or the version, and gives the exit status.
 int AnswerParse(const CLI::App& program, const CLI::ParseError& error);
 

@@ -2,6 +2,7 @@
 
 #include "FileNames.h"
 #include "Results.h"
+#include "Setting.h"
 
 #include <algorithm>
 #include <format>
@@ -10,9 +11,9 @@
 namespace Kavra::App {
 namespace {
 
-bool keepsOld = false;
-bool onlyNewer = false;
-bool isDry = false;
+Setting keepsOld(false);
+Setting onlyNewer(false);
+Setting isDry(false);
 
 bool Writes(const CLI::App* command) {
     constexpr std::string_view kReaders = " info formats help check ";
@@ -34,23 +35,24 @@ bool IsAnyNewer(std::span<const std::string> inputs, const std::filesystem::path
 
 void AddWritePolicy(CLI::App& program) {
     for (CLI::App* const command : program.get_subcommands(Writes)) {
-        CLI::Option* const keep = command->add_flag("--no-clobber", keepsOld, "Leave outputs that exist as they are");
+        CLI::Option* const keep =
+            command->add_flag("--no-clobber", keepsOld.value, "Leave outputs that exist as they are");
         CLI::Option* const newer = command->add_flag(
-            "--overwrite-newer", onlyNewer, "Write only what is not there, or is older than what it is made of");
+            "--overwrite-newer", onlyNewer.value, "Write only what is not there, or is older than what it is made of");
         newer->excludes(keep);
-        command->add_flag("--dry-run", isDry, "Write nothing; print which files would be written");
+        command->add_flag("--dry-run", isDry.value, "Write nothing; print which files would be written");
     }
 }
 
 bool IsToBeMade(Report& report, std::span<const std::string> inputs, const std::filesystem::path& out) {
     std::error_code ignored;
     const bool isOld = std::filesystem::is_regular_file(out, ignored);
-    if (isOld && (keepsOld || (onlyNewer && !IsAnyNewer(inputs, out)))) {
+    if (isOld && (keepsOld.value || (onlyNewer.value && !IsAnyNewer(inputs, out)))) {
         report.work.kept.push_back(out.string());
-        report.Say("note", keepsOld ? "kept: it exists" : "kept: it is not older than its input", out.string());
+        report.Say("note", keepsOld.value ? "kept: it exists" : "kept: it is not older than its input", out.string());
         return false;
     }
-    if (!isDry) return true;
+    if (!isDry.value) return true;
     report.work.planned.push_back(out.string());
     if (!PrintsJsonAlone()) report.out += std::format("would write {}\n", out.string());
     return false;
@@ -61,11 +63,11 @@ bool IsToBeMade(Report& report, const std::filesystem::path& out) {
 }
 
 bool KeepsOldFiles() {
-    return keepsOld;
+    return keepsOld.value;
 }
 
 bool IsDryRun() {
-    return isDry;
+    return isDry.value;
 }
 
 }  // namespace Kavra::App

@@ -174,6 +174,7 @@ int main(int argc, char** argv) {
     AddCommands(program, session);
     AddBatch(program, session);
     AddIsolationOption(*program.get_subcommand("batch"));
+    AddLimits(*program.get_subcommand("batch"));
     AddHelp(program, session);
     AddLoudness(program, session);
     for (CLI::App* command : program.get_subcommands(nullptr))

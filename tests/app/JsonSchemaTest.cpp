@@ -193,6 +193,23 @@ TEST(JsonSchema, TheLogOfABatchIsLinesOfWhatThePageSays) {
     EXPECT_EQ(count, 6);
 }
 
+TEST(JsonSchema, AManifestIsLinesOfWhatThePageSaysAndTheReportIsWhatItSays) {
+    const Checker checker(ReadSchema());
+    const TemporaryFolder folder;
+    const Json line = {{"inputBytes", Sample("grey.png").string()}, {"output", folder / "a.bmp"}, {"do", "convert"}};
+    EXPECT_EQ(checker.Check("batchManifest", line), "");
+    const std::string manifest = folder.Write("work.jsonl", line.dump() + "\nnonsense\n"), log = folder / "log";
+    EXPECT_EQ(RunKavra({"batch", "--manifest", manifest, "--log", log}).status, 1);
+    std::istringstream lines(TextOf(log));
+    int count = 0;
+    for (std::string text; std::getline(lines, text); ++count)
+        EXPECT_EQ(checker.Check("batchLog", Json::parse(text)), "") << text;
+    EXPECT_EQ(count, 2);
+    const ProgramResult report = RunKavra({"batch", "--report", log, "--json"});
+    EXPECT_EQ(report.status, 1) << report.error;
+    EXPECT_EQ(checker.Check("batchReport", Json::parse(report.out)), "") << report.out;
+}
+
 TEST(JsonSchema, EveryCommandThatPrintsJsonHasItsDefinition) {
     const Json definitions = ReadSchema().at("$defs");
     const TemporaryFolder folder;
