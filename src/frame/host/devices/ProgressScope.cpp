@@ -36,7 +36,7 @@ struct ThreadsProgress {
     std::size_t depth = 0;                 ///< of the stages under way; those beyond the last one are counted alone
     std::array<float, kStages> reached{};  ///< that the operation has told of
     std::array<bool, kStages> hasEnded{};  ///< whether it has told of the end
-    Clock::time_point told{};
+    Clock::time_point told;
     bool isStopped = false;  ///< of the operation that is under way
     bool isAsking = false;
 };
