@@ -52,7 +52,7 @@ public:
     }
     double longest = 0;
     int calls = 0;
-    Clock::time_point stopped{};
+    Clock::time_point stopped;
 
 private:
     float mStopAt;
