@@ -123,7 +123,7 @@ std::string Batch::Obstacle() const {
     const bool hasManifest = mOptions.HasManifest();
     if (mOptions.work.empty() && !hasManifest) return "--do is required";
     if (mOptions.out.empty() && !hasManifest) return "--out is required";
-    const std::string obstacle = mOptions.work.empty() ? std::string() : BatchWork(mOptions.work).Obstacle();
+    std::string obstacle = mOptions.work.empty() ? std::string() : BatchWork(mOptions.work).Obstacle();
     if (!obstacle.empty()) return obstacle;
     if (!mOptions.out.empty() && !mOptions.out.contains("{stem}") && !mOptions.out.contains("{name}"))
         return "--out takes a name with fields, as in out/{dir}/{stem}.dds";

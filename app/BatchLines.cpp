@@ -131,7 +131,7 @@ BatchLines::~BatchLines() {
 
 /// False at the end. Of a line that is too long its beginning.
 bool BatchLines::ReadLine(std::string& line, bool& isWhole) {
-    const int end = mForm == Form::kNamesEndingInNul ? '\0' : '\n';
+    const auto end = static_cast<unsigned char>(mForm == Form::kNamesEndingInNul ? '\0' : '\n');
     line.clear();
     isWhole = true;
     errno = 0;
