@@ -212,7 +212,8 @@ private:
     EIsolatedEnd Judge() {
         const bool hasEndedWell =
             mEnded && !mEnded->timedOut && WIFEXITED(mEnded->status) && WEXITSTATUS(mEnded->status) == 0;
-        if (!IsWhole() && !(hasEndedWell && mIsDone && !mIsNonsense)) {
+        const bool isGood = IsWhole() || (hasEndedWell && mIsDone && !mIsNonsense);
+        if (!isGood) {
             SayHowItEnded();
             return kIsolatedFailed;
         }
