@@ -162,11 +162,6 @@ void AddCases(Program& program) {
         p.ReturnUnless(0, kRefuse);
         p.Return(SECCOMP_RET_ALLOW);
     });
-    program.Case(SYS_newfstatat, [](Program& p) {  // how some C libraries ask of an open file
-        p.LoadArgument(3);
-        p.ReturnUnless(AT_EMPTY_PATH, kAnswer);
-        p.Return(SECCOMP_RET_ALLOW);
-    });
     program.Case(SYS_prctl, [](Program& p) {  // names of threads
         p.LoadArgument(0);
         p.ReturnUnless(PR_SET_NAME, kRefuse);

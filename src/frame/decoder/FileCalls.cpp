@@ -70,9 +70,22 @@ long Open(std::uint64_t path, std::uint64_t flags) {
     return opened;
 }
 
+long DescribeOpen(int file, std::uint64_t status) {
+    return syscall(SYS_fstat, file, status) == 0 ? 0 : -errno;
+}
+
 long Describe(std::uint64_t path, std::uint64_t status) {
-    if (!IsTheFile(path)) return -EACCES;
-    return syscall(SYS_fstat, theReadings[0], status) == 0 ? 0 : -errno;
+    return IsTheFile(path) ? DescribeOpen(theReadings[0], status) : -EACCES;
+}
+
+/// As some C libraries ask of an open file: by its descriptor and an empty path.
+bool IsEmpty(std::uint64_t path) {
+    const auto* const name = reinterpret_cast<const char*>(path);  // NOLINT(performance-no-int-to-ptr): a register's
+    return name != nullptr && *name == '\0';
+}
+
+long Access(std::uint64_t path, std::uint64_t mode) {
+    return IsTheFile(path) && (mode == F_OK || mode == R_OK) ? 0 : -EACCES;
 }
 
 long AnswerTo(const Call& call) {
@@ -81,16 +94,17 @@ long AnswerTo(const Call& call) {
         case SYS_openat:
             return Open(second, third);
         case SYS_newfstatat:
+            if ((fourth & AT_EMPTY_PATH) != 0 && IsEmpty(second)) return DescribeOpen(static_cast<int>(first), third);
             return Describe(second, third);
         case SYS_faccessat:
-            return IsTheFile(second) && third <= R_OK ? 0 : -EACCES;
+            return Access(second, third);
 #if defined(SYS_open)
         case SYS_open:
             return Open(first, second);
         case SYS_stat:
             return Describe(first, second);
         case SYS_access:
-            return IsTheFile(first) && (second == F_OK || second == R_OK) ? 0 : -EACCES;
+            return Access(first, second);
 #endif
         default:
             return -EACCES;
