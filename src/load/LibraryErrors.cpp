@@ -85,6 +85,7 @@ constexpr auto kOtherFiles = std::to_array<KnownStart>({
     {4, "ftypheix"sv, "a HEIF picture"},
     {4, "ftypmif1"sv, "a HEIF picture"},
     {4, "ftyp"sv, "a video"},
+    {8, "AVI "sv, "a video"},
     {0, "gimp xcf"sv, "a layered picture of an editor (XCF)"},
     {0, "\xABKTX 11"sv, "a KTX texture of version 1"},
     {0, "\xABKTX 20"sv, "a KTX2 texture"},

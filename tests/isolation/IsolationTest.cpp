@@ -1,5 +1,6 @@
 // Files that a confined process decodes: the same answers, and nothing of what a decoder may be brought to do.
 
+#include "isolation/PathOnlyFiles.h"
 #include "isolation/PictureAnswers.h"
 #include "support/Watching.h"
 
@@ -7,6 +8,8 @@
 #include <kavra/devices/IImageFormatHandler.h>
 #include <kavra/devices/LoadPreferences.h>
 #include <kavra/objects/OS.h>
+
+#include <OpenImageIO/imageio.h>
 
 #include <unistd.h>
 
@@ -177,10 +180,36 @@ TEST_F(Isolation, PathsWithoutAFileAreAnsweredAsWithoutIt) {
 
 TEST_F(Isolation, ReadersThatTakePathsAloneGetThisFileAndNoOther) {
     const TemporaryFolder folder;
-    const std::string bytes = Fits("\1\2\3\4");
-    const std::filesystem::path path = folder.Write("x.fits", bytes);
+    const std::vector<NamedFile> files = PathOnlyFiles();
+    for (const auto& [name, bytes] : files)
+        Compare(folder.Write(name, bytes));
+    EXPECT_EQ(loaded, static_cast<int>(files.size()));
+}
+
+TEST_F(Isolation, PackedDepthsAreReadByTheirPath) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "x.zfile";
+    const std::vector<float> depths{1, 2, 3, 4};
+    const auto writer = OIIO::ImageOutput::create(path);
+    ASSERT_TRUE(writer && writer->open(path, OIIO::ImageSpec(2, 2, 1, OIIO::TypeFloat)));
+    ASSERT_TRUE(writer->write_image(OIIO::TypeFloat, depths.data()) && writer->close());
     Compare(path);
     EXPECT_EQ(loaded, 1);
+}
+
+TEST_F(Isolation, MoviesAreKnownByTheirExtension) {
+    const TemporaryFolder folder;
+    Compare(folder.Write("x.avi", Movie()));
+    EXPECT_EQ(loaded, 1);
+    Compare(folder.Write("x.extension-that-is-longer-than-any", Movie()));
+    Compare(folder.Write("x", Movie()));
+    EXPECT_EQ(loaded, 1);
+}
+
+TEST_F(Isolation, WhatIsInMemoryIsReadByAPathWhereAReaderTakesNothingElse) {
+    const TemporaryFolder folder;
+    const std::string bytes = Fits("\1\2\3\4");
+    const std::filesystem::path path = folder.Write("x.fits", bytes);
     const Answers file = AnswersOfFile(handler, path, {});
     const LoadPreferencesScope scope(Isolated());
     ImageDescription desc;

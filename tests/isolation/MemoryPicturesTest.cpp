@@ -1,5 +1,6 @@
 // A picture in memory and the same in a file that stands alone: the same block, descriptions and messages.
 
+#include "isolation/PathOnlyFiles.h"
 #include "isolation/PictureAnswers.h"
 
 #include <kavra/devices/IMemoryLoader.h>
@@ -78,9 +79,10 @@ TEST_F(MemoryPictures, FilesWhoseNameSaysNothingAreKnownByTheirBytes) {
 
 TEST_F(MemoryPictures, OfAKindWhoseReaderTakesOnlyPathsAreReadAllTheSame) {
     const TemporaryFolder other;
-    other.Write("x.fits", Fits("\1\2\3\4"));
-    Compare(other / "x.fits");
-    EXPECT_EQ(loaded, 1);
+    const std::vector<NamedFile> files = PathOnlyFiles();
+    for (const auto& [name, bytes] : files)
+        Compare(other.Write(name, bytes));
+    EXPECT_EQ(loaded, static_cast<int>(files.size()));
 }
 
 TEST_F(MemoryPictures, AreReadByTheirPathWhereAReaderTakesNothingElse) {

@@ -95,23 +95,6 @@ inline Answers AnswersOfFile(OIIOImageHandler& handler, const std::filesystem::p
     return answers;
 }
 
-/// A picture of 2 x 2 pixels of 8 bits in FITS, which the image library reads by paths alone: cards of 80 characters;
-/// header and data are blocks of 2880 bytes.
-inline std::string Fits(std::string_view pixels) {
-    constexpr std::size_t kCard = 80, kBlock = 2880;
-    std::string bytes;
-    for (std::string card :
-         {"SIMPLE  =                    T", "BITPIX  =                    8", "NAXIS   =                    2",
-          "NAXIS1  =                    2", "NAXIS2  =                    2", "END"}) {
-        card.resize(kCard, ' ');
-        bytes += card;
-    }
-    bytes.resize(kBlock, ' ');
-    bytes += pixels;
-    bytes.resize(2 * kBlock, '\0');
-    return bytes;
-}
-
 inline std::vector<std::filesystem::path> HostileFiles() {
     std::vector<std::filesystem::path> files;
     const std::filesystem::path root = std::filesystem::path(KAVRA_SOURCE_DIR) / "tests/hostile/files";

@@ -49,8 +49,9 @@ struct MemoryFile {
 ///
 /// The bytes are decoded where they are. Without a `systemPath` they are copied once, into a file of the system that has
 /// no name and goes with the operation, for the few readers of the image library that take paths alone (Cineon, DICOM,
-/// FITS, movies, OpenVDB, camera raw, Softimage, Zfile) and for hosts whose own readers do; where the system does not
-/// let paths of /proc/self/fd be opened, such files are not read.
+/// FITS, OpenVDB, camera raw, Softimage, Zfile) and for hosts whose own readers do; where the system does not let paths
+/// of /proc/self/fd be opened, such files are not read. Movies are known by the end of a path: they are read where
+/// `systemPath` is there and has their extension.
 ///
 /// A handler of an older module is none: the cast gives null. Preferences of loads hold here, too. Threads: as for
 /// `IImageHandler`.

@@ -29,9 +29,9 @@ constexpr std::uint32_t kMachine = 0;
 
 /// By which readers open and look at a file, and which are answered here, not by the system (`AnswerFileCalls`).
 constexpr int kAnswered[] = {
-    SYS_openat, SYS_faccessat,
+    SYS_openat, SYS_newfstatat, SYS_faccessat,
 #if defined(SYS_open)
-    SYS_open,   SYS_stat,      SYS_access,
+    SYS_open,   SYS_stat,       SYS_access,
 #endif
 };
 

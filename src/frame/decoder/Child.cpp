@@ -247,7 +247,7 @@ void RunChild(IImageHandler& handler, const Common::DecoderRequest& request, con
     const auto threads = static_cast<std::uint64_t>(std::max(sysconf(_SC_NPROCESSORS_ONLN), 1L));
     const Bounds bounds{.addressBytes = request.wish.maxBytes,
                         .seconds = (std::uint64_t{request.wish.timeoutSeconds} + 1) * threads};
-    std::string path = AnswerFileCalls(packet.descriptors[Common::kFirstFileDescriptor].Number());
+    std::string path = AnswerFileCalls(packet.descriptors[Common::kFirstFileDescriptor].Number(), request.names[0]);
     if (!Confine(bounds, system)) _exit(Common::kUnconfinedExit);
     try {
         auto* const loader = dynamic_cast<IMemoryLoader*>(&handler);

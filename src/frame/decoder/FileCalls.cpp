@@ -11,8 +11,9 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <string>
 
 namespace Kavra::Decoder {
 
@@ -55,6 +56,13 @@ Call CallOf(const ucontext_t& /*context*/, int number) {
 }
 void SetAnswer(ucontext_t& /*context*/, long /*answer*/) {}
 #endif
+
+/// With its dot; none where it is longer than those that readers know.
+std::string ExtensionOf(std::string_view name) {
+    constexpr std::size_t kLongest = 16;
+    std::string extension = std::filesystem::path(name).extension().string();
+    return extension.size() <= kLongest ? extension : std::string();
+}
 
 bool IsTheFile(std::uint64_t path) {
     const auto* const name = reinterpret_cast<const char*>(path);  // NOLINT(performance-no-int-to-ptr): a register's
@@ -120,17 +128,18 @@ void Handle(int /*signal*/, siginfo_t* info, void* context) {
 
 }  // namespace
 
-std::string AnswerFileCalls(int file) {
+std::string AnswerFileCalls(int file, std::string_view name) {
     struct sigaction action{};
     action.sa_sigaction = Handle;
     action.sa_flags = SA_SIGINFO | SA_NODEFER;
     if (sigaction(SIGSYS, &action, nullptr) != 0) return {};
-    (void)std::snprintf(thePath.data(), thePath.size(), "/proc/self/fd/%d", file);
+    const std::string place = "/proc/self/fd/" + std::to_string(file);
     for (int& reading : theReadings) {
-        reading = open(thePath.data(), O_RDONLY | O_CLOEXEC);
+        reading = open(place.c_str(), O_RDONLY | O_CLOEXEC);
         if (reading < 0) return {};
         ++theCount;
     }
+    ("/picture" + ExtensionOf(name)).copy(thePath.data(), thePath.size() - 1);
     return thePath.data();
 }
 
