@@ -1,6 +1,7 @@
 #include "load/FileDescription.h"
 
 #include "common/PackedLayout.h"
+#include "common/Reasons.h"
 #include "common/dds/DdsShape.h"
 #include "formats/Attributes.h"
 #include "formats/PixelFormatMapping.h"
@@ -101,6 +102,17 @@ ImageDesc DescribeSpec(const OIIO::ImageSpec& spec, bool isRadiance, int fileTyp
     desc.orientation = FileOrientation(spec, isRadiance);
     desc.gamma = FileGamma(spec);
     return desc;
+}
+
+void SayNoFormatHolds(const OIIO::ImageSpec& spec) {
+    if (spec.nchannels == 1 && spec.z_channel == 0) {
+        Common::Say(kFailureUnsupported,
+                    "holds depth alone (channel {}), which is no colour unless chosen by that name",
+                    Common::OneLine(spec.channel_name(0)));
+    } else {
+        Common::Say(kFailureUnsupported, "no format of pixels here holds {} channel{} of {}", spec.nchannels,
+                    spec.nchannels == 1 ? "" : "s", spec.format.c_str());
+    }
 }
 
 ImageDesc* GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlphaVariant) {

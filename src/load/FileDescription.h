@@ -12,6 +12,9 @@ namespace Kavra::Devices {
 /// `ddsAlphaVariant` is for DDS files whose host reader reports `kReserved50` or `kReserved51`.
 ImageDesc DescribeSpec(const OIIO::ImageSpec& spec, bool isRadiance, int fileType, bool ddsAlphaVariant);
 
+/// Says that no host format holds the pixels of a file, and which ones those are.
+void SayNoFormatHolds(const OIIO::ImageSpec& spec);
+
 /// The description of the current subimage as a new object of the host, which the caller owns. Null only when there is
 /// no memory.
 ImageDesc* GetImageDescByOIIO(OIIO::ImageInput* input, int fileType, bool ddsAlphaVariant);

@@ -142,9 +142,8 @@ bool Describe(TextureLoad& load, Common::ByteSource& file) {
     load.fileDesc = DescribeSpec(load.fileSpec, isRadiance, load.fileType, ddsAlphaVariant);
     if (!Choose(load, file)) return false;
     if (load.fileDesc.format == kUnknown) {
-        return load.IsDds() ? false
-                            : Refuse(kFailureUnsupported, "no format of pixels here holds {} channels of {}",
-                                     load.fileSpec.nchannels, load.fileSpec.format.c_str());
+        if (!load.IsDds()) SayNoFormatHolds(load.fileSpec);
+        return false;
     }
     load.nativeSpec = FormatToImageSpec(load.fileDesc.format, load.fileSpec);
     if (load.nativeSpec.format != OIIO::TypeUnknown) return true;

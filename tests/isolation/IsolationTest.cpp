@@ -186,15 +186,24 @@ TEST_F(Isolation, ReadersThatTakePathsAloneGetThisFileAndNoOther) {
     EXPECT_EQ(loaded, static_cast<int>(files.size()));
 }
 
-TEST_F(Isolation, PackedDepthsAreReadByTheirPath) {
+TEST_F(Isolation, DepthsOfAReaderThatTakesPathsAloneAreThere) {
     const TemporaryFolder folder;
     const std::string path = folder / "x.zfile";
     const std::vector<float> depths{1, 2, 3, 4};
     const auto writer = OIIO::ImageOutput::create(path);
     ASSERT_TRUE(writer && writer->open(path, OIIO::ImageSpec(2, 2, 1, OIIO::TypeFloat)));
     ASSERT_TRUE(writer->write_image(OIIO::TypeFloat, depths.data()) && writer->close());
-    Compare(path);
-    EXPECT_EQ(loaded, 1);
+    LoadPreferences preferences = Isolated();
+    preferences.channels = "z";
+    const LoadPreferencesScope scope(preferences);
+    ImageDescription desc;
+    const Owned<IMemoryWrapper<void>> block(
+        handler.LoadTexture(desc, Wide(path), 0, 0, 1, kUnknown, false, 0, kTopLeft, nullptr));
+    ASSERT_TRUE(block) << LastFailure().text;
+    ASSERT_EQ(desc.format, kR32G32B32A32F);
+    const auto* const pixels = static_cast<const float*>(block->mData);
+    for (std::size_t i = 0; i < depths.size(); ++i)
+        EXPECT_EQ(pixels[4 * i], depths[i]) << i;
 }
 
 TEST_F(Isolation, MoviesAreKnownByTheirExtension) {

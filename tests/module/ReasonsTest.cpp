@@ -10,11 +10,16 @@
 #include <kavra/devices/IImageInspector.h>
 #include <kavra/devices/ImageDesc.h>
 
+#include <OpenImageIO/imageio.h>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 using namespace Kavra::Devices;
 using namespace Kavra::Tests;
@@ -45,6 +50,28 @@ TEST_F(Reasons, AMissingFileIsSaidToBeMissingWhateverItsName) {
         const Reason reason = AfterLoad(folder / name);
         EXPECT_EQ(reason.kind, kFailureNoSuchFile) << name;
         EXPECT_EQ(reason.text, "there is no such file") << name;
+    }
+}
+
+TEST_F(Reasons, PixelsThatNoFormatHoldsAreNamed) {
+    const auto write = [&](const std::string& name, int channels) {
+        std::string path = folder / name;
+        const std::vector<float> values(static_cast<std::size_t>(channels) * 4);
+        const auto writer = OIIO::ImageOutput::create(path);
+        if (!writer || !writer->open(path, OIIO::ImageSpec(2, 2, channels, OIIO::TypeFloat)) ||
+            !writer->write_image(OIIO::TypeFloat, values.data()) || !writer->close())
+            ADD_FAILURE() << name;
+        return path;
+    };
+    const std::pair<std::string, std::string> files[] = {
+        {write("x.tif", 6), "no format of pixels here holds 6 channels of float"},
+        {write("x.zfile", 1), "holds depth alone (channel z), which is no colour unless chosen by that name"}};
+    for (const auto& [path, text] : files) {
+        EXPECT_EQ(AfterLoad(path).text, text);
+        EXPECT_FALSE(mLoaded);
+        EXPECT_EQ(handler.GetImageDesc(Wide(path)), nullptr);
+        EXPECT_EQ(ReasonNow().kind, kFailureUnsupported);
+        EXPECT_EQ(ReasonNow().text, text);
     }
 }
 

@@ -112,6 +112,8 @@ ImageDesc* DescribeImage(const KString& path) {
         if (described->format != kUnknown) {
             *desc = *described;
             desc->frameCount = GetNumberOfFrames(input.get(), file.type);
+        } else {
+            SayNoFormatHolds(input->spec());
         }
     }
     if (desc->format == kUnknown) DescribeByExrHandler(*desc, path, file);
