@@ -20,7 +20,7 @@ using Kavra::App::BatchLines;
 
 void Check(const BatchLine& line, bool isManifest) {
     if (line.text.size() > BatchLines::kMaxLine) std::abort();
-    if (line.wrong.empty() == line.input.empty() && line.wrong.empty()) std::abort();
+    if (line.wrong.empty() && line.input.empty()) std::abort();
     if (!isManifest && !(line.work.empty() && line.output.empty())) std::abort();
     for (const std::string& field : {line.input, line.output, line.work}) {
         if (field.contains('\0')) std::abort();
