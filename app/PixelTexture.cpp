@@ -5,6 +5,7 @@
 
 #include <kavra/devices/TextureCompressor.h>
 
+#include <format>
 #include <utility>
 
 namespace Kavra::App {
@@ -41,6 +42,19 @@ bool DecodeFace(EFormat format, const unsigned char* blocks, const ImageDescript
         if (!DecompressPicture(format, blocks, desc.width, desc.height, out, pitch)) return false;
         blocks += sliceBlocks;
         out += LayerBytes(desc);
+    }
+    return true;
+}
+
+bool AreAlike(Report& report, const std::vector<LoadedImage>& images, bool mayDifferInSize) {
+    const ImageDescription& first = images.front().desc;
+    for (const LoadedImage& image : images) {
+        const ImageDescription& desc = image.desc;
+        const bool isOfSize = desc.width == first.width && desc.height == first.height && desc.depth == first.depth;
+        if ((isOfSize || mayDifferInSize) && desc.textureType == first.textureType) continue;
+        report.Fail(std::format("pictures of {} x {} and of {} x {} pixels make no texture together", first.width,
+                                first.height, desc.width, desc.height));
+        return false;
     }
     return true;
 }

@@ -38,6 +38,10 @@ struct StoredTexture {
 bool DecodeFace(Devices::EFormat format, const unsigned char* blocks, const Devices::ImageDescription& desc,
                 unsigned char* out);
 
+/// Whether pictures make one texture together: of one shape and, unless they may differ in that, of one size. Else the
+/// report says which do not.
+bool AreAlike(Report& report, const std::vector<LoadedImage>& images, bool mayDifferInSize = false);
+
 /// Reads all of it, blocks decoded. Nothing in `images`, and the report says why, where that fails.
 PixelTexture ReadPixels(Report& report, StoredTexture& stored);
 

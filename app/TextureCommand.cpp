@@ -65,7 +65,7 @@ void Make(IImageHandler& handler, Report& report, const Options& options, std::s
         stored.shape = stored.reader.Shape();
         outcome = MadeOfFile(handler, report, stored, options.texture, reports);
     } else {
-        TextureInput input = LoadPictures(handler, report, inputs, options.form);
+        TextureInput input = LoadPictures(handler, report, inputs, options.form, options.texture.ChangesSize());
         if (input.texture.images.empty()) return;
         outcome = MadeOf(handler, report, std::move(input.texture), input.source, options.texture, reports);
     }

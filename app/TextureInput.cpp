@@ -56,18 +56,6 @@ LoadedImage Folded(Report& report, Loaded picture) {
     return CubeOption{form}.Apply(report, std::move(picture.image), picture.source.alpha);
 }
 
-bool AreAlike(Report& report, const std::vector<LoadedImage>& images) {
-    const ImageDescription& first = images.front().desc;
-    for (const LoadedImage& image : images) {
-        const ImageDescription& desc = image.desc;
-        if (desc.width == first.width && desc.height == first.height && desc.textureType == first.textureType) continue;
-        report.Fail(std::format("pictures of {} x {} and of {} x {} pixels make no texture together", first.width,
-                                first.height, desc.width, desc.height));
-        return false;
-    }
-    return true;
-}
-
 /// Faces or slices, one behind the other. All have the format of the first.
 LoadedImage Stacked(std::span<LoadedImage> parts, ETextureType type) {
     ImageDescription desc = parts.front().desc;
@@ -134,7 +122,7 @@ std::string TextureForm::Obstacle(std::size_t inputs) const {
 }
 
 TextureInput LoadPictures(IImageHandler& handler, Report& report, std::span<const std::string> files,
-                          const TextureForm& form) {
+                          const TextureForm& form, bool areResized) {
     TextureInput input;
     std::vector<LoadedImage> images;
     bool areFaces = form.isCube && files.size() > 1;
@@ -151,7 +139,8 @@ TextureInput LoadPictures(IImageHandler& handler, Report& report, std::span<cons
         if (image.block == nullptr) return {};
         images.push_back(std::move(image));
     }
-    if (!AreAlike(report, images)) return {};
+    const bool mayDifferInSize = areResized && form.isArray && !areFaces;
+    if (!AreAlike(report, images, mayDifferInSize)) return {};
     if (areFaces && images.size() % kCubeFaces != 0) {
         report.Fail(std::format("{} faces, and each cube map has six", images.size()));
         return {};

@@ -32,8 +32,9 @@ struct TextureInput {
 };
 
 /// Loads pictures the right way up, each in its own format, and puts them together. Nothing in `images`, and the report
-/// says why, where that fails. Messages about a file are said of it.
+/// says why, where that fails. Messages about a file are said of it. The elements of an array may differ in size if they
+/// are resized later (`areResized`).
 TextureInput LoadPictures(Devices::IImageHandler& handler, Report& report, std::span<const std::string> files,
-                          const TextureForm& form);
+                          const TextureForm& form, bool areResized);
 
 }  // namespace Kavra::App

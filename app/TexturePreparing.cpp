@@ -137,6 +137,7 @@ bool Resize(IImageHandler& handler, Report& report, PixelTexture& texture, const
         image = BroughtTo(handler, report, std::move(image), target, ResamplingFor(plan, options));
         if (image.block == nullptr) return false;
     }
+    if (!AreAlike(report, texture.images)) return false;
     texture.TakeSizeOfImages();
     if (texture.shape.type != kTextureCube || texture.shape.width == texture.shape.height) return true;
     report.Fail(std::format("cannot be made: the faces of a cube map are square, and these would be {} x {}",

@@ -258,6 +258,24 @@ TEST(TextureCommand, FilesAreTheSlicesOfAVolumeOrTheElementsOfAnArray) {
                  ErrorLine(files[0], "pictures of 4 x 4 and of 5 x 4 pixels make no texture together"));
 }
 
+TEST(TextureCommand, ElementsOfAnArrayMayDifferInSizeWhereTheyAreResized) {
+    const TemporaryFolder folder;
+    const auto plain = [&](const char* name, int width, int height, int value) {
+        return WritePicture(folder / name, width, height, [=](int, int) { return Colour(3, value); });
+    };
+    const Words files = {plain("a.png", 4, 4, 50), plain("b.png", 8, 8, 100), plain("c.png", 16, 8, 150)};
+    const auto out = folder / "a.dds";
+    ExpectDone(Joined({{"texture"}, files, {out, "--array", "--format", "rgba8", "--size", "8x8", "--mips", "none"}}));
+    const Bytes file = ReadAll(out);
+    ASSERT_EQ(file.size(), 148 + 3 * 8 * 8 * 4U);
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(file[148 + i * 8 * 8 * 4], 50 * (i + 1));
+    ExpectFailed(Joined({{"texture"}, files, {folder / "n.dds", "--array", "--fit", "8x8"}}),
+                 ErrorLine(files[0], "pictures of 4 x 4 and of 8 x 8 pixels make no texture together"));
+    ExpectFailed(Joined({{"texture"}, files, {folder / "n.dds", "--volume", "--size", "8x8"}}),
+                 ErrorLine(files[0], "pictures of 4 x 4 and of 8 x 8 pixels make no texture together"));
+}
+
 // --- Texture files ---------------------------------------------------------------------------------------------------
 
 TEST(TextureCommand, ATextureFileKeepsItsBlocksLevelsAndWords) {
