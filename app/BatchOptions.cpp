@@ -1,9 +1,11 @@
 #include "BatchOptions.h"
 
+#include "StreamTypes.h"
 #include "Usage.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace Kavra::App {
@@ -22,12 +24,14 @@ void ParseShard(const std::string& text, BatchOptions& options) {
 
 /// "png,jpeg" as the extensions by which types are known here.
 std::vector<std::string> ParseTypes(const std::string& text) {
+    const std::vector<std::string> known = TypesOfBytes();
     std::vector<std::string> types;
     for (std::string type : CLI::detail::split(text, ',')) {
         type = CLI::detail::to_lower(type.starts_with('.') ? type.substr(1) : type);
         if (type == "jpeg") type = "jpg";
         if (type == "tiff") type = "tif";
         if (type.empty()) throw CLI::ValidationError("--only", text + " names no types; write as in png,jpeg,dds");
+        if (!std::ranges::contains(known, type)) throw CLI::ValidationError("--only", NoneOf(type, known));
         types.push_back(type);
     }
     return types;

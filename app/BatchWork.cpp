@@ -62,7 +62,11 @@ int BatchWork::Parse(CLI::App& program, Session& session, std::span<const std::s
         program.parse(std::move(words));
     } catch (const CLI::ParseError& error) {
         const auto files = names->results();
-        const bool isStray = !files.empty() && files.front() != *first && std::ranges::contains(mWords, files.front());
+        const bool isUnknownOption = std::ranges::any_of(program.remaining(true), [&](const std::string& word) {
+            return word.starts_with('-') && std::ranges::contains(mWords, word);
+        });
+        const bool isStray = !isUnknownOption && !files.empty() && files.front() != *first &&
+                             std::ranges::contains(mWords, files.front());
         return isStray ? refuse(files.front()) : AnswerParse(program, error);
     }
     const auto files = names->results();

@@ -3,6 +3,7 @@
 #include "Description.h"
 #include "Inputs.h"
 #include "LoadOptions.h"
+#include "Printable.h"
 #include "Source.h"
 #include "StandardStreams.h"
 #include "Usage.h"
@@ -173,14 +174,14 @@ Json BadJson(const Report& report) {
 }
 
 int Run(const Session& session, const Options& options) {
-    if (options.files.empty() && options.inputs.list.empty()) return WrongUsage("check", "FILE is required");
+    if (options.inputs.AreNone(options.files)) return WrongUsage("check", "FILE is required");
     RefuseAllCutFiles();
     const Host& host = session.LoadHost();
     const auto tell = [&](Report& report, Json& json) {
         const std::optional<Found> found = Check(host.Handler(), report);
         if (!found || report.Failed()) return;
         json = FoundJson(report, *found);
-        if (!options.json) report.out = std::format("{}: ok ({})\n", report.File(), FoundText(*found));
+        if (!options.json) report.out = std::format("{}: ok ({})\n", PrintableName(report.File()), FoundText(*found));
     };
     return TellOfEach(session, {options.files, options.inputs, options.json, options.jobs}, tell, BadJson);
 }

@@ -7,6 +7,7 @@
 #include "FileNames.h"
 #include "FormatNames.h"
 #include "Picture.h"
+#include "Printable.h"
 #include "Usage.h"
 #include "Workers.h"
 #include "WriteOptions.h"
@@ -136,7 +137,7 @@ std::string Line(std::string_view name, const Difference& difference, int scale)
 
 std::string FindingsText(const Options& options, const Findings& findings) {
     const Comparison& comparison = findings.comparison;
-    std::string text = std::format("{} and {}: ", options.a, options.b);
+    std::string text = std::format("{} and {}: ", PrintableName(options.a), PrintableName(options.b));
     if (comparison.differing == 0) return text + std::format("all {} pixels are the same\n", comparison.pixels);
     text += std::format("{} of {} pixels differ (values go to {})\n", comparison.differing, comparison.pixels,
                         findings.scale);

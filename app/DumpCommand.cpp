@@ -3,6 +3,7 @@
 #include "FormatNames.h"
 #include "LoadOptions.h"
 #include "OutputFile.h"
+#include "Printable.h"
 #include "Results.h"
 #include "Usage.h"
 #include "Workers.h"
@@ -79,10 +80,10 @@ std::string AlphaText(const ImageDescription& desc) {
 std::string BlockText(const Report& report, const LoadedImage& image, const std::string& out) {
     const ImageDescription& desc = image.desc;
     const std::string depth = desc.depth > 1 ? std::format(" x {}", desc.depth) : std::string();
-    return std::format("{}: {} x {}{}, {}, {}, {} bytes a row, {}, {}, gamma {:.4g}\n{}: {} bytes\n", report.File(),
-                       desc.width, desc.height, depth, Enumerator(desc.format), TextureTypeName(desc.textureType),
-                       desc.rowPitch, AlphaText(desc), OrientationName(desc.orientation), desc.gamma, out,
-                       image.BlockSize());
+    return std::format("{}: {} x {}{}, {}, {}, {} bytes a row, {}, {}, gamma {:.4g}\n{}: {} bytes\n",
+                       PrintableName(report.File()), desc.width, desc.height, depth, Enumerator(desc.format),
+                       TextureTypeName(desc.textureType), desc.rowPitch, AlphaText(desc),
+                       OrientationName(desc.orientation), desc.gamma, PrintableName(out), image.BlockSize());
 }
 
 /// Loads and writes; what was done, when it was done.

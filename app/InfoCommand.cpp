@@ -4,6 +4,7 @@
 #include "Inputs.h"
 #include "InspectionText.h"
 #include "LoadOptions.h"
+#include "Printable.h"
 #include "Source.h"
 #include "StandardStreams.h"
 #include "Usage.h"
@@ -52,12 +53,12 @@ void Tell(IImageHandler& handler, Report& report, const ImageDesc& desc, const O
         if (file != nullptr) AddInspection(json, *file);
         return;
     }
-    report.out = DescriptionText(report.File(), desc);
+    report.out = DescriptionText(PrintableName(report.File()), desc);
     if (file != nullptr) report.out += InspectionText(*file);
 }
 
 int Run(const Session& session, const Options& options) {
-    if (options.files.empty() && options.inputs.list.empty()) return WrongUsage("info", "FILE is required");
+    if (options.inputs.AreNone(options.files)) return WrongUsage("info", "FILE is required");
     const Host& host = session.LoadHost();
     const auto tell = [&](Report& report, Json& json) {
         const Owned<ImageDesc> desc = Describe(host.Handler(), report);

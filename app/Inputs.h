@@ -50,6 +50,9 @@ struct InputOptions {
     /// Adds `--recursive`, `--from` and `-0`.
     void AddTo(CLI::App& command);
 
+    /// Whether neither the words nor a list name any.
+    bool AreNone(const std::vector<std::string>& words) const { return words.empty() && list.empty(); }
+
     /// Whether the number of inputs depends on more than the words, so that outputs go into a folder however many these
     /// turn out to be.
     bool AreOpen(const std::vector<std::string>& words) const;

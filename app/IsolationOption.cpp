@@ -56,14 +56,19 @@ void AddIsolationOption(CLI::App& command) {
             ->excludes("--isolated");
     }
     constexpr std::uint32_t kMaxSeconds = 1'000'000;
-    AddWholeNumber(command, "--timeout", theIsolation.value.seconds, std::uint32_t{1}, kMaxSeconds,
-                   "Of a confined process, the seconds that a file may take; 60 unless said");
-    command
-        .add_option_function<std::string>(
-            "--memory", [](const std::string& text) { theIsolation.value.bytes = ParseAmount(text, 1024, "--memory"); },
-            "Of a confined process, the memory that decoding a file may take, as 500M or 4G; three quarters of the "
-            "machine's unless said")
-        ->type_name("N");
+    CLI::Option* const timeout =
+        AddWholeNumber(command, "--timeout", theIsolation.value.seconds, std::uint32_t{1}, kMaxSeconds,
+                       "The seconds that decoding a file may take, in a confined process; 60 unless said");
+    CLI::Option* const memory = command.add_option_function<std::string>(
+        "--memory", [](const std::string& text) { theIsolation.value.bytes = ParseAmount(text, 1024, "--memory"); },
+        "The memory that decoding a file may take, in a confined process, as 500M or 4G; three quarters of the "
+        "machine's unless said");
+    memory->type_name("N");
+    // Only a process of its own can be bound, so that whoever names a bound asks for one.
+    for (CLI::Option* const bound : {timeout, memory}) {
+        bound->each([](const std::string& /*word*/) { theIsolation.value.isWanted = true; });
+        if (isDefault) bound->excludes("--in-process");
+    }
 }
 
 void AddIsolationOptions(CLI::App& program) {

@@ -7,6 +7,7 @@
 #include "LightPlot.h"
 #include "OutputNames.h"
 #include "OutputPattern.h"
+#include "Printable.h"
 #include "SaveImage.h"
 #include "StandardStreams.h"
 #include "Usage.h"
@@ -140,7 +141,7 @@ std::size_t LongestName(const std::vector<std::string>& files) {
 }
 
 int Run(const Session& session, Options options) {
-    if (options.files.empty() && options.inputs.list.empty()) return WrongUsage("light", "FILE is required");
+    if (options.inputs.AreNone(options.files)) return WrongUsage("light", "FILE is required");
     const InputList list = options.inputs.Expand(options.files, session, options.plot);
     if (!list.canStart) return EndUnstarted(list, options.json);
     std::vector<std::filesystem::path> plots;
@@ -157,8 +158,8 @@ int Run(const Session& session, Options options) {
         const auto& findings = found[index] = Measure(host.Handler(), report, options);
         if (!findings) return;
         if (!options.json) {
-            report.out =
-                isTable ? LightTableLine(report.File(), width, *findings) : LightText(report.File(), *findings);
+            const std::string name = PrintableName(report.File());
+            report.out = isTable ? LightTableLine(name, width, *findings) : LightText(name, *findings);
         }
         if (!plots[index].empty() && IsToBeMade(report, plots[index]))
             Plot(host.Handler(), report, *findings, options.selection, plots[index]);

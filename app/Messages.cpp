@@ -1,6 +1,7 @@
 #include "Messages.h"
 
 #include "LibraryLines.h"
+#include "Printable.h"
 #include "StandardStreams.h"
 
 #include <kavra/objects/OS.h>
@@ -156,7 +157,7 @@ void Report::Print() const {
         std::vector<std::string> texts;
         if (IsPrinted(run) && !IsEcho(i)) AppendFolded(run.text, run.count, texts);
         for (const std::string& text : texts)
-            WriteError(std::format("kavra: {}: {}: {}\n", run.file, run.kind, text));
+            WriteError(std::format("kavra: {}\n", PrintableName(std::format("{}: {}: {}", run.file, run.kind, text))));
     }
 }
 

@@ -31,16 +31,25 @@ std::string Escaped(char32_t code) {
     return std::format("\\u{:04X}", static_cast<unsigned>(code));
 }
 
-}  // namespace
-
-std::string Printable(std::string_view text) {
+/// All but those that `isPlain` takes for that is escaped.
+template <class IsPlain>
+std::string Escaped(std::string_view text, const IsPlain& isPlain) {
     std::string result;
     for (const wchar_t character : OS::FromUtf8(std::string(text).c_str())) {
         const auto code = static_cast<char32_t>(character);
-        const bool isPlain = !IsControl(code) && !IsHidden(code) && !IsByte(code);
-        result += isPlain ? OS::ToUtf8(std::wstring(1, character).c_str()) : Escaped(code);
+        result += isPlain(code) ? OS::ToUtf8(std::wstring(1, character).c_str()) : Escaped(code);
     }
     return result;
+}
+
+}  // namespace
+
+std::string Printable(std::string_view text) {
+    return Escaped(text, [](char32_t code) { return !IsControl(code) && !IsHidden(code) && !IsByte(code); });
+}
+
+std::string PrintableName(std::string_view name) {
+    return Escaped(name, [](char32_t code) { return !IsControl(code) && !IsHidden(code); });
 }
 
 std::string Printable(std::string_view text, std::size_t maxBytes) {

@@ -189,7 +189,7 @@ std::vector<SheetCell> AllCells(IImageHandler& handler, const Options& options) 
 }
 
 int Run(const Session& session, Options options) {
-    if (options.files.empty() && options.inputs.list.empty()) return WrongUsage("sheet", "FILE is required");
+    if (options.inputs.AreNone(options.files)) return WrongUsage("sheet", "FILE is required");
     const Host& host = session.LoadHost();
     const InputList list = options.inputs.Expand(options.files, session);
     if (!list.canStart) return EndUnstarted(list, false);

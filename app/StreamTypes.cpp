@@ -1,5 +1,6 @@
 #include "StreamTypes.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -64,6 +65,8 @@ constexpr std::array kMarks = {
     Mark{".pict", 522, "\x11\x01"sv},
 };
 
+constexpr const char* kTarga = ".tga";
+
 /// Targa files have no mark: a kind of picture, with a colour table or without, of so many bits a pixel.
 bool IsLikeTarga(std::string_view begin) {
     constexpr std::size_t kHeader = 18, kTable = 1, kKind = 2, kBits = 16;
@@ -78,7 +81,17 @@ std::string ExtensionOf(std::string_view begin) {
     for (const Mark& mark : kMarks) {
         if (begin.size() > mark.at && begin.substr(mark.at).starts_with(mark.bytes)) return std::string(mark.extension);
     }
-    return IsLikeTarga(begin) ? ".tga" : "";
+    return IsLikeTarga(begin) ? kTarga : "";
+}
+
+std::vector<std::string> TypesOfBytes() {
+    std::vector<std::string> types = {kTarga + 1};
+    for (const Mark& mark : kMarks) {
+        const std::string type(mark.extension.substr(1));
+        if (!std::ranges::contains(types, type)) types.push_back(type);
+    }
+    std::ranges::sort(types);
+    return types;
 }
 
 }  // namespace Kavra::App

@@ -3,6 +3,7 @@
 #include "Inputs.h"
 #include "OutputNames.h"
 #include "OutputPattern.h"
+#include "Printable.h"
 #include "Results.h"
 #include "StandardStreams.h"
 #include "TextureInput.h"
@@ -45,7 +46,8 @@ void Tell(Report& report, const Options& options, const Outcome& outcome, std::s
         json["status"] = "written";
     } else if (options.reports) {
         const std::string error = outcome.isCopied ? "copied as it is" : ErrorText(outcome.error);
-        report.out += std::format("{}: {}; {}\n", outcome.file.string(), ShapeText(outcome.made.shape), error);
+        report.out +=
+            std::format("{}: {}; {}\n", PrintableName(outcome.file.string()), ShapeText(outcome.made.shape), error);
     }
 }
 
@@ -76,6 +78,7 @@ void Make(IImageHandler& handler, Report& report, const Options& options, std::s
 }
 
 int RunInspection(const Session& session, const Options& options) {
+    if (options.inputs.AreNone(options.files)) return WrongUsage("texture", "FILE is required");
     const auto tell = [&](Report& report, Json& json) {
         StoredTexture stored;
         if (!stored.reader.Open(OS::FromUtf8(report.File().c_str()).c_str()))
@@ -84,7 +87,7 @@ int RunInspection(const Session& session, const Options& options) {
         if (options.json) {
             json = InspectionJson(report.File(), stored);
         } else {
-            report.out = InspectionText(report.File(), stored);
+            report.out = InspectionText(PrintableName(report.File()), stored);
         }
     };
     return TellOfEach(session, {options.files, options.inputs, options.json, options.jobs}, tell, FailureJson);

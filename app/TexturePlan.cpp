@@ -72,6 +72,22 @@ std::string AlphaObstacle(EFormat format, const AlphaSeen& seen, const TextureOp
                         : "--alpha coverage cuts them out, --alpha none leaves alpha out");
 }
 
+/// Which colours a format of one or two channels leaves out though they say something; empty where it does not.
+std::string ColoursLeftOut(const PixelTexture& texture, EFormat format, const TextureOptions& options) {
+    if (!IsData(format) || options.isNormalMap) return {};
+    constexpr std::array<const char*, 3> kNames = {"red", "green", "blue"};
+    const int kept = Facts(format).channels;
+    std::string lost;
+    for (int colour = kept; colour < 3; ++colour) {
+        const auto says = [&](const LoadedImage& image) { return SaysItsOwn(image, colour); };
+        if (std::ranges::any_of(texture.images, says))
+            lost += std::format("{}{}", lost.empty() ? "" : " and ", kNames[static_cast<std::size_t>(colour)]);
+    }
+    if (lost.empty()) return {};
+    return std::format("{} holds {}: {} left out", NameOf(format), kept == 1 ? "red alone" : "red and green",
+                       lost + (lost.contains(' ') ? " are" : " is"));
+}
+
 ETextureAlpha AlphaIn(const PixelTexture& texture, const Source& source, const AlphaSeen& seen, EFormat format,
                       const TextureOptions& options) {
     if (seen.isOpaque || options.alpha == TextureAlpha::kNone || !Facts(format).hasAlpha) return kTextureAlphaOpaque;
@@ -126,6 +142,8 @@ TexturePlan PlanOf(Report& report, const PixelTexture& texture, const Source& so
         report.Fail("cannot be made: " + obstacle);
         return {};
     }
+    const std::string leftOut = ColoursLeftOut(texture, format, options);
+    if (!leftOut.empty()) report.Say("note", leftOut);
     TexturePlan plan{.shape = texture.shape, .working = WorkingFormat(own, format)};
     const Curve curve = CurveOf(texture, source, format, known);
     plan.copiesNumbers = curve.copiesNumbers;

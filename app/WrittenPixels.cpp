@@ -5,10 +5,13 @@
 
 #include <Imath/half.h>
 
+#include <array>
 #include <concepts>
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <optional>
+#include <type_traits>
 
 namespace Kavra::App {
 
@@ -25,34 +28,34 @@ bool IsFull(T alpha) {
     }
 }
 
-/// Whether `isSo` holds of every alpha of a format of four channels.
+/// Whether `isSo` holds of every pixel of a format of four channels.
 template <class T, class IsSo>
-bool IsEveryAlpha(const LoadedImage& image, const IsSo& isSo) {
-    constexpr std::size_t kPixel = 4 * sizeof(T);
+bool IsEveryPixel(const LoadedImage& image, const IsSo& isSo) {
+    using Channels = std::array<T, 4>;
     const auto* row = static_cast<const unsigned char*>(image.block->mData);
     const std::size_t rows = LayerCount(image.desc) * static_cast<std::size_t>(image.desc.height);
     for (std::size_t y = 0; y < rows; ++y, row += image.desc.rowPitch) {
-        const unsigned char* alpha = row + 3 * sizeof(T);
-        for (int x = 0; x < image.desc.width; ++x, alpha += kPixel) {
-            T value;
-            std::memcpy(&value, alpha, sizeof(value));
-            if (!isSo(value)) return false;
+        const unsigned char* pixel = row;
+        for (int x = 0; x < image.desc.width; ++x, pixel += sizeof(Channels)) {
+            Channels channels;
+            std::memcpy(channels.data(), pixel, sizeof(Channels));
+            if (!isSo(channels)) return false;
         }
     }
     return true;
 }
 
 template <class IsSo>
-bool IsEveryAlpha(const LoadedImage& image, const IsSo& isSo) {
+bool IsEveryPixel(const LoadedImage& image, const IsSo& isSo) {
     switch (Facts(image.desc.format).element) {
         case ElementType::kUInt8:
-            return IsEveryAlpha<std::uint8_t>(image, isSo);
+            return IsEveryPixel<std::uint8_t>(image, isSo);
         case ElementType::kUInt16:
-            return IsEveryAlpha<std::uint16_t>(image, isSo);
+            return IsEveryPixel<std::uint16_t>(image, isSo);
         case ElementType::kHalf:
-            return IsEveryAlpha<Imath::half>(image, isSo);
+            return IsEveryPixel<Imath::half>(image, isSo);
         case ElementType::kFloat:
-            return IsEveryAlpha<float>(image, isSo);
+            return IsEveryPixel<float>(image, isSo);
         case ElementType::kNone:
             return false;
     }
@@ -80,14 +83,29 @@ ElementType ElementOf(Depth depth) {
 bool IsOpaque(const LoadedImage& image) {
     const FormatFacts facts = Facts(image.desc.format);
     if (facts.channels != 4) return false;
-    return !facts.hasAlpha || IsEveryAlpha(image, [](auto alpha) { return IsFull(alpha); });
+    return !facts.hasAlpha || IsEveryPixel(image, [](const auto& pixel) { return IsFull(pixel[3]); });
 }
 
 bool IsCutOut(const LoadedImage& image) {
     const FormatFacts facts = Facts(image.desc.format);
     if (facts.channels != 4) return false;
-    return !facts.hasAlpha ||
-           IsEveryAlpha(image, [](auto alpha) { return IsFull(alpha) || alpha <= decltype(alpha)(0); });
+    return !facts.hasAlpha || IsEveryPixel(image, [](const auto& pixel) {
+        return IsFull(pixel[3]) || pixel[3] <= std::remove_cvref_t<decltype(pixel[3])>(0);
+    });
+}
+
+bool SaysItsOwn(const LoadedImage& image, int colour) {
+    const FormatFacts facts = Facts(image.desc.format);
+    if (facts.channels != 4) return false;
+    const auto channel = static_cast<std::size_t>(facts.blueFirst ? 2 - colour : colour);
+    const std::size_t red = facts.blueFirst ? 2 : 0;
+    if (IsEveryPixel(image, [&](const auto& pixel) { return pixel[channel] == pixel[red]; })) return false;
+    std::optional<float> first;
+    return !IsEveryPixel(image, [&](const auto& pixel) {
+        const auto value = static_cast<float>(pixel[channel]);
+        if (!first) first = value;
+        return value == *first;
+    });
 }
 
 EFormat AtDepth(EFormat format, Depth depth) {

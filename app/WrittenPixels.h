@@ -13,6 +13,10 @@ bool IsOpaque(const LoadedImage& image);
 /// Whether every pixel is opaque or transparent, with nothing between. False of formats that end in no alpha.
 bool IsCutOut(const LoadedImage& image);
 
+/// Whether a colour (0 red, 1 green, 2 blue) is neither red's in every pixel nor the same in all of them. False of
+/// formats that have not four channels.
+bool SaysItsOwn(const LoadedImage& image, int colour);
+
 /// The format with as many channels and this depth; itself where it has the depth, `kUnknown` where there is none.
 Devices::EFormat AtDepth(Devices::EFormat format, Depth depth);
 

@@ -166,7 +166,10 @@ bool ChooseFormat(TextureLoad& load) {
     if (load.format == kUnknown) load.format = load.fileDesc.format;
     load.targetSpec = FormatToImageSpec(load.format, load.fileSpec);
     if (load.targetSpec.format != OIIO::TypeUnknown) return true;
-    if (!load.IsDds()) Say(kFailureFormat, "what is read of the file cannot be had in the wanted format");
+    const bool wantsBlocks = Common::FactsOf(load.format).bytesPerBlock > 0;
+    if (!load.IsDds())
+        Say(kFailureFormat, wantsBlocks ? "it has pixels and blocks are wanted, which go into .dds and .ktx2 files"
+                                        : "what is read of the file cannot be had in the wanted format");
     return Fail(L"format is not supported");
 }
 

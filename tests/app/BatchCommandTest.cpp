@@ -238,6 +238,12 @@ TEST(BatchCommand, WhatIsWrongIsSaidBeforeAnyWork) {
                      "batch: error: --do takes convert or texture with their options");
     ExpectWrongUsage(batch({"--do", "convert --nothing", "--out", out}),
                      "convert: error: there is no option --nothing");
+    ExpectWrongUsage(batch({"--do", "convert --siz 5x5", "--out", out}),
+                     "convert: error: there is no option --siz; did you mean --size?");
+    ExpectWrongUsage(
+        batch({"--do", "convert", "--out", out, "--only", "png,xyz"}),
+        "batch: error: --only: xyz is none of avif|bmp|cal|cin|dds|dpx|exr|fits|flc|fli|gif|hdr|heic|ico|iff|"
+        "j2k|jp2|jpg|jxl|ktx2|pbm|pcx|pfm|pgm|pict|png|ppm|psd|sgi|tga|tif|webp");
     ExpectWrongUsage(batch({"--do", "convert", "--out", "out/"}),
                      "batch: error: --out takes a name with fields, as in out/{dir}/{stem}.dds");
     ExpectWrongUsage(

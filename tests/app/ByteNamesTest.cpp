@@ -57,3 +57,13 @@ TEST(ByteNames, MessagesHaveTheBytesThemselves) {
     const auto path = folder / (kStem + ".png");
     ExpectFailed({"info", path}, ErrorLine(path, "there is no such file"));
 }
+
+TEST(ByteNames, WhatATerminalWouldObeyIsWrittenOut) {
+    const TemporaryFolder folder;
+    const std::string name = "a\nkavra: b\x1B[2J\xE9.png", shown = (folder / "a\\nkavra: b\\x1B[2J\xE9.png").string();
+    const auto missing = folder / ("no" + name), there = folder.Write(name, ReadAll(Sample("grey.png")));
+    ExpectFailed({"info", missing}, ErrorLine(folder / "noa\\nkavra: b\\x1B[2J\xE9.png", "there is no such file"));
+    EXPECT_TRUE(ExpectDone({"info", there}).starts_with(shown + ": 480 x 320"));
+    EXPECT_EQ(ExpectDone({"check", there}), shown + ": ok (480 x 320, png)\n");
+    EXPECT_TRUE(ExpectDone({"compare", there, there}).starts_with(shown + " and " + shown + ": all"));
+}

@@ -6,10 +6,28 @@
 
 #include <gtest/gtest.h>
 
+#include <stdlib.h>
+
 #include <string>
 #include <vector>
 
 using namespace Kavra::Tests;
+
+namespace {
+
+/// The processes that a command which does its work begins: each leaves what its loader counted in a file of its own.
+int ProcessesOf(const Words& command) {
+    const TemporaryFolder folder;
+    setenv("LD_DEBUG", "statistics", 1);
+    setenv("LD_DEBUG_OUTPUT", (folder / "loader").c_str(), 1);
+    const int status = RunKavra(command).status;
+    unsetenv("LD_DEBUG");
+    unsetenv("LD_DEBUG_OUTPUT");
+    EXPECT_EQ(status, 0) << command.front();
+    return static_cast<int>(NamesIn(folder.Path()).size());
+}
+
+}  // namespace
 
 TEST(IsolationOption, GivesTheSameFilesAsWithoutIt) {
     const TemporaryFolder folder;
@@ -48,9 +66,19 @@ TEST(IsolationOption, CommandsForManyFilesIsolateUnlessToldOtherwise) {
         const auto bounded = RunKavra(Joined({command, {"--memory", "4K"}}));
         EXPECT_EQ(bounded.status, 1) << command.front();
         EXPECT_NE(bounded.error.find(refusal), std::string::npos) << bounded.error;
-        EXPECT_EQ(RunKavra(Joined({command, {"--memory", "4K", "--in-process"}})).status, 0) << command.front();
-        EXPECT_EQ(RunKavra(Joined({command, {"--isolated", "--in-process"}})).status, 2) << command.front();
+        EXPECT_GT(ProcessesOf(command), 1) << command.front();
+        EXPECT_EQ(ProcessesOf(Joined({command, {"--in-process"}})), 1) << command.front();
+        for (const Words& confined : {Words{"--isolated"}, Words{"--memory", "1G"}, Words{"--timeout", "9"}})
+            EXPECT_EQ(RunKavra(Joined({command, {"--in-process"}, confined})).status, 2) << command.front();
     }
+}
+
+TEST(IsolationOption, ABoundAsksForAProcessThatCanBeBound) {
+    const TemporaryFolder folder;
+    const Words command = {"convert", Sample("photo.jpg"), folder / "out.png"};
+    EXPECT_EQ(ProcessesOf(command), 1);
+    EXPECT_GT(ProcessesOf(Joined({command, {"--timeout", "50"}})), 1);
+    EXPECT_GT(ProcessesOf(Joined({command, {"--memory", "2G"}})), 1);
 }
 
 TEST(IsolationOption, MemoryBoundsTheDecoder) {

@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <functional>
 
 using namespace Kavra::Tests;
 
@@ -102,10 +103,37 @@ TEST(TextureCommand, TheHeaderSaysWhatTheValuesAre) {
     EXPECT_EQ(HeaderOf(out).first, 78U);
     ExpectDone({"texture", in, out, "--format", "rgba8"});
     EXPECT_EQ(HeaderOf(out).first, 29U);
-    ExpectDone({"texture", in, out, "--format", "bc4"});
+    const auto grey =
+        WritePicture(folder / "grey.png", 8, 8, [](int x, int) { return Colour{20 * x, 20 * x, 20 * x}; });
+    ExpectDone({"texture", grey, out, "--format", "bc4"});
     EXPECT_EQ(Inspected(out)["srgb"], false);
     ExpectFailed({"texture", in, out, "--format", "bc5", "--srgb"},
                  ErrorLine(in, "cannot be made: bc5 has no form that is sRGB; bc7 has"));
+}
+
+TEST(TextureCommand, ColoursThatAFormatLeavesOutAreNamed) {
+    const TemporaryFolder folder;
+    const auto picture = [&](const char* name, const std::function<Colour(int)>& of) {
+        return WritePicture(folder / name, 8, 8, [&](int x, int y) { return of(x + 8 * y); });
+    };
+    const auto out = folder / "out.dds";
+    const auto errorOf = [&](const std::string& in, const Words& more) {
+        const ProgramResult result = RunKavra(Joined({{"texture", in, out}, more}));
+        EXPECT_EQ(result.status, 0);
+        return result.error;
+    };
+    const auto note = [](const std::string& in, const std::string& text) { return "kavra: " + in + ": note: " + text; };
+    const Words bc4 = {"--format", "bc4"}, bc5 = {"--format", "bc5"};
+    const auto colours = picture("colours.png", [](int i) { return Colour{i, 2 * i, 3 * i}; });
+    EXPECT_EQ(errorOf(colours, bc4), note(colours, "bc4 holds red alone: green and blue are left out\n"));
+    EXPECT_EQ(errorOf(colours, bc5), note(colours, "bc5 holds red and green: blue is left out\n"));
+    EXPECT_EQ(errorOf(colours, {"--normal-map"}), "");
+    const auto greys = picture("greys.png", [](int i) { return Colour{i, i, i}; });
+    EXPECT_EQ(errorOf(greys, bc4), "");
+    EXPECT_EQ(errorOf(greys, bc5), "");
+    const auto twoOfThem = picture("two.png", [](int i) { return Colour{i, 255 - i, 7}; });
+    EXPECT_EQ(errorOf(twoOfThem, bc4), note(twoOfThem, "bc4 holds red alone: green is left out\n"));
+    EXPECT_EQ(errorOf(twoOfThem, bc5), "") << "blue is the same everywhere";
 }
 
 // --- Alpha -----------------------------------------------------------------------------------------------------------

@@ -117,6 +117,8 @@ TEST(Usage, AnOptionOnTheWrongSideOfTheCommandIsSentToTheOther) {
 TEST(Usage, WhatIsMissingIsNamed) {
     ExpectAllWrong({
         {{"info"}, "info: error: FILE is required"},
+        {{"check"}, "check: error: FILE is required"},
+        {{"texture", "--inspect"}, "texture: error: FILE is required"},
         {{"dump", "x.png"}, "dump: error: --out is required"},
         {{"dump", "x.png", "--out"}, "dump: error: --out needs a value"},
         {{"convert"}, "convert: error: IN is required"},

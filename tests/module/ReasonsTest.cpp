@@ -75,6 +75,15 @@ TEST_F(Reasons, PixelsThatNoFormatHoldsAreNamed) {
     }
 }
 
+TEST_F(Reasons, PixelsThatAreWantedAsBlocksAreSaidToGoIntoTextureFiles) {
+    for (const EFormat format : {kBC1, kBC5, kBC7}) {
+        const Reason reason = AfterLoad(Sample("grey.png"), {.format = format});
+        EXPECT_FALSE(mLoaded);
+        EXPECT_EQ(reason.kind, kFailureFormat);
+        EXPECT_EQ(reason.text, "it has pixels and blocks are wanted, which go into .dds and .ktx2 files");
+    }
+}
+
 TEST_F(Reasons, TheSameIsSaidByEveryWayToAskForAFile) {
     const Kavra::Objects::KString path = Wide(folder / "a.png");
     EXPECT_EQ(handler.GetImageDesc(path), nullptr);
